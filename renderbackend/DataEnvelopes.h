@@ -1,0 +1,60 @@
+#pragma once
+
+#include "renderbackend/Export.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+class PackedRectangleIndex;
+
+/// Where in an image's grid data exists: a set of rectangles of whole grid cells that do not overlap.
+///
+/// Built once from a list of cells by set(), then only read. Coordinates are {column, row}; corners are inclusive, so
+/// a rectangle covers (max x - min x + 1) * (max y - min y + 1) cells. Copies share the index.
+class VELMORA_EXPORT DataEnvelopes {
+public:
+    using Corner = std::array<std::uint32_t, 2>;
+    /// Per element: 16-bit values, which are not used here, and a list of cells, each {column, row}.
+    using Data = std::vector<std::pair<std::vector<unsigned short>, std::vector<std::vector<unsigned int>>>>;
+    struct Rectangle {
+        Corner min;
+        Corner max; ///< inclusive, as min
+    };
+
+    DataEnvelopes();
+    DataEnvelopes(DataEnvelopes const&) = default;
+    DataEnvelopes& operator=(DataEnvelopes const&) = default;
+    virtual ~DataEnvelopes();
+
+    /// Replaces the contents: merges the cells of all elements into rectangles and builds the index over them. Cells
+    /// may repeat. Throws VelmoraException, and keeps the old contents, where a cell has fewer than two coordinates.
+    virtual void set(std::vector<std::uint8_t> const& id, Data const& data);
+
+    /// Grid cells covered.
+    size_t total() const { return total_; }
+    /// Rectangles stored.
+    size_t count() const;
+    /// The id that the set was stored under.
+    std::vector<std::uint8_t> const& id() const { return id_; }
+
+    /// 0: no cell of the rectangle is covered, 2: all are, 1: some are. Corners inclusive; swapped ones hold nothing.
+    int coverage(Corner min, Corner max) const;
+    /// 0: the sets share no cell, 2: one of them contains the other, 1: neither.
+    int coverage(DataEnvelopes const& other) const;
+    /// The rectangles that meet the given one, each {min x, max x, min y, max y}, in no particular order.
+    std::vector<std::vector<size_t>> envelopes(Corner min, Corner max) const;
+
+protected:
+    /// Cells as rectangles that do not overlap: runs of adjacent cells in a row, equal runs in consecutive rows joined;
+    /// in the order of their upper left corners, row before column.
+    static std::vector<Rectangle> mergeCells(std::vector<Corner> cells);
+
+private:
+    size_t total_ = 0;
+    std::shared_ptr<PackedRectangleIndex const> index_; ///< empty when nothing is stored
+    std::vector<std::uint8_t> id_;
+};

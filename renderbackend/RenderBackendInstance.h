@@ -1,0 +1,148 @@
+#pragma once
+
+#include "renderbackend/ConcurrentStagingBuffer.h"
+#include "renderbackend/Export.h"
+#include "renderbackend/FilterSource.h"
+#include "renderbackend/RenderBackend.h"
+#include "renderbackend/SingleFilterParameters.h"
+
+#include <cstddef>
+#include <memory>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+class DataEnvelopes;
+class Filter;
+class RenderContext;
+
+/// What a host works with: it stores tiles, makes targets, draws, runs filters and reads pixels back.
+///
+/// Every operation runs on the thread whose GL context is current; only ConcurrentStagingBuffer::write may run on
+/// others. Failures are thrown as VelmoraException. Sizes and positions carry the horizontal value first. Ids of
+/// targets are given by createTarget, ids of tiles are the host's own. The order of the operations is fixed: it is the
+/// order of the virtual table.
+class VELMORA_EXPORT RenderBackendInstance {
+public:
+    using ImageFormatType = RenderBackend::ImageFormatType;
+    using ImageFiltering = RenderBackend::ImageFiltering;
+    using BufferType = RenderBackend::BufferType;
+
+    /// The context must outlive the instance.
+    RenderBackendInstance(size_t id, RenderContext const& context);
+    RenderBackendInstance(RenderBackendInstance const&) = default;
+    RenderBackendInstance(RenderBackendInstance&&) = default;
+    RenderBackendInstance& operator=(RenderBackendInstance const&) = delete;
+    virtual ~RenderBackendInstance();
+
+    /// Type of one component in host memory.
+    virtual std::type_info const& pixelTypeid() const = 0;
+    /// Bytes of one component in host memory.
+    virtual size_t pixelSize() const = 0;
+    /// Components of a pixel of the host's surface.
+    virtual size_t numComponents() const = 0;
+
+    /// Fills a target. color: 3 or 4 components, 255 = full.
+    virtual void clear(size_t target, std::vector<size_t> const& color) = 0;
+    /// Fills a rectangle of a target. rect: {x, y, width, height} in logical pixels.
+    virtual void clearRect(size_t target, std::vector<size_t> const& color, std::vector<size_t> const& rect) = 0;
+
+    /// Draws cached tiles into a target, one quad a tile; a tile that is not cached is drawn transparent black.
+    /// range: {x0, x1, y0, y1}, inclusive, the region of the image that fills the viewport, in logical pixels;
+    /// canvasRange: the same order, of which x0 and y0 are the origin of the tile grid; tileSize: {width, height} in
+    /// logical pixels; blockCoords: a {column, row} per tile, at least as many as blocks, not tested; blocks: tile ids;
+    /// offsets: {x, y}, logical position of the region inside the target, missing values count as 0.
+    virtual void drawTiles(size_t target, Filter const& tileShader, std::vector<size_t> const& range,
+                           std::vector<size_t> const& canvasRange, std::vector<size_t> const& tileSize,
+                           std::vector<std::vector<size_t>> const& blockCoords, std::vector<size_t> const& blocks,
+                           std::vector<size_t> const& offsets) = 0;
+
+    /// Reads pixels into `buffer` and returns the bytes written. rect: {x, width, y, height}; x and y count texels,
+    /// width logical pixels. Rows come bottom row of the GL surface first. The capacity is checked with 3 bytes a
+    /// texel whatever the format: reading an RGBA32 target needs 4 bytes a texel, which the caller must provide.
+    virtual size_t getPixels(void* buffer, size_t bufferSize, size_t target, std::vector<size_t> const& rect) const = 0;
+    /// The same into a new vector of the right size.
+    virtual std::vector<unsigned char> getPixels(size_t target, std::vector<size_t> const& rect) = 0;
+    /// The capacity in bytes that the buffer form checks for: 3 bytes a texel, whatever the format.
+    virtual size_t getPixelsBufferSize(size_t target, std::vector<size_t> const& rect) const = 0;
+
+    /// Stores a tile. size: {width, height, components}; 3 and 4 components are 8-bit RGB and RGBA, 1 component is one
+    /// 16-bit sample a pixel, little-endian, on an RGBA32 instance only. Reading starts at byte `offset` of pixels; an
+    /// empty vector allocates the texture without filling it.
+    virtual void setTile(size_t tile, std::vector<unsigned char> const& pixels, std::vector<size_t> const& size,
+                         size_t offset) = 0;
+    /// Whether the tile is in the cache.
+    virtual bool tileSet(size_t tile) const = 0;
+    /// Keeps a cached tile from eviction; a flag, not a count. Nothing happens for a tile that is not cached.
+    virtual void lockTile(size_t tile) = 0;
+    virtual void unlockTile(size_t tile) = 0;
+
+    /// The envelope set stored under an id; throws when there is none.
+    virtual std::shared_ptr<DataEnvelopes const> dataEnvelopes(std::vector<unsigned char> const& id) const = 0;
+    /// Stores an envelope set: per element 16-bit values, which are not used, and grid cells {column, row}.
+    virtual void dataEnvelopes(
+        std::vector<unsigned char> const& id,
+        std::vector<std::pair<std::vector<unsigned short>, std::vector<std::vector<unsigned int>>>> const& data) = 0;
+    virtual bool dataEnvelopesSet(std::vector<unsigned char> const& id) const = 0;
+    /// Keeps an envelope set from eviction; a flag, not a count.
+    virtual void lockDataEnvelopes(std::vector<unsigned char> const& id) = 0;
+    virtual void unlockDataEnvelopes(std::vector<unsigned char> const& id) = 0;
+
+    /// Makes a target and returns its id, the smallest that is free. size: {width, height} in logical pixels; bits: of
+    /// one logical pixel, not 0. Several logical pixels of few bits share a texel, one of many bits takes several; only
+    /// the horizontal axis is packed. An erased target that fits is handed out again with its old pixels and its own,
+    /// possibly larger size. The unnamed flag is ignored.
+    virtual size_t createTarget(std::vector<size_t> const& size, size_t bits, bool, ImageFiltering filter,
+                                ImageFormatType format) = 0;
+    /// Drawing is ordered by the GL stream: nothing to do here.
+    virtual void finalizeDrawSequence() = 0;
+    /// Slots free for tiles; not limited, for the budget counts bytes.
+    virtual size_t freeSlots() const = 0;
+    virtual bool targetReady(size_t target) const = 0;
+    /// {width, height} in physical texels; of the host's surface for target 0. Like every look-up of a target except
+    /// clear, clearRect and drawTiles, an unknown id makes an empty target under that id.
+    virtual std::vector<size_t> targetSize(size_t target) = 0;
+    /// {logical pixels in a texel along x, along y}, the quotient rounded down: 0 where a pixel takes several texels.
+    virtual std::vector<size_t> targetAlignment(size_t target) = 0;
+    virtual ImageFiltering targetFiltering(size_t target) const = 0;
+    /// Moves a target into the pool from which createTarget serves itself.
+    virtual void eraseTarget(size_t target) = 0;
+    /// Erases the tiles first <= id < last, locked ones too; returns the bytes released.
+    virtual size_t eraseTiles(size_t first, size_t last) = 0;
+    virtual size_t eraseTile(size_t tile) = 0;
+    /// Destroys the pooled targets; living ones stay.
+    virtual void clearTargets() = 0;
+    virtual void waitForTarget(size_t target) = 0;
+    /// Erases every tile but one whose id is SIZE_MAX; returns the bytes released.
+    virtual size_t clearTiles() = 0;
+
+    /// Runs a filter once. sources: one per input; inputW, inputH: the input area in logical pixels; the four clips
+    /// cut logical pixels off the output; offset: {x, y}, texels of the destination where the output starts.
+    virtual void executeFilter(Filter const& filter, std::vector<FilterSource> const& sources, size_t inputW,
+                               size_t inputH, size_t destination, size_t clipLeft, size_t clipRight, size_t clipTop,
+                               size_t clipBottom, SingleFilterParameters const& params,
+                               std::vector<size_t> const& offset) = 0;
+    /// Compiles the filter's program and writes the key, and what the filter class adjusted, back into `filter`. A
+    /// filter that already has a key is left alone.
+    virtual void createFilterInstance(Filter& filter) = 0;
+    /// Drops the filter's program. The filter keeps its key: using it again throws, instantiating it does nothing.
+    virtual void destroyFilterInstance(Filter& filter) = 0;
+    /// Draws the shape of a MaskFilterParams into a target, coloured from `source`. range: {x0, x1, y0, y1} of the
+    /// target in image coordinates.
+    virtual void maskRange(size_t source, size_t target, Filter const& maskShader, std::vector<size_t> const& range,
+                           SingleFilterParameters const& params) = 0;
+
+    /// Reserves room for a tile that another thread will fill. The default offers none and returns an empty pointer.
+    virtual std::unique_ptr<ConcurrentStagingBuffer> concurrentStagingBuffer(size_t targetOrTileId, BufferType type,
+                                                                             std::vector<size_t> const& size);
+    /// Makes sure that a written buffer reaches its texture; takes the buffer. The default destroys it, returns true.
+    virtual bool synchronizeConcurrentStagingBuffer(std::unique_ptr<ConcurrentStagingBuffer>&& buffer);
+
+protected:
+    size_t id() const { return id_; }
+    RenderContext const& context() const { return context_; }
+
+private:
+    size_t id_;
+    RenderContext const& context_;
+};
