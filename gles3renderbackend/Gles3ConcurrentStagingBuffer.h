@@ -1,0 +1,46 @@
+#pragma once
+
+#include "renderbackend/ConcurrentStagingBuffer.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class Gles3RenderBackendInstance;
+
+/// Room for one tile in the instance's upload ring. Constructed on the GL thread, written on any, given back on the GL
+/// thread to synchronizeConcurrentStagingBuffer. Destroying it unwritten does not return the room: the ring buffer that
+/// holds it then waits for ever.
+class Gles3ConcurrentStagingBuffer : public ConcurrentStagingBuffer {
+public:
+    /// Reserves room, in the next ring buffer where the present one is full; a tile of more than 4 MiB is not refused
+    /// and must not be asked for. Waits, without a time limit, for the writers of the oldest ring buffer where all four
+    /// are taken. Throws "could not map PBO: ringbuffer exhausted" and "could not map PBO range".
+    Gles3ConcurrentStagingBuffer(size_t targetOrTileId, RenderBackend::BufferType type, std::vector<size_t> const& size,
+                                 Gles3RenderBackendInstance& instance);
+    Gles3ConcurrentStagingBuffer(Gles3ConcurrentStagingBuffer const&) = delete;
+    Gles3ConcurrentStagingBuffer& operator=(Gles3ConcurrentStagingBuffer const&) = delete;
+    ~Gles3ConcurrentStagingBuffer() override;
+
+    /// Any thread, exactly once per buffer. Copies size[0] * size[1] * size[2] bytes; makes no GL call.
+    void write(std::vector<std::uint8_t> const& pixels, size_t offset) override;
+    bool ready() const override { return true; }
+    void* nativeHandle() const override { return nullptr; }
+    std::shared_ptr<void> keepAlive() const override { return nullptr; }
+
+    /// Which ring buffer holds the reservation.
+    size_t ringIndex() const { return ringIndex_; }
+
+    /// What a buffer's counter of outstanding writers moves by, up at the reservation and down after the write.
+    static constexpr int kUsePerWriter = 3;
+
+private:
+    void advanceRing(size_t next);
+
+    Gles3RenderBackendInstance& instance_;
+    size_t ringIndex_;
+    std::uint8_t* data_ = nullptr;
+    std::shared_ptr<std::vector<std::atomic<int>>> bufferUse_; ///< lives as long as anybody may still write
+};

@@ -1,0 +1,147 @@
+#pragma once
+
+#include "gles3renderbackend/Gles3RenderBackend.h"
+#include "renderbackend/Export.h"
+#include "renderbackend/RenderBackendInstance.h"
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+class Gles3ConcurrentStagingBuffer;
+
+/// The working instance of the OpenGL ES 3 backend; made by Gles3RenderBackend::createInstance. What each operation does
+/// for a host stands with the interface, RenderBackendInstance; here stands what is this backend's own.
+///
+/// Everything runs on the GL thread. No GL state is cached or restored: the host shares the context. A cached tile may
+/// be evicted at the next setTile; a locked one never is.
+class VELMORA_EXPORT Gles3RenderBackendInstance : public RenderBackendInstance {
+public:
+    Gles3RenderBackendInstance(size_t id, RenderContext const& context, Gles3RenderBackend& backend);
+    Gles3RenderBackendInstance(Gles3RenderBackendInstance&& other) noexcept;
+    Gles3RenderBackendInstance(Gles3RenderBackendInstance const&) = delete;
+    Gles3RenderBackendInstance& operator=(Gles3RenderBackendInstance const&) = delete;
+    ~Gles3RenderBackendInstance() override;
+
+    std::type_info const& pixelTypeid() const override;
+    size_t pixelSize() const override;
+    size_t numComponents() const override;
+
+    /// Throws "Target does not exist", "Invalid color", and "Cannot clear buffer" for a packed target and a colour.
+    void clear(size_t target, std::vector<size_t> const& color) override;
+    /// Also throws "Invalid rectangle". All of it under clear's location.
+    void clearRect(size_t target, std::vector<size_t> const& color, std::vector<size_t> const& rect) override;
+
+    /// Throws "Target does not exist", "Instance for Filter <name> not available" and "No integer physical coordinate for
+    /// logical coordinate"; nothing is drawn then. Leaves the framebuffer, the program, the viewport, the quad's buffers
+    /// and the last tile's texture bound. A tile that is drawn becomes the most recently used.
+    void drawTiles(size_t target, Filter const& tileShader, std::vector<size_t> const& range,
+                   std::vector<size_t> const& canvasRange, std::vector<size_t> const& tileSize,
+                   std::vector<std::vector<size_t>> const& blockCoords, std::vector<size_t> const& blocks,
+                   std::vector<size_t> const& offsets) override;
+
+    size_t getPixels(void* buffer, size_t bufferSize, size_t target, std::vector<size_t> const& rect) const override;
+    std::vector<unsigned char> getPixels(size_t target, std::vector<size_t> const& rect) override;
+    size_t getPixelsBufferSize(size_t target, std::vector<size_t> const& rect) const override;
+
+    /// Throws "Can't set tile pixels with this size" for other component counts; the tile then exists, empty, at a cost
+    /// of 0 bytes. Costs width * height * components bytes of the budget, as given: a 16-bit tile one byte a pixel.
+    void setTile(size_t tile, std::vector<unsigned char> const& pixels, std::vector<size_t> const& size,
+                 size_t offset) override;
+    bool tileSet(size_t tile) const override;
+    void lockTile(size_t tile) override;
+    void unlockTile(size_t tile) override;
+
+    std::shared_ptr<DataEnvelopes const> dataEnvelopes(std::vector<unsigned char> const& id) const override;
+    void dataEnvelopes(
+        std::vector<unsigned char> const& id,
+        std::vector<std::pair<std::vector<unsigned short>, std::vector<std::vector<unsigned int>>>> const& data)
+        override;
+    bool dataEnvelopesSet(std::vector<unsigned char> const& id) const override;
+    void lockDataEnvelopes(std::vector<unsigned char> const& id) override;
+    void unlockDataEnvelopes(std::vector<unsigned char> const& id) override;
+
+    /// Throws "undefined pixel format", "no integer number of physical pixels for each logical pixel" and "Requested size
+    /// exceeds GLES3Backend capabilities"; nothing has changed then. Any other failure of making the target leaves as a
+    /// plain std::exception with the same text.
+    size_t createTarget(std::vector<size_t> const& size, size_t bits, bool, ImageFiltering filter,
+                        ImageFormatType format) override;
+    void finalizeDrawSequence() override;
+    size_t freeSlots() const override;
+    bool targetReady(size_t target) const override;
+    std::vector<size_t> targetSize(size_t target) override;
+    std::vector<size_t> targetAlignment(size_t target) override;
+    ImageFiltering targetFiltering(size_t target) const override;
+    void eraseTarget(size_t target) override;
+    size_t eraseTiles(size_t first, size_t last) override;
+    size_t eraseTile(size_t tile) override;
+    void clearTargets() override;
+    void waitForTarget(size_t target) override;
+    size_t clearTiles() override;
+
+    /// Throws "Instance for Filter <name> not available", and what the filter says of its parameters.
+    void executeFilter(Filter const& filter, std::vector<FilterSource> const& sources, size_t inputW, size_t inputH,
+                       size_t destination, size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
+                       SingleFilterParameters const& params, std::vector<size_t> const& offset) override;
+    /// Throws "Filter <name> not available" for a name that neither registry holds, and what compiling throws; the
+    /// filter is as before then.
+    void createFilterInstance(Filter& filter) override;
+    /// Throws "Instance for Filter <name> not available" for a filter that was destroyed already.
+    void destroyFilterInstance(Filter& filter) override;
+    void maskRange(size_t source, size_t target, Filter const& maskShader, std::vector<size_t> const& range,
+                   SingleFilterParameters const& params) override;
+
+    std::unique_ptr<ConcurrentStagingBuffer> concurrentStagingBuffer(size_t targetOrTileId, BufferType type,
+                                                                     std::vector<size_t> const& size) override;
+    bool synchronizeConcurrentStagingBuffer(std::unique_ptr<ConcurrentStagingBuffer>&& buffer) override;
+
+    /// The target of an id; an unknown id makes an empty one. The reference holds until the target is erased.
+    Gles3Target& target(size_t target);
+
+    /// The part of a source's texture that a filter's output shows: offset and scale in texture coordinates, of the
+    /// valid output extent inside the scaled source.
+    void inputTextureRange(FilterSource const& source, Filter const& filter, size_t inputW, size_t inputH,
+                           size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom, double& offsetX,
+                           double& offsetY, double& scaleX, double& scaleY);
+
+private:
+    friend class Gles3ConcurrentStagingBuffer;
+    friend class Gles3Shader;
+
+    using FilterRegistry = Gles3RenderBackend::FilterRegistry;
+
+    void syncTexturesFromPboRingBuffer();
+    void openRingBuffer(size_t index);
+
+    Gles3Target& findOrMakeTarget(size_t target) const;
+    Gles3Target& existingTarget(size_t target, char const* location);
+    Gles3Shader* findShader(Filter const& filter) const;
+    /// {width, height}; no vector, for these are asked for at every draw.
+    using Extent = std::array<size_t, 2>;
+    /// What targetSize gives for this target.
+    Extent physicalSize(size_t id, Gles3Target const& target);
+    /// What a target's logical extents are measured against: its logical size, for the host's surface its texels.
+    Extent referenceSize(size_t id, Gles3Target const& target);
+    std::unique_ptr<Gles3Shader> createShader(Filter& filter) const;
+    std::vector<size_t> textureSizeOfTile(std::vector<size_t> const& size, bool rgbaAccepted) const;
+
+    std::shared_ptr<TextureCache> textureCache_;
+    std::shared_ptr<EnvelopeCache> envelopeCache_;
+    std::shared_ptr<Gles3RenderBackend::TargetPool> targetPool_;
+    std::shared_ptr<Gles3RenderBackend::ShaderTable> shaderTable_;
+    std::shared_ptr<Gles3SharedResources> sharedResources_;
+    std::shared_ptr<Gles3RenderBackend::PixelBuffers> pixelBuffers_;
+    std::shared_ptr<Gles3RenderBackend::PendingUploads> pendingUploads_;
+    std::shared_ptr<Gles3RenderBackend::BufferUse> bufferUse_;
+    std::shared_ptr<size_t> writeIndex_; ///< the ring buffer being filled
+    std::shared_ptr<size_t> readIndex_;  ///< the oldest ring buffer not yet uploaded
+    std::shared_ptr<size_t> fillOffset_; ///< bytes reserved in the ring buffer being filled
+    std::shared_ptr<FilterRegistry> builtInRegistry_;
+    std::shared_ptr<FilterRegistry> hostRegistry_;
+    ImageFormatType format_;
+    std::shared_ptr<Gles3RenderBackend::TargetTable> targetTable_;
+};

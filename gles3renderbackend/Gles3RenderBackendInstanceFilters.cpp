@@ -1,0 +1,98 @@
+#include "gles3renderbackend/Gles3RenderBackendInstance.h"
+
+#include "gles3renderbackend/resources/Gles3Shader.h"
+#include "gles3renderbackend/resources/Gles3Target.h"
+#include "renderbackend/VelmoraException.h"
+
+namespace {
+
+constexpr char const* kCreateShader =
+    "std::string Gles3RenderBackendInstance::createShaderInstance(Filter const& filter)";
+constexpr char const* kDestroyFilter = "void Gles3RenderBackendInstance::destroyFilterInstance(Filter& filter)";
+// Deliberate: the text leaves the parameters out; hosts match on it as it stands.
+constexpr char const* kExecuteFilter =
+    "void Gles3RenderBackendInstance::executeFilter(Filter const& filter, std::vector<FilterSource> const& sources, "
+    "size_t inputW, size_t inputH, size_t destination, size_t clipLeft, size_t clipRight, size_t clipTop, "
+    "size_t clipBottom, std::vector<size_t> const& offset)";
+
+size_t smallestFreeKey(std::map<size_t, std::unique_ptr<Gles3Shader>> const& table) {
+    size_t key = 0;
+    for (auto const& entry : table) {
+        if (entry.first != key) break;
+        ++key;
+    }
+    return key;
+}
+
+double ratio(size_t num, size_t den) {
+    return static_cast<double>(num) / static_cast<double>(den);
+}
+
+} // namespace
+
+Gles3Shader* Gles3RenderBackendInstance::findShader(Filter const& filter) const {
+    auto const key = filter.instanceKey();
+    if (!key) return nullptr;
+    auto const found = shaderTable_->find(*key);
+    return found == shaderTable_->end() ? nullptr : found->second.get();
+}
+
+std::unique_ptr<Gles3Shader> Gles3RenderBackendInstance::createShader(Filter& filter) const {
+    for (auto const& registry : {hostRegistry_, builtInRegistry_})
+        if (registry && registry->has(filter.name())) return registry->create(filter.name(), filter);
+    throw VelmoraException("Filter <" + filter.name() + "> not available", kCreateShader);
+}
+
+void Gles3RenderBackendInstance::createFilterInstance(Filter& filter) {
+    if (filter.instanceKey()) return;
+    auto const key = std::make_shared<size_t>(smallestFreeKey(*shaderTable_));
+    std::unique_ptr<Gles3Shader> created = createShader(filter);
+    // A host's factory may make nothing, and may instantiate another filter, which then has the key.
+    if (!created || shaderTable_->count(*key) != 0)
+        throw VelmoraException("Failed to create shader instance", kCreateShader);
+    Gles3Shader& shader = *shaderTable_->emplace(*key, std::move(created)).first->second;
+    shader.setInstanceKey(key);
+    // The Filter part alone, on purpose: the key, and all that the filter class adjusted.
+    filter = static_cast<Filter const&>(shader);
+}
+
+void Gles3RenderBackendInstance::destroyFilterInstance(Filter& filter) {
+    auto const key = filter.instanceKey();
+    if (!key) return;
+    // Deliberate: the filter keeps its key, so that using it again is reported and not silently repaired.
+    if (shaderTable_->erase(*key) == 0)
+        throw VelmoraException("Instance for Filter <" + filter.name() + "> not available", kDestroyFilter);
+}
+
+void Gles3RenderBackendInstance::executeFilter(Filter const& filter, std::vector<FilterSource> const& sources,
+                                               size_t inputW, size_t inputH, size_t destination, size_t clipLeft,
+                                               size_t clipRight, size_t clipTop, size_t clipBottom,
+                                               SingleFilterParameters const& params,
+                                               std::vector<size_t> const& offset) {
+    Gles3Shader* const shader = findShader(filter);
+    if (shader == nullptr)
+        throw VelmoraException("Instance for Filter <" + filter.name() + "> not available", kExecuteFilter);
+    if (offset.size() < 2) throw VelmoraException("an offset needs two values: x, y", kExecuteFilter);
+    shader->draw(sources, inputW, inputH, destination, clipLeft, clipRight, clipTop, clipBottom, params, offset, *this,
+                 filter);
+}
+
+void Gles3RenderBackendInstance::inputTextureRange(FilterSource const& source, Filter const& filter, size_t inputW,
+                                                   size_t inputH, size_t clipLeft, size_t clipRight, size_t clipTop,
+                                                   size_t clipBottom, double& offsetX, double& offsetY, double& scaleX,
+                                                   double& scaleY) {
+    Extent const size = referenceSize(source.target, findOrMakeTarget(source.target));
+    size_t const outputW = inputW * filter.scaleXNum() / filter.scaleXDen() - filter.invalidRight() -
+                           filter.invalidLeft() - clipLeft - clipRight;
+    size_t const outputH = inputH * filter.scaleYNum() / filter.scaleYDen() - filter.invalidBottom() -
+                           filter.invalidTop() - clipTop - clipBottom;
+    // The source as large as the filter would make all of it: what the output extent is a part of.
+    double const scaledW = ratio(size[0] * filter.scaleXNum(), filter.scaleXDen());
+    double const scaledH = ratio(size[1] * filter.scaleYNum(), filter.scaleYDen());
+    double const x = static_cast<double>(source.x) * ratio(filter.scaleXNum(), filter.scaleXDen());
+    double const y = static_cast<double>(source.y) * ratio(filter.scaleYNum(), filter.scaleYDen());
+    offsetX = (x + static_cast<double>(filter.invalidLeft()) + static_cast<double>(clipLeft)) / scaledW;
+    offsetY = (y + static_cast<double>(filter.invalidTop()) + static_cast<double>(clipTop)) / scaledH;
+    scaleX = static_cast<double>(outputW) / scaledW;
+    scaleY = static_cast<double>(outputH) / scaledH;
+}

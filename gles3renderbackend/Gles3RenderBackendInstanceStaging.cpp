@@ -1,0 +1,59 @@
+#include "gles3renderbackend/Gles3RenderBackendInstance.h"
+
+#include "gles3renderbackend/Caches.h"
+#include "gles3renderbackend/Gles3ConcurrentStagingBuffer.h"
+#include "gles3renderbackend/resources/Gles3Pbo.h"
+#include "renderbackend/VelmoraException.h"
+
+std::unique_ptr<ConcurrentStagingBuffer> Gles3RenderBackendInstance::concurrentStagingBuffer(
+    size_t targetOrTileId, BufferType type, std::vector<size_t> const& size) {
+    // Four components are refused here, unlike for setTile.
+    std::vector<size_t> const textureSize = textureSizeOfTile(size, false);
+    syncTexturesFromPboRingBuffer();
+    return std::make_unique<Gles3ConcurrentStagingBuffer>(targetOrTileId, type, textureSize, *this);
+}
+
+void Gles3RenderBackendInstance::openRingBuffer(size_t index) {
+    *writeIndex_ = index;
+    *fillOffset_ = 0;
+    (*pixelBuffers_)[index]->mapRange(0, Gles3Pbo::kMappedBytes);
+}
+
+// Uploads the closed ring buffers whose writers are done, oldest first, tiles in the order of their reservation.
+void Gles3RenderBackendInstance::syncTexturesFromPboRingBuffer() {
+    while (*readIndex_ != *writeIndex_ && (*bufferUse_)[*readIndex_].load() == 0) {
+        Gles3Pbo& buffer = *(*pixelBuffers_)[*readIndex_];
+        buffer.unmap();
+        auto& pending = (*pendingUploads_)[*readIndex_];
+        size_t offset = 0;
+        for (auto const& [key, size] : pending) {
+            textureCache_->get(key).setPixels(size, buffer, offset);
+            // Locked until the host unlocks it: a tile must not go before it was drawn. Its cost stays 0 bytes.
+            textureCache_->lock(key);
+            offset += size[0] * size[1] * size[2];
+        }
+        pending.clear();
+        *readIndex_ = (*readIndex_ + 1) % pixelBuffers_->size();
+    }
+}
+
+bool Gles3RenderBackendInstance::synchronizeConcurrentStagingBuffer(std::unique_ptr<ConcurrentStagingBuffer>&& buffer) {
+    std::unique_ptr<ConcurrentStagingBuffer> const owned = std::move(buffer);
+    auto const* const staged = dynamic_cast<Gles3ConcurrentStagingBuffer const*>(owned.get());
+    if (staged == nullptr)
+        throw VelmoraException("could cast ConcurrentStagingBuffer to this backend",
+                               "bool Gles3RenderBackendInstance::synchronizeConcurrentStagingBuffer("
+                               "std::unique_ptr<ConcurrentStagingBuffer>&& buffer)");
+    if (textureCache_->count({id(), staged->targetOrTileId()}) != 0) return true;
+    syncTexturesFromPboRingBuffer();
+    if (staged->ringIndex() != *writeIndex_) return true; // closed already: it is, or will be, uploaded
+
+    std::atomic<int> const& writers = (*bufferUse_)[*writeIndex_];
+    while (writers.load() > 0) {} // busy by design, see the constructor of the staging buffer
+    size_t const next = (*writeIndex_ + 1) % pixelBuffers_->size();
+    while (next == *readIndex_)
+        syncTexturesFromPboRingBuffer();
+    openRingBuffer(next);
+    syncTexturesFromPboRingBuffer();
+    return true;
+}

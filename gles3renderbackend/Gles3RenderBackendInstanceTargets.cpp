@@ -1,0 +1,246 @@
+#include "gles3renderbackend/Gles3RenderBackendInstance.h"
+
+#include "gles3renderbackend/resources/Gles3Target.h"
+#include "renderbackend/RenderContext.h"
+#include "renderbackend/VelmoraException.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+// clearRect reports under this one too, deliberately: hosts know both failures by it.
+constexpr char const* kClear =
+    "void Gles3RenderBackendInstance::clear(size_t target, std::vector<size_t> const& color)";
+constexpr char const* kCreateTarget =
+    "size_t Gles3RenderBackendInstance::createTarget(std::vector<size_t> const& size, size_t bits, ImageFiltering "
+    "filter, ImageFormatType format)";
+constexpr char const* kGetPixelsBuffer =
+    "size_t Gles3RenderBackendInstance::getPixels(void* buffer, size_t bufferSize, size_t target, "
+    "std::vector<size_t> const& rect) const";
+constexpr char const* kGetPixelsVector =
+    "std::vector<unsigned char> Gles3RenderBackendInstance::getPixels(size_t target, std::vector<size_t> const& rect)";
+constexpr char const* kGetPixelsBufferSize =
+    "size_t Gles3RenderBackendInstance::getPixelsBufferSize(size_t target, std::vector<size_t> const& rect) const";
+constexpr char const* kInvalidRectangle = "Invalid rectangle";
+
+// How logical pixels sit in texels along x; at least one of the two is 1.
+struct Packing {
+    size_t logicalPerPhysical;
+    size_t physicalPerLogical;
+};
+
+// Bits of a texel, 0 for values outside the enumeration.
+size_t texelBits(RenderBackend::ImageFormatType format) {
+    switch (format) {
+    case RenderBackend::RGB24:
+        return 24;
+    case RenderBackend::RGBA32:
+        return 32;
+    case RenderBackend::GRAY8:
+        return 8;
+    case RenderBackend::UNDEFINED:
+        throw VelmoraException("undefined pixel format", kCreateTarget);
+    }
+    return 0;
+}
+
+Packing packing(RenderBackend::ImageFormatType format, size_t bits) {
+    size_t const texel = texelBits(format);
+    if (bits == 0) throw VelmoraException("bits of a pixel must not be 0", kCreateTarget);
+    if (texel == 0) return {1, 1};
+    if (bits < texel) return {texel / bits, 1};
+    return {1, bits / texel + (bits % texel != 0 ? 1 : 0)};
+}
+
+// What is left of an arbitrary failure of making a target: its text, but none of our types.
+class TargetFailure final : public std::exception {
+public:
+    explicit TargetFailure(std::string text) : text_(std::make_shared<std::string const>(std::move(text))) {}
+    char const* what() const noexcept override { return text_->c_str(); }
+
+private:
+    std::shared_ptr<std::string const> text_; // shared: copying an exception must not throw
+};
+
+size_t roundedDownToThousands(size_t n) {
+    return n - n % 1000;
+}
+
+VelmoraException tooLarge(VelmoraRangeException const& failure, Packing const& pack) {
+    size_t const width = roundedDownToThousands(failure.limit() / pack.physicalPerLogical * pack.logicalPerPhysical);
+    size_t const height = roundedDownToThousands(failure.limit());
+    return {"Requested size exceeds GLES3Backend capabilities", failure.location(),
+            "Maximum GLES3 supported range size = width: " + std::to_string(width) +
+                " & height: " + std::to_string(height)};
+}
+
+// The pooled target that wastes the fewest texels; the one erased first where several do.
+std::list<Gles3Target>::iterator bestFit(std::list<Gles3Target>& pool, size_t physicalWidth, size_t height,
+                                         Packing const& pack, RenderBackend::ImageFiltering filtering,
+                                         RenderBackend::ImageFormatType format) {
+    auto best = pool.end();
+    size_t bestWaste = 0;
+    for (auto candidate = pool.begin(); candidate != pool.end(); ++candidate) {
+        bool const sameKind = candidate->format() == format && candidate->filtering() == filtering;
+        bool const largeEnough = candidate->width() >= physicalWidth && candidate->height() >= height;
+        bool const wholePixels = candidate->width() * pack.logicalPerPhysical % pack.physicalPerLogical == 0;
+        if (!sameKind || !largeEnough || !wholePixels) continue;
+        size_t const waste = candidate->width() * candidate->height() - height * physicalWidth;
+        if (best != pool.end() && waste >= bestWaste) continue;
+        best = candidate;
+        bestWaste = waste;
+    }
+    return best;
+}
+
+size_t smallestFreeId(std::map<size_t, Gles3Target> const& table) {
+    size_t id = 0;
+    for (auto const& entry : table) {
+        if (entry.first != id) break;
+        ++id;
+    }
+    return id;
+}
+
+Gles3Target makeTarget(size_t physicalWidth, std::vector<size_t> const& size, Packing const& pack,
+                       RenderBackend::ImageFiltering filtering, RenderBackend::ImageFormatType format) {
+    try {
+        return {physicalWidth,           size[1], {size[0], size[1]}, pack.logicalPerPhysical,
+                pack.physicalPerLogical, format,  filtering};
+    } catch (VelmoraRangeException const& failure) {
+        throw tooLarge(failure, pack);
+    } catch (std::exception const& failure) {
+        throw TargetFailure(failure.what());
+    }
+}
+
+// 255 is full; values beyond are not clamped here.
+std::array<float, 4> toColor(std::vector<size_t> const& color) {
+    if (color.size() != 3 && color.size() != 4) throw VelmoraException("Invalid color", kClear);
+    std::array<float, 4> rgba = {0.0F, 0.0F, 0.0F, 1.0F};
+    std::transform(color.begin(), color.end(), rgba.begin(),
+                   [](size_t component) { return static_cast<float>(component) / 255.0F; });
+    return rgba;
+}
+
+void requireReadRectangle(std::vector<size_t> const& rect, char const* location) {
+    if (rect.size() < 4) throw VelmoraException(kInvalidRectangle, location);
+}
+
+} // namespace
+
+Gles3Target& Gles3RenderBackendInstance::findOrMakeTarget(size_t target) const {
+    return targetTable_->try_emplace(target).first->second;
+}
+
+Gles3Target& Gles3RenderBackendInstance::existingTarget(size_t target, char const* location) {
+    auto const found = targetTable_->find(target);
+    if (found == targetTable_->end()) throw VelmoraException("Target does not exist", location);
+    return found->second;
+}
+
+Gles3Target& Gles3RenderBackendInstance::target(size_t target) {
+    return findOrMakeTarget(target);
+}
+
+size_t Gles3RenderBackendInstance::createTarget(std::vector<size_t> const& size, size_t bits, bool,
+                                                ImageFiltering filter, ImageFormatType format) {
+    if (size.size() < 2) throw VelmoraException("size vector is too short", kCreateTarget);
+    ImageFormatType const texels = format == RenderBackend::UNDEFINED ? format_ : format;
+    Packing const pack = packing(texels, bits);
+    size_t const scaledWidth = size[0] * pack.physicalPerLogical;
+    if (scaledWidth % pack.logicalPerPhysical != 0)
+        throw VelmoraException("no integer number of physical pixels for each logical pixel", kCreateTarget,
+                               "target size=[" + std::to_string(size[0]) + "," + std::to_string(size[1]) + "]");
+    size_t const physicalWidth = scaledWidth / pack.logicalPerPhysical;
+
+    size_t const id = smallestFreeId(*targetTable_);
+    auto const pooled = bestFit(*targetPool_, physicalWidth, size[1], pack, filter, texels);
+    if (pooled == targetPool_->end()) {
+        targetTable_->emplace(id, makeTarget(physicalWidth, size, pack, filter, texels));
+        return id;
+    }
+    // A recycled target is handed out whole, with its own size and its old pixels.
+    pooled->repack({pooled->width() * pack.logicalPerPhysical / pack.physicalPerLogical, pooled->height()},
+                   pack.logicalPerPhysical, pack.physicalPerLogical);
+    targetTable_->emplace(id, std::move(*pooled));
+    targetPool_->erase(pooled);
+    return id;
+}
+
+void Gles3RenderBackendInstance::eraseTarget(size_t target) {
+    findOrMakeTarget(target);
+    auto entry = targetTable_->extract(target);
+    targetPool_->push_back(std::move(entry.mapped()));
+}
+
+void Gles3RenderBackendInstance::clearTargets() {
+    targetPool_->clear();
+}
+
+std::vector<size_t> Gles3RenderBackendInstance::targetSize(size_t target) {
+    Gles3Target const& found = findOrMakeTarget(target);
+    if (found.ownSurface() == 0) return {context().width(), context().height()};
+    return {found.width(), found.height()};
+}
+
+Gles3RenderBackendInstance::Extent Gles3RenderBackendInstance::physicalSize(size_t id, Gles3Target const& target) {
+    if (target.ownSurface() != 0) return {target.width(), target.height()};
+    std::vector<size_t> const size = targetSize(id);
+    return {size[0], size[1]};
+}
+
+Gles3RenderBackendInstance::Extent Gles3RenderBackendInstance::referenceSize(size_t id, Gles3Target const& target) {
+    if (target.ownSurface() == 0) return physicalSize(id, target);
+    return {target.logicalSize()[0], target.logicalSize()[1]};
+}
+
+std::vector<size_t> Gles3RenderBackendInstance::targetAlignment(size_t target) {
+    Gles3Target const& found = findOrMakeTarget(target);
+    std::vector<size_t> alignment = found.logicalSize();
+    alignment[0] = found.width() == 0 ? 1 : alignment[0] / found.width();
+    alignment[1] = found.height() == 0 ? 1 : alignment[1] / found.height();
+    return alignment;
+}
+
+RenderBackend::ImageFiltering Gles3RenderBackendInstance::targetFiltering(size_t target) const {
+    return findOrMakeTarget(target).filtering();
+}
+
+void Gles3RenderBackendInstance::clear(size_t target, std::vector<size_t> const& color) {
+    Gles3Target const& found = existingTarget(target, kClear);
+    auto const [r, g, b, a] = toColor(color);
+    found.clear(r, g, b, a);
+}
+
+void Gles3RenderBackendInstance::clearRect(size_t target, std::vector<size_t> const& color,
+                                           std::vector<size_t> const& rect) {
+    Gles3Target const& found = existingTarget(target, kClear);
+    auto const [r, g, b, a] = toColor(color);
+    if (rect.size() != 4) throw VelmoraException(kInvalidRectangle, kClear);
+    found.clearRect(r, g, b, a, rect[0], rect[1], rect[2], rect[3]);
+}
+
+// Deliberate: the reading operations take {x, width, y, height}, clearRect takes {x, y, width, height}.
+size_t Gles3RenderBackendInstance::getPixels(void* buffer, size_t bufferSize, size_t target,
+                                             std::vector<size_t> const& rect) const {
+    requireReadRectangle(rect, kGetPixelsBuffer);
+    return findOrMakeTarget(target).getPixels(buffer, bufferSize, rect[0], rect[2], rect[1], rect[3]);
+}
+
+std::vector<unsigned char> Gles3RenderBackendInstance::getPixels(size_t target, std::vector<size_t> const& rect) {
+    requireReadRectangle(rect, kGetPixelsVector);
+    size_t const checked = getPixelsBufferSize(target, rect);
+    Gles3Target const& found = findOrMakeTarget(target);
+    // RGBA32 delivers 4 bytes a texel: a vector that had to grow for them would be copied.
+    std::vector<unsigned char> pixels(found.format() == RenderBackend::RGBA32 ? checked / 3 * 4 : checked);
+    found.getPixels(pixels, rect[0], rect[2], rect[1], rect[3]);
+    return pixels;
+}
+
+// Deliberate: 3 bytes a texel whatever the format is, the same count that reading checks for.
+size_t Gles3RenderBackendInstance::getPixelsBufferSize(size_t target, std::vector<size_t> const& rect) const {
+    requireReadRectangle(rect, kGetPixelsBufferSize);
+    return findOrMakeTarget(target).texelWidth(rect[1]) * rect[3] * 3;
+}

@@ -1,0 +1,59 @@
+#include "gles3renderbackend/Gles3RenderBackendInstance.h"
+
+#include "gles3renderbackend/Caches.h"
+#include "renderbackend/VelmoraException.h"
+
+#include <limits>
+
+namespace {
+
+// Staging a tile reports under this one too, deliberately: both refuse the same sizes.
+constexpr char const* kSetTile =
+    "void Gles3RenderBackendInstance::setTile(size_t tile, std::vector<unsigned char> const& pixels, "
+    "std::vector<size_t> const& size, size_t offset)";
+
+} // namespace
+
+// The texture that a tile of this size becomes. A one-component tile holds 16-bit samples, two to an RGBA texel.
+std::vector<size_t> Gles3RenderBackendInstance::textureSizeOfTile(std::vector<size_t> const& size,
+                                                                  bool rgbaAccepted) const {
+    size_t const components = size.size() < 3 ? 0 : size[2];
+    if (components == 1 && format_ == RenderBackend::RGBA32) return {size[0] / 2, size[1], 4};
+    if (components == 3 || (components == 4 && rgbaAccepted)) return size;
+    throw VelmoraException("Can't set tile pixels with this size", kSetTile);
+}
+
+void Gles3RenderBackendInstance::setTile(size_t tile, std::vector<unsigned char> const& pixels,
+                                         std::vector<size_t> const& size, size_t offset) {
+    std::pair<size_t, size_t> const key(id(), tile);
+    // The entry comes first, and stays, empty, when the size is refused.
+    Gles3Texture& texture = textureCache_->get(key);
+    texture.setPixels(pixels, textureSizeOfTile(size, true), offset);
+    // Deliberate: accounted by the size as given, so a 16-bit tile costs one byte a pixel.
+    textureCache_->setSize(key, size[0] * size[1] * size[2]);
+}
+
+bool Gles3RenderBackendInstance::tileSet(size_t tile) const {
+    return textureCache_->count({id(), tile}) != 0;
+}
+
+void Gles3RenderBackendInstance::lockTile(size_t tile) {
+    textureCache_->lock({id(), tile});
+}
+
+void Gles3RenderBackendInstance::unlockTile(size_t tile) {
+    textureCache_->unlock({id(), tile});
+}
+
+size_t Gles3RenderBackendInstance::eraseTile(size_t tile) {
+    return textureCache_->erase({id(), tile});
+}
+
+size_t Gles3RenderBackendInstance::eraseTiles(size_t first, size_t last) {
+    return textureCache_->eraseRange({id(), first}, {id(), last});
+}
+
+// A half-open range: the tile whose id is the largest number of all stays.
+size_t Gles3RenderBackendInstance::clearTiles() {
+    return eraseTiles(0, std::numeric_limits<size_t>::max());
+}

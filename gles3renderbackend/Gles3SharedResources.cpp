@@ -1,0 +1,10 @@
+#include "gles3renderbackend/Gles3SharedResources.h"
+
+#include "gles3renderbackend/resources/UnitQuad.h"
+
+Gles3SharedResources::Gles3SharedResources() : indexBuffer_(GL_ELEMENT_ARRAY_BUFFER), vertexBuffer_(GL_ARRAY_BUFFER) {
+    unitQuad::upload(indexBuffer_, vertexBuffer_);
+    indexBuffer_.unbind();
+    vertexBuffer_.unbind();
+    transparentBlack_.setPixels({0, 0, 0, 0}, {1, 1, 4});
+}

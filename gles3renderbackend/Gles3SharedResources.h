@@ -1,0 +1,21 @@
+#pragma once
+
+#include "gles3renderbackend/resources/Gles3Buffer.h"
+#include "gles3renderbackend/resources/Gles3Texture.h"
+
+/// What every tile is drawn with: the unit quad, and a texture for tiles that are not there. GL thread only.
+class Gles3SharedResources {
+public:
+    /// Leaves no buffer bound.
+    Gles3SharedResources();
+
+    Gles3Buffer const& indexBuffer() const { return indexBuffer_; }
+    Gles3Buffer const& vertexBuffer() const { return vertexBuffer_; }
+    /// One texel of transparent black.
+    Gles3Texture const& transparentBlack() const { return transparentBlack_; }
+
+private:
+    Gles3Buffer indexBuffer_;
+    Gles3Buffer vertexBuffer_;
+    Gles3Texture transparentBlack_;
+};

@@ -1,0 +1,159 @@
+#include "gles3renderbackend/filters/CLAHE.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace {
+
+constexpr size_t kHalfRegion = CLAHE::kRegionSize / 2;
+constexpr size_t kRegionPixels = CLAHE::kRegionSize * CLAHE::kRegionSize;
+constexpr size_t kMaxGrey = CLAHE::kBins - 1;
+
+size_t bin(std::int16_t sample) {
+    return static_cast<size_t>(std::clamp<std::int16_t>(sample, 0, kMaxGrey));
+}
+
+// One axis of the interpolation grid: cell i covers [start, end) and lies between two regions.
+struct Cell {
+    size_t start;
+    size_t end;
+    size_t before; // region at its start
+    size_t after;  // region at its end
+
+    Cell(size_t index, size_t regions, size_t extent)
+        : start(index == 0 ? 0 : index * CLAHE::kRegionSize - kHalfRegion),
+          end(std::min(index * CLAHE::kRegionSize + kHalfRegion, extent)),
+          before(index == 0 ? 0 : index - 1),
+          after(std::min(index, regions - 1)) {}
+};
+
+// Adds 1 to bins below the limit, from ever later starts in steps that spread the excess, until nothing is left.
+void spread(CLAHE::Histogram& histogram, std::uint32_t limit, size_t excess) {
+    while (excess > 0) {
+        for (size_t start = 0; start < histogram.size() && excess > 0; ++start) {
+            size_t const step = std::max<size_t>(1, histogram.size() / excess);
+            for (size_t i = start; i < histogram.size() && excess > 0; i += step) {
+                if (histogram[i] >= limit) continue;
+                ++histogram[i];
+                --excess;
+            }
+        }
+    }
+}
+
+} // namespace
+
+CLAHE::CLAHE(double clipLimit) : clipLimit_(clipLimit >= 1.0 ? clipLimit : 1.0) {}
+
+CLAHE::~CLAHE() = default;
+
+void CLAHE::buildTables(std::int16_t const* pixels, size_t width, size_t height, size_t rowStride) {
+    width_ = width;
+    height_ = height;
+    rowStride_ = rowStride;
+    regionColumns_ = (width + kRegionSize - 1) / kRegionSize;
+    regionRows_ = (height + kRegionSize - 1) / kRegionSize;
+    mappings_.assign(regionColumns_ * regionRows_, Mapping{});
+    for (size_t row = 0; row < regionRows_; ++row) {
+        bool const partialRow = (row + 1) * kRegionSize > height;
+        for (size_t column = 0; column < regionColumns_; ++column) {
+            bool const partialColumn = (column + 1) * kRegionSize > width;
+            Mapping& mapping = mappings_[row * regionColumns_ + column];
+            if (partialColumn)
+                mapping = *(&mapping - 1);
+            else if (partialRow)
+                mapping = *(&mapping - regionColumns_);
+            else
+                mapping = mappingOfRegion(pixels + (row * rowStride + column) * kRegionSize * kComponents);
+        }
+    }
+}
+
+CLAHE::Mapping CLAHE::mappingOfRegion(std::int16_t const* firstPixel) const {
+    Histogram histogram{};
+    for (size_t y = 0; y < kRegionSize; ++y) {
+        std::int16_t const* const row = firstPixel + y * rowStride_ * kComponents;
+        for (size_t x = 0; x < kRegionSize; ++x)
+            ++histogram[bin(row[x * kComponents])];
+    }
+    clip(histogram, kRegionPixels);
+
+    // In double, as a full region's last entry is 254: 255 / 1600 is a hair less than that.
+    double const scale = static_cast<double>(kMaxGrey) / static_cast<double>(kRegionPixels);
+    Mapping mapping{};
+    std::uint32_t sum = 0;
+    for (size_t i = 0; i < kBins; ++i) {
+        sum += histogram[i];
+        mapping[i] = static_cast<std::uint8_t>(std::min(static_cast<double>(sum) * scale, double{kMaxGrey}));
+    }
+    return mapping;
+}
+
+void CLAHE::clip(Histogram& histogram, size_t pixels) const {
+    double const exactLimit = static_cast<double>(pixels) * clipLimit_ / static_cast<double>(kBins);
+    if (exactLimit >= static_cast<double>(pixels)) return; // no bin can hold more
+    auto const limit = std::max<std::uint32_t>(1, static_cast<std::uint32_t>(exactLimit));
+    size_t excess = 0;
+    for (std::uint32_t const count : histogram)
+        excess += count > limit ? count - limit : 0;
+
+    // First an even share for everybody; a bin that is close to the limit takes what brings it there.
+    auto const share = static_cast<std::uint32_t>(excess / kBins);
+    for (std::uint32_t& count : histogram) {
+        if (count > limit) {
+            count = limit;
+            continue;
+        }
+        std::uint32_t const taken = std::min(share, limit - count);
+        count += taken;
+        excess -= taken;
+    }
+
+    // Where there is no more room than excess, spreading one by one would end here too, only much later.
+    size_t room = 0;
+    for (std::uint32_t const count : histogram)
+        room += limit - count;
+    if (room <= excess)
+        histogram.fill(limit);
+    else
+        spread(histogram, limit, excess);
+}
+
+void CLAHE::apply(std::int16_t* pixels, size_t x0, size_t y0) const {
+    for (size_t cellRow = 0; cellRow <= regionRows_; ++cellRow)
+        for (size_t cellColumn = 0; cellColumn <= regionColumns_; ++cellColumn)
+            applyToCell(pixels, cellColumn, cellRow, x0, y0);
+}
+
+void CLAHE::applyToCell(std::int16_t* pixels, size_t cellColumn, size_t cellRow, size_t x0, size_t y0) const {
+    Cell const across(cellColumn, regionColumns_, width_);
+    Cell const down(cellRow, regionRows_, height_);
+    size_t const xStart = std::max(across.start, x0);
+    size_t const yStart = std::max(down.start, y0);
+    if (xStart >= across.end || yStart >= down.end) return;
+
+    // The four mappings side by side, so that a pixel finds its four values in one place.
+    Mapping const& upperLeft = mappings_[down.before * regionColumns_ + across.before];
+    Mapping const& upperRight = mappings_[down.before * regionColumns_ + across.after];
+    Mapping const& lowerLeft = mappings_[down.after * regionColumns_ + across.before];
+    Mapping const& lowerRight = mappings_[down.after * regionColumns_ + across.after];
+    std::array<std::array<std::uint8_t, 4>, kBins> corners; // NOLINT(*-member-init): all of it is written next
+    for (size_t i = 0; i < kBins; ++i)
+        corners[i] = {upperLeft[i], upperRight[i], lowerLeft[i], lowerRight[i]};
+
+    // Weights count as if every cell were full-sized: at the edges both values are the same, whatever they weigh.
+    for (size_t y = yStart; y < down.end; ++y) {
+        auto const lower = static_cast<std::uint32_t>(y - down.start);
+        std::uint32_t const upper = kRegionSize - lower;
+        std::int16_t* const row = pixels + y * rowStride_ * kComponents;
+        for (size_t x = xStart; x < across.end; ++x) {
+            auto const right = static_cast<std::uint32_t>(x - across.start);
+            std::uint32_t const left = kRegionSize - right;
+            auto const& corner = corners[bin(row[x * kComponents])];
+            std::uint32_t const sum =
+                (corner[0] * left + corner[1] * right) * upper + (corner[2] * left + corner[3] * right) * lower;
+            // Rounded to the nearest: whole numbers give exactly what double arithmetic gives.
+            row[x * kComponents] = static_cast<std::int16_t>((sum + kRegionPixels / 2) / kRegionPixels);
+        }
+    }
+}

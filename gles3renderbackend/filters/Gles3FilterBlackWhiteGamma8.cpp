@@ -1,0 +1,13 @@
+#include "gles3renderbackend/filters/Gles3FilterBlackWhiteGamma8.h"
+
+#include "gles3renderbackend/filters/ToneTable.h"
+#include "renderbackend/FilterParameters.h"
+
+std::vector<std::uint8_t> Gles3FilterBlackWhiteGamma8::computeTable(SingleFilterParameters const& params) const {
+    auto const& curve = params.as<FilterBlackWhiteGamma8Params>();
+    return toneTable::blackWhiteGamma8(curve.gamma, curve.blackPoint, curve.whitePoint);
+}
+
+std::string Gles3FilterBlackWhiteGamma8::tableKey(SingleFilterParameters const& params) const {
+    return params.as<FilterBlackWhiteGamma8Params>().key();
+}

@@ -1,0 +1,6 @@
+#include "gles3renderbackend/filters/Gles3FilterSharpnessH16.h"
+
+#include "GlslSources.h"
+
+Gles3FilterSharpnessH16::Gles3FilterSharpnessH16(Filter& filter)
+    : Gles3Shader(glsl::prevCurrNextNoModelView_vert, glsl::Gles3FilterSharpnessH16_frag, filter) {}

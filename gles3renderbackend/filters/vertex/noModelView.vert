@@ -1,0 +1,12 @@
+#version 100
+// a_geometry comes first: uniforms get their locations in this order, and one at location 0 counts as missing.
+uniform highp vec4 a_geometry;
+uniform highp vec4 a_texRange00;
+attribute highp vec2 a_position;
+attribute highp vec2 a_texturecoordinates00;
+varying highp vec2 v_texCoord00;
+
+void main() {
+    v_texCoord00 = a_texRange00.zw * a_texturecoordinates00 + a_texRange00.xy;
+    gl_Position = vec4(a_geometry.zw * a_position + a_geometry.xy, 1.0, 1.0);
+}

@@ -1,0 +1,184 @@
+#include "gles3renderbackend/resources/Gles3Shader.h"
+
+#include "gles3renderbackend/Gles3RenderBackendInstance.h"
+#include "gles3renderbackend/resources/FixedState.h"
+#include "gles3renderbackend/resources/Gles3Target.h"
+#include "gles3renderbackend/resources/ShaderCompiler.h"
+#include "gles3renderbackend/resources/UnitQuad.h"
+
+#include <iomanip>
+#include <locale>
+#include <sstream>
+#include <utility>
+
+namespace {
+
+// Inputs whose locations are looked up at construction: more than any filter of the catalogue has.
+constexpr size_t kPreparedInputs = 4;
+
+std::string suffix(size_t input) {
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << std::setfill('0') << std::setw(2) << input;
+    return text.str();
+}
+
+GLint find(std::map<std::string, GLint> const& locations, std::string const& name) {
+    auto const found = locations.find(name);
+    return found == locations.end() ? -1 : found->second;
+}
+
+// A surface may report a size of 0 while it is minimised: nothing is drawn then, and nothing must trap.
+size_t quotient(size_t dividend, size_t divisor) {
+    return divisor == 0 ? 0 : dividend / divisor;
+}
+
+GLfloat toFloat(size_t value) {
+    return static_cast<GLfloat>(value);
+}
+
+std::vector<float> const kUpright = {1, 0, 0, 1};
+std::vector<float> const kMirrored = {1, 0, 0, -1};
+
+void disable(GLint attribute) {
+    if (attribute != -1) glDisableVertexAttribArray(static_cast<GLuint>(attribute));
+}
+
+} // namespace
+
+Gles3Shader::Gles3Shader(std::string const& vertexSource, std::string const& fragmentSource, Filter& filter)
+    : Filter(filter), indexBuffer_(GL_ELEMENT_ARRAY_BUFFER), vertexBuffer_(GL_ARRAY_BUFFER) {
+    CompiledProgram compiled = compileProgram(vertexSource, fragmentSource);
+    program_ = std::move(compiled.program);
+    attributes_ = std::move(compiled.attributes);
+    uniforms_ = std::move(compiled.uniforms);
+    prepareLocations();
+    unitQuad::upload(indexBuffer_, vertexBuffer_);
+    if (geometry_ > 0) setGeometry(0, 0, 1, 1);
+    setTexRange(0, 0, 1, 1, 0);
+}
+
+Gles3Shader::Gles3Shader(Filter& filter)
+    : Filter(filter), indexBuffer_(GL_ARRAY_BUFFER), vertexBuffer_(GL_ARRAY_BUFFER) {}
+
+Gles3Shader::~Gles3Shader() = default;
+
+GLint Gles3Shader::attributeLocation(std::string const& name) const {
+    return find(attributes_, name);
+}
+
+GLint Gles3Shader::uniformLocation(std::string const& name) const {
+    return find(uniforms_, name);
+}
+
+Gles3Shader::InputLocations Gles3Shader::lookUpInput(size_t input) const {
+    std::string const digits = suffix(input);
+    return {uniformLocation("s_texture" + digits), uniformLocation("a_texRange" + digits),
+            uniformLocation("a_texscale" + digits), attributeLocation("a_texturecoordinates" + digits)};
+}
+
+Gles3Shader::InputLocations Gles3Shader::inputLocations(size_t input) const {
+    return input < inputs_.size() ? inputs_[input] : lookUpInput(input);
+}
+
+void Gles3Shader::prepareLocations() {
+    geometry_ = uniformLocation("a_geometry");
+    modelView_ = uniformLocation("a_modelView");
+    outputSize_ = uniformLocation("a_outputSize");
+    position_ = attributeLocation("a_position");
+    for (size_t input = 0; input < kPreparedInputs; ++input)
+        inputs_.push_back(lookUpInput(input));
+}
+
+void Gles3Shader::setGeometry(double x, double y, double w, double h) {
+    glUseProgram(program());
+    glUniform4f(geometry_, static_cast<GLfloat>(x), static_cast<GLfloat>(y), static_cast<GLfloat>(w),
+                static_cast<GLfloat>(h));
+}
+
+void Gles3Shader::setModelView(std::vector<float> const& m) {
+    glUseProgram(program());
+    // Deliberate, do not "repair": tests against 0, not -1, so a uniform at location 0 is never set.
+    if (modelView_ != 0) glUniformMatrix2fv(modelView_, 1, GL_FALSE, m.data());
+}
+
+void Gles3Shader::setTexRange(double offsetX, double offsetY, double scaleX, double scaleY, size_t input) {
+    glUseProgram(program());
+    GLint const location = inputLocations(input).texRange;
+    // Deliberate, do not "repair": tests against 0, not -1, so a uniform at location 0 is never set.
+    if (location != 0)
+        glUniform4f(location, static_cast<GLfloat>(offsetX), static_cast<GLfloat>(offsetY),
+                    static_cast<GLfloat>(scaleX), static_cast<GLfloat>(scaleY));
+}
+
+void Gles3Shader::uploadParameters(SingleFilterParameters const& /*params*/) {}
+
+void Gles3Shader::draw(std::vector<FilterSource> const& sources, size_t inputW, size_t inputH, size_t destination,
+                       size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
+                       SingleFilterParameters const& params, std::vector<size_t> const& offset,
+                       Gles3RenderBackendInstance& instance, Filter const& filter) {
+    Gles3Target const& target = instance.target(destination);
+    glBindFramebuffer(GL_FRAMEBUFFER, target.framebuffer());
+    vertexBuffer_.bind();
+    indexBuffer_.bind();
+    glUseProgram(program());
+    // The host's surface has its origin at the top, targets keep GL's order: only the former is mirrored.
+    bool const hostSurface = target.ownSurface() == 0;
+    setModelView(hostSurface ? kMirrored : kUpright);
+    setFixedState();
+
+    auto const size = instance.physicalSize(destination, target);
+    auto const reference = instance.referenceSize(destination, target);
+    size_t const outputW = inputW * filter.scaleXNum() / filter.scaleXDen() - filter.invalidRight() -
+                           filter.invalidLeft() - clipLeft - clipRight;
+    size_t const outputH = inputH * filter.scaleYNum() / filter.scaleYDen() - filter.invalidBottom() -
+                           filter.invalidTop() - clipTop - clipBottom;
+    glViewport(0, 0, static_cast<GLsizei>(size[0]), static_cast<GLsizei>(size[1]));
+    setOutputGeometry(size, quotient(outputW * size[0], reference[0]), quotient(outputH * size[1], reference[1]),
+                      offset);
+
+    // Deliberate: without "a_position" this passes -1 on, as an index that GL refuses.
+    unitQuad::pointAttribute(position_, unitQuad::kPositionByte);
+    glEnableVertexAttribArray(static_cast<GLuint>(position_));
+    for (size_t i = 0; i < sources.size(); ++i) {
+        TextureRange range;
+        if (!sources[i].wholeTexture)
+            instance.inputTextureRange(sources[i], *this, inputW, inputH, clipLeft, clipRight, clipTop, clipBottom,
+                                       range.offsetX, range.offsetY, range.scaleX, range.scaleY);
+        bindInput(i, instance, sources[i], range);
+    }
+    if (outputSize_ != -1)
+        glUniform4f(outputSize_, toFloat(quotient(size[0] * clipLeft, reference[0])),
+                    toFloat(quotient(size[1] * clipTop, reference[1])), toFloat(size[0]), toFloat(size[1]));
+
+    uploadParameters(params);
+    unitQuad::draw();
+    for (size_t i = 0; i < sources.size(); ++i)
+        disable(inputLocations(i).textureCoordinates);
+    glDisableVertexAttribArray(static_cast<GLuint>(position_));
+}
+
+void Gles3Shader::setOutputGeometry(std::array<size_t, 2> const& targetSize, size_t outputW, size_t outputH,
+                                    std::vector<size_t> const& offset) {
+    auto const w = static_cast<double>(targetSize[0]);
+    auto const h = static_cast<double>(targetSize[1]);
+    setGeometry(2.0 * static_cast<double>(offset[0]) / w - 1.0, 2.0 * static_cast<double>(offset[1]) / h - 1.0,
+                2.0 * static_cast<double>(outputW) / w, 2.0 * static_cast<double>(outputH) / h);
+}
+
+void Gles3Shader::bindInput(size_t input, Gles3RenderBackendInstance& instance, FilterSource const& source,
+                            TextureRange const& range) {
+    Gles3Target const& target = instance.target(source.target);
+    auto const size = instance.physicalSize(source.target, target);
+    InputLocations const locations = inputLocations(input);
+    glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(input));
+    glBindTexture(GL_TEXTURE_2D, target.texture());
+    glUniform1i(locations.sampler, static_cast<GLint>(input));
+    setTexRange(range.offsetX, range.offsetY, range.scaleX, range.scaleY, input);
+    if (locations.texScale != -1)
+        glUniform2f(locations.texScale, static_cast<GLfloat>(1.0 / static_cast<double>(size[0])),
+                    static_cast<GLfloat>(1.0 / static_cast<double>(size[1])));
+    if (locations.textureCoordinates == -1) return;
+    unitQuad::pointAttribute(locations.textureCoordinates, unitQuad::kTextureCoordinateByte);
+    glEnableVertexAttribArray(static_cast<GLuint>(locations.textureCoordinates));
+}

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "gles3renderbackend/resources/GlName.h"
+#include "gles3renderbackend/resources/Gles3Buffer.h"
+#include "renderbackend/Filter.h"
+#include "renderbackend/FilterSource.h"
+#include "renderbackend/SingleFilterParameters.h"
+
+#include <array>
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+class Gles3RenderBackendInstance;
+
+/// One linked GLSL ES program and what it takes to run it once over a target: the base of every filter class. It carries
+/// a copy of the filter description that it was made for. Built complete or not at all. GL thread only.
+///
+/// Per-input names end in the input's index, two digits at least: "s_texture00", "a_texRange00", "a_texscale00",
+/// "a_texturecoordinates00".
+class Gles3Shader : public Filter {
+public:
+    /// Compiles and links. Throws VelmoraException with the log and, where a stage does not compile, its source with
+    /// numbered lines; every GL object made so far is deleted then.
+    Gles3Shader(std::string const& vertexSource, std::string const& fragmentSource, Filter& filter);
+    /// A shader without a program, for a filter that computes elsewhere: program() is 0.
+    explicit Gles3Shader(Filter& filter);
+
+    Gles3Shader(Gles3Shader const&) = delete;
+    Gles3Shader& operator=(Gles3Shader const&) = delete;
+    ~Gles3Shader() override;
+
+    /// Runs the program once. `filter` is the caller's description: its borders and scales give the extent of the
+    /// output, while the input ranges follow the shader's own. inputW, inputH and the clips count logical pixels,
+    /// `offset` texels of the destination, {x, y}: two values, which is not tested here.
+    /// Leaves bound: the program, the framebuffer, both quad buffers, one texture per source.
+    virtual void draw(std::vector<FilterSource> const& sources, size_t inputW, size_t inputH, size_t destination,
+                      size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
+                      SingleFilterParameters const& params, std::vector<size_t> const& offset,
+                      Gles3RenderBackendInstance& instance, Filter const& filter);
+    /// Sets the uniforms of one run; called by draw with the program in use. The base has none.
+    virtual void uploadParameters(SingleFilterParameters const& params);
+
+    /// The GL name of the program, 0 where there is none.
+    GLuint program() const { return program_ ? *program_ : 0; }
+
+    /// The location of an active attribute or uniform, -1 for a name that the program lacks. Makes no GL call.
+    GLint attributeLocation(std::string const& name) const;
+    GLint uniformLocation(std::string const& name) const;
+    /// Every active uniform with its location.
+    std::map<std::string, GLint> const& uniforms() const { return uniforms_; }
+
+    /// "a_geometry": where the unit quad goes in clip space. Puts the program in use, like the two below.
+    void setGeometry(double x, double y, double w, double h);
+    /// "a_modelView", column by column. Never set where its location is 0.
+    void setModelView(std::vector<float> const& m);
+    /// "a_texRange" of an input: maps the quad's texture coordinates to a part of the texture. Never set where its
+    /// location is 0.
+    void setTexRange(double offsetX, double offsetY, double scaleX, double scaleY, size_t input);
+
+private:
+    struct InputLocations {
+        GLint sampler;
+        GLint texRange;
+        GLint texScale;
+        GLint textureCoordinates;
+    };
+
+    /// The part of an input's texture that the quad shows; all of it by default.
+    struct TextureRange {
+        double offsetX = 0;
+        double offsetY = 0;
+        double scaleX = 1;
+        double scaleY = 1;
+    };
+
+    void prepareLocations();
+    InputLocations lookUpInput(size_t input) const;
+    InputLocations inputLocations(size_t input) const;
+    void setOutputGeometry(std::array<size_t, 2> const& targetSize, size_t outputW, size_t outputH,
+                           std::vector<size_t> const& offset);
+    void bindInput(size_t input, Gles3RenderBackendInstance& instance, FilterSource const& source,
+                   TextureRange const& range);
+
+    GlName program_;
+    std::map<std::string, GLint> attributes_;
+    std::map<std::string, GLint> uniforms_;
+    Gles3Buffer indexBuffer_;
+    Gles3Buffer vertexBuffer_;
+
+    // Copies of what the two maps hold, looked up once: forming the names at every draw costs more than the draw.
+    GLint geometry_ = -1;
+    GLint modelView_ = -1;
+    GLint outputSize_ = -1;
+    GLint position_ = -1;
+    std::vector<InputLocations> inputs_;
+};
