@@ -1,0 +1,8 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+/// One function a command, each in a file of its own. It adds the subcommand to the program; parsing the command line
+/// then runs the command, and failures leave the parser as exceptions.
+void addRenderCommand(CLI::App& program);
+void addInfoCommand(CLI::App& program);

@@ -1,0 +1,50 @@
+#include "apps/velmora/ExitCodes.h"
+
+#include <array>
+#include <sstream>
+
+namespace {
+
+struct Row {
+    ExitCode code;
+    char const* meaning;
+};
+
+constexpr std::array<Row, 10> kTable{{{kExitSuccess, "done"},
+                                      {kExitInternalError, "internal error, or out of memory"},
+                                      {kExitUsage, "the command line is not understood"},
+                                      {kExitMissingFile, "an input file cannot be opened"},
+                                      {kExitUnreadableImage, "a file is no image, or is damaged"},
+                                      {kExitRegionOutside, "the region does not lie in the picture"},
+                                      {kExitUnwritableOutput, "the output cannot be written"},
+                                      {kExitNoGlContext, "no OpenGL ES 3 context"},
+                                      {kExitBackendFailure, "the render backend reports a failure"},
+                                      {kExitInterrupted, "interrupted; no output is left behind"}}};
+
+} // namespace
+
+ExitCode exitCodeOf(HostError::Kind kind) {
+    switch (kind) {
+    case HostError::Kind::MissingFile:
+        return kExitMissingFile;
+    case HostError::Kind::UnreadableImage:
+        return kExitUnreadableImage;
+    case HostError::Kind::RegionOutside:
+        return kExitRegionOutside;
+    case HostError::Kind::UnwritableOutput:
+        return kExitUnwritableOutput;
+    case HostError::Kind::NoGlContext:
+        return kExitNoGlContext;
+    }
+    return kExitInternalError;
+}
+
+std::string exitCodeTable() {
+    std::ostringstream table;
+    table << "Exit codes:\n";
+    for (Row const& row : kTable) {
+        table.width(5);
+        table << static_cast<int>(row.code) << "  " << row.meaning << '\n';
+    }
+    return table.str();
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "host/HostError.h"
+
+#include <string>
+
+/// What the program returns to the shell; a script can tell the failures apart.
+enum ExitCode : int {
+    kExitSuccess = 0,
+    kExitInternalError = 1,
+    kExitUsage = 2,
+    kExitMissingFile = 3,
+    kExitUnreadableImage = 4,
+    kExitRegionOutside = 5,
+    kExitUnwritableOutput = 6,
+    kExitNoGlContext = 7,
+    kExitBackendFailure = 8,
+    kExitInterrupted = 130, ///< 128 + SIGINT, as shells count it
+};
+
+ExitCode exitCodeOf(HostError::Kind kind);
+
+/// The codes as a table for --help.
+std::string exitCodeTable();

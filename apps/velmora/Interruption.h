@@ -1,0 +1,19 @@
+#pragma once
+
+#include <exception>
+
+/// Ctrl-C and a request to terminate as an exception, so that unfinished files are removed on the way out.
+class Interrupted : public std::exception {
+public:
+    char const* what() const noexcept override { return "interrupted"; }
+};
+
+namespace interruption {
+
+/// From now on SIGINT, SIGTERM and SIGHUP are only noted, each once: a second one ends the program at once.
+void listen();
+
+/// Throws Interrupted where a signal has been noted. To be called between the steps of long work.
+void throwIfNoted();
+
+} // namespace interruption

@@ -1,0 +1,68 @@
+#include "apps/velmora/Commands.h"
+#include "apps/velmora/ExitCodes.h"
+#include "apps/velmora/Interruption.h"
+#include "renderbackend/VelmoraException.h"
+
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+
+namespace {
+
+constexpr auto kDescription = "Draws very large images tile by tile on OpenGL ES 3.";
+constexpr auto kExamples = R"(Examples:
+  velmora render photo.tif -o view.png         draw an image, write what was drawn
+  velmora render -o map.png -r 0,0,1920,1080   draw a part of the built-in picture
+  velmora info                                 what the GL driver can do
+  velmora render --help                        more about one command
+
+)";
+
+// createTarget passes failures on as plain std::exception; the tags of the text tell whose they are.
+bool isBackendFailure(std::exception const& error) {
+    return std::string(error.what()).rfind("#Name:", 0) == 0;
+}
+
+ExitCode fail(ExitCode code, std::string const& message) {
+    std::fprintf(stderr, "velmora: %s\n", onOneLine(message).c_str());
+    return code;
+}
+
+int run(int argc, char** argv) {
+    CLI::App program(kDescription, "velmora");
+    program.set_version_flag("--version", "velmora " VELMORA_VERSION, "Print the version and exit");
+    program.require_subcommand(0, 1);
+    program.footer(kExamples + exitCodeTable());
+    addRenderCommand(program);
+    addInfoCommand(program);
+    try {
+        program.parse(argc, argv);
+    } catch (CLI::ParseError const& error) {
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return program.exit(error);
+        return fail(kExitUsage, std::string(error.what()) + "; see velmora --help");
+    }
+    // Checked here: the parser's own test would hide that a command is misspelt.
+    if (program.get_subcommands().empty()) return fail(kExitUsage, "no command given; see velmora --help");
+    return kExitSuccess;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    interruption::listen();
+    try {
+        return run(argc, argv);
+    } catch (HostError const& error) {
+        return fail(exitCodeOf(error.kind()), error.what());
+    } catch (Interrupted const&) {
+        return fail(kExitInterrupted, "interrupted; nothing was written");
+    } catch (std::bad_alloc const&) {
+        return fail(kExitInternalError, "out of memory; choose a smaller region or tile");
+    } catch (std::exception const& error) {
+        if (isBackendFailure(error))
+            return fail(kExitBackendFailure, "the render backend failed: " + formatExceptionMessage(error) +
+                                                 "; see velmora info for the driver");
+        return fail(kExitInternalError, std::string("internal error: ") + error.what() + "; please report it");
+    }
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "host/Region.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// A picture of 8-bit samples that is read region by region, so that it need not fit in memory.
+class PixelSource {
+public:
+    PixelSource() = default;
+    PixelSource(PixelSource const&) = delete;
+    PixelSource& operator=(PixelSource const&) = delete;
+    virtual ~PixelSource();
+
+    /// Pixels in a row.
+    virtual size_t width() const = 0;
+    /// Rows.
+    virtual size_t height() const = 0;
+    /// Samples of a pixel: 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA.
+    virtual size_t bands() const = 0;
+    /// What the picture is, for a person: "RGB, 8 bits a sample".
+    virtual std::string description() const = 0;
+
+    /// Puts the region's pixels into `pixels`, interleaved, rows tightly packed from the top: width * height * bands()
+    /// bytes. Regions are read from the top of the picture down; going back up may throw. Throws HostError where the
+    /// region does not lie in the picture, and where the picture cannot be read; what `pixels` holds is then unspecified.
+    void read(Region const& region, std::vector<std::uint8_t>& pixels);
+
+protected:
+    /// The same, into memory of the right size, for a region that lies in the picture.
+    virtual void readInto(Region const& region, std::uint8_t* pixels) = 0;
+};

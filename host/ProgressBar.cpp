@@ -1,0 +1,51 @@
+#include "host/ProgressBar.h"
+
+#include <algorithm>
+#include <cmath>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
+constexpr size_t kBarCharacters = 24;
+constexpr auto kEraseLine = "\r\x1b[K";
+
+std::string timeLeft(std::chrono::steady_clock::duration elapsed, size_t done, size_t total) {
+    if (done == 0 || done >= total) return "";
+    double const perStep = std::chrono::duration<double>(elapsed).count() / static_cast<double>(done);
+    auto const seconds = static_cast<size_t>(std::lround(perStep * static_cast<double>(total - done)));
+    std::string const padded = std::to_string(100 + seconds % 60).substr(1);
+    return "  " + std::to_string(seconds / 60) + ":" + padded + " left";
+}
+
+} // namespace
+
+ProgressBar::ProgressBar(std::string title, std::FILE* stream)
+    : title_(std::move(title)), stream_(stream), shown_(isatty(fileno(stream)) == 1) {}
+
+ProgressBar::~ProgressBar() {
+    if (!drawn_) return;
+    std::fputs(kEraseLine, stream_);
+    std::fflush(stream_);
+}
+
+void ProgressBar::update(size_t done, size_t total) {
+    if (!shown_) return;
+    auto const now = Clock::now();
+    if (drawn_ && now - lastDraw_ < kRedrawInterval && done < total) return;
+    std::string const text = kEraseLine + line(title_, done, total) + timeLeft(now - start_, done, total);
+    std::fputs(text.c_str(), stream_);
+    std::fflush(stream_);
+    drawn_ = true;
+    lastDraw_ = now;
+}
+
+std::string ProgressBar::line(std::string const& title, size_t done, size_t total) {
+    size_t const shown = total == 0 ? 0 : std::min(done, total);
+    size_t const whole = std::max<size_t>(total, 1);
+    size_t const filled = kBarCharacters * shown / whole;
+    std::string const percent = std::to_string(100 * shown / whole);
+    return title + "  [" + std::string(filled, '#') + std::string(kBarCharacters - filled, '-') + "] " +
+           std::string(percent.size() < 3 ? 3 - percent.size() : 0, ' ') + percent + "%";
+}

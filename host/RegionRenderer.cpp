@@ -1,0 +1,185 @@
+#include "host/RegionRenderer.h"
+
+#include "host/PixelSource.h"
+#include "renderbackend/Filter.h"
+#include "renderbackend/RenderBackendInstance.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+namespace {
+
+// Enough rows that a strip is worth its draw and read-back calls, few enough that progress is seen to move.
+constexpr size_t kPreferredStripRows = 512;
+constexpr size_t kTexelBytes = 4;
+constexpr size_t kTexelBits = 32;
+
+struct TileSize {
+    size_t width;
+    size_t height;
+};
+
+Filter blitFilter(size_t components) {
+    std::string const name = components == 4 ? "BlitFilter4x8" : "BlitFilter3x8";
+    return Filter(name, 0, 0, 0, 0, 0, 1, 0, 1, 1, 1, 1, 1, 1, RenderBackend::NEAREST);
+}
+
+// One picture's way through the backend: owns the filter's program, the target and the tiles of the block in work.
+class Drawing {
+public:
+    Drawing(RenderBackendInstance& instance, size_t bands, TileSize tile, size_t width, size_t height)
+        : instance_(instance),
+          bands_(bands),
+          components_(bands == 2 || bands == 4 ? 4 : 3),
+          tile_(tile),
+          filter_(blitFilter(components_)) {
+        instance_.createFilterInstance(filter_);
+        try {
+            target_ = instance_.createTarget({width, height}, kTexelBits, false, RenderBackend::NEAREST,
+                                             RenderBackend::RGBA32);
+        } catch (...) {
+            instance_.destroyFilterInstance(filter_);
+            throw;
+        }
+    }
+
+    Drawing(Drawing const&) = delete;
+    Drawing& operator=(Drawing const&) = delete;
+
+    ~Drawing() {
+        instance_.eraseTiles(0, tiles_);
+        instance_.eraseTarget(target_);
+        instance_.clearTargets();
+        instance_.destroyFilterInstance(filter_);
+    }
+
+    /// Draws `block`, a part of `strip` whose pixels are given, and puts it at the same place into `out`.
+    void drawBlock(Region const& block, Region const& strip, std::vector<std::uint8_t> const& pixels,
+                   std::vector<std::uint8_t>& out) {
+        std::vector<std::vector<size_t>> coordinates;
+        for (size_t row = block.y / tile_.height; row * tile_.height < block.y + block.height; ++row)
+            for (size_t column = block.x / tile_.width; column * tile_.width < block.x + block.width; ++column)
+                coordinates.push_back({column, row});
+        std::vector<size_t> ids;
+        for (auto const& coordinate : coordinates) {
+            ids.push_back(tiles_);
+            storeTile(coordinate, block, strip, pixels);
+        }
+        instance_.drawTiles(target_, filter_, {block.x, block.x + block.width - 1, block.y, block.y + block.height - 1},
+                            {0, 0, 0, 0}, {tile_.width, tile_.height}, coordinates, ids, {0, 0});
+        readBack(block, strip, out);
+        instance_.eraseTiles(0, tiles_);
+        tiles_ = 0;
+    }
+
+private:
+    // Only the block's part of a tile is filled in: the rest is not in view, and may not even have been read.
+    void storeTile(std::vector<size_t> const& coordinate, Region const& block, Region const& strip,
+                   std::vector<std::uint8_t> const& pixels) {
+        size_t const left = coordinate[0] * tile_.width;
+        size_t const top = coordinate[1] * tile_.height;
+        size_t const x0 = std::max(left, block.x);
+        size_t const x1 = std::min(left + tile_.width, block.x + block.width);
+        size_t const y0 = std::max(top, block.y);
+        size_t const y1 = std::min(top + tile_.height, block.y + block.height);
+        tilePixels_.resize(tile_.width * tile_.height * components_);
+        for (size_t y = y0; y < y1; ++y) {
+            std::uint8_t const* const from = &pixels[((y - strip.y) * strip.width + (x0 - strip.x)) * bands_];
+            std::uint8_t* const to = &tilePixels_[((y - top) * tile_.width + (x0 - left)) * components_];
+            widen(from, to, x1 - x0);
+        }
+        size_t const id = tiles_++;
+        instance_.setTile(id, tilePixels_, {tile_.width, tile_.height, components_}, 0);
+        // A tile that was evicted before it is drawn would be drawn black.
+        instance_.lockTile(id);
+    }
+
+    // Grey goes to the backend as RGB, grey with alpha as RGBA.
+    void widen(std::uint8_t const* from, std::uint8_t* to, size_t count) const {
+        if (bands_ == components_) {
+            std::memcpy(to, from, count * components_);
+            return;
+        }
+        for (size_t i = 0; i < count; ++i, from += bands_, to += components_) {
+            to[0] = to[1] = to[2] = from[0];
+            if (bands_ == 2) to[3] = from[1];
+        }
+    }
+
+    void narrow(std::uint8_t const* from, std::uint8_t* to, size_t count) const {
+        for (size_t i = 0; i < count; ++i, from += kTexelBytes, to += bands_) {
+            to[0] = from[0];
+            if (bands_ == 2) to[1] = from[3];
+            if (bands_ >= 3) {
+                to[1] = from[1];
+                to[2] = from[2];
+            }
+            if (bands_ == 4) to[3] = from[3];
+        }
+    }
+
+    // The first row drawn is the lowest of the GL surface, which is the first that getPixels delivers: no flip.
+    void readBack(Region const& block, Region const& strip, std::vector<std::uint8_t>& out) {
+        size_t const bytes = block.width * block.height * kTexelBytes;
+        texels_.resize(bytes);
+        size_t const written =
+            instance_.getPixels(texels_.data(), texels_.size(), target_, {0, block.width, 0, block.height});
+        if (written != bytes) throw std::logic_error("the backend returned a picture of another size");
+        for (size_t row = 0; row < block.height; ++row)
+            narrow(&texels_[row * block.width * kTexelBytes], &out[(row * strip.width + block.x - strip.x) * bands_],
+                   block.width);
+    }
+
+    RenderBackendInstance& instance_;
+    size_t bands_;
+    size_t components_;
+    TileSize tile_;
+    Filter filter_;
+    size_t target_ = 0;
+    size_t tiles_ = 0; // tiles stored: their ids are 0 to tiles_ - 1
+    std::vector<std::uint8_t> tilePixels_;
+    std::vector<std::uint8_t> texels_;
+};
+
+} // namespace
+
+RegionRenderer::RegionRenderer(std::shared_ptr<RenderBackendInstance> instance, size_t tileSize)
+    : instance_(std::move(instance)), tileSize_(tileSize) {
+    if (tileSize < kMinTileSize || tileSize > kMaxTileSize)
+        throw std::invalid_argument("a tile has " + std::to_string(kMinTileSize) + " to " +
+                                    std::to_string(kMaxTileSize) + " pixels a side");
+}
+
+size_t RegionRenderer::stripRows(size_t y, size_t width, size_t tileHeight) {
+    size_t const fitting = std::max<size_t>(kMaxStripBytes / (width * kTexelBytes), 1);
+    size_t const limit = std::min({fitting, std::max(kPreferredStripRows, tileHeight), kMaxBlockPixels});
+    size_t const end = (y + limit) / tileHeight * tileHeight;
+    return end > y ? end - y : limit;
+}
+
+void RegionRenderer::render(PixelSource& source, Region const& region, RowSink const& sink, Progress const& progress) {
+    // A tile need not be larger than the picture.
+    TileSize const tile{std::min(tileSize_, source.width()), std::min(tileSize_, source.height())};
+    size_t const targetRows = std::min({region.height, std::max(kPreferredStripRows, tile.height), kMaxBlockPixels});
+    Drawing drawing(*instance_, source.bands(), tile, std::min(region.width, kMaxBlockPixels), targetRows);
+
+    std::vector<std::uint8_t> pixels;
+    std::vector<std::uint8_t> drawn;
+    size_t const bottom = region.y + region.height;
+    for (size_t y = region.y; y < bottom;) {
+        progress(y - region.y, region.height);
+        size_t const rows = std::min(stripRows(y, region.width, tile.height), bottom - y);
+        Region const strip{region.x, y, region.width, rows};
+        source.read(strip, pixels);
+        drawn.resize(pixels.size());
+        for (size_t x = 0; x < strip.width; x += kMaxBlockPixels) {
+            Region const block{strip.x + x, y, std::min(kMaxBlockPixels, strip.width - x), rows};
+            drawing.drawBlock(block, strip, pixels, drawn);
+            progress(y - region.y, region.height);
+        }
+        sink(drawn.data(), rows);
+        y += rows;
+    }
+    progress(region.height, region.height);
+}
