@@ -1,0 +1,11 @@
+#pragma once
+
+#include "reference/Layouts.h"
+
+namespace reference {
+
+/// Three one-channel 16-bit textures of one size into the three-channel 16-bit layout, four times as wide. The bytes
+/// pass untouched; alpha is 255.
+Texels interleave16(Texels const& c0, Texels const& c1, Texels const& c2);
+
+} // namespace reference
