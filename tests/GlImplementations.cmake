@@ -1,0 +1,60 @@
+# The GL implementations that the tests run on, each chosen by the environment of the process alone.
+#
+#   velmora_add_gl_test(name COMMAND program argument... [TIMEOUT seconds] [PROPERTIES key value...])
+#
+# registers the command once per implementation, as name/llvmpipe, name/softpipe, name/zink and name/angle. An implementation that is not there
+# fails its tests under VELMORA_REQUIRE_GL=1 and skips them otherwise; a silent fall-back to another one counts as not there.
+set(VELMORA_ANGLE_DIR
+    ${PROJECT_BINARY_DIR}/../angle
+    CACHE PATH "Where scripts/fetch-angle unpacked ANGLE")
+
+# lavapipe, Mesa's Vulkan driver on the processor; its description carries the machine's architecture in its name.
+set(lavapipe lvp_icd.json)
+if(CMAKE_SYSTEM_PROCESSOR)
+  list(PREPEND lavapipe lvp_icd.${CMAKE_SYSTEM_PROCESSOR}.json)
+endif()
+find_file(
+  VELMORA_LAVAPIPE_ICD
+  NAMES ${lavapipe}
+  PATHS /usr/share /usr/local/share /etc
+  PATH_SUFFIXES vulkan/icd.d
+  DOC "Description of the Vulkan driver lavapipe")
+if(NOT VELMORA_LAVAPIPE_ICD)
+  # A name that is nowhere: zink then finds no Vulkan driver, and not some other one.
+  set(lavapipe_icd lavapipe-not-found.json)
+else()
+  set(lavapipe_icd ${VELMORA_LAVAPIPE_ICD})
+endif()
+
+set(VELMORA_GL_IMPLEMENTATIONS llvmpipe softpipe zink angle)
+set(VELMORA_GL_ENVIRONMENT_llvmpipe LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=set:llvmpipe VELMORA_EXPECT_RENDERER=set:llvmpipe*)
+set(VELMORA_GL_ENVIRONMENT_softpipe LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=set:softpipe VELMORA_EXPECT_RENDERER=set:softpipe*)
+# lavapipe complains on stderr where there is no XDG_RUNTIME_DIR.
+set(VELMORA_GL_ENVIRONMENT_zink LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=set:zink VK_ICD_FILENAMES=set:${lavapipe_icd}
+                                XDG_RUNTIME_DIR=set:${PROJECT_BINARY_DIR} VELMORA_EXPECT_RENDERER=set:zink*llvmpipe*)
+cmake_path(ABSOLUTE_PATH VELMORA_ANGLE_DIR BASE_DIRECTORY ${PROJECT_BINARY_DIR} NORMALIZE OUTPUT_VARIABLE angle)
+set(VELMORA_GL_ENVIRONMENT_angle LD_LIBRARY_PATH=path_list_prepend:${angle} VELMORA_EXPECT_RENDERER=set:ANGLE*SwiftShader*)
+
+function(velmora_add_gl_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "COMMAND;PROPERTIES")
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 300)
+  endif()
+  list(POP_FRONT arg_COMMAND program)
+  if(TARGET ${program})
+    set(program $<TARGET_FILE:${program}>)
+  endif()
+  foreach(implementation IN LISTS VELMORA_GL_IMPLEMENTATIONS)
+    set(test ${name}/${implementation})
+    add_test(NAME ${test} COMMAND velmora-require-gl ${program} ${arg_COMMAND})
+    set_tests_properties(
+      ${test}
+      PROPERTIES ENVIRONMENT_MODIFICATION "${VELMORA_GL_ENVIRONMENT_${implementation}}"
+                 SKIP_RETURN_CODE 77
+                 TIMEOUT ${arg_TIMEOUT}
+                 LABELS "gl;${implementation}")
+    if(arg_PROPERTIES)
+      set_tests_properties(${test} PROPERTIES ${arg_PROPERTIES})
+    endif()
+  endforeach()
+endfunction()

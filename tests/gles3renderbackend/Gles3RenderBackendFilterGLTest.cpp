@@ -1,0 +1,320 @@
+// Blits run by a real GL with executeFilter, byte for byte as loops over texels copy them.
+#include "tests/gles3renderbackend/BackendGLTest.h"
+#include "tests/support/PixelMatchers.h"
+
+#include <array>
+#include <ostream>
+
+namespace {
+
+using namespace backendtest;
+
+struct BlitRun {
+    char const* name;
+    char const* filter;
+    RenderBackend::ImageFormatType format; // of both targets
+    size_t bits;
+    size_t pixelsPerTexel;
+    size_t texelsPerPixel;
+    Sizes sourceSize; // logical
+    Sizes destinationSize;
+    Sizes position;             // in the source, logical
+    Sizes input;                // extent, logical
+    std::array<size_t, 4> clip; // left, right, top, bottom; logical
+    Sizes offset;               // in the destination, texels
+};
+
+void PrintTo(BlitRun const& run, std::ostream* stream) {
+    *stream << run.name;
+}
+
+size_t texels(BlitRun const& run, size_t pixels) {
+    return pixels * run.texelsPerPixel / run.pixelsPerTexel;
+}
+
+Picture sourcePicture(BlitRun const& run) {
+    return noise(texels(run, run.sourceSize[0]), run.sourceSize[1], 4, 1);
+}
+
+// What a target of fewer bytes a texel keeps of a picture.
+Picture kept(Picture const& picture, size_t bytesPerTexel) {
+    Picture result(picture.width, picture.height, bytesPerTexel);
+    for (size_t y = 0; y < picture.height; ++y)
+        for (size_t x = 0; x < picture.width; ++x)
+            copyTexel(picture, x, y, result, x, y);
+    return result;
+}
+
+void copiedByHand(BlitRun const& run, Picture const& source, Picture& destination) {
+    auto const [left, right, top, bottom] = run.clip;
+    for (size_t y = 0; y < run.input[1] - top - bottom; ++y)
+        for (size_t x = 0; x < texels(run, run.input[0] - left - right); ++x)
+            copyTexel(source, texels(run, run.position[0] + left) + x, run.position[1] + top + y, destination,
+                      run.offset[0] + x, run.offset[1] + y);
+}
+
+Picture upsideDown(Picture const& picture) {
+    Picture result = picture;
+    for (size_t y = 0; y < picture.height; ++y)
+        for (size_t x = 0; x < picture.width; ++x)
+            copyTexel(picture, x, y, result, x, picture.height - 1 - y);
+    return result;
+}
+
+class Gles3RenderBackendFilterGLTest : public BackendGLTest {
+protected:
+    void execute(BlitRun const& run, size_t source, size_t destination) const {
+        instance->executeFilter(instantiated(run.filter), {{source, run.position[0], run.position[1], false}},
+                                run.input[0], run.input[1], destination, run.clip[0], run.clip[1], run.clip[2],
+                                run.clip[3], SingleFilterParameters(), run.offset);
+    }
+
+    size_t createTarget(BlitRun const& run, Sizes const& size) const {
+        return instance->createTarget(size, run.bits, false, RenderBackend::NEAREST, run.format);
+    }
+};
+
+class Gles3RenderBackendRunGLTest : public Gles3RenderBackendFilterGLTest,
+                                    public ::testing::WithParamInterface<BlitRun> {};
+
+TEST_P(Gles3RenderBackendRunGLTest, BlitCopiesWhatTheLoopsCopy) {
+    BlitRun const& run = GetParam();
+    Picture const filled = sourcePicture(run);
+    Picture const before = noise(texels(run, run.destinationSize[0]), run.destinationSize[1], 4, 2);
+    size_t const source = createTarget(run, run.sourceSize);
+    size_t const destination = createTarget(run, run.destinationSize);
+    fill(source, filled, run.sourceSize[0]);
+    fill(destination, before, run.destinationSize[0]);
+    execute(run, source, destination);
+
+    Picture expected = kept(before, bytesPerTexel(run.format));
+    copiedByHand(run, kept(filled, expected.bytesPerTexel), expected);
+    EXPECT_TRUE(pixelsEqual(read(destination).bytes, expected.bytes, expected.width, expected.bytesPerTexel));
+    Picture const untouched = kept(filled, expected.bytesPerTexel);
+    EXPECT_TRUE(pixelsEqual(read(source).bytes, untouched.bytes, untouched.width, untouched.bytesPerTexel));
+}
+
+std::vector<BlitRun> runs() {
+    auto const rgb = RenderBackend::RGB24;
+    auto const rgba = RenderBackend::RGBA32;
+    return {
+        {"AllOfARgbaTarget",
+         "BlitFilter4x8",
+         rgba,
+         32,
+         1,
+         1,
+         {41, 29},
+         {41, 29},
+         {0, 0},
+         {41, 29},
+         {0, 0, 0, 0},
+         {0, 0}},
+        {"AllOfAnRgbTarget",
+         "BlitFilter3x8",
+         rgb,
+         24,
+         1,
+         1,
+         {41, 29},
+         {41, 29},
+         {0, 0},
+         {41, 29},
+         {0, 0, 0, 0},
+         {0, 0}},
+        {"PartOfTheSource",
+         "BlitFilter4x8",
+         rgba,
+         32,
+         1,
+         1,
+         {41, 29},
+         {23, 31},
+         {7, 5},
+         {11, 13},
+         {0, 0, 0, 0},
+         {0, 0}},
+        {"OffsetInTheDestination",
+         "BlitFilter4x8",
+         rgba,
+         32,
+         1,
+         1,
+         {41, 29},
+         {23, 31},
+         {0, 0},
+         {11, 13},
+         {0, 0, 0, 0},
+         {9, 17}},
+        {"ClipsOnEverySide",
+         "BlitFilter4x8",
+         rgba,
+         32,
+         1,
+         1,
+         {41, 29},
+         {41, 29},
+         {0, 0},
+         {41, 29},
+         {3, 5, 2, 7},
+         {1, 4}},
+        {"PositionClipsAndOffset",
+         "BlitFilter4x8",
+         rgba,
+         32,
+         1,
+         1,
+         {41, 29},
+         {53, 19},
+         {7, 5},
+         {31, 17},
+         {3, 5, 2, 7},
+         {13, 11}},
+        {"PositionClipsAndOffsetOfRgb",
+         "BlitFilter3x8",
+         rgb,
+         24,
+         1,
+         1,
+         {41, 29},
+         {53, 19},
+         {7, 5},
+         {31, 17},
+         {3, 5, 2, 7},
+         {13, 11}},
+        {"RemovedAlpha",
+         "FilterRemoveAlpha8",
+         rgba,
+         32,
+         1,
+         1,
+         {41, 29},
+         {53, 19},
+         {7, 5},
+         {31, 17},
+         {3, 5, 2, 7},
+         {13, 11}},
+        {"OneChannelOf16Bits",
+         "BlitFilter1x16",
+         rgba,
+         16,
+         2,
+         1,
+         {82, 29},
+         {106, 19},
+         {14, 5},
+         {62, 17},
+         {6, 10, 2, 7},
+         {13, 11}},
+        {"OneChannelOf16BitsOddPositionAndClipMakeAnEvenStart",
+         "BlitFilter1x16",
+         rgba,
+         16,
+         2,
+         1,
+         {82, 29},
+         {106, 19},
+         {13, 5},
+         {62, 17},
+         {7, 9, 2, 7},
+         {13, 11}},
+        {"ThreeChannelsOf16Bits",
+         "BlitFilter3x16",
+         rgb,
+         48,
+         1,
+         2,
+         {23, 29},
+         {29, 19},
+         {3, 5},
+         {17, 17},
+         {1, 4, 2, 7},
+         {13, 11}},
+        {"ThreeChannelsOf16BitsInRgba",
+         "BlitFilter3x16",
+         rgba,
+         48,
+         1,
+         2,
+         {23, 29},
+         {29, 19},
+         {3, 5},
+         {17, 17},
+         {1, 4, 2, 7},
+         {13, 11}},
+        {"ThreePixelsATexel",
+         "BlitFilter3x8",
+         rgb,
+         8,
+         3,
+         1,
+         {99, 29},
+         {90, 19},
+         {9, 5},
+         {60, 17},
+         {6, 3, 2, 7},
+         {7, 11}},
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(Runs, Gles3RenderBackendRunGLTest, ::testing::ValuesIn(runs()),
+                         [](auto const& row) { return std::string(row.param.name); });
+
+TEST_F(Gles3RenderBackendFilterGLTest, HostsSurfaceShowsTheFirstRowAtItsTop) {
+    BlitRun const run = {"",     "BlitFilter4x8", RenderBackend::RGBA32, 32,    1, 1, {20, 20}, {16, 16},
+                         {2, 3}, {12, 11},        {1, 2, 3, 1},          {3, 5}};
+    Picture const filled = sourcePicture(run);
+    instance->clear(0, {10, 20, 30, 40});
+    Picture expected(16, 16, 4);
+    for (size_t i = 0; i < expected.bytes.size(); ++i)
+        expected.bytes[i] = static_cast<unsigned char>(10 * (i % 4 + 1));
+    execute(run, targetOf(filled), 0);
+    copiedByHand(run, filled, expected);
+    EXPECT_TRUE(pixelsEqual(read(0).bytes, upsideDown(expected).bytes, 16)) << "rows are read bottom up";
+}
+
+TEST_F(Gles3RenderBackendFilterGLTest, WholeTextureGoesIntoTheOutputRectangle) {
+    Picture const filled = noise(12, 10, 4, 1);
+    size_t const source = targetOf(filled);
+    size_t const destination = targetOf(Picture(20, 20, 4));
+    instance->executeFilter(instantiated("BlitFilter4x8"), {{source, 5, 6, true}}, 12, 10, destination, 0, 0, 0, 0,
+                            SingleFilterParameters(), {3, 4});
+    Picture expected(20, 20, 4);
+    for (size_t y = 0; y < 10; ++y)
+        for (size_t x = 0; x < 12; ++x)
+            copyTexel(filled, x, y, expected, x + 3, y + 4);
+    EXPECT_TRUE(pixelsEqual(read(destination).bytes, expected.bytes, 20));
+}
+
+TEST_F(Gles3RenderBackendFilterGLTest, ScaleOfTwoRepeatsEachTexel) {
+    Filter twice = Filter("BlitFilter4x8", 0, 0, 0, 0, 0, 1, 0, 1, 2, 1, 2, 1, 1, RenderBackend::NEAREST);
+    instance->createFilterInstance(twice);
+    Picture const filled = noise(12, 10, 4, 1);
+    size_t const source = targetOf(filled);
+    size_t const destination = targetOf(Picture(20, 20, 4));
+    instance->executeFilter(twice, {{source, 2, 1, false}}, 7, 5, destination, 2, 4, 2, 2, SingleFilterParameters(),
+                            {3, 4});
+    // 7 * 2 - 2 - 4 by 5 * 2 - 2 - 2 texels, from column 2 * 2 + 2 and row 1 * 2 + 2 of the doubled source.
+    Picture expected(20, 20, 4);
+    for (size_t y = 0; y < 6; ++y)
+        for (size_t x = 0; x < 8; ++x)
+            copyTexel(filled, (x + 6) / 2, (y + 4) / 2, expected, x + 3, y + 4);
+    EXPECT_TRUE(pixelsEqual(read(destination).bytes, expected.bytes, 20));
+}
+
+TEST_F(Gles3RenderBackendFilterGLTest, InvalidBordersAreLeftOut) {
+    Filter bordered = Filter("BlitFilter4x8", 2, 1, 3, 1, 0, 1, 0, 1, 1, 1, 1, 1, 1, RenderBackend::NEAREST);
+    instance->createFilterInstance(bordered);
+    Picture const filled = noise(12, 10, 4, 1);
+    size_t const source = targetOf(filled);
+    size_t const destination = targetOf(Picture(20, 20, 4));
+    instance->executeFilter(bordered, {{source, 0, 0, false}}, 12, 10, destination, 0, 0, 0, 0,
+                            SingleFilterParameters(), {5, 6});
+    Picture expected(20, 20, 4);
+    for (size_t y = 0; y < 6; ++y)
+        for (size_t x = 0; x < 9; ++x)
+            copyTexel(filled, x + 2, y + 3, expected, x + 5, y + 6);
+    EXPECT_TRUE(pixelsEqual(read(destination).bytes, expected.bytes, 20));
+}
+
+} // namespace

@@ -1,0 +1,72 @@
+#include "host/FilterDescriptions.h"
+#include "reference/Blit.h"
+#include "reference/Clahe.h"
+#include "reference/Sharpness16.h"
+#include "reference/Sharpness8.h"
+#include "renderbackend/FilterParameters.h"
+#include "tests/gles3renderbackend/filters/FilterInputs.h"
+#include "tests/gles3renderbackend/filters/FilterRig.h"
+
+// The borders that the descriptions declare are those that make parts of a picture equal to the whole one.
+namespace {
+
+using namespace filtertest;
+using reference::Plane;
+using reference::Planes3;
+
+class FilterGeometryGLTest : public FilterGLTest {};
+
+TEST_F(FilterGeometryGLTest, EveryDescriptionIsInstantiated) {
+    for (auto const& name : description::names())
+        EXPECT_NE(rig.instantiated(description::byName(name)).instanceKey(), nullptr) << name;
+}
+
+// Within two pixels of the edge the taps reach out of the picture; everywhere else they do not.
+TEST_F(FilterGeometryGLTest, SharpeningEightBitsYieldsWhatTheTapsReach) {
+    Texels const picture = randomTexels(23, 15, 1);
+    FilterSharpness8Params params;
+    params.gain = 1.5;
+    FilterRun const run{{{rig.uploaded(picture, Layout::kRgba8), 0, 0, false}}, 23, 15, 0, 0, 0, 0, {1, 1}};
+    Texels const sharp = cropped(sharpness8(picture, params.gain, 0), 2, 2, 19, 11);
+    EXPECT_TRUE(rig.givesWithin(description::filterSharpness8(), run, sharp, Layout::kRgba8, params));
+}
+
+TEST_F(FilterGeometryGLTest, BothPassesOfSixteenBitSharpeningJoinAtTheirBorders) {
+    Planes3 const picture = randomPlanes(21, 13, 2, -50, 1100);
+    size_t const source = rig.uploaded(picture);
+    size_t const blur = rig.target(Layout::kThreeChannel16, 2 * 17, 13);
+    rig.run(rig.instantiated(description::filterSharpnessH16()), {{{source, 0, 0, false}}, 21, 13}, blur);
+    FilterSharpness16Params params;
+    params.gain = 2.0;
+    FilterRun const run{{{source, 2, 0, false}, {blur, 0, 0, false}}, 17, 13, 0, 0, 0, 0, {2, 1}};
+    Planes3 sharp;
+    for (size_t c = 0; c < sharp.size(); ++c)
+        sharp[c] = filtertest::cropped(sharpness16(picture[c], params.gain, 0), 2, 2, 17, 9);
+    EXPECT_TRUE(rig.givesWithin(description::filterSharpnessV16(), run, packThreeChannel16(sharp),
+                                Layout::kThreeChannel16, params));
+}
+
+// Tiles cut at multiples of a region and read with one region of their neighbours.
+TEST_F(FilterGeometryGLTest, EqualisedTilesWithARegionOfBorderAgreeWithTheWholePicture) {
+    constexpr int kWidth = 165;
+    constexpr int kHeight = 122;
+    std::vector<std::int16_t> samples;
+    for (std::int32_t const sample : randomPlane(4 * kWidth, kHeight, 3, -20, 300).samples)
+        samples.push_back(static_cast<std::int16_t>(sample));
+    FilterClaheParams params;
+    params.value = 3.0;
+    size_t const source = rig.uploaded(reference::packFourChannel16(samples, kWidth, kHeight), Layout::kFourChannel16);
+    Texels const whole =
+        reference::packFourChannel16(reference::clahe(samples, kWidth, kHeight, params.value, 0, 0), kWidth, kHeight);
+
+    FilterRun const amid{{{source, 40, 0, false}}, 120, 120};
+    EXPECT_TRUE(rig.givesWithin(description::filterCLAHE({40, 40, 40, 40}), amid,
+                                cropped(whole, 2 * 80, 40, 2 * 40, 40), Layout::kFourChannel16, params));
+    FilterRun const atTheRightEdge{{{source, 80, 0, false}}, 85, 80};
+    EXPECT_TRUE(rig.givesWithin(description::filterCLAHE({40, 0, 0, 40}), atTheRightEdge,
+                                cropped(whole, 2 * 120, 0, 2 * 45, 40), Layout::kFourChannel16, params));
+    FilterRun const all{{{source, 0, 0, false}}, kWidth, kHeight};
+    EXPECT_TRUE(rig.givesWithin(description::filterCLAHE(), all, whole, Layout::kFourChannel16, params));
+}
+
+} // namespace

@@ -1,0 +1,12 @@
+# Every GLSL stage as the drivers get it, through Khronos' reference compiler. Needed by one test alone, so its absence stops no build.
+find_program(VELMORA_GLSLANG glslangValidator)
+get_property(stages GLOBAL PROPERTY VELMORA_GLSL_STAGES)
+list(TRANSFORM stages PREPEND ${VELMORA_GLSL_DIR}/)
+
+if(VELMORA_GLSLANG)
+  add_test(NAME glsl COMMAND ${VELMORA_GLSLANG} ${stages})
+else()
+  add_test(NAME glsl COMMAND sh -c "echo 'glslangValidator is not installed'; [ \"$VELMORA_REQUIRE_GL\" = 1 ] && exit 1; exit 77")
+  set_tests_properties(glsl PROPERTIES SKIP_RETURN_CODE 77)
+endif()
+set_tests_properties(glsl PROPERTIES TIMEOUT 60)

@@ -1,0 +1,103 @@
+#include "tests/host/Process.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/host/TestImages.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+// Every failure: the exit code, one line on stderr that holds the given words, nothing on stdout, no file made.
+class ProgramErrorsGLTest : public testing::Test {
+protected:
+    void SetUp() override {
+        image_ = folder_.path("a.png");
+        testimages::writePattern8(image_, "", 30, 20, 3);
+        before_ = folder_.names();
+    }
+
+    void expectFailure(Process::Result const& result, int exitCode, std::vector<std::string> const& words) const {
+        EXPECT_EQ(result.exitCode, exitCode) << result.err;
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err.rfind("velmora: ", 0), 0u) << result.err;
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        EXPECT_EQ(result.err.back(), '\n');
+        for (auto const& word : words)
+            EXPECT_NE(result.err.find(word), std::string::npos) << word << " in " << result.err;
+        EXPECT_EQ(folder_.names(), before_);
+    }
+
+    std::string view() const { return folder_.path("view.png"); }
+
+    TemporaryFolder folder_;
+    std::string image_;
+    std::vector<std::string> before_;
+};
+
+} // namespace
+
+TEST_F(ProgramErrorsGLTest, WrongUsageIsExitCode2) {
+    expectFailure(runVelmora({}), 2, {"no command", "velmora --help"});
+    expectFailure(runVelmora({"paint"}), 2, {"paint"});
+    expectFailure(runVelmora({"render", image_}), 2, {"--output"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "--colour"}), 2, {"--colour"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "-r", "1,2,3"}), 2, {"1,2,3", "X,Y,W,H"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "-r", "1,2,0,3"}), 2, {"1,2,0,3", "at least 1"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "--tile", "15"}), 2, {"--tile", "16"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "--tile", "2049"}), 2, {"--tile", "2048"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "--tile", "-1"}), 2, {"--tile"});
+}
+
+TEST_F(ProgramErrorsGLTest, AMissingFileIsExitCode3) {
+    expectFailure(runVelmora({"render", "none.tif", "-o", view()}), 3,
+                  {"'none.tif'", "no such file", "check the path"});
+}
+
+TEST_F(ProgramErrorsGLTest, AnUnreadableImageIsExitCode4) {
+    std::string const text = folder_.path("text.dat");
+    writeFile(text, std::string(3000, '\x07'));
+    before_ = folder_.names();
+    expectFailure(runVelmora({"render", text, "-o", view()}), 4, {text});
+    expectFailure(runVelmora({"render", folder_.path(), "-o", view()}), 4, {folder_.path(), "folder"});
+}
+
+TEST_F(ProgramErrorsGLTest, ADamagedImageIsExitCode4AndLeavesNoPicture) {
+    for (std::string const name : {"cut.jpg", "cut.png", "cut.tif", "cut.jp2"}) {
+        testimages::writePattern8(folder_.path(name), "", 700, 500, 3);
+        truncateFile(folder_.path(name), 70);
+        before_ = folder_.names();
+        expectFailure(runVelmora({"render", folder_.path(name), "-o", view()}), 4, {name, "undamaged"});
+    }
+}
+
+TEST_F(ProgramErrorsGLTest, ARegionOutsideIsExitCode5) {
+    expectFailure(runVelmora({"render", image_, "-o", view(), "-r", "0,0,31,1"}), 5, {"0,0,31,1", image_, "30 x 20"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "-r", "29,20,1,1"}), 5, {"29,20,1,1"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "-r", "18446744073709551615,0,2,1"}), 5, {"30 x 20"});
+    expectFailure(runVelmora({"render", "-o", view(), "-r", "16384,0,1,1"}), 5, {"built-in picture", "16384 x 16384"});
+}
+
+TEST_F(ProgramErrorsGLTest, AnUnwritableOutputIsExitCode6) {
+    expectFailure(runVelmora({"render", image_, "-o", folder_.path("none/view.png")}), 6, {"none/view.png", "No such"});
+    expectFailure(runVelmora({"render", image_, "-o", folder_.path()}), 6, {folder_.path(), "regular file"});
+}
+
+TEST_F(ProgramErrorsGLTest, AFullDiskIsExitCode6AndLeavesNoPicture) {
+    size_t const maxFileBytes = 20000;
+    expectFailure(runVelmora({"render", "-o", view(), "-r", "3000,6000,400,400"}, {}, maxFileBytes), 6,
+                  {"view.png", "File too large"});
+}
+
+// The child loses the GL implementation that it was to run on, and finds no other.
+TEST_F(ProgramErrorsGLTest, AMissingGlDriverIsExitCode7) {
+    Process::Environment const noDriver{{"LD_LIBRARY_PATH", ""},
+                                        {"__EGL_VENDOR_LIBRARY_FILENAMES", "/nowhere/driver.json"}};
+    expectFailure(runVelmora({"info"}, noDriver), 7, {"no OpenGL ES 3 context", "install"});
+    expectFailure(runVelmora({"render", image_, "-o", view()}, noDriver), 7, {"no OpenGL ES 3 context"});
+}
+
+TEST_F(ProgramErrorsGLTest, AFailureOfTheBackendIsExitCode8) {
+    Process::Environment const broken{{"LD_PRELOAD", VELMORA_BROKEN_GL}};
+    expectFailure(runVelmora({"render", image_, "-o", view()}, broken), 8, {"Failed to setup render to texture"});
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// Pictures whose every sample is known, and files of them.
+namespace testimages {
+
+/// 8-bit samples, interleaved, rows from the top.
+struct Pixels {
+    size_t width = 0;
+    size_t height = 0;
+    size_t bands = 0;
+    std::vector<std::uint8_t> samples;
+};
+
+/// The sample of the test pattern: uneven in both directions and different in each band.
+std::uint8_t sample8(size_t x, size_t y, size_t band);
+/// The same with 16 bits; the lower byte is no function of the upper one.
+std::uint16_t sample16(size_t x, size_t y, size_t band);
+
+Pixels pattern8(size_t width, size_t height, size_t bands);
+/// The upper bytes of the 16-bit pattern.
+Pixels pattern16UpperBytes(size_t width, size_t height, size_t bands);
+
+/// Write the pattern; the format follows from the name's ending, options in libvips' form: "[tile,pyramid]".
+void writePattern8(std::string const& path, std::string const& options, size_t width, size_t height, size_t bands);
+void writePattern16(std::string const& path, std::string const& options, size_t width, size_t height, size_t bands);
+
+/// The part of an image file that libvips itself cuts out, of 16-bit samples the upper bytes.
+Pixels cropByVips(std::string const& path, size_t x, size_t y, size_t width, size_t height);
+/// The whole of a file.
+Pixels readByVips(std::string const& path);
+
+/// The part of a picture.
+Pixels crop(Pixels const& pixels, size_t x, size_t y, size_t width, size_t height);
+
+/// Empty where both are the same; else the first difference in words.
+std::string difference(Pixels const& actual, Pixels const& expected);
+
+} // namespace testimages

@@ -1,0 +1,200 @@
+// State, queries, vertex attributes and draw calls of the recording GL.
+#include "tests/support/RecordingGlState.h"
+
+#include <algorithm>
+#include <cstring>
+
+using recording::Boolean;
+using recording::ClearMask;
+using recording::Enum;
+using recording::Mode;
+using recording::Pointer;
+using recording::record;
+using recording::state;
+
+namespace {
+
+bool attributeExists(GLuint index) {
+    if (index < static_cast<GLuint>(state().integers.at(GL_MAX_VERTEX_ATTRIBS).front())) return true;
+    state().raise(GL_INVALID_VALUE, "no such attribute");
+    return false;
+}
+
+// -1, a location of nothing, reads better than 4294967295.
+GLint signedIndex(GLuint index) {
+    return static_cast<GLint>(index);
+}
+
+void setRectangle(GLenum name, GLint x, GLint y, GLsizei width, GLsizei height) {
+    if (width < 0 || height < 0) return state().raise(GL_INVALID_VALUE, "negative size");
+    state().integers[name] = {x, y, width, height};
+}
+
+bool attributesReadable(std::map<GLuint, RecordingGl::VertexAttribute> const& attributes) {
+    return std::all_of(attributes.begin(), attributes.end(), [](auto const& entry) {
+        if (!entry.second.enabled) return true;
+        auto const buffer = state().buffers.find(entry.second.buffer);
+        return buffer != state().buffers.end() && !buffer->second.mapped;
+    });
+}
+
+void rememberDraw(GLsizei count) {
+    auto const& s = state();
+    RecordingGl::Draw draw;
+    draw.program = s.currentProgram;
+    draw.framebuffer = s.drawFramebuffer;
+    draw.count = count;
+    draw.textures = s.boundTextures;
+    draw.viewport = s.integers.at(GL_VIEWPORT);
+    draw.enabled = s.enabled;
+    for (auto const& [index, attribute] : s.attributes)
+        if (attribute.enabled) draw.attributes[index] = attribute;
+    auto const& program = s.programs.at(s.currentProgram);
+    for (auto const& uniform : program.uniforms) {
+        auto const value = program.values.find(uniform.location);
+        if (value != program.values.end()) draw.uniforms[uniform.name] = value->second;
+    }
+    state().draws.push_back(draw);
+}
+
+void draw(GLsizei count) {
+    if (count < 0) return state().raise(GL_INVALID_VALUE, "negative count");
+    if (state().currentProgram == 0) return state().raise(GL_NO_ERROR, "no program is in use");
+    if (!attributesReadable(state().attributes))
+        return state().raise(GL_INVALID_OPERATION, "an enabled attribute has no readable buffer");
+    rememberDraw(count);
+}
+
+} // namespace
+
+GLenum glGetError() {
+    record("glGetError");
+    auto& s = state();
+    auto const answer = s.flag;
+    if (s.flagMisuse) s.errors[*s.flagMisuse].read = true;
+    s.flag = GL_NO_ERROR;
+    s.flagMisuse.reset();
+    return answer;
+}
+
+void glGetIntegerv(GLenum name, GLint* values) {
+    record("glGetIntegerv", Enum{name}, Pointer{values});
+    auto const answer = state().integersOf(name);
+    if (answer.empty()) return state().raise(GL_INVALID_ENUM, "this integer is not recorded");
+    std::copy(answer.begin(), answer.end(), values);
+}
+
+void glGetFloatv(GLenum name, GLfloat* values) {
+    record("glGetFloatv", Enum{name}, Pointer{values});
+    if (name == GL_COLOR_CLEAR_VALUE)
+        std::copy(state().clearColor.begin(), state().clearColor.end(), values);
+    else
+        state().raise(GL_INVALID_ENUM, "this number is not recorded");
+}
+
+void glGetBooleanv(GLenum name, GLboolean* value) {
+    record("glGetBooleanv", Enum{name}, Pointer{value});
+    if (name == GL_DEPTH_WRITEMASK)
+        *value = state().depthMask ? GL_TRUE : GL_FALSE;
+    else
+        state().raise(GL_INVALID_ENUM, "this truth is not recorded");
+}
+
+GLubyte const* glGetString(GLenum name) {
+    record("glGetString", Enum{name});
+    auto const found = state().strings.find(name);
+    if (found != state().strings.end()) return reinterpret_cast<GLubyte const*>(found->second.c_str());
+    state().raise(GL_INVALID_ENUM, "no such text");
+    return nullptr;
+}
+
+void glGetShaderPrecisionFormat(GLenum shaderType, GLenum precision, GLint* range, GLint* bits) {
+    record("glGetShaderPrecisionFormat", Enum{shaderType}, Enum{precision}, Pointer{range}, Pointer{bits});
+    range[0] = range[1] = 127;
+    *bits = 23;
+}
+
+void glEnable(GLenum capability) {
+    record("glEnable", Enum{capability});
+    state().enabled.insert(capability);
+}
+
+void glDisable(GLenum capability) {
+    record("glDisable", Enum{capability});
+    state().enabled.erase(capability);
+}
+
+GLboolean glIsEnabled(GLenum capability) {
+    record("glIsEnabled", Enum{capability});
+    return state().enabled.count(capability) != 0 ? GL_TRUE : GL_FALSE;
+}
+
+void glDepthMask(GLboolean flag) {
+    record("glDepthMask", Boolean{flag});
+    state().depthMask = flag != GL_FALSE;
+}
+
+void glColorMask(GLboolean red, GLboolean green, GLboolean blue, GLboolean alpha) {
+    record("glColorMask", Boolean{red}, Boolean{green}, Boolean{blue}, Boolean{alpha});
+}
+
+void glViewport(GLint x, GLint y, GLsizei width, GLsizei height) {
+    record("glViewport", x, y, width, height);
+    setRectangle(GL_VIEWPORT, x, y, width, height);
+}
+
+void glScissor(GLint x, GLint y, GLsizei width, GLsizei height) {
+    record("glScissor", x, y, width, height);
+    setRectangle(GL_SCISSOR_BOX, x, y, width, height);
+}
+
+void glClearColor(GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha) {
+    record("glClearColor", red, green, blue, alpha);
+    state().clearColor = {red, green, blue, alpha};
+}
+
+void glClear(GLbitfield mask) {
+    record("glClear", ClearMask{mask});
+}
+void glFlush() {
+    record("glFlush");
+}
+void glFinish() {
+    record("glFinish");
+}
+
+void glVertexAttribPointer(GLuint index, GLint size, GLenum type, GLboolean normalized, GLsizei stride,
+                           void const* pointer) {
+    auto const buffer = state().boundBuffer(GL_ARRAY_BUFFER);
+    record("glVertexAttribPointer", signedIndex(index), size, Enum{type}, Boolean{normalized}, stride,
+           Pointer{pointer, buffer != 0});
+    if (!attributeExists(index)) return;
+    if (buffer == 0) return state().raise(GL_NO_ERROR, "vertices come from a buffer here");
+    auto& attribute = state().attributes[index];
+    attribute = {attribute.enabled, size, type, stride, reinterpret_cast<std::uintptr_t>(pointer), buffer};
+}
+
+void glEnableVertexAttribArray(GLuint index) {
+    record("glEnableVertexAttribArray", signedIndex(index));
+    if (attributeExists(index)) state().attributes[index].enabled = true;
+}
+
+void glDisableVertexAttribArray(GLuint index) {
+    record("glDisableVertexAttribArray", signedIndex(index));
+    if (attributeExists(index)) state().attributes[index].enabled = false;
+}
+
+void glDrawElements(GLenum mode, GLsizei count, GLenum type, void const* indices) {
+    record("glDrawElements", Mode{mode}, count, Enum{type},
+           Pointer{indices, state().boundBuffer(GL_ELEMENT_ARRAY_BUFFER) != 0});
+    if (state().boundBuffer(GL_ELEMENT_ARRAY_BUFFER) == 0)
+        return state().raise(GL_NO_ERROR, "indices come from a buffer here");
+    auto const indexBytes = type == GL_UNSIGNED_BYTE ? 1 : type == GL_UNSIGNED_SHORT ? 2 : 4;
+    auto const bytes = static_cast<size_t>(std::max(count, 0) * indexBytes);
+    if (recording::pixelMemory(GL_ELEMENT_ARRAY_BUFFER, indices, bytes) != nullptr) draw(count);
+}
+
+void glDrawArrays(GLenum mode, GLint first, GLsizei count) {
+    record("glDrawArrays", Mode{mode}, first, count);
+    draw(count);
+}

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "tests/support/RecordingGl.h"
+#include "tests/support/RecordingGlNames.h"
+
+#include <deque>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+/// What the gl* functions of this folder share: the recorder's memory. Tests look at it through RecordingGl.
+namespace recording {
+
+struct Error {
+    GLenum code = GL_NO_ERROR; // GL_NO_ERROR: GL itself would stay silent, but no right program does this
+    std::string text;
+    bool read = false;
+};
+
+struct Failure {
+    std::string name;
+    GLenum error = GL_NO_ERROR;
+    size_t skip = 0;
+};
+
+struct ProgramScript {
+    std::vector<RecordingGl::Active> attributes;
+    std::vector<RecordingGl::Active> uniforms;
+};
+
+struct State {
+    std::thread::id thread = std::this_thread::get_id();
+    std::vector<RecordingGl::Call> calls;
+    std::vector<RecordingGl::Draw> draws;
+
+    std::vector<Error> errors;
+    GLenum flag = GL_NO_ERROR;        // what glGetError answers next
+    std::optional<size_t> flagMisuse; // index into errors; a scripted error has none
+    std::set<GLenum> expected;
+
+    std::vector<Failure> failures;
+    std::map<GLenum, std::deque<std::string>> compileFailures;
+    std::deque<std::string> linkFailures;
+    std::deque<ProgramScript> programScripts;
+    std::map<std::string, GLint> places;
+    GLenum framebufferStatus = GL_FRAMEBUFFER_COMPLETE;
+    std::vector<std::uint8_t> readPixels;
+
+    GLuint nextName = 1; // one counter for all kinds, so that a name of the wrong kind is never valid by accident
+    std::map<GLuint, RecordingGl::Texture> textures;
+    std::map<GLuint, RecordingGl::Buffer> buffers;
+    std::map<GLuint, RecordingGl::Framebuffer> framebuffers;
+    std::map<GLuint, RecordingGl::Shader> shaders;
+    std::map<GLuint, RecordingGl::Program> programs;
+
+    GLuint activeUnit = 0;
+    std::map<GLuint, GLuint> boundTextures; // by unit
+    std::map<GLenum, GLuint> boundBuffers;
+    GLuint readFramebuffer = 0;
+    GLuint drawFramebuffer = 0;
+    GLuint currentProgram = 0;
+    std::set<GLenum> enabled{GL_DITHER};
+    std::map<GLenum, GLint> pixelStore{{GL_PACK_ALIGNMENT, 4},     {GL_PACK_ROW_LENGTH, 0},  {GL_PACK_SKIP_PIXELS, 0},
+                                       {GL_PACK_SKIP_ROWS, 0},     {GL_UNPACK_ALIGNMENT, 4}, {GL_UNPACK_ROW_LENGTH, 0},
+                                       {GL_UNPACK_SKIP_PIXELS, 0}, {GL_UNPACK_SKIP_ROWS, 0}};
+    std::map<GLenum, std::vector<GLint>> integers{{GL_MAX_TEXTURE_SIZE, {4096}},
+                                                  {GL_MAX_TEXTURE_IMAGE_UNITS, {16}},
+                                                  {GL_MAX_COMBINED_TEXTURE_IMAGE_UNITS, {32}},
+                                                  {GL_MAX_VERTEX_ATTRIBS, {16}},
+                                                  {GL_MAX_RENDERBUFFER_SIZE, {4096}},
+                                                  {GL_MAX_VIEWPORT_DIMS, {4096, 4096}},
+                                                  {GL_IMPLEMENTATION_COLOR_READ_FORMAT, {GL_RGBA}},
+                                                  {GL_IMPLEMENTATION_COLOR_READ_TYPE, {GL_UNSIGNED_BYTE}},
+                                                  {GL_VIEWPORT, {0, 0, 16, 16}},
+                                                  {GL_SCISSOR_BOX, {0, 0, 16, 16}}};
+    std::map<GLenum, std::string> strings{{GL_VENDOR, "Velmora tests"},
+                                          {GL_RENDERER, "recording"},
+                                          {GL_VERSION, "OpenGL ES 3.0 recording"},
+                                          {GL_SHADING_LANGUAGE_VERSION, "OpenGL ES GLSL ES 3.00 recording"},
+                                          {GL_EXTENSIONS, ""}};
+    std::map<GLuint, RecordingGl::VertexAttribute> attributes;
+    std::vector<float> clearColor{0, 0, 0, 0};
+    bool depthMask = true;
+
+    /// The call that is being recorded, for what belongs to it beside its arguments.
+    RecordingGl::Call& record(std::string const& name, std::vector<RecordingGl::Argument> arguments);
+    /// Whether a script lets this call of the function fail; raises the script's error. Asked right after record().
+    bool fails(std::string const& name);
+    /// Raises an error for the call recorded last.
+    void raise(GLenum code, std::string const& reason);
+    void raiseScripted(GLenum code);
+
+    std::vector<GLint> integersOf(GLenum name) const;
+    GLuint boundTexture() const;
+    GLuint boundBuffer(GLenum target) const;
+};
+
+State& state();
+void forgetState();
+
+template <class... Arguments>
+RecordingGl::Call& record(std::string const& name, Arguments const&... arguments) {
+    return state().record(name, {argument(arguments)...});
+}
+
+/// Memory of `size` bytes at `pointer`: client memory, or bytes of the buffer bound to `target`. Null and an error when GL would refuse.
+std::uint8_t* pixelMemory(GLenum target, void const* pointer, size_t size);
+
+} // namespace recording
