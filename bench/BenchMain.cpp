@@ -1,0 +1,73 @@
+// velmora-bench [Google Benchmark's options]: bench/run calls it as the figures are meant to be taken.
+#include "bench/Benchmarks.h"
+#include "bench/GlBenchContext.h"
+#include "bench/RatioReporter.h"
+
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+
+namespace {
+
+// Repetitions of all benchmarks in random order: what else the machine does then hits both sides of a ratio.
+std::vector<std::string> const kDefaults = {"--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=9",
+                                            "--benchmark_min_time=0.05"};
+
+std::vector<OwnBaseline> const kOwnBaselines = {{"LruMap/insertBehind100000Locked/ours/", "LruMap/insert/ours/"}};
+
+std::vector<Figure> figures(bool nullDriver) {
+    std::vector<Figure> all = {
+        {"executeFilter/.*", 1.20, "<= 1.20"},
+        {"LruMap/(hit|insert)/.*", 2.0, "<= 2"},
+        {"LruMap/insertBehind100000Locked/.* vs none", 2.0, "<= 2"},
+    };
+    if (nullDriver) {
+        all.push_back({"drawTiles/ours/(100|2000)", 1.10, "<= 1.10"});
+        return all;
+    }
+    all.push_back({"drawTiles/ours/(100|2000)", 1.03, "<= 1.03"});
+    // Of a transfer the speed counts: without pixels to move there is none.
+    all.push_back({"(setTile|getPixels|getPixelsVector)/ours/(rgba|rgb)/.*", 1 / 0.97, "speed >= 0.97"});
+    return all;
+}
+
+std::unique_ptr<GlBenchContext> makeContext() {
+    try {
+        return std::make_unique<GlBenchContext>();
+    } catch (std::runtime_error const& error) {
+        std::cerr << "no OpenGL ES 3 context, so LruMap only: " << error.what() << "\n";
+        return nullptr;
+    }
+}
+
+void initialize(int argc, char** argv) {
+    std::vector<std::string> texts(argv, argv + argc);
+    texts.insert(texts.begin() + 1, kDefaults.begin(), kDefaults.end());
+    std::vector<char*> arguments;
+    for (std::string& text : texts)
+        arguments.push_back(text.data());
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) throw std::invalid_argument("unknown option");
+}
+
+} // namespace
+
+int main(int argc, char** argv) try {
+    initialize(argc, argv);
+    registerLruMap();
+    auto const context = makeContext();
+    if (context != nullptr) {
+        benchmark::AddCustomContext("OpenGL", context->description());
+        registerDrawTiles(*context);
+        registerExecuteFilter(*context);
+        registerPixelTransfer(*context);
+    }
+    RatioReporter reporter(figures(context != nullptr && context->nullDriver()), kOwnBaselines);
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return reporter.errors() == 0 ? 0 : 1;
+} catch (std::exception const& error) {
+    std::cerr << "velmora-bench: " << error.what() << "\n";
+    return 2;
+}

@@ -1,0 +1,52 @@
+#include "bench/GlBenchContext.h"
+
+#include "bench/Benchmarks.h"
+#include "gles3renderbackend/Gl.h"
+
+#include <exception>
+
+namespace {
+
+// Nothing is evicted while it is measured.
+constexpr size_t kSlotBudgetBytes = 1'000'000'000;
+
+std::string glText(GLenum name) {
+    return reinterpret_cast<char const*>(glGetString(name));
+}
+
+} // namespace
+
+GlBenchContext::GlBenchContext() : nullDriver_(glText(GL_RENDERER) == "NOOP") {}
+
+std::string GlBenchContext::description() const {
+    return glText(GL_RENDERER) + ", " + glText(GL_VERSION);
+}
+
+bool GlBenchContext::nullDriver() const {
+    return nullDriver_;
+}
+
+void GlBenchContext::finish() const {
+    if (!nullDriver_) glFinish();
+}
+
+BenchBackend::BenchBackend(GlBenchContext const& context)
+    : backend(RenderBackend::RGBA32, kSlotBudgetBytes),
+      instance(std::static_pointer_cast<Gles3RenderBackendInstance>(backend.createInstance(context))) {}
+
+Filter blitFilter(RenderBackendInstance& instance) {
+    Filter filter("BlitFilter4x8", 0, 0, 0, 0, 0, 1, 0, 1, 1, 1, 1, 1, 1, RenderBackend::NEAREST);
+    instance.createFilterInstance(filter);
+    return filter;
+}
+
+void registerGl(Clock clock, std::string const& name, std::function<void(benchmark::State&)> const& function) {
+    auto* const registered = benchmark::RegisterBenchmark(name.c_str(), [function](benchmark::State& state) {
+        try {
+            function(state);
+        } catch (std::exception const& error) {
+            state.SkipWithError(error.what());
+        }
+    });
+    if (clock == Clock::Wall) registered->UseRealTime();
+}

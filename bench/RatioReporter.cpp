@@ -1,0 +1,114 @@
+#include "bench/RatioReporter.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <regex>
+#include <utility>
+
+namespace {
+
+constexpr int kNameColumns = 48;
+constexpr int kColumns = 12;
+
+double at(std::vector<double> const& sorted, double fraction) {
+    double const place = fraction * static_cast<double>(sorted.size() - 1);
+    auto const below = static_cast<size_t>(place);
+    size_t const above = std::min(below + 1, sorted.size() - 1);
+    return sorted[below] + (sorted[above] - sorted[below]) * (place - static_cast<double>(below));
+}
+
+struct Summary {
+    double median;
+    double spread; // interquartile range over median
+};
+
+Summary summary(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    double const median = at(values, 0.5);
+    return {median, (at(values, 0.75) - at(values, 0.25)) / median};
+}
+
+// The name with `part` replaced, empty where it does not occur.
+std::string replaced(std::string const& name, std::string const& part, std::string const& by) {
+    auto const found = name.find(part);
+    return found == std::string::npos ? std::string() : std::string(name).replace(found, part.size(), by);
+}
+
+// A benchmark is timed by the wall clock where it asked for that.
+double nanosecondsOf(benchmark::BenchmarkReporter::Run const& run) {
+    bool const realTime = run.run_name.time_type.find("real_time") != std::string::npos;
+    double const adjusted = realTime ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
+    return adjusted / benchmark::GetTimeUnitMultiplier(run.time_unit) * 1e9;
+}
+
+} // namespace
+
+RatioReporter::RatioReporter(std::vector<Figure> figures, std::vector<OwnBaseline> ownBaselines)
+    : ConsoleReporter(OO_Tabular), figures_(std::move(figures)), ownBaselines_(std::move(ownBaselines)) {}
+
+void RatioReporter::ReportRuns(std::vector<Run> const& runs) {
+    std::vector<Run> shown;
+    for (Run const& run : runs) {
+        std::string const& name = run.run_name.function_name;
+        if (run.error_occurred) {
+            ++errors_;
+        } else if (run.run_type == Run::RT_Iteration) {
+            names_[run.family_index] = name;
+            nanoseconds_[name].push_back(nanosecondsOf(run));
+        }
+        // Of many repetitions the median is enough to look at.
+        bool const single = run.run_type == Run::RT_Iteration && run.repetitions <= 1;
+        if (run.error_occurred || single || run.aggregate_name == "median") shown.push_back(run);
+    }
+    if (!shown.empty()) ConsoleReporter::ReportRuns(shown);
+}
+
+std::vector<RatioReporter::Line> RatioReporter::lines() const {
+    std::vector<Line> found;
+    for (auto const& [family, name] : names_) {
+        std::vector<std::string> baselines = {replaced(name, "/ours/", "/raw/"),
+                                              replaced(name, "/ours/", "/multi_index/")};
+        for (OwnBaseline const& own : ownBaselines_)
+            baselines.push_back(replaced(name, own.subject, own.baseline));
+        for (std::string const& baseline : baselines)
+            if (nanoseconds_.count(baseline) != 0) found.push_back({name, baseline});
+    }
+    return found;
+}
+
+Figure const* RatioReporter::figureFor(std::string const& name) const {
+    auto const found = std::find_if(figures_.begin(), figures_.end(), [&](Figure const& figure) {
+        return std::regex_match(name, std::regex(figure.subjects));
+    });
+    return found == figures_.end() ? nullptr : &*found;
+}
+
+void RatioReporter::print(Line const& line) {
+    Summary const subject = summary(nanoseconds_.at(line.name));
+    Summary const baseline = summary(nanoseconds_.at(line.baseline));
+    double const ratio = subject.median / baseline.median;
+    bool const own = line.baseline.find("/ours/") != std::string::npos;
+    std::string const title = own ? line.name + " vs none" : line.name;
+    Figure const* const figure = figureFor(title);
+
+    auto& out = GetOutputStream();
+    out << std::left << std::setw(kNameColumns) << title << std::right << std::fixed << std::setprecision(0)
+        << std::setw(kColumns) << subject.median << std::setw(kColumns) << baseline.median << std::setprecision(3)
+        << std::setw(kColumns) << ratio << std::setprecision(1) << std::setw(kColumns - 2)
+        << 100 * std::max(subject.spread, baseline.spread) << " %";
+    if (figure != nullptr) out << "  " << figure->wording << (ratio <= figure->limit ? ": met" : ": MISSED");
+    out << "\n";
+}
+
+void RatioReporter::Finalize() {
+    ConsoleReporter::Finalize();
+    auto& out = GetOutputStream();
+    out << "\n"
+        << std::left << std::setw(kNameColumns) << "median of the repetitions" << std::right << std::setw(kColumns)
+        << "ours ns" << std::setw(kColumns) << "baseline ns" << std::setw(kColumns) << "ratio" << std::setw(kColumns)
+        << "spread"
+        << "  figure\n";
+    for (Line const& line : lines())
+        print(line);
+    if (errors_ != 0) out << errors_ << " benchmarks ended with an error and are not in the table\n";
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+/// What a ratio of times should not exceed.
+struct Figure {
+    std::string subjects; ///< regular expression for the names it is about
+    double limit;         ///< time of the subject over time of its baseline
+    std::string wording;  ///< of the figure, for the table
+};
+
+/// A subject whose baseline cannot be told from its name: the parts that differ.
+struct OwnBaseline {
+    std::string subject;
+    std::string baseline;
+};
+
+/// Prints like the console reporter and, after the run, one line for each benchmark WHAT/ours/CASE: its time, the time
+/// of its baseline WHAT/raw/CASE or WHAT/multi_index/CASE, the ratio of the two, and whether that meets a figure. Times
+/// are the median of the repetitions; "spread" is the wider of the two interquartile ranges, in percent of its median:
+/// a ratio that is off by less says nothing.
+class RatioReporter : public benchmark::ConsoleReporter {
+public:
+    RatioReporter(std::vector<Figure> figures, std::vector<OwnBaseline> ownBaselines);
+
+    void ReportRuns(std::vector<Run> const& runs) override;
+    void Finalize() override;
+
+    /// Benchmarks that ended with an error.
+    size_t errors() const { return errors_; }
+
+private:
+    struct Line {
+        std::string name;
+        std::string baseline;
+    };
+
+    std::vector<Line> lines() const;
+    void print(Line const& line);
+    Figure const* figureFor(std::string const& name) const;
+
+    std::vector<Figure> figures_;
+    std::vector<OwnBaseline> ownBaselines_;
+    std::map<std::int64_t, std::string> names_;              // in the order of registration
+    std::map<std::string, std::vector<double>> nanoseconds_; // one value a repetition
+    size_t errors_ = 0;
+};
