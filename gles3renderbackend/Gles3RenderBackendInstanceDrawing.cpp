@@ -6,6 +6,7 @@
 #include "gles3renderbackend/resources/Gles3Shader.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
 #include "gles3renderbackend/resources/UnitQuad.h"
+#include "renderbackend/Precondition.h"
 #include "renderbackend/VelmoraException.h"
 
 #include <algorithm>
@@ -46,6 +47,41 @@ size_t wholeTexels(size_t logical, size_t physicalSize, size_t logicalSize) {
     return logical * physicalSize / logicalSize;
 }
 
+struct Viewport {
+    size_t x;
+    size_t y;
+    size_t width;
+    size_t height;
+
+    void set() const {
+        glViewport(static_cast<GLint>(x), static_cast<GLint>(y), static_cast<GLsizei>(width),
+                   static_cast<GLsizei>(height));
+    }
+};
+
+// The quad's attributes for as long as tiles are drawn.
+class QuadAttributes {
+public:
+    explicit QuadAttributes(Gles3Shader const& shader)
+        : position_(shader.attributeLocation("a_position")),
+          textureCoordinates_(shader.attributeLocation("a_texturecoordinates00")) {
+        unitQuad::pointAttribute(position_, unitQuad::kPositionByte);
+        unitQuad::pointAttribute(textureCoordinates_, unitQuad::kTextureCoordinateByte);
+        glEnableVertexAttribArray(static_cast<GLuint>(position_));
+        glEnableVertexAttribArray(static_cast<GLuint>(textureCoordinates_));
+    }
+    QuadAttributes(QuadAttributes const&) = delete;
+    QuadAttributes& operator=(QuadAttributes const&) = delete;
+    ~QuadAttributes() {
+        glDisableVertexAttribArray(static_cast<GLuint>(position_));
+        glDisableVertexAttribArray(static_cast<GLuint>(textureCoordinates_));
+    }
+
+private:
+    GLint position_;
+    GLint textureCoordinates_;
+};
+
 // One axis of the way from logical pixels to clip space, -1 to 1 over the range.
 struct ClipAxis {
     double scale;
@@ -70,6 +106,7 @@ void Gles3RenderBackendInstance::drawTiles(size_t target, Filter const& tileShad
     requireValues(range, 4, "a range needs four values: x0, x1, y0, y1");
     requireValues(canvasRange, 3, "a canvas range needs its origin: values 0 and 2");
     requireValues(tileSize, 2, "a tile size needs two values: width, height");
+    precondition(blockCoords.size() >= blocks.size(), "drawTiles: every block has its coordinates");
 
     glBindFramebuffer(GL_FRAMEBUFFER, destination.framebuffer());
     sharedResources_->vertexBuffer().bind();
@@ -86,14 +123,13 @@ void Gles3RenderBackendInstance::drawTiles(size_t target, Filter const& tileShad
     if (physical[0] == 0 || physical[1] == 0 || logical[0] == 0 || logical[1] == 0) return; // a minimised window
     size_t const rangeWidth = range[1] - range[0] + 1;
     size_t const rangeHeight = range[3] - range[2] + 1;
-    size_t const viewportX = wholeTexels(valueOrZero(offsets, 0), physical[0], logical[0]);
-    size_t const viewportY = wholeTexels(valueOrZero(offsets, 1), physical[1], logical[1]);
-    size_t const viewportWidth = wholeTexels(rangeWidth, physical[0], logical[0]);
-    size_t const viewportHeight = wholeTexels(rangeHeight, physical[1], logical[1]);
+    Viewport const viewport = {wholeTexels(valueOrZero(offsets, 0), physical[0], logical[0]),
+                               wholeTexels(valueOrZero(offsets, 1), physical[1], logical[1]),
+                               wholeTexels(rangeWidth, physical[0], logical[0]),
+                               wholeTexels(rangeHeight, physical[1], logical[1])};
     wholeTexels(tileSize[0], physical[0], logical[0]);
     wholeTexels(tileSize[1], physical[1], logical[1]);
-    glViewport(static_cast<GLint>(viewportX), static_cast<GLint>(viewportY), static_cast<GLsizei>(viewportWidth),
-               static_cast<GLsizei>(viewportHeight));
+    viewport.set();
 
     ClipAxis const x(range[0], rangeWidth, canvasRange[0]);
     ClipAxis const y(range[2], rangeHeight, canvasRange[2]);
@@ -101,12 +137,7 @@ void Gles3RenderBackendInstance::drawTiles(size_t target, Filter const& tileShad
     shader->setTexRange(0, 0, 1, 1, 0);
     glActiveTexture(GL_TEXTURE0);
     glUniform1i(shader->uniformLocation("s_texture00"), 0);
-    GLint const position = shader->attributeLocation("a_position");
-    GLint const textureCoordinates = shader->attributeLocation("a_texturecoordinates00");
-    unitQuad::pointAttribute(position, unitQuad::kPositionByte);
-    unitQuad::pointAttribute(textureCoordinates, unitQuad::kTextureCoordinateByte);
-    glEnableVertexAttribArray(static_cast<GLuint>(position));
-    glEnableVertexAttribArray(static_cast<GLuint>(textureCoordinates));
+    QuadAttributes const attributes(*shader);
 
     double const tileWidth = x.extent(tileSize[0]);
     double const tileHeight = y.extent(tileSize[1]);
@@ -125,6 +156,4 @@ void Gles3RenderBackendInstance::drawTiles(size_t target, Filter const& tileShad
             unitQuad::draw();
         }
     }
-    glDisableVertexAttribArray(static_cast<GLuint>(position));
-    glDisableVertexAttribArray(static_cast<GLuint>(textureCoordinates));
 }

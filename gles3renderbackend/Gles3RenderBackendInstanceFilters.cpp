@@ -2,6 +2,7 @@
 
 #include "gles3renderbackend/resources/Gles3Shader.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
+#include "gles3renderbackend/resources/OutputExtent.h"
 #include "renderbackend/VelmoraException.h"
 
 namespace {
@@ -82,10 +83,7 @@ void Gles3RenderBackendInstance::inputTextureRange(FilterSource const& source, F
                                                    size_t clipBottom, double& offsetX, double& offsetY, double& scaleX,
                                                    double& scaleY) {
     Extent const size = referenceSize(source.target, findOrMakeTarget(source.target));
-    size_t const outputW = inputW * filter.scaleXNum() / filter.scaleXDen() - filter.invalidRight() -
-                           filter.invalidLeft() - clipLeft - clipRight;
-    size_t const outputH = inputH * filter.scaleYNum() / filter.scaleYDen() - filter.invalidBottom() -
-                           filter.invalidTop() - clipTop - clipBottom;
+    auto const [outputW, outputH] = outputExtent(filter, inputW, inputH, clipLeft, clipRight, clipTop, clipBottom);
     // The source as large as the filter would make all of it: what the output extent is a part of.
     double const scaledW = ratio(size[0] * filter.scaleXNum(), filter.scaleXDen());
     double const scaledH = ratio(size[1] * filter.scaleYNum(), filter.scaleYDen());

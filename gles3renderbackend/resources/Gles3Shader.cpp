@@ -3,8 +3,10 @@
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 #include "gles3renderbackend/resources/FixedState.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
+#include "gles3renderbackend/resources/OutputExtent.h"
 #include "gles3renderbackend/resources/ShaderCompiler.h"
 #include "gles3renderbackend/resources/UnitQuad.h"
+#include "renderbackend/Precondition.h"
 
 #include <iomanip>
 #include <locale>
@@ -117,6 +119,7 @@ void Gles3Shader::draw(std::vector<FilterSource> const& sources, size_t inputW, 
                        size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
                        SingleFilterParameters const& params, std::vector<size_t> const& offset,
                        Gles3RenderBackendInstance& instance, Filter const& filter) {
+    precondition(offset.size() >= 2, "draw: an offset has two values");
     Gles3Target const& target = instance.target(destination);
     glBindFramebuffer(GL_FRAMEBUFFER, target.framebuffer());
     vertexBuffer_.bind();
@@ -129,10 +132,7 @@ void Gles3Shader::draw(std::vector<FilterSource> const& sources, size_t inputW, 
 
     auto const size = instance.physicalSize(destination, target);
     auto const reference = instance.referenceSize(destination, target);
-    size_t const outputW = inputW * filter.scaleXNum() / filter.scaleXDen() - filter.invalidRight() -
-                           filter.invalidLeft() - clipLeft - clipRight;
-    size_t const outputH = inputH * filter.scaleYNum() / filter.scaleYDen() - filter.invalidBottom() -
-                           filter.invalidTop() - clipTop - clipBottom;
+    auto const [outputW, outputH] = outputExtent(filter, inputW, inputH, clipLeft, clipRight, clipTop, clipBottom);
     glViewport(0, 0, static_cast<GLsizei>(size[0]), static_cast<GLsizei>(size[1]));
     setOutputGeometry(size, quotient(outputW * size[0], reference[0]), quotient(outputH * size[1], reference[1]),
                       offset);
