@@ -1,5 +1,6 @@
 #include "renderbackend/Filter.h"
 
+#include "renderbackend/Precondition.h"
 #include "renderbackend/RenderBackendInstance.h"
 #include "renderbackend/VelmoraException.h"
 
@@ -120,6 +121,10 @@ Filter::Filter(std::string const& name, size_t invalidLeft, size_t invalidRight,
 Filter::~Filter() = default;
 
 void Filter::validate() const {
+    precondition(scaleXDen_ != 0 && scaleYDen_ != 0, "the denominators of a filter's scale are not 0");
+    precondition(inputPosXStride_ != 0 && inputPosYStride_ != 0, "a filter's strides are not 0");
+    precondition(alignXIn_ != 0 && alignXOut_ != 0 && alignYIn_ != 0 && alignYOut_ != 0,
+                 "a filter's alignments are not 0");
     // Deliberate: the x message alone carries the signature of the shorter constructor; hosts match on these texts.
     if (scaleXNum_ * inputPosXStride_ % scaleXDen_ != 0)
         throw VelmoraException("error x stride times x scale factor is not integer", kShortConstructor);
