@@ -56,6 +56,7 @@ Process::Process(std::vector<std::string> arguments, Environment const& changes,
     : out_(temporaryFile()), err_(temporaryFile()) {
     arguments.insert(arguments.begin(), VELMORA_PROGRAM);
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (auto& argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);

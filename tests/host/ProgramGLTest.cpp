@@ -60,9 +60,9 @@ TEST(ProgramGLTest, InfoPrintsEveryPrecisionOfBothStages) {
              {"lowp float", "mediump float", "highp float", "lowp int", "mediump int", "highp int"}) {
             std::string const accuracy =
                 type.find("int") == std::string::npos ? "relative accuracy 2\\^-[0-9]+" : "whole numbers";
-            EXPECT_TRUE(
-                matches(result.out, "^" + stage + " +" + type + " +-2\\^[0-9]+ to 2\\^[0-9]+, " + accuracy + "$"))
-                << result.out;
+            std::ostringstream line;
+            line << "^" << stage << " +" << type << " +-2\\^[0-9]+ to 2\\^[0-9]+, " << accuracy << "$";
+            EXPECT_TRUE(matches(result.out, line.str())) << line.str() << " in " << result.out;
         }
     }
     EXPECT_TRUE(matches(result.out, "^fragment +highp float +-2\\^127 to 2\\^127, .* 2\\^-23$")) << result.out;

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
-#include <stdlib.h>
 #include <string>
 #include <unistd.h>
 

@@ -1,10 +1,10 @@
 #include "tests/host/TemporaryFolder.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
-#include <stdlib.h>
 #include <system_error>
 
 namespace fs = std::filesystem;
