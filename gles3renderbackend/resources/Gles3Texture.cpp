@@ -49,9 +49,12 @@ size_t bytesRead(size_t width, size_t height, size_t bytesPerTexel, std::optiona
     return overflow ? std::numeric_limits<size_t>::max() : bytes;
 }
 
-void requireBytes(size_t available, size_t offset, size_t needed) {
-    if (offset > available || available - offset < needed)
-        throw VelmoraException("pixel vector is shorter than its size says", kSetPixelsAt);
+bool holds(size_t available, size_t offset, size_t needed) {
+    return offset <= available && available - offset >= needed;
+}
+
+VelmoraException tooShort() {
+    return {"pixel vector is shorter than its size says", kSetPixelsAt};
 }
 
 void setSampling(size_t width, size_t height, RenderBackend::ImageFiltering filtering) {
@@ -111,8 +114,9 @@ void Gles3Texture::setPixels(std::vector<std::uint8_t> const& pixels, std::vecto
     requireSize(size, 3, kSetPixels);
     bool const inPlace = fitsInPlace(size);
     // Where GL refuses the call it reads nothing, so only RGBA32 images are measured on the in-place path.
-    if (inPlace && format_ == RenderBackend::RGBA32)
-        requireBytes(pixels.size(), offset, bytesRead(size[0], size[1], 4, rowLength));
+    if (inPlace && format_ == RenderBackend::RGBA32 &&
+        !holds(pixels.size(), offset, bytesRead(size[0], size[1], 4, rowLength)))
+        throw tooShort();
     void const* const data = pixels.size() > offset ? pixels.data() + offset : nullptr;
 
     bind();
@@ -126,7 +130,10 @@ void Gles3Texture::setPixels(std::vector<std::uint8_t> const& pixels, std::vecto
         glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
         requireSupportedSize(width_, height_, kSetPixels);
         // Last, so that a size that GL cannot take is reported as such, however many pixels came with it.
-        if (data != nullptr) requireBytes(pixels.size(), offset, bytesRead(width_, height_, size[2], rowLength));
+        if (data != nullptr && !holds(pixels.size(), offset, bytesRead(width_, height_, size[2], rowLength))) {
+            if (rowLength) glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+            throw tooShort();
+        }
         uploadImage(*texelFormat(format_), width_, height_, data);
     }
     if (rowLength) glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);

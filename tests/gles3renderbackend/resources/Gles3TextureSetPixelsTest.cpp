@@ -295,6 +295,7 @@ TEST_F(Gles3TextureSetPixelsTest, AVectorThatEndsInsideANewImageThrowsInsteadOfL
     EXPECT_THROW(made.setPixels(numberedBytes(15), {2, 2, 4}), VelmoraException);
     EXPECT_THROW(made.setPixels(numberedBytes(16), {2, 2, 4}, 1), VelmoraException);
     EXPECT_THROW(made.setPixels(numberedBytes((3 + 2) * 4 - 1), {2, 2, 4}, 0, 3), VelmoraException);
+    EXPECT_EQ(gl.pixelStore(GL_UNPACK_ROW_LENGTH), 0);
     EXPECT_EQ(gl.count("glTexImage2D"), 0U);
     made.setPixels(numberedBytes((3 + 2) * 4), {2, 2, 4}, 0, 3);
     EXPECT_EQ(gl.count("glTexImage2D"), 1U) << "the last row may end where the image ends";
