@@ -31,7 +31,10 @@ set(VELMORA_GL_ENVIRONMENT_llvmpipe LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=s
 set(VELMORA_GL_ENVIRONMENT_softpipe LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=set:softpipe VELMORA_EXPECT_RENDERER=set:softpipe*)
 # lavapipe complains on stderr where there is no XDG_RUNTIME_DIR.
 set(VELMORA_GL_ENVIRONMENT_zink LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=set:zink VK_ICD_FILENAMES=set:${lavapipe_icd}
-                                XDG_RUNTIME_DIR=set:${PROJECT_BINARY_DIR} VELMORA_EXPECT_RENDERER=set:zink*llvmpipe*)
+                                XDG_RUNTIME_DIR=set:${PROJECT_BINARY_DIR} VELMORA_EXPECT_RENDERER=set:zink*llvmpipe*
+                                # lavapipe now and then loses 48 bytes of its own at exit, and more after 500 draws in a
+                                # batch. Leaks of ours show on the other three.
+                                ASAN_OPTIONS=string_append::detect_leaks=0)
 cmake_path(ABSOLUTE_PATH VELMORA_ANGLE_DIR BASE_DIRECTORY ${PROJECT_BINARY_DIR} NORMALIZE OUTPUT_VARIABLE angle)
 set(VELMORA_GL_ENVIRONMENT_angle LD_LIBRARY_PATH=path_list_prepend:${angle} VELMORA_EXPECT_RENDERER=set:ANGLE*SwiftShader*)
 
