@@ -28,7 +28,7 @@ void Gles3DataEnvelopes::set(std::vector<std::uint8_t> const& id, Data const& da
         cells.reserve(element.second.size());
         for (auto const& cell : element.second)
             cells.push_back({cell[0], cell[1]});
-        for (auto const& [min, max] : mergeCells(std::move(cells))) {
+        for (auto const& [min, max] : mergeCells(cells)) {
             size_t const base = vertices.size();
             vertices.insert(vertices.end(), {vertex(min[0], min[1]), vertex(min[0], max[1]), vertex(max[0], max[1]),
                                              vertex(max[0], min[1])});

@@ -141,7 +141,7 @@ void Gles3RenderBackendInstance::drawTiles(size_t target, Filter const& tileShad
 
     double const tileWidth = x.extent(tileSize[0]);
     double const tileHeight = y.extent(tileSize[1]);
-    std::array<PlacedTile, kLookedUpAtOnce> tiles;
+    std::array<PlacedTile, kLookedUpAtOnce> tiles{};
     for (size_t first = 0; first < blocks.size(); first += tiles.size()) {
         size_t const count = std::min(tiles.size(), blocks.size() - first);
         for (size_t i = 0; i < count; ++i) {

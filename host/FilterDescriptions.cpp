@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
@@ -224,6 +225,7 @@ Filter description::filterCLAHE(Borders const& borders) {
 std::vector<std::string> const& description::names() {
     static std::vector<std::string> const all = [] {
         std::vector<std::string> list;
+        list.reserve(std::size(kDescriptions));
         for (auto const& entry : kDescriptions)
             list.emplace_back(entry.name);
         return list;

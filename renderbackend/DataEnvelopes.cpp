@@ -154,7 +154,7 @@ std::vector<std::vector<size_t>> DataEnvelopes::envelopes(Corner min, Corner max
     return result;
 }
 
-std::vector<DataEnvelopes::Rectangle> DataEnvelopes::mergeCells(std::vector<Corner> cells) {
+std::vector<DataEnvelopes::Rectangle> DataEnvelopes::mergeCells(std::vector<Corner> const& cells) {
     if (cells.empty()) return {};
     CellKeys const sorted = sortedKeys(cells);
     std::vector<std::uint64_t> const& keys = sorted.keys;

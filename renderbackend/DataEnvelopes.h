@@ -51,7 +51,7 @@ public:
 protected:
     /// Cells as rectangles that do not overlap: runs of adjacent cells in a row, equal runs in consecutive rows joined;
     /// in the order of their upper left corners, row before column.
-    static std::vector<Rectangle> mergeCells(std::vector<Corner> cells);
+    static std::vector<Rectangle> mergeCells(std::vector<Corner> const& cells);
 
 private:
     size_t total_ = 0;

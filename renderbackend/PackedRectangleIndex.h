@@ -42,10 +42,10 @@ private:
     static constexpr size_t kFanOut = 16;
 
     struct Node {
-        std::array<std::uint32_t, kFanOut> minX;
-        std::array<std::uint32_t, kFanOut> maxX;
-        std::array<std::uint32_t, kFanOut> minY;
-        std::array<std::uint32_t, kFanOut> maxY;
+        std::array<std::uint32_t, kFanOut> minX{};
+        std::array<std::uint32_t, kFanOut> maxX{};
+        std::array<std::uint32_t, kFanOut> minY{};
+        std::array<std::uint32_t, kFanOut> maxY{};
 
         Node();
         void put(size_t slot, Rectangle const& box);

@@ -28,7 +28,8 @@ void radixSort(std::vector<Item>& items, unsigned bits, KeyOf const& keyOf) {
         std::sort(items.begin(), items.end(), before);
         return;
     }
-    unsigned const digits = (bits + kMaxDigitBits - 1) / kMaxDigitBits; // not 0: keys that differ have a bit set
+    // At least one: keys that differ have a bit set.
+    unsigned const digits = std::max(1U, (bits + kMaxDigitBits - 1) / kMaxDigitBits);
     unsigned const digitBits = (bits + digits - 1) / digits;
     std::uint64_t const digitMask = (std::uint64_t{1} << digitBits) - 1;
 
