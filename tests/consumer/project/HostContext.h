@@ -29,10 +29,10 @@ public:
     HostGl(HostGl const&) = delete;
     HostGl& operator=(HostGl const&) = delete;
 
+    /// The display stays: terminating it unloads the driver, and what the driver still holds then looks like a leak.
     ~HostGl() {
         eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
         if (context_ != EGL_NO_CONTEXT) eglDestroyContext(display_, context_);
-        eglTerminate(display_);
     }
 
     bool current() const { return current_; }
