@@ -1,16 +1,13 @@
-#include "tests/gles3renderbackend/filters/FilterInputs.h"
+#include "conformance/Inputs.h"
 
-#include <cstdlib>
+#include <algorithm>
 #include <random>
 
-namespace filtertest {
+namespace conformance {
 
 using reference::Plane;
 using reference::Planes3;
-
-bool isLongRun() {
-    return std::getenv("VELMORA_LONG") != nullptr;
-}
+using reference::Texels;
 
 Texels randomTexels(int width, int height, std::uint32_t randomStart) {
     std::mt19937 random(randomStart);
@@ -57,6 +54,14 @@ Planes3 everySampleOfChannel(size_t channel, std::uint32_t randomStart) {
     return planes;
 }
 
+Planes3 everySampleThrice() {
+    constexpr std::ptrdiff_t kShift = 12345;
+    Planes3 planes = {everySample(), everySample(), everySample()};
+    std::reverse(planes[1].samples.begin(), planes[1].samples.end());
+    std::rotate(planes[2].samples.begin(), planes[2].samples.begin() + kShift, planes[2].samples.end());
+    return planes;
+}
+
 Planes3 boundaryTriples() {
     auto const n = static_cast<int>(kBoundaries.size());
     Plane const empty(n * n, n);
@@ -86,6 +91,17 @@ Texels randomColours(std::uint32_t randomStart) {
     return randomTexels(256, 256, randomStart);
 }
 
+Texels greySlope(int widthPixels, int height, std::uint32_t randomStart) {
+    std::mt19937 random(randomStart);
+    std::vector<std::int16_t> samples(static_cast<size_t>(widthPixels) * static_cast<size_t>(height) * 4);
+    for (size_t i = 0; i < samples.size(); ++i) {
+        auto const x = static_cast<int>(i / 4 % static_cast<size_t>(widthPixels));
+        auto const grey = static_cast<int>(random() % 200) + 300 * x / widthPixels - 100;
+        samples[i] = static_cast<std::int16_t>(i % 4 == 0 ? grey : static_cast<int>(random() % 65536U) - 32768);
+    }
+    return reference::packFourChannel16(samples, widthPixels, height);
+}
+
 Plane cropped(Plane const& plane, int x, int y, int width, int height) {
     Plane out(width, height);
     for (int row = 0; row < height; ++row) {
@@ -100,4 +116,4 @@ Planes3 cropped(Planes3 const& planes, int x, int y, int width, int height) {
             cropped(planes[2], x, y, width, height)};
 }
 
-} // namespace filtertest
+} // namespace conformance

@@ -13,6 +13,7 @@ public:
         RegionOutside,
         UnwritableOutput,
         NoGlContext,
+        InexactGl,
     };
 
     /// Line feeds in `text`, which messages of other libraries may hold, become "; ".

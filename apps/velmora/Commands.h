@@ -6,3 +6,4 @@
 /// then runs the command, and failures leave the parser as exceptions.
 void addRenderCommand(CLI::App& program);
 void addInfoCommand(CLI::App& program);
+void addVerifyCommand(CLI::App& program);

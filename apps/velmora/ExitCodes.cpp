@@ -10,16 +10,17 @@ struct Row {
     char const* meaning;
 };
 
-constexpr std::array<Row, 10> kTable{{{kExitSuccess, "done"},
-                                      {kExitInternalError, "internal error, or out of memory"},
-                                      {kExitUsage, "the command line is not understood"},
-                                      {kExitMissingFile, "an input file cannot be opened"},
-                                      {kExitUnreadableImage, "a file is no image, or is damaged"},
-                                      {kExitRegionOutside, "the region does not lie in the picture"},
-                                      {kExitUnwritableOutput, "the output cannot be written"},
-                                      {kExitNoGlContext, "no OpenGL ES 3 context"},
-                                      {kExitBackendFailure, "the render backend reports a failure"},
-                                      {kExitInterrupted, "interrupted; no output is left behind"}}};
+constexpr std::array<Row, 10> kTable{
+    {{kExitSuccess, "done"},
+     {kExitInternalError, "internal error, out of memory, or verify found differences"},
+     {kExitUsage, "the command line is not understood"},
+     {kExitMissingFile, "an input file cannot be opened"},
+     {kExitUnreadableImage, "a file is no image, or is damaged"},
+     {kExitRegionOutside, "the region does not lie in the picture"},
+     {kExitUnwritableOutput, "the output cannot be written"},
+     {kExitNoGlContext, "no OpenGL ES 3 context"},
+     {kExitBackendFailure, "the render backend reports a failure"},
+     {kExitInterrupted, "interrupted; no output is left behind"}}};
 
 } // namespace
 
@@ -35,6 +36,8 @@ ExitCode exitCodeOf(HostError::Kind kind) {
         return kExitUnwritableOutput;
     case HostError::Kind::NoGlContext:
         return kExitNoGlContext;
+    case HostError::Kind::InexactGl:
+        return kExitInternalError;
     }
     return kExitInternalError;
 }

@@ -15,6 +15,7 @@ constexpr auto kExamples = R"(Examples:
   velmora render photo.tif -o view.png         draw an image, write what was drawn
   velmora render -o map.png -r 0,0,1920,1080   draw a part of the built-in picture
   velmora info                                 what the GL driver can do
+  velmora verify                               whether every filter is exact on it
   velmora render --help                        more about one command
 
 )";
@@ -36,6 +37,7 @@ int run(int argc, char** argv) {
     program.footer(kExamples + exitCodeTable());
     addRenderCommand(program);
     addInfoCommand(program);
+    addVerifyCommand(program);
     try {
         program.parse(argc, argv);
     } catch (CLI::ParseError const& error) {

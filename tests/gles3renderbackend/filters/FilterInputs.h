@@ -1,45 +1,31 @@
 #pragma once
 
-#include "reference/Layouts.h"
+#include "conformance/Inputs.h"
 
-#include <array>
-#include <cstdint>
+#include <cstdlib>
 
-/// What the filters are fed with in the tests. Seeds are fixed: every run sees the same images.
+/// What the filters are fed with in the tests.
 namespace filtertest {
 
-/// Where bytes, signs and clamps change over.
-constexpr std::array<std::int32_t, 18> kBoundaries = {-32768, -32767, -1024, -257, -256, -255, -3,   -1,   0,
-                                                      1,      3,      127,   128,  255,  256,  1023, 1024, 32767};
+using conformance::boundaryPlane;
+using conformance::boundaryTriples;
+using conformance::colours;
+using conformance::cropped;
+using conformance::everySample;
+using conformance::everySampleOfChannel;
+using conformance::everySampleThrice;
+using conformance::greySlope;
+using conformance::kBoundaries;
+using conformance::kColourParts;
+using conformance::randomColours;
+using conformance::randomPlane;
+using conformance::randomPlanes;
+using conformance::randomTexels;
+using reference::Texels;
 
 /// VELMORA_LONG in the environment: whole colour cubes instead of samples of them.
-bool isLongRun();
-
-reference::Texels randomTexels(int width, int height, std::uint32_t randomStart);
-/// Samples from first to last.
-reference::Plane randomPlane(int width, int height, std::uint32_t randomStart, std::int32_t first = -32768,
-                             std::int32_t last = 32767);
-reference::Planes3 randomPlanes(int width, int height, std::uint32_t randomStart, std::int32_t first = -32768,
-                                std::int32_t last = 32767);
-/// Random picks of kBoundaries.
-reference::Plane boundaryPlane(int width, int height, std::uint32_t randomStart);
-
-/// All 65536 values, 256 x 256.
-reference::Plane everySample();
-/// Every value in channel `channel`, random ones in the others.
-reference::Planes3 everySampleOfChannel(size_t channel, std::uint32_t randomStart);
-/// Every triple of kBoundaries.
-reference::Planes3 boundaryTriples();
-
-/// The part of 2^24 colours that starts at colour 2^16 * index, 256 x 256 RGBA texels with noise for alpha.
-reference::Texels colours(std::uint32_t index);
-constexpr std::uint32_t kColourParts = 256;
-/// As many random colours.
-reference::Texels randomColours(std::uint32_t randomStart);
-
-/// Columns and rows of one channel.
-reference::Plane cropped(reference::Plane const& plane, int x, int y, int width, int height);
-reference::Planes3 cropped(reference::Planes3 const& planes, int x, int y, int width, int height);
-using reference::Texels;
+inline bool isLongRun() {
+    return std::getenv("VELMORA_LONG") != nullptr;
+}
 
 } // namespace filtertest

@@ -55,10 +55,7 @@ TEST_F(Gles3Filter3x3Matrix16GLTest, IdentityLeavesEverySampleUnchanged) {
 
 // Rows of coefficients that keep every sum of three samples within 16384.
 TEST_F(Gles3Filter3x3Matrix16GLTest, EverySampleIsExactForMatricesOfEitherSign) {
-    // All samples in each channel, in three orders.
-    Planes3 pixels = {everySample(), everySample(), everySample()};
-    std::reverse(pixels[1].samples.begin(), pixels[1].samples.end());
-    std::rotate(pixels[2].samples.begin(), pixels[2].samples.begin() + 12345, pixels[2].samples.end());
+    Planes3 const pixels = everySampleThrice();
     for (Matrix3 const& matrix : {Matrix3{170, -1, 100, -171, 255, -200, 150, 256, 211},
                                   {-512, 0, 1, 0, 511, 0, 0, 1, -510},
                                   {1, 2, 3, 4, 5, 6, 7, 8, 9},

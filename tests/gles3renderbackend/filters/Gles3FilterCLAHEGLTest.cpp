@@ -7,7 +7,6 @@
 #include "tests/support/PixelMatchers.h"
 
 #include <cmath>
-#include <random>
 
 namespace {
 
@@ -22,18 +21,6 @@ FilterClaheParams clipLimit(double clip) {
     FilterClaheParams params;
     params.value = clip;
     return params;
-}
-
-/// Four 16-bit components a pixel: the first from -100 to 400 with a slope across, the others any.
-Texels picture(int width, int height, std::uint32_t randomStart) {
-    std::mt19937 random(randomStart);
-    std::vector<std::int16_t> samples(static_cast<size_t>(width) * static_cast<size_t>(height) * 4);
-    for (size_t i = 0; i < samples.size(); ++i) {
-        auto const x = static_cast<int>(i / 4 % static_cast<size_t>(width));
-        auto const grey = static_cast<int>(random() % 200) + 300 * x / width - 100;
-        samples[i] = static_cast<std::int16_t>(i % 4 == 0 ? grey : static_cast<int>(random() % 65536U) - 32768);
-    }
-    return packFourChannel16(samples, width, height);
 }
 
 /// What becomes of the rectangle as if it were an image of its own.
@@ -52,14 +39,14 @@ protected:
 };
 
 TEST_F(Gles3FilterCLAHEGLTest, FortyByFortyPixelsPassThroughUnchanged) {
-    Texels const texels = picture(40, 40, 1);
+    Texels const texels = greySlope(40, 40, 1);
     EXPECT_TRUE(rig.gives(description::filterCLAHE(), {rig.uploaded(texels, Layout::kThreeChannel16)}, texels,
                           Layout::kThreeChannel16, clipLimit(3.0)));
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, LessThan41PixelsInEitherDirectionPassThroughUnchanged) {
     for (auto const& [width, height] : {std::pair{40, 200}, {90, 40}, {1, 1}, {41, 39}}) {
-        Texels const texels = picture(width, height, 2);
+        Texels const texels = greySlope(width, height, 2);
         EXPECT_TRUE(rig.gives(description::filterCLAHE(), {rig.uploaded(texels, Layout::kThreeChannel16)}, texels,
                               Layout::kThreeChannel16, clipLimit(3.0)))
             << width << " x " << height;
@@ -67,7 +54,7 @@ TEST_F(Gles3FilterCLAHEGLTest, LessThan41PixelsInEitherDirectionPassThroughUncha
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, FortyOneByFortyOnePixelsUseTheTableOfTheOneFullRegion) {
-    Texels const texels = picture(41, 41, 3);
+    Texels const texels = greySlope(41, 41, 3);
     EXPECT_FALSE(equalised(texels, 3.0) == texels);
     EXPECT_TRUE(equalises(texels, 3.0));
 }
@@ -75,21 +62,21 @@ TEST_F(Gles3FilterCLAHEGLTest, FortyOneByFortyOnePixelsUseTheTableOfTheOneFullRe
 TEST_F(Gles3FilterCLAHEGLTest, ManySizesAndClipLimitsAreExact) {
     std::uint32_t randomStart = 10;
     for (auto const& [width, height] : {std::pair{41, 97}, {79, 80}, {121, 43}, {150, 161}, {299, 283}}) {
-        Texels const texels = picture(width, height, ++randomStart);
+        Texels const texels = greySlope(width, height, ++randomStart);
         for (double const clip : {0.5, 1.0, 3.0, 40.0})
             EXPECT_TRUE(equalises(texels, clip)) << width << " x " << height << ", clip limit " << clip;
     }
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, ClipLimitOfOneHalfBehavesAsOne) {
-    Texels const texels = picture(70, 60, 4);
+    Texels const texels = greySlope(70, 60, 4);
     EXPECT_TRUE(rig.gives(description::filterCLAHE(), {rig.uploaded(texels, Layout::kThreeChannel16)},
                           equalised(texels, 1.0), Layout::kThreeChannel16, clipLimit(0.5)));
 }
 
 // Just below 4 in double precision, 4 in single precision: 25 of 1600 pixels a bin instead of 24.
 TEST_F(Gles3FilterCLAHEGLTest, ClipLimitGoesThroughSinglePrecision) {
-    Texels const texels = picture(80, 60, 5);
+    Texels const texels = greySlope(80, 60, 5);
     ASSERT_FALSE(equalised(texels, 4.0) == equalised(texels, 3.99));
     EXPECT_TRUE(rig.gives(description::filterCLAHE(), {rig.uploaded(texels, Layout::kThreeChannel16)},
                           equalised(texels, 4.0), Layout::kThreeChannel16, clipLimit(std::nextafter(4.0, 0.0))));
@@ -101,7 +88,7 @@ TEST_F(Gles3FilterCLAHEGLTest, SamplesOutsideTheGreyValuesAreExact) {
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, OtherComponentsKeepEveryBit) {
-    Texels const texels = picture(64, 57, 7);
+    Texels const texels = greySlope(64, 57, 7);
     size_t const destination = rig.target(Layout::kThreeChannel16, 128, 57);
     rig.run(rig.instantiated(description::filterCLAHE()),
             {{{rig.uploaded(texels, Layout::kThreeChannel16), 0, 0, false}}, 64, 57}, destination, clipLimit(2.0));
@@ -127,7 +114,7 @@ TEST_F(Gles3FilterCLAHEGLTest, UniformImageGivesOneValue) {
 
 // The pixels left out are read and counted all the same.
 TEST_F(Gles3FilterCLAHEGLTest, BordersOfFortyAreCountedButNotWritten) {
-    Texels const texels = picture(170, 130, 8);
+    Texels const texels = greySlope(170, 130, 8);
     size_t const source = rig.uploaded(texels, Layout::kThreeChannel16);
     for (Borders const& borders : {Borders{40, 0, 0, 0}, {0, 0, 40, 0}, {40, 40, 40, 40}, {80, 5, 47, 9}}) {
         Texels const whole = equalised(texels, 3.0, borders.left >= 40 ? 40 : 0, borders.top >= 40 ? 40 : 0);
@@ -142,7 +129,7 @@ TEST_F(Gles3FilterCLAHEGLTest, BordersOfFortyAreCountedButNotWritten) {
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, BordersBelowFortyAreEqualisedAndLeftOut) {
-    Texels const texels = picture(95, 88, 9);
+    Texels const texels = greySlope(95, 88, 9);
     Texels const kept = cropped(equalised(texels, 3.0), 2 * 39, 39, 2 * (95 - 39), 88 - 39);
     FilterRun const run{{{rig.uploaded(texels, Layout::kThreeChannel16), 0, 0, false}}, 95, 88};
     EXPECT_TRUE(
@@ -150,7 +137,7 @@ TEST_F(Gles3FilterCLAHEGLTest, BordersBelowFortyAreEqualisedAndLeftOut) {
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, TilesCutAtRegionsAgreeWithTheWholePicture) {
-    Texels const texels = picture(240, 200, 20);
+    Texels const texels = greySlope(240, 200, 20);
     Texels const whole = equalised(texels, 3.0);
     size_t const source = rig.uploaded(texels, Layout::kThreeChannel16);
     FilterRun const run{{{source, 40, 40, false}}, 160, 120};
@@ -159,7 +146,7 @@ TEST_F(Gles3FilterCLAHEGLTest, TilesCutAtRegionsAgreeWithTheWholePicture) {
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, PartsLandAtAnyTexelOfTheDestination) {
-    Texels const texels = picture(90, 70, 11);
+    Texels const texels = greySlope(90, 70, 11);
     size_t const source = rig.uploaded(texels, Layout::kThreeChannel16);
     struct Row {
         size_t x;
@@ -180,14 +167,14 @@ TEST_F(Gles3FilterCLAHEGLTest, PartsLandAtAnyTexelOfTheDestination) {
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, WholeTextureIsReadFromItsFirstPixel) {
-    Texels const texels = picture(60, 50, 12);
+    Texels const texels = greySlope(60, 50, 12);
     FilterRun const run{{{rig.uploaded(texels, Layout::kThreeChannel16), 13, 9, true}}, 60, 50};
     EXPECT_TRUE(rig.givesWithin(description::filterCLAHE(), run, equalised(texels, 3.0), Layout::kThreeChannel16,
                                 clipLimit(3.0)));
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, WhatFallsBeyondTheDestinationIsLeftOut) {
-    Texels const texels = picture(60, 50, 13);
+    Texels const texels = greySlope(60, 50, 13);
     Texels const whole = equalised(texels, 3.0);
     size_t const source = rig.uploaded(texels, Layout::kThreeChannel16);
     Texels expected = randomTexels(40, 30, 14);
@@ -204,7 +191,7 @@ TEST_F(Gles3FilterCLAHEGLTest, WhatFallsBeyondTheDestinationIsLeftOut) {
 
 TEST_F(Gles3FilterCLAHEGLTest, ClipsThatLeaveNothingWriteNothing) {
     Texels const noise = randomTexels(20, 20, 15);
-    size_t const source = rig.uploaded(picture(50, 50, 16), Layout::kThreeChannel16);
+    size_t const source = rig.uploaded(greySlope(50, 50, 16), Layout::kThreeChannel16);
     size_t const destination = rig.uploaded(noise, Layout::kThreeChannel16);
     Filter const filter = rig.instantiated(description::filterCLAHE());
     for (std::array<size_t, 4> const& clip :
@@ -217,7 +204,7 @@ TEST_F(Gles3FilterCLAHEGLTest, ClipsThatLeaveNothingWriteNothing) {
 
 // The destination is drawn into afterwards: its framebuffer is as it was.
 TEST_F(Gles3FilterCLAHEGLTest, DestinationCanBeDrawnIntoAfterwards) {
-    Texels const texels = picture(50, 50, 17);
+    Texels const texels = greySlope(50, 50, 17);
     size_t const source = rig.uploaded(texels, Layout::kThreeChannel16);
     size_t const destination = rig.target(Layout::kThreeChannel16, 100, 50);
     FilterRun const run{{{source, 0, 0, false}}, 50, 50};
@@ -227,14 +214,14 @@ TEST_F(Gles3FilterCLAHEGLTest, DestinationCanBeDrawnIntoAfterwards) {
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, TargetMayBeSourceAndDestination) {
-    Texels const texels = picture(50, 45, 18);
+    Texels const texels = greySlope(50, 45, 18);
     size_t const target = rig.uploaded(texels, Layout::kThreeChannel16);
     rig.run(rig.instantiated(description::filterCLAHE()), {{{target, 0, 0, false}}, 50, 45}, target, clipLimit(3.0));
     EXPECT_TRUE(pixelsEqual(rig.read(target).bytes, equalised(texels, 3.0).bytes, 100));
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, TargetsOf64BitsHoldTheSamePixels) {
-    Texels const texels = picture(55, 47, 19);
+    Texels const texels = greySlope(55, 47, 19);
     size_t const source = rig.uploaded(texels, Layout::kThreeChannel16);
     auto const wide = [&] {
         return rig.instance()->createTarget({55, 47}, 64, false, RenderBackend::NEAREST, RenderBackend::RGBA32);
@@ -250,7 +237,7 @@ TEST_F(Gles3FilterCLAHEGLTest, TargetsOf64BitsHoldTheSamePixels) {
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, TargetsOfOtherLayoutsAreRefusedAsSourceAndAsDestination) {
-    Texels const noise = picture(50, 50, 21);
+    Texels const noise = greySlope(50, 50, 21);
     size_t const good = rig.uploaded(noise, Layout::kThreeChannel16);
     Filter const filter = rig.instantiated(description::filterCLAHE());
     for (size_t const wrong : {rig.target(Layout::kRgba8, 50, 50), rig.target(Layout::kRgb8, 50, 50),
@@ -267,8 +254,8 @@ TEST_F(Gles3FilterCLAHEGLTest, TargetsOfOtherLayoutsAreRefusedAsSourceAndAsDesti
 }
 
 TEST_F(Gles3FilterCLAHEGLTest, RecordOfAnotherFilterIsRefusedAndNothingIsWritten) {
-    Texels const noise = picture(50, 50, 22);
-    size_t const source = rig.uploaded(picture(50, 50, 23), Layout::kThreeChannel16);
+    Texels const noise = greySlope(50, 50, 22);
+    size_t const source = rig.uploaded(greySlope(50, 50, 23), Layout::kThreeChannel16);
     size_t const destination = rig.uploaded(noise, Layout::kThreeChannel16);
     Filter const filter = rig.instantiated(description::filterCLAHE());
     for (auto const& params : {std::make_shared<SingleFilterParameters>(),

@@ -20,14 +20,6 @@ using reference::tableLookup8;
 
 using Params = FilterLinear16TosRGB8Params;
 
-/// All 65536 samples in each channel, in three orders.
-Planes3 everySampleThrice() {
-    Planes3 planes = {everySample(), everySample(), everySample()};
-    std::reverse(planes[1].samples.begin(), planes[1].samples.end());
-    std::rotate(planes[2].samples.begin(), planes[2].samples.begin() + 12345, planes[2].samples.end());
-    return planes;
-}
-
 struct Curve {
     double gamma;
     std::uint64_t black;

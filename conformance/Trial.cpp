@@ -1,0 +1,60 @@
+#include "conformance/Trial.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace conformance {
+
+namespace {
+
+constexpr std::size_t kTexelBytes = 4;
+
+std::string placeOf(std::size_t byte, Comparison const& comparison) {
+    std::size_t const texel = byte / kTexelBytes;
+    auto const width = static_cast<std::size_t>(comparison.expected.width);
+    return "byte " + std::to_string(byte % kTexelBytes) + " of texel (" + std::to_string(texel % width) + ", " +
+           std::to_string(texel / width) + ") is " + std::to_string(comparison.actual.bytes[byte]) + ", not " +
+           std::to_string(comparison.expected.bytes[byte]);
+}
+
+} // namespace
+
+Trial::Trial(FilterRunner& runner, bool full) : runner_(runner), full_(full) {}
+
+Trial::~Trial() {
+    runner_.eraseTargets();
+    for (Filter& filter : filters_)
+        runner_.instance()->destroyFilterInstance(filter);
+}
+
+Filter Trial::prepared(Filter const& description) {
+    filters_.push_back(runner_.instantiated(description));
+    return filters_.back();
+}
+
+void Trial::expect(Filter const& filter, std::vector<std::size_t> const& sources, reference::Texels const& expected,
+                   Layout layout, SingleFilterParameters const& params) {
+    count(runner_.compare(filter, runner_.wholeRun(sources), expected, layout, params), layout);
+    runner_.eraseTargets();
+}
+
+void Trial::expectWithin(Filter const& filter, FilterRun const& run, reference::Texels const& expected, Layout layout,
+                         SingleFilterParameters const& params) {
+    count(runner_.compareWithin(filter, run, expected, layout, params), layout);
+    runner_.eraseTargets();
+}
+
+void Trial::count(Comparison const& comparison, Layout layout) {
+    ++comparisons_;
+    reference::Texels const& expected = comparison.expected;
+    if (comparison.actual.bytes.size() != expected.bytes.size())
+        throw std::logic_error("the backend returned a picture of another size");
+    tally_.pixels += logicalWidth(layout, expected.width) * static_cast<std::size_t>(expected.height);
+    for (std::size_t i = 0; i < expected.bytes.size(); ++i) {
+        if (comparison.actual.bytes[i] == expected.bytes[i]) continue;
+        if (tally_.differingBytes++ == 0)
+            tally_.firstDifference = "picture " + std::to_string(comparisons_) + ": " + placeOf(i, comparison);
+    }
+}
+
+} // namespace conformance

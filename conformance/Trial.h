@@ -1,0 +1,51 @@
+#pragma once
+
+#include "conformance/FilterRunner.h"
+
+#include <cstdint>
+#include <string>
+
+namespace conformance {
+
+/// What was found of one filter.
+struct Tally {
+    std::uint64_t pixels = 0;         ///< output pixels that were compared
+    std::uint64_t differingBytes = 0; ///< of them; a texel has four
+    std::string firstDifference;      ///< where the first one lies, for a person; empty where there is none
+};
+
+/// One filter's trial: runs it, and counts the bytes that differ from what a plain integer model gives.
+class Trial {
+public:
+    /// full: the exhaustive sets instead of samples of them.
+    Trial(FilterRunner& runner, bool full);
+    ~Trial();
+
+    Trial(Trial const&) = delete;
+    Trial& operator=(Trial const&) = delete;
+
+    bool full() const { return full_; }
+    FilterRunner& runner() { return runner_; }
+    Tally const& tally() const { return tally_; }
+
+    /// The filter with its program; the trial gives it back.
+    Filter prepared(Filter const& description);
+
+    /// Over all of the sources, into a destination of just the expected size. Gives back every target made so far.
+    void expect(Filter const& filter, std::vector<std::size_t> const& sources, reference::Texels const& expected,
+                Layout layout, SingleFilterParameters const& params = {});
+    /// A part into a place of a larger destination: what lies around must stay as it is.
+    void expectWithin(Filter const& filter, FilterRun const& run, reference::Texels const& expected, Layout layout,
+                      SingleFilterParameters const& params = {});
+    /// Counts what differs; for results that do not come from executeFilter.
+    void count(Comparison const& comparison, Layout layout);
+
+private:
+    FilterRunner& runner_;
+    bool full_;
+    std::vector<Filter> filters_;
+    std::uint64_t comparisons_ = 0;
+    Tally tally_;
+};
+
+} // namespace conformance

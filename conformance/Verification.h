@@ -1,0 +1,35 @@
+#pragma once
+
+#include "conformance/Trial.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class RenderBackendInstance;
+
+namespace conformance {
+
+/// How one filter did.
+struct Outcome {
+    std::string filter;
+    Tally tally;
+    std::string failure; ///< what the backend reported where the filter could not be run to the end; else empty
+    double seconds = 0.0;
+
+    bool exact() const { return tally.differingBytes == 0 && failure.empty(); }
+};
+
+/// Called before each filter: its name, how many are done, how many there are. May throw to stop.
+using VerificationProgress = std::function<void(std::string const& filter, std::size_t done, std::size_t total)>;
+
+/// Runs every built-in filter name against its plain integer model, in the order in which the backend registers them.
+/// full: the exhaustive sets, all 2^24 colours for the colour transforms; else samples of them. A filter that the
+/// backend cannot run is an outcome like another. GL thread only; uses targets and tile ids of the instance and gives
+/// them back.
+std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, bool full,
+                            VerificationProgress const& progress);
+
+} // namespace conformance

@@ -1,0 +1,53 @@
+#include "conformance/Trial.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace {
+
+using conformance::Layout;
+using conformance::Trial;
+using reference::Texels;
+
+class TrialTest : public ::testing::Test {
+protected:
+    // Counting needs no instance, and there is none.
+    conformance::FilterRunner runner_{nullptr};
+    Trial trial_{runner_, false};
+    Texels const picture_{2, 2, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}};
+};
+
+TEST_F(TrialTest, EqualPicturesHaveNoDifference) {
+    trial_.count({picture_, picture_}, Layout::kRgba8);
+    EXPECT_EQ(trial_.tally().pixels, 4U);
+    EXPECT_EQ(trial_.tally().differingBytes, 0U);
+    EXPECT_EQ(trial_.tally().firstDifference, "");
+}
+
+TEST_F(TrialTest, EveryDifferingByteCountsAndTheFirstIsNamed) {
+    Texels other = picture_;
+    other.bytes[6] = 77;
+    other.bytes[15] = 0;
+    trial_.count({picture_, picture_}, Layout::kRgba8);
+    trial_.count({other, picture_}, Layout::kRgba8);
+    EXPECT_EQ(trial_.tally().pixels, 8U);
+    EXPECT_EQ(trial_.tally().differingBytes, 2U);
+    EXPECT_EQ(trial_.tally().firstDifference, "picture 2: byte 2 of texel (1, 0) is 77, not 7");
+    trial_.count({other, picture_}, Layout::kRgba8);
+    EXPECT_EQ(trial_.tally().differingBytes, 4U);
+    EXPECT_EQ(trial_.tally().firstDifference, "picture 2: byte 2 of texel (1, 0) is 77, not 7");
+}
+
+TEST_F(TrialTest, PixelsAreThoseOfTheLayout) {
+    trial_.count({picture_, picture_}, Layout::kOneChannel16);
+    EXPECT_EQ(trial_.tally().pixels, 8U);
+    trial_.count({picture_, picture_}, Layout::kThreeChannel16);
+    EXPECT_EQ(trial_.tally().pixels, 10U);
+}
+
+TEST_F(TrialTest, PictureOfAnotherSizeIsNoDifferenceButAnError) {
+    EXPECT_THROW(trial_.count({Texels(1, 2), picture_}, Layout::kRgba8), std::logic_error);
+}
+
+} // namespace
