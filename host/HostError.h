@@ -14,6 +14,7 @@ public:
         UnwritableOutput,
         NoGlContext,
         InexactGl,
+        TooManySteps,
     };
 
     /// Line feeds in `text`, which messages of other libraries may hold, become "; ".

@@ -96,9 +96,10 @@ VImage toDisplayColour(VImage const& image) {
     return shown.cast(VIPS_FORMAT_UCHAR);
 }
 
-VImage to8Bit(VImage const& image) {
+VImage shownSamples(VImage const& image, ImageReader::Samples samples) {
     bool const plain = image.coding() == VIPS_CODING_NONE && isPlainColour(image.interpretation());
     if (plain && image.format() == VIPS_FORMAT_UCHAR) return image;
+    if (plain && image.format() == VIPS_FORMAT_USHORT && samples == ImageReader::Samples::kAsStored) return image;
     // A shifting cast, not vips_colourspace: that one rounds on its way through other spaces.
     if (plain && image.format() == VIPS_FORMAT_USHORT)
         return image.cast(VIPS_FORMAT_UCHAR, VImage::option()->set("shift", true));
@@ -125,12 +126,12 @@ struct ImageReader::State {
     VRegion region;
 };
 
-ImageReader::ImageReader(std::string const& path) {
+ImageReader::ImageReader(std::string const& path, Samples samples) {
     requireFile(path);
     startVips();
     try {
         VImage const native = open(path);
-        VImage const image = shownBands(to8Bit(native));
+        VImage const image = shownBands(shownSamples(native, samples));
         state_ = std::make_unique<State>(State{path, describe(native), image, VRegion::new_from_image(image)});
     } catch (VError const& error) {
         throw unreadable(path, error);
@@ -151,12 +152,16 @@ size_t ImageReader::bands() const {
     return static_cast<size_t>(state_->image.bands());
 }
 
+size_t ImageReader::sampleBytes() const {
+    return state_->image.format() == VIPS_FORMAT_USHORT ? 2 : 1;
+}
+
 std::string ImageReader::description() const {
     return state_->description;
 }
 
 void ImageReader::readInto(Region const& region, std::uint8_t* pixels) {
-    size_t const rowBytes = region.width * bands();
+    size_t const rowBytes = region.width * bands() * sampleBytes();
     int const x = static_cast<int>(region.x);
     int const width = static_cast<int>(region.width);
     try {

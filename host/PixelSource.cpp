@@ -9,6 +9,6 @@ void PixelSource::read(Region const& region, std::vector<std::uint8_t>& pixels) 
         throw HostError(HostError::Kind::RegionOutside, "the region " + toText(region) + " leaves the picture of " +
                                                             std::to_string(width()) + " x " + std::to_string(height()) +
                                                             " pixels; choose one inside");
-    pixels.resize(region.width * region.height * bands());
+    pixels.resize(region.width * region.height * bands() * sampleBytes());
     readInto(region, pixels.data());
 }

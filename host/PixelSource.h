@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// A picture of 8-bit samples that is read region by region, so that it need not fit in memory.
+/// A picture of 8- or 16-bit samples that is read region by region, so that it need not fit in memory.
 class PixelSource {
 public:
     PixelSource() = default;
@@ -21,11 +21,13 @@ public:
     virtual size_t height() const = 0;
     /// Samples of a pixel: 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA.
     virtual size_t bands() const = 0;
+    /// Bytes of a sample: 1, or 2 in the machine's byte order.
+    virtual size_t sampleBytes() const { return 1; }
     /// What the picture is, for a person: "RGB, 8 bits a sample".
     virtual std::string description() const = 0;
 
-    /// Puts the region's pixels into `pixels`, interleaved, rows tightly packed from the top: width * height * bands()
-    /// bytes. Regions are read from the top of the picture down; going back up may throw. Throws HostError where the
+    /// Puts the region's pixels into `pixels`, interleaved, rows tightly packed from the top: width * height * bands() *
+    /// sampleBytes() bytes. Regions are read from the top of the picture down; going back up may throw. Throws HostError where the
     /// region does not lie in the picture, and where the picture cannot be read; what `pixels` holds is then unspecified.
     void read(Region const& region, std::vector<std::uint8_t>& pixels);
 

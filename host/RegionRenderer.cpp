@@ -1,18 +1,20 @@
 #include "host/RegionRenderer.h"
 
+#include "host/FilterDescriptions.h"
+#include "host/PixelBands.h"
 #include "host/PixelSource.h"
 #include "renderbackend/Filter.h"
 #include "renderbackend/RenderBackendInstance.h"
 
 #include <algorithm>
-#include <cstring>
 #include <stdexcept>
 
 namespace {
 
+using pixelbands::kTexelBytes;
+
 // Enough rows that a strip is worth its draw and read-back calls, few enough that progress is seen to move.
 constexpr size_t kPreferredStripRows = 512;
-constexpr size_t kTexelBytes = 4;
 constexpr size_t kTexelBits = 32;
 
 struct TileSize {
@@ -21,8 +23,7 @@ struct TileSize {
 };
 
 Filter blitFilter(size_t components) {
-    std::string const name = components == 4 ? "BlitFilter4x8" : "BlitFilter3x8";
-    return Filter(name, 0, 0, 0, 0, 0, 1, 0, 1, 1, 1, 1, 1, 1, RenderBackend::NEAREST);
+    return components == 4 ? description::blitFilter4x8() : description::blitFilter3x8();
 }
 
 // One picture's way through the backend: owns the filter's program, the target and the tiles of the block in work.
@@ -31,7 +32,7 @@ public:
     Drawing(RenderBackendInstance& instance, size_t bands, TileSize tile, size_t width, size_t height)
         : instance_(instance),
           bands_(bands),
-          components_(bands == 2 || bands == 4 ? 4 : 3),
+          components_(pixelbands::components(bands)),
           tile_(tile),
           filter_(blitFilter(components_)) {
         instance_.createFilterInstance(filter_);
@@ -87,36 +88,12 @@ private:
         for (size_t y = y0; y < y1; ++y) {
             std::uint8_t const* const from = &pixels[((y - strip.y) * strip.width + (x0 - strip.x)) * bands_];
             std::uint8_t* const to = &tilePixels_[((y - top) * tile_.width + (x0 - left)) * components_];
-            widen(from, to, x1 - x0);
+            pixelbands::widen(from, bands_, to, x1 - x0);
         }
         size_t const id = tiles_++;
         instance_.setTile(id, tilePixels_, {tile_.width, tile_.height, components_}, 0);
         // A tile that was evicted before it is drawn would be drawn black.
         instance_.lockTile(id);
-    }
-
-    // Grey goes to the backend as RGB, grey with alpha as RGBA.
-    void widen(std::uint8_t const* from, std::uint8_t* to, size_t count) const {
-        if (bands_ == components_) {
-            std::memcpy(to, from, count * components_);
-            return;
-        }
-        for (size_t i = 0; i < count; ++i, from += bands_, to += components_) {
-            to[0] = to[1] = to[2] = from[0];
-            if (bands_ == 2) to[3] = from[1];
-        }
-    }
-
-    void narrow(std::uint8_t const* from, std::uint8_t* to, size_t count) const {
-        for (size_t i = 0; i < count; ++i, from += kTexelBytes, to += bands_) {
-            to[0] = from[0];
-            if (bands_ == 2) to[1] = from[3];
-            if (bands_ >= 3) {
-                to[1] = from[1];
-                to[2] = from[2];
-            }
-            if (bands_ == 4) to[3] = from[3];
-        }
     }
 
     // The first row drawn is the lowest of the GL surface, which is the first that getPixels delivers: no flip.
@@ -127,8 +104,8 @@ private:
             instance_.getPixels(texels_.data(), texels_.size(), target_, {0, block.width, 0, block.height});
         if (written != bytes) throw std::logic_error("the backend returned a picture of another size");
         for (size_t row = 0; row < block.height; ++row)
-            narrow(&texels_[row * block.width * kTexelBytes], &out[(row * strip.width + block.x - strip.x) * bands_],
-                   block.width);
+            pixelbands::narrow(&texels_[row * block.width * kTexelBytes],
+                               &out[(row * strip.width + block.x - strip.x) * bands_], bands_, block.width);
     }
 
     RenderBackendInstance& instance_;

@@ -68,7 +68,8 @@ public:
 
     /// Stores a tile. size: {width, height, components}; 3 and 4 components are 8-bit RGB and RGBA, 1 component is one
     /// 16-bit sample a pixel, little-endian, on an RGBA32 instance only. Reading starts at byte `offset` of pixels; an
-    /// empty vector allocates the texture without filling it.
+    /// empty vector allocates the texture without filling it. Where the tile is stored already with a texture larger in
+    /// both directions, the pixels go into its upper left corner: erase the tile first.
     virtual void setTile(size_t tile, std::vector<unsigned char> const& pixels, std::vector<size_t> const& size,
                          size_t offset) = 0;
     /// Whether the tile is in the cache.

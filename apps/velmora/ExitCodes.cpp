@@ -36,6 +36,8 @@ ExitCode exitCodeOf(HostError::Kind kind) {
         return kExitUnwritableOutput;
     case HostError::Kind::NoGlContext:
         return kExitNoGlContext;
+    case HostError::Kind::TooManySteps:
+        return kExitUsage;
     case HostError::Kind::InexactGl:
         return kExitInternalError;
     }

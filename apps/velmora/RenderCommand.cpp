@@ -2,6 +2,7 @@
 #include "apps/velmora/Interruption.h"
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/BuiltInPicture.h"
+#include "host/EnhancedRenderer.h"
 #include "host/HostError.h"
 #include "host/ImageReader.h"
 #include "host/PngWriter.h"
@@ -10,12 +11,16 @@
 #include "host/SurfacelessContext.h"
 #include "renderbackend/RenderBackendInstance.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -24,18 +29,25 @@ constexpr size_t kTileBudgetBytes = 256 * 1000 * 1000;
 constexpr auto kExamples = R"(Examples:
   velmora render -o map.png -r 9900,4300,1024,768   a part of the built-in picture
   velmora render slide.tif -o view.png              the whole image
-  velmora render slide.tif -o view.png -r 8000,6000,1920,1080 --tile 512)";
+  velmora render slide.tif -o view.png -r 8000,6000,1920,1080 --tile 512
+  velmora render scan16.tif -o view.png --gamma 2.2,300,9000 --sharpen 1
+
+Filters run one after the other in the order given, each as often as it is given. A picture of
+16 bits ends in 8. A region is that part of the whole picture enhanced. Alpha stays as it is.)";
 
 struct Options {
     std::string image;
     std::string output;
     std::string region;
     size_t tileSize = 256;
+    std::vector<enhancement::Step> steps;
 };
 
 std::unique_ptr<PixelSource> openSource(Options const& options) {
     if (options.image.empty()) return std::make_unique<BuiltInPicture>();
-    return std::make_unique<ImageReader>(options.image);
+    // Without a filter 16 bits are shown as they are: their upper byte.
+    return std::make_unique<ImageReader>(options.image, options.steps.empty() ? ImageReader::Samples::kEightBits
+                                                                              : ImageReader::Samples::kAsStored);
 }
 
 Region chosenRegion(Options const& options, PixelSource const& source) {
@@ -53,10 +65,10 @@ void render(Options const& options) {
     auto const source = openSource(options);
     Region const region = chosenRegion(options, *source);
     // Before the context: an output that cannot be written is known at once.
-    PngWriter png(options.output, region.width, region.height, source->bands());
+    PngWriter png(options.output, region.width, region.height, EnhancedRenderer::bandsOf(*source, options.steps));
     SurfacelessContext context;
     Gles3RenderBackend backend(RenderBackend::RGBA32, kTileBudgetBytes);
-    RegionRenderer renderer(backend.createInstance(context), options.tileSize);
+    auto const instance = backend.createInstance(context);
 
     auto const start = std::chrono::steady_clock::now();
     {
@@ -65,8 +77,11 @@ void render(Options const& options) {
             interruption::throwIfNoted();
             bar.update(done, total);
         };
-        renderer.render(
-            *source, region, [&png](std::uint8_t const* rows, size_t count) { png.writeRows(rows, count); }, progress);
+        auto const write = [&png](std::uint8_t const* rows, size_t count) { png.writeRows(rows, count); };
+        if (options.steps.empty())
+            RegionRenderer(instance, options.tileSize).render(*source, region, write, progress);
+        else
+            EnhancedRenderer(instance, options.steps).render(*source, region, write, progress);
         interruption::throwIfNoted();
         png.finish();
     }
@@ -85,6 +100,75 @@ std::string checkRegion(std::string const& text) {
     return "";
 }
 
+// A filter of the command line: its name, its text's form, what becomes of the text.
+struct FilterOption {
+    char const* name;
+    char const* form;
+    char const* help;
+    enhancement::Step (*parse)(std::string const& text);
+};
+
+enhancement::Step parseSrgb(std::string const&) {
+    return enhancement::LinearToSrgb();
+}
+
+template <auto parse>
+enhancement::Step parsed(std::string const& text) {
+    return parse(text);
+}
+
+constexpr std::array<FilterOption, 6> kFilters = {{
+    {"--sharpen", "G", "Unsharp mask of gain G; on 16 bits whole gains only", parsed<enhancement::parseSharpen>},
+    {"--matrix", "M1,...,M9[,S]", "Colour matrix, row by row (M1 M2 M3 make red), times strength S",
+     parsed<enhancement::parseColourMatrix>},
+    {"--gamma", "G,BLACK,WHITE",
+     "Tone curve; the points are codes of a 16-bit file, or 4096 codes of linear light, white 3500",
+     parsed<enhancement::parseGamma>},
+    {"--srgb", "", "Linear samples to sRGB", parseSrgb},
+    {"--clahe", "CLIP", "Contrast-limited adaptive equalisation of the luma, CLIP 1 or more",
+     parsed<enhancement::parseEqualise>},
+    {"--truncate", "BITS[,round]", "Cut off the lower BITS bits, or put them in the middle of their range",
+     parsed<enhancement::parseTruncate>},
+}};
+
+std::string checkFilter(FilterOption const& filter, std::string const& text) {
+    try {
+        filter.parse(text);
+    } catch (std::invalid_argument const& error) {
+        return error.what();
+    }
+    return "";
+}
+
+void addFilterOptions(CLI::App& command) {
+    for (FilterOption const& filter : kFilters) {
+        if (*filter.form == '\0') {
+            command.add_flag(filter.name, filter.help)->group("Filters");
+            continue;
+        }
+        command.add_option(filter.name, filter.help)
+            ->type_name(filter.form)
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->check([&filter](std::string const& text) { return checkFilter(filter, text); })
+            ->group("Filters");
+    }
+}
+
+// In the order in which the command line gives them.
+std::vector<enhancement::Step> stepsOf(CLI::App const& command) {
+    std::map<CLI::Option const*, size_t> used;
+    std::vector<enhancement::Step> steps;
+    for (CLI::Option const* const option : command.parse_order()) {
+        auto const* const filter = std::find_if(kFilters.begin(), kFilters.end(),
+                                                [=](FilterOption const& one) { return option->check_name(one.name); });
+        if (filter == kFilters.end()) continue;
+        size_t const occurrence = used[option]++;
+        steps.push_back(filter->parse(option->results().at(occurrence)));
+    }
+    return steps;
+}
+
 } // namespace
 
 void addRenderCommand(CLI::App& program) {
@@ -101,5 +185,9 @@ void addRenderCommand(CLI::App& program) {
         ->capture_default_str()
         ->type_name("PIXELS")
         ->check(CLI::Range(RegionRenderer::kMinTileSize, RegionRenderer::kMaxTileSize));
-    command->callback([options] { render(*options); });
+    addFilterOptions(*command);
+    command->callback([options, command] {
+        options->steps = stepsOf(*command);
+        render(*options);
+    });
 }

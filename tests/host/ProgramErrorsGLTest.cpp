@@ -47,6 +47,16 @@ TEST_F(ProgramErrorsGLTest, WrongUsageIsExitCode2) {
     expectFailure(runVelmora({"render", image_, "-o", view(), "--tile", "15"}), 2, {"--tile", "16"});
     expectFailure(runVelmora({"render", image_, "-o", view(), "--tile", "2049"}), 2, {"--tile", "2048"});
     expectFailure(runVelmora({"render", image_, "-o", view(), "--tile", "-1"}), 2, {"--tile"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "--sharpen", "much"}), 2, {"--sharpen", "much", "gain"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "--matrix", "1,2"}), 2, {"--matrix", "nine numbers"});
+    expectFailure(runVelmora({"render", image_, "-o", view(), "--clahe"}), 2, {"--clahe"});
+}
+
+TEST_F(ProgramErrorsGLTest, MoreFiltersThanAPartHasRoomForIsExitCode2) {
+    std::vector<std::string> words = {"render", image_, "-o", view()};
+    for (int i = 0; i < 7; ++i)
+        words.insert(words.end(), {"--clahe", "2"});
+    expectFailure(runVelmora(words), 2, {"7 enhancements", "fewer --clahe"});
 }
 
 TEST_F(ProgramErrorsGLTest, AMissingFileIsExitCode3) {

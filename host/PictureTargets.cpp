@@ -1,0 +1,128 @@
+#include "host/PictureTargets.h"
+
+#include "host/FilterDescriptions.h"
+
+#include <stdexcept>
+
+namespace {
+
+using Layout = PictureTargets::Layout;
+
+constexpr std::size_t kTile = 0;
+constexpr std::size_t kRgbaBits = 32;
+constexpr std::size_t kPlaneBits = 16;
+constexpr std::size_t kDeepBits = 48;
+
+std::size_t bitsOf(Layout layout) {
+    if (layout == Layout::kPlane) return kPlaneBits;
+    return layout == Layout::kDeep ? kDeepBits : kRgbaBits;
+}
+
+} // namespace
+
+OwnedTarget::OwnedTarget(std::shared_ptr<RenderBackendInstance> instance, std::size_t id)
+    : instance_(std::move(instance)), id_(id) {}
+
+OwnedTarget::OwnedTarget(OwnedTarget&& other) noexcept : instance_(std::move(other.instance_)), id_(other.id_) {}
+
+OwnedTarget& OwnedTarget::operator=(OwnedTarget&& other) noexcept {
+    std::swap(instance_, other.instance_);
+    std::swap(id_, other.id_);
+    return *this;
+}
+
+OwnedTarget::~OwnedTarget() {
+    if (instance_) instance_->eraseTarget(id_);
+}
+
+PictureTargets::PictureTargets(std::shared_ptr<RenderBackendInstance> instance) : instance_(std::move(instance)) {}
+
+PictureTargets::~PictureTargets() {
+    instance_->clearTargets();
+    for (auto& filter : filters_)
+        instance_->destroyFilterInstance(filter.second);
+}
+
+OwnedTarget PictureTargets::target(Layout layout, Size const& size) const {
+    return {instance_, instance_->createTarget({size.width, size.height}, bitsOf(layout), false, RenderBackend::NEAREST,
+                                               RenderBackend::RGBA32)};
+}
+
+OwnedTarget PictureTargets::uploaded(Layout layout, Size const& size, std::vector<unsigned char> const& pixels) {
+    std::size_t const components = layout == Layout::kPlane ? 1 : 4;
+    instance_->setTile(kTile, pixels, {size.width, size.height, components}, 0);
+    OwnedTarget result = target(layout, size);
+    std::vector<std::size_t> const whole = {0, size.width - 1, 0, size.height - 1};
+    instance_->drawTiles(result.id(), copyOf(layout), whole, whole, {size.width, size.height}, {{0, 0}}, {kTile},
+                         {0, 0});
+    // A smaller tile would be written into a corner of this one's texture.
+    instance_->eraseTile(kTile);
+    return result;
+}
+
+std::vector<unsigned char> PictureTargets::read(OwnedTarget const& target, Layout layout, Size const& size) const {
+    std::vector<unsigned char> texels(size.width * size.height * (layout == Layout::kDeep ? 8 : 4));
+    std::size_t const written =
+        instance_->getPixels(texels.data(), texels.size(), target.id(), {0, size.width, 0, size.height});
+    if (written != texels.size()) throw std::logic_error("the backend returned a picture of another size");
+    return texels;
+}
+
+Filter const& PictureTargets::prepared(Filter const& description) {
+    auto const key = std::make_pair(description.name(), description.bitDepthIn());
+    auto found = filters_.find(key);
+    if (found == filters_.end()) {
+        Filter filter = description;
+        instance_->createFilterInstance(filter);
+        found = filters_.emplace(key, filter).first;
+    }
+    return found->second;
+}
+
+void PictureTargets::run(Filter const& filter, std::vector<FilterSource> const& sources, Size const& input,
+                         OwnedTarget const& destination, SingleFilterParameters const& params) const {
+    instance_->executeFilter(filter, sources, input.width, input.height, destination.id(), 0, 0, 0, 0, params, {0, 0});
+}
+
+Filter const& PictureTargets::copyOf(Layout layout) {
+    if (layout == Layout::kPlane) return prepared(description::blitFilter1x16());
+    return prepared(layout == Layout::kDeep ? description::blitFilter3x16() : description::blitFilter4x8());
+}
+
+// x and y count pixels of the destination.
+void PictureTargets::copy(Layout layout, OwnedTarget const& from, Region const& part, OwnedTarget const& to,
+                          std::size_t x, std::size_t y) {
+    std::size_t const texelsPerPixel = layout == Layout::kDeep ? 2 : 1;
+    instance_->executeFilter(copyOf(layout), {{from.id(), part.x, part.y, false}}, part.width, part.height, to.id(), 0,
+                             0, 0, 0, {}, {texelsPerPixel * x, y});
+}
+
+OwnedTarget PictureTargets::widened(OwnedTarget const& target, Layout layout, Size const& size, Sides const& sides) {
+    OwnedTarget result = this->target(layout, {size.width + sides.left + sides.right, size.height});
+    copy(layout, target, {0, 0, size.width, size.height}, result, sides.left, 0);
+    for (std::size_t i = 0; i < sides.left; ++i)
+        copy(layout, target, {0, 0, 1, size.height}, result, i, 0);
+    for (std::size_t i = 0; i < sides.right; ++i)
+        copy(layout, target, {size.width - 1, 0, 1, size.height}, result, sides.left + size.width + i, 0);
+    return result;
+}
+
+OwnedTarget PictureTargets::heightened(OwnedTarget const& target, Layout layout, Size const& size, Sides const& sides) {
+    OwnedTarget result = this->target(layout, {size.width, size.height + sides.top + sides.bottom});
+    copy(layout, target, {0, 0, size.width, size.height}, result, 0, sides.top);
+    for (std::size_t i = 0; i < sides.top; ++i)
+        copy(layout, target, {0, 0, size.width, 1}, result, 0, i);
+    for (std::size_t i = 0; i < sides.bottom; ++i)
+        copy(layout, target, {0, size.height - 1, size.width, 1}, result, 0, sides.top + size.height + i);
+    return result;
+}
+
+OwnedTarget PictureTargets::extended(OwnedTarget target, Layout layout, Size const& size, Sides const& sides) {
+    Size wide = size;
+    if (sides.left + sides.right > 0) {
+        target = widened(target, layout, size, sides);
+        wide.width += sides.left + sides.right;
+    }
+    if (sides.top + sides.bottom > 0) target = heightened(target, layout, wide, sides);
+    return target;
+}

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "host/Region.h"
+#include "renderbackend/Filter.h"
+#include "renderbackend/FilterSource.h"
+#include "renderbackend/RenderBackendInstance.h"
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// A target of the backend that is given back when its owner goes.
+class OwnedTarget {
+public:
+    OwnedTarget(std::shared_ptr<RenderBackendInstance> instance, std::size_t id);
+    OwnedTarget(OwnedTarget&& other) noexcept;
+    OwnedTarget& operator=(OwnedTarget&& other) noexcept;
+    ~OwnedTarget();
+
+    std::size_t id() const { return id_; }
+
+private:
+    std::shared_ptr<RenderBackendInstance> instance_; // empty: moved from
+    std::size_t id_;
+};
+
+/// Parts of pictures in targets of the backend: into them, out of them, and filters between them. Sizes count pixels.
+/// GL thread only. Throws VelmoraException. Uses the tile id 0.
+class PictureTargets {
+public:
+    enum class Layout {
+        kRgba8, ///< one pixel a texel
+        kPlane, ///< one 16-bit channel, two pixels a texel; widths are even
+        kDeep   ///< three 16-bit channels, one pixel in two texels
+    };
+
+    struct Size {
+        std::size_t width;
+        std::size_t height;
+    };
+
+    explicit PictureTargets(std::shared_ptr<RenderBackendInstance> instance);
+    ~PictureTargets();
+
+    PictureTargets(PictureTargets const&) = delete;
+    PictureTargets& operator=(PictureTargets const&) = delete;
+
+    /// What it holds is unspecified.
+    OwnedTarget target(Layout layout, Size const& size) const;
+    /// Width * height pixels of `layout`, rows tightly packed: RGBA bytes, or little-endian samples of a plane.
+    OwnedTarget uploaded(Layout layout, Size const& size, std::vector<unsigned char> const& pixels);
+    /// The texels' bytes, rows from the top.
+    std::vector<unsigned char> read(OwnedTarget const& target, Layout layout, Size const& size) const;
+
+    /// The filter with its program, made at the first use and kept.
+    Filter const& prepared(Filter const& description);
+    /// Runs a prepared filter over inputs of `input` pixels into the upper left corner of the destination.
+    void run(Filter const& filter, std::vector<FilterSource> const& sources, Size const& input,
+             OwnedTarget const& destination, SingleFilterParameters const& params = {}) const;
+
+    /// Pixels to add at each side.
+    struct Sides {
+        std::size_t left = 0;
+        std::size_t right = 0;
+        std::size_t top = 0;
+        std::size_t bottom = 0;
+    };
+    /// The picture with its edge pixels repeated beyond its sides; kRgba8 and kDeep.
+    OwnedTarget extended(OwnedTarget target, Layout layout, Size const& size, Sides const& sides);
+
+private:
+    Filter const& copyOf(Layout layout);
+    void copy(Layout layout, OwnedTarget const& from, Region const& part, OwnedTarget const& to, std::size_t x,
+              std::size_t y);
+    OwnedTarget widened(OwnedTarget const& target, Layout layout, Size const& size, Sides const& sides);
+    OwnedTarget heightened(OwnedTarget const& target, Layout layout, Size const& size, Sides const& sides);
+
+    std::shared_ptr<RenderBackendInstance> instance_;
+    std::map<std::pair<std::string, std::size_t>, Filter> filters_; // by name and depth
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// Between the bands of a picture (1 grey, 2 grey and alpha, 3 RGB, 4 RGBA) and what the backend takes and gives.
+namespace pixelbands {
+
+constexpr size_t kTexelBytes = 4;
+
+/// Whether the last band is alpha.
+constexpr bool hasAlpha(size_t bands) {
+    return bands == 2 || bands == 4;
+}
+
+constexpr bool isGrey(size_t bands) {
+    return bands <= 2;
+}
+
+/// Components of the tiles that hold pixels of so many bands: grey goes as RGB, with alpha as RGBA.
+constexpr size_t components(size_t bands) {
+    return hasAlpha(bands) ? 4 : 3;
+}
+
+/// `count` pixels of 8-bit bands to components(bands) bytes each.
+void widen(std::uint8_t const* from, size_t bands, std::uint8_t* to, size_t count);
+
+/// `count` RGBA texels to 8-bit bands; red is the grey.
+void narrow(std::uint8_t const* from, std::uint8_t* to, size_t bands, size_t count);
+
+} // namespace pixelbands
