@@ -1,65 +1,12 @@
 // Tiles that worker threads write into the upload ring of a real GL, drawn and compared byte for byte.
 #include "tests/gles3renderbackend/BackendGLTest.h"
 #include "tests/gles3renderbackend/StagingRing.h"
+#include "tests/gles3renderbackend/StagingWriters.h"
 #include "tests/support/PixelMatchers.h"
-
-#include <deque>
-#include <utility>
 
 namespace {
 
 using namespace backendtest;
-
-// Threads that write staging buffers in the order in which they are handed in. All are written when it is gone.
-class Writers {
-public:
-    explicit Writers(size_t count) {
-        for (size_t i = 0; i < count; ++i)
-            threads_.emplace_back([this] { work(); });
-    }
-    Writers(Writers const&) = delete;
-    Writers& operator=(Writers const&) = delete;
-    ~Writers() {
-        {
-            std::lock_guard<std::mutex> const lock(mutex_);
-            closed_ = true;
-        }
-        changed_.notify_all();
-        for (auto& thread : threads_)
-            thread.join();
-    }
-
-    void write(ConcurrentStagingBuffer& buffer, Bytes pixels) {
-        {
-            std::lock_guard<std::mutex> const lock(mutex_);
-            jobs_.emplace_back(&buffer, std::move(pixels));
-        }
-        changed_.notify_one();
-    }
-
-private:
-    using Job = std::pair<ConcurrentStagingBuffer*, Bytes>;
-
-    void work() {
-        for (;;) {
-            Job job;
-            {
-                std::unique_lock<std::mutex> lock(mutex_);
-                changed_.wait(lock, [this] { return closed_ || !jobs_.empty(); });
-                if (jobs_.empty()) return;
-                job = std::move(jobs_.front());
-                jobs_.pop_front();
-            }
-            job.first->write(job.second, 0);
-        }
-    }
-
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::deque<Job> jobs_;
-    bool closed_ = false;
-    std::vector<std::thread> threads_; // last: they use the others
-};
 
 struct Tiles {
     size_t columns;
@@ -86,11 +33,11 @@ protected:
         Watchdog const watchdog("tiles through the upload ring");
         std::vector<Staged> staged;
         {
-            Writers pool(writers);
+            StagingWriters pool(writers);
             size_t const count = tiles.columns * tiles.rows;
             for (size_t tile = 0; tile < count; ++tile) {
                 staged.push_back(instance->concurrentStagingBuffer(tile, {}, sizeOf(tiles)));
-                pool.write(*staged.back(), tilePicture(tiles, tile).bytes);
+                pool.run([&buffer = *staged.back(), &tiles, tile] { buffer.write(tilePicture(tiles, tile).bytes, 0); });
                 bool const due = tiles.synchronizedAt != 0 && tile % tiles.synchronizedAt == tiles.synchronizedAt - 1;
                 if (!due && tile + 1 != count) continue;
                 // It lies in the open buffer, whose writers are waited for: nobody writes it any more when it is destroyed.
@@ -156,7 +103,7 @@ TEST_P(StagingRingGLTest, TilesOfWholeBuffersGoRoundTheRingAndArrive) {
     expectDrawn(tiles);
 }
 
-INSTANTIATE_TEST_SUITE_P(Writers, StagingRingGLTest, ::testing::Values(size_t{1}, size_t{4}),
+INSTANTIATE_TEST_SUITE_P(Writers, StagingRingGLTest, ::testing::Values(size_t{1}, size_t{2}, size_t{8}, size_t{32}),
                          [](auto const& row) { return std::to_string(row.param); });
 
 TEST_F(StagingRingGLTest, ShortVectorGivesATileOfZerosInABufferThatHeldOthers) {

@@ -2,8 +2,6 @@
 
 #include "conformance/Inputs.h"
 
-#include <cstdlib>
-
 /// What the filters are fed with in the tests.
 namespace filtertest {
 
@@ -22,10 +20,5 @@ using conformance::randomPlane;
 using conformance::randomPlanes;
 using conformance::randomTexels;
 using reference::Texels;
-
-/// VELMORA_LONG in the environment: whole colour cubes instead of samples of them.
-inline bool isLongRun() {
-    return std::getenv("VELMORA_LONG") != nullptr;
-}
 
 } // namespace filtertest

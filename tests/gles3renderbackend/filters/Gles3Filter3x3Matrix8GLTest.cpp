@@ -4,6 +4,7 @@
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
+#include "tests/support/LongRun.h"
 #include "tests/support/PixelMatchers.h"
 
 #include <random>

@@ -3,6 +3,7 @@
 #include "reference/YCoCgR.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
+#include "tests/support/LongRun.h"
 #include "tests/support/PixelMatchers.h"
 
 namespace {
