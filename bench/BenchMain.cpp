@@ -13,21 +13,33 @@ namespace {
 std::vector<std::string> const kDefaults = {"--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=9",
                                             "--benchmark_min_time=0.05"};
 
-std::vector<OwnBaseline> const kOwnBaselines = {{"LruMap/insertBehind100000Locked/ours/", "LruMap/insert/ours/"}};
+std::vector<std::string> const kPeers = {"raw", "multi_index", "sortAndSweep", "rtree", "texImage", "texSubImage"};
+
+std::vector<OwnBaseline> const kOwnBaselines = {
+    {"LruMap/insertBehind100000Locked/ours/", "LruMap/insert/ours/", "none"},
+    {"stageTiles/ours/2/", "stageTiles/ours/1/", "1 worker"},
+};
 
 std::vector<Figure> figures(bool nullDriver) {
     std::vector<Figure> all = {
         {"executeFilter/.*", 1.20, "<= 1.20"},
         {"LruMap/(hit|insert)/.*", 2.0, "<= 2"},
         {"LruMap/insertBehind100000Locked/.* vs none", 2.0, "<= 2"},
+        {"mergeCells/.*", 0.5, "<= 0.5"},
+        {"coverage/ours/wholeArea .*", 1 / 1000.0, "speed >= 1000"},
+        {"coverage/ours/halfSide .*", 1 / 6.0, "speed >= 6"},
+        {"coverage/ours/2x2 .*", 1.25, "<= 1.25"},
     };
     if (nullDriver) {
-        all.push_back({"drawTiles/ours/(100|2000)", 1.10, "<= 1.10"});
+        all.push_back({"drawTiles/ours/(100|2000) .*", 1.10, "<= 1.10"});
         return all;
     }
-    all.push_back({"drawTiles/ours/(100|2000)", 1.03, "<= 1.03"});
+    all.push_back({"drawTiles/ours/(100|2000) .*", 1.03, "<= 1.03"});
     // Of a transfer the speed counts: without pixels to move there is none.
     all.push_back({"(setTile|getPixels|getPixelsVector)/ours/(rgba|rgb)/.*", 1 / 0.97, "speed >= 0.97"});
+    all.push_back({"stageTiles/ours/1/.* vs raw", 1 / 0.97, "speed >= 0.97"});
+    all.push_back({"stageTiles/ours/1/.* vs tex(Sub)?Image", 1 / 0.75, "speed >= 0.75"});
+    all.push_back({"stageTiles/ours/2/.* vs 1 worker", 1 / 0.95, "speed >= 0.95"});
     return all;
 }
 
@@ -35,7 +47,7 @@ std::unique_ptr<GlBenchContext> makeContext() {
     try {
         return std::make_unique<GlBenchContext>();
     } catch (std::runtime_error const& error) {
-        std::cerr << "no OpenGL ES 3 context, so LruMap only: " << error.what() << "\n";
+        std::cerr << "no OpenGL ES 3 context, so only what needs none: " << error.what() << "\n";
         return nullptr;
     }
 }
@@ -55,6 +67,7 @@ void initialize(int argc, char** argv) {
 
 int main(int argc, char** argv) try {
     initialize(argc, argv);
+    registerEnvelopes();
     registerLruMap();
     auto const context = makeContext();
     if (context != nullptr) {
@@ -62,8 +75,9 @@ int main(int argc, char** argv) try {
         registerDrawTiles(*context);
         registerExecuteFilter(*context);
         registerPixelTransfer(*context);
+        registerStagingRing(*context);
     }
-    RatioReporter reporter(figures(context != nullptr && context->nullDriver()), kOwnBaselines);
+    RatioReporter reporter(figures(context != nullptr && context->nullDriver()), kPeers, kOwnBaselines);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return reporter.errors() == 0 ? 0 : 1;

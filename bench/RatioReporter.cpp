@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kNameColumns = 48;
+constexpr int kNameColumns = 60;
 constexpr int kColumns = 12;
 
 double at(std::vector<double> const& sorted, double fraction) {
@@ -43,8 +43,12 @@ double nanosecondsOf(benchmark::BenchmarkReporter::Run const& run) {
 
 } // namespace
 
-RatioReporter::RatioReporter(std::vector<Figure> figures, std::vector<OwnBaseline> ownBaselines)
-    : ConsoleReporter(OO_Tabular), figures_(std::move(figures)), ownBaselines_(std::move(ownBaselines)) {}
+RatioReporter::RatioReporter(std::vector<Figure> figures, std::vector<std::string> peers,
+                             std::vector<OwnBaseline> ownBaselines)
+    : ConsoleReporter(OO_Tabular),
+      figures_(std::move(figures)),
+      peers_(std::move(peers)),
+      ownBaselines_(std::move(ownBaselines)) {}
 
 void RatioReporter::ReportRuns(std::vector<Run> const& runs) {
     std::vector<Run> shown;
@@ -66,19 +70,20 @@ void RatioReporter::ReportRuns(std::vector<Run> const& runs) {
 std::vector<RatioReporter::Line> RatioReporter::lines() const {
     std::vector<Line> found;
     for (auto const& [family, name] : names_) {
-        std::vector<std::string> baselines = {replaced(name, "/ours/", "/raw/"),
-                                              replaced(name, "/ours/", "/multi_index/")};
+        auto const add = [&, &subject = name](std::string const& title, std::string const& baseline) {
+            if (nanoseconds_.count(baseline) != 0) found.push_back({subject + " vs " + title, subject, baseline});
+        };
+        for (std::string const& peer : peers_)
+            add(peer, replaced(name, "/ours/", "/" + peer + "/"));
         for (OwnBaseline const& own : ownBaselines_)
-            baselines.push_back(replaced(name, own.subject, own.baseline));
-        for (std::string const& baseline : baselines)
-            if (nanoseconds_.count(baseline) != 0) found.push_back({name, baseline});
+            add(own.title, replaced(name, own.subject, own.baseline));
     }
     return found;
 }
 
-Figure const* RatioReporter::figureFor(std::string const& name) const {
+Figure const* RatioReporter::figureFor(std::string const& title) const {
     auto const found = std::find_if(figures_.begin(), figures_.end(), [&](Figure const& figure) {
-        return std::regex_match(name, std::regex(figure.subjects));
+        return std::regex_match(title, std::regex(figure.subjects));
     });
     return found == figures_.end() ? nullptr : &*found;
 }
@@ -87,12 +92,10 @@ void RatioReporter::print(Line const& line) {
     Summary const subject = summary(nanoseconds_.at(line.name));
     Summary const baseline = summary(nanoseconds_.at(line.baseline));
     double const ratio = subject.median / baseline.median;
-    bool const own = line.baseline.find("/ours/") != std::string::npos;
-    std::string const title = own ? line.name + " vs none" : line.name;
-    Figure const* const figure = figureFor(title);
+    Figure const* const figure = figureFor(line.title);
 
     auto& out = GetOutputStream();
-    out << std::left << std::setw(kNameColumns) << title << std::right << std::fixed << std::setprecision(0)
+    out << std::left << std::setw(kNameColumns) << line.title << std::right << std::fixed << std::setprecision(0)
         << std::setw(kColumns) << subject.median << std::setw(kColumns) << baseline.median << std::setprecision(3)
         << std::setw(kColumns) << ratio << std::setprecision(1) << std::setw(kColumns - 2)
         << 100 * std::max(subject.spread, baseline.spread) << " %";

@@ -10,24 +10,24 @@
 
 /// What a ratio of times should not exceed.
 struct Figure {
-    std::string subjects; ///< regular expression for the names it is about
+    std::string subjects; ///< regular expression for the lines it is about
     double limit;         ///< time of the subject over time of its baseline
     std::string wording;  ///< of the figure, for the table
 };
 
-/// A subject whose baseline cannot be told from its name: the parts that differ.
+/// A subject whose baseline is another benchmark of ours: the parts of their names that differ, and what to call it.
 struct OwnBaseline {
     std::string subject;
     std::string baseline;
+    std::string title;
 };
 
-/// Prints like the console reporter and, after the run, one line for each benchmark WHAT/ours/CASE: its time, the time
-/// of its baseline WHAT/raw/CASE or WHAT/multi_index/CASE, the ratio of the two, and whether that meets a figure. Times
-/// are the median of the repetitions; "spread" is the wider of the two interquartile ranges, in percent of its median:
+/// Prints like the console reporter and, after the run, one line "WHAT/ours/CASE vs PEER" for each benchmark and each of
+/// its baselines WHAT/PEER/CASE: both times, the ratio of the two, and whether that meets a figure. Times are the median of the repetitions; "spread" is the wider of the two interquartile ranges, in percent of its median:
 /// a ratio that is off by less says nothing.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
-    RatioReporter(std::vector<Figure> figures, std::vector<OwnBaseline> ownBaselines);
+    RatioReporter(std::vector<Figure> figures, std::vector<std::string> peers, std::vector<OwnBaseline> ownBaselines);
 
     void ReportRuns(std::vector<Run> const& runs) override;
     void Finalize() override;
@@ -37,15 +37,17 @@ public:
 
 private:
     struct Line {
+        std::string title;
         std::string name;
         std::string baseline;
     };
 
     std::vector<Line> lines() const;
     void print(Line const& line);
-    Figure const* figureFor(std::string const& name) const;
+    Figure const* figureFor(std::string const& title) const;
 
     std::vector<Figure> figures_;
+    std::vector<std::string> peers_;
     std::vector<OwnBaseline> ownBaselines_;
     std::map<std::int64_t, std::string> names_;              // in the order of registration
     std::map<std::string, std::vector<double>> nanoseconds_; // one value a repetition

@@ -1,8 +1,8 @@
 // Tiles that worker threads write into the upload ring of a real GL, drawn and compared byte for byte.
 #include "tests/gles3renderbackend/BackendGLTest.h"
 #include "tests/gles3renderbackend/StagingRing.h"
-#include "tests/gles3renderbackend/StagingWriters.h"
 #include "tests/support/PixelMatchers.h"
+#include "tests/support/WorkerThreads.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ protected:
         Watchdog const watchdog("tiles through the upload ring");
         std::vector<Staged> staged;
         {
-            StagingWriters pool(writers);
+            WorkerThreads pool(writers);
             size_t const count = tiles.columns * tiles.rows;
             for (size_t tile = 0; tile < count; ++tile) {
                 staged.push_back(instance->concurrentStagingBuffer(tile, {}, sizeOf(tiles)));

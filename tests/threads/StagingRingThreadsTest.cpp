@@ -1,8 +1,8 @@
 // Tiles from up to 32 writer threads through the upload ring, over the recording GL, every byte of each looked at.
 // ThreadSanitizer watches: what the writers put into mapped memory and GL reads from it is ordered by the ring alone.
 #include "tests/gles3renderbackend/StagingRingRecordingTest.h"
-#include "tests/gles3renderbackend/StagingWriters.h"
 #include "tests/support/LongRun.h"
+#include "tests/support/WorkerThreads.h"
 
 #include <deque>
 #include <optional>
@@ -94,7 +94,7 @@ private:
     SizeOf sizeOf_ = nullptr;
     std::deque<Tile> held_; // reserved and not yet given back; its elements stay where they are
     size_t seen_ = 0;       // tiles that arrived in a texture
-    std::optional<StagingWriters> decoders_;
+    std::optional<WorkerThreads> decoders_;
 };
 
 // For each number of writers: 100000 tiles together, 1000000 in a long run.

@@ -9,18 +9,16 @@
 #include <utility>
 #include <vector>
 
-namespace backendtest {
-
 /// Threads that run jobs in the order in which they are handed in. All are done when it is gone.
-class StagingWriters {
+class WorkerThreads {
 public:
-    explicit StagingWriters(size_t count) {
+    explicit WorkerThreads(size_t count) {
         for (size_t i = 0; i < count; ++i)
             threads_.emplace_back([this] { work(); });
     }
-    StagingWriters(StagingWriters const&) = delete;
-    StagingWriters& operator=(StagingWriters const&) = delete;
-    ~StagingWriters() {
+    WorkerThreads(WorkerThreads const&) = delete;
+    WorkerThreads& operator=(WorkerThreads const&) = delete;
+    ~WorkerThreads() {
         {
             std::lock_guard<std::mutex> const lock(mutex_);
             closed_ = true;
@@ -59,5 +57,3 @@ private:
     bool closed_ = false;
     std::vector<std::thread> threads_; // last: they use the others
 };
-
-} // namespace backendtest
