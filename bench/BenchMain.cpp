@@ -56,6 +56,7 @@ void initialize(int argc, char** argv) {
     std::vector<std::string> texts(argv, argv + argc);
     texts.insert(texts.begin() + 1, kDefaults.begin(), kDefaults.end());
     std::vector<char*> arguments;
+    arguments.reserve(texts.size());
     for (std::string& text : texts)
         arguments.push_back(text.data());
     int count = static_cast<int>(arguments.size());

@@ -241,7 +241,7 @@ void addCoverage(std::string const& who, std::string const& caseName, std::uint3
     registerGl(Clock::Cpu, "coverage/" + who + "/" + caseName, [=](benchmark::State& state) {
         Rectangles const asked = windows(side, count);
         requireSameAnswers(asked);
-        Index const& index = millionRectangles<Index>();
+        auto const& index = millionRectangles<Index>();
         size_t next = 0;
         for (auto _ : state) {
             benchmark::DoNotOptimize(index.coverage(asked[next]));

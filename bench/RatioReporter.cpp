@@ -70,13 +70,15 @@ void RatioReporter::ReportRuns(std::vector<Run> const& runs) {
 std::vector<RatioReporter::Line> RatioReporter::lines() const {
     std::vector<Line> found;
     for (auto const& [family, name] : names_) {
-        auto const add = [&, &subject = name](std::string const& title, std::string const& baseline) {
-            if (nanoseconds_.count(baseline) != 0) found.push_back({subject + " vs " + title, subject, baseline});
+        auto const add = [&, &subject = name](std::string const& baseline, std::string const& title) {
+            if (nanoseconds_.count(baseline) == 0) return;
+            std::string line = subject;
+            found.push_back({line.append(" vs ").append(title), subject, baseline});
         };
         for (std::string const& peer : peers_)
-            add(peer, replaced(name, "/ours/", "/" + peer + "/"));
+            add(replaced(name, "/ours/", "/" + peer + "/"), peer);
         for (OwnBaseline const& own : ownBaselines_)
-            add(own.title, replaced(name, own.subject, own.baseline));
+            add(replaced(name, own.subject, own.baseline), own.title);
     }
     return found;
 }
