@@ -218,6 +218,14 @@ TEST_F(StagingRingTest, RefusedSizeUploadsNothing) {
     EXPECT_FALSE(instance->tileSet(1));
 }
 
+TEST_F(StagingRingTest, UploadsRelyOnTheUnpackAlignmentThatCreatingTheInstanceLeaves) {
+    EXPECT_EQ(gl.pixelStore(GL_UNPACK_ALIGNMENT), 1);
+    gl.forgetCalls();
+    synchronize(written(1, {5, 5, 3}));
+    EXPECT_EQ(uploads().size(), 1U);
+    EXPECT_EQ(gl.count("glPixelStorei"), 0U);
+}
+
 TEST_F(StagingRingTest, ClosedBufferWaitsForItsLastWriter) {
     Staged const missing = reserve(1, kTwoTexels);
     Staged const present = written(2, kTwoTexels);
