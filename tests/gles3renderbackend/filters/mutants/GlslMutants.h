@@ -1,0 +1,27 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+/// What a mutant must do.
+enum class Fate {
+    kDiffers,                ///< results differ from the reference
+    kDiffersInHalfPrecision, ///< they do where mediump has 16 bits, as on llvmpipe; elsewhere nothing changes
+    kEquivalent              ///< no result changes: `why` says for what reason
+};
+
+/// One deliberate fault in the GLSL text of one filter.
+struct Mutant {
+    char const* name;   ///< unique
+    char const* filter; ///< one that runs it, by its name in FilterComparisons.cpp
+    char const* file;   ///< below gles3renderbackend/filters
+    char const* search; ///< stands in the file, and in the filter's stage, exactly once
+    char const* replacement;
+    char const* why; ///< what would be lost, or why nothing is
+    Fate fate = Fate::kDiffers;
+};
+
+std::ostream& operator<<(std::ostream& stream, Mutant const& mutant);
+
+std::vector<Mutant> const& glslMutants();
