@@ -2,6 +2,7 @@
 #include "reference/LeGall53Plane.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
+#include "tests/gles3renderbackend/filters/LeGall53Steps.h"
 
 #include <algorithm>
 
@@ -10,21 +11,6 @@ namespace {
 using namespace filtertest;
 using reference::Plane;
 using reference::PlaneBands;
-
-// A stretch of band samples along one axis: low ones from `start` on, high ones from `start - 1` on. The reconstruction
-// yields the samples 2 * start to 2 * start + 2 * count - 5 of the image.
-struct Stretch {
-    int start;
-    int count;
-
-    int outputs() const { return 2 * count - 4; }
-};
-
-// Just enough bands for the samples from 2 * start up to `end`; an even number, for two samples share a texel.
-Stretch stretchFor(int start, int end) {
-    int const count = (end - 2 * start + 1) / 2 + 2;
-    return {start, count + count % 2};
-}
 
 // Where sample i of a band lies that continues beyond an image of `length` samples.
 int bandIndex(bool high, int i, int length) {
@@ -46,29 +32,12 @@ Plane cut(Plane const& band, bool highX, bool highY, Plane const& image, Stretch
 
 class LeGall53ReconstructionGLTest : public FilterGLTest {
 protected:
-    size_t vertical(FilterSource const& low, FilterSource const& high, Stretch const& x, Stretch const& y) {
-        size_t const destination = rig.target(Layout::kOneChannel16, x.count / 2, y.outputs());
-        rig.run(vertical_, {{low, high}, static_cast<size_t>(x.count), static_cast<size_t>(y.count)}, destination);
-        return destination;
-    }
-
-    size_t horizontal(size_t low, size_t high, Stretch const& x, int rows) {
-        size_t const destination = rig.target(Layout::kOneChannel16, x.outputs() / 2, rows);
-        rig.run(horizontal_,
-                {{{low, 0, 0, false}, {high, 0, 0, false}}, static_cast<size_t>(x.count), static_cast<size_t>(rows)},
-                destination);
-        return destination;
-    }
-
-    // One level: columns first, each for the low and for the high half of the rows, then rows.
     size_t level(FilterSource const& ll, PlaneBands const& bands, Plane const& image, Stretch const& x,
                  Stretch const& y) {
-        size_t const lh = rig.uploaded(cut(bands.lh, false, true, image, x, y));
-        size_t const hl = rig.uploaded(cut(bands.hl, true, false, image, x, y));
-        size_t const hh = rig.uploaded(cut(bands.hh, true, true, image, x, y));
-        size_t const low = vertical(ll, {lh, 0, 0, false}, x, y);
-        size_t const high = vertical({hl, 0, 0, false}, {hh, 0, 0, false}, x, y);
-        return horizontal(low, high, x, y.outputs());
+        return steps_.level(ll,
+                            {cut(bands.hl, true, false, image, x, y), cut(bands.lh, false, true, image, x, y),
+                             cut(bands.hh, true, true, image, x, y)},
+                            x, y);
     }
 
     Plane samples(size_t target) { return unpackOneChannel16(rig.read(target)); }
@@ -95,8 +64,7 @@ protected:
         return images;
     }
 
-    Filter vertical_ = rig.instantiated(description::filterFirIV53LeGall16());
-    Filter horizontal_ = rig.instantiated(description::filterFirIH53LeGall16());
+    LeGall53Steps steps_{rig};
 };
 
 TEST_F(LeGall53ReconstructionGLTest, OneLevelOfAWholeImageIsLossless) {
