@@ -9,8 +9,11 @@ constexpr size_t kHalfRegion = CLAHE::kRegionSize / 2;
 constexpr size_t kRegionPixels = CLAHE::kRegionSize * CLAHE::kRegionSize;
 constexpr size_t kMaxGrey = CLAHE::kBins - 1;
 
+// Nearly every sample is a grey value: a branch that is foreseen costs less than two limits.
 size_t bin(std::int16_t sample) {
-    return static_cast<size_t>(std::clamp<std::int16_t>(sample, 0, kMaxGrey));
+    auto const code = static_cast<std::uint16_t>(sample);
+    if (__builtin_expect(code > kMaxGrey, 0)) return sample < 0 ? 0 : kMaxGrey;
+    return code;
 }
 
 // One axis of the interpolation grid: cell i covers [start, end) and lies between two regions.
@@ -26,6 +29,48 @@ struct Cell {
           before(index == 0 ? 0 : index - 1),
           after(std::min(index, regions - 1)) {}
 };
+
+// What the four regions around a cell make of a grey value: left and right, 16 bits each.
+using Sides = std::array<std::uint16_t, 2>;
+struct Corners {
+    std::array<Sides, CLAHE::kBins> upper;
+    std::array<Sides, CLAHE::kBins> lower;
+};
+
+// One row of a cell, `right` pixels from its left side and `below` rows from its top. In steps of their own, so that the
+// compiler does the arithmetic on many pixels at once.
+void equaliseRow(std::int16_t* pixels, size_t width, Corners const& corners, size_t right, size_t below) {
+    constexpr size_t kMaxWidth = CLAHE::kRegionSize;
+    std::array<Sides, kMaxWidth> upper; // NOLINT(*-member-init): all that is read is written first
+    std::array<Sides, kMaxWidth> lower; // NOLINT(*-member-init)
+    for (size_t x = 0; x < width; ++x) {
+        size_t const grey = bin(pixels[x * CLAHE::kComponents]);
+        upper[x] = corners.upper[grey];
+        lower[x] = corners.lower[grey];
+    }
+    // No weighed sum of two greys grows beyond 255 * 40.
+    auto const down = static_cast<std::uint16_t>(below);
+    auto const up = static_cast<std::uint16_t>(CLAHE::kRegionSize - below);
+    std::array<Sides, kMaxWidth> sides; // NOLINT(*-member-init)
+    for (size_t x = 0; x < width; ++x)
+        for (size_t i = 0; i < sides[x].size(); ++i)
+            sides[x][i] = static_cast<std::uint16_t>(upper[x][i] * up + lower[x][i] * down);
+    // Rounded to the nearest: whole numbers give exactly what double arithmetic gives. 1600 is 64 * 25; divided in two
+    // steps, the second one has 16 bits.
+    constexpr std::int32_t kHalf = kRegionPixels / 2;
+    constexpr std::uint16_t kRest = kRegionPixels / 64;
+    static_assert(kRest * 64 == kRegionPixels, "divided without a rest");
+    std::array<std::int16_t, kMaxWidth> out; // NOLINT(*-member-init)
+    for (size_t x = 0; x < width; ++x) {
+        auto const toRight = static_cast<std::int16_t>(right + x);
+        auto const toLeft = static_cast<std::int16_t>(CLAHE::kRegionSize - right - x);
+        std::int32_t const sum =
+            static_cast<std::int16_t>(sides[x][0]) * toLeft + static_cast<std::int16_t>(sides[x][1]) * toRight;
+        out[x] = static_cast<std::int16_t>(static_cast<std::uint16_t>((sum + kHalf) >> 6) / kRest);
+    }
+    for (size_t x = 0; x < width; ++x)
+        pixels[x * CLAHE::kComponents] = out[x];
+}
 
 // Adds 1 to bins below the limit, from ever later starts in steps that spread the excess, until nothing is left.
 void spread(CLAHE::Histogram& histogram, std::uint32_t limit, size_t excess) {
@@ -70,12 +115,17 @@ void CLAHE::buildTables(std::int16_t const* pixels, size_t width, size_t height,
 }
 
 CLAHE::Mapping CLAHE::mappingOfRegion(std::int16_t const* firstPixel) const {
-    Histogram histogram{};
+    // In parts, so that neighbours of one grey value need not wait for each other.
+    std::array<std::array<std::uint16_t, kBins>, 4> parts{};
     for (size_t y = 0; y < kRegionSize; ++y) {
         std::int16_t const* const row = firstPixel + y * rowStride_ * kComponents;
-        for (size_t x = 0; x < kRegionSize; ++x)
-            ++histogram[bin(row[x * kComponents])];
+        for (size_t x = 0; x < kRegionSize; x += parts.size())
+            for (size_t i = 0; i < parts.size(); ++i)
+                ++parts[i][bin(row[(x + i) * kComponents])];
     }
+    Histogram histogram; // NOLINT(*-member-init): all of it is written next
+    for (size_t i = 0; i < kBins; ++i)
+        histogram[i] = static_cast<std::uint32_t>(parts[0][i] + parts[1][i] + parts[2][i] + parts[3][i]);
     clip(histogram, kRegionPixels);
 
     // In double, as a full region's last entry is 254: 255 / 1600 is a hair less than that.
@@ -132,28 +182,18 @@ void CLAHE::applyToCell(std::int16_t* pixels, size_t cellColumn, size_t cellRow,
     size_t const yStart = std::max(down.start, y0);
     if (xStart >= across.end || yStart >= down.end) return;
 
-    // The four mappings side by side, so that a pixel finds its four values in one place.
     Mapping const& upperLeft = mappings_[down.before * regionColumns_ + across.before];
     Mapping const& upperRight = mappings_[down.before * regionColumns_ + across.after];
     Mapping const& lowerLeft = mappings_[down.after * regionColumns_ + across.before];
     Mapping const& lowerRight = mappings_[down.after * regionColumns_ + across.after];
-    std::array<std::array<std::uint8_t, 4>, kBins> corners; // NOLINT(*-member-init): all of it is written next
-    for (size_t i = 0; i < kBins; ++i)
-        corners[i] = {upperLeft[i], upperRight[i], lowerLeft[i], lowerRight[i]};
-
-    // Weights count as if every cell were full-sized: at the edges both values are the same, whatever they weigh.
-    for (size_t y = yStart; y < down.end; ++y) {
-        auto const lower = static_cast<std::uint32_t>(y - down.start);
-        std::uint32_t const upper = kRegionSize - lower;
-        std::int16_t* const row = pixels + y * rowStride_ * kComponents;
-        for (size_t x = xStart; x < across.end; ++x) {
-            auto const right = static_cast<std::uint32_t>(x - across.start);
-            std::uint32_t const left = kRegionSize - right;
-            auto const& corner = corners[bin(row[x * kComponents])];
-            std::uint32_t const sum =
-                (corner[0] * left + corner[1] * right) * upper + (corner[2] * left + corner[3] * right) * lower;
-            // Rounded to the nearest: whole numbers give exactly what double arithmetic gives.
-            row[x * kComponents] = static_cast<std::int16_t>((sum + kRegionPixels / 2) / kRegionPixels);
-        }
+    Corners corners; // NOLINT(*-member-init): all of it is written next
+    for (size_t i = 0; i < kBins; ++i) {
+        corners.upper[i] = {upperLeft[i], upperRight[i]};
+        corners.lower[i] = {lowerLeft[i], lowerRight[i]};
     }
+
+    size_t const width = across.end - xStart;
+    for (size_t y = yStart; y < down.end; ++y)
+        equaliseRow(pixels + (y * rowStride_ + xStart) * kComponents, width, corners, xStart - across.start,
+                    y - down.start);
 }
