@@ -11,5 +11,5 @@ void main() {
     highp vec2 centre = v_texCoord00.xy + vec2(mix(0.25, -0.25, odd) * v_texCoord00.z, 0.0);
     highp vec4 texel = texture2D(s_texture00, centre);
     highp vec2 lowHigh = mix(texel.rg, texel.ba, odd);
-    gl_FragColor = vec4(unscaledValues(lowHigh.xxx, lowHigh.yyy) / 255.0, 1.0);
+    gl_FragColor = vec4(unscaledChannels(lowHigh.xxx, lowHigh.yyy), 1.0);
 }

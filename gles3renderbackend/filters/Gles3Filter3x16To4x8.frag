@@ -8,5 +8,5 @@ varying highp vec2 v_texCoord01; // the odd one
 void main() {
     highp vec3 even = texture2D(s_texture00, v_texCoord00).rgb;
     highp vec3 odd = texture2D(s_texture00, v_texCoord01).rgb;
-    gl_FragColor = vec4(unscaledValues(vec3(even.rb, odd.g), vec3(even.g, odd.rb)) / 255.0, 1.0);
+    gl_FragColor = vec4(unscaledChannels(vec3(even.rb, odd.g), vec3(even.g, odd.rb)), 1.0);
 }

@@ -13,5 +13,5 @@ void main() {
     highp float odd = columnParity();
     highp vec4 evenTexel = texture2D(s_texture00, mix(v_texCoordCurr, v_texCoordPrev, odd));
     highp vec4 oddTexel = texture2D(s_texture00, mix(v_texCoordNext, v_texCoordCurr, odd));
-    gl_FragColor = halfOfPixel(yCoCgToRgb(pixelOf(evenTexel, oddTexel)), odd);
+    gl_FragColor = halfOfPixel(yCoCgToRgb(pixelOf(evenTexel, oddTexel), 1.0), odd);
 }

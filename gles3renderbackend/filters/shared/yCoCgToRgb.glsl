@@ -1,9 +1,9 @@
-// The inverse of the reversible YCoCg-R transform (Malvar and Sullivan 2003), on whole numbers:
+// The inverse of the reversible YCoCg-R transform (Malvar and Sullivan 2003), on whole numbers of a unit:
 //   t = Y - floor(Cg / 2),  G = Cg + t,  B = t - floor(Co / 2),  R = B + Co
-// In: (Y, Co, Cg), off from whole numbers by less than 0.1. Out: (R, G, B), off by no more than the sum of that.
+// In: (Y, Co, Cg), off from whole numbers by less than 0.1 units. Out: (R, G, B), off by no more than the sum of that.
 // The quarter makes up for the error; a whole number or one half cannot pass the next whole number by it.
-highp vec3 yCoCgToRgb(highp vec3 yCoCg) {
-    highp vec2 halved = floor(0.5 * yCoCg.yz + 0.25);
+highp vec3 yCoCgToRgb(highp vec3 yCoCg, highp float unit) {
+    highp vec2 halved = unit * floor(0.5 / unit * yCoCg.yz + 0.25);
     highp float t = yCoCg.x - halved.y;
     highp float b = t - halved.x;
     return vec3(b + yCoCg.y, yCoCg.z + t, b);
