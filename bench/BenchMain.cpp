@@ -13,11 +13,13 @@ namespace {
 std::vector<std::string> const kDefaults = {"--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=9",
                                             "--benchmark_min_time=0.05"};
 
-std::vector<std::string> const kPeers = {"raw", "multi_index", "sortAndSweep", "rtree", "texImage", "texSubImage"};
+std::vector<std::string> const kPeers = {"raw",         "multi_index", "sortAndSweep", "rtree",     "texImage",
+                                         "texSubImage", "plain",       "bytepairs",    "processor", "opencv"};
 
 std::vector<OwnBaseline> const kOwnBaselines = {
     {"LruMap/insertBehind100000Locked/ours/", "LruMap/insert/ours/", "none"},
     {"stageTiles/ours/2/", "stageTiles/ours/1/", "1 worker"},
+    {"clahe/ours/clip1", "clahe/ours/clip3", "clip3"},
 };
 
 std::vector<Figure> figures(bool nullDriver) {
@@ -29,6 +31,10 @@ std::vector<Figure> figures(bool nullDriver) {
         {"coverage/ours/wholeArea .*", 1 / 1000.0, "speed >= 1000"},
         {"coverage/ours/halfSide .*", 1 / 6.0, "speed >= 6"},
         {"coverage/ours/2x2 .*", 1.25, "<= 1.25"},
+        {"filter/ours/FilterYCoCg16ToRGBA8 vs plain", 1 / 0.95, "speed >= 0.95"},
+        {"wavelet/ours/.* vs bytepairs", 1.0, "<= 1"},
+        {"clahe/ours/clip3 vs opencv", 1 / 0.95, "speed >= 0.95"},
+        {"clahe/ours/clip1 vs clip3", 1 / 0.9, "speed >= 0.9"},
     };
     if (nullDriver) {
         all.push_back({"drawTiles/ours/(100|2000) .*", 1.10, "<= 1.10"});
@@ -70,6 +76,7 @@ int main(int argc, char** argv) try {
     initialize(argc, argv);
     registerEnvelopes();
     registerLruMap();
+    registerClahe();
     auto const context = makeContext();
     if (context != nullptr) {
         benchmark::AddCustomContext("OpenGL", context->description());
@@ -77,6 +84,11 @@ int main(int argc, char** argv) try {
         registerExecuteFilter(*context);
         registerPixelTransfer(*context);
         registerStagingRing(*context);
+        // They are about pixels, which the null driver does not draw.
+        if (!context->nullDriver()) {
+            registerFilters(*context);
+            registerWavelet(*context);
+        }
     }
     RatioReporter reporter(figures(context != nullptr && context->nullDriver()), kPeers, kOwnBaselines);
     benchmark::RunSpecifiedBenchmarks(&reporter);

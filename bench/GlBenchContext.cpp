@@ -26,6 +26,10 @@ bool GlBenchContext::nullDriver() const {
     return nullDriver_;
 }
 
+bool GlBenchContext::drawsOnProcessor() const {
+    return glText(GL_RENDERER).rfind("llvmpipe", 0) == 0;
+}
+
 void GlBenchContext::finish() const {
     if (!nullDriver_) glFinish();
 }
@@ -40,6 +44,10 @@ Filter blitFilter(RenderBackendInstance& instance) {
     return filter;
 }
 
+Clock drawingClock(GlBenchContext const& context) {
+    return context.drawsOnProcessor() ? Clock::Process : Clock::Wall;
+}
+
 void registerGl(Clock clock, std::string const& name, std::function<void(benchmark::State&)> const& function) {
     auto* const registered = benchmark::RegisterBenchmark(name.c_str(), [function](benchmark::State& state) {
         try {
@@ -49,4 +57,5 @@ void registerGl(Clock clock, std::string const& name, std::function<void(benchma
         }
     });
     if (clock == Clock::Wall) registered->UseRealTime();
+    if (clock == Clock::Process) registered->MeasureProcessCPUTime();
 }

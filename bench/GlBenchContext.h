@@ -23,6 +23,8 @@ public:
     /// Mesa with GALLIUM_NOOP=1: calls run through the whole GL library and end before a pixel is drawn. What remains
     /// is the cost of the calls.
     bool nullDriver() const;
+    /// llvmpipe: pixels are drawn by threads of this process.
+    bool drawsOnProcessor() const;
     /// Waits until everything is drawn, so that a measurement pays for its own pixels. Nothing to wait for on the null
     /// driver.
     void finish() const;

@@ -1,0 +1,186 @@
+// Every filter beside a plain pass: a highp fragment stage that reads as many texels of the same textures for an output
+// of the same size and writes their sum. What a filter needs more is its arithmetic. An iteration is one run into an
+// output of 1024 x 1024 pixels and ends with glFinish.
+#include "bench/Benchmarks.h"
+#include "bench/GlBenchContext.h"
+#include "bench/RawPass.h"
+#include "gles3renderbackend/resources/Gles3Target.h"
+#include "host/FilterDescriptions.h"
+
+#include <memory>
+#include <sstream>
+
+namespace {
+
+constexpr size_t kSide = 1024;
+constexpr GLsizei kTableEntries = 256;
+
+// Texels that a fragment reads: of the first input, of each further one, of a table.
+struct Reads {
+    char const* filter;
+    size_t first;
+    size_t further = 0;
+    size_t table = 0;
+};
+
+// All but FilterCLAHE, which does not draw.
+constexpr std::array<Reads, 26> kReads = {{
+    {"FilterFirIH53LeGall16", 2, 2},
+    {"FilterFirIV53LeGall16", 2, 3},
+    {"BlitFilter1x16", 1},
+    {"BlitFilter3x16", 1},
+    {"BlitFilter3x8", 1},
+    {"BlitFilter4x8", 1},
+    {"Filter1x16ToRGB8", 1},
+    {"FilterInterleave16", 1, 1},
+    {"FilterYCoCg16ToRGBA8", 2},
+    {"FilterYCoCg16ToRGB16", 2},
+    {"Filter3x16To4x8", 2},
+    {"FilterSharpness8", 13},
+    {"FilterSharpnessH16", 10},
+    {"FilterSharpnessV16", 2, 10},
+    {"FilterLinear8ToSRGB8", 1, 0, 3},
+    {"FilterLinear16ToSRGB8", 2, 0, 3},
+    {"MaskFilter3x8", 1},
+    {"MaskFilter4x8", 1},
+    {"MaskFilter3x16", 1},
+    {"FilterLinear16TosRGB8", 2, 0, 3},
+    {"FilterTruncate16", 1},
+    {"Filter3x3Matrix8", 1},
+    {"Filter3x3Matrix16", 2},
+    {"FilterRemoveAlpha8", 1},
+    {"FilterBlackWhiteGamma8", 1, 0, 3},
+    {"FilterRGBA8ToYCoCg16", 1},
+}};
+
+size_t inputExtent(size_t borders, size_t numerator, size_t denominator) {
+    return (kSide + borders) * denominator / numerator;
+}
+
+class FilterScene {
+public:
+    FilterScene(GlBenchContext const& context, std::string const& name)
+        : backend_(context), filter_(description::byName(name)) {
+        backend_.instance->createFilterInstance(filter_);
+        inputWidth_ =
+            inputExtent(filter_.invalidLeft() + filter_.invalidRight(), filter_.scaleXNum(), filter_.scaleXDen());
+        inputHeight_ =
+            inputExtent(filter_.invalidTop() + filter_.invalidBottom(), filter_.scaleYNum(), filter_.scaleYDen());
+        for (size_t i = 0; i < filter_.numTexturesIn(); ++i)
+            sources_.push_back({filledTarget(), 0, 0, false});
+        destination_ = target(kSide, kSide, filter_.bitsPerPixelOut());
+        parameters_ =
+            filter_.supportsParameters() ? filter_.getParametersObject() : std::make_shared<SingleFilterParameters>();
+        runOurs();
+        rawGl::requireNoError();
+    }
+
+    FilterScene(FilterScene const&) = delete;
+    FilterScene& operator=(FilterScene const&) = delete;
+    ~FilterScene() { glDeleteTextures(1, &table_); }
+
+    void runOurs() {
+        backend_.instance->executeFilter(filter_, sources_, inputWidth_, inputHeight_, destination_, 0, 0, 0, 0,
+                                         *parameters_, offset_);
+    }
+
+    // The sum of as many texels, side by side.
+    void preparePlain(Reads const& reads) {
+        std::vector<rawGl::PassInput> inputs;
+        std::ostringstream fragment;
+        fragment << "void main() {\n    gl_FragColor = vec4(0.0)";
+        auto const addInput = [&](rawGl::PassInput const& input, size_t count) {
+            size_t const i = inputs.size();
+            for (size_t k = 0; k < count; ++k)
+                fragment << " + texture2D(s_" << i << ", v_" << i << " + vec2(" << k << ".0, 0.0) * t_" << i << ")";
+            inputs.push_back(input);
+        };
+        for (size_t i = 0; i < sources_.size(); ++i)
+            addInput(passInput(sources_[i].target), i == 0 ? reads.first : reads.further);
+        if (reads.table != 0) table_ = rawGl::noiseTexture(kTableEntries, 1);
+        if (reads.table != 0) addInput({table_, {1.0F / kTableEntries, 1.0F}, {1, 1}}, reads.table);
+        Gles3Target const& output = backend_.instance->target(destination_);
+        fragment << ";\n}\n";
+        plain_ =
+            std::make_unique<rawGl::Pass>(fragment.str(), inputs, output.framebuffer(),
+                                          static_cast<GLsizei>(output.width()), static_cast<GLsizei>(output.height()));
+        plain_->draw();
+        rawGl::requireNoError();
+    }
+
+    void runPlain() const { plain_->draw(); }
+
+private:
+    size_t target(size_t width, size_t height, size_t bits) {
+        return backend_.instance->createTarget({width, height}, bits, false, RenderBackend::NEAREST,
+                                               bits == 24 ? RenderBackend::RGB24 : RenderBackend::RGBA32);
+    }
+
+    size_t filledTarget() {
+        size_t const id = target(inputWidth_, inputHeight_, filter_.bitsPerPixelIn());
+        Gles3Target const& made = backend_.instance->target(id);
+        bool const rgb = filter_.bitsPerPixelIn() == 24;
+        std::vector<unsigned char> bytes(made.width() * made.height() * 4);
+        std::uint32_t state = 7;
+        for (auto& byte : bytes) {
+            state = state * 1664525U + 1013904223U;
+            byte = static_cast<unsigned char>(state >> 24U);
+        }
+        glBindTexture(GL_TEXTURE_2D, made.texture());
+        glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+        glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, static_cast<GLsizei>(made.width()), static_cast<GLsizei>(made.height()),
+                        rgb ? GL_RGB : GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
+        return id;
+    }
+
+    rawGl::PassInput passInput(size_t id) const {
+        Gles3Target const& source = backend_.instance->target(id);
+        return {source.texture(),
+                {1.0F / static_cast<float>(source.width()), 1.0F / static_cast<float>(source.height())},
+                {1, 1}};
+    }
+
+    BenchBackend backend_;
+    Filter filter_;
+    size_t inputWidth_ = 0; // logical pixels
+    size_t inputHeight_ = 0;
+    size_t destination_ = 0;
+    std::vector<FilterSource> sources_;
+    std::shared_ptr<SingleFilterParameters> parameters_;
+    std::vector<size_t> const offset_ = {0, 0};
+    GLuint table_ = 0;
+    std::unique_ptr<rawGl::Pass> plain_;
+};
+
+template <class Run>
+void measure(benchmark::State& state, GlBenchContext const& context, FilterScene& scene, Run run) {
+    context.finish();
+    for (auto _ : state) {
+        run(scene);
+        context.finish();
+    }
+    state.counters["Mpixel"] = benchmark::Counter(kSide * kSide / 1e6, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void measureOurs(benchmark::State& state, GlBenchContext const& context, std::string const& name) {
+    FilterScene scene(context, name);
+    measure(state, context, scene, [](FilterScene& ours) { ours.runOurs(); });
+}
+
+} // namespace
+
+void registerFilters(GlBenchContext const& context) {
+    Clock const clock = drawingClock(context);
+    for (Reads const& reads : kReads) {
+        std::string const name = reads.filter;
+        registerGl(clock, "filter/ours/" + name,
+                   [&context, name](benchmark::State& state) { measureOurs(state, context, name); });
+        registerGl(clock, "filter/plain/" + name, [&context, reads](benchmark::State& state) {
+            FilterScene scene(context, reads.filter);
+            scene.preparePlain(reads);
+            measure(state, context, scene, [](FilterScene const& plain) { plain.runPlain(); });
+        });
+    }
+    registerGl(clock, "filter/ours/FilterCLAHE",
+               [&context](benchmark::State& state) { measureOurs(state, context, "FilterCLAHE"); });
+}
