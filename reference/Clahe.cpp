@@ -138,7 +138,7 @@ ClaheTables claheTables(std::vector<std::int16_t> const& samples, int width, int
             if (left + kClaheRegion > width) {
                 tables.mappings.push_back(tables.mappings.back());
             } else if (top + kClaheRegion > height) {
-                tables.mappings.push_back(Histogram(tables.clampedAt(row - 1, column)));
+                tables.mappings.push_back(tables.clampedAt(row - 1, column));
             } else {
                 tables.mappings.push_back(
                     claheMapping(clippedHistogram(regionHistogram(samples, width, left, top), limit)));
@@ -166,7 +166,7 @@ std::int16_t claheInterpolated(ClaheTables const& tables, int x, int y, std::siz
 
 std::vector<std::int16_t> clahe(std::vector<std::int16_t> samples, int width, int height, double clip, int x0, int y0) {
     if (width <= kClaheRegion || height <= kClaheRegion) return samples;
-    double const singleClip = static_cast<double>(static_cast<float>(clip));
+    auto const singleClip = static_cast<double>(static_cast<float>(clip));
     ClaheTables const tables = claheTables(samples, width, height, std::max(singleClip, 1.0));
     for (int y = y0; y < height; ++y) {
         for (int x = x0; x < width; ++x) {

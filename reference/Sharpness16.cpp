@@ -12,7 +12,8 @@ namespace {
 constexpr std::array<int, 5> kWeights{1, 13, 36, 13, 1};
 
 int weightAt(int offset) {
-    return kWeights.at(static_cast<std::size_t>(offset + 2));
+    int const tap = offset + 2;
+    return kWeights.at(static_cast<std::size_t>(tap));
 }
 
 // Pixel x as a shader fetches it: each of its two texels clamped to the edge on its own.

@@ -15,9 +15,10 @@ using namespace backendtest;
 constexpr size_t kInstanceBytes = sizeof(Gles3RenderBackendInstance) + 2 * sizeof(void*);
 
 class Gles3RenderBackendFailureTest : public RecordingGlTest {
-protected:
+public:
     ~Gles3RenderBackendFailureTest() override { failNextAllocation(0); }
 
+protected:
     void expectUsable() {
         EXPECT_EQ(gl.living(), std::vector<std::string>()) << "names of the failed instance";
         auto const instance = backend.createInstance(surface);

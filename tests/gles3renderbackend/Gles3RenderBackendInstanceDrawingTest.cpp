@@ -345,9 +345,10 @@ TEST_F(Gles3RenderBackendInstanceDrawingTest, AnyNumberOfTilesIsDrawnInItsOrder)
         ASSERT_EQ(gl.draws().size(), count);
         for (size_t i = 0; i < count; ++i) {
             EXPECT_EQ(gl.draws()[i].textures.at(0), textures[i]) << "tile " << i << " of " << count;
-            EXPECT_EQ(
-                gl.draws()[i].uniforms.at("a_geometry"),
-                (Geometry{static_cast<float>(i % 16) / 8 - 1, static_cast<float>(i / 16) / 8 - 1, 0.125F, 0.125F}));
+            size_t const column = i % 16;
+            size_t const row = i / 16;
+            EXPECT_EQ(gl.draws()[i].uniforms.at("a_geometry"),
+                      (Geometry{static_cast<float>(column) / 8 - 1, static_cast<float>(row) / 8 - 1, 0.125F, 0.125F}));
         }
     }
 }

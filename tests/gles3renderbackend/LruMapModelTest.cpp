@@ -212,7 +212,7 @@ template <class Hash>
 class LruMapModelTest : public LruMapTest {};
 
 using Hashes = testing::Types<boost::hash<Key>, CrowdedHash, ConstantHash>;
-TYPED_TEST_SUITE(LruMapModelTest, Hashes);
+TYPED_TEST_SUITE(LruMapModelTest, Hashes, ); // C++17 wants something after the comma of a variadic macro
 
 TYPED_TEST(LruMapModelTest, RandomOperationsAgreeWithTheNaiveMapAfterEveryStep) {
     for (size_t const capacity : {0u, 1u, 30u, 90u}) {

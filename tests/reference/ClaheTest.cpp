@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <random>
 #include <utility>
@@ -249,7 +250,8 @@ TEST(ClaheTest, WholeNumbersInterpolateAsTheDoubleFormulaSays) {
                 double const ll = tables.clampedAt(cellY, cellX - 1)[bin];
                 double const lr = tables.clampedAt(cellY, cellX)[bin];
                 double const sum = (ul * (sizeX - dx) + ur * dx) * (sizeY - dy) + (ll * (sizeX - dx) + lr * dx) * dy;
-                ASSERT_EQ(claheInterpolated(tables, x, y, bin), static_cast<int>(sum / (sizeX * sizeY) + 0.5))
+                ASSERT_EQ(claheInterpolated(tables, x, y, bin),
+                          static_cast<int>(std::floor(sum / (sizeX * sizeY) + 0.5)))
                     << x << ", " << y << " bin " << bin;
             }
         }

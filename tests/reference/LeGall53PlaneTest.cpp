@@ -104,7 +104,9 @@ TEST(LeGall53PlaneTest, VerticalFilterTreatsColumnsAsTheHorizontalOneTreatsRows)
 // The way of the pictures: bands continued beyond the image, vertical filter first, then the horizontal one.
 TEST(LeGall53PlaneTest, TwoFilterStepsRestoreTheWholePlane) {
     std::mt19937 random(6);
-    for (auto const& [width, height] : {std::pair{12, 10}, std::pair{13, 9}, std::pair{1, 7}, std::pair{8, 1}}) {
+    for (auto const& size : {std::pair{12, 10}, std::pair{13, 9}, std::pair{1, 7}, std::pair{8, 1}}) {
+        int const width = size.first; // no structured binding: the lambda below captures it
+        int const height = size.second;
         Plane const plane = randomPlane(random, width, height);
         PlaneBands const bands = forward53Plane(plane);
         int const columns = (width + 1) / 2 + 2;

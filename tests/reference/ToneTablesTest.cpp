@@ -135,7 +135,7 @@ TEST(ToneTablesTest, EightBitSrgbTableEndsAt254BecauseTheFloorIsRequired) {
 TEST(ToneTablesTest, DeepSrgbTablesInvertThePublishedDecoding) {
     for (unsigned const depth : {14u, 16u}) {
         ByteTable const table = srgbTable(depth);
-        double const max = static_cast<double>(table.size() - 1);
+        auto const max = static_cast<double>(table.size() - 1);
         for (int code = 0; code < 256; ++code) {
             double const x = code / 255.0;
             double const linear = x <= 0.04045 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4);

@@ -7,7 +7,7 @@ namespace {
 using namespace reference;
 
 struct ColourRow {
-    char const* name;
+    char const* name = "";
     Rgb rgb;
     YCoCg colour;
 };

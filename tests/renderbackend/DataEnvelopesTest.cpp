@@ -44,7 +44,7 @@ Found rectangles(DataEnvelopes const& envelopes, Corner min = kPlaneMin, Corner 
 }
 
 struct Merged : DataEnvelopes {
-    static Found of(std::vector<Corner> cells) {
+    static Found of(std::vector<Corner> const& cells) {
         Found list;
         for (Rectangle const& r : mergeCells(cells))
             list.push_back({r.min[0], r.max[0], r.min[1], r.max[1]});

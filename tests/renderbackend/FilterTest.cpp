@@ -260,7 +260,8 @@ TEST_F(FilterCopyTest, ACloneOfADerivedObjectIsAPlainFilter) {
     };
     Derived const derived(original);
     std::unique_ptr<Filter> const copy = static_cast<Filter const&>(derived).clone();
-    EXPECT_EQ(typeid(*copy), typeid(Filter));
+    Filter const& made = *copy;
+    EXPECT_EQ(typeid(made), typeid(Filter));
     EXPECT_EQ(copy->invalidLeft(), 1u);
 }
 

@@ -33,7 +33,7 @@ std::string textOfNested(Text text, Outer const& outer, Inner const& inner, int 
         }
     } catch (std::exception const& exception) {
         errno = errorNumber;
-        std::string const result = text(exception);
+        std::string result = text(exception);
         errno = 0;
         return result;
     }

@@ -11,7 +11,6 @@
 namespace {
 
 using namespace filtertest;
-using reference::Plane;
 using reference::Planes3;
 
 class FilterGeometryGLTest : public FilterGLTest {};

@@ -21,10 +21,9 @@ TEST_F(GlNameTest, EachKindIsDeletedOnceByTheLastOwner) {
         gl.reset();
         GlName name = row.make();
         EXPECT_EQ(*name, 1U);
-        {
-            GlName const copy = name;
-            gl.forgetCalls();
-        }
+        GlName copy = name;
+        gl.forgetCalls();
+        copy.reset();
         EXPECT_TRUE(gl.calls().empty());
         name.reset();
         EXPECT_EQ(gl.texts(), Texts{row.deletion});

@@ -26,7 +26,7 @@ GLint bound(GLenum binding) {
 }
 
 class Gles3PboGLTest : public ::testing::Test {
-protected:
+public:
     // A failed map or unmap leaves its buffer bound, which would turn later uploads into reads from it.
     ~Gles3PboGLTest() override {
         glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
