@@ -1,6 +1,7 @@
 // Every filter beside a plain pass: a highp fragment stage that reads as many texels of the same textures for an output
-// of the same size and writes their sum. What a filter needs more is its arithmetic. An iteration is one run into an
-// output of 1024 x 1024 pixels and ends with glFinish.
+// of the same size and writes their sum. What a filter needs more is its arithmetic; for one filter also beside the same
+// arithmetic written plainly, on whole numbers. An iteration is one run into an output of 1024 x 1024 pixels and ends with
+// glFinish.
 #include "bench/Benchmarks.h"
 #include "bench/GlBenchContext.h"
 #include "bench/RawPass.h"
@@ -22,6 +23,20 @@ struct Reads {
     size_t further = 0;
     size_t table = 0;
 };
+
+// FilterYCoCg16ToRGBA8 as one would write it first: whole bytes, whole values, the formulas.
+constexpr char const* kPlainYCoCgToRgb = R"(
+void main() {
+    vec4 even = floor(255.0 * texture2D(s_0, v_0) + 0.5);
+    vec4 odd = floor(255.0 * texture2D(s_0, v_0 + vec2(t_0.x, 0.0)) + 0.5);
+    vec3 high = vec3(even.g, odd.r, odd.b);
+    high -= 256.0 * step(128.0, high);
+    vec3 yCoCg = 256.0 * high + vec3(even.r, even.b, odd.g);
+    float t = yCoCg.x - floor(yCoCg.z / 2.0);
+    float b = t - floor(yCoCg.y / 2.0);
+    gl_FragColor = vec4(b + yCoCg.y, yCoCg.z + t, b, 255.0) / 255.0;
+}
+)";
 
 // All but FilterCLAHE, which does not draw.
 constexpr std::array<Reads, 26> kReads = {{
@@ -84,6 +99,8 @@ public:
                                          *parameters_, offset_);
     }
 
+    void preparePlainYCoCgToRgb() { prepare(kPlainYCoCgToRgb, {passInput(sources_[0].target)}); }
+
     // The sum of as many texels, side by side.
     void preparePlain(Reads const& reads) {
         std::vector<rawGl::PassInput> inputs;
@@ -99,18 +116,22 @@ public:
             addInput(passInput(sources_[i].target), i == 0 ? reads.first : reads.further);
         if (reads.table != 0) table_ = rawGl::noiseTexture(kTableEntries, 1);
         if (reads.table != 0) addInput({table_, {1.0F / kTableEntries, 1.0F}, {1, 1}}, reads.table);
-        Gles3Target const& output = backend_.instance->target(destination_);
         fragment << ";\n}\n";
-        plain_ =
-            std::make_unique<rawGl::Pass>(fragment.str(), inputs, output.framebuffer(),
-                                          static_cast<GLsizei>(output.width()), static_cast<GLsizei>(output.height()));
-        plain_->draw();
-        rawGl::requireNoError();
+        prepare(fragment.str(), inputs);
     }
 
     void runPlain() const { plain_->draw(); }
 
 private:
+    void prepare(std::string const& fragment, std::vector<rawGl::PassInput> const& inputs) {
+        Gles3Target const& output = backend_.instance->target(destination_);
+        plain_ =
+            std::make_unique<rawGl::Pass>(fragment, inputs, output.framebuffer(), static_cast<GLsizei>(output.width()),
+                                          static_cast<GLsizei>(output.height()));
+        plain_->draw();
+        rawGl::requireNoError();
+    }
+
     size_t target(size_t width, size_t height, size_t bits) {
         return backend_.instance->createTarget({width, height}, bits, false, RenderBackend::NEAREST,
                                                bits == 24 ? RenderBackend::RGB24 : RenderBackend::RGBA32);
@@ -181,6 +202,11 @@ void registerFilters(GlBenchContext const& context) {
             measure(state, context, scene, [](FilterScene const& plain) { plain.runPlain(); });
         });
     }
+    registerGl(clock, "filter/wholeNumbers/FilterYCoCg16ToRGBA8", [&context](benchmark::State& state) {
+        FilterScene scene(context, "FilterYCoCg16ToRGBA8");
+        scene.preparePlainYCoCgToRgb();
+        measure(state, context, scene, [](FilterScene const& plain) { plain.runPlain(); });
+    });
     registerGl(clock, "filter/ours/FilterCLAHE",
                [&context](benchmark::State& state) { measureOurs(state, context, "FilterCLAHE"); });
 }
