@@ -1,0 +1,31 @@
+#pragma once
+
+#include "host/store/LevelTransform.h"
+#include "host/store/TileRowCutter.h"
+
+#include <deque>
+
+/// All levels of the wavelet transform of one plane, cut into tiles: rows of the plane go in, finished tiles come out.
+/// What it holds depends on the plane's width, the tile size and the number of levels, not on the plane's height.
+class PlaneTransform {
+public:
+    using Sample = wavelet53::Sample;
+
+    PlaneTransform(StoreInfo const& info, size_t plane, RawTileSink const& sink);
+    PlaneTransform(PlaneTransform const&) = delete;
+    PlaneTransform& operator=(PlaneTransform const&) = delete;
+
+    /// The next row from the top; after the last one every tile has come out. Throws CoefficientOverflow, after which
+    /// it is good for nothing.
+    void push(Sample const* row);
+
+    /// Samples that its buffers have room for.
+    size_t bufferedSamples() const;
+
+private:
+    void addLevel(StoreInfo const& info, size_t level, size_t plane, RawTileSink const& sink);
+
+    // A deque: levels refer to the one below, and do not move.
+    std::deque<LevelTransform> levels_;
+    std::deque<TileRowCutter> cutters_;
+};
