@@ -110,6 +110,11 @@ VImage shownBands(VImage const& image) {
     return image.bands() <= 4 ? image : image.extract_band(0, VImage::option()->set("n", 3));
 }
 
+bool hasResolution(VImage const& image) {
+    bool const whatFilesWithoutGet = image.xres() == 1 && image.yres() == 1;
+    return image.xres() > 0 && image.yres() > 0 && !whatFilesWithoutGet;
+}
+
 std::string describe(VImage const& image) {
     char const* const interpretation = vips_enum_nick(VIPS_TYPE_INTERPRETATION, image.interpretation());
     char const* const format = vips_enum_nick(VIPS_TYPE_BAND_FORMAT, image.format());
@@ -154,6 +159,14 @@ size_t ImageReader::bands() const {
 
 size_t ImageReader::sampleBytes() const {
     return state_->image.format() == VIPS_FORMAT_USHORT ? 2 : 1;
+}
+
+double ImageReader::pixelsPerMillimetreX() const {
+    return hasResolution(state_->image) ? state_->image.xres() : 0;
+}
+
+double ImageReader::pixelsPerMillimetreY() const {
+    return hasResolution(state_->image) ? state_->image.yres() : 0;
 }
 
 std::string ImageReader::description() const {

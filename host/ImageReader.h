@@ -35,6 +35,9 @@ public:
     size_t height() const override;
     size_t bands() const override;
     size_t sampleBytes() const override;
+    /// Resolutions of 1 along both axes, which libvips gives where a file has none, are taken as unknown.
+    double pixelsPerMillimetreX() const override;
+    double pixelsPerMillimetreY() const override;
     std::string description() const override;
 
 protected:

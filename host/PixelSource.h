@@ -23,6 +23,9 @@ public:
     virtual size_t bands() const = 0;
     /// Bytes of a sample: 1, or 2 in the machine's byte order.
     virtual size_t sampleBytes() const { return 1; }
+    /// Pixels per millimetre along x and along y; 0 where it is not known.
+    virtual double pixelsPerMillimetreX() const { return 0; }
+    virtual double pixelsPerMillimetreY() const { return 0; }
     /// What the picture is, for a person: "RGB, 8 bits a sample".
     virtual std::string description() const = 0;
 

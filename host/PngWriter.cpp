@@ -1,6 +1,7 @@
 #include "host/PngWriter.h"
 
 #include "host/HostError.h"
+#include "host/TemporaryOutput.h"
 
 #include <png.h>
 
@@ -9,27 +10,13 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
-
-namespace fs = std::filesystem;
 
 namespace {
 
 // Level 3 with one cheap filter: level 6 with libpng's own choice takes four times as long for a tenth less.
 constexpr int kCompressionLevel = 3;
 constexpr size_t kMaxSide = 0x7fffffff; // what a PNG header can say
-
-HostError unwritable(std::string const& path, std::string const& reason) {
-    return HostError(HostError::Kind::UnwritableOutput,
-                     "cannot write '" + path + "': " + reason + "; check the folder, its permissions and free space");
-}
-
-std::string errorText(int errorNumber) {
-    return std::generic_category().message(errorNumber);
-}
 
 int colourType(size_t bands) {
     constexpr std::array<int, 4> kTypes{PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB,
@@ -70,75 +57,45 @@ bool writeEnd(png_structp png, png_infop info) {
     return true;
 }
 
-// The file that the name stands for: a rename must replace what a link points to, not the link.
-fs::path resolved(std::string const& path) {
-    std::error_code ignored;
-    fs::path const target = fs::is_symlink(path, ignored) ? fs::weakly_canonical(path, ignored) : fs::path(path);
-    return target.empty() ? fs::path(path) : target;
-}
-
-mode_t newFileMode() {
-    mode_t const mask = umask(0);
-    umask(mask);
-    return static_cast<mode_t>(0666) & ~mask;
-}
-
 } // namespace
 
 struct PngWriter::State {
-    std::string path;      // as the user wrote it, for messages
-    fs::path target;       // what finish() replaces
-    std::string temporary; // empty: nothing to remove
-    std::FILE* file = nullptr;
-    size_t rowBytes = 0;
-    png_structp png = nullptr;
-    png_infop info = nullptr;
-    std::array<char, 256> pngMessage{};
-
-    State() = default;
+    explicit State(std::string const& path) : output(path) {
+        // Of its own: closing it must leave the output's open.
+        int const descriptor = dup(output.descriptor());
+        file = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
+        if (file != nullptr) return;
+        int const reason = errno;
+        if (descriptor >= 0) close(descriptor);
+        throw output.failure(reason);
+    }
     State(State const&) = delete;
     State& operator=(State const&) = delete;
 
     ~State() {
         png_destroy_write_struct(&png, &info);
         if (file != nullptr) std::fclose(file);
-        if (!temporary.empty()) unlink(temporary.c_str());
-    }
-
-    void createTemporary() {
-        std::string name = (target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string();
-        int const descriptor = mkstemp(name.data());
-        if (descriptor < 0) throw unwritable(path, errorText(errno));
-        temporary = name;
-        file = fdopen(descriptor, "wb");
-        if (file == nullptr) {
-            close(descriptor);
-            throw unwritable(path, errorText(errno));
-        }
-        // mkstemp makes a file for its owner alone; the result is an ordinary one.
-        fchmod(descriptor, newFileMode());
     }
 
     HostError pngFailure() const {
-        std::string const reason = errno == ENOSPC || errno == EFBIG ? errorText(errno) : pngMessage.data();
-        return unwritable(path, reason);
+        return errno == ENOSPC || errno == EFBIG ? output.failure(errno) : output.failure(pngMessage.data());
     }
+
+    TemporaryOutput output;
+    std::FILE* file = nullptr;
+    size_t rowBytes = 0;
+    png_structp png = nullptr;
+    png_infop info = nullptr;
+    std::array<char, 256> pngMessage{};
 };
 
 PngWriter::PngWriter(std::string const& path, size_t width, size_t height, size_t bands)
-    : state_(std::make_unique<State>()) {
-    if (width > kMaxSide || height > kMaxSide) throw unwritable(path, "the picture is too large for a PNG");
-    state_->path = path;
-    state_->target = resolved(path);
+    : state_(std::make_unique<State>(path)) {
+    if (width > kMaxSide || height > kMaxSide) throw state_->output.failure("the picture is too large for a PNG");
     state_->rowBytes = width * bands;
-    std::error_code missing;
-    auto const status = fs::status(state_->target, missing);
-    if (fs::exists(status) && !fs::is_regular_file(status)) throw unwritable(path, "it is not a regular file");
-    state_->createTemporary();
-
     state_->png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state_->pngMessage, onError, onWarning);
     if (state_->png != nullptr) state_->info = png_create_info_struct(state_->png);
-    if (state_->info == nullptr) throw unwritable(path, "libpng does not start");
+    if (state_->info == nullptr) throw state_->output.failure("libpng does not start");
     png_init_io(state_->png, state_->file);
     errno = 0;
     if (!writeHeader(state_->png, state_->info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height),
@@ -157,11 +114,8 @@ void PngWriter::finish() {
     State& state = *state_;
     errno = 0;
     if (!writeEnd(state.png, state.info)) throw state.pngFailure();
-    // The data must be on the disk before the name is: a power cut may otherwise leave a named, empty file.
-    if (std::fflush(state.file) != 0 || fsync(fileno(state.file)) != 0) throw unwritable(state.path, errorText(errno));
     int const closed = std::fclose(state.file);
     state.file = nullptr;
-    if (closed != 0) throw unwritable(state.path, errorText(errno));
-    if (std::rename(state.temporary.c_str(), state.target.c_str()) != 0) throw unwritable(state.path, errorText(errno));
-    state.temporary.clear();
+    if (closed != 0) throw state.output.failure(errno);
+    state.output.finish();
 }

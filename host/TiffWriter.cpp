@@ -1,0 +1,125 @@
+#include "host/TiffWriter.h"
+
+#include "host/TemporaryOutput.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr double kMicronsPerCentimetre = 10000;
+constexpr size_t kStripBytes = 256 * 1024;
+// Deflate may make noise a little larger: well below the 4 GiB that a classic TIFF reaches.
+constexpr size_t kMaxClassicBytes = size_t{7} << 29;
+
+using Message = std::array<char, 256>;
+
+int keepMessage(TIFF*, void* message, char const*, char const* format, va_list arguments) {
+    auto* const text = static_cast<Message*>(message);
+    std::vsnprintf(text->data(), text->size(), format, arguments);
+    return 1;
+}
+
+int dropMessage(TIFF*, void*, char const*, char const*, va_list) {
+    return 1;
+}
+
+size_t rowBytesOf(TiffWriter::Format const& format) {
+    return format.width * format.bands * format.bits / 8;
+}
+
+} // namespace
+
+struct TiffWriter::State {
+    State(std::string const& path, Format const& tiffFormat) : output(path), format(tiffFormat) {
+        // Of its own: closing it must leave the output's open.
+        int const descriptor = dup(output.descriptor());
+        if (descriptor < 0) throw output.failure(errno);
+        errno = 0;
+        bool const big = rowBytesOf(format) * format.height > kMaxClassicBytes;
+        TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
+        TIFFOpenOptionsSetErrorHandlerExtR(options, keepMessage, &message);
+        TIFFOpenOptionsSetWarningHandlerExtR(options, dropMessage, nullptr);
+        tiff = TIFFFdOpenExt(descriptor, path.c_str(), big ? "w8" : "w", options);
+        TIFFOpenOptionsFree(options);
+        if (tiff != nullptr) return;
+        close(descriptor);
+        throw failure();
+    }
+    State(State const&) = delete;
+    State& operator=(State const&) = delete;
+    ~State() {
+        if (tiff != nullptr) TIFFClose(tiff);
+    }
+
+    HostError failure() const {
+        return errno == ENOSPC || errno == EFBIG ? output.failure(errno) : output.failure(message.data());
+    }
+
+    template <class... Values>
+    void set(std::uint32_t tag, Values... values) {
+        if (TIFFSetField(tiff, tag, values...) != 1) throw failure();
+    }
+
+    void setFields() {
+        set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(format.width));
+        set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(format.height));
+        set(TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(format.bands));
+        set(TIFFTAG_BITSPERSAMPLE, static_cast<int>(format.bits));
+        set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+        set(TIFFTAG_PHOTOMETRIC, format.bands <= 2 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB);
+        set(TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+        set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+        set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(std::max<size_t>(kStripBytes / rowBytesOf(format), 1)));
+        if (format.bands % 2 == 0) {
+            std::uint16_t const alpha = EXTRASAMPLE_UNASSALPHA;
+            set(TIFFTAG_EXTRASAMPLES, 1, &alpha);
+        }
+        if (format.micronsPerPixelX > 0 && format.micronsPerPixelY > 0) {
+            set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
+            set(TIFFTAG_XRESOLUTION, kMicronsPerCentimetre / format.micronsPerPixelX);
+            set(TIFFTAG_YRESOLUTION, kMicronsPerCentimetre / format.micronsPerPixelY);
+        }
+    }
+
+    TemporaryOutput output;
+    Format format;
+    Message message{};
+    TIFF* tiff = nullptr;
+    std::vector<std::uint8_t> row;
+    size_t written = 0;
+};
+
+TiffWriter::TiffWriter(std::string const& path, Format const& format) : state_(std::make_unique<State>(path, format)) {
+    state_->setFields();
+}
+
+TiffWriter::~TiffWriter() = default;
+
+void TiffWriter::writeRow(std::uint8_t const* row) {
+    State& state = *state_;
+    // libtiff predicts in place.
+    state.row.assign(row, row + rowBytesOf(state.format));
+    errno = 0;
+    if (TIFFWriteScanline(state.tiff, state.row.data(), static_cast<std::uint32_t>(state.written), 0) != 1)
+        throw state.failure();
+    ++state.written;
+}
+
+void TiffWriter::finish() {
+    State& state = *state_;
+    if (state.written != state.format.height) throw state.output.failure("rows are missing");
+    errno = 0;
+    bool const flushed = TIFFFlush(state.tiff) == 1;
+    if (!flushed) throw state.failure();
+    TIFFClose(state.tiff);
+    state.tiff = nullptr;
+    state.output.finish();
+}

@@ -1,0 +1,82 @@
+#include "host/TiffWriter.h"
+#include "host/HostError.h"
+#include "host/ImageReader.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/host/TestImages.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+using testimages::Pixels;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+void write(std::string const& path, Pixels const& pixels, size_t rows) {
+    TiffWriter tiff(path, {pixels.width, pixels.height, pixels.bands, 8, 0, 0});
+    for (size_t y = 0; y < rows; ++y)
+        tiff.writeRow(&pixels.samples[y * pixels.width * pixels.bands]);
+    tiff.finish();
+}
+
+} // namespace
+
+TEST(TiffWriterTest, RowsAreReadBackAsWritten) {
+    TemporaryFolder const folder;
+    for (size_t bands = 1; bands <= 4; ++bands) {
+        Pixels const pixels = testimages::pattern8(2000, 145, bands);
+        write(folder.path("a.tif"), pixels, pixels.height);
+        EXPECT_EQ(testimages::difference(testimages::readByVips(folder.path("a.tif")), pixels), "") << bands;
+    }
+    EXPECT_EQ(folder.names(), Names{"a.tif"});
+}
+
+TEST(TiffWriterTest, SixteenBitsAndTheResolutionAreReadBackAsWritten) {
+    TemporaryFolder const folder;
+    std::vector<std::uint8_t> rows(50 * 40 * 3 * 2);
+    for (size_t y = 0, i = 0; y < 40; ++y)
+        for (size_t x = 0; x < 50; ++x)
+            for (size_t band = 0; band < 3; ++band, i += 2) {
+                std::uint16_t const sample = testimages::sample16(x, y, band);
+                std::memcpy(&rows[i], &sample, 2);
+            }
+    TiffWriter tiff(folder.path("a.tif"), {50, 40, 3, 16, 0.25, 0.5});
+    for (size_t y = 0; y < 40; ++y)
+        tiff.writeRow(&rows[y * 50 * 6]);
+    tiff.finish();
+    ImageReader reader(folder.path("a.tif"), ImageReader::Samples::kAsStored);
+    std::vector<std::uint8_t> read;
+    reader.read({0, 0, 50, 40}, read);
+    EXPECT_EQ(read, rows);
+    EXPECT_EQ(reader.pixelsPerMillimetreX(), 4000);
+    EXPECT_EQ(reader.pixelsPerMillimetreY(), 2000);
+}
+
+// Bytes 2 and 3 are the version: 42, or 43 of BigTIFF. The rows of a picture that is never finished need not be there.
+TEST(TiffWriterTest, WhatMayPass4GiBIsBigTiff) {
+    TemporaryFolder const folder;
+    for (auto const& [height, version] : std::vector<std::pair<size_t, char>>{{30'000, 42}, {50'000, 43}}) {
+        TiffWriter tiff(folder.path("a.tif"), {40'000, height, 3, 8, 0, 0});
+        std::string const file = readFile(folder.path(folder.names().at(0)));
+        EXPECT_EQ(file.at(2), version) << height;
+    }
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST(TiffWriterTest, MissingRowsAreAnErrorAndLeaveNoFile) {
+    TemporaryFolder const folder;
+    try {
+        write(folder.path("a.tif"), testimages::pattern8(20, 20, 3), 19);
+        FAIL() << "nothing was thrown";
+    } catch (HostError const& error) {
+        EXPECT_EQ(error.kind(), HostError::Kind::UnwritableOutput);
+    }
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST(TiffWriterTest, AMissingFolderIsAnUnwritableOutput) {
+    TemporaryFolder const folder;
+    EXPECT_THROW(TiffWriter(folder.path("none/a.tif"), {2, 2, 3, 8, 0, 0}), HostError);
+}
