@@ -15,6 +15,10 @@ public:
         NoGlContext,
         InexactGl,
         TooManySteps,
+        NoStore,
+        DamagedStore,
+        NewerStore,
+        LockedStore,
     };
 
     /// Line feeds in `text`, which messages of other libraries may hold, become "; ".

@@ -10,7 +10,7 @@ struct Row {
     char const* meaning;
 };
 
-constexpr std::array<Row, 10> kTable{
+constexpr std::array<Row, 14> kTable{
     {{kExitSuccess, "done"},
      {kExitInternalError, "internal error, out of memory, or verify found differences"},
      {kExitUsage, "the command line is not understood"},
@@ -20,6 +20,10 @@ constexpr std::array<Row, 10> kTable{
      {kExitUnwritableOutput, "the output cannot be written"},
      {kExitNoGlContext, "no OpenGL ES 3 context"},
      {kExitBackendFailure, "the render backend reports a failure"},
+     {kExitNoStore, "a file is no tile store"},
+     {kExitDamagedStore, "a tile store is damaged"},
+     {kExitNewerStore, "a tile store is of a newer version of the program"},
+     {kExitLockedStore, "a tile store is locked by another program"},
      {kExitInterrupted, "interrupted; no output is left behind"}}};
 
 } // namespace
@@ -36,6 +40,14 @@ ExitCode exitCodeOf(HostError::Kind kind) {
         return kExitUnwritableOutput;
     case HostError::Kind::NoGlContext:
         return kExitNoGlContext;
+    case HostError::Kind::NoStore:
+        return kExitNoStore;
+    case HostError::Kind::DamagedStore:
+        return kExitDamagedStore;
+    case HostError::Kind::NewerStore:
+        return kExitNewerStore;
+    case HostError::Kind::LockedStore:
+        return kExitLockedStore;
     case HostError::Kind::TooManySteps:
         return kExitUsage;
     case HostError::Kind::InexactGl:

@@ -15,6 +15,10 @@ enum ExitCode : int {
     kExitUnwritableOutput = 6,
     kExitNoGlContext = 7,
     kExitBackendFailure = 8,
+    kExitNoStore = 9,
+    kExitDamagedStore = 10,
+    kExitNewerStore = 11,
+    kExitLockedStore = 12,
     kExitInterrupted = 130, ///< 128 + SIGINT, as shells count it
 };
 

@@ -1,0 +1,79 @@
+#include "host/store/CompressionPool.h"
+
+#include <algorithm>
+#include <utility>
+
+CompressionPool::CompressionPool(StoreInfo const& info, size_t jobs)
+    : info_(info), maxWaiting_(kWaitingTilesAJob * std::max<size_t>(jobs, 1)) {
+    try {
+        for (size_t i = 0; i < std::max<size_t>(jobs, 1); ++i)
+            threads_.emplace_back(&CompressionPool::work, this);
+    } catch (...) {
+        endThreads();
+        throw;
+    }
+}
+
+CompressionPool::~CompressionPool() {
+    {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        waiting_.clear();
+    }
+    endThreads();
+}
+
+void CompressionPool::add(RawTile&& tile) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    roomWaits_.wait(lock, [this] { return waiting_.size() < maxWaiting_ || failure_; });
+    if (failure_) std::rethrow_exception(failure_);
+    waiting_.push_back(std::move(tile));
+    tileWaits_.notify_one();
+}
+
+std::vector<StoredTile> CompressionPool::take() {
+    std::lock_guard<std::mutex> const lock(mutex_);
+    if (failure_) std::rethrow_exception(failure_);
+    return std::exchange(finished_, {});
+}
+
+std::vector<StoredTile> CompressionPool::finish() {
+    endThreads();
+    return take();
+}
+
+void CompressionPool::work() {
+    try {
+        compressTiles();
+    } catch (...) {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        failure_ = std::current_exception();
+        roomWaits_.notify_all();
+    }
+}
+
+void CompressionPool::compressTiles() {
+    TileCodec codec(info_);
+    while (true) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        tileWaits_.wait(lock, [this] { return !waiting_.empty() || closed_; });
+        if (waiting_.empty()) return;
+        RawTile const tile = std::move(waiting_.front());
+        waiting_.pop_front();
+        roomWaits_.notify_one();
+        lock.unlock();
+        StoredTile stored = codec.encode(tile);
+        lock.lock();
+        finished_.push_back(std::move(stored));
+    }
+}
+
+void CompressionPool::endThreads() {
+    {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        closed_ = true;
+        tileWaits_.notify_all();
+    }
+    for (std::thread& thread : threads_)
+        thread.join();
+    threads_.clear();
+}

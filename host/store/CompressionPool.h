@@ -1,0 +1,50 @@
+#pragma once
+
+#include "host/store/TileCodec.h"
+
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+/// Threads that compress tiles. Tiles go in and, in any order, come out as they are stored.
+///
+///     one thread     add() -> waiting_ -> workers -> finished_ -> take()     the same thread
+///
+/// Everything that is shared lies behind one mutex. add() waits while kWaitingTilesAJob tiles a job wait already, so that
+/// a reader that is faster than the compression does not fill the memory.
+class CompressionPool {
+public:
+    CompressionPool(StoreInfo const& info, size_t jobs);
+    /// Waits for the tiles in work; those that wait are dropped.
+    ~CompressionPool();
+    CompressionPool(CompressionPool const&) = delete;
+    CompressionPool& operator=(CompressionPool const&) = delete;
+
+    /// Throws what a worker threw.
+    void add(RawTile&& tile);
+    /// What has been compressed so far. Throws as above.
+    std::vector<StoredTile> take();
+    /// Waits for all tiles and returns the rest of them. No add() after it. Throws as above.
+    std::vector<StoredTile> finish();
+
+private:
+    static constexpr size_t kWaitingTilesAJob = 16;
+
+    void work();
+    void compressTiles();
+    void endThreads();
+
+    StoreInfo info_;
+    size_t maxWaiting_;
+    std::mutex mutex_;
+    std::condition_variable tileWaits_; // or closed_
+    std::condition_variable roomWaits_; // or failure_
+    std::deque<RawTile> waiting_;
+    std::vector<StoredTile> finished_;
+    std::exception_ptr failure_;
+    bool closed_ = false;
+    std::vector<std::thread> threads_;
+};

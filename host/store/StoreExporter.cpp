@@ -1,0 +1,32 @@
+#include "host/store/StoreExporter.h"
+
+#include "host/TiffWriter.h"
+#include "host/store/ColourPlanes.h"
+#include "host/store/StoredPlane.h"
+
+#include <deque>
+
+void exportStore(TileStore& store, std::string const& path, ExportProgress const& progress) {
+    StoreInfo const& info = store.info();
+    TiffWriter tiff(path,
+                    {info.width, info.height, info.bands, info.bits, info.micronsPerPixelX, info.micronsPerPixelY});
+    std::deque<StoredPlane> planes;
+    std::deque<TileRowReader> residuals;
+    for (size_t plane = 0; plane < info.bands; ++plane) {
+        planes.emplace_back(store, plane);
+        if (info.residualBits > 0) residuals.emplace_back(store, 0, Band::Residual, plane);
+    }
+    ColourPlanes colours(info);
+    std::vector<std::uint8_t> pixels(info.width * info.bands * info.bits / 8);
+    for (size_t y = 0; y < info.height; ++y) {
+        progress(y, info.height);
+        for (size_t plane = 0; plane < info.bands; ++plane) {
+            planes[plane].next(colours.plane(plane));
+            if (info.residualBits > 0) residuals[plane].next(colours.residual(plane));
+        }
+        colours.join(pixels.data());
+        tiff.writeRow(pixels.data());
+    }
+    progress(info.height, info.height);
+    tiff.finish();
+}

@@ -1,0 +1,139 @@
+#include "host/store/StoreImporter.h"
+
+#include "host/HostError.h"
+#include "host/PixelSource.h"
+#include "host/store/ColourPlanes.h"
+#include "host/store/CompressionPool.h"
+#include "host/store/PlaneTransform.h"
+#include "host/store/TileStoreWriter.h"
+
+#include <algorithm>
+#include <array>
+#include <deque>
+#include <filesystem>
+#include <thread>
+
+namespace {
+
+constexpr size_t kStripBytes = 8 * 1024 * 1024;
+constexpr size_t kMaxStripRows = 128;
+constexpr double kMicronsPerMillimetre = 1000;
+
+double micronsPerPixel(double pixelsPerMillimetre) {
+    return pixelsPerMillimetre > 0 ? kMicronsPerMillimetre / pixelsPerMillimetre : 0;
+}
+
+char const* interpretationOf(size_t bands) {
+    constexpr std::array<char const*, StoreInfo::kMaxBands> kNames{"grey", "grey and alpha", "RGB", "RGBA"};
+    return kNames.at(bands - 1);
+}
+
+StoreInfo infoOf(PixelSource const& source, ImportOptions const& options, size_t residualBits) {
+    StoreInfo info;
+    info.width = source.width();
+    info.height = source.height();
+    info.bands = source.bands();
+    info.bits = 8 * source.sampleBytes();
+    info.residualBits = residualBits;
+    info.tileSize = options.tileSize;
+    info.levels = options.levels.value_or(storegeometry::autoLevels(info.width, info.height, info.tileSize));
+    info.micronsPerPixelX = micronsPerPixel(source.pixelsPerMillimetreX());
+    info.micronsPerPixelY = micronsPerPixel(source.pixelsPerMillimetreY());
+    info.sourceName = options.sourceName;
+    info.interpretation = interpretationOf(info.bands);
+    return info;
+}
+
+size_t jobsOf(ImportOptions const& options) {
+    return options.jobs > 0 ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
+}
+
+// The way of the samples from the picture's rows into the file. Only the thread that calls it talks to the file.
+class Import {
+public:
+    Import(std::string const& path, StoreInfo const& info, size_t jobs)
+        : info_(info), writer_(path, info), pool_(info, jobs), planes_(info) {
+        auto const sink = [this](RawTile&& tile) { put(std::move(tile)); };
+        for (size_t plane = 0; plane < info.bands; ++plane) {
+            transforms_.emplace_back(info, plane, sink);
+            if (info.residualBits > 0) residuals_.emplace_back(info, 0, Band::Residual, plane, sink);
+        }
+    }
+
+    void run(PixelSource& source, ImportProgress const& progress) {
+        size_t const rowBytes = info_.width * info_.bands * info_.bits / 8;
+        size_t const stripRows = std::clamp<size_t>(kStripBytes / rowBytes, 1, kMaxStripRows);
+        std::vector<std::uint8_t> pixels;
+        for (size_t y = 0; y < info_.height; y += stripRows) {
+            progress(y, info_.height);
+            size_t const rows = std::min(stripRows, info_.height - y);
+            source.read({0, y, info_.width, rows}, pixels);
+            for (size_t row = 0; row < rows; ++row)
+                pushRow(&pixels[row * rowBytes]);
+        }
+        write(pool_.finish());
+        progress(info_.height, info_.height);
+        writer_.finish();
+    }
+
+private:
+    void pushRow(std::uint8_t const* pixels) {
+        planes_.split(pixels);
+        for (size_t plane = 0; plane < info_.bands; ++plane) {
+            transforms_[plane].push(planes_.plane(plane));
+            if (info_.residualBits > 0) residuals_[plane].push(planes_.residual(plane));
+        }
+    }
+
+    void put(RawTile&& tile) {
+        pool_.add(std::move(tile));
+        write(pool_.take());
+    }
+
+    void write(std::vector<StoredTile> const& tiles) {
+        for (StoredTile const& tile : tiles)
+            writer_.write(tile);
+    }
+
+    StoreInfo info_;
+    TileStoreWriter writer_;
+    CompressionPool pool_;
+    ColourPlanes planes_;
+    std::deque<PlaneTransform> transforms_;
+    std::deque<TileRowCutter> residuals_;
+};
+
+void requireNoFile(std::string const& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(path, ignored))
+        throw HostError(HostError::Kind::UnwritableOutput,
+                        "'" + path + "' exists already; choose another name, or replace it with --force");
+}
+
+void requireSize(PixelSource const& source) {
+    if (source.width() > StoreInfo::kMaxSide || source.height() > StoreInfo::kMaxSide)
+        throw HostError(HostError::Kind::UnreadableImage, "the picture is too large: a tile store has up to " +
+                                                              std::to_string(StoreInfo::kMaxSide) +
+                                                              " pixels a side; import a part of it");
+}
+
+} // namespace
+
+StoreInfo importStore(PictureOpener const& open, std::string const& path, ImportOptions const& options,
+                      ImportProgress const& progress) {
+    if (!options.replace) requireNoFile(path);
+    auto source = open();
+    requireSize(*source);
+    std::deque<size_t> residualBits = source->sampleBytes() == 2 ? std::deque<size_t>{3, 5} : std::deque<size_t>{0};
+    while (true) {
+        StoreInfo const info = infoOf(*source, options, residualBits.front());
+        residualBits.pop_front();
+        try {
+            Import(path, info, jobsOf(options)).run(*source, progress);
+            return info;
+        } catch (CoefficientOverflow const&) {
+            if (residualBits.empty()) throw;
+        }
+        source = open();
+    }
+}

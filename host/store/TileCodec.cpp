@@ -1,0 +1,116 @@
+#include "host/store/TileCodec.h"
+
+#include <zlib.h>
+#include <zstd.h>
+
+#include <algorithm>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+// Higher levels take several times as long for a few per cent.
+constexpr int kCompressionLevel = 3;
+
+using Bytes = std::vector<std::uint8_t>;
+using Samples = std::vector<std::int16_t>;
+
+void toBytes(Samples const& samples, Bytes& bytes) {
+    size_t const count = samples.size();
+    bytes.resize(2 * count);
+    for (size_t i = 0; i < count; ++i) {
+        auto const sample = static_cast<std::uint16_t>(samples[i]);
+        bytes[i] = static_cast<std::uint8_t>(sample);
+        bytes[count + i] = static_cast<std::uint8_t>(sample >> 8);
+    }
+}
+
+Samples toSamples(Bytes const& bytes) {
+    size_t const count = bytes.size() / 2;
+    Samples samples(count);
+    for (size_t i = 0; i < count; ++i)
+        samples[i] = static_cast<std::int16_t>(bytes[i] | bytes[count + i] << 8);
+    return samples;
+}
+
+std::uint32_t checksum(Bytes const& bytes) {
+    return static_cast<std::uint32_t>(crc32(0, bytes.data(), static_cast<uInt>(bytes.size())));
+}
+
+// Beyond the filled part there is 0, which says nothing about the picture.
+std::optional<std::int16_t> uniformValue(RawTile const& tile, size_t side) {
+    std::int16_t const value = tile.samples.front();
+    for (size_t y = 0; y < tile.filled.height; ++y) {
+        auto const row = tile.samples.begin() + static_cast<std::ptrdiff_t>(y * side);
+        auto const end = row + static_cast<std::ptrdiff_t>(tile.filled.width);
+        if (std::any_of(row, end, [=](std::int16_t sample) { return sample != value; })) return std::nullopt;
+    }
+    return value;
+}
+
+Samples uniformSamples(std::int16_t value, Extent const& filled, size_t side) {
+    Samples samples(side * side);
+    for (size_t y = 0; y < filled.height; ++y)
+        std::fill_n(samples.begin() + static_cast<std::ptrdiff_t>(y * side), filled.width, value);
+    return samples;
+}
+
+} // namespace
+
+struct TileCodec::State {
+    explicit State(StoreInfo const& storeInfo)
+        : info(storeInfo), compressor(ZSTD_createCCtx()), decompressor(ZSTD_createDCtx()) {
+        if (compressor == nullptr || decompressor == nullptr) {
+            release();
+            throw std::bad_alloc();
+        }
+    }
+    State(State const&) = delete;
+    State& operator=(State const&) = delete;
+    ~State() { release(); }
+
+    void release() {
+        ZSTD_freeCCtx(compressor);
+        ZSTD_freeDCtx(decompressor);
+    }
+
+    StoreInfo info;
+    ZSTD_CCtx* compressor;
+    ZSTD_DCtx* decompressor;
+    Bytes bytes;
+};
+
+TileCodec::TileCodec(StoreInfo const& info) : state_(std::make_unique<State>(info)) {}
+
+TileCodec::~TileCodec() = default;
+
+StoredTile TileCodec::encode(RawTile const& tile) {
+    Bytes& bytes = state_->bytes;
+    toBytes(tile.samples, bytes);
+    StoredTile stored{tile.address, uniformValue(tile, state_->info.tileSize), checksum(bytes), {}};
+    if (stored.value) return stored;
+    stored.data.resize(ZSTD_compressBound(bytes.size()));
+    size_t const size = ZSTD_compressCCtx(state_->compressor, stored.data.data(), stored.data.size(), bytes.data(),
+                                          bytes.size(), kCompressionLevel);
+    if (ZSTD_isError(size) != 0) throw std::runtime_error(std::string("zstd fails: ") + ZSTD_getErrorName(size));
+    stored.data.resize(size);
+    stored.data.shrink_to_fit();
+    return stored;
+}
+
+std::optional<std::vector<std::int16_t>> TileCodec::decode(StoredTile const& tile) {
+    size_t const side = state_->info.tileSize;
+    Bytes& bytes = state_->bytes;
+    if (tile.value) {
+        Samples samples = uniformSamples(*tile.value, storegeometry::filledPart(state_->info, tile.address), side);
+        toBytes(samples, bytes);
+        if (checksum(bytes) != tile.crc) return std::nullopt;
+        return samples;
+    }
+    bytes.resize(2 * side * side);
+    size_t const size =
+        ZSTD_decompressDCtx(state_->decompressor, bytes.data(), bytes.size(), tile.data.data(), tile.data.size());
+    if (size != bytes.size() || checksum(bytes) != tile.crc) return std::nullopt;
+    return toSamples(bytes);
+}

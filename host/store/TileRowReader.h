@@ -1,0 +1,27 @@
+#pragma once
+
+#include "host/store/TileStore.h"
+
+#include <cstdint>
+#include <vector>
+
+/// The rows of a band of one plane from the top, read from the store a row of tiles at a time.
+class TileRowReader {
+public:
+    using Sample = wavelet53::Sample;
+
+    TileRowReader(TileStore& store, size_t level, Band band, size_t plane);
+
+    /// As many samples as the band has in a row. Throws what TileStore::tile throws.
+    void next(Sample* row);
+
+private:
+    void read();
+
+    TileStore& store_;
+    TileAddress next_;
+    Extent extent_;
+    std::vector<Sample> rows_;
+    size_t held_ = 0; // rows in rows_
+    size_t given_ = 0;
+};

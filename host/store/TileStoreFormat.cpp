@@ -1,0 +1,76 @@
+#include "host/store/TileStoreFormat.h"
+
+#include <array>
+#include <charconv>
+#include <stdexcept>
+
+namespace {
+
+using storeformat::Meta;
+
+std::string toText(double number) {
+    std::array<char, 32> text{};
+    auto const end = std::to_chars(text.data(), text.data() + text.size(), number);
+    return {text.data(), end.ptr};
+}
+
+std::string const& textOf(Meta const& meta, std::string const& key) {
+    auto const entry = meta.find(key);
+    if (entry == meta.end()) throw std::invalid_argument("it does not say its " + key);
+    return entry->second;
+}
+
+template <class Number>
+Number numberOf(Meta const& meta, std::string const& key, Number smallest, Number largest) {
+    std::string const& text = textOf(meta, key);
+    Number number{};
+    auto const end = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (end.ec != std::errc() || end.ptr != text.data() + text.size() || !(number >= smallest && number <= largest))
+        throw std::invalid_argument("its " + key + " cannot be '" + text + "'");
+    return number;
+}
+
+} // namespace
+
+std::int64_t storeformat::keyOf(TileAddress const& address) {
+    auto const number = [](size_t value) { return static_cast<std::int64_t>(value); };
+    constexpr std::int64_t kPositions = std::int64_t{1} << 24;
+    constexpr std::int64_t kBands = 8;
+    constexpr std::int64_t kPlanes = 4;
+    std::int64_t const position = (number(address.level) * kPositions + number(address.row)) * kPositions;
+    return ((position + number(address.column)) * kBands + static_cast<std::int64_t>(address.band)) * kPlanes +
+           number(address.plane);
+}
+
+Meta storeformat::toMeta(StoreInfo const& info) {
+    return {{"width", std::to_string(info.width)},
+            {"height", std::to_string(info.height)},
+            {"bands", std::to_string(info.bands)},
+            {"bits", std::to_string(info.bits)},
+            {"residualBits", std::to_string(info.residualBits)},
+            {"levels", std::to_string(info.levels)},
+            {"tileSize", std::to_string(info.tileSize)},
+            {"micronsPerPixelX", toText(info.micronsPerPixelX)},
+            {"micronsPerPixelY", toText(info.micronsPerPixelY)},
+            {"sourceName", info.sourceName},
+            {"interpretation", info.interpretation}};
+}
+
+StoreInfo storeformat::fromMeta(Meta const& meta) {
+    constexpr double kMostMicrons = 1e12;
+    StoreInfo info;
+    info.width = numberOf<size_t>(meta, "width", 1, StoreInfo::kMaxSide);
+    info.height = numberOf<size_t>(meta, "height", 1, StoreInfo::kMaxSide);
+    info.bands = numberOf<size_t>(meta, "bands", 1, StoreInfo::kMaxBands);
+    info.bits = numberOf<size_t>(meta, "bits", 8, 16);
+    info.residualBits = numberOf<size_t>(meta, "residualBits", 0, info.bits - 1);
+    info.levels = numberOf<size_t>(meta, "levels", 1, StoreInfo::kMaxLevels);
+    info.tileSize = numberOf<size_t>(meta, "tileSize", StoreInfo::kMinTileSize, StoreInfo::kMaxTileSize);
+    info.micronsPerPixelX = numberOf<double>(meta, "micronsPerPixelX", 0, kMostMicrons);
+    info.micronsPerPixelY = numberOf<double>(meta, "micronsPerPixelY", 0, kMostMicrons);
+    info.sourceName = textOf(meta, "sourceName");
+    info.interpretation = textOf(meta, "interpretation");
+    if (info.bits != 8 && info.bits != 16) throw std::invalid_argument("its bits are neither 8 nor 16");
+    if (info.tileSize % 2 != 0) throw std::invalid_argument("its tileSize is odd");
+    return info;
+}

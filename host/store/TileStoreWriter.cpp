@@ -1,0 +1,70 @@
+#include "host/store/TileStoreWriter.h"
+
+#include "host/store/TileStoreFormat.h"
+
+namespace {
+
+// Without a journal: a file under a temporary name is thrown away after a failure, never repaired. TemporaryOutput
+// writes it to the disk before it gets its name. Pages of 16 KiB: tiles are some tens of KiB.
+constexpr auto kSettings = R"(
+    PRAGMA page_size = 16384;
+    PRAGMA journal_mode = OFF;
+    PRAGMA synchronous = OFF;
+    PRAGMA locking_mode = EXCLUSIVE;
+    BEGIN;
+    CREATE TABLE meta(key TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
+    CREATE TABLE tiles(id INTEGER PRIMARY KEY, value INTEGER, crc INTEGER NOT NULL, data BLOB);
+)";
+
+} // namespace
+
+template <class Action>
+void TileStoreWriter::translated(Action const& action) const {
+    try {
+        action();
+    } catch (sqlite::Failure const& failure) {
+        throw output_.failure(failure.what());
+    }
+}
+
+TileStoreWriter::TileStoreWriter(std::string const& path, StoreInfo const& info) : output_(path) {
+    translated([&] { create(info); });
+}
+
+void TileStoreWriter::write(StoredTile const& tile) {
+    translated([&] {
+        insert_->bind(1, storeformat::keyOf(tile.address));
+        insert_->bind(3, std::int64_t{tile.crc});
+        if (tile.value) {
+            insert_->bind(2, std::int64_t{*tile.value});
+            insert_->bindNull(4);
+        } else {
+            insert_->bindNull(2);
+            insert_->bind(4, tile.data);
+        }
+        insert_->step();
+        insert_->reset();
+    });
+}
+
+void TileStoreWriter::finish() {
+    insert_.reset();
+    translated([&] { database_->execute("COMMIT"); });
+    database_.reset();
+    output_.finish();
+}
+
+void TileStoreWriter::create(StoreInfo const& info) {
+    database_.emplace(output_.temporaryName(), sqlite::Database::Mode::ReadWrite);
+    database_->execute(kSettings);
+    database_->execute("PRAGMA application_id = " + std::to_string(storeformat::kApplicationId));
+    database_->execute("PRAGMA user_version = " + std::to_string(storeformat::kSchemaVersion));
+    sqlite::Statement meta(*database_, "INSERT INTO meta VALUES(?, ?)");
+    for (auto const& [key, value] : storeformat::toMeta(info)) {
+        meta.bind(1, key);
+        meta.bind(2, value);
+        meta.step();
+        meta.reset();
+    }
+    insert_.emplace(*database_, "INSERT INTO tiles VALUES(?, ?, ?, ?)");
+}

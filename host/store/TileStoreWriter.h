@@ -1,0 +1,30 @@
+#pragma once
+
+#include "host/TemporaryOutput.h"
+#include "host/store/Sqlite.h"
+#include "host/store/TileCodec.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+/// Writes the file of a tile store. It takes its name in finish() only; a writer that is destroyed before that leaves
+/// nothing behind. One thread at a time. Every operation throws HostError (unwritable output).
+class TileStoreWriter {
+public:
+    TileStoreWriter(std::string const& path, StoreInfo const& info);
+
+    /// Each tile once, in any order.
+    void write(StoredTile const& tile);
+
+    void finish();
+
+private:
+    template <class Action>
+    void translated(Action const& action) const;
+    void create(StoreInfo const& info);
+
+    TemporaryOutput output_;
+    std::optional<sqlite::Database> database_;
+    std::optional<sqlite::Statement> insert_;
+};

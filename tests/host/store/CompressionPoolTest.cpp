@@ -1,0 +1,114 @@
+#include "host/store/CompressionPool.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+
+namespace {
+
+using Samples = std::vector<std::int16_t>;
+
+StoreInfo infoOf(size_t side) {
+    StoreInfo info;
+    info.width = info.height = side;
+    info.bands = 1;
+    info.tileSize = 16;
+    return info;
+}
+
+Samples noise(unsigned number) {
+    std::mt19937 random(number);
+    Samples samples(16 * 16);
+    for (auto& sample : samples)
+        sample = static_cast<std::int16_t>(random());
+    return samples;
+}
+
+RawTile tileOf(size_t column, Samples const& samples) {
+    return {{1, Band::HL, 0, column, 0}, {16, 16}, samples};
+}
+
+} // namespace
+
+TEST(TileCodecTest, SamplesComeBackAndNoiseIsNotMuchLarger) {
+    TileCodec codec(infoOf(1000));
+    for (unsigned number = 0; number < 20; ++number) {
+        StoredTile const stored = codec.encode(tileOf(number, noise(number)));
+        EXPECT_FALSE(stored.value);
+        EXPECT_LE(stored.data.size(), 2 * 16 * 16 + 16u);
+        EXPECT_EQ(codec.decode(stored), noise(number));
+    }
+}
+
+TEST(TileCodecTest, ATileOfOneValueIsKeptAsThatValue) {
+    TileCodec codec(infoOf(1000));
+    for (int const value : {0, 1, -1, 32767, -32768}) {
+        auto const sample = static_cast<std::int16_t>(value);
+        StoredTile const stored = codec.encode(tileOf(0, Samples(16 * 16, sample)));
+        EXPECT_EQ(stored.value, sample);
+        EXPECT_TRUE(stored.data.empty());
+        EXPECT_EQ(codec.decode(stored), Samples(16 * 16, sample));
+    }
+    Samples almost(16 * 16, 5);
+    almost.back() = 6;
+    EXPECT_FALSE(codec.encode(tileOf(0, almost)).value);
+}
+
+// A picture of 36 samples a side has bands of 20: of tile 1, four columns lie in the band.
+TEST(TileCodecTest, BeyondTheBandThereIsZeroWhateverTheValue) {
+    TileCodec codec(infoOf(36));
+    Samples samples(16 * 16, 0);
+    for (size_t y = 0; y < 16; ++y)
+        for (size_t x = 0; x < 4; ++x)
+            samples[y * 16 + x] = 7;
+    StoredTile const stored = codec.encode({{1, Band::HL, 0, 1, 0}, {4, 16}, samples});
+    EXPECT_EQ(stored.value, std::int16_t{7});
+    EXPECT_EQ(codec.decode(stored), samples);
+}
+
+TEST(TileCodecTest, WhatIsDamagedIsNotDecoded) {
+    TileCodec codec(infoOf(1000));
+    StoredTile const whole = codec.encode(tileOf(0, noise(1)));
+    StoredTile damaged = whole;
+    damaged.crc ^= 1u;
+    EXPECT_FALSE(codec.decode(damaged));
+    damaged = whole;
+    damaged.data.resize(damaged.data.size() - 1);
+    EXPECT_FALSE(codec.decode(damaged));
+    damaged = whole;
+    damaged.data.clear();
+    EXPECT_FALSE(codec.decode(damaged));
+    damaged.value = std::int16_t{3};
+    EXPECT_FALSE(codec.decode(damaged));
+}
+
+TEST(CompressionPoolTest, EveryTileComesOutOnceWhateverTheNumberOfJobs) {
+    constexpr size_t kTiles = 500;
+    for (size_t const jobs : {1u, 2u, 7u}) {
+        StoreInfo const info = infoOf(32 * kTiles);
+        TileCodec codec(info);
+        std::map<size_t, Samples> decoded;
+        auto const keep = [&](std::vector<StoredTile> const& tiles) {
+            for (StoredTile const& tile : tiles)
+                EXPECT_TRUE(decoded.emplace(tile.address.column, codec.decode(tile).value()).second);
+        };
+        CompressionPool pool(info, jobs);
+        for (size_t column = 0; column < kTiles; ++column) {
+            pool.add(tileOf(column, noise(static_cast<unsigned>(column))));
+            keep(pool.take());
+        }
+        keep(pool.finish());
+        ASSERT_EQ(decoded.size(), kTiles);
+        for (auto const& [column, samples] : decoded)
+            EXPECT_EQ(samples, noise(static_cast<unsigned>(column)));
+    }
+}
+
+TEST(CompressionPoolTest, ItEndsInTheMiddleOfItsWork) {
+    for (size_t tiles = 0; tiles < 40; ++tiles) {
+        CompressionPool pool(infoOf(10'000), 3);
+        for (size_t column = 0; column < tiles; ++column)
+            pool.add(tileOf(column, noise(1)));
+    }
+}
