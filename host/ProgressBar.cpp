@@ -1,6 +1,7 @@
 #include "host/ProgressBar.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <unistd.h>
 #include <utility>
@@ -21,8 +22,8 @@ std::string timeLeft(std::chrono::steady_clock::duration elapsed, size_t done, s
 
 } // namespace
 
-ProgressBar::ProgressBar(std::string title, std::FILE* stream)
-    : title_(std::move(title)), stream_(stream), shown_(isatty(fileno(stream)) == 1) {}
+ProgressBar::ProgressBar(std::string title, std::FILE* stream, size_t pixelsPerStep)
+    : title_(std::move(title)), stream_(stream), pixelsPerStep_(pixelsPerStep), shown_(isatty(fileno(stream)) == 1) {}
 
 ProgressBar::~ProgressBar() {
     if (!drawn_) return;
@@ -34,7 +35,9 @@ void ProgressBar::update(size_t done, size_t total) {
     if (!shown_) return;
     auto const now = Clock::now();
     if (drawn_ && now - lastDraw_ < kRedrawInterval && done < total) return;
-    std::string const text = kEraseLine + line(title_, done, total) + timeLeft(now - start_, done, total);
+    double const seconds = std::chrono::duration<double>(now - start_).count();
+    std::string const text = kEraseLine + line(title_, done, total) + rate(done * pixelsPerStep_, seconds) +
+                             timeLeft(now - start_, done, total);
     std::fputs(text.c_str(), stream_);
     std::fflush(stream_);
     drawn_ = true;
@@ -48,4 +51,11 @@ std::string ProgressBar::line(std::string const& title, size_t done, size_t tota
     std::string const percent = std::to_string(100 * shown / whole);
     return title + "  [" + std::string(filled, '#') + std::string(kBarCharacters - filled, '-') + "] " +
            std::string(percent.size() < 3 ? 3 - percent.size() : 0, ' ') + percent + "%";
+}
+
+std::string ProgressBar::rate(size_t pixels, double seconds) {
+    if (pixels == 0 || seconds <= 0) return "";
+    std::array<char, 48> text{};
+    std::snprintf(text.data(), text.size(), "  %.1f Mpixel/s", static_cast<double>(pixels) / 1e6 / seconds);
+    return text.data();
 }

@@ -12,7 +12,8 @@
 /// Draws nothing where the stream is no terminal. A class of our own: Debian packages no C++ library for it.
 class ProgressBar {
 public:
-    ProgressBar(std::string title, std::FILE* stream);
+    /// pixelsPerStep: where it is not 0, the line says how many million pixels a second are done.
+    ProgressBar(std::string title, std::FILE* stream, size_t pixelsPerStep = 0);
     /// Wipes the line.
     ~ProgressBar();
 
@@ -22,14 +23,17 @@ public:
     /// done of total steps; redraws at most ten times a second.
     void update(size_t done, size_t total);
 
-    /// The line for a share of the work, without the time left.
+    /// The line for a share of the work, without rate and time left.
     static std::string line(std::string const& title, size_t done, size_t total);
+    /// "  12.5 Mpixel/s" for so many pixels in so many seconds; empty where one of them is 0.
+    static std::string rate(size_t pixels, double seconds);
 
 private:
     using Clock = std::chrono::steady_clock;
 
     std::string title_;
     std::FILE* stream_;
+    size_t pixelsPerStep_;
     bool shown_;
     bool drawn_ = false;
     Clock::time_point start_ = Clock::now();

@@ -16,6 +16,7 @@ constexpr auto kExamples = R"(Examples:
   velmora render -o map.png -r 0,0,1920,1080   draw a part of the built-in picture
   velmora info                                 what the GL driver can do
   velmora verify                               whether every filter is exact on it
+  velmora import photo.tif photo.store         keep an image as a lossless tile store
   velmora render --help                        more about one command
 
 )";
@@ -38,6 +39,9 @@ int run(int argc, char** argv) {
     addRenderCommand(program);
     addInfoCommand(program);
     addVerifyCommand(program);
+    addImportCommand(program);
+    addExportCommand(program);
+    addCheckCommand(program);
     try {
         program.parse(argc, argv);
     } catch (CLI::ParseError const& error) {

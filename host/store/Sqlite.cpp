@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <cerrno>
+#include <new>
 #include <system_error>
 
 namespace sqlite {
@@ -13,7 +15,8 @@ constexpr int kPrimaryCode = 0xff;
 // Of a failed write SQLite itself says "disk I/O error"; the system says why.
 Failure failureOf(sqlite3* database) {
     int const code = sqlite3_errcode(database) & kPrimaryCode;
-    int const reason = sqlite3_system_errno(database);
+    int const known = sqlite3_system_errno(database);
+    int const reason = known != 0 ? known : errno; // of a failed commit only errno knows
     bool const system = (code == SQLITE_IOERR || code == SQLITE_FULL || code == SQLITE_CANTOPEN) && reason != 0;
     return Failure(system ? std::generic_category().message(reason) : sqlite3_errmsg(database), code);
 }
@@ -34,6 +37,7 @@ Database::Database(std::string const& path, Mode mode) {
 }
 
 void Database::execute(std::string const& statements) {
+    errno = 0;
     if (sqlite3_exec(handle(), statements.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) throw failureOf(handle());
 }
 
@@ -70,6 +74,7 @@ void Statement::bindNull(int parameter) {
 }
 
 bool Statement::step() {
+    errno = 0;
     int const code = sqlite3_step(statement_.get());
     if (code == SQLITE_ROW) return true;
     if (code != SQLITE_DONE) throw failureOf(database_);

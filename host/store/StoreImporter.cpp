@@ -126,7 +126,7 @@ StoreInfo importStore(PictureOpener const& open, std::string const& path, Import
     requireSize(*source);
     std::deque<size_t> residualBits = source->sampleBytes() == 2 ? std::deque<size_t>{3, 5} : std::deque<size_t>{0};
     while (true) {
-        StoreInfo const info = infoOf(*source, options, residualBits.front());
+        StoreInfo info = infoOf(*source, options, residualBits.front());
         residualBits.pop_front();
         try {
             Import(path, info, jobsOf(options)).run(*source, progress);

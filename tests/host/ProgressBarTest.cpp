@@ -60,6 +60,20 @@ TEST(ProgressBarTest, LineSurvivesNoWorkAndTooMuch) {
     EXPECT_EQ(ProgressBar::line("a", 9, 8), "a  [########################] 100%");
 }
 
+TEST(ProgressBarTest, RateIsInMillionsOfPixelsASecond) {
+    EXPECT_EQ(ProgressBar::rate(25000000, 2), "  12.5 Mpixel/s");
+    EXPECT_EQ(ProgressBar::rate(0, 2), "");
+    EXPECT_EQ(ProgressBar::rate(25000000, 0), "");
+}
+
+TEST(ProgressBarTest, ALineWithPixelsAStepSaysTheRate) {
+    PseudoTerminal const terminal;
+    ASSERT_NE(terminal.stream(), nullptr);
+    ProgressBar bar("a.store", terminal.stream(), 1000000);
+    bar.update(2, 2);
+    EXPECT_NE(terminal.writtenUpTo(" Mpixel/s").find("] 100%  "), std::string::npos);
+}
+
 TEST(ProgressBarTest, TerminalSeesTheBarAndAWipedLineAtTheEnd) {
     PseudoTerminal const terminal;
     ASSERT_NE(terminal.stream(), nullptr);

@@ -49,7 +49,7 @@ std::map<Key, reference::Plane> assembledBands(StoreInfo const& info, Plane64 co
         ASSERT_EQ(tile.samples.size(), info.tileSize * info.tileSize);
         for (int y = 0; y < side; ++y)
             for (int x = 0; x < side; ++x) {
-                Sample const sample = tile.samples[static_cast<size_t>(y * side + x)];
+                Sample const sample = tile.samples.at(static_cast<size_t>(y) * info.tileSize + static_cast<size_t>(x));
                 bool const filled = x < static_cast<int>(tile.filled.width) && y < static_cast<int>(tile.filled.height);
                 if (!filled) {
                     ASSERT_EQ(sample, 0) << toText(at);

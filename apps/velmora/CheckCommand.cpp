@@ -1,0 +1,41 @@
+#include "apps/velmora/Commands.h"
+#include "apps/velmora/Interruption.h"
+#include "host/HostError.h"
+#include "host/ProgressBar.h"
+#include "host/store/StoreCheck.h"
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace {
+
+StoreCheckResult checkWithProgress(std::string const& path) {
+    TileStore store(path);
+    ProgressBar bar(path, stderr);
+    return checkStore(store, [&](size_t done, size_t total) {
+        interruption::throwIfNoted();
+        bar.update(done, total);
+    });
+}
+
+void check(std::string const& path) {
+    StoreCheckResult const result = checkWithProgress(path);
+    for (std::string const& description : result.descriptions)
+        std::printf("%s\n", description.c_str());
+    if (result.damages > 0)
+        throw HostError(HostError::Kind::DamagedStore, "the tile store '" + path + "' is damaged in " +
+                                                           std::to_string(result.damages) +
+                                                           " places; import the picture again, or restore the file "
+                                                           "from a copy");
+    std::printf("%s: %zu tiles, all as they were written\n", path.c_str(), result.tiles);
+}
+
+} // namespace
+
+void addCheckCommand(CLI::App& program) {
+    auto const path = std::make_shared<std::string>();
+    auto* const command = program.add_subcommand("check", "Read every tile of a tile store and test its checksum");
+    command->add_option("STORE", *path, "The tile store")->required()->type_name("");
+    command->callback([path] { check(*path); });
+}

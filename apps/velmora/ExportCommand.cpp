@@ -1,0 +1,40 @@
+#include "apps/velmora/Commands.h"
+#include "apps/velmora/Interruption.h"
+#include "host/ProgressBar.h"
+#include "host/store/StoreExporter.h"
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace {
+
+struct Options {
+    std::string store;
+    std::string output;
+};
+
+void exportTiff(Options const& options) {
+    TileStore store(options.store);
+    StoreInfo const& info = store.info();
+    {
+        ProgressBar bar(options.output, stderr, info.width);
+        exportStore(store, options.output, [&](size_t done, size_t total) {
+            interruption::throwIfNoted();
+            bar.update(done, total);
+        });
+    }
+    std::printf("%s: %zu x %zu pixels, %s, %zu bits a sample, of %s\n", options.output.c_str(), info.width, info.height,
+                info.interpretation.c_str(), info.bits, options.store.c_str());
+}
+
+} // namespace
+
+void addExportCommand(CLI::App& program) {
+    auto const options = std::make_shared<Options>();
+    auto* const command =
+        program.add_subcommand("export", "Write the image of a tile store, sample for sample, into a TIFF file");
+    command->add_option("STORE", options->store, "The tile store")->required()->type_name("");
+    command->add_option("OUTPUT", options->output, "The TIFF file to write")->required()->type_name("");
+    command->callback([options] { exportTiff(*options); });
+}

@@ -1,0 +1,120 @@
+#include "apps/velmora/Commands.h"
+#include "apps/velmora/Interruption.h"
+#include "host/BuiltInPicture.h"
+#include "host/ImageReader.h"
+#include "host/ProgressBar.h"
+#include "host/store/StoreImporter.h"
+
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr size_t kMaxJobs = 1024;
+constexpr auto kAutoLevels = "auto";
+
+constexpr auto kExamples = R"(Examples:
+  velmora import slide.tif slide.store                 the whole image, without loss
+  velmora import --built-in map.store                  the built-in picture
+  velmora import scan.tif scan.store --tile 512 --jobs 4
+
+The store keeps the wavelet bands of the image as tiles. The image is read once, in strips: memory
+grows with its width, not with its height.)";
+
+struct Options {
+    std::vector<std::string> names;
+    bool builtIn = false;
+    std::string levels = kAutoLevels;
+    ImportOptions import;
+};
+
+struct Files {
+    std::string image; // empty: the built-in picture
+    std::string store;
+};
+
+Files filesOf(Options const& options) {
+    size_t const expected = options.builtIn ? 1 : 2;
+    if (options.names.size() != expected)
+        throw CLI::ValidationError(options.builtIn
+                                       ? "--built-in takes one name, that of the store"
+                                       : "an image and a store have to be named, or --built-in and a store");
+    for (std::string const& name : options.names)
+        if (name.empty()) throw CLI::ValidationError("a name is empty");
+    return {options.builtIn ? "" : options.names.front(), options.names.back()};
+}
+
+std::unique_ptr<PixelSource> openPicture(std::string const& image) {
+    if (image.empty()) return std::make_unique<BuiltInPicture>();
+    return std::make_unique<ImageReader>(image, ImageReader::Samples::kAsStored);
+}
+
+std::string checkLevels(std::string const& text) {
+    return text == kAutoLevels ? "" : CLI::Range(size_t{1}, StoreInfo::kMaxLevels)(text);
+}
+
+std::string checkTileSize(std::string const& text) {
+    std::string const error = CLI::Range(StoreInfo::kMinTileSize, StoreInfo::kMaxTileSize)(text);
+    return !error.empty() || std::stoul(text) % 2 == 0 ? error : "a tile has an even number of samples a side";
+}
+
+StoreInfo importWithProgress(Files const& files, ImportOptions const& options) {
+    // Rows are counted, pixels are shown: the bar knows the width once the picture is open.
+    std::unique_ptr<ProgressBar> bar;
+    auto const open = [&] {
+        auto picture = openPicture(files.image);
+        bar = std::make_unique<ProgressBar>(files.store, stderr, picture->width());
+        return picture;
+    };
+    return importStore(open, files.store, options, [&](size_t done, size_t total) {
+        interruption::throwIfNoted();
+        bar->update(done, total);
+    });
+}
+
+void import(Options const& options) {
+    Files const files = filesOf(options);
+    ImportOptions importOptions = options.import;
+    importOptions.sourceName =
+        options.builtIn ? "the built-in picture" : std::filesystem::path(files.image).filename().string();
+    if (options.levels != kAutoLevels) importOptions.levels = std::stoul(options.levels);
+
+    auto const start = std::chrono::steady_clock::now();
+    StoreInfo const info = importWithProgress(files, importOptions);
+    std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;
+    double const megapixels = static_cast<double>(info.width) * static_cast<double>(info.height) / 1e6;
+    std::printf("%s: %zu x %zu pixels of %s in %zu levels, %ju bytes in %.2f s, %.1f Mpixel/s\n", files.store.c_str(),
+                info.width, info.height, importOptions.sourceName.c_str(), info.levels,
+                static_cast<std::uintmax_t>(std::filesystem::file_size(files.store)), seconds.count(),
+                megapixels / seconds.count());
+}
+
+} // namespace
+
+void addImportCommand(CLI::App& program) {
+    auto const options = std::make_shared<Options>();
+    auto* const command = program.add_subcommand("import", "Make a lossless tile store of an image");
+    command->footer(kExamples);
+    command->add_option("NAMES", options->names, "IMAGE, any that libvips reads, and STORE, the file to make")
+        ->type_name("")
+        ->required();
+    command->add_flag("--built-in", options->builtIn, "Import the built-in picture; the only name is STORE");
+    command->add_option("--tile", options->import.tileSize, "Side of a tile in samples, even")
+        ->capture_default_str()
+        ->type_name("SAMPLES")
+        ->check(checkTileSize);
+    command->add_option("--levels", options->levels, "Levels of the wavelet; auto: until it fits in one tile")
+        ->capture_default_str()
+        ->type_name("N")
+        ->check(checkLevels);
+    command->add_option("--jobs", options->import.jobs, "Threads that compress; without it, one a core")
+        ->type_name("N")
+        ->check(CLI::Range(size_t{1}, kMaxJobs));
+    command->add_flag("--force", options->import.replace, "Replace a file that has the store's name");
+    command->callback([options] { import(*options); });
+}
