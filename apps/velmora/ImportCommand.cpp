@@ -5,11 +5,13 @@
 #include "host/ProgressBar.h"
 #include "host/store/StoreImporter.h"
 
+#include <charconv>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,13 +56,20 @@ std::unique_ptr<PixelSource> openPicture(std::string const& image) {
     return std::make_unique<ImageReader>(image, ImageReader::Samples::kAsStored);
 }
 
-std::string checkLevels(std::string const& text) {
-    return text == kAutoLevels ? "" : CLI::Range(size_t{1}, StoreInfo::kMaxLevels)(text);
+std::optional<size_t> levelsOf(std::string const& text) {
+    size_t levels = 0;
+    auto const end = std::from_chars(text.data(), text.data() + text.size(), levels);
+    bool const whole = end.ec == std::errc() && end.ptr == text.data() + text.size();
+    return whole && levels >= 1 && levels <= StoreInfo::kMaxLevels ? std::optional(levels) : std::nullopt;
 }
 
-std::string checkTileSize(std::string const& text) {
-    std::string const error = CLI::Range(StoreInfo::kMinTileSize, StoreInfo::kMaxTileSize)(text);
-    return !error.empty() || std::stoul(text) % 2 == 0 ? error : "a tile has an even number of samples a side";
+std::string checkLevels(std::string const& text) {
+    if (text == kAutoLevels || levelsOf(text)) return "";
+    return "levels are auto, or 1 to " + std::to_string(StoreInfo::kMaxLevels);
+}
+
+std::string checkEven(std::string const& text) {
+    return (text.back() - '0') % 2 == 0 ? "" : "a tile has an even number of samples a side";
 }
 
 StoreInfo importWithProgress(Files const& files, ImportOptions const& options) {
@@ -82,7 +91,7 @@ void import(Options const& options) {
     ImportOptions importOptions = options.import;
     importOptions.sourceName =
         options.builtIn ? "the built-in picture" : std::filesystem::path(files.image).filename().string();
-    if (options.levels != kAutoLevels) importOptions.levels = std::stoul(options.levels);
+    importOptions.levels = levelsOf(options.levels);
 
     auto const start = std::chrono::steady_clock::now();
     StoreInfo const info = importWithProgress(files, importOptions);
@@ -107,7 +116,8 @@ void addImportCommand(CLI::App& program) {
     command->add_option("--tile", options->import.tileSize, "Side of a tile in samples, even")
         ->capture_default_str()
         ->type_name("SAMPLES")
-        ->check(checkTileSize);
+        ->check(CLI::Range(StoreInfo::kMinTileSize, StoreInfo::kMaxTileSize))
+        ->check(checkEven);
     command->add_option("--levels", options->levels, "Levels of the wavelet; auto: until it fits in one tile")
         ->capture_default_str()
         ->type_name("N")

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <random>
 #include <thread>
 
 namespace {
@@ -168,8 +169,15 @@ TEST_F(ProgramStoreTest, AnExistingFileIsReplacedOnlyByForce) {
 TEST_F(ProgramStoreTest, AFullDiskIsExitCode6AndLeavesNothing) {
     size_t const maxFileBytes = 60000;
     expectFailure(runVelmora({"import", image_, store_}, {}, maxFileBytes), 6, {"a.store", "File too large"});
-    // In the middle of the import, too, where the cache of pages is full.
-    expectFailure(runVelmora({"import", "--built-in", store_}, {}, 8000000), 6, {"a.store", "File too large"});
+    // In the middle of the import, too, where more has been written than SQLite keeps in memory.
+    std::mt19937 random(1);
+    std::string noise = "P6\n1500 1000\n255\n";
+    for (size_t i = 0; i < 1500 * 1000 * 3; ++i)
+        noise += static_cast<char>(random());
+    writeFile(path("noise.ppm"), noise);
+    before_ = folder_.names();
+    expectFailure(runVelmora({"import", path("noise.ppm"), store_}, {}, 4'000'000), 6, {"a.store", "File too large"});
+    std::filesystem::remove(path("noise.ppm"));
     import();
     expectFailure(runVelmora({"export", store_, path("out.tif")}, {}, 2000), 6, {"out.tif", "File too large"});
 }

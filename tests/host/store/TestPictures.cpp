@@ -1,8 +1,5 @@
 #include "tests/host/store/TestPictures.h"
 
-#include "host/ImageReader.h"
-#include "host/store/StoreExporter.h"
-
 #include <cstring>
 #include <random>
 
@@ -90,14 +87,4 @@ std::unique_ptr<PixelSource> testpictures::source(Picture const& picture) {
 
 StoreInfo testpictures::import(Picture const& picture, std::string const& path, ImportOptions const& options) {
     return importStore([&] { return source(picture); }, path, options, [](size_t, size_t) {});
-}
-
-Picture testpictures::exported(std::string const& store) {
-    std::string const path = store + ".tif";
-    TileStore tileStore(store);
-    exportStore(tileStore, path, [](size_t, size_t) {});
-    ImageReader reader(path, ImageReader::Samples::kAsStored);
-    Picture picture{reader.width(), reader.height(), reader.bands(), 8 * reader.sampleBytes(), {}};
-    reader.read({0, 0, picture.width, picture.height}, picture.bytes);
-    return picture;
 }

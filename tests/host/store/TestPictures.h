@@ -31,7 +31,4 @@ std::unique_ptr<PixelSource> source(Picture const& picture);
 /// Imports the picture and does not look at the progress.
 StoreInfo import(Picture const& picture, std::string const& path, ImportOptions const& options = {});
 
-/// Exports the store into a TIFF file beside it and reads that one.
-Picture exported(std::string const& store);
-
 } // namespace testpictures
