@@ -1,6 +1,7 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/Interruption.h"
 #include "host/BuiltInPicture.h"
+#include "host/HostError.h"
 #include "host/ImageReader.h"
 #include "host/ProgressBar.h"
 #include "host/store/StoreImporter.h"
@@ -51,6 +52,13 @@ Files filesOf(Options const& options) {
     return {options.builtIn ? "" : options.names.front(), options.names.back()};
 }
 
+void requireOtherFile(Files const& files) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(files.image, files.store, ignored))
+        throw HostError(HostError::Kind::UnwritableOutput,
+                        "cannot write '" + files.store + "': it is the image itself; choose another name");
+}
+
 std::unique_ptr<PixelSource> openPicture(std::string const& image) {
     if (image.empty()) return std::make_unique<BuiltInPicture>();
     return std::make_unique<ImageReader>(image, ImageReader::Samples::kAsStored);
@@ -88,6 +96,7 @@ StoreInfo importWithProgress(Files const& files, ImportOptions const& options) {
 
 void import(Options const& options) {
     Files const files = filesOf(options);
+    requireOtherFile(files);
     ImportOptions importOptions = options.import;
     importOptions.sourceName =
         options.builtIn ? "the built-in picture" : std::filesystem::path(files.image).filename().string();

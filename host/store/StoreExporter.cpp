@@ -1,13 +1,27 @@
 #include "host/store/StoreExporter.h"
 
+#include "host/HostError.h"
 #include "host/TiffWriter.h"
 #include "host/store/ColourPlanes.h"
 #include "host/store/StoredPlane.h"
 
 #include <deque>
+#include <filesystem>
+
+namespace {
+
+void requireOtherFile(std::string const& path, TileStore const& store) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(path, store.path(), ignored))
+        throw HostError(HostError::Kind::UnwritableOutput,
+                        "cannot write '" + path + "': it is the tile store itself; choose another name");
+}
+
+} // namespace
 
 void exportStore(TileStore& store, std::string const& path, ExportProgress const& progress) {
     StoreInfo const& info = store.info();
+    requireOtherFile(path, store);
     TiffWriter tiff(path,
                     {info.width, info.height, info.bands, info.bits, info.micronsPerPixelX, info.micronsPerPixelY});
     std::deque<StoredPlane> planes;

@@ -166,6 +166,17 @@ TEST_F(ProgramStoreTest, AnExistingFileIsReplacedOnlyByForce) {
     EXPECT_EQ(folder_.names(), before_);
 }
 
+TEST_F(ProgramStoreTest, NeitherImportNorExportReplacesWhatItReads) {
+    std::string const before = readFile(image_);
+    expectFailure(runVelmora({"import", image_, image_, "--force"}), 6, {"it is the image itself"});
+    EXPECT_EQ(readFile(image_), before);
+    import();
+    std::filesystem::create_symlink("a.store", path("link"));
+    before_ = folder_.names();
+    expectFailure(runVelmora({"export", store_, path("link")}), 6, {"it is the tile store itself"});
+    EXPECT_EQ(runVelmora({"check", store_}).exitCode, 0);
+}
+
 TEST_F(ProgramStoreTest, AFullDiskIsExitCode6AndLeavesNothing) {
     size_t const maxFileBytes = 60000;
     expectFailure(runVelmora({"import", image_, store_}, {}, maxFileBytes), 6, {"a.store", "File too large"});
