@@ -88,3 +88,15 @@ TEST(LevelTransformTest, ACoefficientThatOverflowsAlongTheRowIsNoticed) {
     std::vector<Sample> const row{-20000, 20000, -20000, 20000};
     EXPECT_THROW(transform.push(row.data()), CoefficientOverflow);
 }
+
+// Along y: H is 30000 on both sides of row 2, L = 30000 + 30000 / 2.
+TEST(LevelTransformTest, ALowSampleThatOverflowsAlongColumnsIsNoticed) {
+    auto const ignore = [](Sample const*, Sample const*) {};
+    LevelTransform transform(4, 8, ignore, ignore);
+    std::vector<Sample> const up(4, 30000);
+    std::vector<Sample> const down(4, -30000);
+    transform.push(down.data());
+    for (int y = 1; y < 4; ++y)
+        transform.push(up.data());
+    EXPECT_THROW(transform.push(down.data()), CoefficientOverflow);
+}
