@@ -118,8 +118,10 @@ bool hasResolution(VImage const& image) {
 std::string describe(VImage const& image) {
     char const* const interpretation = vips_enum_nick(VIPS_TYPE_INTERPRETATION, image.interpretation());
     char const* const format = vips_enum_nick(VIPS_TYPE_BAND_FORMAT, image.format());
+    // libvips' own format is opened without a loader.
+    std::string const loader = image.get_typeof(VIPS_META_LOADER) == 0 ? "vips" : image.get_string(VIPS_META_LOADER);
     return std::to_string(image.bands()) + (image.bands() == 1 ? " band of " : " bands of ") + format + ", " +
-           interpretation + ", " + image.get_string(VIPS_META_LOADER);
+           interpretation + ", " + loader;
 }
 
 } // namespace

@@ -187,6 +187,12 @@ TEST_F(ImageReaderTest, DescriptionNamesTheNativeFormat) {
     EXPECT_EQ(ImageReader(path("a.png")).description(), "3 bands of ushort, rgb16, pngload");
 }
 
+TEST_F(ImageReaderTest, LibvipsOwnFormatIsRead) {
+    testimages::writePattern8(path("a.v"), "", 40, 30, 3);
+    EXPECT_EQ(testimages::difference(readAll(path("a.v")), testimages::pattern8(40, 30, 3)), "");
+    EXPECT_EQ(ImageReader(path("a.v")).description(), "3 bands of uchar, srgb, vips");
+}
+
 TEST_F(ImageReaderTest, BracketsInAFileNameAreNotOptions) {
     testimages::writePattern8(path("plain.png"), "", 9, 8, 3);
     std::filesystem::rename(path("plain.png"), path("scan[page=2].png"));
