@@ -1,7 +1,6 @@
 #include "host/EnhancedRenderer.h"
 
 #include "host/EnhancementChain.h"
-#include "host/HostError.h"
 #include "host/PixelBands.h"
 #include "host/PixelSource.h"
 
@@ -56,7 +55,7 @@ public:
         : source_(source),
           region_(region),
           side_(side),
-          bands_(EnhancedRenderer::bandsOf(source, steps)),
+          bands_(EnhancedRenderer::bandsOf(source.bands(), steps)),
           chain_(std::move(instance), steps, {source.width(), source.height()}),
           window_(source, input(region.y, 1).x, input(region.y, 1).width) {}
 
@@ -152,18 +151,13 @@ private:
 
 EnhancedRenderer::EnhancedRenderer(std::shared_ptr<RenderBackendInstance> instance,
                                    std::vector<enhancement::Step> steps)
-    : instance_(std::move(instance)), steps_(std::move(steps)), side_(EnhancementChain::partSide(steps_)) {
-    if (side_ == 0)
-        throw HostError(HostError::Kind::TooManySteps,
-                        std::to_string(steps_.size()) +
-                            " enhancements read too many pixels around each one; give fewer --clahe and --sharpen");
-}
+    : instance_(std::move(instance)), steps_(std::move(steps)), side_(EnhancementChain::requiredPartSide(steps_)) {}
 
-std::size_t EnhancedRenderer::bandsOf(PixelSource const& source, std::vector<enhancement::Step> const& steps) {
+std::size_t EnhancedRenderer::bandsOf(std::size_t pictureBands, std::vector<enhancement::Step> const& steps) {
     bool const coloured = std::any_of(steps.begin(), steps.end(), [](enhancement::Step const& step) {
         return std::holds_alternative<enhancement::ColourMatrix>(step);
     });
-    return pixelbands::isGrey(source.bands()) && coloured ? source.bands() + 2 : source.bands();
+    return pixelbands::isGrey(pictureBands) && coloured ? pictureBands + 2 : pictureBands;
 }
 
 void EnhancedRenderer::render(PixelSource& source, Region const& region, RegionRenderer::RowSink const& sink,

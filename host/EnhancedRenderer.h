@@ -18,7 +18,7 @@ public:
     EnhancedRenderer(std::shared_ptr<RenderBackendInstance> instance, std::vector<enhancement::Step> steps);
 
     /// Bands of what comes out: those of the picture, but colour where a matrix may make colour of grey.
-    static std::size_t bandsOf(PixelSource const& source, std::vector<enhancement::Step> const& steps);
+    static std::size_t bandsOf(std::size_t pictureBands, std::vector<enhancement::Step> const& steps);
 
     /// Throws what source, sink and progress throw, and VelmoraException.
     void render(PixelSource& source, Region const& region, RegionRenderer::RowSink const& sink,

@@ -1,6 +1,7 @@
 #include "host/EnhancementChain.h"
 
 #include "host/FilterDescriptions.h"
+#include "host/HostError.h"
 #include "renderbackend/FilterParameters.h"
 
 #include <algorithm>
@@ -117,6 +118,19 @@ std::size_t EnhancementChain::partSide(std::vector<Step> const& steps) {
         if (std::holds_alternative<Equalise>(step)) around += 4 * kGrid;
     }
     return around >= kMaxSide ? 0 : (kMaxSide - around) / kGrid * kGrid;
+}
+
+std::size_t EnhancementChain::requiredPartSide(std::vector<Step> const& steps) {
+    std::size_t const side = partSide(steps);
+    if (side == 0)
+        throw HostError(HostError::Kind::Usage,
+                        std::to_string(steps.size()) +
+                            " enhancements read too many pixels around each one; give fewer --clahe and --sharpen");
+    return side;
+}
+
+std::vector<unsigned char> EnhancementChain::run(OwnedTarget input, unsigned depth, Region const& output) {
+    return finish({std::move(input), inputFor(output), depth}, output);
 }
 
 std::vector<unsigned char> EnhancementChain::run8(std::vector<unsigned char> const& rgba, Region const& output) {

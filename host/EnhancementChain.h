@@ -38,7 +38,14 @@ public:
     /// Side of the largest parts whose input is within kMaxSide, a multiple of kGrid; 0 where the steps read too much.
     static std::size_t partSide(std::vector<enhancement::Step> const& steps);
 
-    /// RGBA texels of `output`, rows from the top, from those of inputFor(output).
+    /// The same; throws HostError where it is 0.
+    static std::size_t requiredPartSide(std::vector<enhancement::Step> const& steps);
+
+    /// RGBA texels of `output`, rows from the top, from a target that holds inputFor(output): RGBA texels where `depth`
+    /// is 8, else three 16-bit channels of samples of so many bits, at most 15.
+    std::vector<unsigned char> run(OwnedTarget input, unsigned depth, Region const& output);
+
+    /// The same from RGBA texels of inputFor(output).
     std::vector<unsigned char> run8(std::vector<unsigned char> const& rgba, Region const& output);
 
     /// The same from red, green and blue samples of 15 bits, little-endian. Rows of a plane have an even number of

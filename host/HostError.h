@@ -14,7 +14,7 @@ public:
         UnwritableOutput,
         NoGlContext,
         InexactGl,
-        TooManySteps,
+        Usage,
         NoStore,
         DamagedStore,
         NewerStore,

@@ -48,7 +48,7 @@ ExitCode exitCodeOf(HostError::Kind kind) {
         return kExitNewerStore;
     case HostError::Kind::LockedStore:
         return kExitLockedStore;
-    case HostError::Kind::TooManySteps:
+    case HostError::Kind::Usage:
         return kExitUsage;
     case HostError::Kind::InexactGl:
         return kExitInternalError;

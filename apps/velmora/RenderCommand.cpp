@@ -9,12 +9,17 @@
 #include "host/ProgressBar.h"
 #include "host/RegionRenderer.h"
 #include "host/SurfacelessContext.h"
+#include "host/store/LevelRebuilder.h"
+#include "host/store/StoreRenderer.h"
+#include "host/store/TileStore.h"
 #include "renderbackend/RenderBackendInstance.h"
 
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
+#include <functional>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -40,6 +45,7 @@ struct Options {
     std::string output;
     std::string region;
     size_t tileSize = 256;
+    double zoom = 1.0;
     std::vector<enhancement::Step> steps;
 };
 
@@ -50,8 +56,8 @@ std::unique_ptr<PixelSource> openSource(Options const& options) {
                                                                               : ImageReader::Samples::kAsStored);
 }
 
-Region chosenRegion(Options const& options, PixelSource const& source) {
-    Region const whole{0, 0, source.width(), source.height()};
+Region chosenRegion(Options const& options, size_t width, size_t height) {
+    Region const whole{0, 0, width, height};
     if (options.region.empty()) return whole;
     Region const region = parseRegion(options.region);
     if (liesIn(region, whole.width, whole.height)) return region;
@@ -61,34 +67,99 @@ Region chosenRegion(Options const& options, PixelSource const& source) {
                         " x " + std::to_string(whole.height) + " pixels; choose X + W and Y + H within that");
 }
 
-void render(Options const& options) {
-    auto const source = openSource(options);
-    Region const region = chosenRegion(options, *source);
+// Draws into a PNG file of a size, with a bar that shows how far it is. Returns the seconds that it took.
+using Draw = std::function<void(std::shared_ptr<RenderBackendInstance> const& instance,
+                                RegionRenderer::RowSink const& write, RegionRenderer::Progress const& progress)>;
+
+double drawInto(std::string const& output, size_t width, size_t height, size_t bands, Draw const& draw) {
     // Before the context: an output that cannot be written is known at once.
-    PngWriter png(options.output, region.width, region.height, EnhancedRenderer::bandsOf(*source, options.steps));
+    PngWriter png(output, width, height, bands);
     SurfacelessContext context;
     Gles3RenderBackend backend(RenderBackend::RGBA32, kTileBudgetBytes);
     auto const instance = backend.createInstance(context);
 
     auto const start = std::chrono::steady_clock::now();
     {
-        ProgressBar bar(options.output, stderr);
-        auto const progress = [&bar](size_t done, size_t total) {
-            interruption::throwIfNoted();
-            bar.update(done, total);
-        };
-        auto const write = [&png](std::uint8_t const* rows, size_t count) { png.writeRows(rows, count); };
-        if (options.steps.empty())
-            RegionRenderer(instance, options.tileSize).render(*source, region, write, progress);
-        else
-            EnhancedRenderer(instance, options.steps).render(*source, region, write, progress);
+        ProgressBar bar(output, stderr);
+        draw(
+            instance, [&png](std::uint8_t const* rows, size_t count) { png.writeRows(rows, count); },
+            [&bar](size_t done, size_t total) {
+                interruption::throwIfNoted();
+                bar.update(done, total);
+            });
         interruption::throwIfNoted();
         png.finish();
     }
-    std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;
-    std::printf("%s: %zu x %zu pixels of %s (%zu x %zu, %s) in %.2f s\n", options.output.c_str(), region.width,
-                region.height, options.image.empty() ? "the built-in picture" : options.image.c_str(), source->width(),
-                source->height(), source->description().c_str(), seconds.count());
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void report(Options const& options, Region const& drawn, size_t width, size_t height, std::string const& description,
+            double seconds) {
+    std::printf("%s: %zu x %zu pixels of %s (%zu x %zu, %s) in %.2f s\n", options.output.c_str(), drawn.width,
+                drawn.height, options.image.empty() ? "the built-in picture" : options.image.c_str(), width, height,
+                description.c_str(), seconds);
+}
+
+void renderImage(Options const& options) {
+    if (options.zoom != 1.0)
+        throw HostError(HostError::Kind::Usage, "--zoom needs the levels of a store; make one: velmora import " +
+                                                    (options.image.empty() ? "--built-in" : "'" + options.image + "'") +
+                                                    " picture.vlm");
+    auto const source = openSource(options);
+    Region const region = chosenRegion(options, source->width(), source->height());
+    double const seconds =
+        drawInto(options.output, region.width, region.height, EnhancedRenderer::bandsOf(source->bands(), options.steps),
+                 [&](auto const& instance, auto const& write, auto const& progress) {
+                     if (options.steps.empty())
+                         RegionRenderer(instance, options.tileSize).render(*source, region, write, progress);
+                     else
+                         EnhancedRenderer(instance, options.steps).render(*source, region, write, progress);
+                 });
+    report(options, region, source->width(), source->height(), source->description(), seconds);
+}
+
+// 1, 1/2, 1/4, ...: the level whose samples are so many pixels apart.
+size_t levelOf(Options const& options, StoreInfo const& info) {
+    auto const level = static_cast<size_t>(std::lround(-std::log2(options.zoom)));
+    if (level <= info.levels) return level;
+    throw HostError(HostError::Kind::Usage, "'" + options.image + "' has " + std::to_string(info.levels) +
+                                                " levels; --zoom is at least " +
+                                                std::to_string(std::ldexp(1.0, -static_cast<int>(info.levels))));
+}
+
+void renderStore(Options const& options) {
+    TileStore store(options.image);
+    StoreInfo const& info = store.info();
+    size_t const level = levelOf(options, info);
+    Region const region = StoreRenderer::atLevel(chosenRegion(options, info.width, info.height), level);
+    double const seconds =
+        drawInto(options.output, region.width, region.height, StoreRenderer::bandsOf(info, options.steps),
+                 [&](auto const& instance, auto const& write, auto const& progress) {
+                     StoreRenderer(instance, options.steps).render(store, level, region, write, progress);
+                 });
+    report(options, region, info.width, info.height,
+           info.interpretation + ", " + std::to_string(info.bits) + " bits, store of " + std::to_string(info.levels) +
+               " levels",
+           seconds);
+}
+
+void render(Options const& options) {
+    if (TileStore::isStore(options.image))
+        renderStore(options);
+    else
+        renderImage(options);
+}
+
+std::string checkZoom(std::string const& text) {
+    double zoom = 0.0;
+    try {
+        zoom = std::stod(text);
+    } catch (std::exception const&) {
+        return "\"" + text + "\" is not a number";
+    }
+    int exponent = 0;
+    if (zoom > 0.0 && zoom <= 1.0 && std::frexp(zoom, &exponent) == 0.5) return "";
+    return "\"" + text + "\" is not 1, 0.5, 0.25, 0.125 and so on";
 }
 
 std::string checkRegion(std::string const& text) {
@@ -175,13 +246,20 @@ void addRenderCommand(CLI::App& program) {
     auto const options = std::make_shared<Options>();
     auto* const command = program.add_subcommand("render", "Draw an image through the backend and write a PNG file");
     command->footer(kExamples);
-    command->add_option("IMAGE", options->image, "Any image that libvips reads; without it the built-in picture")
+    command
+        ->add_option("IMAGE", options->image,
+                     "Any image that libvips reads, or a store; without it the built-in picture")
         ->type_name("");
     command->add_option("-o,--output", options->output, "The PNG file to write")->required()->type_name("FILE");
     command->add_option("-r,--region", options->region, "The part to draw, in pixels; without it the whole image")
         ->type_name("X,Y,W,H")
         ->check(checkRegion);
-    command->add_option("--tile", options->tileSize, "Side of a tile in pixels")
+    command->add_option("--zoom", options->zoom, "Of a store: 1, 0.5, 0.25 and so on, one of its levels")
+        ->capture_default_str()
+        ->type_name("Z")
+        ->check(checkZoom);
+    command
+        ->add_option("--tile", options->tileSize, "Side of a tile in pixels, where an image is drawn without filters")
         ->capture_default_str()
         ->type_name("PIXELS")
         ->check(CLI::Range(RegionRenderer::kMinTileSize, RegionRenderer::kMaxTileSize));

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -125,6 +126,13 @@ struct TileStore::State {
     std::unique_ptr<sqlite::Statement> valueQuery;
     std::unique_ptr<sqlite::Statement> tileQuery;
 };
+
+bool TileStore::isStore(std::string const& path) {
+    std::string const magic("SQLite format 3\0", 16);
+    std::string start(magic.size(), ' ');
+    return std::ifstream(path, std::ios::binary).read(&start[0], static_cast<std::streamsize>(start.size())) &&
+           start == magic;
+}
 
 TileStore::TileStore(std::string const& path) {
     requireFile(path);

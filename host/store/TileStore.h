@@ -14,6 +14,9 @@
 /// version of the program has written it; damaged store; locked store, where another program is writing to it.
 class TileStore {
 public:
+    /// Whether a file is to be opened as a store: it starts as every database of SQLite does, and no picture does.
+    static bool isStore(std::string const& path);
+
     /// Opens the file for reading only; files and folders that cannot be written to will do.
     explicit TileStore(std::string const& path);
     ~TileStore();
