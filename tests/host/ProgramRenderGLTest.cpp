@@ -149,3 +149,23 @@ TEST_F(ProgramRenderGLTest, AnInterruptedRunLeavesNothingBehind) {
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"view.png"});
     EXPECT_EQ(readFile(folder_.path("view.png")), "old");
 }
+
+TEST_F(ProgramRenderGLTest, RegionOfAStoreIsTheFilesAtZoomOneAndALevelBelow) {
+    std::string const file = folder_.path("a.png");
+    std::string const store = folder_.path("a.store");
+    std::string const view = folder_.path("view.png");
+    testimages::writePattern8(file, "", kWidth, kHeight, 3);
+    ASSERT_EQ(runVelmora({"import", file, store, "--tile", "64"}).exitCode, 0);
+
+    ASSERT_EQ(runVelmora({"render", store, "-o", view, "-r", "101,57,380,291"}).exitCode, 0);
+    EXPECT_EQ(testimages::difference(testimages::readByVips(view), testimages::cropByVips(file, 101, 57, 380, 291)),
+              "");
+
+    // Samples of a quarter's level are four pixels apart: 101 to 480 meet those from 25 to 120, 57 to 347 from 14 to 86.
+    ASSERT_EQ(runVelmora({"render", store, "-o", view, "-r", "101,57,380,291", "--zoom", "0.25"}).exitCode, 0);
+    Pixels const quarter = testimages::readByVips(view);
+    EXPECT_EQ(quarter.width, 96u);
+    EXPECT_EQ(quarter.height, 73u);
+    ASSERT_EQ(runVelmora({"render", store, "-o", view, "--zoom", "0.25"}).exitCode, 0);
+    EXPECT_EQ(testimages::difference(quarter, testimages::crop(testimages::readByVips(view), 25, 14, 96, 73)), "");
+}
