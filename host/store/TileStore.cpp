@@ -130,7 +130,7 @@ struct TileStore::State {
 bool TileStore::isStore(std::string const& path) {
     std::string const magic("SQLite format 3\0", 16);
     std::string start(magic.size(), ' ');
-    return std::ifstream(path, std::ios::binary).read(&start[0], static_cast<std::streamsize>(start.size())) &&
+    return std::ifstream(path, std::ios::binary).read(start.data(), static_cast<std::streamsize>(start.size())) &&
            start == magic;
 }
 

@@ -9,7 +9,6 @@
 #include "tests/gles3renderbackend/filters/FilterRig.h"
 #include "tests/gles3renderbackend/filters/LeGall53Steps.h"
 #include "tests/support/GlErrors.h"
-#include "tests/support/GlImplementation.h"
 #include "tests/support/LongRun.h"
 
 #include <gmock/gmock.h>
@@ -17,7 +16,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
 #include <ostream>
 #include <stdexcept>
 
@@ -230,12 +228,3 @@ INSTANTIATE_TEST_SUITE_P(
     [](auto const& row) { return std::string(row.param.name); });
 
 } // namespace
-
-int main(int argc, char** argv) {
-    ::testing::InitGoogleTest(&argc, argv);
-    auto const implementation = GlImplementation::open();
-    std::cout << implementation.description << "\n";
-    if (implementation.context == nullptr) return GlImplementation::exitCodeWhenMissing();
-    gl_errors::installDebugCallback();
-    return RUN_ALL_TESTS();
-}

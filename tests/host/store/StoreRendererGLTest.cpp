@@ -12,12 +12,10 @@
 #include "tests/host/store/TestPictures.h"
 #include "tests/host/store/WaveletModel.h"
 #include "tests/support/GlErrors.h"
-#include "tests/support/GlImplementation.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iostream>
 #include <random>
 
 using testpictures::Content;
@@ -81,6 +79,7 @@ std::uint8_t shown(std::int64_t code, std::size_t bits) {
 Bytes modelOf(Picture const& picture, StoreInfo const& info, std::size_t level) {
     Extent const extent = LevelRebuilder::levelExtent(info, level);
     std::vector<waveletmodel::Plane> planes;
+    planes.reserve(picture.bands);
     for (auto const& plane : planesOf(picture))
         planes.push_back(levelOf(plane, level, extent));
     Bytes bytes;
@@ -116,6 +115,8 @@ Bytes crop(Bytes const& bytes, std::size_t width, std::size_t bands, Region cons
 
 class StoreRendererGLTest : public testing::Test {
 protected:
+    void TearDown() override { EXPECT_EQ(gl_errors::findings(), std::vector<std::string>()); }
+
     StoreInfo import(Picture const& picture, std::size_t tileSize, std::optional<std::size_t> levels = std::nullopt) {
         ImportOptions options;
         options.tileSize = tileSize;
@@ -228,13 +229,4 @@ TEST_F(StoreRendererGLTest, EnhancementsGiveWhatTheyGiveOnThePictureItself) {
             },
             [](std::size_t, std::size_t) {});
     EXPECT_TRUE(rendered(0, {0, 0, picture.width, picture.height}, steps) == expected);
-}
-
-int main(int argc, char** argv) {
-    ::testing::InitGoogleTest(&argc, argv);
-    auto const implementation = GlImplementation::open();
-    std::cout << implementation.description << "\n";
-    if (implementation.context == nullptr) return GlImplementation::exitCodeWhenMissing();
-    gl_errors::installDebugCallback();
-    return RUN_ALL_TESTS();
 }
