@@ -10,9 +10,7 @@ using Layout = PictureTargets::Layout;
 
 // Two samples share a texel, and a level's corner is half of the finer one's: that is even only for multiples of 4.
 constexpr std::size_t kCorner = 4;
-constexpr std::size_t kFirstTile = 1;
-// An id that nothing is ever stored under draws zeros.
-constexpr std::size_t kZeroTile = ~std::size_t{0};
+constexpr std::size_t kTile = 1;
 
 Region fromCorner(Region const& region) {
     std::size_t const x = region.x / kCorner * kCorner;
@@ -23,6 +21,22 @@ Region fromCorner(Region const& region) {
 Region cutTo(Extent const& extent, Region const& region) {
     return {region.x, region.y, std::min(region.width, extent.width - region.x),
             std::min(region.height, extent.height - region.y)};
+}
+
+Region common(Region const& a, Region const& b) {
+    std::size_t const x = std::max(a.x, b.x);
+    std::size_t const y = std::max(a.y, b.y);
+    return {x, y, std::min(a.x + a.width, b.x + b.width) - x, std::min(a.y + a.height, b.y + b.height) - y};
+}
+
+std::vector<std::int16_t> cutOut(std::vector<std::int16_t> const& samples, Region const& tile, Region const& wanted) {
+    std::vector<std::int16_t> out;
+    out.reserve(wanted.width * wanted.height);
+    for (std::size_t y = wanted.y - tile.y; y < wanted.y - tile.y + wanted.height; ++y) {
+        auto const row = samples.begin() + static_cast<std::ptrdiff_t>(y * tile.width + wanted.x - tile.x);
+        out.insert(out.end(), row, row + static_cast<std::ptrdiff_t>(wanted.width));
+    }
+    return out;
 }
 
 std::vector<unsigned char> littleEndian(std::vector<std::int16_t> const& samples) {
@@ -39,7 +53,7 @@ std::vector<unsigned char> littleEndian(std::vector<std::int16_t> const& samples
 
 LevelRebuilder::LevelRebuilder(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets,
                                TileStore& store)
-    : instance_(std::move(instance)), targets_(targets), store_(store), nextTile_(kFirstTile) {}
+    : instance_(std::move(instance)), targets_(targets), store_(store) {}
 
 Extent LevelRebuilder::levelExtent(StoreInfo const& info, std::size_t level) {
     auto const halved = [level](std::size_t length) { return ((length - 1) >> level) + 1; };
@@ -79,38 +93,35 @@ OwnedTarget LevelRebuilder::step(Filter const& description, PlanePart const& low
 }
 
 // Cells of the tile grid: high bands start one sample earlier, and their tiles with them, so one region serves all four.
+// Each tile is drawn as the part of it that is wanted, and no quad leaves the target: softpipe loses pixels on the
+// diagonal of quads that it has to clip.
 PlanePart LevelRebuilder::bandPart(std::size_t level, Band band, std::size_t plane, Region const& cells) {
     std::size_t const side = store_.info().tileSize;
     Extent const tiles = storegeometry::tileCount(store_.info(), level);
-    std::vector<std::vector<std::size_t>> coordinates;
-    std::vector<std::size_t> ids;
+    PlanePart part = {targets_.target(Layout::kPlane, {cells.width, cells.height}), cells};
     for (std::size_t row = cells.y / side; row < tiles.height && row * side < cells.y + cells.height; ++row) {
         for (std::size_t column = cells.x / side; column < tiles.width && column * side < cells.x + cells.width;
-             ++column) {
-            coordinates.push_back({column, row});
-            ids.push_back(storedTile({level, band, plane, column, row}));
-        }
+             ++column)
+            drawTile({level, band, plane, column, row}, part);
     }
-    PlanePart part = {targets_.target(Layout::kPlane, {cells.width, cells.height}), cells};
-    instance_->drawTiles(part.target.id(), targets_.prepared(description::blitFilter1x16()),
-                         {cells.x, cells.x + cells.width - 1, cells.y, cells.y + cells.height - 1}, {0, 0, 0, 0},
-                         {side, side}, coordinates, ids, {0, 0});
-    instance_->eraseTiles(kFirstTile, nextTile_);
-    nextTile_ = kFirstTile;
     return part;
 }
 
-std::size_t LevelRebuilder::storedTile(TileAddress const& address) {
-    auto const value = store_.uniformValue(address);
-    if (value == std::int16_t{0}) return kZeroTile;
-    std::size_t const id = nextTile_++;
+void LevelRebuilder::drawTile(TileAddress const& address, PlanePart const& part) {
     std::size_t const side = store_.info().tileSize;
-    // One texel of two samples is enough where all are the same.
-    if (value)
-        instance_->setTile(id, littleEndian({*value, *value}), {2, 1, 1}, 0);
-    else
-        instance_->setTile(id, littleEndian(store_.tile(address)), {side, side, 1}, 0);
-    // A tile that was evicted before it is drawn would be drawn black.
-    instance_->lockTile(id);
-    return id;
+    Region const tile = {address.column * side, address.row * side, side, side};
+    Region const wanted = common(tile, part.region);
+    auto const value = store_.uniformValue(address);
+    if (!value)
+        instance_->setTile(kTile, littleEndian(cutOut(store_.tile(address), tile, wanted)),
+                           {wanted.width, wanted.height, 1}, 0);
+    else if (*value != 0) // one texel of two samples is enough where all are the same
+        instance_->setTile(kTile, littleEndian({*value, *value}), {2, 1, 1}, 0);
+    // A tile that is not stored is drawn as zeros.
+    std::vector<std::size_t> const range = {wanted.x, wanted.x + wanted.width - 1, wanted.y,
+                                            wanted.y + wanted.height - 1};
+    instance_->drawTiles(part.target.id(), targets_.prepared(description::blitFilter1x16()), range, range,
+                         {wanted.width, wanted.height}, {{0, 0}}, {kTile},
+                         {wanted.x - part.region.x, wanted.y - part.region.y});
+    instance_->eraseTile(kTile);
 }

@@ -27,7 +27,7 @@ struct PlanePart {
 ///
 /// Level 0 is the picture, level k the low band that level k + 1 of the store was made into. What comes out is exact: the
 /// store continues the bands beyond the picture's edge, so no edge is a case of its own. GL thread only. Throws what
-/// TileStore throws, and VelmoraException. Uses the tile ids from 1 on.
+/// TileStore throws, and VelmoraException. Uses the tile id 1.
 class LevelRebuilder {
 public:
     LevelRebuilder(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, TileStore& store);
@@ -40,12 +40,11 @@ public:
 
 private:
     PlanePart bandPart(std::size_t level, Band band, std::size_t plane, Region const& cells);
-    std::size_t storedTile(TileAddress const& address);
+    void drawTile(TileAddress const& address, PlanePart const& part);
     OwnedTarget step(Filter const& description, PlanePart const& low, PlanePart const& high, Region const& bands,
                      PictureTargets::Size const& output);
 
     std::shared_ptr<RenderBackendInstance> instance_;
     PictureTargets& targets_;
     TileStore& store_;
-    std::size_t nextTile_;
 };
