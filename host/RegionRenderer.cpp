@@ -16,6 +16,7 @@ using pixelbands::kTexelBytes;
 // Enough rows that a strip is worth its draw and read-back calls, few enough that progress is seen to move.
 constexpr size_t kPreferredStripRows = 512;
 constexpr size_t kTexelBits = 32;
+constexpr size_t kTile = 0;
 
 struct TileSize {
     size_t width;
@@ -49,7 +50,7 @@ public:
     Drawing& operator=(Drawing const&) = delete;
 
     ~Drawing() {
-        instance_.eraseTiles(0, tiles_);
+        instance_.eraseTile(kTile);
         instance_.eraseTarget(target_);
         instance_.clearTargets();
         instance_.destroyFilterInstance(filter_);
@@ -58,42 +59,38 @@ public:
     /// Draws `block`, a part of `strip` whose pixels are given, and puts it at the same place into `out`.
     void drawBlock(Region const& block, Region const& strip, std::vector<std::uint8_t> const& pixels,
                    std::vector<std::uint8_t>& out) {
-        std::vector<std::vector<size_t>> coordinates;
         for (size_t row = block.y / tile_.height; row * tile_.height < block.y + block.height; ++row)
             for (size_t column = block.x / tile_.width; column * tile_.width < block.x + block.width; ++column)
-                coordinates.push_back({column, row});
-        std::vector<size_t> ids;
-        for (auto const& coordinate : coordinates) {
-            ids.push_back(tiles_);
-            storeTile(coordinate, block, strip, pixels);
-        }
-        instance_.drawTiles(target_, filter_, {block.x, block.x + block.width - 1, block.y, block.y + block.height - 1},
-                            {0, 0, 0, 0}, {tile_.width, tile_.height}, coordinates, ids, {0, 0});
+                drawTile({column * tile_.width, row * tile_.height}, block, strip, pixels);
         readBack(block, strip, out);
-        instance_.eraseTiles(0, tiles_);
-        tiles_ = 0;
     }
 
 private:
-    // Only the block's part of a tile is filled in: the rest is not in view, and may not even have been read.
-    void storeTile(std::vector<size_t> const& coordinate, Region const& block, Region const& strip,
-                   std::vector<std::uint8_t> const& pixels) {
-        size_t const left = coordinate[0] * tile_.width;
-        size_t const top = coordinate[1] * tile_.height;
-        size_t const x0 = std::max(left, block.x);
-        size_t const x1 = std::min(left + tile_.width, block.x + block.width);
-        size_t const y0 = std::max(top, block.y);
-        size_t const y1 = std::min(top + tile_.height, block.y + block.height);
-        tilePixels_.resize(tile_.width * tile_.height * components_);
+    struct Corner {
+        size_t x;
+        size_t y;
+    };
+
+    // The block's part of a tile, as a tile of its own: the rest is not in view, and may not even have been read. So no
+    // quad leaves the target; softpipe loses pixels on the diagonal of quads that it has to clip.
+    void drawTile(Corner const& tile, Region const& block, Region const& strip,
+                  std::vector<std::uint8_t> const& pixels) {
+        size_t const x0 = std::max(tile.x, block.x);
+        size_t const x1 = std::min(tile.x + tile_.width, block.x + block.width);
+        size_t const y0 = std::max(tile.y, block.y);
+        size_t const y1 = std::min(tile.y + tile_.height, block.y + block.height);
+        size_t const width = x1 - x0;
+        tilePixels_.resize(width * (y1 - y0) * components_);
         for (size_t y = y0; y < y1; ++y) {
             std::uint8_t const* const from = &pixels[((y - strip.y) * strip.width + (x0 - strip.x)) * bands_];
-            std::uint8_t* const to = &tilePixels_[((y - top) * tile_.width + (x0 - left)) * components_];
-            pixelbands::widen(from, bands_, to, x1 - x0);
+            pixelbands::widen(from, bands_, &tilePixels_[(y - y0) * width * components_], width);
         }
-        size_t const id = tiles_++;
-        instance_.setTile(id, tilePixels_, {tile_.width, tile_.height, components_}, 0);
-        // A tile that was evicted before it is drawn would be drawn black.
-        instance_.lockTile(id);
+        instance_.setTile(kTile, tilePixels_, {width, y1 - y0, components_}, 0);
+        std::vector<size_t> const range = {x0, x1 - 1, y0, y1 - 1};
+        instance_.drawTiles(target_, filter_, range, range, {width, y1 - y0}, {{0, 0}}, {kTile},
+                            {x0 - block.x, y0 - block.y});
+        // A smaller tile would be written into a corner of this one's texture.
+        instance_.eraseTile(kTile);
     }
 
     // The first row drawn is the lowest of the GL surface, which is the first that getPixels delivers: no flip.
@@ -114,7 +111,6 @@ private:
     TileSize tile_;
     Filter filter_;
     size_t target_ = 0;
-    size_t tiles_ = 0; // tiles stored: their ids are 0 to tiles_ - 1
     std::vector<std::uint8_t> tilePixels_;
     std::vector<std::uint8_t> texels_;
 };
