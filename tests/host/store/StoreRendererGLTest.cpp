@@ -64,6 +64,7 @@ waveletmodel::Plane levelOf(waveletmodel::Plane const& plane, std::size_t level,
     for (std::size_t k = 0; k < level; ++k)
         current = waveletmodel::coarser(current);
     waveletmodel::Plane result{static_cast<std::int64_t>(extent.width), static_cast<std::int64_t>(extent.height), {}};
+    result.samples.reserve(extent.width * extent.height);
     for (std::int64_t y = 0; y < result.height; ++y) {
         for (std::int64_t x = 0; x < result.width; ++x)
             result.samples.push_back(current.at(x, y));
@@ -85,9 +86,9 @@ Bytes modelOf(Picture const& picture, StoreInfo const& info, std::size_t level) 
         planes.push_back(levelOf(plane, level, extent));
     Bytes bytes;
     for (std::size_t i = 0; i < extent.width * extent.height; ++i) {
-        std::vector<std::int64_t> samples;
-        for (auto const& plane : planes)
-            samples.push_back(plane.samples[i]);
+        std::vector<std::int64_t> samples(planes.size());
+        std::transform(planes.begin(), planes.end(), samples.begin(),
+                       [i](waveletmodel::Plane const& plane) { return plane.samples[i]; });
         if (picture.bands >= 3) {
             auto const whole = [&](std::size_t k) { return static_cast<std::int32_t>(samples[k]); };
             reference::Rgb const rgb = reference::rgbFromYCoCg({whole(0), whole(1), whole(2)});
