@@ -49,15 +49,21 @@ OwnedTarget PictureTargets::target(Layout layout, Size const& size) const {
 }
 
 OwnedTarget PictureTargets::uploaded(Layout layout, Size const& size, std::vector<unsigned char> const& pixels) {
-    std::size_t const components = layout == Layout::kPlane ? 1 : 4;
-    instance_->setTile(kTile, pixels, {size.width, size.height, components}, 0);
     OwnedTarget result = target(layout, size);
-    std::vector<std::size_t> const whole = {0, size.width - 1, 0, size.height - 1};
-    instance_->drawTiles(result.id(), copyOf(layout), whole, whole, {size.width, size.height}, {{0, 0}}, {kTile},
-                         {0, 0});
+    draw(result, layout, size, pixels, {0, 0, size.width, size.height});
+    return result;
+}
+
+void PictureTargets::draw(OwnedTarget const& target, Layout layout, Size const& tile,
+                          std::vector<unsigned char> const& pixels, Region const& area) {
+    std::size_t const components = layout == Layout::kPlane ? 1 : 4;
+    // A tile that is not stored is drawn as zeros.
+    if (!pixels.empty()) instance_->setTile(kTile, pixels, {tile.width, tile.height, components}, 0);
+    std::vector<std::size_t> const range = {0, area.width - 1, 0, area.height - 1};
+    instance_->drawTiles(target.id(), copyOf(layout), range, range, {area.width, area.height}, {{0, 0}}, {kTile},
+                         {area.x, area.y});
     // A smaller tile would be written into a corner of this one's texture.
     instance_->eraseTile(kTile);
-    return result;
 }
 
 std::vector<unsigned char> PictureTargets::read(OwnedTarget const& target, Layout layout, Size const& size) const {

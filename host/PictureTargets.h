@@ -52,6 +52,10 @@ public:
     OwnedTarget target(Layout layout, Size const& size) const;
     /// Width * height pixels of `layout`, rows tightly packed: RGBA bytes, or little-endian samples of a plane.
     OwnedTarget uploaded(Layout layout, Size const& size, std::vector<unsigned char> const& pixels);
+    /// Draws a tile of `tile` pixels over `area` of a target; without pixels it is drawn as zeros. A tile smaller than the
+    /// area is stretched.
+    void draw(OwnedTarget const& target, Layout layout, Size const& tile, std::vector<unsigned char> const& pixels,
+              Region const& area);
     /// The texels' bytes, rows from the top.
     std::vector<unsigned char> read(OwnedTarget const& target, Layout layout, Size const& size) const;
 

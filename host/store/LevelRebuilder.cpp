@@ -10,8 +10,6 @@ using Layout = PictureTargets::Layout;
 
 // Two samples share a texel, and a level's corner is half of the finer one's: that is even only for multiples of 4.
 constexpr std::size_t kCorner = 4;
-constexpr std::size_t kTile = 1;
-
 Region fromCorner(Region const& region) {
     std::size_t const x = region.x / kCorner * kCorner;
     std::size_t const y = region.y / kCorner * kCorner;
@@ -51,9 +49,7 @@ std::vector<unsigned char> littleEndian(std::vector<std::int16_t> const& samples
 
 } // namespace
 
-LevelRebuilder::LevelRebuilder(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets,
-                               TileStore& store)
-    : instance_(std::move(instance)), targets_(targets), store_(store) {}
+LevelRebuilder::LevelRebuilder(PictureTargets& targets, TileStore& store) : targets_(targets), store_(store) {}
 
 Extent LevelRebuilder::levelExtent(StoreInfo const& info, std::size_t level) {
     auto const halved = [level](std::size_t length) { return ((length - 1) >> level) + 1; };
@@ -111,17 +107,13 @@ void LevelRebuilder::drawTile(TileAddress const& address, PlanePart const& part)
     std::size_t const side = store_.info().tileSize;
     Region const tile = {address.column * side, address.row * side, side, side};
     Region const wanted = common(tile, part.region);
+    Region const area = {wanted.x - part.region.x, wanted.y - part.region.y, wanted.width, wanted.height};
     auto const value = store_.uniformValue(address);
     if (!value)
-        instance_->setTile(kTile, littleEndian(cutOut(store_.tile(address), tile, wanted)),
-                           {wanted.width, wanted.height, 1}, 0);
+        targets_.draw(part.target, Layout::kPlane, {area.width, area.height},
+                      littleEndian(cutOut(store_.tile(address), tile, wanted)), area);
     else if (*value != 0) // one texel of two samples is enough where all are the same
-        instance_->setTile(kTile, littleEndian({*value, *value}), {2, 1, 1}, 0);
-    // A tile that is not stored is drawn as zeros.
-    std::vector<std::size_t> const range = {wanted.x, wanted.x + wanted.width - 1, wanted.y,
-                                            wanted.y + wanted.height - 1};
-    instance_->drawTiles(part.target.id(), targets_.prepared(description::blitFilter1x16()), range, range,
-                         {wanted.width, wanted.height}, {{0, 0}}, {kTile},
-                         {wanted.x - part.region.x, wanted.y - part.region.y});
-    instance_->eraseTile(kTile);
+        targets_.draw(part.target, Layout::kPlane, {2, 1}, littleEndian({*value, *value}), area);
+    else
+        targets_.draw(part.target, Layout::kPlane, {2, 1}, {}, area);
 }

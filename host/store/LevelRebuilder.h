@@ -4,8 +4,7 @@
 #include "host/Region.h"
 #include "host/store/TileStore.h"
 
-#include <memory>
-#include <vector>
+#include <cstddef>
 
 /// A part of a plane of a level in a target of one 16-bit channel: its first column is region.x, its first row region.y.
 struct PlanePart {
@@ -27,10 +26,10 @@ struct PlanePart {
 ///
 /// Level 0 is the picture, level k the low band that level k + 1 of the store was made into. What comes out is exact: the
 /// store continues the bands beyond the picture's edge, so no edge is a case of its own. GL thread only. Throws what
-/// TileStore throws, and VelmoraException. Uses the tile id 1.
+/// TileStore throws, and VelmoraException.
 class LevelRebuilder {
 public:
-    LevelRebuilder(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, TileStore& store);
+    LevelRebuilder(PictureTargets& targets, TileStore& store);
 
     /// Samples of a level: those of the picture at level 0, half as many at each further one.
     static Extent levelExtent(StoreInfo const& info, std::size_t level);
@@ -44,7 +43,6 @@ private:
     OwnedTarget step(Filter const& description, PlanePart const& low, PlanePart const& high, Region const& bands,
                      PictureTargets::Size const& output);
 
-    std::shared_ptr<RenderBackendInstance> instance_;
     PictureTargets& targets_;
     TileStore& store_;
 };

@@ -24,7 +24,7 @@ public:
           bands_(bands),
           instance_(instance),
           targets_(instance),
-          rebuilder_(instance, targets_, store),
+          rebuilder_(targets_, store),
           chain_(instance, steps, levelSize(store.info(), level)) {}
 
     /// Puts the part of a level at its place in rows of `rowPixels` pixels.
