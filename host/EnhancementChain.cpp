@@ -130,25 +130,32 @@ std::size_t EnhancementChain::requiredPartSide(std::vector<Step> const& steps) {
 }
 
 std::vector<unsigned char> EnhancementChain::run(OwnedTarget input, unsigned depth, Region const& output) {
+    return texels(draw(std::move(input), depth, output), output);
+}
+
+OwnedTarget EnhancementChain::draw(OwnedTarget input, unsigned depth, Region const& output) {
     return finish({std::move(input), inputFor(output), depth}, output);
 }
 
 std::vector<unsigned char> EnhancementChain::run8(std::vector<unsigned char> const& rgba, Region const& output) {
     Region const region = inputFor(output);
-    return finish({targets_.uploaded(Layout::kRgba8, sizeOf(region), rgba), region, kShownDepth}, output);
+    return run(targets_.uploaded(Layout::kRgba8, sizeOf(region), rgba), kShownDepth, output);
 }
 
 std::vector<unsigned char> EnhancementChain::run15(Planes const& planes, Region const& output) {
     Region const region = inputFor(output);
-    return finish({interleaved(planes, evenSizeOf(region), nullptr), region, kPlaneDepth}, output);
+    return run(interleaved(planes, evenSizeOf(region), nullptr), kPlaneDepth, output);
 }
 
-std::vector<unsigned char> EnhancementChain::finish(Part part, Region const& output) {
+OwnedTarget EnhancementChain::finish(Part part, Region const& output) {
     std::vector<Region> const regions = regionsUpTo(output);
     for (std::size_t i = 0; i < steps_.size(); ++i)
         part = apply(std::move(part), steps_[i], regions[i + 1]);
-    part = shownAs8(std::move(part));
-    return targets_.read(part.target, Layout::kRgba8, sizeOf(output));
+    return std::move(shownAs8(std::move(part)).target);
+}
+
+std::vector<unsigned char> EnhancementChain::texels(OwnedTarget const& target, Region const& output) const {
+    return targets_.read(target, Layout::kRgba8, sizeOf(output));
 }
 
 EnhancementChain::Part EnhancementChain::apply(Part part, Step const& step, Region const& output) {

@@ -45,6 +45,9 @@ public:
     /// is 8, else three 16-bit channels of samples of so many bits, at most 15.
     std::vector<unsigned char> run(OwnedTarget input, unsigned depth, Region const& output);
 
+    /// The same, left in a target of RGBA texels, in its upper left corner.
+    OwnedTarget draw(OwnedTarget input, unsigned depth, Region const& output);
+
     /// The same from RGBA texels of inputFor(output).
     std::vector<unsigned char> run8(std::vector<unsigned char> const& rgba, Region const& output);
 
@@ -63,7 +66,8 @@ private:
 
     Region around(Region const& output, enhancement::Step const& step) const;
     std::vector<Region> regionsUpTo(Region const& output) const;
-    std::vector<unsigned char> finish(Part part, Region const& output);
+    OwnedTarget finish(Part part, Region const& output);
+    std::vector<unsigned char> texels(OwnedTarget const& target, Region const& output) const;
 
     Part apply(Part part, enhancement::Step const& step, Region const& output);
     Part sharpened(Part part, enhancement::Sharpen const& sharpen, Region const& output);

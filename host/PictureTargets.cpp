@@ -9,6 +9,7 @@ namespace {
 using Layout = PictureTargets::Layout;
 
 constexpr std::size_t kTile = 0;
+constexpr std::size_t kScaledCopies = 8; // that are kept
 constexpr std::size_t kRgbaBits = 32;
 constexpr std::size_t kPlaneBits = 16;
 constexpr std::size_t kDeepBits = 48;
@@ -41,10 +42,11 @@ PictureTargets::~PictureTargets() {
     instance_->clearTargets();
     for (auto& filter : filters_)
         instance_->destroyFilterInstance(filter.second);
+    destroyScaledCopies();
 }
 
-OwnedTarget PictureTargets::target(Layout layout, Size const& size) const {
-    return {instance_, instance_->createTarget({size.width, size.height}, bitsOf(layout), false, RenderBackend::NEAREST,
+OwnedTarget PictureTargets::target(Layout layout, Size const& size, RenderBackend::ImageFiltering filtering) const {
+    return {instance_, instance_->createTarget({size.width, size.height}, bitsOf(layout), false, filtering,
                                                RenderBackend::RGBA32)};
 }
 
@@ -59,11 +61,15 @@ void PictureTargets::draw(OwnedTarget const& target, Layout layout, Size const& 
     std::size_t const components = layout == Layout::kPlane ? 1 : 4;
     // A tile that is not stored is drawn as zeros.
     if (!pixels.empty()) instance_->setTile(kTile, pixels, {tile.width, tile.height, components}, 0);
-    std::vector<std::size_t> const range = {0, area.width - 1, 0, area.height - 1};
-    instance_->drawTiles(target.id(), copyOf(layout), range, range, {area.width, area.height}, {{0, 0}}, {kTile},
-                         {area.x, area.y});
+    drawStored(target, layout, kTile, area);
     // A smaller tile would be written into a corner of this one's texture.
     instance_->eraseTile(kTile);
+}
+
+void PictureTargets::drawStored(OwnedTarget const& target, Layout layout, std::size_t tile, Region const& area) {
+    std::vector<std::size_t> const range = {0, area.width - 1, 0, area.height - 1};
+    instance_->drawTiles(target.id(), copyOf(layout), range, range, {area.width, area.height}, {{0, 0}}, {tile},
+                         {area.x, area.y});
 }
 
 std::vector<unsigned char> PictureTargets::read(OwnedTarget const& target, Layout layout, Size const& size) const {
@@ -95,12 +101,41 @@ Filter const& PictureTargets::copyOf(Layout layout) {
     return prepared(layout == Layout::kDeep ? description::blitFilter3x16() : description::blitFilter4x8());
 }
 
-// x and y count pixels of the destination.
 void PictureTargets::copy(Layout layout, OwnedTarget const& from, Region const& part, OwnedTarget const& to,
                           std::size_t x, std::size_t y) {
     std::size_t const texelsPerPixel = layout == Layout::kDeep ? 2 : 1;
     instance_->executeFilter(copyOf(layout), {{from.id(), part.x, part.y, false}}, part.width, part.height, to.id(), 0,
                              0, 0, 0, {}, {texelsPerPixel * x, y});
+}
+
+// A program reads its texture at the scale that it was made with, so each scale has one of its own.
+Filter const& PictureTargets::scaledCopy(std::size_t pixels, std::size_t samples) {
+    auto const found = scaled_.find({pixels, samples});
+    if (found != scaled_.end()) return found->second;
+    if (scaled_.size() == kScaledCopies) destroyScaledCopies();
+    // The input grid has a stride of so many samples that a step of it is a whole number of pixels.
+    Filter filter(description::blitFilter4x8().name(), 0, 0, 0, 0, 0, samples, 0, samples, pixels, samples, pixels,
+                  samples, 1, RenderBackend::NEAREST);
+    instance_->createFilterInstance(filter);
+    return scaled_.emplace(std::pair(pixels, samples), filter).first->second;
+}
+
+void PictureTargets::destroyScaledCopies() {
+    for (auto& filter : scaled_)
+        instance_->destroyFilterInstance(filter.second);
+    scaled_.clear();
+}
+
+void PictureTargets::drawScaled(OwnedTarget const& from, Scaling const& scaling, OwnedTarget const& to) {
+    std::size_t const n = scaling.pixels;
+    std::size_t const d = scaling.samples;
+    // More than there is: where a pixel's middle lies in the last sample's first half, the quotient leaves that pixel out.
+    std::size_t const inputWidth = scaling.part.width + d;
+    std::size_t const inputHeight = scaling.part.height + d;
+    Region const& area = scaling.area;
+    instance_->executeFilter(scaledCopy(n, d), {{from.id(), scaling.part.x, scaling.part.y, false}}, inputWidth,
+                             inputHeight, to.id(), scaling.skipX, inputWidth * n / d - scaling.skipX - area.width,
+                             scaling.skipY, inputHeight * n / d - scaling.skipY - area.height, {}, {area.x, area.y});
 }
 
 OwnedTarget PictureTargets::widened(OwnedTarget const& target, Layout layout, Size const& size, Sides const& sides) {

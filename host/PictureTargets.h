@@ -49,13 +49,19 @@ public:
     PictureTargets& operator=(PictureTargets const&) = delete;
 
     /// What it holds is unspecified.
-    OwnedTarget target(Layout layout, Size const& size) const;
+    OwnedTarget target(Layout layout, Size const& size,
+                       RenderBackend::ImageFiltering filtering = RenderBackend::NEAREST) const;
     /// Width * height pixels of `layout`, rows tightly packed: RGBA bytes, or little-endian samples of a plane.
     OwnedTarget uploaded(Layout layout, Size const& size, std::vector<unsigned char> const& pixels);
     /// Draws a tile of `tile` pixels over `area` of a target; without pixels it is drawn as zeros. A tile smaller than the
     /// area is stretched.
     void draw(OwnedTarget const& target, Layout layout, Size const& tile, std::vector<unsigned char> const& pixels,
               Region const& area);
+    /// The same with a tile of the instance's cache, of the area's size.
+    void drawStored(OwnedTarget const& target, Layout layout, std::size_t tile, Region const& area);
+    /// Copies a part of a target to (x, y) of another, in pixels; of planes all numbers along x are even.
+    void copy(Layout layout, OwnedTarget const& from, Region const& part, OwnedTarget const& to, std::size_t x,
+              std::size_t y);
     /// The texels' bytes, rows from the top.
     std::vector<unsigned char> read(OwnedTarget const& target, Layout layout, Size const& size) const;
 
@@ -64,6 +70,18 @@ public:
     /// Runs a prepared filter over inputs of `input` pixels into the upper left corner of the destination.
     void run(Filter const& filter, std::vector<FilterSource> const& sources, Size const& input,
              OwnedTarget const& destination, SingleFilterParameters const& params = {}) const;
+
+    /// A part of a picture that is drawn larger or smaller: `pixels` pixels show `samples` of its samples.
+    struct Scaling {
+        std::size_t pixels;
+        std::size_t samples;
+        Region part;       ///< of the source, in samples; its corner lies on whole multiples of `samples`
+        std::size_t skipX; ///< pixels of the part that lie left of what is drawn
+        std::size_t skipY;
+        Region area; ///< of the destination, in pixels
+    };
+    /// kRgba8; sampled as the source's filtering says.
+    void drawScaled(OwnedTarget const& from, Scaling const& scaling, OwnedTarget const& to);
 
     /// Pixels to add at each side.
     struct Sides {
@@ -77,11 +95,12 @@ public:
 
 private:
     Filter const& copyOf(Layout layout);
-    void copy(Layout layout, OwnedTarget const& from, Region const& part, OwnedTarget const& to, std::size_t x,
-              std::size_t y);
+    Filter const& scaledCopy(std::size_t pixels, std::size_t samples);
+    void destroyScaledCopies();
     OwnedTarget widened(OwnedTarget const& target, Layout layout, Size const& size, Sides const& sides);
     OwnedTarget heightened(OwnedTarget const& target, Layout layout, Size const& size, Sides const& sides);
 
     std::shared_ptr<RenderBackendInstance> instance_;
     std::map<std::pair<std::string, std::size_t>, Filter> filters_; // by name and depth
+    std::map<std::pair<std::size_t, std::size_t>, Filter> scaled_;  // by pixels and samples
 };

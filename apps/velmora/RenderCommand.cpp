@@ -9,9 +9,8 @@
 #include "host/ProgressBar.h"
 #include "host/RegionRenderer.h"
 #include "host/SurfacelessContext.h"
-#include "host/store/LevelRebuilder.h"
-#include "host/store/StoreRenderer.h"
 #include "host/store/TileStore.h"
+#include "host/view/StoreRenderer.h"
 #include "renderbackend/RenderBackendInstance.h"
 
 #include <algorithm>
@@ -46,6 +45,7 @@ struct Options {
     std::string region;
     size_t tileSize = 256;
     double zoom = 1.0;
+    bool smooth = false;
     std::vector<enhancement::Step> steps;
 };
 
@@ -65,6 +65,12 @@ Region chosenRegion(Options const& options, size_t width, size_t height) {
     throw HostError(HostError::Kind::RegionOutside,
                     "the region " + options.region + " leaves " + name + ", which has " + std::to_string(whole.width) +
                         " x " + std::to_string(whole.height) + " pixels; choose X + W and Y + H within that");
+}
+
+std::string toText(double number) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.6g", number);
+    return text.data();
 }
 
 // Draws into a PNG file of a size, with a bar that shows how far it is. Returns the seconds that it took.
@@ -118,28 +124,19 @@ void renderImage(Options const& options) {
     report(options, region, source->width(), source->height(), source->description(), seconds);
 }
 
-// 1, 1/2, 1/4, ...: the level whose samples are so many pixels apart.
-size_t levelOf(Options const& options, StoreInfo const& info) {
-    auto const level = static_cast<size_t>(std::lround(-std::log2(options.zoom)));
-    if (level <= info.levels) return level;
-    throw HostError(HostError::Kind::Usage, "'" + options.image + "' has " + std::to_string(info.levels) +
-                                                " levels; --zoom is at least " +
-                                                std::to_string(std::ldexp(1.0, -static_cast<int>(info.levels))));
-}
-
 void renderStore(Options const& options) {
-    TileStore store(options.image);
-    StoreInfo const& info = store.info();
-    size_t const level = levelOf(options, info);
-    Region const region = StoreRenderer::atLevel(chosenRegion(options, info.width, info.height), level);
-    double const seconds =
-        drawInto(options.output, region.width, region.height, StoreRenderer::bandsOf(info, options.steps),
-                 [&](auto const& instance, auto const& write, auto const& progress) {
-                     StoreRenderer(instance, options.steps).render(store, level, region, write, progress);
-                 });
+    StoreInfo const info = TileStore(options.image).info();
+    Zoom const zoom = Zoom::nearest(options.zoom, info.levels);
+    Region const wanted = chosenRegion(options, info.width, info.height);
+    Region const region = StoreRenderer::regionAt(info, zoom, wanted);
+    double const seconds = drawInto(
+        options.output, region.width, region.height, EnhancedRenderer::bandsOf(info.bands, options.steps),
+        [&](auto const& instance, auto const& write, auto const& progress) {
+            StoreRenderer(instance, options.image, options.steps).render(zoom, options.smooth, region, write, progress);
+        });
     report(options, region, info.width, info.height,
            info.interpretation + ", " + std::to_string(info.bits) + " bits, store of " + std::to_string(info.levels) +
-               " levels",
+               " levels" + (zoom.value() == options.zoom ? "" : ", zoom " + toText(zoom.value())),
            seconds);
 }
 
@@ -157,9 +154,8 @@ std::string checkZoom(std::string const& text) {
     } catch (std::exception const&) {
         return "\"" + text + "\" is not a number";
     }
-    int exponent = 0;
-    if (zoom > 0.0 && zoom <= 1.0 && std::frexp(zoom, &exponent) == 0.5) return "";
-    return "\"" + text + "\" is not 1, 0.5, 0.25, 0.125 and so on";
+    if (zoom > 0.0 && zoom <= static_cast<double>(Zoom::kLargest)) return "";
+    return "\"" + text + "\" is not a number above 0, at most " + std::to_string(Zoom::kLargest);
 }
 
 std::string checkRegion(std::string const& text) {
@@ -254,7 +250,9 @@ void addRenderCommand(CLI::App& program) {
     command->add_option("-r,--region", options->region, "The part to draw, in pixels; without it the whole image")
         ->type_name("X,Y,W,H")
         ->check(checkRegion);
-    command->add_option("--zoom", options->zoom, "Of a store: 1, 0.5, 0.25 and so on, one of its levels")
+    command
+        ->add_option("--zoom", options->zoom,
+                     "Of a store: pixels drawn a pixel of the picture; whole from 1 on, below in steps of about 1 %")
         ->capture_default_str()
         ->type_name("Z")
         ->check(checkZoom);
@@ -263,6 +261,8 @@ void addRenderCommand(CLI::App& program) {
         ->capture_default_str()
         ->type_name("PIXELS")
         ->check(CLI::Range(RegionRenderer::kMinTileSize, RegionRenderer::kMaxTileSize));
+    command->add_flag("--smooth", options->smooth,
+                      "Of a store, zoom below 1: weigh samples instead of the nearest one");
     addFilterOptions(*command);
     command->callback([options, command] {
         options->steps = stepsOf(*command);

@@ -169,6 +169,30 @@ std::vector<std::int16_t> TileStore::tile(TileAddress const& address) {
     return std::move(*samples);
 }
 
+std::vector<TileAddress> TileStore::cellsWithData(size_t level) {
+    std::vector<TileAddress> cells;
+    try {
+        // Without the index the tiles themselves would be walked through, all of the file's pages.
+        bool const indexed =
+            state_->database.number("SELECT count(*) FROM sqlite_master WHERE name = 'tiles_with_data'") != 0;
+        sqlite::Statement query(state_->database, std::string("SELECT id FROM tiles") +
+                                                      (indexed ? " INDEXED BY tiles_with_data" : "") +
+                                                      " WHERE (value IS NULL OR value <> 0) AND id >= ? AND id < ?"
+                                                      " ORDER BY id");
+        query.bind(1, storeformat::keyOf({level, Band::LL, 0, 0, 0}));
+        query.bind(2, storeformat::keyOf({level + 1, Band::LL, 0, 0, 0}));
+        while (query.step()) {
+            TileAddress const address = storeformat::addressOf(query.integer(0));
+            bool const known =
+                !cells.empty() && cells.back().column == address.column && cells.back().row == address.row;
+            if (!known) cells.push_back(address);
+        }
+    } catch (sqlite::Failure const& failure) {
+        throw translated(state_->path, failure);
+    }
+    return cells;
+}
+
 size_t TileStore::storedTiles() {
     try {
         return static_cast<size_t>(state_->database.number("SELECT count(*) FROM tiles"));

@@ -34,6 +34,10 @@ public:
     /// Throws std::invalid_argument as above.
     std::vector<std::int16_t> tile(TileAddress const& address);
 
+    /// The places in a level's grid where a tile of any band and plane has samples other than 0, row by row; nothing else
+    /// of the addresses counts.
+    std::vector<TileAddress> cellsWithData(size_t level);
+
     /// Tiles that the file holds.
     size_t storedTiles();
 

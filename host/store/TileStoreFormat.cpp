@@ -8,6 +8,11 @@ namespace {
 
 using storeformat::Meta;
 
+// What the parts of a key count up to.
+constexpr std::int64_t kPositions = std::int64_t{1} << 24;
+constexpr std::int64_t kBands = 8;
+constexpr std::int64_t kPlanes = 4;
+
 std::string toText(double number) {
     std::array<char, 32> text{};
     auto const end = std::to_chars(text.data(), text.data() + text.size(), number);
@@ -34,12 +39,24 @@ Number numberOf(Meta const& meta, std::string const& key, Number smallest, Numbe
 
 std::int64_t storeformat::keyOf(TileAddress const& address) {
     auto const number = [](size_t value) { return static_cast<std::int64_t>(value); };
-    constexpr std::int64_t kPositions = std::int64_t{1} << 24;
-    constexpr std::int64_t kBands = 8;
-    constexpr std::int64_t kPlanes = 4;
     std::int64_t const position = (number(address.level) * kPositions + number(address.row)) * kPositions;
     return ((position + number(address.column)) * kBands + static_cast<std::int64_t>(address.band)) * kPlanes +
            number(address.plane);
+}
+
+TileAddress storeformat::addressOf(std::int64_t key) {
+    auto const next = [&key](std::int64_t count) {
+        std::int64_t const value = key % count;
+        key /= count;
+        return static_cast<size_t>(value);
+    };
+    TileAddress address;
+    address.plane = next(kPlanes);
+    address.band = static_cast<Band>(next(kBands));
+    address.column = next(kPositions);
+    address.row = next(kPositions);
+    address.level = static_cast<size_t>(key);
+    return address;
 }
 
 Meta storeformat::toMeta(StoreInfo const& info) {

@@ -17,6 +17,9 @@ constexpr std::int64_t kSchemaVersion = 1;
 /// The key of a tile: sorted by level, row, column, band, plane, so that what is read together lies together.
 std::int64_t keyOf(TileAddress const& address);
 
+/// The tile of a key.
+TileAddress addressOf(std::int64_t key);
+
 using Meta = std::map<std::string, std::string>;
 
 Meta toMeta(StoreInfo const& info);

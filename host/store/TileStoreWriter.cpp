@@ -16,6 +16,9 @@ constexpr auto kSettings = R"(
     CREATE TABLE tiles(id INTEGER PRIMARY KEY, value INTEGER, crc INTEGER NOT NULL, data BLOB);
 )";
 
+// Where a reader need not look, without a walk through all tiles.
+constexpr auto kIndex = "CREATE INDEX tiles_with_data ON tiles(id) WHERE value IS NULL OR value <> 0";
+
 } // namespace
 
 template <class Action>
@@ -49,7 +52,10 @@ void TileStoreWriter::write(StoredTile const& tile) {
 
 void TileStoreWriter::finish() {
     insert_.reset();
-    translated([&] { database_->execute("COMMIT"); });
+    translated([&] {
+        database_->execute(kIndex);
+        database_->execute("COMMIT");
+    });
     database_.reset();
     output_.finish();
 }

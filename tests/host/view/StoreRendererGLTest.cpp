@@ -1,10 +1,10 @@
 // Regions of stores through the GPU, byte for byte as the wavelet's formulas and the plain colour transform give them.
-#include "host/store/StoreRenderer.h"
+#include "host/view/StoreRenderer.h"
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/EnhancedRenderer.h"
 #include "host/SurfacelessContext.h"
-#include "host/store/LevelRebuilder.h"
+#include "host/view/PictureTile.h"
 #include "reference/Integers.h"
 #include "reference/ToneTables.h"
 #include "reference/YCoCgR.h"
@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <random>
 
 using testpictures::Content;
@@ -79,7 +80,7 @@ std::uint8_t shown(std::int64_t code, std::size_t bits) {
 }
 
 Bytes modelOf(Picture const& picture, StoreInfo const& info, std::size_t level) {
-    Extent const extent = LevelRebuilder::levelExtent(info, level);
+    Extent const extent = picturetile::levelExtent(info, level);
     std::vector<waveletmodel::Plane> planes;
     planes.reserve(picture.bands);
     for (auto const& plane : planesOf(picture))
@@ -128,21 +129,21 @@ protected:
     }
 
     Bytes rendered(std::size_t level, Region const& region, std::vector<enhancement::Step> const& steps = {}) {
-        TileStore store(path());
         Bytes bytes;
-        std::size_t const rowBytes = region.width * StoreRenderer::bandsOf(store.info(), steps);
-        StoreRenderer(instance_, steps)
-            .render(
-                store, level, region,
-                [&](std::uint8_t const* rows, std::size_t count) {
-                    bytes.insert(bytes.end(), rows, rows + count * rowBytes);
-                },
-                [](std::size_t, std::size_t) {});
+        StoreRenderer renderer(instance_, path(), steps);
+        std::size_t const rowBytes = region.width * renderer.bands();
+        Zoom const zoom = Zoom::nearest(std::ldexp(1.0, -static_cast<int>(level)), renderer.info().levels);
+        renderer.render(
+            zoom, false, region,
+            [&](std::uint8_t const* rows, std::size_t count) {
+                bytes.insert(bytes.end(), rows, rows + count * rowBytes);
+            },
+            [](std::size_t, std::size_t) {});
         return bytes;
     }
 
     Bytes renderedWhole(StoreInfo const& info, std::size_t level) {
-        Extent const extent = LevelRebuilder::levelExtent(info, level);
+        Extent const extent = picturetile::levelExtent(info, level);
         return rendered(level, {0, 0, extent.width, extent.height});
     }
 
@@ -200,7 +201,7 @@ TEST_F(StoreRendererGLTest, RegionsAreTheirPartOfTheWholeLevel) {
     StoreInfo const info = import(picture, 64, 5);
     std::mt19937 random(11);
     for (std::size_t level = 0; level <= info.levels; ++level) {
-        Extent const extent = LevelRebuilder::levelExtent(info, level);
+        Extent const extent = picturetile::levelExtent(info, level);
         Bytes const whole = renderedWhole(info, level);
         if (level == 0) {
             EXPECT_TRUE(whole == picture.bytes);

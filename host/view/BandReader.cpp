@@ -1,0 +1,90 @@
+#include "host/view/BandReader.h"
+
+#include <algorithm>
+
+namespace {
+
+std::size_t bandLevel(StoreInfo const& info, PictureTile const& tile) {
+    return std::min(tile.level + 1, info.levels);
+}
+
+void putSample(std::uint8_t* to, std::int16_t sample) {
+    auto const bits = static_cast<std::uint16_t>(sample);
+    to[0] = static_cast<std::uint8_t>(bits & 0xFFU);
+    to[1] = static_cast<std::uint8_t>(bits >> 8U);
+}
+
+} // namespace
+
+std::vector<Band> const& bandsFor(StoreInfo const& info, PictureTile const& tile) {
+    static std::vector<Band> const coarsest = {Band::LL};
+    static std::vector<Band> const others = {Band::HL, Band::LH, Band::HH};
+    return tile.level == info.levels ? coarsest : others;
+}
+
+Region partRegion(StoreInfo const& info, PictureTile const& tile) {
+    if (tile.level < info.levels) return picturetile::bandRegion(info, tile);
+    Region region = picturetile::planeRegion(info, tile);
+    region.width += region.width % 2;
+    return region;
+}
+
+BandReader::BandReader(std::string const& storePath, std::shared_ptr<SampleCache> cache)
+    : store_(storePath), cache_(std::move(cache)) {}
+
+std::vector<BandPart> BandReader::read(PictureTile const& tile) {
+    std::vector<BandPart> parts;
+    for (std::size_t plane = 0; plane < store_.info().bands; ++plane) {
+        for (Band const band : bandsFor(store_.info(), tile))
+            parts.push_back(part(tile, band, plane));
+    }
+    return parts;
+}
+
+BandPart BandReader::part(PictureTile const& tile, Band band, std::size_t plane) {
+    StoreInfo const& info = store_.info();
+    BandPart part = {band, plane, partRegion(info, tile), std::nullopt, {}};
+    std::size_t const side = info.tileSize;
+    std::size_t const level = bandLevel(info, tile);
+    Extent const tiles = storegeometry::tileCount(info, level);
+    std::vector<TileAddress> addresses;
+    std::vector<std::optional<std::int16_t>> values;
+    Region const& cells = part.region;
+    for (std::size_t row = cells.y / side; row < tiles.height && row * side < cells.y + cells.height; ++row) {
+        for (std::size_t column = cells.x / side; column < tiles.width && column * side < cells.x + cells.width;
+             ++column) {
+            addresses.push_back({level, band, plane, column, row});
+            values.push_back(store_.uniformValue(addresses.back()));
+        }
+    }
+    bool const uniform = std::all_of(values.begin(), values.end(),
+                                     [&](auto const& value) { return value && *value == *values.front(); });
+    if (uniform) {
+        part.value = values.front();
+        return part;
+    }
+    part.bytes.resize(2 * cells.width * cells.height);
+    for (std::size_t i = 0; i < addresses.size(); ++i)
+        put(part, addresses[i], values[i]);
+    return part;
+}
+
+void BandReader::put(BandPart& part, TileAddress const& address, std::optional<std::int16_t> value) {
+    std::size_t const side = store_.info().tileSize;
+    Region const tile = {address.column * side, address.row * side, side, side};
+    Region const shared = common(tile, part.region);
+    SampleCache::Samples const tileSamples = value ? nullptr : samples(address);
+    for (std::size_t y = shared.y; y < shared.y + shared.height; ++y) {
+        std::uint8_t* to = &part.bytes[2 * ((y - part.region.y) * part.region.width + shared.x - part.region.x)];
+        std::size_t from = (y - tile.y) * side + shared.x - tile.x;
+        for (std::size_t x = 0; x < shared.width; ++x, to += 2, ++from)
+            putSample(to, value ? *value : (*tileSamples)[from]);
+    }
+}
+
+SampleCache::Samples BandReader::samples(TileAddress const& address) {
+    if (auto const kept = cache_->find(address)) return kept;
+    auto const read = std::make_shared<std::vector<std::int16_t> const>(store_.tile(address));
+    cache_->keep(address, read);
+    return read;
+}

@@ -1,0 +1,69 @@
+#include "host/view/EmptyAreas.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace {
+
+std::atomic<std::uint32_t> nextSerial{0};
+
+DataEnvelopes::Corner corner(std::size_t x, std::size_t y) {
+    return {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
+}
+
+} // namespace
+
+EmptyAreas::EmptyAreas(std::shared_ptr<RenderBackendInstance> instance, TileStore& store)
+    : instance_(std::move(instance)), store_(store), serial_(nextSerial++) {}
+
+EmptyAreas::~EmptyAreas() {
+    for (auto const& level : levels_)
+        instance_->unlockDataEnvelopes(idOf(level.first));
+}
+
+bool EmptyAreas::empty(PictureTile const& tile) {
+    StoreInfo const& info = store_.info();
+    if (tile.level == info.levels) return false;
+    Region const bands = picturetile::bandRegion(info, tile);
+    std::size_t const side = info.tileSize;
+    return envelopes(tile.level + 1)
+               .coverage(corner(bands.x / side, bands.y / side),
+                         corner((bands.x + bands.width - 1) / side, (bands.y + bands.height - 1) / side)) == 0;
+}
+
+std::vector<Region> EmptyAreas::withData(std::size_t level, Region const& region) {
+    StoreInfo const& info = store_.info();
+    bool const coarsest = level == info.levels;
+    std::size_t const cell = coarsest ? info.tileSize : 2 * info.tileSize; // samples of the level
+    auto const found =
+        envelopes(coarsest ? level : level + 1)
+            .envelopes(corner(region.x / cell, region.y / cell),
+                       corner((region.x + region.width - 1) / cell, (region.y + region.height - 1) / cell));
+    std::vector<Region> areas;
+    for (auto const& rectangle : found) { // min x, max x, min y, max y
+        Region const area = {rectangle[0] * cell, rectangle[2] * cell, (rectangle[1] - rectangle[0] + 1) * cell,
+                             (rectangle[3] - rectangle[2] + 1) * cell};
+        areas.push_back(common(area, region));
+    }
+    return areas;
+}
+
+// Read when a level is needed first: the finest of a large picture has many tiles.
+DataEnvelopes const& EmptyAreas::envelopes(std::size_t bandLevel) {
+    auto const known = levels_.find(bandLevel);
+    if (known != levels_.end()) return *known->second;
+    std::vector<std::vector<unsigned int>> cells;
+    for (auto const& cell : store_.cellsWithData(bandLevel))
+        cells.push_back({static_cast<unsigned int>(cell.column), static_cast<unsigned int>(cell.row)});
+    instance_->dataEnvelopes(idOf(bandLevel), {{{}, cells}});
+    instance_->lockDataEnvelopes(idOf(bandLevel));
+    return *levels_.emplace(bandLevel, instance_->dataEnvelopes(idOf(bandLevel))).first->second;
+}
+
+// Several views may share an instance.
+EmptyAreas::Id EmptyAreas::idOf(std::size_t bandLevel) const {
+    Id id = {'l', static_cast<unsigned char>(bandLevel)};
+    for (unsigned shift = 0; shift < 32; shift += 8)
+        id.push_back(static_cast<unsigned char>(serial_ >> shift & 0xFFU));
+    return id;
+}

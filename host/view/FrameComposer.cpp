@@ -1,0 +1,140 @@
+#include "host/view/FrameComposer.h"
+
+#include <algorithm>
+
+namespace {
+
+using Layout = PictureTargets::Layout;
+
+// Samples of a piece and what lies before them, at most 127 a 64 pixels, fit in the 2048 texels of every OpenGL ES 3.
+constexpr std::size_t kPiece = 832;
+
+struct Interval {
+    std::size_t start;
+    std::size_t length;
+};
+
+Interval shownPart(std::int64_t start, std::size_t length, std::size_t picture) {
+    std::int64_t const end = std::min(start + static_cast<std::int64_t>(length), static_cast<std::int64_t>(picture));
+    std::int64_t const begin = std::max(start, std::int64_t{0});
+    if (end <= begin) return {0, 0};
+    return {static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)};
+}
+
+Interval samplesOf(Zoom const& zoom, std::size_t start, std::size_t length) {
+    std::size_t const first = zoom.sampleAt(start);
+    return {first, zoom.sampleAt(start + length - 1) + 1 - first};
+}
+
+// Corners of what is scaled lie on multiples of `samples`. Weighing reads one sample before and one behind.
+Interval canvas(Zoom const& zoom, bool smooth, Interval const& samples, std::size_t end) {
+    std::size_t const before = smooth ? std::min<std::size_t>(samples.start, 1) : 0;
+    std::size_t const start = (samples.start - before) / zoom.samples() * zoom.samples();
+    return {start, std::min(samples.start + samples.length + (smooth ? 1 : 0), end) - start};
+}
+
+} // namespace
+
+FrameComposer::FrameComposer(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets,
+                             ShownTiles& tiles, StoreInfo const& info)
+    : instance_(std::move(instance)), targets_(targets), tiles_(tiles), info_(info) {}
+
+Region FrameComposer::shownPart(StoreInfo const& info, View const& view) {
+    Extent const level = picturetile::levelExtent(info, view.zoom.level());
+    Interval const x = ::shownPart(view.x, view.width, view.zoom.pixelsOf(level.width));
+    Interval const y = ::shownPart(view.y, view.height, view.zoom.pixelsOf(level.height));
+    if (x.length == 0 || y.length == 0) return {};
+    return {x.start, y.start, x.length, y.length};
+}
+
+Region FrameComposer::samplesOf(Zoom const& zoom, Region const& pixels) {
+    if (pixels.width == 0) return {};
+    Interval const x = ::samplesOf(zoom, pixels.x, pixels.width);
+    Interval const y = ::samplesOf(zoom, pixels.y, pixels.height);
+    return {x.start, y.start, x.length, y.length};
+}
+
+OwnedTarget FrameComposer::draw(View const& view, std::array<std::uint8_t, 3> const& background) {
+    OwnedTarget frame = targets_.target(Layout::kRgba8, {view.width, view.height});
+    instance_->clear(frame.id(), {background[0], background[1], background[2], 255});
+    Region const all = shownPart(info_, view);
+    for (std::size_t y = all.y; y < all.y + all.height; y += kPiece) {
+        for (std::size_t x = all.x; x < all.x + all.width; x += kPiece)
+            drawPiece(view, {x, y, std::min(kPiece, all.x + all.width - x), std::min(kPiece, all.y + all.height - y)},
+                      frame);
+    }
+    return frame;
+}
+
+void FrameComposer::drawPiece(View const& view, Region const& pixels, OwnedTarget const& frame) {
+    Zoom const& zoom = view.zoom;
+    auto const frameX = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.x) - view.x);
+    auto const frameY = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.y) - view.y);
+    if (zoom.isWhole()) {
+        gather(zoom.level(), pixels, frame, frameX, frameY);
+        return;
+    }
+    bool const smooth = view.smooth && zoom.pixels() < zoom.samples();
+    Extent const level = picturetile::levelExtent(info_, zoom.level());
+    Region const samples = samplesOf(zoom, pixels);
+    Interval const x = canvas(zoom, smooth, {samples.x, samples.width}, level.width);
+    Interval const y = canvas(zoom, smooth, {samples.y, samples.height}, level.height);
+    Region const read = {x.start, y.start, x.length, y.length};
+    // One more than is read: the picture's last samples are repeated there.
+    OwnedTarget const side = targets_.target(Layout::kRgba8, {read.width + 1, read.height + 1},
+                                             smooth ? RenderBackend::LINEAR : RenderBackend::NEAREST);
+    gather(zoom.level(), read, side, 0, 0);
+    if (smooth) repeatEdges(side, read, level);
+    targets_.drawScaled(side,
+                        {zoom.pixels(),
+                         zoom.samples(),
+                         {0, 0, read.width, read.height},
+                         pixels.x - read.x / zoom.samples() * zoom.pixels(),
+                         pixels.y - read.y / zoom.samples() * zoom.pixels(),
+                         {frameX, frameY, pixels.width, pixels.height}},
+                        frame);
+}
+
+// Beyond the picture its last sample goes on, as textures do that end there. No target is read while it is drawn into.
+void FrameComposer::repeatEdges(OwnedTarget const& canvas, Region const& samples, Extent const& level) {
+    auto const repeat = [&](Region const& edge, std::size_t x, std::size_t y) {
+        OwnedTarget const copy = targets_.target(Layout::kRgba8, {edge.width, edge.height});
+        targets_.copy(Layout::kRgba8, canvas, edge, copy, 0, 0);
+        targets_.copy(Layout::kRgba8, copy, {0, 0, edge.width, edge.height}, canvas, x, y);
+    };
+    if (samples.x + samples.width == level.width) repeat({samples.width - 1, 0, 1, samples.height}, samples.width, 0);
+    if (samples.y + samples.height == level.height)
+        repeat({0, samples.height - 1, samples.width + 1, 1}, 0, samples.height);
+}
+
+void FrameComposer::gather(std::size_t level, Region const& samples, OwnedTarget const& to, std::size_t x,
+                           std::size_t y) {
+    for (PictureTile const& tile : picturetile::over(level, samples)) {
+        Region const shown = picturetile::shownRegion(info_, tile);
+        Region const part = common(shown, samples);
+        PictureTile source = tile;
+        while (!tiles_.has(source) && source.level < info_.levels)
+            source = picturetile::parent(source);
+        OwnedTarget const* const texels = tiles_.texels(source);
+        if (texels == nullptr) continue;
+        std::size_t const toX = x + part.x - samples.x;
+        std::size_t const toY = y + part.y - samples.y;
+        if (source.level > level)
+            enlarge(source, *texels, part, level, {toX, toY, part.width, part.height}, to);
+        else
+            targets_.copy(Layout::kRgba8, *texels, {part.x - shown.x, part.y - shown.y, part.width, part.height}, to,
+                          toX, toY);
+    }
+}
+
+// `samples` of `level` out of a coarser tile, each of whose own is 2, 4, ... of them long.
+void FrameComposer::enlarge(PictureTile const& coarser, OwnedTarget const& texels, Region const& samples,
+                            std::size_t level, Region const& area, OwnedTarget const& to) {
+    std::size_t const length = std::size_t{1} << (coarser.level - level);
+    Region const shown = picturetile::shownRegion(info_, coarser);
+    std::size_t const left = samples.x / length;
+    std::size_t const top = samples.y / length;
+    Region const part = {left - shown.x, top - shown.y, (samples.x + samples.width - 1) / length + 1 - left,
+                         (samples.y + samples.height - 1) / length + 1 - top};
+    targets_.drawScaled(texels, {length, 1, part, samples.x - left * length, samples.y - top * length, area}, to);
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "host/view/ShownTiles.h"
+#include "host/view/Zoom.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+/// Draws frames out of shown tiles.
+///
+///     tiles of the view's level --+
+///     coarser ones, enlarged -----+--> samples side by side --> one quad, scaled --> frame
+///
+/// No quad ends within a frame but at the picture's edge, so no seam can show between tiles. GL thread only. Throws
+/// VelmoraException.
+class FrameComposer {
+public:
+    FrameComposer(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, ShownTiles& tiles,
+                  StoreInfo const& info);
+
+    /// Of the view's size. Where a tile is not there, the finest coarser one is shown; the background where there is none.
+    OwnedTarget draw(View const& view, std::array<std::uint8_t, 3> const& background);
+
+    /// What a view shows of the whole picture at its zoom, in pixels; of no size where it shows nothing.
+    static Region shownPart(StoreInfo const& info, View const& view);
+    /// The samples of the level that these pixels show.
+    static Region samplesOf(Zoom const& zoom, Region const& pixels);
+
+private:
+    void drawPiece(View const& view, Region const& pixels, OwnedTarget const& frame);
+    void gather(std::size_t level, Region const& samples, OwnedTarget const& to, std::size_t x, std::size_t y);
+    void enlarge(PictureTile const& coarser, OwnedTarget const& texels, Region const& samples, std::size_t level,
+                 Region const& area, OwnedTarget const& to);
+    void repeatEdges(OwnedTarget const& canvas, Region const& samples, Extent const& level);
+
+    std::shared_ptr<RenderBackendInstance> instance_;
+    PictureTargets& targets_;
+    ShownTiles& tiles_;
+    StoreInfo info_;
+};

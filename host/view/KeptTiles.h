@@ -1,0 +1,62 @@
+#pragma once
+
+#include "host/view/PictureTile.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <utility>
+
+/// What is kept of picture tiles, with the bytes that each takes; those that were used last stay when room is needed.
+template <class Value>
+class KeptTiles {
+public:
+    /// Null where there is none. Counts as a use.
+    Value* find(PictureTile const& tile) {
+        auto const found = tiles_.find(tile);
+        if (found == tiles_.end()) return nullptr;
+        found->second.used = ++clock_;
+        return &found->second.value;
+    }
+    bool has(PictureTile const& tile) const { return tiles_.count(tile) != 0; }
+
+    void keep(PictureTile const& tile, Value&& value, std::size_t bytes) {
+        bytes_ += bytes;
+        tiles_.emplace(tile, Entry{std::move(value), bytes, ++clock_});
+    }
+
+    /// Drops tiles, those first that were used longest ago, until at most so many bytes are left. Tiles that are needed
+    /// stay. Returns the bytes that are gone.
+    std::size_t trim(std::size_t bytes, std::set<PictureTile> const& needed) {
+        std::size_t const before = bytes_;
+        if (before <= bytes) return 0;
+        std::map<std::uint64_t, PictureTile> oldest;
+        for (auto const& entry : tiles_) {
+            if (needed.count(entry.first) == 0) oldest.emplace(entry.second.used, entry.first);
+        }
+        for (auto next = oldest.begin(); next != oldest.end() && bytes_ > bytes; ++next) {
+            bytes_ -= tiles_.find(next->second)->second.bytes;
+            tiles_.erase(next->second);
+        }
+        return before - bytes_;
+    }
+
+    void clear() {
+        tiles_.clear();
+        bytes_ = 0;
+    }
+    std::size_t bytes() const { return bytes_; }
+    std::size_t count() const { return tiles_.size(); }
+
+private:
+    struct Entry {
+        Value value;
+        std::size_t bytes;
+        std::uint64_t used;
+    };
+
+    std::map<PictureTile, Entry> tiles_;
+    std::size_t bytes_ = 0;
+    std::uint64_t clock_ = 0;
+};

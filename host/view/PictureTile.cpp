@@ -1,0 +1,55 @@
+#include "host/view/PictureTile.h"
+
+#include <algorithm>
+
+namespace {
+
+// `length` samples from the tile's corner on, up to the level's last.
+Region fromCorner(PictureTile const& tile, std::size_t length, Extent const& extent) {
+    std::size_t const x = tile.column * picturetile::kSide;
+    std::size_t const y = tile.row * picturetile::kSide;
+    return {x, y, std::min(length, extent.width - x), std::min(length, extent.height - y)};
+}
+
+} // namespace
+
+Extent picturetile::levelExtent(StoreInfo const& info, std::size_t level) {
+    auto const halved = [level](std::size_t length) { return ((length - 1) >> level) + 1; };
+    return {halved(info.width), halved(info.height)};
+}
+
+Region picturetile::shownRegion(StoreInfo const& info, PictureTile const& tile) {
+    return fromCorner(tile, kSide, levelExtent(info, tile.level));
+}
+
+Region picturetile::planeRegion(StoreInfo const& info, PictureTile const& tile) {
+    return fromCorner(tile, kSide + kMargin, storegeometry::bandExtent(info, tile.level));
+}
+
+Region picturetile::bandRegion(StoreInfo const& info, PictureTile const& tile) {
+    Region const samples = planeRegion(info, tile);
+    return {samples.x / 2, samples.y / 2, wavelet53::bandSamples(samples.width),
+            wavelet53::bandSamples(samples.height)};
+}
+
+PictureTile picturetile::parent(PictureTile const& tile) {
+    return {tile.level + 1, tile.column / 2, tile.row / 2};
+}
+
+std::vector<PictureTile> picturetile::over(std::size_t level, Region const& region) {
+    std::vector<PictureTile> tiles;
+    if (region.width == 0 || region.height == 0) return tiles;
+    for (std::size_t row = region.y / kSide; row * kSide < region.y + region.height; ++row) {
+        for (std::size_t column = region.x / kSide; column * kSide < region.x + region.width; ++column)
+            tiles.push_back({level, column, row});
+    }
+    return tiles;
+}
+
+Region common(Region const& a, Region const& b) {
+    std::size_t const x = std::max(a.x, b.x);
+    std::size_t const y = std::max(a.y, b.y);
+    auto const length = [](std::size_t start, std::size_t end) { return end > start ? end - start : 0; };
+    return {x, y, length(x, std::min(a.x + a.width, b.x + b.width)),
+            length(y, std::min(a.y + a.height, b.y + b.height))};
+}

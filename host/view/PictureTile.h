@@ -1,0 +1,50 @@
+#pragma once
+
+#include "host/Region.h"
+#include "host/store/StoreInfo.h"
+
+#include <cstddef>
+#include <tuple>
+#include <vector>
+
+/// A square of a level's samples, the unit in which levels are rebuilt. Tile (i, j) of level k is made of one tile of
+/// level k + 1 and of the high bands of that level, so no tile needs its neighbours:
+///
+///     level k + 1    |      tile p       |+4        2 * p and 2 * p + 1 take one half each, and 4 samples more
+///     level k        | tile 2p | tile 2p+1 |
+///
+/// For that each has kMargin samples of its right and its lower neighbour.
+struct PictureTile {
+    std::size_t level = 0; ///< 0: the picture's own samples
+    std::size_t column = 0;
+    std::size_t row = 0;
+
+    bool operator<(PictureTile const& other) const {
+        return std::tie(level, row, column) < std::tie(other.level, other.row, other.column);
+    }
+    bool operator==(PictureTile const& other) const { return !(*this < other) && !(other < *this); }
+};
+
+namespace picturetile {
+
+constexpr std::size_t kSide = 512;
+constexpr std::size_t kMargin = 4;
+
+/// Samples of a level that show the picture: half as many at each further one.
+Extent levelExtent(StoreInfo const& info, std::size_t level);
+
+/// The tile's samples without the margin, as far as they show the picture.
+Region shownRegion(StoreInfo const& info, PictureTile const& tile);
+/// With the margin, as far as the level has samples.
+Region planeRegion(StoreInfo const& info, PictureTile const& tile);
+/// What the tile is rebuilt from: this region of each band of the next level. Not for tiles of the coarsest.
+Region bandRegion(StoreInfo const& info, PictureTile const& tile);
+
+PictureTile parent(PictureTile const& tile);
+/// The tiles that meet a region of a level, row by row.
+std::vector<PictureTile> over(std::size_t level, Region const& region);
+
+} // namespace picturetile
+
+/// The samples that two regions share; of no width or height where there are none.
+Region common(Region const& a, Region const& b);

@@ -1,0 +1,168 @@
+#include "host/view/PictureTiles.h"
+
+#include "host/FilterDescriptions.h"
+#include "host/PixelBands.h"
+
+#include <algorithm>
+
+namespace {
+
+using Layout = PictureTargets::Layout;
+using Size = PictureTargets::Size;
+
+constexpr unsigned kShownDepth = 8;
+constexpr std::size_t kMaxTiles = std::size_t{1} << 24U; // along a side of a level
+constexpr std::size_t kMaxPlanes = 4;
+constexpr std::size_t kBands = 4;
+
+// Its number in the instance's tile cache. 0, which is no part's, is for tiles that are drawn once.
+std::size_t cacheId(PictureTile const& tile, std::size_t plane, Band band) {
+    std::size_t const place = (tile.level * kMaxTiles + tile.row) * kMaxTiles + tile.column;
+    return (place * kMaxPlanes + plane) * kBands + static_cast<std::size_t>(band) + 1;
+}
+
+std::vector<unsigned char> texelOf(std::int16_t value) {
+    auto const bits = static_cast<std::uint16_t>(value);
+    auto const low = static_cast<unsigned char>(bits & 0xFFU);
+    auto const high = static_cast<unsigned char>(bits >> 8U);
+    return {low, high, low, high};
+}
+
+FilterSource source(PlanePart const& part, std::size_t x, std::size_t y) {
+    return {part.target.id(), x - part.region.x, y - part.region.y, false};
+}
+
+Filter colourStep(bool grey, bool shown) {
+    if (grey) return shown ? description::filter3x16To4x8() : description::blitFilter3x16();
+    return shown ? description::filterYCoCg16ToRGBA8() : description::filterYCoCg16ToRGB16();
+}
+
+} // namespace
+
+PictureTiles::PictureTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets,
+                           StoreInfo const& info)
+    : instance_(std::move(instance)), targets_(targets), info_(info) {}
+
+unsigned PictureTiles::depth() const {
+    return static_cast<unsigned>(info_.bits - info_.residualBits);
+}
+
+PictureTargets::Layout PictureTiles::layout() const {
+    return depth() == kShownDepth ? Layout::kRgba8 : Layout::kDeep;
+}
+
+bool PictureTiles::hasParent(PictureTile const& tile) const {
+    return tile.level == info_.levels || has(picturetile::parent(tile));
+}
+
+bool PictureTiles::hasBands(PictureTile const& tile) const {
+    auto const known = known_.find(tile);
+    if (known == known_.end()) return false;
+    std::size_t part = 0;
+    for (std::size_t plane = 0; plane < info_.bands; ++plane) {
+        for (Band const band : bandsFor(info_, tile)) {
+            if (!known->second[part++] && !instance_->tileSet(cacheId(tile, plane, band))) return false;
+        }
+    }
+    return true;
+}
+
+void PictureTiles::build(LoadedTile const& loaded) {
+    std::vector<Value> values;
+    for (BandPart const& part : loaded.parts) {
+        values.push_back(part.value);
+        if (part.value) continue;
+        std::size_t const id = cacheId(loaded.tile, part.plane, part.band);
+        instance_->setTile(id, part.bytes, {part.region.width, part.region.height, 1}, 0);
+        instance_->lockTile(id); // until it is drawn
+    }
+    make(loaded.tile, values);
+    for (BandPart const& part : loaded.parts)
+        instance_->unlockTile(cacheId(loaded.tile, part.plane, part.band));
+    known_[loaded.tile] = std::move(values);
+}
+
+void PictureTiles::rebuild(PictureTile const& tile) {
+    make(tile, known_.at(tile));
+}
+
+void PictureTiles::buildEmpty(PictureTile const& tile) {
+    make(tile, std::vector<Value>(info_.bands * bandsFor(info_, tile).size(), Value(0)));
+}
+
+OwnedTarget const* PictureTiles::pixels(PictureTile const& tile) {
+    Tile const* const found = tiles_.find(tile);
+    return found != nullptr ? &found->pixels : nullptr;
+}
+
+PlanePart const& PictureTiles::plane(PictureTile const& tile, std::size_t plane) {
+    return tiles_.find(tile)->planes.at(plane);
+}
+
+void PictureTiles::make(PictureTile const& tile, std::vector<Value> const& values) {
+    std::size_t const bands = bandsFor(info_, tile).size();
+    std::vector<PlanePart> planes;
+    std::size_t bytes = 0;
+    for (std::size_t plane = 0; plane < info_.bands; ++plane) {
+        auto const first = values.begin() + static_cast<std::ptrdiff_t>(plane * bands);
+        planes.push_back(rebuiltPlane(tile, plane, {first, first + static_cast<std::ptrdiff_t>(bands)}));
+        bytes += 2 * planes.back().region.width * planes.back().region.height;
+    }
+    OwnedTarget pixels = coloured(tile, planes);
+    Region const shown = picturetile::shownRegion(info_, tile);
+    bytes += shown.width * shown.height * (layout() == Layout::kRgba8 ? 4 : 8);
+    tiles_.keep(tile, {std::move(planes), std::move(pixels)}, bytes);
+}
+
+PlanePart PictureTiles::rebuiltPlane(PictureTile const& tile, std::size_t plane, std::vector<Value> const& values) {
+    if (tile.level == info_.levels) return bandPart(tile, plane, Band::LL, values[0]);
+    Region const bands = picturetile::bandRegion(info_, tile);
+    PlanePart const& parent = tiles_.find(picturetile::parent(tile))->planes[plane];
+    PlanePart const hl = bandPart(tile, plane, Band::HL, values[0]);
+    PlanePart const lh = bandPart(tile, plane, Band::LH, values[1]);
+    PlanePart const hh = bandPart(tile, plane, Band::HH, values[2]);
+
+    Size const half = {bands.width, 2 * bands.height - 4};
+    Size const whole = {2 * bands.width - 4, half.height};
+    auto const run = [&](Filter const& description, std::vector<FilterSource> const& sources, Size const& input,
+                         Size const& output) {
+        OwnedTarget result = targets_.target(Layout::kPlane, output);
+        targets_.run(targets_.prepared(description), sources, input, result);
+        return result;
+    };
+    Size const input = {bands.width, bands.height};
+    Filter const vertical = description::filterFirIV53LeGall16();
+    OwnedTarget const low =
+        run(vertical, {source(parent, bands.x, bands.y), source(lh, bands.x, bands.y)}, input, half);
+    OwnedTarget const high = run(vertical, {source(hl, bands.x, bands.y), source(hh, bands.x, bands.y)}, input, half);
+    OwnedTarget samples =
+        run(description::filterFirIH53LeGall16(), {{low.id(), 0, 0, false}, {high.id(), 0, 0, false}}, half, whole);
+    return {std::move(samples), {2 * bands.x, 2 * bands.y, whole.width, whole.height}};
+}
+
+PlanePart PictureTiles::bandPart(PictureTile const& tile, std::size_t plane, Band band, Value const& value) {
+    Region const region = partRegion(info_, tile);
+    Region const all = {0, 0, region.width, region.height};
+    PlanePart part = {targets_.target(Layout::kPlane, {region.width, region.height}), region};
+    if (!value)
+        targets_.drawStored(part.target, Layout::kPlane, cacheId(tile, plane, band), all);
+    else if (*value != 0) // one texel of two samples is enough where all are the same
+        targets_.draw(part.target, Layout::kPlane, {2, 1}, texelOf(*value), all);
+    else
+        targets_.draw(part.target, Layout::kPlane, {2, 1}, {}, all);
+    return part;
+}
+
+OwnedTarget PictureTiles::coloured(PictureTile const& tile, std::vector<PlanePart> const& planes) {
+    bool const grey = pixelbands::isGrey(info_.bands);
+    Region const shown = picturetile::shownRegion(info_, tile);
+    Size const even = {shown.width + shown.width % 2, shown.height};
+    auto const plane = [&](std::size_t index) { return source(planes[grey ? 0 : index], shown.x, shown.y); };
+    OwnedTarget const deep = targets_.target(Layout::kDeep, even);
+    targets_.run(targets_.prepared(description::filterInterleave16()), {plane(0), plane(1), plane(2)}, even, deep);
+    Size const size = {shown.width, shown.height};
+    OwnedTarget result = targets_.target(layout(), size);
+    targets_.run(targets_.prepared(colourStep(grey, layout() == Layout::kRgba8)), {{deep.id(), 0, 0, false}}, size,
+                 result);
+    return result;
+}

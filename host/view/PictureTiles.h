@@ -1,0 +1,83 @@
+#pragma once
+
+#include "host/PictureTargets.h"
+#include "host/view/KeptTiles.h"
+#include "host/view/TileLoader.h"
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <vector>
+
+/// A part of a plane of a level in a target of one 16-bit channel: its first column is region.x, its first row region.y.
+struct PlanePart {
+    OwnedTarget target;
+    Region region;
+};
+
+/// Rebuilds tiles of a store's levels on the GPU and keeps them:
+///
+///     level 2    LL                       parts of bands, drawn from the instance's tile cache
+///                 |  HL LH HH
+///                columns, then rows       M x N samples of each band give (2M - 4) x (2N - 4)
+///                 |
+///     level 1    samples --- colour ---> pixels
+///                 |  HL LH HH
+///                columns, then rows
+///                 |
+///     level 0    samples --- colour ---> pixels of the picture
+///
+/// Level k is the low band that level k + 1 of the store was made into. What comes out is exact: the store continues the
+/// bands beyond the picture's edge, so no edge is a case of its own. GL thread only. Throws VelmoraException.
+class PictureTiles {
+public:
+    PictureTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, StoreInfo const& info);
+
+    /// Of the pixels: RGBA texels where a sample has 8 bits, else three channels of 16.
+    PictureTargets::Layout layout() const;
+    unsigned depth() const;
+
+    bool has(PictureTile const& tile) const { return tiles_.has(tile); }
+    /// Whether what the tile is rebuilt from is there, apart from its bands.
+    bool hasParent(PictureTile const& tile) const;
+    /// Whether the instance's cache still has the tile's bands.
+    bool hasBands(PictureTile const& tile) const;
+
+    /// From its bands, which the instance's cache keeps as long as it has room. The parent is there.
+    void build(LoadedTile const& loaded);
+    /// From the bands in the cache.
+    void rebuild(PictureTile const& tile);
+    /// From high bands of 0.
+    void buildEmpty(PictureTile const& tile);
+
+    /// The pixels of picturetile::shownRegion(); null where the tile is not there.
+    OwnedTarget const* pixels(PictureTile const& tile);
+    /// The samples of a plane. The tile is there.
+    PlanePart const& plane(PictureTile const& tile, std::size_t plane);
+
+    /// Drops tiles that are not needed, those used longest ago first, down to so many bytes. Returns what is gone.
+    std::size_t trim(std::size_t bytes, std::set<PictureTile> const& needed) { return tiles_.trim(bytes, needed); }
+    std::size_t bytes() const { return tiles_.bytes(); }
+    std::size_t count() const { return tiles_.count(); }
+
+private:
+    using Value = std::optional<std::int16_t>; // of a part that has only one
+
+    struct Tile {
+        std::vector<PlanePart> planes;
+        OwnedTarget pixels;
+    };
+
+    void make(PictureTile const& tile, std::vector<Value> const& values);
+    PlanePart rebuiltPlane(PictureTile const& tile, std::size_t plane, std::vector<Value> const& values);
+    PlanePart bandPart(PictureTile const& tile, std::size_t plane, Band band, Value const& value);
+    OwnedTarget coloured(PictureTile const& tile, std::vector<PlanePart> const& planes);
+
+    std::shared_ptr<RenderBackendInstance> instance_;
+    PictureTargets& targets_;
+    StoreInfo info_;
+    KeptTiles<Tile> tiles_;
+    std::map<PictureTile, std::vector<Value>> known_; // of each part, as BandReader orders them
+};

@@ -1,0 +1,306 @@
+#include "host/view/PictureView.h"
+
+#include "host/FilterDescriptions.h"
+#include "host/PixelBands.h"
+#include "host/store/TileStore.h"
+#include "host/view/EmptyAreas.h"
+#include "host/view/FrameComposer.h"
+#include "host/view/TileLoader.h"
+#include "host/view/Wanted.h"
+#include "renderbackend/FilterParameters.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Layout = PictureTargets::Layout;
+
+constexpr unsigned kShownDepth = 8;
+constexpr std::size_t kMaskPixels = 4; // of the frame to one of the mask
+constexpr std::size_t kMaxPoolBytes = 64 * 1000 * 1000;
+
+bool sameView(View const& a, View const& b) {
+    return a.zoom == b.zoom && a.x == b.x && a.y == b.y && a.width == b.width && a.height == b.height &&
+           a.smooth == b.smooth;
+}
+
+} // namespace
+
+struct PictureView::State {
+    State(std::shared_ptr<RenderBackendInstance> const& gl, std::string const& path, Options const& chosen)
+        : instance(gl),
+          options(chosen),
+          store(path),
+          info(store.info()),
+          cache(std::make_shared<SampleCache>(chosen.hostBytes)),
+          targets(gl),
+          rebuilt(gl, targets, info),
+          shown(gl, targets, rebuilt, info),
+          composer(gl, targets, shown, info),
+          emptyAreas(gl, store),
+          loader(path, chosen.threads, cache) {}
+
+    void want() {
+        wanted = wantedFor(info, view, shown, options.coarserFirst);
+        // What was read for another view and is not wanted now would only take room.
+        for (auto loaded = waiting.begin(); loaded != waiting.end();)
+            loaded = wanted.needed.count(loaded->first) == 0 ? waiting.erase(loaded) : std::next(loaded);
+        request();
+    }
+
+    // Tiles that no thread has read yet and that need one.
+    void request() {
+        std::vector<PictureTile> missing;
+        std::copy_if(wanted.rebuilt.begin(), wanted.rebuilt.end(), std::back_inserter(missing),
+                     [this](PictureTile const& tile) {
+                         return !rebuilt.has(tile) && waiting.count(tile) == 0 && !emptyAreas.empty(tile) &&
+                                !rebuilt.hasBands(tile);
+                     });
+        loader.want(missing);
+    }
+
+    void takeLoaded() {
+        while (auto loaded = loader.take()) {
+            PictureTile const tile = loaded->tile;
+            if (wanted.needed.count(tile) != 0 && !rebuilt.has(tile)) waiting.emplace(tile, std::move(loaded));
+        }
+    }
+
+    bool rebuild(PictureTile const& tile) {
+        if (rebuilt.has(tile) || !rebuilt.hasParent(tile)) return false;
+        auto const loaded = waiting.find(tile);
+        if (loaded != waiting.end()) {
+            rebuilt.build(*loaded->second);
+            waiting.erase(loaded);
+        } else if (emptyAreas.empty(tile)) {
+            rebuilt.buildEmpty(tile);
+        } else if (rebuilt.hasBands(tile)) {
+            rebuilt.rebuild(tile);
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    bool enhance(PictureTile const& tile) {
+        if (shown.has(tile)) return false;
+        auto const sources = shown.sources(tile);
+        if (!std::all_of(sources.begin(), sources.end(), [this](auto const& source) { return rebuilt.has(source); }))
+            return false;
+        shown.build(tile);
+        return true;
+    }
+
+    // Whether a tile of the view's level that is not there lies in a coarser one.
+    bool standsIn(PictureTile const& coarser) const {
+        return std::any_of(wanted.shown.begin(), wanted.shown.end(), [&](PictureTile const& tile) {
+            std::size_t const halvings = coarser.level - tile.level;
+            return !shown.has(tile) && tile.column >> halvings == coarser.column && tile.row >> halvings == coarser.row;
+        });
+    }
+
+    // One tile more that can be shown; false where nothing can be done. The coarsest level comes first, for there is
+    // nothing else to show yet; then what was asked for.
+    bool step() {
+        for (PictureTile const& tile : wanted.coarser) {
+            if (tile.level == info.levels && standsIn(tile) && enhance(tile)) return true;
+        }
+        for (PictureTile const& tile : wanted.rebuilt) {
+            if (rebuild(tile)) return true;
+        }
+        for (PictureTile const& tile : wanted.shown) {
+            if (enhance(tile)) return true;
+        }
+        return std::any_of(wanted.coarser.begin(), wanted.coarser.end(),
+                           [this](PictureTile const& tile) { return standsIn(tile) && enhance(tile); });
+    }
+
+    bool complete() const {
+        return std::all_of(wanted.shown.begin(), wanted.shown.end(),
+                           [this](PictureTile const& tile) { return shown.has(tile); });
+    }
+
+    void trim() {
+        erased += shown.trim(options.gpuBytes / 2, wanted.neededShown);
+        erased += rebuilt.trim(options.gpuBytes - std::min(shown.bytes(), options.gpuBytes / 2), wanted.needed);
+        if (erased < kMaxPoolBytes) return;
+        instance->clearTargets(); // erased ones wait there to be used again
+        erased = 0;
+    }
+
+    bool drawsNothing() const { return view.width == 0 || view.height == 0; }
+
+    // Alpha is neither enhanced nor weighed. The tiles of the view's level are there.
+    void putAlpha(std::vector<std::uint8_t>& rgba) {
+        Region const part = FrameComposer::shownPart(info, view);
+        for (PictureTile const& tile : wanted.shown)
+            putAlpha(rgba, common(part, pixelsOf(picturetile::shownRegion(info, tile))),
+                     rebuilt.plane(tile, info.bands - 1));
+    }
+
+    void putAlpha(std::vector<std::uint8_t>& rgba, Region const& pixels, PlanePart const& plane) const {
+        Region const& region = plane.region;
+        std::vector<unsigned char> const bytes =
+            instance->getPixels(plane.target.id(), {0, region.width, 0, region.height});
+        auto const toX = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.x) - view.x);
+        auto const toY = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.y) - view.y);
+        for (std::size_t y = 0; y < pixels.height; ++y) {
+            std::size_t const row = (view.zoom.sampleAt(pixels.y + y) - region.y) * region.width;
+            for (std::size_t x = 0; x < pixels.width; ++x) {
+                std::size_t const place = 2 * (row + view.zoom.sampleAt(pixels.x + x) - region.x);
+                auto const sample = static_cast<std::int16_t>(bytes[place] | bytes[place + 1] << 8U);
+                int const code = sample >> (rebuilt.depth() - kShownDepth);
+                rgba[4 * ((toY + y) * view.width + toX + x) + 3] = static_cast<std::uint8_t>(std::clamp(code, 0, 255));
+            }
+        }
+    }
+
+    // That show samples of the view's level.
+    Region pixelsOf(Region const& samples) const {
+        std::size_t const x = view.zoom.pixelsOf(samples.x);
+        std::size_t const y = view.zoom.pixelsOf(samples.y);
+        return {x, y, view.zoom.pixelsOf(samples.x + samples.width) - x,
+                view.zoom.pixelsOf(samples.y + samples.height) - y};
+    }
+
+    std::shared_ptr<RenderBackendInstance> instance;
+    Options options;
+    TileStore store;
+    StoreInfo info;
+    std::shared_ptr<SampleCache> cache;
+    PictureTargets targets;
+    PictureTiles rebuilt;
+    ShownTiles shown;
+    FrameComposer composer;
+    EmptyAreas emptyAreas;
+    TileLoader loader;
+
+    View view;
+    Wanted wanted;
+    std::map<PictureTile, std::unique_ptr<LoadedTile>> waiting; // for their parents, or for the GL thread
+    std::optional<OwnedTarget> frame;
+    std::size_t erased = 0;
+};
+
+PictureView::PictureView(std::shared_ptr<RenderBackendInstance> instance, std::string const& storePath,
+                         Options const& options)
+    : state_(std::make_unique<State>(instance, storePath, options)) {}
+
+PictureView::~PictureView() = default;
+
+StoreInfo const& PictureView::info() const {
+    return state_->info;
+}
+
+Extent PictureView::sizeAt(Zoom const& zoom) const {
+    Extent const level = picturetile::levelExtent(state_->info, zoom.level());
+    return {zoom.pixelsOf(level.width), zoom.pixelsOf(level.height)};
+}
+
+void PictureView::enhance(std::vector<enhancement::Step> const& steps) {
+    state_->shown.enhance(steps);
+    state_->want();
+}
+
+void PictureView::show(View const& view) {
+    if (sameView(view, state_->view)) return;
+    state_->view = view;
+    state_->want();
+}
+
+bool PictureView::advance(std::chrono::milliseconds time) {
+    auto const end = Clock::now() + time;
+    bool changed = false;
+    do {
+        state_->takeLoaded();
+        if (!state_->step()) break;
+        changed = true;
+    } while (Clock::now() < end);
+    if (changed) state_->trim();
+    // Bands that the cache had may be gone from it by now.
+    if (changed || state_->loader.pending() == 0) state_->request();
+    return changed;
+}
+
+void PictureView::wait(std::chrono::milliseconds time) {
+    state_->loader.wait(time);
+}
+
+bool PictureView::complete() const {
+    return state_->complete();
+}
+
+std::size_t PictureView::frame() {
+    if (state_->drawsNothing()) throw std::logic_error("a view without pixels has no frame");
+    state_->frame.reset();
+    state_->frame = state_->composer.draw(state_->view, state_->options.background);
+    return state_->frame->id();
+}
+
+std::vector<std::uint8_t> PictureView::pixels() {
+    if (state_->drawsNothing()) return {};
+    frame();
+    auto rgba = state_->targets.read(*state_->frame, Layout::kRgba8, {state_->view.width, state_->view.height});
+    if (pixelbands::hasAlpha(state_->info.bands) && complete()) state_->putAlpha(rgba);
+    return rgba;
+}
+
+void PictureView::present() {
+    if (!state_->frame || state_->drawsNothing()) return;
+    View const& view = state_->view;
+    state_->instance->executeFilter(state_->targets.prepared(description::blitFilter4x8()),
+                                    {{state_->frame->id(), 0, 0, false}}, view.width, view.height, 0, 0, 0, 0, 0, {},
+                                    {0, 0});
+}
+
+std::vector<std::uint8_t> PictureView::dataMask() {
+    State& state = *state_;
+    if (state.drawsNothing()) return {};
+    View const& view = state.view;
+    std::size_t const width = (view.width - 1) / kMaskPixels + 1;
+    std::size_t const height = (view.height - 1) / kMaskPixels + 1;
+    Region const samples = FrameComposer::samplesOf(view.zoom, FrameComposer::shownPart(state.info, view));
+    std::vector<std::vector<unsigned int>> cells;
+    auto const place = [&](std::size_t sample, std::int64_t origin, std::size_t end) {
+        auto const pixel = static_cast<std::int64_t>(view.zoom.pixelsOf(sample)) - origin;
+        return static_cast<unsigned int>(std::clamp<std::int64_t>(pixel / static_cast<std::int64_t>(kMaskPixels), 0,
+                                                                  static_cast<std::int64_t>(end)));
+    };
+    auto const areas =
+        samples.width == 0 ? std::vector<Region>() : state.emptyAreas.withData(view.zoom.level(), samples);
+    for (Region const& area : areas) {
+        // The mesh goes from corner to corner: its last cell ends it.
+        unsigned int const right = place(area.x + area.width, view.x, width);
+        unsigned int const bottom = place(area.y + area.height, view.y, height);
+        for (unsigned int y = place(area.y, view.y, height); y <= bottom; ++y) {
+            for (unsigned int x = place(area.x, view.x, width); x <= right; ++x)
+                cells.push_back({x, y});
+        }
+    }
+    std::vector<unsigned char> const id = {'m'};
+    state.instance->dataEnvelopes(id, {{{}, cells}});
+    MaskFilterParams params;
+    params.envelopes = std::const_pointer_cast<DataEnvelopes>(state.instance->dataEnvelopes(id));
+    OwnedTarget const white = state.targets.target(Layout::kRgba8, {width, height});
+    OwnedTarget const mask = state.targets.target(Layout::kRgba8, {width, height});
+    state.instance->clear(white.id(), {255, 255, 255, 255});
+    state.instance->clear(mask.id(), {0, 0, 0, 255});
+    state.instance->maskRange(white.id(), mask.id(), state.targets.prepared(description::maskFilter4x8()),
+                              {0, width - 1, 0, height - 1}, params);
+    auto const texels = state.targets.read(mask, Layout::kRgba8, {width, height});
+    std::vector<std::uint8_t> result(view.width * view.height);
+    for (std::size_t y = 0; y < view.height; ++y) {
+        for (std::size_t x = 0; x < view.width; ++x)
+            result[y * view.width + x] = texels[4 * (y / kMaskPixels * width + x / kMaskPixels)];
+    }
+    return result;
+}
+
+PictureView::Statistics PictureView::statistics() const {
+    State const& state = *state_;
+    return {state.rebuilt.count(), state.rebuilt.bytes() + state.shown.bytes(), state.cache->bytes(),
+            state.loader.pending() + state.waiting.size()};
+}

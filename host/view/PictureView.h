@@ -1,0 +1,79 @@
+#pragma once
+
+#include "host/Enhancement.h"
+#include "host/store/StoreInfo.h"
+#include "host/view/Zoom.h"
+#include "renderbackend/RenderBackendInstance.h"
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// Shows a store: threads read and decompress the tiles that a view needs, the GPU rebuilds the levels from them, runs the
+/// enhancements and draws a frame.
+///
+///     show(view)      says what is wanted; what waits and is not wanted any more is dropped
+///     advance(time)   takes in what the threads have finished, for about so long
+///     frame()         draws what is there: where a level is not there yet, the next coarser one that is
+///
+/// The first frame after show() may be the background alone; from the moment the coarsest level is there, no pixel inside
+/// the picture is. A frame that is complete() does not depend on what was shown before, on the budgets or on the threads.
+///
+/// GL thread only. Every operation throws HostError, what TileStore throws, and VelmoraException.
+class PictureView {
+public:
+    struct Options {
+        std::size_t threads = 0;                   ///< that read tiles; 0: as many as the machine has cores
+        std::size_t hostBytes = 256 * 1000 * 1000; ///< for tiles that are decompressed
+        std::size_t gpuBytes = 256 * 1000 * 1000;  ///< for rebuilt tiles; what one frame needs may be more
+        bool coarserFirst = true;                  ///< coarser levels are made fit to be shown too
+        std::array<std::uint8_t, 3> background = {32, 32, 32};
+    };
+
+    /// Opens the store; nothing is read from it yet but its description and which areas are empty.
+    PictureView(std::shared_ptr<RenderBackendInstance> instance, std::string const& storePath, Options const& options);
+    ~PictureView();
+    PictureView(PictureView const&) = delete;
+    PictureView& operator=(PictureView const&) = delete;
+
+    StoreInfo const& info() const;
+    /// Pixels of the whole picture at a zoom.
+    Extent sizeAt(Zoom const& zoom) const;
+
+    /// Enhancements from now on. Throws HostError (usage) where they read too much around a pixel.
+    void enhance(std::vector<enhancement::Step> const& steps);
+    void show(View const& view);
+    /// Whether something new can be seen.
+    bool advance(std::chrono::milliseconds time);
+    /// Waits for a thread to finish a tile, for at most so long; returns at once where nothing is in work.
+    void wait(std::chrono::milliseconds time);
+    /// Whether frame() shows the view as it is wanted.
+    bool complete() const;
+
+    /// Draws the view. The id of a target of RGBA texels whose upper left corner is the frame, the top row first; valid
+    /// until the next call.
+    std::size_t frame();
+    /// frame(), read back: width * height RGBA pixels, rows from the top.
+    std::vector<std::uint8_t> pixels();
+    /// Draws the last frame into the host's surface, upright, its upper left corner at the surface's.
+    void present();
+    /// width * height bytes: 255 where the store has coefficients other than 0 for the view's level, else 0, off by less
+    /// than 8 pixels: a mask that the backend draws from the data envelopes. Rows from the top.
+    std::vector<std::uint8_t> dataMask();
+
+    struct Statistics {
+        std::size_t tilesOnGpu = 0; ///< rebuilt
+        std::size_t gpuBytes = 0;
+        std::size_t hostBytes = 0; ///< decompressed tiles that are kept
+        std::size_t waiting = 0;   ///< tiles wanted that are not there yet
+    };
+    Statistics statistics() const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};

@@ -1,0 +1,85 @@
+#include "host/view/ShownTiles.h"
+
+#include <algorithm>
+
+using Layout = PictureTargets::Layout;
+
+ShownTiles::ShownTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, PictureTiles& tiles,
+                       StoreInfo const& info)
+    : instance_(std::move(instance)),
+      targets_(targets),
+      rebuilt_(tiles),
+      info_(info),
+      pieceSide_(EnhancementChain::requiredPartSide({})) {}
+
+void ShownTiles::enhance(std::vector<enhancement::Step> const& steps) {
+    pieceSide_ = EnhancementChain::requiredPartSide(steps);
+    steps_ = steps;
+    tiles_.clear();
+    chains_.clear();
+}
+
+// 8 bits, not enhanced.
+bool ShownTiles::asRebuilt() const {
+    return steps_.empty() && rebuilt_.layout() == Layout::kRgba8;
+}
+
+EnhancementChain& ShownTiles::chain(std::size_t level) {
+    auto& chain = chains_[level];
+    Extent const extent = picturetile::levelExtent(info_, level);
+    if (!chain)
+        chain =
+            std::make_unique<EnhancementChain>(instance_, steps_, PictureTargets::Size{extent.width, extent.height});
+    return *chain;
+}
+
+// The tile, or where steps read much around a pixel as many parts of it as a chain takes.
+std::vector<Region> ShownTiles::pieces(PictureTile const& tile) const {
+    std::vector<Region> result;
+    Region const all = picturetile::shownRegion(info_, tile);
+    for (std::size_t y = 0; y < all.height; y += pieceSide_) {
+        for (std::size_t x = 0; x < all.width; x += pieceSide_)
+            result.push_back(
+                {all.x + x, all.y + y, std::min(pieceSide_, all.width - x), std::min(pieceSide_, all.height - y)});
+    }
+    return result;
+}
+
+std::vector<PictureTile> ShownTiles::sources(PictureTile const& tile) {
+    if (asRebuilt()) return {tile};
+    return picturetile::over(tile.level, chain(tile.level).inputFor(picturetile::shownRegion(info_, tile)));
+}
+
+bool ShownTiles::has(PictureTile const& tile) const {
+    return asRebuilt() ? rebuilt_.has(tile) : tiles_.has(tile);
+}
+
+OwnedTarget const* ShownTiles::texels(PictureTile const& tile) {
+    return asRebuilt() ? rebuilt_.pixels(tile) : tiles_.find(tile);
+}
+
+void ShownTiles::build(PictureTile const& tile) {
+    if (asRebuilt()) return;
+    EnhancementChain& steps = chain(tile.level);
+    Region const all = picturetile::shownRegion(info_, tile);
+    OwnedTarget result = targets_.target(Layout::kRgba8, {all.width, all.height});
+    for (Region const& piece : pieces(tile)) {
+        OwnedTarget const drawn = steps.draw(input(tile.level, steps.inputFor(piece)), rebuilt_.depth(), piece);
+        targets_.copy(Layout::kRgba8, drawn, {0, 0, piece.width, piece.height}, result, piece.x - all.x,
+                      piece.y - all.y);
+    }
+    tiles_.keep(tile, std::move(result), all.width * all.height * 4);
+}
+
+// The pixels of a level's region, out of its rebuilt tiles.
+OwnedTarget ShownTiles::input(std::size_t level, Region const& region) {
+    OwnedTarget result = targets_.target(rebuilt_.layout(), {region.width, region.height});
+    for (PictureTile const& tile : picturetile::over(level, region)) {
+        Region const shown = picturetile::shownRegion(info_, tile);
+        Region const part = common(shown, region);
+        targets_.copy(rebuilt_.layout(), *rebuilt_.pixels(tile),
+                      {part.x - shown.x, part.y - shown.y, part.width, part.height}, result, part.x - region.x,
+                      part.y - region.y);
+    }
+    return result;
+}

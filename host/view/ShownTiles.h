@@ -1,0 +1,47 @@
+#pragma once
+
+#include "host/EnhancementChain.h"
+#include "host/view/PictureTiles.h"
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <set>
+#include <vector>
+
+/// Picture tiles as they are shown: enhanced, 8 bits. Each is that part of its whole level enhanced. GL thread only.
+/// Throws VelmoraException.
+class ShownTiles {
+public:
+    ShownTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, PictureTiles& tiles,
+               StoreInfo const& info);
+
+    /// The enhancements from now on; drops all tiles. Throws HostError (usage) where they read too much around a pixel.
+    void enhance(std::vector<enhancement::Step> const& steps);
+
+    /// The rebuilt tiles that one is made of: itself and, where an enhancement reads around a pixel, its neighbours.
+    std::vector<PictureTile> sources(PictureTile const& tile);
+    bool has(PictureTile const& tile) const;
+    /// Its sources are there.
+    void build(PictureTile const& tile);
+    /// RGBA texels of picturetile::shownRegion(), in the target's upper left corner; null where the tile is not there.
+    OwnedTarget const* texels(PictureTile const& tile);
+
+    std::size_t trim(std::size_t bytes, std::set<PictureTile> const& needed) { return tiles_.trim(bytes, needed); }
+    std::size_t bytes() const { return tiles_.bytes(); }
+
+private:
+    bool asRebuilt() const;
+    EnhancementChain& chain(std::size_t level);
+    std::vector<Region> pieces(PictureTile const& tile) const;
+    OwnedTarget input(std::size_t level, Region const& region);
+
+    std::shared_ptr<RenderBackendInstance> instance_;
+    PictureTargets& targets_;
+    PictureTiles& rebuilt_;
+    StoreInfo info_;
+    std::vector<enhancement::Step> steps_;
+    std::size_t pieceSide_;
+    std::map<std::size_t, std::unique_ptr<EnhancementChain>> chains_; // a picture's size belongs to a chain
+    KeptTiles<OwnedTarget> tiles_;
+};

@@ -1,0 +1,89 @@
+#include "host/view/StoreRenderer.h"
+
+#include "host/EnhancedRenderer.h"
+#include "host/PixelBands.h"
+#include "host/view/PictureTile.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kPartWidth = 2048;
+constexpr std::size_t kPartHeight = 512;
+
+// What one part needs is a fraction of this; the rest serves its neighbours.
+PictureView::Options smallBudgets() {
+    PictureView::Options options;
+    options.hostBytes = 64 * 1000 * 1000;
+    options.gpuBytes = 96 * 1000 * 1000;
+    options.coarserFirst = false;
+    return options;
+}
+
+std::size_t upToGrid(std::size_t start, std::size_t grid, std::size_t end) {
+    return std::min(start / grid * grid + grid, end);
+}
+
+struct Interval {
+    std::size_t start;
+    std::size_t length;
+};
+
+Interval intervalAt(double zoom, std::size_t start, std::size_t length, std::size_t picture) {
+    auto const first = static_cast<std::size_t>(std::floor(static_cast<double>(start) * zoom));
+    auto const end = static_cast<std::size_t>(std::ceil(static_cast<double>(start + length) * zoom));
+    std::size_t const from = std::min(first, picture - 1);
+    return {from, std::clamp(end, from + 1, picture) - from};
+}
+
+} // namespace
+
+StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> instance, std::string const& storePath,
+                             std::vector<enhancement::Step> const& steps)
+    : view_(std::move(instance), storePath, smallBudgets()),
+      bands_(EnhancedRenderer::bandsOf(view_.info().bands, steps)) {
+    view_.enhance(steps);
+}
+
+Region StoreRenderer::regionAt(StoreInfo const& info, Zoom const& zoom, Region const& region) {
+    Extent const level = picturetile::levelExtent(info, zoom.level());
+    Interval const x = intervalAt(zoom.value(), region.x, region.width, zoom.pixelsOf(level.width));
+    Interval const y = intervalAt(zoom.value(), region.y, region.height, zoom.pixelsOf(level.height));
+    return {x.start, y.start, x.length, y.length};
+}
+
+void StoreRenderer::render(Zoom const& zoom, bool smooth, Region const& region, RegionRenderer::RowSink const& sink,
+                           RegionRenderer::Progress const& progress) {
+    std::vector<std::uint8_t> rows;
+    std::size_t const bottom = region.y + region.height;
+    std::size_t const right = region.x + region.width;
+    for (std::size_t y = region.y; y < bottom;) {
+        progress(y - region.y, region.height);
+        std::size_t const count = upToGrid(y, kPartHeight, bottom) - y;
+        rows.resize(count * region.width * bands_);
+        for (std::size_t x = region.x; x < right;) {
+            std::size_t const next = upToGrid(x, kPartWidth, right);
+            draw({zoom, static_cast<std::int64_t>(x), static_cast<std::int64_t>(y), next - x, count, smooth},
+                 &rows[(x - region.x) * bands_], region.width);
+            progress(y - region.y, region.height);
+            x = next;
+        }
+        sink(rows.data(), count);
+        y += count;
+    }
+    progress(region.height, region.height);
+}
+
+void StoreRenderer::draw(View const& view, std::uint8_t* out, std::size_t rowPixels) {
+    view_.show(view);
+    while (!view_.complete()) {
+        if (!view_.advance(100ms)) view_.wait(100ms);
+    }
+    std::vector<std::uint8_t> const rgba = view_.pixels();
+    for (std::size_t row = 0; row < view.height; ++row)
+        pixelbands::narrow(&rgba[row * view.width * pixelbands::kTexelBytes], out + row * rowPixels * bands_, bands_,
+                           view.width);
+}

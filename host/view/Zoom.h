@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// A magnification, as a level of the wavelet and a ratio between its samples and the pixels that show them:
+///
+///     1 and more    level 0, a whole number of pixels a sample
+///     less than 1   level k of half as many samples each, 64 pixels to q samples, q from 64 to 127
+///
+/// With these ratios the middle of no pixel meets the border between two samples, or comes nearer to it than 1/128 of a
+/// sample: which sample a pixel shows does not hang on a GPU's rounding.
+class Zoom {
+public:
+    static constexpr std::size_t kLargest = 64;
+
+    /// 1: a pixel a sample.
+    Zoom() = default;
+    /// The magnification nearest to `pixels` screen pixels a pixel of the picture, a number above 0; of the levels 0 to
+    /// `levels`. The smallest is about 0.5 / 2^levels.
+    static Zoom nearest(double pixels, std::size_t levels);
+
+    std::size_t level() const { return level_; }
+    /// So many pixels show so many samples of the level.
+    std::size_t pixels() const { return pixels_; }
+    std::size_t samples() const { return samples_; }
+    /// Screen pixels a pixel of the picture.
+    double value() const;
+    /// Whether every sample of the level is one pixel.
+    bool isWhole() const { return pixels_ == samples_; }
+
+    /// Pixels that show the first so many samples of the level: those whose sampleAt() is less.
+    std::size_t pixelsOf(std::size_t samples) const { return (2 * samples * pixels_ + samples_ - 1) / (2 * samples_); }
+    /// The sample that a pixel shows.
+    std::size_t sampleAt(std::size_t pixel) const { return (2 * pixel + 1) * samples_ / (2 * pixels_); }
+
+    bool operator==(Zoom const& other) const {
+        return level_ == other.level_ && pixels_ * other.samples_ == other.pixels_ * samples_;
+    }
+    bool operator!=(Zoom const& other) const { return !(*this == other); }
+
+private:
+    Zoom(std::size_t level, std::size_t pixels, std::size_t samples)
+        : level_(level), pixels_(pixels), samples_(samples) {}
+
+    std::size_t level_ = 0;
+    std::size_t pixels_ = 1;
+    std::size_t samples_ = 1;
+};
+
+/// The part of a picture that a frame shows.
+struct View {
+    Zoom zoom;
+    /// Of the frame's upper left corner, in pixels of the whole picture at this zoom. Negative: the frame begins beside
+    /// the picture.
+    std::int64_t x = 0;
+    std::int64_t y = 0;
+    std::size_t width = 0; ///< of the frame, in pixels; nothing is drawn where it or the height is 0
+    std::size_t height = 0;
+    /// Below 1: samples are weighed (bilinear), which GPUs round each in its own way. Otherwise the nearest one is
+    /// shown: the same bytes everywhere.
+    bool smooth = false;
+};
