@@ -103,14 +103,16 @@ TiffWriter::TiffWriter(std::string const& path, Format const& format) : state_(s
 
 TiffWriter::~TiffWriter() = default;
 
-void TiffWriter::writeRow(std::uint8_t const* row) {
+void TiffWriter::writeRows(std::uint8_t const* rows, size_t count) {
     State& state = *state_;
-    // libtiff predicts in place.
-    state.row.assign(row, row + rowBytesOf(state.format));
-    errno = 0;
-    if (TIFFWriteScanline(state.tiff, state.row.data(), static_cast<std::uint32_t>(state.written), 0) != 1)
-        throw state.failure();
-    ++state.written;
+    size_t const rowBytes = rowBytesOf(state.format);
+    for (size_t i = 0; i < count; ++i, ++state.written) {
+        // libtiff predicts in place.
+        state.row.assign(rows + i * rowBytes, rows + (i + 1) * rowBytes);
+        errno = 0;
+        if (TIFFWriteScanline(state.tiff, state.row.data(), static_cast<std::uint32_t>(state.written), 0) != 1)
+            throw state.failure();
+    }
 }
 
 void TiffWriter::finish() {

@@ -1,13 +1,10 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
+#include "host/PictureWriter.h"
 
-/// Writes a TIFF file row by row, compressed without loss (deflate with horizontal prediction), as BigTIFF where it may
-/// pass 4 GiB. The file takes its name in finish() only, as PngWriter's does. One thread at a time.
-class TiffWriter {
+/// A TIFF file in strips, compressed without loss (deflate with horizontal prediction), as BigTIFF where it may pass
+/// 4 GiB.
+class TiffWriter final : public PictureWriter {
 public:
     struct Format {
         size_t width = 0;
@@ -20,15 +17,10 @@ public:
 
     /// Throws HostError (unwritable output), also where the name is that of something other than a regular file.
     TiffWriter(std::string const& path, Format const& format);
-    ~TiffWriter();
-    TiffWriter(TiffWriter const&) = delete;
-    TiffWriter& operator=(TiffWriter const&) = delete;
+    ~TiffWriter() override;
 
-    /// The next row from the top: interleaved samples, 16 bits in the machine's byte order. Throws HostError.
-    void writeRow(std::uint8_t const* row);
-
-    /// After the last row. Throws HostError (unwritable output).
-    void finish();
+    void writeRows(std::uint8_t const* rows, size_t count) override;
+    void finish() override;
 
 private:
     struct State;

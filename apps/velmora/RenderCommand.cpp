@@ -5,7 +5,7 @@
 #include "host/EnhancedRenderer.h"
 #include "host/HostError.h"
 #include "host/ImageReader.h"
-#include "host/PngWriter.h"
+#include "host/PictureWriter.h"
 #include "host/ProgressBar.h"
 #include "host/RegionRenderer.h"
 #include "host/SurfacelessContext.h"
@@ -73,13 +73,13 @@ std::string toText(double number) {
     return text.data();
 }
 
-// Draws into a PNG file of a size, with a bar that shows how far it is. Returns the seconds that it took.
+// Draws into a file of a size, with a bar that shows how far it is. Returns the seconds that it took.
 using Draw = std::function<void(std::shared_ptr<RenderBackendInstance> const& instance,
                                 RegionRenderer::RowSink const& write, RegionRenderer::Progress const& progress)>;
 
 double drawInto(std::string const& output, size_t width, size_t height, size_t bands, Draw const& draw) {
     // Before the context: an output that cannot be written is known at once.
-    PngWriter png(output, width, height, bands);
+    auto const file = makePictureWriter(output, width, height, bands);
     SurfacelessContext context;
     Gles3RenderBackend backend(RenderBackend::RGBA32, kTileBudgetBytes);
     auto const instance = backend.createInstance(context);
@@ -88,13 +88,13 @@ double drawInto(std::string const& output, size_t width, size_t height, size_t b
     {
         ProgressBar bar(output, stderr);
         draw(
-            instance, [&png](std::uint8_t const* rows, size_t count) { png.writeRows(rows, count); },
+            instance, [&file](std::uint8_t const* rows, size_t count) { file->writeRows(rows, count); },
             [&bar](size_t done, size_t total) {
                 interruption::throwIfNoted();
                 bar.update(done, total);
             });
         interruption::throwIfNoted();
-        png.finish();
+        file->finish();
     }
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
@@ -240,13 +240,18 @@ std::vector<enhancement::Step> stepsOf(CLI::App const& command) {
 
 void addRenderCommand(CLI::App& program) {
     auto const options = std::make_shared<Options>();
-    auto* const command = program.add_subcommand("render", "Draw an image through the backend and write a PNG file");
+    auto* const command =
+        program.add_subcommand("render", "Draw an image through the backend and write a PNG or TIFF file");
     command->footer(kExamples);
     command
         ->add_option("IMAGE", options->image,
                      "Any image that libvips reads, or a store; without it the built-in picture")
         ->type_name("");
-    command->add_option("-o,--output", options->output, "The PNG file to write")->required()->type_name("FILE");
+    command
+        ->add_option("-o,--output", options->output,
+                     "The file to write: a TIFF where it ends in .tif or .tiff, else a PNG")
+        ->required()
+        ->type_name("FILE");
     command->add_option("-r,--region", options->region, "The part to draw, in pixels; without it the whole image")
         ->type_name("X,Y,W,H")
         ->check(checkRegion);

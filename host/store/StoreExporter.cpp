@@ -39,7 +39,7 @@ void exportStore(TileStore& store, std::string const& path, ExportProgress const
             if (info.residualBits > 0) residuals[plane].next(colours.residual(plane));
         }
         colours.join(pixels.data());
-        tiff.writeRow(pixels.data());
+        tiff.writeRows(pixels.data(), 1);
     }
     progress(info.height, info.height);
     tiff.finish();

@@ -99,14 +99,16 @@ TEST_F(ProgramErrorsGLTest, ARegionOutsideIsExitCode5) {
 }
 
 TEST_F(ProgramErrorsGLTest, AnUnwritableOutputIsExitCode6) {
-    expectFailure(runVelmora({"render", image_, "-o", folder_.path("none/view.png")}), 6, {"none/view.png", "No such"});
+    for (std::string const name : {"none/view.png", "none/view.tif"})
+        expectFailure(runVelmora({"render", image_, "-o", folder_.path(name)}), 6, {name, "No such"});
     expectFailure(runVelmora({"render", image_, "-o", folder_.path()}), 6, {folder_.path(), "regular file"});
 }
 
 TEST_F(ProgramErrorsGLTest, AFullDiskIsExitCode6AndLeavesNoPicture) {
     size_t const maxFileBytes = 20000;
-    expectFailure(runVelmora({"render", "-o", view(), "-r", "3000,6000,400,400"}, {}, maxFileBytes), 6,
-                  {"view.png", "File too large"});
+    for (std::string const name : {"view.png", "view.tif"})
+        expectFailure(runVelmora({"render", "-o", folder_.path(name), "-r", "3000,6000,400,400"}, {}, maxFileBytes), 6,
+                      {name, "File too large"});
 }
 
 // The child loses the GL implementation that it was to run on, and finds no other.

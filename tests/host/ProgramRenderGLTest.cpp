@@ -41,6 +41,20 @@ protected:
             << toText(region) << " in tiles of " << tile;
     }
 
+    void expectSameInTiffAndPng(std::vector<std::string> const& options, size_t bands) const {
+        for (std::string const name : {"view.png", "view.TIF"}) {
+            std::vector<std::string> arguments = {"render", "-o", folder_.path(name)};
+            arguments.insert(arguments.end(), options.begin(), options.end());
+            auto const result = runVelmora(arguments);
+            ASSERT_EQ(result.exitCode, 0) << result.err;
+            EXPECT_EQ(result.out.rfind(folder_.path(name) + ": ", 0), 0u) << result.out;
+        }
+        EXPECT_EQ(readFile(folder_.path("view.TIF")).substr(0, 2), "II");
+        Pixels const png = testimages::readByVips(folder_.path("view.png"));
+        EXPECT_EQ(png.bands, bands);
+        EXPECT_EQ(testimages::difference(testimages::readByVips(folder_.path("view.TIF")), png), "");
+    }
+
     TemporaryFolder folder_;
 };
 
@@ -135,19 +149,36 @@ TEST_F(ProgramRenderGLTest, ReportsWhatItWrote) {
 }
 
 TEST_F(ProgramRenderGLTest, AnInterruptedRunLeavesNothingBehind) {
-    writeFile(folder_.path("view.png"), "old");
-    Process render({"render", "-o", folder_.path("view.png")});
-    auto const giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    // The second file is the temporary one: the work has begun.
-    while (folder_.names().size() < 2 && render.running() && std::chrono::steady_clock::now() < giveUp)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    ASSERT_EQ(folder_.names().size(), 2u);
-    render.signal(SIGINT);
-    auto const result = render.wait();
-    EXPECT_EQ(result.exitCode, 130);
-    EXPECT_EQ(result.err, "velmora: interrupted; nothing was written\n");
-    EXPECT_EQ(folder_.names(), std::vector<std::string>{"view.png"});
-    EXPECT_EQ(readFile(folder_.path("view.png")), "old");
+    for (std::string const name : {"view.png", "view.tif"}) {
+        SCOPED_TRACE(name);
+        TemporaryFolder const folder;
+        writeFile(folder.path(name), "old");
+        Process render({"render", "-o", folder.path(name)});
+        auto const giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        // The second file is the temporary one: the work has begun.
+        while (folder.names().size() < 2 && render.running() && std::chrono::steady_clock::now() < giveUp)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ASSERT_EQ(folder.names().size(), 2u);
+        render.signal(SIGINT);
+        auto const result = render.wait();
+        EXPECT_EQ(result.exitCode, 130);
+        EXPECT_EQ(result.err, "velmora: interrupted; nothing was written\n");
+        EXPECT_EQ(folder.names(), std::vector<std::string>{name});
+        EXPECT_EQ(readFile(folder.path(name)), "old");
+    }
+}
+
+TEST_F(ProgramRenderGLTest, TiffHoldsThePixelsOfThePng) {
+    std::string const image = folder_.path("a.png");
+    std::string const store = folder_.path("a.store");
+    for (size_t bands = 1; bands <= 4; ++bands) {
+        testimages::writePattern8(image, "", kWidth, kHeight, bands);
+        ASSERT_EQ(runVelmora({"import", image, store, "--force"}).exitCode, 0);
+        for (std::vector<std::string> const& options : {std::vector<std::string>{image},
+                                                        {image, "-r", "13,7,599,301", "--sharpen", "1"},
+                                                        {store, "--zoom", "0.5"}})
+            expectSameInTiffAndPng(options, bands);
+    }
 }
 
 TEST_F(ProgramRenderGLTest, RegionOfAStoreIsTheFilesAtZoomOneAndALevelBelow) {

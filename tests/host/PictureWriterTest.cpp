@@ -1,0 +1,48 @@
+#include "host/PictureWriter.h"
+#include "host/HostError.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/host/TestImages.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// "\x89PNG" or "II*", of a machine that stores the lower byte first.
+std::string formatOf(std::string const& path) {
+    std::string const start = readFile(path).substr(0, 4);
+    if (start == "\x89PNG") return "PNG";
+    return start == std::string("II*\0", 4) || start == std::string("MM\0*", 4) ? "TIFF" : "neither";
+}
+
+} // namespace
+
+TEST(PictureWriterTest, TheEndOfTheNameDecidesTheFormat) {
+    TemporaryFolder const folder;
+    auto const pixels = testimages::pattern8(31, 17, 3);
+    for (auto const& [name, format] : std::vector<std::pair<char const*, char const*>>{{"a.tif", "TIFF"},
+                                                                                       {"a.tiff", "TIFF"},
+                                                                                       {"a.TIF", "TIFF"},
+                                                                                       {"a.b.Tiff", "TIFF"},
+                                                                                       {"a.png", "PNG"},
+                                                                                       {"a.PNG", "PNG"},
+                                                                                       {"a.tif.png", "PNG"},
+                                                                                       {"tif", "PNG"},
+                                                                                       {"a.tifs", "PNG"}}) {
+        auto const writer = makePictureWriter(folder.path(name), 31, 17, 3);
+        writer->writeRows(pixels.samples.data(), 17);
+        writer->finish();
+        EXPECT_EQ(formatOf(folder.path(name)), format) << name;
+        EXPECT_EQ(testimages::difference(testimages::readByVips(folder.path(name)), pixels), "") << name;
+    }
+}
+
+TEST(PictureWriterTest, OneThatIsNotFinishedLeavesTheOldFile) {
+    TemporaryFolder const folder;
+    auto const pixels = testimages::pattern8(200, 300, 4);
+    for (std::string const name : {"a.png", "a.tif"}) {
+        writeFile(folder.path(name), "old");
+        makePictureWriter(folder.path(name), 200, 300, 4)->writeRows(pixels.samples.data(), 299);
+        EXPECT_EQ(readFile(folder.path(name)), "old");
+    }
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.png", "a.tif"}));
+}
