@@ -88,12 +88,13 @@ bool isPlainColour(VipsInterpretation interpretation) {
 }
 
 VImage toDisplayColour(VImage const& image) {
-    // Corrects labels that do not fit the samples, such as a three-band "multiband" image.
-    VImage const labelled =
-        image.copy(VImage::option()->set("interpretation", static_cast<int>(image.guess_interpretation())));
-    bool const grey = labelled.bands() <= 2;
-    VImage const shown = labelled.colourspace(grey ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB);
-    return shown.cast(VIPS_FORMAT_UCHAR);
+    auto const display = image.bands() <= 2 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB;
+    // Corrects labels that do not fit the samples, such as a three-band "multiband" image. From what stays "multiband",
+    // two bands or more than four, libvips knows no way to a colour.
+    auto const guessed = image.guess_interpretation();
+    auto const label = guessed == VIPS_INTERPRETATION_MULTIBAND ? display : guessed;
+    VImage const labelled = image.copy(VImage::option()->set("interpretation", static_cast<int>(label)));
+    return labelled.colourspace(display).cast(VIPS_FORMAT_UCHAR);
 }
 
 VImage shownSamples(VImage const& image, ImageReader::Samples samples) {

@@ -163,6 +163,19 @@ TEST_F(ImageReaderTest, FloatingPointGreyIsClippedTo8Bits) {
     EXPECT_EQ(readAll(path("a.tif")).samples, (std::vector<std::uint8_t>{0, 0, 7, 200, 255, 255}));
 }
 
+// Frames of an instrument: bands that stand for no colour, of samples that are no bytes.
+TEST_F(ImageReaderTest, FloatingPointBandsWithoutColourAreClippedTo8Bits) {
+    std::vector<float> const samples{-5.0f, 3.0f, 900.0f, 1.0f, 2.0f, 4.0f, 7.0f, 255.0f, 80.0f, 5.0f, 6.0f, 8.0f};
+    for (auto const& [bands, expected] : std::vector<std::pair<int, std::vector<std::uint8_t>>>{
+             {2, {0, 3, 255, 1, 2, 4, 7, 255, 80, 5, 6, 8}}, {6, {0, 3, 255, 7, 255, 80}}}) {
+        VImage::new_from_memory(const_cast<float*>(samples.data()), samples.size() * sizeof(float), 12 / bands, 1,
+                                bands, VIPS_FORMAT_FLOAT)
+            .copy(VImage::option()->set("interpretation", static_cast<int>(VIPS_INTERPRETATION_MULTIBAND)))
+            .write_to_file(path("a.v").c_str());
+        EXPECT_EQ(readAll(path("a.v")).samples, expected) << bands;
+    }
+}
+
 TEST_F(ImageReaderTest, CmykIsShownAsRgb) {
     std::vector<std::uint8_t> const samples{0, 0, 0, 0, 0, 0, 0, 255};
     VImage::new_from_memory(const_cast<std::uint8_t*>(samples.data()), samples.size(), 2, 1, 4, VIPS_FORMAT_UCHAR)
