@@ -58,9 +58,12 @@ TEST_P(StoreRoundTripSizesTest, EverySampleComesBackAtEachTileSize) {
         expectRoundTrip(picture, optionsOf(tileSize, std::nullopt, 4));
 }
 
-TEST_P(StoreRoundTripSizesTest, EverySampleOf16BitsComesBack) {
+TEST_P(StoreRoundTripSizesTest, EverySampleOfAnyBandsAndBitsComesBack) {
     auto const [width, height] = GetParam();
-    expectRoundTrip(testpictures::picture(width, height, 4, 16, Content::Noise), optionsOf(64, std::nullopt, 1));
+    for (size_t bands = 1; bands <= 4; ++bands)
+        for (size_t const bits : {8u, 16u})
+            expectRoundTrip(testpictures::picture(width, height, bands, bits, Content::Noise),
+                            optionsOf(64, std::nullopt, 1));
 }
 
 TEST(StoreRoundTripTest, EverySampleComesBackWithAnyBandsBitsAndContent) {

@@ -1,23 +1,14 @@
 // Regions of stores through the GPU, byte for byte as the wavelet's formulas and the plain colour transform give them.
-#include "host/view/StoreRenderer.h"
+#include "tests/host/view/StoreRendererFixture.h"
 
-#include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/EnhancedRenderer.h"
-#include "host/SurfacelessContext.h"
 #include "host/view/PictureTile.h"
-#include "reference/Integers.h"
-#include "reference/ToneTables.h"
-#include "reference/YCoCgR.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
-#include "tests/host/store/WaveletModel.h"
-#include "tests/support/GlErrors.h"
 #include "tests/support/LongRun.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <random>
 
 using testpictures::Content;
@@ -26,86 +17,6 @@ using testpictures::Picture;
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-constexpr std::size_t kResidualBits = 3;
-constexpr std::size_t kTileBudgetBytes = 64 * 1000 * 1000;
-
-unsigned sampleOf(Picture const& picture, std::size_t pixel, std::size_t band) {
-    std::size_t const index = pixel * picture.bands + band;
-    if (picture.bits == 8) return picture.bytes[index];
-    std::uint16_t sample = 0;
-    std::copy_n(&picture.bytes[2 * index], 2, reinterpret_cast<std::uint8_t*>(&sample));
-    return static_cast<unsigned>(sample) >> kResidualBits;
-}
-
-// Luma, Co, Cg, alpha; or grey, alpha.
-std::vector<waveletmodel::Plane> planesOf(Picture const& picture) {
-    auto const width = static_cast<std::int64_t>(picture.width);
-    auto const height = static_cast<std::int64_t>(picture.height);
-    std::vector<waveletmodel::Plane> planes(picture.bands, {width, height, {}});
-    for (std::size_t i = 0; i < picture.width * picture.height; ++i) {
-        std::vector<int> samples;
-        for (std::size_t band = 0; band < picture.bands; ++band)
-            samples.push_back(static_cast<int>(sampleOf(picture, i, band)));
-        if (picture.bands >= 3) {
-            reference::YCoCg const colour = reference::yCoCgFromRgb({samples[0], samples[1], samples[2]});
-            samples[0] = colour.y;
-            samples[1] = colour.co;
-            samples[2] = colour.cg;
-        }
-        for (std::size_t plane = 0; plane < planes.size(); ++plane)
-            planes[plane].samples.push_back(samples[plane]);
-    }
-    return planes;
-}
-
-// Each level is the low band of the finer one, which goes on mirrored beyond its ends.
-waveletmodel::Plane levelOf(waveletmodel::Plane const& plane, std::size_t level, Extent const& extent) {
-    waveletmodel::Plane current = plane;
-    for (std::size_t k = 0; k < level; ++k)
-        current = waveletmodel::coarser(current);
-    waveletmodel::Plane result{static_cast<std::int64_t>(extent.width), static_cast<std::int64_t>(extent.height), {}};
-    result.samples.reserve(extent.width * extent.height);
-    for (std::int64_t y = 0; y < result.height; ++y) {
-        for (std::int64_t x = 0; x < result.width; ++x)
-            result.samples.push_back(current.at(x, y));
-    }
-    return result;
-}
-
-std::uint8_t shown(std::int64_t code, std::size_t bits) {
-    if (bits == 8) return reference::clampToByte(code);
-    static reference::ByteTable const table = reference::gammaTable(13, 1.0, 0, 8191);
-    return table[static_cast<std::size_t>(std::clamp<std::int64_t>(code, 0, 8191))];
-}
-
-Bytes modelOf(Picture const& picture, StoreInfo const& info, std::size_t level) {
-    Extent const extent = picturetile::levelExtent(info, level);
-    std::vector<waveletmodel::Plane> planes;
-    planes.reserve(picture.bands);
-    for (auto const& plane : planesOf(picture))
-        planes.push_back(levelOf(plane, level, extent));
-    Bytes bytes;
-    for (std::size_t i = 0; i < extent.width * extent.height; ++i) {
-        std::vector<std::int64_t> samples(planes.size());
-        std::transform(planes.begin(), planes.end(), samples.begin(),
-                       [i](waveletmodel::Plane const& plane) { return plane.samples[i]; });
-        if (picture.bands >= 3) {
-            auto const whole = [&](std::size_t k) { return static_cast<std::int32_t>(samples[k]); };
-            reference::Rgb const rgb = reference::rgbFromYCoCg({whole(0), whole(1), whole(2)});
-            samples[0] = rgb.r;
-            samples[1] = rgb.g;
-            samples[2] = rgb.b;
-        }
-        bool const alpha = picture.bands == 2 || picture.bands == 4;
-        for (std::size_t band = 0; band < samples.size(); ++band) {
-            bool const isAlpha = alpha && band + 1 == samples.size();
-            bytes.push_back(isAlpha && picture.bits == 16 ? reference::clampToByte(samples[band] >> 5)
-                                                          : shown(samples[band], picture.bits));
-        }
-    }
-    return bytes;
-}
 
 Bytes crop(Bytes const& bytes, std::size_t width, std::size_t bands, Region const& region) {
     Bytes out;
@@ -116,53 +27,7 @@ Bytes crop(Bytes const& bytes, std::size_t width, std::size_t bands, Region cons
     return out;
 }
 
-class StoreRendererGLTest : public testing::Test {
-protected:
-    void TearDown() override { EXPECT_EQ(gl_errors::findings(), std::vector<std::string>()); }
-
-    StoreInfo import(Picture const& picture, std::size_t tileSize, std::optional<std::size_t> levels = std::nullopt) {
-        ImportOptions options;
-        options.tileSize = tileSize;
-        options.levels = levels;
-        options.replace = true;
-        return testpictures::import(picture, path(), options);
-    }
-
-    Bytes rendered(std::size_t level, Region const& region, std::vector<enhancement::Step> const& steps = {}) {
-        Bytes bytes;
-        StoreRenderer renderer(instance_, path(), steps);
-        std::size_t const rowBytes = region.width * renderer.bands();
-        Zoom const zoom = Zoom::nearest(std::ldexp(1.0, -static_cast<int>(level)), renderer.info().levels);
-        renderer.render(
-            zoom, false, region,
-            [&](std::uint8_t const* rows, std::size_t count) {
-                bytes.insert(bytes.end(), rows, rows + count * rowBytes);
-            },
-            [](std::size_t, std::size_t) {});
-        return bytes;
-    }
-
-    Bytes renderedWhole(StoreInfo const& info, std::size_t level) {
-        Extent const extent = picturetile::levelExtent(info, level);
-        return rendered(level, {0, 0, extent.width, extent.height});
-    }
-
-    void expectEveryLevel(Picture const& picture, std::size_t tileSize,
-                          std::optional<std::size_t> levels = std::nullopt) {
-        StoreInfo const info = import(picture, tileSize, levels);
-        for (std::size_t level = 0; level <= info.levels; ++level)
-            EXPECT_TRUE(renderedWhole(info, level) == modelOf(picture, info, level))
-                << picture.width << " x " << picture.height << ", " << picture.bands << " bands of " << picture.bits
-                << " bits, level " << level;
-    }
-
-    std::string path() const { return folder_.path("a.store"); }
-
-    TemporaryFolder folder_;
-    SurfacelessContext context_;
-    Gles3RenderBackend backend_{RenderBackend::RGBA32, kTileBudgetBytes};
-    std::shared_ptr<RenderBackendInstance> instance_ = backend_.createInstance(context_);
-};
+class StoreRendererGLTest : public StoreRendererFixture {};
 
 } // namespace
 

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "host/PixelSource.h"
+#include "tests/host/store/TestPictures.h"
+
+#include <cstddef>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+/// Pictures of many file formats: photographs, tissue, satellite scenes and astronomical frames that
+/// scripts/fetch-format-pictures collects, and files that libvips makes of some of them.
+namespace formatpictures {
+
+struct Format {
+    char const* name;   ///< for the test's name
+    char const* file;   ///< as collected; of a converted one what it is made of
+    char const* ending; ///< of the converted file, with libvips' options: ".tif[tile]"; empty: as collected
+    std::size_t bands;  ///< that a person who knows the file expects
+    std::size_t bits;
+};
+
+std::vector<Format> const& all();
+
+void PrintTo(Format const& format, std::ostream* out);
+
+/// Where the pictures are, or what keeps the test from running: "FILE is missing: SCRIPT fetches it".
+struct Located {
+    std::string path;
+    std::string missing;
+};
+
+/// The file of a format; a converted one is made in `folder`.
+Located locate(Format const& format, std::string const& folder);
+
+/// Whether a missing picture is to fail a test: VELMORA_REQUIRE_PHOTOGRAPHS in the environment.
+bool areRequired();
+
+/// Every sample of a file, of 16 bits where it has 16.
+std::unique_ptr<PixelSource> open(std::string const& path);
+/// The middle of a file, at most `side` pixels wide and high.
+testpictures::Picture middleOf(std::string const& path, std::size_t side);
+
+} // namespace formatpictures

@@ -1,0 +1,97 @@
+#include "tests/host/store/LevelModel.h"
+
+#include "reference/Integers.h"
+#include "reference/ToneTables.h"
+#include "reference/YCoCgR.h"
+#include "tests/host/store/WaveletModel.h"
+
+#include <algorithm>
+
+using testpictures::Picture;
+using waveletmodel::Plane;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+int sampleOf(Picture const& picture, std::size_t pixel, std::size_t band) {
+    std::size_t const index = pixel * picture.bands + band;
+    if (picture.bits == 8) return picture.bytes[index];
+    std::uint16_t sample = 0;
+    std::copy_n(&picture.bytes[2 * index], 2, reinterpret_cast<std::uint8_t*>(&sample));
+    return sample >> levelmodel::kResidualBits;
+}
+
+// Luma, Co, Cg, alpha; or grey, alpha.
+std::vector<Plane> planesOf(Picture const& picture) {
+    auto const width = static_cast<std::int64_t>(picture.width);
+    auto const height = static_cast<std::int64_t>(picture.height);
+    std::vector<Plane> planes(picture.bands, {width, height, {}});
+    std::vector<int> samples(picture.bands);
+    for (std::size_t i = 0; i < picture.width * picture.height; ++i) {
+        for (std::size_t band = 0; band < picture.bands; ++band)
+            samples[band] = sampleOf(picture, i, band);
+        if (picture.bands >= 3) {
+            reference::YCoCg const colour = reference::yCoCgFromRgb({samples[0], samples[1], samples[2]});
+            samples[0] = colour.y;
+            samples[1] = colour.co;
+            samples[2] = colour.cg;
+        }
+        for (std::size_t plane = 0; plane < planes.size(); ++plane)
+            planes[plane].samples.push_back(samples[plane]);
+    }
+    return planes;
+}
+
+std::uint8_t shown(std::int64_t code, std::size_t bits) {
+    if (bits == 8) return reference::clampToByte(code);
+    static reference::ByteTable const table = reference::gammaTable(13, 1.0, 0, 8191);
+    return table[static_cast<std::size_t>(std::clamp<std::int64_t>(code, 0, 8191))];
+}
+
+void appendPixel(Bytes& bytes, std::vector<std::int64_t>& samples, std::size_t bits) {
+    if (samples.size() >= 3) {
+        auto const whole = [&](std::size_t k) { return static_cast<std::int32_t>(samples[k]); };
+        reference::Rgb const rgb = reference::rgbFromYCoCg({whole(0), whole(1), whole(2)});
+        samples[0] = rgb.r;
+        samples[1] = rgb.g;
+        samples[2] = rgb.b;
+    }
+    bool const alpha = samples.size() % 2 == 0;
+    for (std::size_t band = 0; band < samples.size(); ++band) {
+        bool const isAlpha = alpha && band + 1 == samples.size();
+        bytes.push_back(isAlpha && bits == 16 ? reference::clampToByte(samples[band] >> 5)
+                                              : shown(samples[band], bits));
+    }
+}
+
+// The first width x height samples of planes of any size, which go on mirrored beyond their ends.
+Bytes shown(std::vector<Plane> const& planes, std::int64_t width, std::int64_t height, std::size_t bits) {
+    Bytes bytes;
+    std::vector<std::int64_t> samples(planes.size());
+    for (std::int64_t y = 0; y < height; ++y) {
+        for (std::int64_t x = 0; x < width; ++x) {
+            std::transform(planes.begin(), planes.end(), samples.begin(),
+                           [=](Plane const& plane) { return plane.at(x, y); });
+            appendPixel(bytes, samples, bits);
+        }
+    }
+    return bytes;
+}
+
+} // namespace
+
+std::vector<Bytes> levelmodel::levelsOf(Picture const& picture, std::size_t levels) {
+    std::vector<Plane> planes = planesOf(picture);
+    auto width = static_cast<std::int64_t>(picture.width);
+    auto height = static_cast<std::int64_t>(picture.height);
+    std::vector<Bytes> result = {shown(planes, width, height, picture.bits)};
+    while (result.size() <= levels) {
+        // Each level is the low band of the finer one.
+        std::transform(planes.begin(), planes.end(), planes.begin(), waveletmodel::coarser);
+        width = (width + 1) / 2;
+        height = (height + 1) / 2;
+        result.push_back(shown(planes, width, height, picture.bits));
+    }
+    return result;
+}

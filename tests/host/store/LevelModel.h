@@ -1,0 +1,19 @@
+#pragma once
+
+#include "tests/host/store/TestPictures.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+/// What a store shows at its levels, straight from the formulas of colour transform and wavelet.
+namespace levelmodel {
+
+/// Lowest bits of a 16-bit sample that its store leaves outside the wavelet, where the coefficients of the rest fit.
+constexpr std::size_t kResidualBits = 3;
+
+/// The picture at level 0, 1, ... `levels`, interleaved bytes: each level has half the samples of the one before, rounded
+/// up.
+std::vector<std::vector<std::uint8_t>> levelsOf(testpictures::Picture const& picture, std::size_t levels);
+
+} // namespace levelmodel

@@ -1,0 +1,50 @@
+#include "tests/host/view/StoreRendererFixture.h"
+
+#include "host/view/PictureTile.h"
+#include "tests/host/store/LevelModel.h"
+#include "tests/support/GlErrors.h"
+
+#include <cmath>
+
+using testpictures::Picture;
+
+void StoreRendererFixture::TearDown() {
+    EXPECT_EQ(gl_errors::findings(), std::vector<std::string>());
+}
+
+StoreInfo StoreRendererFixture::import(Picture const& picture, std::size_t tileSize,
+                                       std::optional<std::size_t> levels) const {
+    ImportOptions options;
+    options.tileSize = tileSize;
+    options.levels = levels;
+    options.replace = true;
+    return testpictures::import(picture, path(), options);
+}
+
+StoreRendererFixture::Bytes StoreRendererFixture::rendered(std::size_t level, Region const& region,
+                                                           std::vector<enhancement::Step> const& steps) const {
+    Bytes bytes;
+    StoreRenderer renderer(instance_, path(), steps);
+    std::size_t const rowBytes = region.width * renderer.bands();
+    Zoom const zoom = Zoom::nearest(std::ldexp(1.0, -static_cast<int>(level)), renderer.info().levels);
+    renderer.render(
+        zoom, false, region,
+        [&](std::uint8_t const* rows, std::size_t count) { bytes.insert(bytes.end(), rows, rows + count * rowBytes); },
+        [](std::size_t, std::size_t) {});
+    return bytes;
+}
+
+StoreRendererFixture::Bytes StoreRendererFixture::renderedWhole(StoreInfo const& info, std::size_t level) const {
+    Extent const extent = picturetile::levelExtent(info, level);
+    return rendered(level, {0, 0, extent.width, extent.height});
+}
+
+void StoreRendererFixture::expectEveryLevel(Picture const& picture, std::size_t tileSize,
+                                            std::optional<std::size_t> levels) const {
+    StoreInfo const info = import(picture, tileSize, levels);
+    std::vector<Bytes> const expected = levelmodel::levelsOf(picture, info.levels);
+    for (std::size_t level = 0; level <= info.levels; ++level)
+        EXPECT_TRUE(renderedWhole(info, level) == expected[level])
+            << picture.width << " x " << picture.height << ", " << picture.bands << " bands of " << picture.bits
+            << " bits, level " << level;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "gles3renderbackend/Gles3RenderBackend.h"
+#include "host/Region.h"
+#include "host/SurfacelessContext.h"
+#include "host/view/StoreRenderer.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/host/store/TestPictures.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// A store and an instance that draws it. GL errors fail a test.
+class StoreRendererFixture : public testing::Test {
+protected:
+    using Bytes = std::vector<std::uint8_t>;
+
+    void TearDown() override;
+
+    StoreInfo import(testpictures::Picture const& picture, std::size_t tileSize,
+                     std::optional<std::size_t> levels = std::nullopt) const;
+
+    /// Interleaved bytes of a region of a level.
+    Bytes rendered(std::size_t level, Region const& region, std::vector<enhancement::Step> const& steps = {}) const;
+    Bytes renderedWhole(StoreInfo const& info, std::size_t level) const;
+
+    /// Imports the picture and compares each level with what the formulas give.
+    void expectEveryLevel(testpictures::Picture const& picture, std::size_t tileSize,
+                          std::optional<std::size_t> levels = std::nullopt) const;
+
+    std::string path() const { return folder_.path("a.store"); }
+
+    static constexpr std::size_t kTileBudgetBytes = 64 * 1000 * 1000;
+
+    TemporaryFolder folder_;
+    SurfacelessContext context_;
+    Gles3RenderBackend backend_{RenderBackend::RGBA32, kTileBudgetBytes};
+    std::shared_ptr<RenderBackendInstance> instance_ = backend_.createInstance(context_);
+};
