@@ -1,5 +1,7 @@
 #include "host/store/TileStoreFormat.h"
 
+#include <zlib.h>
+
 #include <array>
 #include <charconv>
 #include <stdexcept>
@@ -17,6 +19,22 @@ std::string toText(double number) {
     std::array<char, 32> text{};
     auto const end = std::to_chars(text.data(), text.data() + text.size(), number);
     return {text.data(), end.ptr};
+}
+
+constexpr auto kChecksum = "crc";
+
+// CRC-32 of all other entries in the order of their keys, each key and value followed by a zero byte.
+std::string checksumOf(Meta const& meta) {
+    uLong crc = crc32(0, nullptr, 0);
+    auto const add = [&crc](std::string const& text) {
+        crc = crc32(crc, reinterpret_cast<Bytef const*>(text.c_str()), static_cast<uInt>(text.size() + 1));
+    };
+    for (auto const& [key, value] : meta) {
+        if (key == kChecksum) continue;
+        add(key);
+        add(value);
+    }
+    return std::to_string(crc);
 }
 
 std::string const& textOf(Meta const& meta, std::string const& key) {
@@ -60,17 +78,19 @@ TileAddress storeformat::addressOf(std::int64_t key) {
 }
 
 Meta storeformat::toMeta(StoreInfo const& info) {
-    return {{"width", std::to_string(info.width)},
-            {"height", std::to_string(info.height)},
-            {"bands", std::to_string(info.bands)},
-            {"bits", std::to_string(info.bits)},
-            {"residualBits", std::to_string(info.residualBits)},
-            {"levels", std::to_string(info.levels)},
-            {"tileSize", std::to_string(info.tileSize)},
-            {"micronsPerPixelX", toText(info.micronsPerPixelX)},
-            {"micronsPerPixelY", toText(info.micronsPerPixelY)},
-            {"sourceName", info.sourceName},
-            {"interpretation", info.interpretation}};
+    Meta meta{{"width", std::to_string(info.width)},
+              {"height", std::to_string(info.height)},
+              {"bands", std::to_string(info.bands)},
+              {"bits", std::to_string(info.bits)},
+              {"residualBits", std::to_string(info.residualBits)},
+              {"levels", std::to_string(info.levels)},
+              {"tileSize", std::to_string(info.tileSize)},
+              {"micronsPerPixelX", toText(info.micronsPerPixelX)},
+              {"micronsPerPixelY", toText(info.micronsPerPixelY)},
+              {"sourceName", info.sourceName},
+              {"interpretation", info.interpretation}};
+    meta[kChecksum] = checksumOf(meta);
+    return meta;
 }
 
 StoreInfo storeformat::fromMeta(Meta const& meta) {
@@ -89,5 +109,9 @@ StoreInfo storeformat::fromMeta(Meta const& meta) {
     info.interpretation = textOf(meta, "interpretation");
     if (info.bits != 8 && info.bits != 16) throw std::invalid_argument("its bits are neither 8 nor 16");
     if (info.tileSize % 2 != 0) throw std::invalid_argument("its tileSize is odd");
+    // Early stores have none.
+    auto const checksum = meta.find(kChecksum);
+    if (checksum != meta.end() && checksum->second != checksumOf(meta))
+        throw std::invalid_argument("its description does not match its checksum");
     return info;
 }

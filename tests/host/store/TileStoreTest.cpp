@@ -199,6 +199,17 @@ TEST_F(TileStoreTest, MissingAndSurplusTilesAndWrongValuesAreFound) {
     EXPECT_EQ(checked().damages, 3u);
 }
 
+// The index is made for another condition, and then said to be for the right one.
+TEST_F(TileStoreTest, AnIndexThatDoesNotFitTheTilesIsFound) {
+    change("PRAGMA writable_schema = ON; UPDATE sqlite_master SET sql = replace(sql, 'value IS NULL OR ', '')"
+           " WHERE name = 'tiles_with_data'; PRAGMA writable_schema = RESET; REINDEX tiles_with_data;"
+           "PRAGMA writable_schema = ON; UPDATE sqlite_master SET sql = replace(sql, 'value <> 0', 'value IS NULL OR"
+           " value <> 0') WHERE name = 'tiles_with_data'");
+    StoreCheckResult const result = checked();
+    EXPECT_EQ(result.damages, 1u);
+    EXPECT_NE(result.descriptions.at(0).find("index of level 1"), std::string::npos) << result.descriptions.at(0);
+}
+
 TEST_F(TileStoreTest, OfManyDamagesTheFirstAreDescribed) {
     change("UPDATE tiles SET crc = crc + 1");
     StoreCheckResult const result = checked();
