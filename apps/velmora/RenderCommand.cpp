@@ -124,9 +124,16 @@ void renderImage(Options const& options) {
     report(options, region, source->width(), source->height(), source->description(), seconds);
 }
 
+Zoom zoomOf(Options const& options, StoreInfo const& info) {
+    Zoom const smallest = Zoom::nearest(0.0, info.levels);
+    if (options.zoom >= smallest.value()) return Zoom::nearest(options.zoom, info.levels);
+    throw HostError(HostError::Kind::Usage, "'" + options.image + "' has " + std::to_string(info.levels) +
+                                                " levels; --zoom is at least " + toText(smallest.value()));
+}
+
 void renderStore(Options const& options) {
     StoreInfo const info = TileStore(options.image).info();
-    Zoom const zoom = Zoom::nearest(options.zoom, info.levels);
+    Zoom const zoom = zoomOf(options, info);
     Region const wanted = chosenRegion(options, info.width, info.height);
     Region const region = StoreRenderer::regionAt(info, zoom, wanted);
     double const seconds = drawInto(

@@ -6,8 +6,11 @@ namespace {
 
 using Layout = PictureTargets::Layout;
 
-// Samples of a piece and what lies before them, at most 127 a 64 pixels, fit in the 2048 texels of every OpenGL ES 3.
-constexpr std::size_t kPiece = 832;
+// Pixels of a frame that are scaled at once, and room for their samples: at most 63 to 32 pixels, as many before them,
+// and one at each end. A pixel's middle stays 1/64 of a sample off every border, and SwiftShader, which counts along a
+// texture in 65536ths of its width, keeps to that up to a width of 1024.
+constexpr std::size_t kPiece = 384;
+constexpr std::size_t kCanvas = 840;
 
 struct Interval {
     std::size_t start;
@@ -27,7 +30,7 @@ Interval samplesOf(Zoom const& zoom, std::size_t start, std::size_t length) {
 }
 
 // Corners of what is scaled lie on multiples of `samples`. Weighing reads one sample before and one behind.
-Interval canvas(Zoom const& zoom, bool smooth, Interval const& samples, std::size_t end) {
+Interval samplesRead(Zoom const& zoom, bool smooth, Interval const& samples, std::size_t end) {
     std::size_t const before = smooth ? std::min<std::size_t>(samples.start, 1) : 0;
     std::size_t const start = (samples.start - before) / zoom.samples() * zoom.samples();
     return {start, std::min(samples.start + samples.length + (smooth ? 1 : 0), end) - start};
@@ -77,12 +80,10 @@ void FrameComposer::drawPiece(View const& view, Region const& pixels, OwnedTarge
     bool const smooth = view.smooth && zoom.pixels() < zoom.samples();
     Extent const level = picturetile::levelExtent(info_, zoom.level());
     Region const samples = samplesOf(zoom, pixels);
-    Interval const x = canvas(zoom, smooth, {samples.x, samples.width}, level.width);
-    Interval const y = canvas(zoom, smooth, {samples.y, samples.height}, level.height);
+    Interval const x = samplesRead(zoom, smooth, {samples.x, samples.width}, level.width);
+    Interval const y = samplesRead(zoom, smooth, {samples.y, samples.height}, level.height);
     Region const read = {x.start, y.start, x.length, y.length};
-    // One more than is read: the picture's last samples are repeated there.
-    OwnedTarget const side = targets_.target(Layout::kRgba8, {read.width + 1, read.height + 1},
-                                             smooth ? RenderBackend::LINEAR : RenderBackend::NEAREST);
+    OwnedTarget const& side = canvas(smooth);
     gather(zoom.level(), read, side, 0, 0);
     if (smooth) repeatEdges(side, read, level);
     targets_.drawScaled(side,
@@ -93,6 +94,16 @@ void FrameComposer::drawPiece(View const& view, Region const& pixels, OwnedTarge
                          pixels.y - read.y / zoom.samples() * zoom.pixels(),
                          {frameX, frameY, pixels.width, pixels.height}},
                         frame);
+}
+
+OwnedTarget const& FrameComposer::canvas(bool smooth) {
+    auto& canvas = smooth ? smoothCanvas_ : canvas_;
+    if (!canvas) {
+        instance_->clearTargets(); // one of them might fit that is larger
+        canvas.emplace(targets_.target(Layout::kRgba8, {kCanvas, kCanvas},
+                                       smooth ? RenderBackend::LINEAR : RenderBackend::NEAREST));
+    }
+    return *canvas;
 }
 
 // Beyond the picture its last sample goes on, as textures do that end there. No target is read while it is drawn into.

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 /// Draws frames out of shown tiles.
 ///
@@ -28,6 +29,7 @@ public:
     static Region samplesOf(Zoom const& zoom, Region const& pixels);
 
 private:
+    OwnedTarget const& canvas(bool smooth);
     void drawPiece(View const& view, Region const& pixels, OwnedTarget const& frame);
     void gather(std::size_t level, Region const& samples, OwnedTarget const& to, std::size_t x, std::size_t y);
     void enlarge(PictureTile const& coarser, OwnedTarget const& texels, Region const& samples, std::size_t level,
@@ -38,4 +40,7 @@ private:
     PictureTargets& targets_;
     ShownTiles& tiles_;
     StoreInfo info_;
+    // Where samples lie side by side: always the same ones, for what is made anew may be larger than it was asked for.
+    std::optional<OwnedTarget> canvas_;
+    std::optional<OwnedTarget> smoothCanvas_;
 };

@@ -102,12 +102,18 @@ struct PictureView::State {
         });
     }
 
+    // Something to show at once, if it is only the coarsest level.
+    bool enhanceCoarsest() {
+        auto const isCoarsest = [this](PictureTile const& tile) { return tile.level == info.levels; };
+        return std::any_of(wanted.neededShown.begin(), wanted.neededShown.end(), [&](PictureTile const& tile) {
+            return isCoarsest(tile) && standsIn(tile) && enhance(tile);
+        });
+    }
+
     // One tile more that can be shown; false where nothing can be done. The coarsest level comes first, for there is
     // nothing else to show yet; then what was asked for.
     bool step() {
-        for (PictureTile const& tile : wanted.coarser) {
-            if (tile.level == info.levels && standsIn(tile) && enhance(tile)) return true;
-        }
+        if (enhanceCoarsest()) return true;
         for (PictureTile const& tile : wanted.rebuilt) {
             if (rebuild(tile)) return true;
         }
@@ -203,6 +209,8 @@ Extent PictureView::sizeAt(Zoom const& zoom) const {
 void PictureView::enhance(std::vector<enhancement::Step> const& steps) {
     state_->shown.enhance(steps);
     state_->want();
+    while (state_->enhanceCoarsest())
+        ;
 }
 
 void PictureView::show(View const& view) {

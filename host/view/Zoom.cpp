@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::size_t kSteps = 64; // of a halving
+constexpr std::size_t kSteps = 32; // of a halving
 
 } // namespace
 

@@ -6,18 +6,18 @@
 /// A magnification, as a level of the wavelet and a ratio between its samples and the pixels that show them:
 ///
 ///     1 and more    level 0, a whole number of pixels a sample
-///     less than 1   level k of half as many samples each, 64 pixels to q samples, q from 64 to 127
+///     less than 1   level k of half as many samples each, 32 pixels to q samples, q from 32 to 63
 ///
-/// With these ratios the middle of no pixel meets the border between two samples, or comes nearer to it than 1/128 of a
+/// With these ratios the middle of no pixel meets the border between two samples, or comes nearer to it than 1/64 of a
 /// sample: which sample a pixel shows does not hang on a GPU's rounding.
 class Zoom {
 public:
-    static constexpr std::size_t kLargest = 64;
+    static constexpr std::size_t kLargest = 32;
 
     /// 1: a pixel a sample.
     Zoom() = default;
-    /// The magnification nearest to `pixels` screen pixels a pixel of the picture, a number above 0; of the levels 0 to
-    /// `levels`. The smallest is about 0.5 / 2^levels.
+    /// The magnification nearest to `pixels` screen pixels a pixel of the picture, of the levels 0 to
+    /// `levels`. The smallest is a little more than 0.5 / 2^levels.
     static Zoom nearest(double pixels, std::size_t levels);
 
     std::size_t level() const { return level_; }

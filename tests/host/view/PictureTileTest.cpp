@@ -1,0 +1,70 @@
+#include "host/view/PictureTile.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+StoreInfo infoOf(std::size_t width, std::size_t height) {
+    StoreInfo info;
+    info.width = width;
+    info.height = height;
+    info.bands = 1;
+    info.levels = storegeometry::autoLevels(width, height, info.tileSize);
+    return info;
+}
+
+bool within(Region const& inner, Region const& outer) {
+    return inner.x >= outer.x && inner.y >= outer.y && inner.x + inner.width <= outer.x + outer.width &&
+           inner.y + inner.height <= outer.y + outer.height;
+}
+
+} // namespace
+
+// What makes a tile independent of its neighbours.
+TEST(PictureTileTest, WhatATileIsRebuiltFromLiesInOneTileOfTheNextLevel) {
+    for (auto const& [width, height] : {std::pair{1, 1}, {511, 512}, {513, 1025}, {5000, 1}, {1, 5000}, {4099, 7001}}) {
+        StoreInfo const info = infoOf(static_cast<std::size_t>(width), static_cast<std::size_t>(height));
+        for (std::size_t level = 0; level < info.levels; ++level) {
+            Extent const extent = picturetile::levelExtent(info, level);
+            for (PictureTile const& tile : picturetile::over(level, {0, 0, extent.width, extent.height})) {
+                Region const parent = picturetile::planeRegion(info, picturetile::parent(tile));
+                EXPECT_TRUE(within(picturetile::bandRegion(info, tile), parent))
+                    << width << " x " << height << ", level " << level << ", " << tile.column << "," << tile.row;
+            }
+        }
+    }
+}
+
+TEST(PictureTileTest, BandsGiveAtLeastTheTilesSamples) {
+    StoreInfo const info = infoOf(4099, 7001);
+    for (std::size_t level = 0; level < info.levels; ++level) {
+        Extent const extent = picturetile::levelExtent(info, level);
+        for (PictureTile const& tile : picturetile::over(level, {0, 0, extent.width, extent.height})) {
+            Region const bands = picturetile::bandRegion(info, tile);
+            Region const samples = {2 * bands.x, 2 * bands.y, 2 * bands.width - 4, 2 * bands.height - 4};
+            EXPECT_TRUE(within(picturetile::planeRegion(info, tile), samples));
+            EXPECT_TRUE(within(picturetile::shownRegion(info, tile), picturetile::planeRegion(info, tile)));
+        }
+    }
+}
+
+TEST(PictureTileTest, LevelsHalveRoundedUp) {
+    StoreInfo const info = infoOf(1025, 3);
+    EXPECT_EQ(picturetile::levelExtent(info, 0).width, 1025U);
+    EXPECT_EQ(picturetile::levelExtent(info, 1).width, 513U);
+    EXPECT_EQ(picturetile::levelExtent(info, 1).height, 2U);
+    EXPECT_EQ(picturetile::levelExtent(info, 2).height, 1U);
+}
+
+TEST(PictureTileTest, TilesOverARegionAreThoseItMeets) {
+    EXPECT_EQ(picturetile::over(2, {511, 0, 1, 1}), (std::vector<PictureTile>{{2, 0, 0}}));
+    EXPECT_EQ(picturetile::over(2, {511, 512, 2, 1}), (std::vector<PictureTile>{{2, 0, 1}, {2, 1, 1}}));
+    EXPECT_TRUE(picturetile::over(2, {511, 512, 0, 7}).empty());
+}
+
+TEST(PictureTileTest, CommonIsEmptyWhereRegionsDoNotMeet) {
+    Region const shared = common({10, 10, 5, 5}, {12, 13, 100, 100});
+    EXPECT_EQ(toText(shared), "12,13,3,2");
+    EXPECT_EQ(common({10, 10, 5, 5}, {15, 10, 5, 5}).width, 0U);
+    EXPECT_EQ(common({20, 10, 5, 5}, {0, 0, 10, 5}).height, 0U);
+}

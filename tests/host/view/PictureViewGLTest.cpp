@@ -1,0 +1,431 @@
+// Frames of stores at any zoom and place, byte for byte as the wavelet's formulas and the nearest sample give them.
+#include "host/view/PictureView.h"
+
+#include "gles3renderbackend/Gles3RenderBackend.h"
+#include "host/EnhancedRenderer.h"
+#include "host/HostError.h"
+#include "host/SurfacelessContext.h"
+#include "host/view/EmptyAreas.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/host/store/LevelModel.h"
+#include "tests/host/store/TestPictures.h"
+#include "tests/support/GlErrors.h"
+#include "tests/support/LongRun.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <random>
+
+using testpictures::Content;
+using testpictures::Picture;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr std::size_t kTileBudgetBytes = 64 * 1000 * 1000;
+constexpr std::array<std::uint8_t, 3> kBackground = {255, 0, 255};
+
+// A level in plain memory.
+struct Level {
+    std::size_t width;
+    std::size_t height;
+    std::size_t bands;
+    Bytes bytes;
+};
+
+std::vector<Level> levelsOf(Picture const& picture, std::size_t levels) {
+    auto const all = levelmodel::levelsOf(picture, levels);
+    std::vector<Level> result;
+    for (std::size_t level = 0; level < all.size(); ++level)
+        result.push_back(
+            {((picture.width - 1) >> level) + 1, ((picture.height - 1) >> level) + 1, picture.bands, all[level]});
+    return result;
+}
+
+// Pixel by pixel, where its middle lies.
+Bytes frameOf(std::vector<Level> const& levels, View const& view) {
+    Level const& level = levels.at(view.zoom.level());
+    double const samplesAPixel = static_cast<double>(view.zoom.samples()) / static_cast<double>(view.zoom.pixels());
+    Bytes frame;
+    for (std::size_t y = 0; y < view.height; ++y) {
+        for (std::size_t x = 0; x < view.width; ++x) {
+            double const column =
+                std::floor((static_cast<double>(view.x) + static_cast<double>(x) + 0.5) * samplesAPixel);
+            double const row = std::floor((static_cast<double>(view.y) + static_cast<double>(y) + 0.5) * samplesAPixel);
+            bool const inside = column >= 0 && row >= 0 && column < static_cast<double>(level.width) &&
+                                row < static_cast<double>(level.height);
+            if (!inside) {
+                frame.insert(frame.end(), {kBackground[0], kBackground[1], kBackground[2], 255});
+                continue;
+            }
+            std::uint8_t const* const pixel =
+                &level.bytes[(static_cast<std::size_t>(row) * level.width + static_cast<std::size_t>(column)) *
+                             level.bands];
+            bool const grey = level.bands <= 2;
+            bool const alpha = level.bands == 2 || level.bands == 4;
+            frame.insert(frame.end(), {pixel[0], pixel[grey ? 0 : 1], pixel[grey ? 0 : 2],
+                                       alpha ? pixel[level.bands - 1] : std::uint8_t{255}});
+        }
+    }
+    return frame;
+}
+
+std::size_t backgroundPixels(Bytes const& frame) {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < frame.size(); i += 4)
+        count += std::equal(kBackground.begin(), kBackground.end(), &frame[i]) ? 1U : 0U;
+    return count;
+}
+
+class PictureViewGLTest : public testing::Test {
+protected:
+    void TearDown() override { EXPECT_EQ(gl_errors::findings(), std::vector<std::string>()); }
+
+    StoreInfo import(Picture const& picture, std::size_t tileSize = 64) {
+        ImportOptions options;
+        options.tileSize = tileSize;
+        options.replace = true;
+        return testpictures::import(picture, path(), options);
+    }
+
+    static PictureView::Options options() {
+        PictureView::Options options;
+        options.threads = 2;
+        options.background = kBackground;
+        return options;
+    }
+
+    static Bytes completed(PictureView& view) {
+        while (!view.complete()) {
+            if (!view.advance(50ms)) view.wait(50ms);
+        }
+        return view.pixels();
+    }
+
+    static Bytes completed(PictureView& view, View const& wanted) {
+        view.show(wanted);
+        return completed(view);
+    }
+
+    // Somewhere, also beside the picture.
+    View randomView(StoreInfo const& info) {
+        double const zoom =
+            std::exp2(std::uniform_real_distribution<>(-static_cast<double>(info.levels) - 1, 3)(random_));
+        View view;
+        view.zoom = Zoom::nearest(zoom, info.levels);
+        view.width = 1 + random_() % 200;
+        view.height = 1 + random_() % 150;
+        auto const place = [&](std::size_t length, std::size_t frame) {
+            auto const all = static_cast<std::int64_t>(static_cast<double>(length) * view.zoom.value());
+            auto const margin = static_cast<std::int64_t>(frame / 2);
+            return std::uniform_int_distribution<std::int64_t>(-margin, std::max(all - margin, -margin))(random_);
+        };
+        view.x = place(info.width, view.width);
+        view.y = place(info.height, view.height);
+        return view;
+    }
+
+    std::string path() const { return folder_.path("a.store"); }
+
+    std::mt19937 random_{20};
+    TemporaryFolder folder_;
+    SurfacelessContext context_;
+    Gles3RenderBackend backend_{RenderBackend::RGBA32, kTileBudgetBytes};
+    std::shared_ptr<RenderBackendInstance> instance_ = backend_.createInstance(context_);
+};
+
+std::string describe(View const& view) {
+    return "zoom " + std::to_string(view.zoom.value()) + ", " + std::to_string(view.width) + " x " +
+           std::to_string(view.height) + " at " + std::to_string(view.x) + "," + std::to_string(view.y);
+}
+
+} // namespace
+
+TEST_F(PictureViewGLTest, AnyZoomAndPlaceShowsTheNearestSamplesWithoutASeam) {
+    for (Content const content : {Content::Flat, Content::Ramp, Content::Noise}) {
+        Picture const picture = testpictures::picture(701, 600, 3, 8, content);
+        StoreInfo const info = import(picture);
+        auto const levels = levelsOf(picture, info.levels);
+        PictureView view(instance_, path(), options());
+        for (int i = 0; i < (isLongRun() ? 400 : 70); ++i) {
+            View const wanted = randomView(info);
+            ASSERT_TRUE(completed(view, wanted) == frameOf(levels, wanted)) << describe(wanted);
+        }
+    }
+}
+
+TEST_F(PictureViewGLTest, AnyBandsAndBitsAreShown) {
+    for (std::size_t bands = 1; bands <= 4; ++bands) {
+        for (std::size_t const bits : {8U, 16U}) {
+            Picture const picture = testpictures::picture(211, 157, bands, bits, Content::Noise);
+            StoreInfo const info = import(picture);
+            auto const levels = levelsOf(picture, info.levels);
+            PictureView view(instance_, path(), options());
+            for (int i = 0; i < 6; ++i) {
+                View const wanted = randomView(info);
+                ASSERT_TRUE(completed(view, wanted) == frameOf(levels, wanted))
+                    << bands << " bands, " << bits << " bits, " << describe(wanted);
+            }
+        }
+    }
+}
+
+TEST_F(PictureViewGLTest, FramesLargerThanAPieceHaveNoSeamsEither) {
+    Picture const picture = testpictures::picture(1700, 40, 3, 8, Content::Noise);
+    StoreInfo const info = import(picture);
+    auto const levels = levelsOf(picture, info.levels);
+    PictureView view(instance_, path(), options());
+    for (double const zoom : {0.51, 0.55, 0.97, 1.0, 2.0, 32.0}) {
+        View const wanted = {Zoom::nearest(zoom, info.levels), -10, -3, 1900, 50, false};
+        EXPECT_TRUE(completed(view, wanted) == frameOf(levels, wanted)) << describe(wanted);
+    }
+}
+
+TEST_F(PictureViewGLTest, OnceAFrameWasShownNoBackgroundIsWithinThePicture) {
+    Picture const picture = testpictures::picture(1700, 1100, 1, 8, Content::Ramp);
+    StoreInfo const info = import(picture, 256);
+    PictureView view(instance_, path(), options());
+    View wanted = {Zoom::nearest(1.0, info.levels), 100, 50, 200, 150, false};
+    view.show(wanted);
+    EXPECT_EQ(backgroundPixels(view.pixels()), 200U * 150U) << "nothing is there yet";
+    while (!view.advance(0ms))
+        view.wait(50ms);
+    std::size_t frames = 0;
+    for (int step = 0; step < 12; ++step) {
+        wanted.x += 70;
+        wanted.y += 50;
+        wanted.zoom = Zoom::nearest(step % 3 == 0 ? 0.7 : 1.0, info.levels);
+        view.show(wanted);
+        do {
+            ASSERT_EQ(backgroundPixels(view.pixels()), 0U) << describe(wanted);
+            ++frames;
+            if (!view.advance(0ms)) view.wait(50ms);
+        } while (!view.complete() && step % 2 == 0);
+    }
+    EXPECT_GT(frames, 12U);
+    EXPECT_TRUE(completed(view) == frameOf(levelsOf(picture, info.levels), wanted));
+}
+
+TEST_F(PictureViewGLTest, SmallestBudgetsGiveTheSamePixels) {
+    Picture const picture = testpictures::picture(701, 600, 3, 8, Content::Noise);
+    StoreInfo const info = import(picture);
+    auto const levels = levelsOf(picture, info.levels);
+    Gles3RenderBackend poor(RenderBackend::RGBA32, 1);
+    auto const instance = poor.createInstance(context_);
+    PictureView::Options small = options();
+    small.hostBytes = small.gpuBytes = 1;
+    PictureView view(instance, path(), small);
+    for (int i = 0; i < 20; ++i) {
+        View const wanted = randomView(info);
+        ASSERT_TRUE(completed(view, wanted) == frameOf(levels, wanted)) << describe(wanted);
+    }
+}
+
+TEST_F(PictureViewGLTest, TilesBeyondTheBudgetGo) {
+    import(testpictures::picture(1600, 1600, 1, 8, Content::Ramp), 256);
+    auto const mostBytes = [&](std::size_t budget) {
+        PictureView::Options limited = options();
+        limited.gpuBytes = budget;
+        PictureView view(instance_, path(), limited);
+        std::size_t most = 0;
+        for (std::int64_t const x : {100, 700, 1200, 1550}) {
+            completed(view, {Zoom(), x, x, 20, 20, false});
+            most = std::max(most, view.statistics().gpuBytes);
+        }
+        return most;
+    };
+    // Each of these frames needs one tile of each of four levels: 516 x 516 samples of two bytes, 512 x 512 texels of four.
+    constexpr std::size_t kFrame = 4 * (516 * 516 * 2 + 512 * 512 * 4);
+    EXPECT_LE(mostBytes(1), kFrame);
+    EXPECT_GT(mostBytes(256 * 1000 * 1000), kFrame) << "there is no budget to exceed";
+}
+
+TEST_F(PictureViewGLTest, ViewsThatPassByLeaveNothingBehind) {
+    Picture const picture = testpictures::picture(1500, 1100, 1, 8, Content::Noise);
+    StoreInfo const info = import(picture, 256);
+    PictureView view(instance_, path(), options());
+    View wanted;
+    for (int i = 0; i < 50; ++i) {
+        wanted = randomView(info);
+        view.show(wanted);
+        view.advance(0ms);
+    }
+    EXPECT_TRUE(completed(view) == frameOf(levelsOf(picture, info.levels), wanted));
+    while (view.statistics().waiting != 0) {
+        view.wait(50ms);
+        view.advance(50ms);
+    }
+    EXPECT_TRUE(view.complete());
+}
+
+TEST_F(PictureViewGLTest, EnhancementsAreThoseOfTheWholeLevel) {
+    Picture const picture = testpictures::picture(650, 530, 3, 8, Content::Noise);
+    StoreInfo const info = import(picture);
+    std::vector<enhancement::Step> const steps = {enhancement::Equalise{3.0}, enhancement::Sharpen{0.5}};
+    PictureView view(instance_, path(), options());
+    auto levels = levelsOf(picture, info.levels);
+    for (std::size_t const level : {0U, 1U}) {
+        Level& whole = levels[level];
+        Picture const plain = {whole.width, whole.height, 3, 8, whole.bytes};
+        whole.bytes.clear();
+        auto const source = testpictures::source(plain);
+        EnhancedRenderer(instance_, steps)
+            .render(
+                *source, {0, 0, whole.width, whole.height},
+                [&](std::uint8_t const* rows, std::size_t count) {
+                    whole.bytes.insert(whole.bytes.end(), rows, rows + count * whole.width * 3);
+                },
+                [](std::size_t, std::size_t) {});
+    }
+    view.enhance(steps);
+    for (double const zoom : {1.0, 0.5, 0.45, 2.0}) {
+        View const wanted = {Zoom::nearest(zoom, info.levels), 50, 100, 300, 200, false};
+        EXPECT_TRUE(completed(view, wanted) == frameOf(levels, wanted)) << describe(wanted);
+    }
+    view.enhance(steps); // again: something is shown all the time
+    EXPECT_EQ(backgroundPixels(view.pixels()), 0U);
+    view.enhance({});
+    EXPECT_EQ(backgroundPixels(view.pixels()), 0U);
+    View const plain = {Zoom(), 5, 6, 100, 100, false};
+    EXPECT_TRUE(completed(view, plain) == frameOf(levelsOf(picture, 0), plain));
+}
+
+TEST_F(PictureViewGLTest, MoreEnhancementsThanATileHasRoomForAreShownInPieces) {
+    Picture const picture = testpictures::picture(600, 300, 1, 8, Content::Noise);
+    import(picture);
+    std::vector<enhancement::Step> const steps(4, enhancement::Equalise{2.0});
+    PictureView view(instance_, path(), options());
+    view.enhance(steps);
+    Bytes expected;
+    auto const source = testpictures::source(picture);
+    EnhancedRenderer(instance_, steps)
+        .render(
+            *source, {0, 0, 600, 300},
+            [&](std::uint8_t const* rows, std::size_t count) {
+                for (std::size_t i = 0; i < count * 600; ++i)
+                    expected.insert(expected.end(), {rows[i], rows[i], rows[i], 255});
+            },
+            [](std::size_t, std::size_t) {});
+    EXPECT_TRUE(completed(view, {Zoom(), 0, 0, 600, 300, false}) == expected);
+    EXPECT_THROW(view.enhance(std::vector<enhancement::Step>(9, enhancement::Equalise{2.0})), HostError);
+}
+
+TEST_F(PictureViewGLTest, SmoothFlatPicturesStayFlatUpToTheirEdges) {
+    Picture const picture = testpictures::picture(701, 600, 3, 8, Content::Flat);
+    StoreInfo const info = import(picture);
+    auto const levels = levelsOf(picture, info.levels);
+    PictureView view(instance_, path(), options());
+    for (int i = 0; i < 30; ++i) {
+        View wanted = randomView(info);
+        wanted.smooth = true;
+        ASSERT_TRUE(completed(view, wanted) == frameOf(levels, wanted)) << describe(wanted);
+    }
+}
+
+TEST_F(PictureViewGLTest, SmoothPixelsLieBetweenTheSamplesAround) {
+    Picture const picture = testpictures::picture(301, 200, 1, 8, Content::Noise);
+    StoreInfo const info = import(picture);
+    Level const level = levelsOf(picture, 0)[0];
+    PictureView view(instance_, path(), options());
+    View const wanted = {Zoom::nearest(0.6, info.levels), 0, 0, 180, 120, true};
+    Bytes const frame = completed(view, wanted);
+    double const step = static_cast<double>(wanted.zoom.samples()) / static_cast<double>(wanted.zoom.pixels());
+    for (std::size_t y = 0; y < wanted.height; ++y) {
+        for (std::size_t x = 0; x < wanted.width; ++x) {
+            double const column = (static_cast<double>(x) + 0.5) * step - 0.5;
+            double const row = (static_cast<double>(y) + 0.5) * step - 0.5;
+            auto const at = [&](double i, double j) {
+                auto const clampedX = static_cast<std::size_t>(std::clamp(i, 0.0, 300.0));
+                auto const clampedY = static_cast<std::size_t>(std::clamp(j, 0.0, 199.0));
+                return static_cast<double>(level.bytes[clampedY * level.width + clampedX]);
+            };
+            double const left = std::floor(column);
+            double const top = std::floor(row);
+            double const upper = at(left, top) + (at(left + 1, top) - at(left, top)) * (column - left);
+            double const lower = at(left, top + 1) + (at(left + 1, top + 1) - at(left, top + 1)) * (column - left);
+            // GPUs weigh with 8 bits or more along each axis.
+            ASSERT_NEAR(frame[4 * (y * wanted.width + x)], upper + (lower - upper) * (row - top), 2.5) << x << "," << y;
+        }
+    }
+}
+
+TEST_F(PictureViewGLTest, MaskCoversWhereThePictureHasDetail) {
+    Picture picture = testpictures::picture(2048, 1024, 1, 8, Content::Flat);
+    Picture const noise = testpictures::picture(256, 256, 1, 8, Content::Noise);
+    for (std::size_t y = 0; y < 256; ++y)
+        std::copy_n(&noise.bytes[y * 256], 256, &picture.bytes[(y + 512) * 2048 + 1024]);
+    StoreInfo const info = import(picture, 64);
+    PictureView view(instance_, path(), options());
+    for (double const zoom : {1.0, 0.5, 0.3}) {
+        View const wanted = {Zoom::nearest(zoom, info.levels), 0, 0, 2048, 1024, false};
+        view.show(wanted);
+        Bytes const mask = view.dataMask();
+        ASSERT_EQ(mask.size(), wanted.width * wanted.height);
+        double const scale = wanted.zoom.value();
+        auto const at = [&](double x, double y) {
+            return mask[static_cast<std::size_t>(y * scale) * wanted.width + static_cast<std::size_t>(x * scale)];
+        };
+        EXPECT_EQ(at(1030, 520), 255) << zoom;
+        EXPECT_EQ(at(1270, 760), 255) << zoom;
+        EXPECT_EQ(at(1150, 640), 255) << zoom;
+        EXPECT_EQ(at(500, 200), 0) << zoom;
+        EXPECT_EQ(at(1150, 100), 0) << zoom;
+        EXPECT_EQ(at(1900, 640), 0) << zoom;
+    }
+}
+
+TEST_F(PictureViewGLTest, EmptyAreasAreKnownWithoutReading) {
+    Picture picture = testpictures::picture(2048, 1024, 1, 8, Content::Flat);
+    picture.bytes[700 * 2048 + 1500] ^= 0x40U;
+    StoreInfo const info = import(picture, 64);
+    TileStore store(path());
+    EmptyAreas areas(instance_, store);
+    EXPECT_TRUE(areas.empty({0, 0, 0}));
+    EXPECT_FALSE(areas.empty({0, 2, 1})) << "the pixel is here";
+    EXPECT_TRUE(areas.empty({0, 3, 1}));
+    EXPECT_TRUE(areas.withData(0, {0, 0, 1024, 512}).empty());
+    auto const found = areas.withData(0, {0, 0, 2048, 1024});
+    ASSERT_FALSE(found.empty());
+    for (Region const& area : found) {
+        EXPECT_LE(area.x, 1500U);
+        EXPECT_GT(area.x + area.width, 1490U);
+    }
+    EXPECT_FALSE(areas.empty({info.levels, 0, 0})) << "the coarsest level is always read";
+}
+
+TEST_F(PictureViewGLTest, ADamagedTileIsAnErrorAndNoWrongPicture) {
+    Picture const picture = testpictures::picture(1500, 1400, 3, 8, Content::Noise);
+    import(picture, 256);
+    {
+        std::fstream file(path(), std::ios::in | std::ios::out | std::ios::binary);
+        for (int place = 200000; place < 6000000; place += 20000)
+            file.seekp(place).write("damaged", 7);
+    }
+    PictureView view(instance_, path(), options());
+    view.show({Zoom(), 0, 0, 1500, 1400, false});
+    try {
+        completed(view);
+        FAIL() << "a damaged store was shown";
+    } catch (HostError const& error) {
+        EXPECT_EQ(error.kind(), HostError::Kind::DamagedStore) << error.what();
+    }
+}
+
+TEST_F(PictureViewGLTest, ViewsWithoutPixelsOrBesideThePictureAreComplete) {
+    StoreInfo const info = import(testpictures::picture(100, 100, 3, 8, Content::Noise));
+    PictureView view(instance_, path(), options());
+    EXPECT_TRUE(view.pixels().empty()) << "before the first view";
+    view.show({Zoom(), 0, 0, 0, 100, false});
+    EXPECT_TRUE(view.complete());
+    EXPECT_TRUE(view.pixels().empty());
+    EXPECT_TRUE(view.dataMask().empty());
+    view.show({Zoom(), 100, 0, 30, 20, false});
+    EXPECT_TRUE(view.complete());
+    EXPECT_EQ(backgroundPixels(view.pixels()), 600U);
+    EXPECT_EQ(view.sizeAt(Zoom::nearest(0.5, info.levels)).width, 50U);
+}

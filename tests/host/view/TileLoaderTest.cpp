@@ -1,0 +1,185 @@
+#include "host/view/TileLoader.h"
+
+#include "host/HostError.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/host/store/TestPictures.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+using testpictures::Content;
+using testpictures::Picture;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr std::size_t kCacheBytes = 10 * 1000 * 1000;
+
+class TileLoaderTest : public testing::Test {
+protected:
+    StoreInfo import(Picture const& picture, std::size_t tileSize = 32) const {
+        ImportOptions options;
+        options.tileSize = tileSize;
+        options.replace = true;
+        return testpictures::import(picture, path(), options);
+    }
+
+    std::unique_ptr<LoadedTile> next(TileLoader& loader) const {
+        while (true) {
+            if (auto tile = loader.take()) return tile;
+            if (loader.pending() == 0) return nullptr;
+            loader.wait(1000ms);
+        }
+    }
+
+    static std::vector<PictureTile> tilesOf(StoreInfo const& info, std::size_t level) {
+        Extent const extent = picturetile::levelExtent(info, level);
+        return picturetile::over(level, {0, 0, extent.width, extent.height});
+    }
+
+    std::string path() const { return folder_.path("a.store"); }
+    std::shared_ptr<SampleCache> cache(std::size_t bytes = kCacheBytes) const {
+        return std::make_shared<SampleCache>(bytes);
+    }
+
+    TemporaryFolder folder_;
+};
+
+// A sample of a band, looked up in the store's tiles one by one.
+std::int16_t sampleOf(TileStore& store, std::size_t level, BandPart const& part, std::size_t x, std::size_t y) {
+    std::size_t const side = store.info().tileSize;
+    return store.tile({level, part.band, part.plane, x / side, y / side})[y % side * side + x % side];
+}
+
+void expectPartsOf(TileStore& store, LoadedTile const& tile) {
+    std::size_t const level = std::min(tile.tile.level + 1, store.info().levels);
+    for (BandPart const& part : tile.parts) {
+        // Some of them: each look-up decompresses a tile.
+        for (std::size_t y = 0; y < part.region.height; y += 7) {
+            for (std::size_t x = 0; x < part.region.width; x += 13) {
+                std::size_t const place = 2 * (y * part.region.width + x);
+                auto const sample = part.value
+                                        ? *part.value
+                                        : static_cast<std::int16_t>(part.bytes[place] | part.bytes[place + 1] << 8U);
+                ASSERT_EQ(sample, sampleOf(store, level, part, part.region.x + x, part.region.y + y));
+            }
+        }
+    }
+}
+
+} // namespace
+
+TEST_F(TileLoaderTest, EveryTileComesOnceWithTheSamplesOfTheStore) {
+    StoreInfo const info = import(testpictures::picture(700, 530, 3, 8, Content::Noise), 64);
+    TileStore store(path());
+    for (std::size_t const threads : {1U, 2U, 8U}) {
+        TileLoader loader(path(), threads, cache());
+        std::vector<PictureTile> wanted;
+        for (std::size_t level = 0; level <= info.levels; ++level) {
+            auto const tiles = tilesOf(info, level);
+            wanted.insert(wanted.end(), tiles.begin(), tiles.end());
+        }
+        loader.want(wanted);
+        std::set<PictureTile> got;
+        while (auto const tile = next(loader)) {
+            EXPECT_TRUE(got.insert(tile->tile).second);
+            EXPECT_EQ(tile->parts.size(), tile->tile.level == info.levels ? 3U : 9U);
+            if (threads == 1) expectPartsOf(store, *tile);
+        }
+        EXPECT_EQ(got, std::set<PictureTile>(wanted.begin(), wanted.end()));
+    }
+}
+
+TEST_F(TileLoaderTest, OneThreadReadsInTheOrderThatIsWanted) {
+    StoreInfo const info = import(testpictures::picture(2100, 530, 1, 8, Content::Ramp));
+    auto wanted = tilesOf(info, 0);
+    std::swap(wanted[0], wanted[3]);
+    TileLoader loader(path(), 1, cache());
+    loader.want(wanted);
+    for (PictureTile const& tile : wanted)
+        EXPECT_TRUE(next(loader)->tile == tile);
+}
+
+TEST_F(TileLoaderTest, WhatWaitsIsDroppedWhenOtherTilesAreWanted) {
+    StoreInfo const info = import(testpictures::picture(6000, 5000, 1, 8, Content::Flat), 256);
+    auto const many = tilesOf(info, 0);
+    ASSERT_GT(many.size(), 100U);
+    TileLoader loader(path(), 1, cache());
+    loader.want(many);
+    // The thread rests when so many are finished that nobody has taken.
+    while (loader.pending() < many.size())
+        loader.wait(1ms);
+    PictureTile const other = tilesOf(info, 1).front();
+    loader.want({other});
+    std::size_t before = 0;
+    while (!(next(loader)->tile == other))
+        ++before;
+    EXPECT_LE(before, 17U);
+    EXPECT_EQ(next(loader), nullptr);
+}
+
+TEST_F(TileLoaderTest, TilesThatAreFinishedAreNotReadAgain) {
+    StoreInfo const info = import(testpictures::picture(600, 500, 1, 8, Content::Noise));
+    auto const tiles = tilesOf(info, 0);
+    TileLoader loader(path(), 2, cache());
+    for (int i = 0; i < 50; ++i)
+        loader.want(tiles);
+    std::size_t count = 0;
+    while (next(loader))
+        ++count;
+    EXPECT_EQ(count, tiles.size());
+}
+
+TEST_F(TileLoaderTest, FailuresComeOutWhereTilesAreTaken) {
+    StoreInfo const info = import(testpictures::picture(600, 500, 3, 8, Content::Noise), 256);
+    {
+        // Somewhere in the tiles' samples.
+        std::fstream file(path(), std::ios::in | std::ios::out | std::ios::binary);
+        for (int place = 100000; place < 900000; place += 10000)
+            file.seekp(place).write("damaged", 7);
+    }
+    TileLoader loader(path(), 2, cache());
+    loader.want(tilesOf(info, 0));
+    EXPECT_THROW(while (next(loader)){}, HostError);
+    EXPECT_THROW(loader.take(), HostError) << "again";
+}
+
+TEST_F(TileLoaderTest, ALoaderGoesWhileTilesWait) {
+    StoreInfo const info = import(testpictures::picture(3000, 3000, 1, 8, Content::Noise), 256);
+    for (int i = 0; i < 10; ++i) {
+        TileLoader loader(path(), 4, cache());
+        loader.want(tilesOf(info, 0));
+        loader.wait(std::chrono::milliseconds(i));
+    }
+    TileLoader idle(path(), 4, cache());
+    idle.wait(100000ms); // returns: nothing is in work
+    EXPECT_EQ(idle.pending(), 0U);
+}
+
+TEST_F(TileLoaderTest, AMissingStoreIsKnownAtOnce) {
+    EXPECT_THROW(TileLoader(folder_.path("none"), 2, cache()), HostError);
+}
+
+TEST_F(TileLoaderTest, CacheKeepsNoMoreThanItsBudget) {
+    import(testpictures::picture(700, 530, 3, 8, Content::Noise), 64);
+    auto const small = cache(20000);
+    BandReader reader(path(), small);
+    auto const first = reader.read({0, 0, 0});
+    EXPECT_GT(small->bytes(), 0U);
+    EXPECT_LE(small->bytes(), 20000U);
+    BandReader roomy(path(), cache());
+    auto const second = roomy.read({0, 0, 0});
+    ASSERT_EQ(first.size(), second.size());
+    for (std::size_t i = 0; i < first.size(); ++i)
+        EXPECT_EQ(first[i].bytes, second[i].bytes);
+}
+
+TEST_F(TileLoaderTest, FlatAreasAreOneValueWithoutSamples) {
+    import(testpictures::picture(700, 530, 3, 8, Content::Flat), 64);
+    BandReader reader(path(), cache());
+    for (BandPart const& part : reader.read({0, 0, 0})) {
+        EXPECT_EQ(part.value, 0);
+        EXPECT_TRUE(part.bytes.empty());
+    }
+}
