@@ -1,5 +1,7 @@
 #include "host/view/PictureTile.h"
 
+#include "host/FilterDescriptions.h"
+
 #include <algorithm>
 
 namespace {
@@ -9,6 +11,15 @@ Region fromCorner(PictureTile const& tile, std::size_t length, Extent const& ext
     std::size_t const x = tile.column * picturetile::kSide;
     std::size_t const y = tile.row * picturetile::kSide;
     return {x, y, std::min(length, extent.width - x), std::min(length, extent.height - y)};
+}
+
+// {x0, x1, y0, y1}, ends inclusive.
+std::vector<std::size_t> toRange(Region const& region) {
+    return {region.x, region.x + region.width - 1, region.y, region.y + region.height - 1};
+}
+
+Region fromRange(std::vector<std::size_t> const& range) {
+    return {range[0], range[2], range[1] + 1 - range[0], range[3] + 1 - range[2]};
 }
 
 } // namespace
@@ -27,9 +38,12 @@ Region picturetile::planeRegion(StoreInfo const& info, PictureTile const& tile) 
 }
 
 Region picturetile::bandRegion(StoreInfo const& info, PictureTile const& tile) {
-    Region const samples = planeRegion(info, tile);
-    return {samples.x / 2, samples.y / 2, wavelet53::bandSamples(samples.width),
-            wavelet53::bandSamples(samples.height)};
+    Region const bands = fromRange(description::filterFirIV53LeGall16().inputRange(
+        description::filterFirIH53LeGall16().inputRange(toRange(planeRegion(info, tile)))));
+    // Filters count whole steps of their grid, so they ask for a sample more than they read; two samples share a texel.
+    Extent const extent = storegeometry::bandExtent(info, tile.level + 1);
+    return {bands.x, bands.y, std::min(bands.width + bands.width % 2, extent.width - bands.x),
+            std::min(bands.height, extent.height - bands.y)};
 }
 
 PictureTile picturetile::parent(PictureTile const& tile) {

@@ -10,7 +10,7 @@
 /// A square of a level's samples, the unit in which levels are rebuilt. Tile (i, j) of level k is made of one tile of
 /// level k + 1 and of the high bands of that level, so no tile needs its neighbours:
 ///
-///     level k + 1    |      tile p       |+4        2 * p and 2 * p + 1 take one half each, and 4 samples more
+///     level k + 1    |      tile p       |+6        2 * p and 2 * p + 1 take one half each, and 6 samples more
 ///     level k        | tile 2p | tile 2p+1 |
 ///
 /// For that each has kMargin samples of its right and its lower neighbour.
@@ -28,7 +28,7 @@ struct PictureTile {
 namespace picturetile {
 
 constexpr std::size_t kSide = 512;
-constexpr std::size_t kMargin = 4;
+constexpr std::size_t kMargin = 6;
 
 /// Samples of a level that show the picture: half as many at each further one.
 Extent levelExtent(StoreInfo const& info, std::size_t level);
@@ -37,7 +37,8 @@ Extent levelExtent(StoreInfo const& info, std::size_t level);
 Region shownRegion(StoreInfo const& info, PictureTile const& tile);
 /// With the margin, as far as the level has samples.
 Region planeRegion(StoreInfo const& info, PictureTile const& tile);
-/// What the tile is rebuilt from: this region of each band of the next level. Not for tiles of the coarsest.
+/// What the tile is rebuilt from: this region of each band of the next level, even in width. Not for tiles of the
+/// coarsest.
 Region bandRegion(StoreInfo const& info, PictureTile const& tile);
 
 PictureTile parent(PictureTile const& tile);

@@ -41,6 +41,7 @@ TEST(PictureTileTest, BandsGiveAtLeastTheTilesSamples) {
         Extent const extent = picturetile::levelExtent(info, level);
         for (PictureTile const& tile : picturetile::over(level, {0, 0, extent.width, extent.height})) {
             Region const bands = picturetile::bandRegion(info, tile);
+            EXPECT_EQ(bands.width % 2, 0U);
             Region const samples = {2 * bands.x, 2 * bands.y, 2 * bands.width - 4, 2 * bands.height - 4};
             EXPECT_TRUE(within(picturetile::planeRegion(info, tile), samples));
             EXPECT_TRUE(within(picturetile::shownRegion(info, tile), picturetile::planeRegion(info, tile)));
