@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+/// Where the viewer keeps the stores that it makes of pictures. Nobody else needs them: they may be deleted at any time.
+namespace importcache {
+
+/// The folder "velmora" in `cacheHome`, or else, where that is no absolute path, in the folder .cache of `home`. The
+/// values of XDG_CACHE_HOME and HOME; where neither is of use, one in the folder for temporary files.
+std::filesystem::path folder(std::string const& cacheHome, std::string const& home);
+
+/// The name of the store of a picture file: the picture's name and a hash, which changes with the file's absolute
+/// path, its size or the time of its last change. Throws HostError (missing file).
+std::string storeName(std::filesystem::path const& picture);
+
+/// The same for what is no file, from a text that says which it is.
+std::string storeName(std::string const& stem, std::string const& identity);
+
+} // namespace importcache

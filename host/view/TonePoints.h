@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+class TileStore;
+
+/// A black and a white point, in codes of the picture.
+struct TonePoints {
+    std::uint64_t black = 0;
+    std::uint64_t white = 0;
+};
+
+/// The codes below and above which one of a hundred lies; white is above black. 0 and 1 where there are none.
+TonePoints tonePoints(std::vector<std::uint16_t> codes);
+
+/// Those of a store: of the grey, or of the luma, at its coarsest level. Throws what TileStore throws.
+TonePoints tonePoints(TileStore& store);
