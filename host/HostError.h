@@ -19,6 +19,7 @@ public:
         DamagedStore,
         NewerStore,
         LockedStore,
+        NoDisplay,
     };
 
     /// Line feeds in `text`, which messages of other libraries may hold, become "; ".

@@ -7,6 +7,7 @@
 void addRenderCommand(CLI::App& program);
 void addInfoCommand(CLI::App& program);
 void addVerifyCommand(CLI::App& program);
+void addViewCommand(CLI::App& program);
 void addImportCommand(CLI::App& program);
 void addExportCommand(CLI::App& program);
 void addCheckCommand(CLI::App& program);

@@ -10,7 +10,7 @@ struct Row {
     char const* meaning;
 };
 
-constexpr std::array<Row, 14> kTable{
+constexpr std::array<Row, 15> kTable{
     {{kExitSuccess, "done"},
      {kExitInternalError, "internal error, out of memory, or verify found differences"},
      {kExitUsage, "the command line is not understood"},
@@ -24,6 +24,7 @@ constexpr std::array<Row, 14> kTable{
      {kExitDamagedStore, "a tile store is damaged"},
      {kExitNewerStore, "a tile store is of a newer version of the program"},
      {kExitLockedStore, "a tile store is locked by another program"},
+     {kExitNoDisplay, "no display to open a window on"},
      {kExitInterrupted, "interrupted; no output is left behind"}}};
 
 } // namespace
@@ -48,6 +49,8 @@ ExitCode exitCodeOf(HostError::Kind kind) {
         return kExitNewerStore;
     case HostError::Kind::LockedStore:
         return kExitLockedStore;
+    case HostError::Kind::NoDisplay:
+        return kExitNoDisplay;
     case HostError::Kind::Usage:
         return kExitUsage;
     case HostError::Kind::InexactGl:

@@ -19,6 +19,7 @@ enum ExitCode : int {
     kExitDamagedStore = 10,
     kExitNewerStore = 11,
     kExitLockedStore = 12,
+    kExitNoDisplay = 13,
     kExitInterrupted = 130, ///< 128 + SIGINT, as shells count it
 };
 

@@ -14,6 +14,7 @@ constexpr auto kDescription = "Draws very large images tile by tile on OpenGL ES
 constexpr auto kExamples = R"(Examples:
   velmora render photo.tif -o view.png         draw an image, write what was drawn
   velmora render -o map.png -r 0,0,1920,1080   draw a part of the built-in picture
+  velmora view photo.tif                       pan and zoom through an image or a store
   velmora info                                 what the GL driver can do
   velmora verify                               whether every filter is exact on it
   velmora import photo.tif photo.store         keep an image as a lossless tile store
@@ -36,6 +37,7 @@ int run(int argc, char** argv) {
     program.set_version_flag("--version", "velmora " VELMORA_VERSION, "Print the version and exit");
     program.require_subcommand(0, 1);
     program.footer(kExamples + exitCodeTable());
+    addViewCommand(program);
     addRenderCommand(program);
     addInfoCommand(program);
     addVerifyCommand(program);

@@ -109,7 +109,10 @@ void Camera::lookAt(Place const& picture) {
 }
 
 Place Camera::middle() const {
-    return {static_cast<double>(frame_.width / 2), static_cast<double>(frame_.height / 2)};
+    // A corner of a pixel, also where a side is odd.
+    std::size_t const x = frame_.width / 2;
+    std::size_t const y = frame_.height / 2;
+    return {static_cast<double>(x), static_cast<double>(y)};
 }
 
 Place Camera::pictureAt(Place const& inFrame) const {

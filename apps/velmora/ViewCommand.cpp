@@ -1,0 +1,123 @@
+#include "apps/velmora/Commands.h"
+#include "apps/velmora/FilterOptions.h"
+#include "apps/velmora/view/Viewer.h"
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+
+namespace {
+
+constexpr std::size_t kMegabyte = 1000 * 1000;
+constexpr std::size_t kMaxMegabytes = 1000 * 1000;
+constexpr std::size_t kMaxJobs = 1024;
+constexpr double kMaxWindowSide = 16384;
+
+constexpr auto kExamples = R"(Examples:
+  velmora view                                   the built-in picture
+  velmora view slide.vlm                         a tile store
+  velmora view scan.tif --gamma 2.2,300,9000     an image: a store of it is made first, once
+  velmora view slide.vlm --at 52000,31000,1 --size 1920x1080 --screenshot part.png
+
+Drag and wheel move; the key ? shows all keys. Stores of images are kept in $XDG_CACHE_HOME/velmora
+or ~/.cache/velmora and may be deleted at any time.)";
+
+struct Texts {
+    std::string size;
+    std::string at;
+    std::string script;
+};
+
+// The numbers that a text has between separators; nothing where it is anything else.
+template <std::size_t count>
+std::optional<std::array<double, count>> numbersOf(std::string const& text, char separator) {
+    std::istringstream stream(text);
+    stream >> std::noskipws;
+    std::array<double, count> numbers{};
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i > 0 && stream.get() != separator) return std::nullopt;
+        if (!(stream >> numbers[i])) return std::nullopt;
+    }
+    return stream.peek() == std::char_traits<char>::eof() ? std::optional(numbers) : std::nullopt;
+}
+
+std::optional<Extent> sizeOf(std::string const& text) {
+    auto const numbers = numbersOf<2>(text, 'x');
+    if (!numbers) return std::nullopt;
+    for (double const side : *numbers)
+        if (side < 1 || side > kMaxWindowSide || side != std::floor(side)) return std::nullopt;
+    return Extent{static_cast<std::size_t>((*numbers)[0]), static_cast<std::size_t>((*numbers)[1])};
+}
+
+std::optional<ViewerOptions::Start> startOf(std::string const& text) {
+    auto const numbers = numbersOf<3>(text, ',');
+    // Beyond 1e9 lies no pixel of a store.
+    if (!numbers || std::abs((*numbers)[0]) > 1e9 || std::abs((*numbers)[1]) > 1e9 || !((*numbers)[2] > 0))
+        return std::nullopt;
+    return ViewerOptions::Start{(*numbers)[0], (*numbers)[1], (*numbers)[2]};
+}
+
+std::string checkSize(std::string const& text) {
+    if (sizeOf(text)) return "";
+    return "\"" + text + "\" is not WxH, whole numbers up to " + std::to_string(static_cast<int>(kMaxWindowSide));
+}
+
+std::string checkStart(std::string const& text) {
+    return startOf(text) ? "" : "\"" + text + "\" is not X,Y,ZOOM with a zoom above 0";
+}
+
+void addMemoryOption(CLI::App& command, char const* name, std::size_t& bytes, char const* help) {
+    command
+        .add_option_function<std::size_t>(
+            name, [&bytes](std::size_t megabytes) { bytes = megabytes * kMegabyte; }, help)
+        ->type_name("MB")
+        ->default_str(std::to_string(bytes / kMegabyte))
+        ->check(CLI::Range(std::size_t{1}, kMaxMegabytes));
+}
+
+void view(ViewerOptions options, Texts const& texts) {
+    if (!texts.size.empty()) options.window = *sizeOf(texts.size);
+    if (!texts.at.empty()) options.start = startOf(texts.at);
+    if (!texts.script.empty()) options.script = Script::read(texts.script);
+    options.picture.threads = options.importJobs;
+    Viewer(options).run();
+}
+
+} // namespace
+
+void addViewCommand(CLI::App& program) {
+    auto const options = std::make_shared<ViewerOptions>();
+    auto const texts = std::make_shared<Texts>();
+    auto* const command = program.add_subcommand("view", "Show an image or a tile store in a window");
+    command->footer(kExamples);
+    command
+        ->add_option("IMAGE", options->image,
+                     "Any image that libvips reads, or a store; without it the built-in picture")
+        ->type_name("");
+    command->add_option("--size", texts->size, "Of the window; without it 1280x800")
+        ->type_name("WxH")
+        ->check(checkSize);
+    command->add_option("--at", texts->at, "The pixel in the middle, and pixels of the screen a pixel of the picture")
+        ->type_name("X,Y,ZOOM")
+        ->check(checkStart);
+    command->add_flag("--smooth", options->smooth, "Weigh samples where the picture is shown smaller");
+    addMemoryOption(*command, "--memory", options->picture.hostBytes, "For tiles that are read");
+    addMemoryOption(*command, "--gpu-memory", options->picture.gpuBytes, "For tiles that are rebuilt");
+    command->add_option("--jobs", options->importJobs, "Threads that read tiles; without it, one a core")
+        ->type_name("N")
+        ->check(CLI::Range(std::size_t{1}, kMaxJobs));
+    command->add_flag("--bare", options->bare, "Nothing over the picture");
+    command->add_option("--screenshot", options->screenshot, "Write the window to a PNG file once it is complete, quit")
+        ->type_name("FILE");
+    command->add_option("--script", texts->script, "Do what a text file says, line by line")->type_name("FILE");
+    command->add_flag("--report", options->report, "Print times, frames and memory at the end");
+    addFilterOptions(*command);
+    command->callback([options, texts, command] {
+        options->steps = filterStepsOf(*command);
+        view(*options, *texts);
+    });
+}

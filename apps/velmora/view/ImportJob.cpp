@@ -1,0 +1,42 @@
+#include "apps/velmora/view/ImportJob.h"
+
+#include <utility>
+
+namespace {
+
+// Leaves the import from within its progress.
+struct Cancelled {};
+
+} // namespace
+
+ImportJob::ImportJob(PictureOpener open, std::string store, ImportOptions options)
+    : thread_([this, open = std::move(open), store = std::move(store), options = std::move(options)] {
+          run(open, store, options);
+      }) {}
+
+ImportJob::~ImportJob() {
+    cancelled_ = true;
+    thread_.join();
+}
+
+bool ImportJob::done() const {
+    if (!done_) return false;
+    if (failure_) std::rethrow_exception(failure_);
+    return true;
+}
+
+void ImportJob::run(PictureOpener const& open, std::string const& store, ImportOptions const& options) {
+    auto const watched = [&] { return GrowingPicture::watch(growing_, open()); };
+    auto const progress = [this](size_t doneRows, size_t allRows) {
+        if (cancelled_) throw Cancelled();
+        share_ = static_cast<double>(doneRows) / static_cast<double>(allRows);
+    };
+    try {
+        importStore(watched, store, options, progress);
+    } catch (Cancelled const&) {
+        // Nobody asks any more.
+    } catch (...) {
+        failure_ = std::current_exception();
+    }
+    done_ = true;
+}

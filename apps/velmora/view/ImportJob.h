@@ -1,0 +1,36 @@
+#pragma once
+
+#include "host/store/StoreImporter.h"
+#include "host/view/GrowingPicture.h"
+
+#include <atomic>
+#include <exception>
+#include <memory>
+#include <string>
+#include <thread>
+
+/// Imports a picture into a store on a thread of its own, while another thread looks on.
+class ImportJob {
+public:
+    ImportJob(PictureOpener open, std::string store, ImportOptions options);
+    /// Stops the import where it still runs; nothing of it is left then.
+    ~ImportJob();
+    ImportJob(ImportJob const&) = delete;
+    ImportJob& operator=(ImportJob const&) = delete;
+
+    /// Whether it has come to an end. Throws what the import threw.
+    bool done() const;
+    /// Of the rows, the share that has been read.
+    double share() const { return share_; }
+    GrowingPicture const& picture() const { return *growing_; }
+
+private:
+    void run(PictureOpener const& open, std::string const& store, ImportOptions const& options);
+
+    std::shared_ptr<GrowingPicture> growing_ = std::make_shared<GrowingPicture>();
+    std::atomic<double> share_{0};
+    std::atomic<bool> cancelled_{false};
+    std::atomic<bool> done_{false};
+    std::exception_ptr failure_; // the thread's until done_
+    std::thread thread_;
+};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "apps/velmora/view/OverlayTexture.h"
+#include "host/view/Camera.h"
+
+#include <SDL.h>
+
+#include <array>
+#include <cstddef>
+
+/// Dear ImGui over a window's picture, in pixels of the frame. One at a time, on the GL thread, with the context
+/// current.
+///
+/// It is told of the mouse by events alone, so that those of a script do what those of a hand do. It writes no file.
+class Overlay {
+public:
+    Overlay();
+    ~Overlay();
+    Overlay(Overlay const&) = delete;
+    Overlay& operator=(Overlay const&) = delete;
+
+    void handle(SDL_Event const& event, double pixelsPerUnit);
+    /// Whether the mouse is over something that takes it, as of the last frame.
+    bool hasMouse() const;
+
+    /// From here to end() ImGui's functions draw.
+    void begin(Extent const& frame, double pixelsPerUnit, double secondsSinceLast);
+    /// Draws over the host's surface. Leaves framebuffer 0 bound, and the rest of GL's state as it was.
+    void end();
+
+private:
+    static constexpr std::size_t kButtons = 3;
+
+    std::array<float, 2> mouse_;
+    std::array<bool, kButtons> down_{};
+    std::array<bool, kButtons> pressed_{}; // since the last frame, for clicks that are shorter than one
+    float wheel_ = 0;
+};

@@ -1,0 +1,234 @@
+#include "apps/velmora/view/Panels.h"
+
+#include "host/view/ScaleBar.h"
+
+#include <imgui.h>
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+
+namespace {
+
+constexpr ImGuiWindowFlags kPanelFlags = ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_AlwaysAutoResize |
+                                         ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoFocusOnAppearing |
+                                         ImGuiWindowFlags_NoNav | ImGuiWindowFlags_NoMove;
+// Words only: the picture below is dragged through them.
+constexpr ImGuiWindowFlags kWordFlags = kPanelFlags | ImGuiWindowFlags_NoInputs;
+constexpr float kMargin = 8;
+constexpr ImU32 kLine = IM_COL32(255, 255, 255, 230);
+constexpr ImU32 kShadow = IM_COL32(0, 0, 0, 160);
+
+constexpr auto kHelp = "drag, arrows     move\n"
+                       "wheel            zoom about the cursor\n"
+                       "two fingers      zoom\n"
+                       "i or +, o or -   zoom in, out\n"
+                       "1                a pixel a pixel\n"
+                       "f                the whole picture\n"
+                       "s                sharpen\n"
+                       "g                gamma\n"
+                       "c                equalise (CLAHE)\n"
+                       "d                tiles of the level\n"
+                       "m                where the store has detail\n"
+                       "?                this help\n"
+                       "q, Escape        quit\n"
+                       "\nA click in the small picture goes there.";
+
+ImVec2 toImGui(double x, double y) {
+    return {static_cast<float>(x), static_cast<float>(y)};
+}
+
+ImTextureID textureOf(OverlayTexture const& texture) {
+    return reinterpret_cast<ImTextureID>(static_cast<std::uintptr_t>(texture.name()));
+}
+
+// corner: 0 at the left or top, 1 at the right or bottom.
+void placeNext(double cornerX, double cornerY) {
+    ImVec2 const size = ImGui::GetIO().DisplaySize;
+    auto const x = static_cast<float>(cornerX);
+    auto const y = static_cast<float>(cornerY);
+    ImGui::SetNextWindowPos({kMargin + x * (size.x - 2 * kMargin), kMargin + y * (size.y - 2 * kMargin)},
+                            ImGuiCond_Always, {x, y});
+    ImGui::SetNextWindowBgAlpha(0.7F);
+}
+
+double megabytes(std::size_t bytes) {
+    return static_cast<double>(bytes) / 1e6;
+}
+
+void drawStatus(panels::Model const& model) {
+    placeNext(0, 0);
+    ImGui::Begin("status", nullptr, kWordFlags);
+    ImGui::TextUnformatted(model.name.c_str());
+    ImGui::Text("%zu x %zu, %s, %zu bits", model.info->width, model.info->height, model.info->interpretation.c_str(),
+                model.info->bits);
+    ImGui::Text("zoom %.4g %%, level %zu", 100 * model.camera->zoom().value(), model.camera->zoom().level());
+    if (model.pixel)
+        ImGui::Text("%zu, %zu: %u %u %u", model.pixel->x, model.pixel->y, model.shown[0], model.shown[1],
+                    model.shown[2]);
+    else
+        ImGui::TextUnformatted("-");
+    if (!model.switches.empty()) ImGui::TextUnformatted(model.switches.c_str());
+    ImGui::Separator();
+    ImGui::Text("frame %.1f ms%s", model.frameMilliseconds, model.complete ? "" : ", loading");
+    ImGui::Text("GPU %zu tiles, %.0f MB", model.statistics.tilesOnGpu, megabytes(model.statistics.gpuBytes));
+    ImGui::Text("host %.0f MB, %zu waiting", megabytes(model.statistics.hostBytes), model.statistics.waiting);
+    if (!model.message.empty()) ImGui::TextWrapped("%s", model.message.c_str());
+    ImGui::End();
+}
+
+void drawScaleBar(panels::Model const& model) {
+    ScaleBar const bar = scaleBar(160.0 * static_cast<double>(ImGui::GetIO().FontGlobalScale),
+                                  model.camera->zoom().value(), model.info->micronsPerPixelX);
+    if (bar.pixels <= 0) return;
+    placeNext(0, 1);
+    ImGui::Begin("scale", nullptr, kWordFlags);
+    ImGui::TextUnformatted(bar.text.c_str());
+    ImVec2 const from = ImGui::GetCursorScreenPos();
+    ImGui::Dummy(toImGui(bar.pixels, 8));
+    ImDrawList& list = *ImGui::GetWindowDrawList();
+    auto const width = static_cast<float>(bar.pixels);
+    list.AddLine({from.x, from.y + 4}, {from.x + width, from.y + 4}, kLine);
+    for (float const x : {from.x, from.x + width - 1})
+        list.AddLine({x, from.y}, {x, from.y + 8}, kLine);
+    ImGui::End();
+}
+
+// The rectangle of the view in the small picture, and where in the picture the user points to in it.
+std::optional<Place> drawOverview(panels::Model const& model) {
+    if (model.overview->empty()) return std::nullopt;
+    placeNext(1, 1);
+    ImGui::Begin("overview", nullptr, kPanelFlags);
+    ImVec2 const from = ImGui::GetCursorScreenPos();
+    ImVec2 const size =
+        toImGui(static_cast<double>(model.overview->size().width), static_cast<double>(model.overview->size().height));
+    ImGui::InvisibleButton("map", size);
+    bool const held = ImGui::IsItemActive();
+    ImDrawList& list = *ImGui::GetWindowDrawList();
+    ImVec2 const end{from.x + size.x, from.y + size.y};
+    list.AddImage(textureOf(*model.overview), from, end);
+
+    double const scaleX = static_cast<double>(size.x) / static_cast<double>(model.info->width);
+    double const scaleY = static_cast<double>(size.y) / static_cast<double>(model.info->height);
+    View const view = model.camera->view();
+    Place const upper = model.camera->pictureAt({0, 0});
+    Place const lower = model.camera->pictureAt({static_cast<double>(view.width), static_cast<double>(view.height)});
+    auto const inMap = [&](Place const& place) {
+        ImVec2 const at = toImGui(place.x * scaleX, place.y * scaleY);
+        return ImVec2{std::clamp(from.x + at.x, from.x, end.x), std::clamp(from.y + at.y, from.y, end.y)};
+    };
+    list.AddRect(inMap(upper), inMap(lower), IM_COL32(255, 80, 60, 255), 0, 0, 2);
+    ImGui::End();
+    if (!held) return std::nullopt;
+    ImVec2 const mouse = ImGui::GetIO().MousePos;
+    return Place{static_cast<double>(mouse.x - from.x) / scaleX, static_cast<double>(mouse.y - from.y) / scaleY};
+}
+
+void drawTone(panels::Model const& model, panels::Wishes& wishes) {
+    if (!model.tone) return;
+    placeNext(1, 0);
+    ImGui::Begin("tone", nullptr, kPanelFlags);
+    constexpr int kLargestCode = 65535;
+    auto black = static_cast<int>(model.tone->black);
+    auto white = static_cast<int>(model.tone->white);
+    auto gamma = static_cast<float>(model.tone->gamma);
+    ImGui::PushItemWidth(200 * ImGui::GetIO().FontGlobalScale);
+    bool changed = ImGui::SliderInt("black", &black, 0, kLargestCode - 1, "%d", ImGuiSliderFlags_AlwaysClamp);
+    changed |= ImGui::SliderInt("white", &white, 1, kLargestCode, "%d", ImGuiSliderFlags_AlwaysClamp);
+    changed |= ImGui::SliderFloat("gamma", &gamma, 0.2F, 5, "%.2f", ImGuiSliderFlags_AlwaysClamp);
+    ImGui::PopItemWidth();
+    wishes.automaticTone = ImGui::Button("auto");
+    ImGui::SameLine();
+    ImGui::TextUnformatted(model.toneOn ? "on (g)" : "off (g)");
+    ImGui::End();
+    if (!changed) return;
+    enhancement::Gamma tone;
+    tone.gamma = static_cast<double>(gamma);
+    tone.black = static_cast<std::uint64_t>(black);
+    tone.white = static_cast<std::uint64_t>(std::max(white, black + 1));
+    wishes.tone = tone;
+}
+
+void drawHelp() {
+    ImVec2 const size = ImGui::GetIO().DisplaySize;
+    ImGui::SetNextWindowPos({size.x / 2, size.y / 2}, ImGuiCond_Always, {0.5F, 0.5F});
+    ImGui::SetNextWindowBgAlpha(0.85F);
+    ImGui::Begin("help", nullptr, kWordFlags);
+    ImGui::TextUnformatted(kHelp);
+    ImGui::End();
+}
+
+// A label that is legible on any picture.
+void drawLabel(ImDrawList& list, ImVec2 const& at, char const* text) {
+    list.AddText({at.x + 1, at.y + 1}, kShadow, text);
+    list.AddText(at, kLine, text);
+}
+
+} // namespace
+
+panels::Wishes panels::draw(Model const& model) {
+    Wishes wishes;
+    drawStatus(model);
+    drawScaleBar(model);
+    drawTone(model, wishes);
+    wishes.lookAt = drawOverview(model);
+    if (model.help) drawHelp();
+    return wishes;
+}
+
+void panels::drawTiles(Camera const& camera) {
+    View const view = camera.view();
+    Extent const whole = camera.size();
+    ImDrawList& list = *ImGui::GetBackgroundDrawList();
+    auto const clipped = [](std::int64_t from, std::size_t frame, std::size_t end) {
+        auto const last = std::min(from + static_cast<std::int64_t>(frame), static_cast<std::int64_t>(end));
+        return static_cast<std::size_t>(std::max<std::int64_t>(last, 0));
+    };
+    auto const tileAt = [&](std::int64_t pixel) {
+        return view.zoom.sampleAt(static_cast<std::size_t>(std::max<std::int64_t>(pixel, 0))) / kTileSamples;
+    };
+    std::size_t const right = clipped(view.x, view.width, whole.width);
+    std::size_t const bottom = clipped(view.y, view.height, whole.height);
+    auto const inFrameX = [&](std::size_t pixel) { return static_cast<double>(pixel) - static_cast<double>(view.x); };
+    auto const inFrameY = [&](std::size_t pixel) { return static_cast<double>(pixel) - static_cast<double>(view.y); };
+    for (std::size_t row = tileAt(view.y); view.zoom.pixelsOf(row * kTileSamples) < bottom; ++row)
+        for (std::size_t column = tileAt(view.x); view.zoom.pixelsOf(column * kTileSamples) < right; ++column) {
+            auto const edge = [&](std::size_t tile, std::size_t end) {
+                return std::min(view.zoom.pixelsOf(tile * kTileSamples), end);
+            };
+            ImVec2 const from = toImGui(inFrameX(edge(column, whole.width)), inFrameY(edge(row, whole.height)));
+            ImVec2 const to = toImGui(inFrameX(edge(column + 1, whole.width)), inFrameY(edge(row + 1, whole.height)));
+            list.AddRect(from, to, IM_COL32(255, 210, 0, 255));
+            std::array<char, 64> text{};
+            std::snprintf(text.data(), text.size(), "%zu: %zu,%zu", view.zoom.level(), column, row);
+            drawLabel(list, {from.x + 4, from.y + 3}, text.data());
+        }
+}
+
+void panels::drawMask(OverlayTexture const& mask) {
+    if (mask.empty()) return;
+    ImGui::GetBackgroundDrawList()->AddImage(
+        textureOf(mask), {0, 0},
+        toImGui(static_cast<double>(mask.size().width), static_cast<double>(mask.size().height)));
+}
+
+void panels::drawGrowing(OverlayTexture const& picture, Extent const& frame) {
+    if (picture.empty()) return;
+    auto const width = static_cast<double>(picture.size().width);
+    auto const height = static_cast<double>(picture.size().height);
+    double const scale = std::min(static_cast<double>(frame.width) / width, static_cast<double>(frame.height) / height);
+    double const x = (static_cast<double>(frame.width) - width * scale) / 2;
+    double const y = (static_cast<double>(frame.height) - height * scale) / 2;
+    ImGui::GetBackgroundDrawList()->AddImage(textureOf(picture), toImGui(x, y),
+                                             toImGui(x + width * scale, y + height * scale));
+}
+
+void panels::drawProgress(std::string const& name, double share, Extent const& frame) {
+    ImVec2 const bottom = toImGui(static_cast<double>(frame.width) / 2, static_cast<double>(frame.height) - 8);
+    ImGui::SetNextWindowPos(bottom, ImGuiCond_Always, {0.5F, 1});
+    ImGui::SetNextWindowBgAlpha(0.7F);
+    ImGui::Begin("progress", nullptr, kWordFlags);
+    ImGui::Text("importing %s, once", name.c_str());
+    ImGui::ProgressBar(static_cast<float>(share), toImGui(320, 0));
+    ImGui::End();
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "apps/velmora/view/OverlayTexture.h"
+#include "host/Enhancement.h"
+#include "host/view/Camera.h"
+#include "host/view/PictureView.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+/// What the viewer draws over the picture with Dear ImGui, between Overlay::begin and end.
+namespace panels {
+
+/// What is to be said and drawn.
+struct Model {
+    StoreInfo const* info = nullptr;
+    Camera const* camera = nullptr;
+    OverlayTexture const* overview = nullptr; ///< the whole picture, small
+    std::string name;
+    std::string message;
+    std::string switches; ///< enhancements that are on
+    std::optional<PicturePixel> pixel;
+    std::array<std::uint8_t, 3> shown{}; ///< colour of the pixel under the cursor
+    PictureView::Statistics statistics;
+    double frameMilliseconds = 0;
+    bool complete = false;
+    bool help = false;
+    std::optional<enhancement::Gamma> tone; ///< of pictures of 16 bits
+    bool toneOn = false;
+};
+
+/// What the user did in the panels.
+struct Wishes {
+    std::optional<Place> lookAt; ///< of the picture
+    std::optional<enhancement::Gamma> tone;
+    bool automaticTone = false;
+};
+
+Wishes draw(Model const& model);
+
+/// Borders of the squares of kTileSamples samples of the view's level, below the panels.
+void drawTiles(Camera const& camera);
+constexpr std::size_t kTileSamples = 512;
+
+/// A texture of the frame's size over the picture, below the panels.
+void drawMask(OverlayTexture const& mask);
+
+/// A picture that is being imported, as large as the frame allows.
+void drawGrowing(OverlayTexture const& picture, Extent const& frame);
+/// How far the import is, 0 to 1.
+void drawProgress(std::string const& name, double share, Extent const& frame);
+
+} // namespace panels

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "apps/velmora/view/Script.h"
+
+#include <SDL.h>
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <vector>
+
+/// Plays a script to the viewer: what a hand or a window manager would do goes into SDL's queue as events, at most one
+/// movement a turn of the viewer, so that each is seen.
+class ScriptPlayer {
+public:
+    explicit ScriptPlayer(std::vector<Script::Line> const& lines);
+
+    struct Viewer {
+        bool complete = false; ///< whether all is shown that was asked for
+        std::function<void(int width, int height)> resize;
+        std::function<void(std::string const& file)> screenshot;
+    };
+
+    /// Does what comes next, unless it has to wait.
+    void turn(Viewer const& viewer);
+    /// Whether there is more to come.
+    bool active() const { return !beats_.empty(); }
+
+private:
+    // What happens in one turn.
+    struct Beat {
+        Script::Line line;
+        std::vector<SDL_Event> events; // nothing else of the line where there are some
+    };
+
+    void add(Script::Line const& line);
+    void addEvents(std::vector<SDL_Event> events);
+    void addDrag(std::vector<int> const& numbers);
+    bool mayGoOn(Beat const& beat, bool complete);
+    static void perform(Script::Line const& line, Viewer const& viewer);
+
+    std::deque<Beat> beats_;
+    std::optional<std::chrono::steady_clock::time_point> asleepSince_;
+};

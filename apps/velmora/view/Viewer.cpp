@@ -1,0 +1,237 @@
+#include "apps/velmora/view/Viewer.h"
+
+#include "apps/velmora/Interruption.h"
+#include "apps/velmora/view/Panels.h"
+#include "gles3renderbackend/Gl.h"
+#include "host/BuiltInPicture.h"
+#include "host/HostError.h"
+#include "host/ImageReader.h"
+#include "host/PngWriter.h"
+#include "host/store/TileStore.h"
+#include "host/view/ImportCache.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+
+namespace {
+
+constexpr int kSettlingFrames = 3;
+constexpr std::chrono::milliseconds kImportTurn{30};
+// Signals do not wake SDL: they are looked for so often.
+constexpr std::chrono::milliseconds kIdleTurn{200};
+
+std::string environment(char const* name) {
+    char const* const value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+std::string nameOf(std::string const& image) {
+    return image.empty() ? "the built-in picture" : std::filesystem::path(image).filename().string();
+}
+
+// Whether the file under the name is a store that can be read: another version of the program may have made it.
+bool isUsable(std::string const& store) {
+    if (!std::filesystem::exists(store)) return false;
+    try {
+        TileStore const opened(store);
+        return true;
+    } catch (HostError const&) {
+        return false;
+    }
+}
+
+PictureOpener openerOf(std::string const& image) {
+    return [image]() -> std::unique_ptr<PixelSource> {
+        if (image.empty()) return std::make_unique<BuiltInPicture>();
+        return std::make_unique<ImageReader>(image, ImageReader::Samples::kAsStored);
+    };
+}
+
+} // namespace
+
+Viewer::Viewer(ViewerOptions const& options)
+    : options_(options),
+      window_("velmora - " + nameOf(options.image), options.window),
+      backend_(RenderBackend::RGBA32, options.picture.gpuBytes),
+      instance_(backend_.createInstance(window_)),
+      script_(options.script) {
+    bool const isStore = !options_.image.empty() && TileStore::isStore(options_.image);
+    std::string const store = isStore ? options_.image : storeInCache();
+    if (isStore || isUsable(store))
+        open(store);
+    else
+        startImport(store);
+}
+
+std::string Viewer::storeInCache() const {
+    auto const folder = importcache::folder(environment("XDG_CACHE_HOME"), environment("HOME"));
+    std::error_code failed;
+    std::filesystem::create_directories(folder, failed);
+    if (failed)
+        throw HostError(HostError::Kind::UnwritableOutput,
+                        "cannot make the folder '" + folder.string() + "': " + failed.message() +
+                            "; name another in XDG_CACHE_HOME, or import the picture with velmora import");
+    std::string const name = options_.image.empty() ? importcache::storeName("built-in", BuiltInPicture().description())
+                                                    : importcache::storeName(std::filesystem::path(options_.image));
+    return (folder / name).string();
+}
+
+void Viewer::startImport(std::string const& store) {
+    ImportOptions options;
+    options.replace = true;
+    options.jobs = options_.importJobs;
+    options.sourceName = nameOf(options_.image);
+    importedStore_ = store;
+    import_ = std::make_unique<ImportJob>(openerOf(options_.image), store, options);
+}
+
+void Viewer::open(std::string const& store) {
+    showing_ = std::make_unique<Showing>(instance_, store, options_, frame());
+    framesToDraw_ = kSettlingFrames;
+}
+
+void Viewer::run() {
+    while (!quit_)
+        turn();
+    if (options_.report) report_.print();
+}
+
+void Viewer::turn() {
+    interruption::throwIfNoted();
+    takeEvents();
+    if (import_ && import_->done()) {
+        import_.reset();
+        open(importedStore_);
+    }
+    Extent const size = frame();
+    // Nothing can be seen of a minimised window.
+    if (size.width > 0 && size.height > 0) follow(size);
+    playScript();
+    if (!options_.screenshot.empty() && settled()) {
+        screenshot(options_.screenshot);
+        quit_ = true;
+    }
+}
+
+void Viewer::playScript() {
+    ScriptPlayer::Viewer viewer;
+    viewer.complete = settled();
+    viewer.resize = [this](int width, int height) {
+        window_.resize({static_cast<std::size_t>(width), static_cast<std::size_t>(height)});
+    };
+    viewer.screenshot = [this](std::string const& file) { screenshot(file); };
+    script_.turn(viewer);
+}
+
+void Viewer::follow(Extent const& size) {
+    if (!showing_) {
+        drawImport(size);
+        window_.swap();
+        return;
+    }
+    if (size.width != showing_->camera().frame().width || size.height != showing_->camera().frame().height)
+        showing_->camera().resize(size);
+    bool const changed = showing_->advance();
+    if (changed || seen_) framesToDraw_ = kSettlingFrames;
+    // As long as there is more to come the overlay may lag behind.
+    if (changed || seen_ || (framesToDraw_ > 0 && showing_->complete())) {
+        seen_ = false;
+        --framesToDraw_;
+        auto const start = Clock::now();
+        draw(size);
+        window_.swap();
+        if (changed) frameMilliseconds_ = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+        note(changed);
+    } else if (!showing_->complete()) {
+        showing_->wait();
+    } else if (!options_.bare && showing_->updateExtras()) {
+        framesToDraw_ = kSettlingFrames;
+    } else {
+        settled_ = true;
+    }
+}
+
+void Viewer::note(bool newPicture) {
+    report_.frame();
+    if (newPicture) report_.firstPicture();
+    if (showing_->complete()) report_.fullDetail();
+}
+
+void Viewer::draw(Extent const& size) {
+    auto const now = Clock::now();
+    double const sinceLast = std::chrono::duration<double>(now - lastFrame_).count();
+    lastFrame_ = now;
+    showing_->present();
+    if (options_.bare) return;
+    overlay_.begin(size, window_.pixelsPerUnit(), sinceLast);
+    if (showing_->drawOverlay(controls_.cursor(), frameMilliseconds_)) framesToDraw_ = kSettlingFrames;
+    overlay_.end();
+}
+
+void Viewer::drawImport(Extent const& size) {
+    GrowingPicture::Image const image = import_->picture().takeNew(growingSeen_);
+    if (!image.rgba.empty()) growing_.set(image.rgba, {image.width, image.height});
+    glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    glDisable(GL_SCISSOR_TEST);
+    auto const& background = options_.picture.background;
+    glClearColor(static_cast<float>(background[0]) / 255, static_cast<float>(background[1]) / 255,
+                 static_cast<float>(background[2]) / 255, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    overlay_.begin(size, window_.pixelsPerUnit(), std::chrono::duration<double>(kImportTurn).count());
+    panels::drawGrowing(growing_, size);
+    if (!options_.bare) panels::drawProgress(nameOf(options_.image), import_->share(), size);
+    overlay_.end();
+    report_.frame();
+    if (!growing_.empty()) report_.firstPicture();
+}
+
+void Viewer::takeEvents() {
+    waitForEvents();
+    SDL_Event event{};
+    while (SDL_PollEvent(&event) == 1)
+        handle(event);
+}
+
+void Viewer::waitForEvents() const {
+    auto const time = idleTime();
+    if (time.count() > 0) SDL_WaitEventTimeout(nullptr, static_cast<int>(time.count()));
+}
+
+// How long nothing is to be done unless an event comes.
+std::chrono::milliseconds Viewer::idleTime() const {
+    Extent const size = frame();
+    bool const visible = size.width > 0 && size.height > 0;
+    if (showing_ && visible && !settled_) return std::chrono::milliseconds(0);
+    if (script_.active()) return std::chrono::milliseconds(1);
+    return import_ ? kImportTurn : kIdleTurn;
+}
+
+void Viewer::handle(SDL_Event const& event) {
+    double const pixelsPerUnit = window_.pixelsPerUnit();
+    window_.note(event);
+    overlay_.handle(event, pixelsPerUnit);
+    Camera* const camera = showing_ ? &showing_->camera() : nullptr;
+    Controls::Command const command =
+        controls_.handle(event, camera, pixelsPerUnit, !options_.bare && overlay_.hasMouse());
+    if (command == Controls::Command::Quit) quit_ = true;
+    if (showing_) showing_->command(command);
+    // Over a bare picture only what moves it can be seen.
+    if (!options_.bare || event.type == SDL_WINDOWEVENT) seen_ = true;
+    settled_ = false;
+}
+
+void Viewer::screenshot(std::string const& file) {
+    Extent const size = frame();
+    if (size.width == 0 || size.height == 0)
+        throw HostError(HostError::Kind::Usage, "no screenshot of a minimised window");
+    // What swap() has shown need not be readable any more.
+    if (showing_)
+        draw(size);
+    else
+        drawImport(size);
+    std::vector<std::uint8_t> const pixels = window_.readPixels();
+    PngWriter png(file, size.width, size.height, 3);
+    png.writeRows(pixels.data(), size.height);
+    png.finish();
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "apps/velmora/view/Script.h"
+#include "host/Enhancement.h"
+#include "host/view/PictureView.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What `velmora view` was asked for.
+struct ViewerOptions {
+    /// A place of the picture for the middle of the window, and a zoom.
+    struct Start {
+        double x = 0;
+        double y = 0;
+        double zoom = 1;
+    };
+
+    std::string image; ///< an image or a store; empty: the built-in picture
+    Extent window{1280, 800};
+    PictureView::Options picture;
+    std::size_t importJobs = 0; ///< as ImportOptions::jobs
+    bool smooth = false;
+    bool bare = false; ///< no overlay
+    bool report = false;
+    std::string screenshot; ///< a PNG file; empty: none
+    std::optional<Start> start;
+    std::vector<enhancement::Step> steps;
+    std::vector<Script::Line> script;
+};

@@ -1,0 +1,114 @@
+#include "apps/velmora/view/Window.h"
+
+#include "gles3renderbackend/Gl.h"
+#include "host/HostError.h"
+
+namespace {
+
+HostError noContext() {
+    return {HostError::Kind::NoGlContext,
+            std::string("no OpenGL ES 3 context for a window: ") + SDL_GetError() +
+                "; install a GL driver, for example Debian's libegl1 and libgl1-mesa-dri"};
+}
+
+// SDL takes these for the next window and context.
+void wishForGles3() {
+    SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_ES);
+    SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
+    SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 0);
+    for (SDL_GLattr const colour : {SDL_GL_RED_SIZE, SDL_GL_GREEN_SIZE, SDL_GL_BLUE_SIZE})
+        SDL_GL_SetAttribute(colour, 8);
+    SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 0);
+    SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+}
+
+} // namespace
+
+Window::Library::Library() {
+    // On X11 too the context comes from EGL, as the backend's GL library does.
+    SDL_SetHint(SDL_HINT_VIDEO_X11_FORCE_EGL, "1");
+    // Signals are the program's own.
+    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+    if (SDL_Init(SDL_INIT_VIDEO) == 0) return;
+    throw HostError(HostError::Kind::NoDisplay, std::string("no display to open a window on: ") + SDL_GetError() +
+                                                    "; velmora render needs none and writes a PNG file");
+}
+
+Window::Library::~Library() {
+    SDL_Quit();
+}
+
+Window::Window(std::string const& title, Extent const& size) {
+    wishForGles3();
+    window_.reset(SDL_CreateWindow(title.c_str(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
+                                   static_cast<int>(size.width), static_cast<int>(size.height),
+                                   SDL_WINDOW_OPENGL | SDL_WINDOW_RESIZABLE | SDL_WINDOW_ALLOW_HIGHDPI));
+    if (!window_) throw noContext();
+    context_ = SDL_GL_CreateContext(window_.get());
+    if (context_ == nullptr) throw noContext();
+    // A driver that cannot wait for the screen draws at once.
+    SDL_GL_SetSwapInterval(1);
+}
+
+Window::~Window() {
+    if (context_ != nullptr) SDL_GL_DeleteContext(context_);
+}
+
+Extent Window::pixels() const {
+    if (minimised_) return {};
+    int width = 0;
+    int height = 0;
+    SDL_GL_GetDrawableSize(window_.get(), &width, &height);
+    return {static_cast<std::size_t>(width), static_cast<std::size_t>(height)};
+}
+
+double Window::pixelsPerUnit() const {
+    int pixels = 0;
+    int units = 0;
+    SDL_GL_GetDrawableSize(window_.get(), &pixels, nullptr);
+    SDL_GetWindowSize(window_.get(), &units, nullptr);
+    return units > 0 && pixels > 0 ? static_cast<double>(pixels) / units : 1;
+}
+
+void Window::note(SDL_Event const& event) {
+    if (event.type != SDL_WINDOWEVENT) return;
+    switch (event.window.event) {
+    case SDL_WINDOWEVENT_MINIMIZED:
+    case SDL_WINDOWEVENT_HIDDEN:
+        minimised_ = true;
+        return;
+    case SDL_WINDOWEVENT_RESTORED:
+    case SDL_WINDOWEVENT_MAXIMIZED:
+    case SDL_WINDOWEVENT_SHOWN:
+        minimised_ = false;
+        return;
+    default:
+        return;
+    }
+}
+
+void Window::resize(Extent const& size) {
+    SDL_SetWindowSize(window_.get(), static_cast<int>(size.width), static_cast<int>(size.height));
+}
+
+void Window::swap() {
+    SDL_GL_SwapWindow(window_.get());
+}
+
+std::vector<std::uint8_t> Window::readPixels() const {
+    Extent const size = pixels();
+    std::vector<std::uint8_t> rgba(4 * size.width * size.height);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+    glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    glReadPixels(0, 0, static_cast<GLsizei>(size.width), static_cast<GLsizei>(size.height), GL_RGBA, GL_UNSIGNED_BYTE,
+                 rgba.data());
+    std::vector<std::uint8_t> rgb;
+    rgb.reserve(3 * size.width * size.height);
+    for (std::size_t y = size.height; y-- > 0;)
+        for (std::size_t x = 0; x < size.width; ++x) {
+            std::uint8_t const* const texel = &rgba[4 * (y * size.width + x)];
+            rgb.insert(rgb.end(), texel, texel + 3);
+        }
+    return rgb;
+}

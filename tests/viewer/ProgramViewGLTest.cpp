@@ -1,0 +1,276 @@
+// The viewer with SDL's driver "offscreen", whose windows are surfaces of EGL that nobody sees. It finds its display among
+// EGL's devices (EGL_EXT_device_enumeration), which Mesa's drivers have and ANGLE has not: on ANGLE there is no window to
+// test, and that the program says so is what is tested there. Its windows keep the surface that they were made with:
+// ProgramViewWindowTest.cpp resizes one.
+#include "tests/viewer/ViewerFixture.h"
+
+#include "host/store/TileStore.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <thread>
+
+namespace {
+
+bool onAngle() {
+    char const* const expected = std::getenv("VELMORA_EXPECT_RENDERER");
+    return expected != nullptr && std::string(expected).rfind("ANGLE", 0) == 0;
+}
+
+class ProgramViewGLTest : public ViewerFixture {
+protected:
+    void SetUp() override {
+        if (onAngle()) GTEST_SKIP() << "SDL's driver offscreen needs EGL devices, which ANGLE does not list";
+    }
+
+    Process::Environment environment() const {
+        return {{"SDL_VIDEODRIVER", "offscreen"}, {"XDG_CACHE_HOME", path("cache")}};
+    }
+
+    Process::Result view(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), "view");
+        return runVelmora(arguments, environment());
+    }
+
+    // The window at the end.
+    testimages::Pixels shown(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.end(), {"--screenshot", path("shown.png")});
+        auto const result = view(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return testimages::readByVips(path("shown.png"));
+    }
+
+    // The window after a script, whose last line has to be a screenshot under the name shown.png.
+    testimages::Pixels after(std::string const& text, std::vector<std::string> arguments) const {
+        arguments.insert(arguments.end(),
+                         {"--script", script(text + "wait\nscreenshot " + path("shown.png") + "\nquit\n")});
+        auto const result = view(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return testimages::readByVips(path("shown.png"));
+    }
+
+    void expectFailure(Process::Result const& result, int exitCode, std::vector<std::string> const& words) const {
+        EXPECT_EQ(result.exitCode, exitCode) << result.err;
+        EXPECT_EQ(result.err.rfind("velmora: ", 0), 0u) << result.err;
+        for (auto const& word : words)
+            EXPECT_NE(result.err.find(word), std::string::npos) << word << " in " << result.err;
+    }
+
+    std::vector<std::string> cached() const {
+        std::vector<std::string> names;
+        if (std::filesystem::exists(path("cache/velmora")))
+            for (auto const& entry : std::filesystem::directory_iterator(path("cache/velmora")))
+                names.push_back(entry.path().filename().string());
+        return names;
+    }
+};
+
+std::size_t numberAfter(std::string const& text, std::string const& name) {
+    auto const place = text.find(name);
+    if (place == std::string::npos) return 0;
+    std::size_t number = 0;
+    std::istringstream(text.substr(place + name.size())) >> number;
+    return number;
+}
+
+} // namespace
+
+TEST_F(ProgramViewGLTest, ABareWindowShowsThePicturesOwnPixels) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    expectPixels(shown({store, "--bare", "--size", "320x200", "--at", "350,250,1"}), expected(190, 150, 320, 200));
+    expectPixels(shown({store, "--bare", "--size", "321x201", "--at", "10,490,1"}), expected(-150, 390, 321, 201));
+    expectPixels(shown({store, "--bare", "--size", "320x200", "--at", "350,250,5"}), expected(318, 230, 320, 200, 5));
+}
+
+TEST_F(ProgramViewGLTest, PicturesOfAnyShapeAreShown) {
+    for (auto const& [width, height] : std::vector<std::pair<std::size_t, std::size_t>>{{1, 1}, {1, 5000}, {3000, 2}}) {
+        std::string const store = makeStore("a.vlm", width, height);
+        std::string const at = std::to_string(width / 2) + "," + std::to_string(height / 2) + ",1";
+        expectPixels(
+            shown({store, "--bare", "--size", "200x100", "--at", at}),
+            expected(static_cast<std::int64_t>(width / 2) - 100, static_cast<std::int64_t>(height / 2) - 50, 200, 100));
+    }
+}
+
+TEST_F(ProgramViewGLTest, HandAndKeysMoveThePicture) {
+    std::string const store = makeStore("a.vlm", 900, 800);
+    std::vector<std::string> const arguments{store, "--bare", "--size", "320x200", "--at", "450,400,1"};
+    expectPixels(after("drag 100 100 87 131\n", arguments), expected(303, 269, 320, 200));
+    expectPixels(after("wait\nkey right\nkey down\nkey down\n", arguments), expected(330, 350, 320, 200));
+    expectPixels(after("wheel 160 100 4\nwheel 160 100 -9\nkey 1\n", arguments), expected(290, 300, 320, 200));
+    // About the pixel under the cursor: 290 + 20, 300 + 30 stays where it is.
+    expectPixels(after("wheel 20 30 1\n", arguments), expected(300, 315, 320, 200, 2));
+}
+
+TEST_F(ProgramViewGLTest, TheOverlayLeavesThePictureAlone) {
+    std::string const store = makeStore("a.vlm", 900, 800);
+    // Between the panels, which stand in the corners.
+    auto const middle = [](testimages::Pixels const& window) { return testimages::crop(window, 260, 200, 150, 100); };
+    std::vector<std::string> const arguments{store, "--size", "640x480", "--at", "450,400,1"};
+    auto const before = shown(arguments);
+    expectPixels(middle(before), middle(expected(130, 160, 640, 480)));
+    EXPECT_NE(testimages::difference(before, expected(130, 160, 640, 480)), "") << "something is drawn over it";
+    expectPixels(middle(after("wait\nkey d\nkey m\nkey ?\nwait\nkey d\nkey m\nkey ?\n", arguments)), middle(before));
+    EXPECT_NE(testimages::difference(middle(after("key ?\n", arguments)), middle(before)), "") << "the help is there";
+}
+
+TEST_F(ProgramViewGLTest, AClickInTheSmallPictureGoesThere) {
+    // 200 pixels show 800: the click is 50, 70 of the small picture, which ends 16 before the window's corner.
+    std::string const store = makeStore("a.vlm", 800, 800);
+    int const x = 640 - 16 - 200 + 50;
+    int const y = 480 - 16 - 200 + 70;
+    std::string const place = " " + std::to_string(x) + " " + std::to_string(y);
+    std::string const click = "drag" + place + place;
+    auto const window = after("key 1\nwait\n" + click + "\n", {store, "--size", "640x480"});
+    expectPixels(testimages::crop(window, 270, 190, 100, 100),
+                 testimages::crop(expected(200 - 320, 280 - 240, 640, 480), 270, 190, 100, 100));
+}
+
+TEST_F(ProgramViewGLTest, KeysSwitchEnhancements) {
+    std::string const store = makeStore("a.vlm", 300, 200);
+    std::vector<std::string> const plain{store, "--bare", "--size", "300x200", "--at", "150,100,1"};
+    auto const before = shown(plain);
+    std::vector<testimages::Pixels> all{before};
+    for (std::string const key : {"s", "g", "c"}) {
+        auto const on = after("key " + key + "\n", plain);
+        for (auto const& other : all)
+            EXPECT_NE(testimages::difference(on, other), "") << key;
+        all.push_back(on);
+        expectPixels(after("key " + key + "\nwait\nkey " + key + "\n", plain), before);
+    }
+    // The command line's own, off and on again.
+    auto given = plain;
+    given.insert(given.end(), {"--sharpen", "2"});
+    expectPixels(shown(given), all[1]);
+    expectPixels(after("key s\n", given), before);
+}
+
+TEST_F(ProgramViewGLTest, EnhancementsAreThoseOfRender) {
+    std::string const store = makeStore("a.vlm", 300, 200);
+    std::vector<std::string> const filters{"--clahe", "3", "--gamma", "1.6,200,3000", "--sharpen", "2"};
+    std::vector<std::string> render{"render", store, "-o", path("render.png")};
+    std::vector<std::string> arguments{store, "--bare", "--size", "300x200", "--at", "150,100,1"};
+    render.insert(render.end(), filters.begin(), filters.end());
+    arguments.insert(arguments.end(), filters.begin(), filters.end());
+    ASSERT_EQ(runVelmora(render).exitCode, 0);
+    expectPixels(shown(arguments), testimages::readByVips(path("render.png")));
+}
+
+TEST_F(ProgramViewGLTest, AnImageIsImportedOnce) {
+    testimages::writePattern8(path("a.png"), "", 400, 300, 3);
+    std::vector<std::string> const arguments{path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1"};
+    auto const wanted = testimages::crop(testimages::pattern8(400, 300, 3), 100, 100, 200, 100);
+    expectPixels(shown(arguments), wanted);
+    ASSERT_EQ(cached().size(), 1u);
+    std::string const store = path("cache/velmora/" + cached().front());
+    EXPECT_EQ(TileStore(store).info().sourceName, "a.png");
+    auto const time = std::filesystem::last_write_time(store);
+    expectPixels(shown(arguments), wanted);
+    EXPECT_EQ(std::filesystem::last_write_time(store), time);
+    // What is there under the name and cannot be read is made again.
+    truncateFile(store, 10);
+    expectPixels(shown(arguments), wanted);
+    EXPECT_EQ(cached().size(), 1u);
+    // The image is another one now.
+    testimages::writePattern8(path("a.png"), "", 500, 300, 3);
+    shown(arguments);
+    EXPECT_EQ(cached().size(), 2u);
+}
+
+TEST_F(ProgramViewGLTest, APictureThatIsBeingImportedIsSeen) {
+    auto const result = view({"--size", "300x300", "--bare", "--script",
+                              script("sleep 4000\nscreenshot " + path("growing.png") + "\nquit\n")});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    auto const window = testimages::readByVips(path("growing.png"));
+    EXPECT_NE(window.samples[150 * 3], kBackground) << "the middle of the first row is read";
+    EXPECT_TRUE(cached().empty()) << "a window that is closed stops its import";
+}
+
+TEST_F(ProgramViewGLTest, AnInterruptedImportLeavesNothing) {
+    Process process({"view", "--size", "300x300"}, environment());
+    while (process.running() && cached().empty())
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    process.signal(SIGINT);
+    expectFailure(process.wait(), 130, {"interrupted"});
+    EXPECT_TRUE(cached().empty());
+}
+
+TEST_F(ProgramViewGLTest, AMinimisedWindowDrawsNothingAndComesBack) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    std::vector<std::string> const arguments{store, "--bare", "--size", "320x200", "--at", "350,250,1"};
+    expectPixels(after("wait\nminimise\nsleep 50\nkey right\nrestore\n", arguments), expected(230, 150, 320, 200));
+    expectFailure(view({store, "--script", script("minimise\nsleep 20\nscreenshot " + path("b.png"))}), 2,
+                  {"minimised"});
+    EXPECT_FALSE(std::filesystem::exists(path("b.png")));
+}
+
+TEST_F(ProgramViewGLTest, NothingIsDrawnWhereNothingChanges) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    for (std::string const pause : {"sleep 1500\n", "minimise\nsleep 1500\nrestore\n"}) {
+        auto const result =
+            view({store, "--size", "320x200", "--report", "--script", script("wait\n" + pause + "quit")});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        std::size_t const frames = numberAfter(result.out, "frames drawn");
+        EXPECT_GE(frames, 1u) << result.out;
+        EXPECT_LE(frames, 40u) << result.out;
+    }
+}
+
+TEST_F(ProgramViewGLTest, TheReportSaysWhatWasMeasured) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    auto const result = view({store, "--size", "320x200", "--report", "--script", script("wait\nquit\n")});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    for (std::string const name : {"first picture", "full detail", "largest resident memory"})
+        EXPECT_GT(numberAfter(result.out, name), 0u) << result.out;
+}
+
+TEST_F(ProgramViewGLTest, NoOtherFileIsWritten) {
+    std::string const store = makeStore("a.vlm", 70, 50);
+    shown({store});
+    EXPECT_FALSE(std::filesystem::exists("imgui.ini"));
+    EXPECT_TRUE(cached().empty()) << "and none of a store";
+}
+
+TEST_F(ProgramViewGLTest, EveryFailureHasItsExitCode) {
+    std::string const store = makeStore("a.vlm", 70, 50);
+    writeFile(path("text.txt"), "no picture");
+    expectFailure(view({path("none.tif")}), 3, {"none.tif"});
+    expectFailure(view({store, "--script", path("none.txt")}), 3, {"none.txt"});
+    expectFailure(view({path("text.txt")}), 4, {"text.txt"});
+    expectFailure(view({store, "--screenshot", path("none/a.png")}), 6, {"none/a.png"});
+    expectFailure(view({store, "--script", script("dance")}), 2, {"line 1", "dance"});
+    for (std::vector<std::string> const& wrong : std::vector<std::vector<std::string>>{{"--size", "100"},
+                                                                                       {"--size", "0x5"},
+                                                                                       {"--size", "5x5x5"},
+                                                                                       {"--size", "99999x5"},
+                                                                                       {"--at", "1,2"},
+                                                                                       {"--at", "1,2,0"},
+                                                                                       {"--at", "1,2,nan"},
+                                                                                       {"--memory", "0"},
+                                                                                       {"--gpu-memory", "x"},
+                                                                                       {"--jobs", "0"},
+                                                                                       {"--gamma", "1"}})
+        expectFailure(view(wrong), 2, {wrong.front()});
+    truncateFile(store, 60);
+    EXPECT_NE(view({store, "--screenshot", path("b.png")}).exitCode, 0);
+    EXPECT_FALSE(std::filesystem::exists(path("b.png")));
+}
+
+TEST(ProgramViewErrorsGLTest, WithoutADisplayRenderIsNamed) {
+    auto const result = runVelmora({"view"}, {{"SDL_VIDEODRIVER", "x11"}, {"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}});
+    EXPECT_EQ(result.exitCode, 13) << result.err;
+    EXPECT_EQ(result.err.rfind("velmora: no display", 0), 0u) << result.err;
+    EXPECT_NE(result.err.find("velmora render"), std::string::npos) << result.err;
+}
+
+TEST(ProgramViewErrorsGLTest, WithoutAContextTheDriverIsNamed) {
+    if (!onAngle()) GTEST_SKIP() << "there is one here";
+    auto const result = runVelmora({"view"}, {{"SDL_VIDEODRIVER", "offscreen"}});
+    EXPECT_EQ(result.exitCode, 7) << result.err;
+    EXPECT_NE(result.err.find("no OpenGL ES 3 context for a window"), std::string::npos) << result.err;
+}
