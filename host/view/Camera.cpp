@@ -22,9 +22,8 @@ std::size_t samplesOf(std::size_t pixels, std::size_t level) {
 
 // The next smaller zoom.
 double belowValue(Zoom const& zoom) {
-    constexpr std::size_t kSteps = 64; // of a halving, see Zoom
     if (zoom.value() > 1) return zoom.value() - 1;
-    auto const samples = static_cast<double>(zoom.isWhole() ? kSteps : zoom.samples());
+    auto const samples = static_cast<double>(zoom.isWhole() ? Zoom::kSteps : zoom.samples());
     return zoom.value() * samples / (samples + 1);
 }
 

@@ -3,12 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
-
-constexpr std::size_t kSteps = 32; // of a halving
-
-} // namespace
-
 Zoom Zoom::nearest(double pixels, std::size_t levels) {
     if (std::lround(pixels * kSteps) >= static_cast<long>(kSteps) || pixels > 1.0)
         return {0, static_cast<std::size_t>(std::clamp(std::round(pixels), 1.0, static_cast<double>(kLargest))), 1};

@@ -13,6 +13,7 @@
 class Zoom {
 public:
     static constexpr std::size_t kLargest = 32;
+    static constexpr std::size_t kSteps = 32; ///< of a halving
 
     /// 1: a pixel a sample.
     Zoom() = default;
