@@ -23,12 +23,20 @@ public:
 
 protected:
     void readInto(Region const& region, std::uint8_t* pixels) override {
-        source_->read(region, buffer_);
-        std::copy(buffer_.begin(), buffer_.end(), pixels);
-        growing_->enter(*source_, region, pixels);
+        std::size_t const rowBytes = region.width * bands() * sampleBytes();
+        std::size_t const rows = kPartPixels / region.width + 1;
+        for (std::size_t done = 0; done < region.height; done += rows) {
+            Region const part{region.x, region.y + done, region.width, std::min(rows, region.height - done)};
+            source_->read(part, buffer_);
+            std::copy(buffer_.begin(), buffer_.end(), pixels + done * rowBytes);
+            growing_->enter(*source_, part, buffer_.data());
+        }
     }
 
 private:
+    // What is read at once: a fraction of a second's work for any picture, and enough to keep a few threads busy.
+    static constexpr std::size_t kPartPixels = 256 * 1024;
+
     std::shared_ptr<GrowingPicture> growing_;
     std::unique_ptr<PixelSource> source_;
     std::vector<std::uint8_t> buffer_;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <sstream>
 #include <thread>
@@ -161,6 +162,35 @@ TEST_F(ProgramViewGLTest, EnhancementsAreThoseOfRender) {
     expectPixels(shown(arguments), testimages::readByVips(path("render.png")));
 }
 
+TEST_F(ProgramViewGLTest, ZoomsAreThoseOfRender) {
+    // Two fifths are 350 x 250 samples of level 1, of which 80 show in 64 pixels: what fits the window.
+    std::string const store = makeStore("a.vlm", 700, 500);
+    ASSERT_EQ(runVelmora({"render", store, "-o", path("render.png"), "--zoom", "0.4"}).exitCode, 0);
+    auto const rendered = testimages::readByVips(path("render.png"));
+    EXPECT_EQ(rendered.width, 280u);
+    expectPixels(shown({store, "--bare", "--size", "280x200"}), rendered);
+}
+
+TEST_F(ProgramViewGLTest, TheAutomaticToneOfDeepPicturesIsAGamma) {
+    // Half of the rows are 800, half 40000: the points are these.
+    picture_ = testpictures::picture(600, 600, 1, 16, testpictures::Content::Flat);
+    std::vector<std::uint16_t> samples(600 * 600, 800);
+    std::fill(samples.begin() + 300 * 600, samples.end(), std::uint16_t{40000});
+    std::memcpy(picture_.bytes.data(), samples.data(), picture_.bytes.size());
+    testpictures::import(picture_, path("a.vlm"));
+    auto const middle = [](testimages::Pixels const& window) { return testimages::crop(window, 200, 190, 150, 100); };
+    std::vector<std::string> arguments{path("a.vlm"), "--size", "640x480", "--at", "300,300,1"};
+    auto const dark = middle(shown(arguments));
+    // The button lies in the panel in the upper right corner.
+    auto const automatic = middle(after("wait\ndrag 403 95 403 95\n", arguments));
+    EXPECT_EQ(automatic.samples.front(), 0) << "black";
+    EXPECT_EQ(automatic.samples.back(), 255) << "white";
+    EXPECT_NE(testimages::difference(automatic, dark), "");
+    expectPixels(middle(after("wait\ndrag 403 95 403 95\nwait\nkey g\n", arguments)), dark);
+    arguments.insert(arguments.end(), {"--gamma", "1,800,40000"});
+    expectPixels(middle(shown(arguments)), automatic);
+}
+
 TEST_F(ProgramViewGLTest, AnImageIsImportedOnce) {
     testimages::writePattern8(path("a.png"), "", 400, 300, 3);
     std::vector<std::string> const arguments{path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1"};
@@ -182,13 +212,30 @@ TEST_F(ProgramViewGLTest, AnImageIsImportedOnce) {
     EXPECT_EQ(cached().size(), 2u);
 }
 
+// The built-in picture takes seconds. It is photographed until there is something of it to be seen.
 TEST_F(ProgramViewGLTest, APictureThatIsBeingImportedIsSeen) {
-    auto const result = view({"--size", "300x300", "--bare", "--script",
-                              script("sleep 4000\nscreenshot " + path("growing.png") + "\nquit\n")});
+    std::string text;
+    for (int i = 0; i < 600; ++i)
+        text += "sleep 100\nscreenshot " + path("growing.png") + "\n";
+    Process process({"view", "--size", "300x300", "--bare", "--script", script(text)}, environment());
+    bool seen = false;
+    while (process.running() && !seen) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        if (!std::filesystem::exists(path("growing.png"))) continue;
+        auto const window = testimages::readByVips(path("growing.png"));
+        // The middle of the uppermost row.
+        seen = window.samples[150 * 3] != kBackground;
+    }
+    EXPECT_TRUE(seen);
+    process.signal(SIGTERM);
+    EXPECT_EQ(process.wait().exitCode, 130);
+}
+
+TEST_F(ProgramViewGLTest, AWindowThatIsClosedStopsItsImport) {
+    auto const result = view({"--size", "300x300", "--script", script("sleep 300\nkey q\n")});
     EXPECT_EQ(result.exitCode, 0) << result.err;
-    auto const window = testimages::readByVips(path("growing.png"));
-    EXPECT_NE(window.samples[150 * 3], kBackground) << "the middle of the first row is read";
-    EXPECT_TRUE(cached().empty()) << "a window that is closed stops its import";
+    EXPECT_TRUE(std::filesystem::exists(path("cache/velmora")));
+    EXPECT_TRUE(cached().empty());
 }
 
 TEST_F(ProgramViewGLTest, AnInterruptedImportLeavesNothing) {

@@ -17,7 +17,8 @@
 namespace {
 
 constexpr int kSettlingFrames = 3;
-constexpr std::chrono::milliseconds kImportTurn{30};
+// A picture that grows is drawn so often: the processor has the import to do.
+constexpr std::chrono::milliseconds kImportTurn{100};
 // Signals do not wake SDL: they are looked for so often.
 constexpr std::chrono::milliseconds kIdleTurn{200};
 
@@ -94,6 +95,9 @@ void Viewer::open(std::string const& store) {
 void Viewer::run() {
     while (!quit_)
         turn();
+    // An import stops between two strips of its picture; nobody need look at that.
+    window_.hide();
+    import_.reset();
     if (options_.report) report_.print();
 }
 
@@ -125,11 +129,7 @@ void Viewer::playScript() {
 }
 
 void Viewer::follow(Extent const& size) {
-    if (!showing_) {
-        drawImport(size);
-        window_.swap();
-        return;
-    }
+    if (!showing_) return followImport(size);
     if (size.width != showing_->camera().frame().width || size.height != showing_->camera().frame().height)
         showing_->camera().resize(size);
     bool const changed = showing_->advance();
@@ -150,6 +150,15 @@ void Viewer::follow(Extent const& size) {
     } else {
         settled_ = true;
     }
+}
+
+void Viewer::followImport(Extent const& size) {
+    if (!seen_ && Clock::now() - lastFrame_ < kImportTurn) return;
+    seen_ = false;
+    drawImport(size);
+    window_.swap();
+    report_.frame();
+    if (!growing_.empty()) report_.firstPicture();
 }
 
 void Viewer::note(bool newPicture) {
@@ -182,8 +191,7 @@ void Viewer::drawImport(Extent const& size) {
     panels::drawGrowing(growing_, size);
     if (!options_.bare) panels::drawProgress(nameOf(options_.image), import_->share(), size);
     overlay_.end();
-    report_.frame();
-    if (!growing_.empty()) report_.firstPicture();
+    lastFrame_ = Clock::now();
 }
 
 void Viewer::takeEvents() {

@@ -40,6 +40,7 @@ private:
     std::chrono::milliseconds idleTime() const;
     void playScript();
     void follow(Extent const& size);
+    void followImport(Extent const& size);
     void draw(Extent const& size);
     void note(bool newPicture);
     void drawImport(Extent const& size);

@@ -22,24 +22,24 @@ void wishForGles3() {
     SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
 }
 
-} // namespace
-
-Window::Library::Library() {
+// Started once and never ended: with its end SDL unloads the GL driver, and what the driver keeps until the program's end
+// would be lost.
+void startSdl() {
     // On X11 too the context comes from EGL, as the backend's GL library does.
     SDL_SetHint(SDL_HINT_VIDEO_X11_FORCE_EGL, "1");
     // Signals are the program's own.
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
-    if (SDL_Init(SDL_INIT_VIDEO) == 0) return;
-    throw HostError(HostError::Kind::NoDisplay, std::string("no display to open a window on: ") + SDL_GetError() +
-                                                    "; velmora render needs none and writes a PNG file");
+    if (SDL_Init(SDL_INIT_VIDEO) != 0)
+        throw HostError(HostError::Kind::NoDisplay, std::string("no display to open a window on: ") + SDL_GetError() +
+                                                        "; velmora render needs none and writes a PNG file");
+    wishForGles3();
+    if (SDL_GL_LoadLibrary(nullptr) != 0) throw noContext();
 }
 
-Window::Library::~Library() {
-    SDL_Quit();
-}
+} // namespace
 
 Window::Window(std::string const& title, Extent const& size) {
-    wishForGles3();
+    startSdl();
     window_.reset(SDL_CreateWindow(title.c_str(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
                                    static_cast<int>(size.width), static_cast<int>(size.height),
                                    SDL_WINDOW_OPENGL | SDL_WINDOW_RESIZABLE | SDL_WINDOW_ALLOW_HIGHDPI));
@@ -89,6 +89,10 @@ void Window::note(SDL_Event const& event) {
 
 void Window::resize(Extent const& size) {
     SDL_SetWindowSize(window_.get(), static_cast<int>(size.width), static_cast<int>(size.height));
+}
+
+void Window::hide() {
+    SDL_HideWindow(window_.get());
 }
 
 void Window::swap() {

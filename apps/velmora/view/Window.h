@@ -32,6 +32,7 @@ public:
     /// To be told of every event, to know whether it is minimised.
     void note(SDL_Event const& event);
     void resize(Extent const& size);
+    void hide();
     /// Shows what has been drawn.
     void swap();
     /// What has been drawn since swap(): RGB, rows from the top.
@@ -41,14 +42,6 @@ private:
     struct Closer {
         void operator()(SDL_Window* window) const { SDL_DestroyWindow(window); }
     };
-    struct Library {
-        Library();
-        ~Library();
-        Library(Library const&) = delete;
-        Library& operator=(Library const&) = delete;
-    };
-
-    Library library_;
     std::unique_ptr<SDL_Window, Closer> window_;
     SDL_GLContext context_ = nullptr;
     bool minimised_ = false;
