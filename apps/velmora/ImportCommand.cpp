@@ -1,9 +1,6 @@
 #include "apps/velmora/Commands.h"
-#include "apps/velmora/Interruption.h"
-#include "host/BuiltInPicture.h"
+#include "apps/velmora/PictureFiles.h"
 #include "host/HostError.h"
-#include "host/ImageReader.h"
-#include "host/ProgressBar.h"
 #include "host/store/StoreImporter.h"
 
 #include <charconv>
@@ -59,11 +56,6 @@ void requireOtherFile(Files const& files) {
                         "cannot write '" + files.store + "': it is the image itself; choose another name");
 }
 
-std::unique_ptr<PixelSource> openPicture(std::string const& image) {
-    if (image.empty()) return std::make_unique<BuiltInPicture>();
-    return std::make_unique<ImageReader>(image, ImageReader::Samples::kAsStored);
-}
-
 std::optional<size_t> levelsOf(std::string const& text) {
     size_t levels = 0;
     auto const end = std::from_chars(text.data(), text.data() + text.size(), levels);
@@ -80,30 +72,15 @@ std::string checkEven(std::string const& text) {
     return (text.back() - '0') % 2 == 0 ? "" : "a tile has an even number of samples a side";
 }
 
-StoreInfo importWithProgress(Files const& files, ImportOptions const& options) {
-    // Rows are counted, pixels are shown: the bar knows the width once the picture is open.
-    std::unique_ptr<ProgressBar> bar;
-    auto const open = [&] {
-        auto picture = openPicture(files.image);
-        bar = std::make_unique<ProgressBar>(files.store, stderr, picture->width());
-        return picture;
-    };
-    return importStore(open, files.store, options, [&](size_t done, size_t total) {
-        interruption::throwIfNoted();
-        bar->update(done, total);
-    });
-}
-
 void import(Options const& options) {
     Files const files = filesOf(options);
     requireOtherFile(files);
     ImportOptions importOptions = options.import;
-    importOptions.sourceName =
-        options.builtIn ? "the built-in picture" : std::filesystem::path(files.image).filename().string();
+    importOptions.sourceName = picturefiles::nameOf(files.image);
     importOptions.levels = levelsOf(options.levels);
 
     auto const start = std::chrono::steady_clock::now();
-    StoreInfo const info = importWithProgress(files, importOptions);
+    StoreInfo const info = picturefiles::importWithProgress(files.image, files.store, importOptions);
     std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;
     double const megapixels = static_cast<double>(info.width) * static_cast<double>(info.height) / 1e6;
     std::printf("%s: %zu x %zu pixels of %s in %zu levels, %ju bytes in %.2f s, %.1f Mpixel/s\n", files.store.c_str(),

@@ -1,6 +1,7 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/FilterOptions.h"
 #include "apps/velmora/Interruption.h"
+#include "apps/velmora/PictureFiles.h"
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/BuiltInPicture.h"
 #include "host/EnhancedRenderer.h"
@@ -27,12 +28,15 @@
 namespace {
 
 constexpr size_t kTileBudgetBytes = 256 * 1000 * 1000;
+constexpr size_t kBandBudgetBytes = 32 * 1000 * 1000; // of the bands that rebuilt tiles are made of
 
 constexpr auto kExamples = R"(Examples:
   velmora render -o map.png -r 9900,4300,1024,768   a part of the built-in picture
   velmora render slide.tif -o view.png              the whole image
   velmora render slide.tif -o view.png -r 8000,6000,1920,1080 --tile 512
   velmora render scan16.tif -o view.png --gamma 2.2,300,9000 --sharpen 1
+  velmora render slide.tif -o small.tif --zoom 0.1 --smooth
+  velmora render slide.store -o part.png -r 8000,6000,1920,1080 --zoom 0.5
 
 Filters run one after the other in the order given, each as often as it is given. A picture of
 16 bits ends in 8. A region is that part of the whole picture enhanced. Alpha stays as it is.)";
@@ -75,11 +79,12 @@ std::string toText(double number) {
 using Draw = std::function<void(std::shared_ptr<RenderBackendInstance> const& instance,
                                 RegionRenderer::RowSink const& write, RegionRenderer::Progress const& progress)>;
 
-double drawInto(std::string const& output, size_t width, size_t height, size_t bands, Draw const& draw) {
+double drawInto(std::string const& output, size_t width, size_t height, size_t bands, size_t tileBytes,
+                Draw const& draw) {
     // Before the context: an output that cannot be written is known at once.
     auto const file = makePictureWriter(output, width, height, bands);
     SurfacelessContext context;
-    Gles3RenderBackend backend(RenderBackend::RGBA32, kTileBudgetBytes);
+    Gles3RenderBackend backend(RenderBackend::RGBA32, tileBytes);
     auto const instance = backend.createInstance(context);
 
     auto const start = std::chrono::steady_clock::now();
@@ -105,15 +110,11 @@ void report(Options const& options, Region const& drawn, size_t width, size_t he
 }
 
 void renderImage(Options const& options) {
-    if (options.zoom != 1.0)
-        throw HostError(HostError::Kind::Usage, "--zoom needs the levels of a store; make one: velmora import " +
-                                                    (options.image.empty() ? "--built-in" : "'" + options.image + "'") +
-                                                    " picture.vlm");
     auto const source = openSource(options);
     Region const region = chosenRegion(options, source->width(), source->height());
     double const seconds =
         drawInto(options.output, region.width, region.height, EnhancedRenderer::bandsOf(source->bands(), options.steps),
-                 [&](auto const& instance, auto const& write, auto const& progress) {
+                 kTileBudgetBytes, [&](auto const& instance, auto const& write, auto const& progress) {
                      if (options.steps.empty())
                          RegionRenderer(instance, options.tileSize).render(*source, region, write, progress);
                      else
@@ -125,19 +126,20 @@ void renderImage(Options const& options) {
 Zoom zoomOf(Options const& options, StoreInfo const& info) {
     Zoom const smallest = Zoom::nearest(0.0, info.levels);
     if (options.zoom >= smallest.value()) return Zoom::nearest(options.zoom, info.levels);
-    throw HostError(HostError::Kind::Usage, "'" + options.image + "' has " + std::to_string(info.levels) +
-                                                " levels; --zoom is at least " + toText(smallest.value()));
+    throw HostError(HostError::Kind::Usage, picturefiles::nameOf(options.image) + " has " +
+                                                std::to_string(info.levels) + " levels; --zoom is at least " +
+                                                toText(smallest.value()));
 }
 
-void renderStore(Options const& options) {
-    StoreInfo const info = TileStore(options.image).info();
+void renderStore(Options const& options, std::string const& store) {
+    StoreInfo const info = TileStore(store).info();
     Zoom const zoom = zoomOf(options, info);
     Region const wanted = chosenRegion(options, info.width, info.height);
     Region const region = StoreRenderer::regionAt(info, zoom, wanted);
     double const seconds = drawInto(
         options.output, region.width, region.height, EnhancedRenderer::bandsOf(info.bands, options.steps),
-        [&](auto const& instance, auto const& write, auto const& progress) {
-            StoreRenderer(instance, options.image, options.steps).render(zoom, options.smooth, region, write, progress);
+        kBandBudgetBytes, [&](auto const& instance, auto const& write, auto const& progress) {
+            StoreRenderer(instance, store, options.steps).render(zoom, options.smooth, region, write, progress);
         });
     report(options, region, info.width, info.height,
            info.interpretation + ", " + std::to_string(info.bits) + " bits, store of " + std::to_string(info.levels) +
@@ -146,8 +148,11 @@ void renderStore(Options const& options) {
 }
 
 void render(Options const& options) {
+    // An image has no levels: a store of it does. At its own size reading the region is all that it takes.
     if (TileStore::isStore(options.image))
-        renderStore(options);
+        renderStore(options, options.image);
+    else if (options.zoom != 1.0)
+        renderStore(options, picturefiles::storeOf(options.image));
     else
         renderImage(options);
 }
@@ -193,7 +198,7 @@ void addRenderCommand(CLI::App& program) {
         ->check(checkRegion);
     command
         ->add_option("--zoom", options->zoom,
-                     "Of a store: pixels drawn a pixel of the picture; whole from 1 on, below in steps of about 1 %")
+                     "Pixels drawn a pixel of the picture; whole numbers from 1 on. Of an image a store is made first")
         ->capture_default_str()
         ->type_name("Z")
         ->check(checkZoom);
@@ -202,8 +207,7 @@ void addRenderCommand(CLI::App& program) {
         ->capture_default_str()
         ->type_name("PIXELS")
         ->check(CLI::Range(RegionRenderer::kMinTileSize, RegionRenderer::kMaxTileSize));
-    command->add_flag("--smooth", options->smooth,
-                      "Of a store, zoom below 1: weigh samples instead of the nearest one");
+    command->add_flag("--smooth", options->smooth, "Zoom below 1: weigh samples instead of taking the nearest one");
     addFilterOptions(*command);
     command->callback([options, command] {
         options->steps = filterStepsOf(*command);

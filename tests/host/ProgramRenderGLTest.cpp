@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <thread>
 
 using testimages::Pixels;
@@ -179,6 +180,42 @@ TEST_F(ProgramRenderGLTest, TiffHoldsThePixelsOfThePng) {
                                                         {store, "--zoom", "0.5"}})
             expectSameInTiffAndPng(options, bands);
     }
+}
+
+// 32 pixels show 45 samples: the nearest zoom to 0.71.
+TEST_F(ProgramRenderGLTest, AnImageAtAnyZoomShowsItsNearestPixels) {
+    std::string const file = folder_.path("a.png");
+    std::string const view = folder_.path("view.png");
+    Process::Environment const cache = {{"XDG_CACHE_HOME", folder_.path("cache")}};
+    testimages::writePattern8(file, "", kWidth, kHeight, 3);
+    auto const result = runVelmora({"render", file, "-o", view, "--zoom", "0.71"}, cache);
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    Pixels const whole = testimages::readByVips(file);
+    Pixels const got = testimages::readByVips(view);
+    Pixels expected{0, 0, whole.bands, {}};
+    auto const sample = [](size_t pixel) { return (2 * pixel + 1) * 45 / 64; };
+    for (; sample(expected.height) < kHeight; ++expected.height) {
+        expected.width = 0;
+        for (; sample(expected.width) < kWidth; ++expected.width) {
+            for (size_t band = 0; band < whole.bands; ++band)
+                expected.samples.push_back(
+                    whole.samples[(sample(expected.height) * kWidth + sample(expected.width)) * whole.bands + band]);
+        }
+    }
+    EXPECT_EQ(testimages::difference(got, expected), "");
+
+    // The store that was made is used again: the same is drawn where it is asked for by its name.
+    auto const stores = std::filesystem::directory_iterator(folder_.path("cache/velmora"));
+    std::string const store = begin(stores)->path().string();
+    ASSERT_EQ(runVelmora({"render", store, "-o", folder_.path("again.png"), "--zoom", "0.71"}).exitCode, 0);
+    EXPECT_EQ(readFile(folder_.path("again.png")), readFile(view));
+    auto const made = std::filesystem::last_write_time(store);
+    ASSERT_EQ(runVelmora({"render", file, "-o", view, "--zoom", "3", "-r", "100,50,40,30"}, cache).exitCode, 0);
+    EXPECT_EQ(std::filesystem::last_write_time(store), made);
+    Pixels const large = testimages::readByVips(view);
+    EXPECT_EQ(large.width, 120u);
+    EXPECT_EQ(large.height, 90u);
+    EXPECT_EQ(large.samples[(89 * 120 + 119) * 3], whole.samples[(79 * kWidth + 139) * whole.bands]);
 }
 
 TEST_F(ProgramRenderGLTest, RegionOfAStoreIsTheFilesAtZoomOneAndALevelBelow) {

@@ -1,14 +1,12 @@
 #include "apps/velmora/view/Viewer.h"
 
 #include "apps/velmora/Interruption.h"
+#include "apps/velmora/PictureFiles.h"
 #include "apps/velmora/view/Panels.h"
 #include "gles3renderbackend/Gl.h"
-#include "host/BuiltInPicture.h"
 #include "host/HostError.h"
-#include "host/ImageReader.h"
 #include "host/PngWriter.h"
 #include "host/store/TileStore.h"
-#include "host/view/ImportCache.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -22,69 +20,29 @@ constexpr std::chrono::milliseconds kImportTurn{100};
 // Signals do not wake SDL: they are looked for so often.
 constexpr std::chrono::milliseconds kIdleTurn{200};
 
-std::string environment(char const* name) {
-    char const* const value = std::getenv(name);
-    return value == nullptr ? "" : value;
-}
-
-std::string nameOf(std::string const& image) {
-    return image.empty() ? "the built-in picture" : std::filesystem::path(image).filename().string();
-}
-
-// Whether the file under the name is a store that can be read: another version of the program may have made it.
-bool isUsable(std::string const& store) {
-    if (!std::filesystem::exists(store)) return false;
-    try {
-        TileStore const opened(store);
-        return true;
-    } catch (HostError const&) {
-        return false;
-    }
-}
-
-PictureOpener openerOf(std::string const& image) {
-    return [image]() -> std::unique_ptr<PixelSource> {
-        if (image.empty()) return std::make_unique<BuiltInPicture>();
-        return std::make_unique<ImageReader>(image, ImageReader::Samples::kAsStored);
-    };
-}
-
 } // namespace
 
 Viewer::Viewer(ViewerOptions const& options)
     : options_(options),
-      window_("velmora - " + nameOf(options.image), options.window),
+      window_("velmora - " + picturefiles::nameOf(options.image), options.window),
       backend_(RenderBackend::RGBA32, options.picture.gpuBytes),
       instance_(backend_.createInstance(window_)),
       script_(options.script) {
     bool const isStore = !options_.image.empty() && TileStore::isStore(options_.image);
-    std::string const store = isStore ? options_.image : storeInCache();
-    if (isStore || isUsable(store))
+    std::string const store = isStore ? options_.image : picturefiles::cachedStore(options_.image);
+    if (isStore || picturefiles::isUsableStore(store))
         open(store);
     else
         startImport(store);
-}
-
-std::string Viewer::storeInCache() const {
-    auto const folder = importcache::folder(environment("XDG_CACHE_HOME"), environment("HOME"));
-    std::error_code failed;
-    std::filesystem::create_directories(folder, failed);
-    if (failed)
-        throw HostError(HostError::Kind::UnwritableOutput,
-                        "cannot make the folder '" + folder.string() + "': " + failed.message() +
-                            "; name another in XDG_CACHE_HOME, or import the picture with velmora import");
-    std::string const name = options_.image.empty() ? importcache::storeName("built-in", BuiltInPicture().description())
-                                                    : importcache::storeName(std::filesystem::path(options_.image));
-    return (folder / name).string();
 }
 
 void Viewer::startImport(std::string const& store) {
     ImportOptions options;
     options.replace = true;
     options.jobs = options_.importJobs;
-    options.sourceName = nameOf(options_.image);
+    options.sourceName = picturefiles::nameOf(options_.image);
     importedStore_ = store;
-    import_ = std::make_unique<ImportJob>(openerOf(options_.image), store, options);
+    import_ = std::make_unique<ImportJob>(picturefiles::openerOf(options_.image), store, options);
 }
 
 void Viewer::open(std::string const& store) {
@@ -189,7 +147,7 @@ void Viewer::drawImport(Extent const& size) {
     glClear(GL_COLOR_BUFFER_BIT);
     overlay_.begin(size, window_.pixelsPerUnit(), std::chrono::duration<double>(kImportTurn).count());
     panels::drawGrowing(growing_, size);
-    if (!options_.bare) panels::drawProgress(nameOf(options_.image), import_->share(), size);
+    if (!options_.bare) panels::drawProgress(picturefiles::nameOf(options_.image), import_->share(), size);
     overlay_.end();
     lastFrame_ = Clock::now();
 }

@@ -31,7 +31,6 @@ private:
 
     void startImport(std::string const& store);
     void open(std::string const& store);
-    std::string storeInCache() const;
 
     void turn();
     void takeEvents();

@@ -1,0 +1,83 @@
+#include "apps/velmora/PictureFiles.h"
+
+#include "apps/velmora/Interruption.h"
+#include "host/BuiltInPicture.h"
+#include "host/HostError.h"
+#include "host/ImageReader.h"
+#include "host/ProgressBar.h"
+#include "host/store/TileStore.h"
+#include "host/view/ImportCache.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+std::string environment(char const* name) {
+    char const* const value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+} // namespace
+
+std::string picturefiles::nameOf(std::string const& image) {
+    return image.empty() ? "the built-in picture" : std::filesystem::path(image).filename().string();
+}
+
+PictureOpener picturefiles::openerOf(std::string const& image) {
+    return [image]() -> std::unique_ptr<PixelSource> {
+        if (image.empty()) return std::make_unique<BuiltInPicture>();
+        return std::make_unique<ImageReader>(image, ImageReader::Samples::kAsStored);
+    };
+}
+
+std::string picturefiles::cachedStore(std::string const& image) {
+    std::string const name = image.empty() ? importcache::storeName("built-in", BuiltInPicture().description())
+                                           : importcache::storeName(std::filesystem::path(image));
+    auto const folder = importcache::folder(environment("XDG_CACHE_HOME"), environment("HOME"));
+    std::error_code failed;
+    std::filesystem::create_directories(folder, failed);
+    if (failed)
+        throw HostError(HostError::Kind::UnwritableOutput,
+                        "cannot make the folder '" + folder.string() + "': " + failed.message() +
+                            "; name another in XDG_CACHE_HOME, or import the picture with velmora import");
+    return (folder / name).string();
+}
+
+bool picturefiles::isUsableStore(std::string const& path) {
+    if (!std::filesystem::exists(path)) return false;
+    try {
+        TileStore const opened(path);
+        return true;
+    } catch (HostError const&) {
+        return false;
+    }
+}
+
+StoreInfo picturefiles::importWithProgress(std::string const& image, std::string const& store,
+                                           ImportOptions const& options) {
+    // Rows are counted, pixels are shown: the bar knows the width once the picture is open.
+    std::unique_ptr<ProgressBar> bar;
+    auto const open = [&] {
+        auto picture = openerOf(image)();
+        bar = std::make_unique<ProgressBar>(store, stderr, picture->width());
+        return picture;
+    };
+    return importStore(open, store, options, [&](size_t done, size_t total) {
+        interruption::throwIfNoted();
+        bar->update(done, total);
+    });
+}
+
+std::string picturefiles::storeOf(std::string const& image) {
+    if (!image.empty() && TileStore::isStore(image)) return image;
+    std::string const store = cachedStore(image);
+    if (isUsableStore(store)) return store;
+    ImportOptions options;
+    options.replace = true;
+    options.sourceName = nameOf(image);
+    importWithProgress(image, store, options);
+    return store;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "host/store/StoreImporter.h"
+
+#include <string>
+
+/// What the commands are given as IMAGE: a file, or nothing for the built-in picture; and the store of it that is kept
+/// in the user's cache.
+namespace picturefiles {
+
+/// For a person, without folders.
+std::string nameOf(std::string const& image);
+
+/// Opens it with the samples that the file has.
+PictureOpener openerOf(std::string const& image);
+
+/// The name that the store of an image has in the cache; makes the folder. Throws HostError (missing file, unwritable
+/// output).
+std::string cachedStore(std::string const& image);
+
+/// Whether the file is a store that can be read: another version of the program may have made it.
+bool isUsableStore(std::string const& path);
+
+/// Makes a store, with a bar that shows how far it is. Throws what importStore throws, and where the user interrupts.
+StoreInfo importWithProgress(std::string const& image, std::string const& store, ImportOptions const& options);
+
+/// The image itself where it is a store, else its store in the cache, made where there is none yet.
+std::string storeOf(std::string const& image);
+
+} // namespace picturefiles
