@@ -18,6 +18,7 @@ constexpr ImGuiWindowFlags kWordFlags = kPanelFlags | ImGuiWindowFlags_NoInputs;
 constexpr float kMargin = 8;
 constexpr ImU32 kLine = IM_COL32(255, 255, 255, 230);
 constexpr ImU32 kShadow = IM_COL32(0, 0, 0, 160);
+constexpr ImU32 kTileColour = IM_COL32(255, 210, 0, 255);
 
 constexpr auto kHelp = "drag, arrows     move\n"
                        "wheel            zoom about the cursor\n"
@@ -160,8 +161,9 @@ void drawHelp() {
 
 // A label that is legible on any picture.
 void drawLabel(ImDrawList& list, ImVec2 const& at, char const* text) {
-    list.AddText({at.x + 1, at.y + 1}, kShadow, text);
-    list.AddText(at, kLine, text);
+    ImVec2 const size = ImGui::CalcTextSize(text);
+    list.AddRectFilled({at.x - 3, at.y - 1}, {at.x + size.x + 3, at.y + size.y + 1}, kShadow);
+    list.AddText(at, kTileColour, text);
 }
 
 } // namespace
@@ -198,10 +200,10 @@ void panels::drawTiles(Camera const& camera) {
             };
             ImVec2 const from = toImGui(inFrameX(edge(column, whole.width)), inFrameY(edge(row, whole.height)));
             ImVec2 const to = toImGui(inFrameX(edge(column + 1, whole.width)), inFrameY(edge(row + 1, whole.height)));
-            list.AddRect(from, to, IM_COL32(255, 210, 0, 255));
+            list.AddRect(from, to, kTileColour);
             std::array<char, 64> text{};
             std::snprintf(text.data(), text.size(), "%zu: %zu,%zu", view.zoom.level(), column, row);
-            drawLabel(list, {from.x + 4, from.y + 3}, text.data());
+            drawLabel(list, {from.x + 6, from.y + 5}, text.data());
         }
 }
 

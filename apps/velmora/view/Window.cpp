@@ -5,6 +5,11 @@
 
 namespace {
 
+HostError noDisplay(std::string const& reason) {
+    return {HostError::Kind::NoDisplay,
+            "no display to open a window on: " + reason + "; velmora render needs none and writes a PNG file"};
+}
+
 HostError noContext() {
     return {HostError::Kind::NoGlContext,
             std::string("no OpenGL ES 3 context for a window: ") + SDL_GetError() +
@@ -29,9 +34,11 @@ void startSdl() {
     SDL_SetHint(SDL_HINT_VIDEO_X11_FORCE_EGL, "1");
     // Signals are the program's own.
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
-    if (SDL_Init(SDL_INIT_VIDEO) != 0)
-        throw HostError(HostError::Kind::NoDisplay, std::string("no display to open a window on: ") + SDL_GetError() +
-                                                        "; velmora render needs none and writes a PNG file");
+    if (SDL_Init(SDL_INIT_VIDEO) != 0) throw noDisplay(SDL_GetError());
+    // Where there is none SDL makes do with windows that nobody sees; only who asks for that is to have it.
+    std::string const driver = SDL_GetCurrentVideoDriver();
+    bool const unseen = driver == "offscreen" || driver == "dummy";
+    if (unseen && SDL_GetHint(SDL_HINT_VIDEODRIVER) == nullptr) throw noDisplay("neither X11 nor Wayland answers");
     wishForGles3();
     if (SDL_GL_LoadLibrary(nullptr) != 0) throw noContext();
 }
