@@ -164,7 +164,7 @@ TEST_F(ProgramViewGLTest, EnhancementsAreThoseOfRender) {
 }
 
 TEST_F(ProgramViewGLTest, ZoomsAreThoseOfRender) {
-    // Two fifths are 350 x 250 samples of level 1, of which 80 show in 64 pixels: what fits the window.
+    // Two fifths are 350 x 250 samples of level 1, of which 40 show in 32 pixels: what fits the window.
     std::string const store = makeStore("a.vlm", 700, 500);
     ASSERT_EQ(runVelmora({"render", store, "-o", path("render.png"), "--zoom", "0.4"}).exitCode, 0);
     auto const rendered = testimages::readByVips(path("render.png"));
