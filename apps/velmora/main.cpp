@@ -3,7 +3,9 @@
 #include "apps/velmora/Interruption.h"
 #include "renderbackend/VelmoraException.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <new>
 #include <string>
@@ -32,6 +34,15 @@ ExitCode fail(ExitCode code, std::string const& message) {
     return code;
 }
 
+// What a command prints may be all that it is for: a full disk behind a redirection is a failure.
+void requireWritten() {
+    errno = 0;
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return;
+    throw HostError(HostError::Kind::UnwritableOutput,
+                    std::string("cannot write to the standard output: ") +
+                        (errno != 0 ? std::strerror(errno) : "an earlier write failed") + "; free some space");
+}
+
 int run(int argc, char** argv) {
     CLI::App program(kDescription, "velmora");
     program.set_version_flag("--version", "velmora " VELMORA_VERSION, "Print the version and exit");
@@ -50,6 +61,7 @@ int run(int argc, char** argv) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return program.exit(error);
         return fail(kExitUsage, std::string(error.what()) + "; see velmora --help");
     }
+    requireWritten();
     // Checked here: the parser's own test would hide that a command is misspelt.
     if (program.get_subcommands().empty()) return fail(kExitUsage, "no command given; see velmora --help");
     return kExitSuccess;

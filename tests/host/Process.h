@@ -33,6 +33,10 @@ private:
     int err_;
 };
 
+/// Takes from processes that are started from now on what lets root write to files against their permissions. False where
+/// that cannot be done.
+bool makePermissionsCount();
+
 /// Runs velmora to its end.
 Process::Result runVelmora(std::vector<std::string> const& arguments, Process::Environment const& changes = {},
                            size_t maxFileBytes = 0);

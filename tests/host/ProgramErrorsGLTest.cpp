@@ -1,3 +1,4 @@
+#include "host/store/Sqlite.h"
 #include "tests/host/Process.h"
 #include "tests/host/TemporaryFolder.h"
 #include "tests/host/TestImages.h"
@@ -7,6 +8,10 @@
 #include <algorithm>
 
 namespace {
+
+void change(std::string const& store, std::string const& statement) {
+    sqlite::Database(store, sqlite::Database::Mode::ReadWrite).execute(statement);
+}
 
 // Every failure: the exit code, one line on stderr that holds the given words, nothing on stdout, no file made.
 class ProgramErrorsGLTest : public testing::Test {
@@ -108,6 +113,35 @@ TEST_F(ProgramErrorsGLTest, AFullDiskIsExitCode6AndLeavesNoPicture) {
     for (std::string const name : {"view.png", "view.tif"})
         expectFailure(runVelmora({"render", "-o", folder_.path(name), "-r", "3000,6000,400,400"}, {}, maxFileBytes), 6,
                       {name, "File too large"});
+}
+
+TEST_F(ProgramErrorsGLTest, AStoreThatCannotBeReadIsExitCode10To12) {
+    std::string const store = folder_.path("a.store");
+    testimages::writePattern8(image_, "", 300, 200, 3);
+    ASSERT_EQ(runVelmora({"import", image_, store, "--tile", "32"}).exitCode, 0);
+    before_ = folder_.names();
+    std::string const whole = readFile(store);
+    std::vector<std::string> const render = {"render", store, "-o", view()};
+
+    change(store, "UPDATE tiles SET crc = crc + 1 WHERE id = (SELECT max(id) FROM tiles WHERE data IS NOT NULL)");
+    expectFailure(runVelmora(render), 10, {"tile 0,0 of HH, plane 2", "does not match its checksum"});
+    change(store, "DELETE FROM tiles WHERE id = (SELECT max(id) FROM tiles)");
+    expectFailure(runVelmora(render), 10, {"tile 0,0 of HH, plane 2", "is missing"});
+    change(store, "PRAGMA user_version = 9");
+    expectFailure(runVelmora(render), 11, {"version 9"});
+    writeFile(store, whole);
+    sqlite::Database writer(store, sqlite::Database::Mode::ReadWrite);
+    writer.execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE");
+    expectFailure(runVelmora(render), 12, {"locked"});
+    writer.execute("ROLLBACK");
+}
+
+TEST_F(ProgramErrorsGLTest, AStoreCutOffIsExitCode10) {
+    std::string const store = folder_.path("a.store");
+    ASSERT_EQ(runVelmora({"import", image_, store}).exitCode, 0);
+    before_ = folder_.names();
+    truncateFile(store, 70);
+    expectFailure(runVelmora({"render", store, "-o", view()}), 10, {"a.store", "damaged"});
 }
 
 // The child loses the GL implementation that it was to run on, and finds no other.

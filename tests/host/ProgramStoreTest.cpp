@@ -47,6 +47,13 @@ protected:
         sqlite::Database(store_, sqlite::Database::Mode::ReadWrite).execute(statement);
     }
 
+    // Every command that reads a store fails alike.
+    void expectReadersFail(int exitCode, std::vector<std::string> const& words) const {
+        expectFailure(runVelmora({"info", store_}), exitCode, words);
+        expectFailure(runVelmora({"check", store_}), exitCode, words);
+        expectFailure(runVelmora({"export", store_, path("out.tif")}), exitCode, words);
+    }
+
     TemporaryFolder folder_;
     std::string image_ = path("a.png");
     std::string store_ = path("a.store");
@@ -148,12 +155,77 @@ TEST_F(ProgramStoreTest, EveryFailureHasItsExitCode) {
     expectFailure(runVelmora({"export", image_, path("out.tif")}), 9, {"no tile store"});
     import();
     expectFailure(runVelmora({"export", store_, path("none/out.tif")}), 6, {"none/out.tif"});
+}
+
+TEST_F(ProgramStoreTest, ANewerStoreIsExitCode11) {
+    import();
     change("PRAGMA user_version = 7");
-    expectFailure(runVelmora({"info", store_}), 11, {"version 7"});
-    change("PRAGMA user_version = 1");
+    expectReadersFail(11, {"a.store", "version 7", "newer velmora"});
+}
+
+TEST_F(ProgramStoreTest, ALockedStoreIsExitCode12) {
+    import();
     sqlite::Database writer(store_, sqlite::Database::Mode::ReadWrite);
     writer.execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE");
-    expectFailure(runVelmora({"info", store_}), 12, {"locked"});
+    expectReadersFail(12, {"a.store", "locked", "try again"});
+    writer.execute("ROLLBACK; PRAGMA locking_mode = NORMAL; PRAGMA user_version");
+    EXPECT_EQ(runVelmora({"check", store_}).exitCode, 0);
+}
+
+TEST_F(ProgramStoreTest, AStoreCutOffIsExitCode10) {
+    import();
+    for (unsigned const share : {99u, 60u, 20u}) {
+        truncateFile(store_, share);
+        expectReadersFail(10, {"a.store", "damaged", "import the picture again"});
+    }
+}
+
+TEST_F(ProgramStoreTest, AStoreThatIsOverwrittenIsExitCode9Or10) {
+    import();
+    std::string const whole = readFile(store_);
+    // Behind the header: the pages of the description and of the tiles.
+    writeFile(store_, whole.substr(0, 100) + std::string(whole.size() - 100, '\x55'));
+    expectReadersFail(10, {"a.store", "damaged"});
+    writeFile(store_, std::string(whole.size(), '\x55'));
+    expectReadersFail(9, {"a.store", "no tile store"});
+    writeFile(store_, "");
+    expectReadersFail(9, {"a.store", "no tile store"});
+}
+
+TEST_F(ProgramStoreTest, AFolderOrFileThatMustNotBeWrittenToIsRead) {
+    if (!makePermissionsCount()) GTEST_SKIP() << "root, and its right to write everywhere stays with its children";
+    import();
+    TemporaryFolder const elsewhere;
+    std::filesystem::permissions(store_, std::filesystem::perms::owner_read);
+    std::filesystem::permissions(folder_.path(),
+                                 std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+    EXPECT_EQ(runVelmora({"info", store_}).exitCode, 0);
+    EXPECT_EQ(runVelmora({"check", store_}).exitCode, 0);
+    EXPECT_EQ(runVelmora({"export", store_, elsewhere.path("out.tif")}).exitCode, 0);
+    EXPECT_EQ(pixelsOf(elsewhere.path("out.tif")), pixelsOf(image_));
+    expectFailure(runVelmora({"import", image_, store_, "--force"}), 6, {"a.store", "Permission denied"});
+    expectFailure(runVelmora({"import", image_, path("b.store")}), 6, {"b.store", "Permission denied"});
+    expectFailure(runVelmora({"export", store_, path("out.tif")}), 6, {"out.tif", "Permission denied"});
+    std::filesystem::permissions(folder_.path(), std::filesystem::perms::owner_all);
+    EXPECT_EQ(runVelmora({"check", store_}).exitCode, 0);
+}
+
+TEST_F(ProgramStoreTest, FilesThatMustNotBeReadAreExitCode3Or4) {
+    if (!makePermissionsCount()) GTEST_SKIP() << "root, and its right to read everything stays with its children";
+    import();
+    std::filesystem::permissions(store_, std::filesystem::perms::none);
+    for (std::string const command : {"info", "check"})
+        expectFailure(runVelmora({command, store_}), 3, {"a.store", "Permission denied"});
+    expectFailure(runVelmora({"export", store_, path("out.tif")}), 3, {"a.store", "Permission denied"});
+    std::filesystem::permissions(image_, std::filesystem::perms::none);
+    expectFailure(runVelmora({"import", image_, path("b.store")}), 4, {"a.png", "Permission denied"});
+}
+
+// Its own output is a file here.
+TEST_F(ProgramStoreTest, AFullDiskBehindTheStandardOutputIsExitCode6) {
+    import();
+    size_t const maxFileBytes = 200;
+    expectFailure(runVelmora({"info", store_}, {}, maxFileBytes), 6, {"standard output", "File too large"});
 }
 
 TEST_F(ProgramStoreTest, AnExistingFileIsReplacedOnlyByForce) {
@@ -190,7 +262,10 @@ TEST_F(ProgramStoreTest, AFullDiskIsExitCode6AndLeavesNothing) {
     expectFailure(runVelmora({"import", path("noise.ppm"), store_}, {}, 4'000'000), 6, {"a.store", "File too large"});
     std::filesystem::remove(path("noise.ppm"));
     import();
+    std::string const before = readFile(store_);
     expectFailure(runVelmora({"export", store_, path("out.tif")}, {}, 2000), 6, {"out.tif", "File too large"});
+    expectFailure(runVelmora({"import", image_, store_, "--force"}, {}, 2000), 6, {"a.store", "File too large"});
+    EXPECT_EQ(readFile(store_), before);
 }
 
 TEST_F(ProgramStoreTest, ADamagedImageLeavesNothing) {
