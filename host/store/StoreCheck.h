@@ -9,8 +9,8 @@
 struct StoreCheckResult {
     static constexpr size_t kMaxDescribed = 20;
 
-    size_t tiles = 0;                      ///< that were read
-    size_t damages = 0;                    ///< tiles that are missing or do not match their checksum, surplus ones, a wrong index
+    size_t tiles = 0;   ///< that were read
+    size_t damages = 0; ///< tiles that are missing or do not match their checksum, surplus ones, a wrong index
     std::vector<std::string> descriptions; ///< of the first kMaxDescribed, one line each
 };
 

@@ -10,27 +10,39 @@
 
 namespace {
 
-// Higher levels take several times as long for a few per cent.
-constexpr int kCompressionLevel = 3;
+// Higher levels take several times as long for a few per cent. Coefficients of a photograph look like noise: shorter
+// matches are chance and cost more than the bytes alone.
+constexpr int kCompressionLevel = 1;
+constexpr int kShortestMatch = 7;
 
 using Bytes = std::vector<std::uint8_t>;
 using Samples = std::vector<std::int16_t>;
 
-void toBytes(Samples const& samples, Bytes& bytes) {
+std::uint16_t folded(std::int16_t sample) {
+    return static_cast<std::uint16_t>(sample < 0 ? -2 * sample - 1 : 2 * sample);
+}
+
+std::int16_t unfolded(std::uint16_t code) {
+    return static_cast<std::int16_t>(code % 2 == 0 ? code / 2 : -code / 2 - 1);
+}
+
+void toBytes(Samples const& samples, bool fold, Bytes& bytes) {
     size_t const count = samples.size();
     bytes.resize(2 * count);
     for (size_t i = 0; i < count; ++i) {
-        auto const sample = static_cast<std::uint16_t>(samples[i]);
-        bytes[i] = static_cast<std::uint8_t>(sample);
-        bytes[count + i] = static_cast<std::uint8_t>(sample >> 8);
+        std::uint16_t const code = fold ? folded(samples[i]) : static_cast<std::uint16_t>(samples[i]);
+        bytes[i] = static_cast<std::uint8_t>(code);
+        bytes[count + i] = static_cast<std::uint8_t>(code >> 8);
     }
 }
 
-Samples toSamples(Bytes const& bytes) {
+Samples toSamples(Bytes const& bytes, bool fold) {
     size_t const count = bytes.size() / 2;
     Samples samples(count);
-    for (size_t i = 0; i < count; ++i)
-        samples[i] = static_cast<std::int16_t>(bytes[i] | bytes[count + i] << 8);
+    for (size_t i = 0; i < count; ++i) {
+        auto const code = static_cast<std::uint16_t>(bytes[i] | bytes[count + i] << 8);
+        samples[i] = fold ? unfolded(code) : static_cast<std::int16_t>(code);
+    }
     return samples;
 }
 
@@ -59,12 +71,17 @@ Samples uniformSamples(std::int16_t value, Extent const& filled, size_t side) {
 } // namespace
 
 struct TileCodec::State {
-    explicit State(StoreInfo const& storeInfo)
-        : info(storeInfo), compressor(ZSTD_createCCtx()), decompressor(ZSTD_createDCtx()) {
+    State(StoreInfo const& storeInfo, std::int64_t version)
+        : info(storeInfo),
+          fold(version >= storeformat::kFoldedSignsVersion),
+          compressor(ZSTD_createCCtx()),
+          decompressor(ZSTD_createDCtx()) {
         if (compressor == nullptr || decompressor == nullptr) {
             release();
             throw std::bad_alloc();
         }
+        ZSTD_CCtx_setParameter(compressor, ZSTD_c_compressionLevel, kCompressionLevel);
+        ZSTD_CCtx_setParameter(compressor, ZSTD_c_minMatch, kShortestMatch);
     }
     State(State const&) = delete;
     State& operator=(State const&) = delete;
@@ -76,23 +93,24 @@ struct TileCodec::State {
     }
 
     StoreInfo info;
+    bool fold;
     ZSTD_CCtx* compressor;
     ZSTD_DCtx* decompressor;
     Bytes bytes;
 };
 
-TileCodec::TileCodec(StoreInfo const& info) : state_(std::make_unique<State>(info)) {}
+TileCodec::TileCodec(StoreInfo const& info, std::int64_t version) : state_(std::make_unique<State>(info, version)) {}
 
 TileCodec::~TileCodec() = default;
 
 StoredTile TileCodec::encode(RawTile const& tile) {
     Bytes& bytes = state_->bytes;
-    toBytes(tile.samples, bytes);
+    toBytes(tile.samples, state_->fold, bytes);
     StoredTile stored{tile.address, uniformValue(tile, state_->info.tileSize), checksum(bytes), {}};
     if (stored.value) return stored;
     stored.data.resize(ZSTD_compressBound(bytes.size()));
-    size_t const size = ZSTD_compressCCtx(state_->compressor, stored.data.data(), stored.data.size(), bytes.data(),
-                                          bytes.size(), kCompressionLevel);
+    size_t const size =
+        ZSTD_compress2(state_->compressor, stored.data.data(), stored.data.size(), bytes.data(), bytes.size());
     if (ZSTD_isError(size) != 0) throw std::runtime_error(std::string("zstd fails: ") + ZSTD_getErrorName(size));
     stored.data.resize(size);
     stored.data.shrink_to_fit();
@@ -104,7 +122,7 @@ std::optional<std::vector<std::int16_t>> TileCodec::decode(StoredTile const& til
     Bytes& bytes = state_->bytes;
     if (tile.value) {
         Samples samples = uniformSamples(*tile.value, storegeometry::filledPart(state_->info, tile.address), side);
-        toBytes(samples, bytes);
+        toBytes(samples, state_->fold, bytes);
         if (checksum(bytes) != tile.crc) return std::nullopt;
         return samples;
     }
@@ -112,5 +130,5 @@ std::optional<std::vector<std::int16_t>> TileCodec::decode(StoredTile const& til
     size_t const size =
         ZSTD_decompressDCtx(state_->decompressor, bytes.data(), bytes.size(), tile.data.data(), tile.data.size());
     if (size != bytes.size() || checksum(bytes) != tile.crc) return std::nullopt;
-    return toSamples(bytes);
+    return toSamples(bytes, state_->fold);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/store/TileRowCutter.h"
+#include "host/store/TileStoreFormat.h"
 
 #include <cstdint>
 #include <memory>
@@ -15,13 +16,15 @@ struct StoredTile {
     std::vector<std::uint8_t> data;    ///< empty where there is a value
 };
 
-/// Samples to what is stored, and back. The bytes of a tile are the low bytes of all its samples, then all high bytes,
-/// so that the high bytes, which are mostly 0 or 255, lie together; they are compressed with zstd.
+/// Samples to what is stored, and back. Samples 0, -1, 1, -2, 2, ... become 0, 1, 2, 3, 4, ..., so that the sign of a small
+/// one lies in its low byte; the bytes of a tile are the low bytes of all samples, then all high bytes, which are mostly 0.
+/// They are compressed with zstd. Stores of version 1 have the samples as they are, in two's complement.
 ///
 /// One thread at a time; each thread has one of its own.
 class TileCodec {
 public:
-    explicit TileCodec(StoreInfo const& info);
+    /// version: of the store's file.
+    explicit TileCodec(StoreInfo const& info, std::int64_t version = storeformat::kSchemaVersion);
     ~TileCodec();
     TileCodec(TileCodec const&) = delete;
     TileCodec& operator=(TileCodec const&) = delete;

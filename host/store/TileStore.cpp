@@ -80,7 +80,7 @@ struct TileStore::State {
         } catch (std::invalid_argument const& error) {
             throw damaged(path, error.what());
         }
-        codec = std::make_unique<TileCodec>(info);
+        codec = std::make_unique<TileCodec>(info, version);
         valueQuery = std::make_unique<sqlite::Statement>(database, "SELECT value FROM tiles WHERE id = ?");
         tileQuery = std::make_unique<sqlite::Statement>(database, "SELECT value, crc, data FROM tiles WHERE id = ?");
     }

@@ -12,7 +12,9 @@ namespace storeformat {
 /// "VLMS", at byte 68 of the file.
 constexpr std::int64_t kApplicationId = 0x564c4d53;
 /// A reader opens files of this version and of older ones.
-constexpr std::int64_t kSchemaVersion = 1;
+constexpr std::int64_t kSchemaVersion = 2;
+/// From this version on the signs of samples lie in their lowest bits.
+constexpr std::int64_t kFoldedSignsVersion = 2;
 
 /// The key of a tile: sorted by level, row, column, band, plane, so that what is read together lies together.
 std::int64_t keyOf(TileAddress const& address);

@@ -5,9 +5,10 @@
 namespace {
 
 // Without a journal: a file under a temporary name is thrown away after a failure, never repaired. TemporaryOutput
-// writes it to the disk before it gets its name. Pages of 16 KiB: tiles are some tens of KiB.
+// writes it to the disk before it gets its name. Pages of 4 KiB: of the last one
+// of a tile, which has some 10 KiB, half is empty.
 constexpr auto kSettings = R"(
-    PRAGMA page_size = 16384;
+    PRAGMA page_size = 4096;
     PRAGMA journal_mode = OFF;
     PRAGMA synchronous = OFF;
     PRAGMA locking_mode = EXCLUSIVE;

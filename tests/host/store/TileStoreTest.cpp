@@ -3,10 +3,13 @@
 #include "host/HostError.h"
 #include "host/store/Sqlite.h"
 #include "host/store/StoreCheck.h"
+#include "host/store/TileCodec.h"
 #include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
 
 #include <gtest/gtest.h>
+#include <zlib.h>
+#include <zstd.h>
 
 #include <sys/stat.h>
 
@@ -120,8 +123,49 @@ TEST_F(TileStoreTest, OtherFilesAreNoStore) {
 }
 
 TEST_F(TileStoreTest, ANewerVersionIsNamed) {
-    change("PRAGMA user_version = 2");
-    expectFailure(Kind::NewerStore, {"version 2", "up to 1"});
+    change("PRAGMA user_version = 3");
+    expectFailure(Kind::NewerStore, {"version 3", "up to 2"});
+}
+
+// Two's complement, all low bytes before all high ones.
+TEST_F(TileStoreTest, AStoreOfVersion1IsRead) {
+    TileAddress const address{1, Band::HL, 1, 1, 1};
+    std::vector<std::int16_t> samples(32 * 32);
+    std::vector<std::uint8_t> bytes(2 * samples.size());
+    for (size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<std::int16_t>(static_cast<int>(i * 7919 % 65536) - 32768);
+        bytes[i] = static_cast<std::uint8_t>(samples[i] & 0xff);
+        bytes[samples.size() + i] = static_cast<std::uint8_t>((samples[i] >> 8) & 0xff);
+    }
+    std::vector<std::uint8_t> data(ZSTD_compressBound(bytes.size()));
+    data.resize(ZSTD_compress(data.data(), data.size(), bytes.data(), bytes.size(), 3));
+    {
+        sqlite::Database database(path_, sqlite::Database::Mode::ReadWrite);
+        sqlite::Statement update(database, "UPDATE tiles SET value = NULL, crc = ?, data = ? WHERE id = ?");
+        update.bind(1, static_cast<std::int64_t>(crc32(0, bytes.data(), static_cast<uInt>(bytes.size()))));
+        update.bind(2, data);
+        update.bind(3, (((((std::int64_t{1} << 24) + 1) << 24) + 1) * 8 + 1) * 4 + 1);
+        update.step();
+    }
+    change("PRAGMA user_version = 1");
+    EXPECT_EQ(TileStore(path_).tile(address), samples);
+}
+
+// Every value that a sample may have, in the order of the codes that it is stored as.
+TEST_F(TileStoreTest, SamplesOfAnyValueComeBack) {
+    info_.tileSize = 256;
+    info_.width = info_.height = 1000;
+    TileCodec codec(info_);
+    RawTile tile{{1, Band::HL, 0, 0, 0}, {256, 256}, std::vector<std::int16_t>(65536)};
+    for (int i = 0; i < 65536; ++i)
+        tile.samples[static_cast<size_t>(i)] = static_cast<std::int16_t>(i % 2 == 0 ? i / 2 : -i / 2 - 1);
+    StoredTile const stored = codec.encode(tile);
+    EXPECT_EQ(codec.decode(stored), tile.samples);
+    // The codes count up, so their low bytes do; a frame of zstd gives them back.
+    std::vector<std::uint8_t> bytes(2 * 65536);
+    ASSERT_EQ(ZSTD_decompress(bytes.data(), bytes.size(), stored.data.data(), stored.data.size()), bytes.size());
+    for (size_t i = 0; i < 65536; ++i)
+        ASSERT_EQ(bytes[i] + 256u * bytes[65536 + i], i);
 }
 
 TEST_F(TileStoreTest, ATruncatedFileIsDamaged) {
