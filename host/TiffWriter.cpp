@@ -38,7 +38,8 @@ size_t rowBytesOf(TiffWriter::Format const& format) {
 } // namespace
 
 struct TiffWriter::State {
-    State(std::string const& path, Format const& tiffFormat) : output(path), format(tiffFormat) {
+    State(std::string const& path, Format const& tiffFormat)
+        : output(path), format(tiffFormat), rowsPerStrip(std::max<size_t>(kStripBytes / rowBytesOf(format), 1)) {
         // Of its own: closing it must leave the output's open.
         int const descriptor = dup(output.descriptor());
         if (descriptor < 0) throw output.failure(errno);
@@ -77,7 +78,7 @@ struct TiffWriter::State {
         set(TIFFTAG_PHOTOMETRIC, format.bands <= 2 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB);
         set(TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
         set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-        set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(std::max<size_t>(kStripBytes / rowBytesOf(format), 1)));
+        set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(rowsPerStrip));
         if (format.bands % 2 == 0) {
             std::uint16_t const alpha = EXTRASAMPLE_UNASSALPHA;
             set(TIFFTAG_EXTRASAMPLES, 1, &alpha);
@@ -89,12 +90,21 @@ struct TiffWriter::State {
         }
     }
 
+    // A strip at once: libtiff then compresses it with libdeflate, in less than half the time that rows take.
+    void writeStrip() {
+        auto const index = static_cast<std::uint32_t>((rows - 1) / rowsPerStrip);
+        errno = 0;
+        if (TIFFWriteEncodedStrip(tiff, index, strip.data(), static_cast<tmsize_t>(strip.size())) < 0) throw failure();
+        strip.clear();
+    }
+
     TemporaryOutput output;
     Format format;
     Message message{};
     TIFF* tiff = nullptr;
-    std::vector<std::uint8_t> row;
-    size_t written = 0;
+    size_t rowsPerStrip;
+    size_t rows = 0; // so far
+    std::vector<std::uint8_t> strip;
 };
 
 TiffWriter::TiffWriter(std::string const& path, Format const& format) : state_(std::make_unique<State>(path, format)) {
@@ -106,18 +116,17 @@ TiffWriter::~TiffWriter() = default;
 void TiffWriter::writeRows(std::uint8_t const* rows, size_t count) {
     State& state = *state_;
     size_t const rowBytes = rowBytesOf(state.format);
-    for (size_t i = 0; i < count; ++i, ++state.written) {
-        // libtiff predicts in place.
-        state.row.assign(rows + i * rowBytes, rows + (i + 1) * rowBytes);
-        errno = 0;
-        if (TIFFWriteScanline(state.tiff, state.row.data(), static_cast<std::uint32_t>(state.written), 0) != 1)
-            throw state.failure();
+    for (size_t i = 0; i < count; ++i) {
+        if (state.rows == state.format.height) throw state.output.failure("there are more rows than it has");
+        state.strip.insert(state.strip.end(), rows + i * rowBytes, rows + (i + 1) * rowBytes);
+        ++state.rows;
+        if (state.rows % state.rowsPerStrip == 0 || state.rows == state.format.height) state.writeStrip();
     }
 }
 
 void TiffWriter::finish() {
     State& state = *state_;
-    if (state.written != state.format.height) throw state.output.failure("rows are missing");
+    if (state.rows != state.format.height) throw state.output.failure("rows are missing");
     errno = 0;
     bool const flushed = TIFFFlush(state.tiff) == 1;
     if (!flushed) throw state.failure();

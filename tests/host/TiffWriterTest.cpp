@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 using testimages::Pixels;
@@ -16,7 +17,8 @@ using Names = std::vector<std::string>;
 
 void write(std::string const& path, Pixels const& pixels, size_t rows) {
     TiffWriter tiff(path, {pixels.width, pixels.height, pixels.bands, 8, 0, 0});
-    tiff.writeRows(pixels.samples.data(), rows);
+    for (size_t y = 0; y < rows; ++y)
+        tiff.writeRows(&pixels.samples[std::min(y, pixels.height - 1) * pixels.width * pixels.bands], 1);
     tiff.finish();
 }
 
@@ -72,6 +74,12 @@ TEST(TiffWriterTest, MissingRowsAreAnErrorAndLeaveNoFile) {
     } catch (HostError const& error) {
         EXPECT_EQ(error.kind(), HostError::Kind::UnwritableOutput);
     }
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST(TiffWriterTest, MoreRowsThanThePictureHasAreAnError) {
+    TemporaryFolder const folder;
+    EXPECT_THROW(write(folder.path("a.tif"), testimages::pattern8(20, 20, 3), 20 + 1), HostError);
     EXPECT_EQ(folder.names(), Names{});
 }
 
