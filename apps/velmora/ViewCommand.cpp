@@ -2,9 +2,11 @@
 #include "apps/velmora/FilterOptions.h"
 #include "apps/velmora/view/Viewer.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <malloc.h>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -25,6 +27,11 @@ constexpr auto kExamples = R"(Examples:
 
 Drag and wheel move; the key ? shows all keys. Stores of images are kept in $XDG_CACHE_HOME/velmora
 or ~/.cache/velmora and may be deleted at any time.)";
+
+struct Memory {
+    std::size_t host = 256; // megabytes
+    std::size_t gpu = 256;
+};
 
 struct Texts {
     std::string size;
@@ -70,16 +77,42 @@ std::string checkStart(std::string const& text) {
     return startOf(text) ? "" : "\"" + text + "\" is not X,Y,ZOOM with a zoom above 0";
 }
 
-void addMemoryOption(CLI::App& command, char const* name, std::size_t& bytes, char const* help) {
-    command
-        .add_option_function<std::size_t>(
-            name, [&bytes](std::size_t megabytes) { bytes = megabytes * kMegabyte; }, help)
+// What the program itself takes, with a GL driver that draws on the processor.
+constexpr std::size_t kProgramBytes = 160 * kMegabyte;
+constexpr std::size_t kLeastTileBytes = 16 * kMegabyte;
+
+// Of the memory that the process is to take; the rest is for tiles.
+std::size_t tileBytes(std::size_t memory) {
+    return std::max(memory, kProgramBytes + kLeastTileBytes) - kProgramBytes;
+}
+
+// Of the GPU's: five eighths for rebuilt tiles, a quarter for the bands that they are made of, the rest for frames and for
+// what lies between them. The backend counts a byte a sample of a band, which has two.
+void share(std::size_t gpuMemory, ViewerOptions& options) {
+    options.picture.gpuBytes = gpuMemory / 8 * 5;
+    options.bandBytes = gpuMemory / 8;
+}
+
+void addMemoryOption(CLI::App& command, char const* name, std::size_t& megabytes, char const* help) {
+    command.add_option(name, megabytes, help)
         ->type_name("MB")
-        ->default_str(std::to_string(bytes / kMegabyte))
+        ->capture_default_str()
         ->check(CLI::Range(std::size_t{1}, kMaxMegabytes));
 }
 
-void view(ViewerOptions options, Texts const& texts) {
+// Tiles come and go for as long as the window is open. glibc would keep their memory in its heaps, which fall to pieces:
+// with blocks of their own it goes back to the system.
+void returnFreedTiles() {
+#ifdef __GLIBC__
+    constexpr int kTileBytes = 128 * 1024;
+    mallopt(M_MMAP_THRESHOLD, kTileBytes);
+#endif
+}
+
+void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
+    returnFreedTiles();
+    options.picture.hostBytes = tileBytes(memory.host * kMegabyte);
+    share(memory.gpu * kMegabyte, options);
     if (!texts.size.empty()) options.window = *sizeOf(texts.size);
     if (!texts.at.empty()) options.start = startOf(texts.at);
     if (!texts.script.empty()) options.script = Script::read(texts.script);
@@ -92,6 +125,7 @@ void view(ViewerOptions options, Texts const& texts) {
 void addViewCommand(CLI::App& program) {
     auto const options = std::make_shared<ViewerOptions>();
     auto const texts = std::make_shared<Texts>();
+    auto const memory = std::make_shared<Memory>();
     auto* const command = program.add_subcommand("view", "Show an image or a tile store in a window");
     command->footer(kExamples);
     command
@@ -105,8 +139,8 @@ void addViewCommand(CLI::App& program) {
         ->type_name("X,Y,ZOOM")
         ->check(checkStart);
     command->add_flag("--smooth", options->smooth, "Weigh samples where the picture is shown smaller");
-    addMemoryOption(*command, "--memory", options->picture.hostBytes, "For tiles that are read");
-    addMemoryOption(*command, "--gpu-memory", options->picture.gpuBytes, "For tiles that are rebuilt");
+    addMemoryOption(*command, "--memory", memory->host, "For the program and tiles that are read");
+    addMemoryOption(*command, "--gpu-memory", memory->gpu, "For tiles that are rebuilt");
     command->add_option("--jobs", options->importJobs, "Threads that read tiles; without it, one a core")
         ->type_name("N")
         ->check(CLI::Range(std::size_t{1}, kMaxJobs));
@@ -116,8 +150,8 @@ void addViewCommand(CLI::App& program) {
     command->add_option("--script", texts->script, "Do what a text file says, line by line")->type_name("FILE");
     command->add_flag("--report", options->report, "Print times, frames and memory at the end");
     addFilterOptions(*command);
-    command->callback([options, texts, command] {
+    command->callback([options, texts, memory, command] {
         options->steps = filterStepsOf(*command);
-        view(*options, *texts);
+        view(*options, *texts, *memory);
     });
 }

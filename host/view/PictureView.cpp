@@ -20,7 +20,8 @@ using Layout = PictureTargets::Layout;
 
 constexpr unsigned kShownDepth = 8;
 constexpr std::size_t kMaskPixels = 4; // of the frame to one of the mask
-constexpr std::size_t kMaxPoolBytes = 64 * 1000 * 1000;
+constexpr std::size_t kMaxPoolBytes = 16 * 1000 * 1000;
+constexpr std::size_t kMaxWaiting = 24;
 
 bool sameView(View const& a, View const& b) {
     return a.zoom == b.zoom && a.x == b.x && a.y == b.y && a.width == b.width && a.height == b.height &&
@@ -67,6 +68,9 @@ struct PictureView::State {
             PictureTile const tile = loaded->tile;
             if (wanted.needed.count(tile) != 0 && !rebuilt.has(tile)) waiting.emplace(tile, std::move(loaded));
         }
+        // The finest ones are needed last; they are asked for again.
+        while (waiting.size() > kMaxWaiting)
+            waiting.erase(waiting.begin());
     }
 
     bool rebuild(PictureTile const& tile) {

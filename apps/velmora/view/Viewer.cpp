@@ -25,7 +25,7 @@ constexpr std::chrono::milliseconds kIdleTurn{200};
 Viewer::Viewer(ViewerOptions const& options)
     : options_(options),
       window_("velmora - " + picturefiles::nameOf(options.image), options.window),
-      backend_(RenderBackend::RGBA32, options.picture.gpuBytes),
+      backend_(RenderBackend::RGBA32, options.bandBytes),
       instance_(backend_.createInstance(window_)),
       script_(options.script) {
     bool const isStore = !options_.image.empty() && TileStore::isStore(options_.image);
