@@ -143,7 +143,9 @@ TEST_F(ProgramViewGLTest, KeysSwitchEnhancements) {
         for (auto const& other : all)
             EXPECT_NE(testimages::difference(on, other), "") << key;
         all.push_back(on);
-        expectPixels(after(press + "wait\n" + press, plain), before);
+        std::string twice = press;
+        twice.append("wait\n").append(press);
+        expectPixels(after(twice, plain), before);
     }
     // The command line's own, off and on again.
     auto given = plain;
