@@ -90,7 +90,7 @@ struct TiffWriter::State {
         }
     }
 
-    // A strip at once: libtiff then compresses it with libdeflate, in less than half the time that rows take.
+    // A strip at once: libtiff then compresses it with libdeflate, in about half the time that rows take.
     void writeStrip() {
         auto const index = static_cast<std::uint32_t>((rows - 1) / rowsPerStrip);
         errno = 0;
