@@ -23,11 +23,6 @@ constexpr std::size_t kMaskPixels = 4; // of the frame to one of the mask
 constexpr std::size_t kMaxPoolBytes = 16 * 1000 * 1000;
 constexpr std::size_t kMaxWaiting = 24;
 
-bool sameView(View const& a, View const& b) {
-    return a.zoom == b.zoom && a.x == b.x && a.y == b.y && a.width == b.width && a.height == b.height &&
-           a.smooth == b.smooth;
-}
-
 } // namespace
 
 struct PictureView::State {
@@ -218,7 +213,7 @@ void PictureView::enhance(std::vector<enhancement::Step> const& steps) {
 }
 
 void PictureView::show(View const& view) {
-    if (sameView(view, state_->view)) return;
+    if (view == state_->view) return;
     state_->view = view;
     state_->want();
 }

@@ -61,4 +61,10 @@ struct View {
     /// Below 1: samples are weighed (bilinear), which GPUs round each in its own way. Otherwise the nearest one is
     /// shown: the same bytes everywhere.
     bool smooth = false;
+
+    bool operator==(View const& other) const {
+        return zoom == other.zoom && x == other.x && y == other.y && width == other.width && height == other.height &&
+               smooth == other.smooth;
+    }
+    bool operator!=(View const& other) const { return !(*this == other); }
 };

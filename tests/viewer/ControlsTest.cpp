@@ -165,6 +165,7 @@ TEST_F(ControlsTest, KeysGiveCommands) {
     EXPECT_EQ(handle(key(SDLK_SLASH, KMOD_LSHIFT)), Command::Help);
     EXPECT_EQ(handle(key(SDLK_d)), Command::Tiles);
     EXPECT_EQ(handle(key(SDLK_m)), Command::Mask);
+    EXPECT_EQ(handle(key(SDLK_b)), Command::Smooth);
     EXPECT_EQ(handle(key(SDLK_s)), Command::Sharpen);
     EXPECT_EQ(handle(key(SDLK_g)), Command::Gamma);
     EXPECT_EQ(handle(key(SDLK_c)), Command::Equalise);

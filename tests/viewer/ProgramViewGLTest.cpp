@@ -171,7 +171,16 @@ TEST_F(ProgramViewGLTest, ZoomsAreThoseOfRender) {
     ASSERT_EQ(runVelmora({"render", store, "-o", path("render.png"), "--zoom", "0.4"}).exitCode, 0);
     auto const rendered = testimages::readByVips(path("render.png"));
     EXPECT_EQ(rendered.width, 280u);
-    expectPixels(shown({store, "--bare", "--size", "280x200"}), rendered);
+    std::vector<std::string> arguments{store, "--bare", "--size", "280x200"};
+    expectPixels(shown(arguments), rendered);
+
+    ASSERT_EQ(runVelmora({"render", store, "-o", path("smooth.png"), "--zoom", "0.4", "--smooth"}).exitCode, 0);
+    auto const smooth = testimages::readByVips(path("smooth.png"));
+    EXPECT_NE(testimages::difference(smooth, rendered), "");
+    expectPixels(after("wait\nkey b\n", arguments), smooth);
+    arguments.emplace_back("--smooth");
+    expectPixels(shown(arguments), smooth);
+    expectPixels(after("wait\nkey b\n", arguments), rendered);
 }
 
 TEST_F(ProgramViewGLTest, TheAutomaticToneOfDeepPicturesIsAGamma) {

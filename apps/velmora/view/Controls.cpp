@@ -40,6 +40,8 @@ Controls::Command commandOf(SDL_Keycode key) {
         return Controls::Command::Tiles;
     case SDLK_m:
         return Controls::Command::Mask;
+    case SDLK_b:
+        return Controls::Command::Smooth;
     case SDLK_s:
         return Controls::Command::Sharpen;
     case SDLK_g:

@@ -11,7 +11,7 @@
 /// What a hand means by its events: it moves a camera, or gives a command. Needs no window.
 class Controls {
 public:
-    enum class Command { None, Quit, Help, Tiles, Mask, Sharpen, Gamma, Equalise };
+    enum class Command { None, Quit, Help, Tiles, Mask, Smooth, Sharpen, Gamma, Equalise };
 
     /// camera: null where there is nothing to move yet. pixelsPerUnit: of the window, see Window. overlayHasMouse:
     /// the cursor is over something that takes clicks and the wheel itself.

@@ -22,10 +22,6 @@ constexpr enhancement::Equalise kEqualise{4.0};
 constexpr enhancement::Gamma kGamma{1.6, 200, 3000};
 constexpr enhancement::Gamma kDeepGamma{1.0, 0, kLargestCode};
 
-bool same(View const& a, View const& b) {
-    return a.zoom == b.zoom && a.x == b.x && a.y == b.y && a.width == b.width && a.height == b.height;
-}
-
 } // namespace
 
 Showing::Showing(std::shared_ptr<RenderBackendInstance> instance, std::string const& store,
@@ -55,6 +51,9 @@ void Showing::command(Controls::Command command) {
         return;
     case Controls::Command::Mask:
         maskOn_ = !maskOn_;
+        return;
+    case Controls::Command::Smooth:
+        smooth_ = !smooth_;
         return;
     case Controls::Command::Sharpen:
         switches_.toggle(kSharpen);
@@ -108,7 +107,7 @@ View Showing::wantedView() const {
 bool Showing::advance() {
     View const wanted = wantedView();
     bool changed = !drawn_;
-    if (!shown_ || !same(*shown_, wanted)) {
+    if (!shown_ || *shown_ != wanted) {
         picture_.show(wanted);
         shown_ = wanted;
         maskFits_ = false;
@@ -120,7 +119,7 @@ bool Showing::advance() {
 }
 
 bool Showing::complete() const {
-    return picture_.complete() && drawn_ && shown_ && same(*shown_, wantedView());
+    return picture_.complete() && drawn_ && shown_ && *shown_ == wantedView();
 }
 
 void Showing::wait() {
@@ -214,6 +213,7 @@ std::string Showing::switchesText() const {
     auto const add = [&text](bool on, char const* name) {
         if (on) text += (text.empty() ? "" : ", ") + std::string(name);
     };
+    add(smooth_, "smooth");
     add(switches_.on<enhancement::Sharpen>(), "sharpened");
     add(switches_.on<enhancement::Gamma>(), "gamma");
     add(switches_.on<enhancement::Equalise>(), "equalised");

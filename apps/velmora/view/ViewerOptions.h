@@ -20,7 +20,8 @@ struct ViewerOptions {
     std::string image; ///< an image or a store; empty: the built-in picture
     Extent window{1280, 800};
     PictureView::Options picture;
-    std::size_t bandBytes = 32 * 1000 * 1000; ///< budget of the backend's tile cache, which keeps what tiles are made of
+    std::size_t bandBytes =
+        32 * 1000 * 1000;       ///< budget of the backend's tile cache, which keeps what tiles are made of
     std::size_t importJobs = 0; ///< as ImportOptions::jobs
     bool smooth = false;
     bool bare = false; ///< no overlay
