@@ -73,11 +73,11 @@ public:
 
     /// A part of a picture that is drawn larger or smaller: `pixels` pixels show `samples` of its samples.
     struct Scaling {
-        std::size_t pixels;
-        std::size_t samples;
-        Region part;       ///< of the source, in samples; its corner lies on whole multiples of `samples`
-        std::size_t skipX; ///< pixels of the part that lie left of what is drawn
-        std::size_t skipY;
+        std::size_t pixels = 1;
+        std::size_t samples = 1;
+        Region part;           ///< of the source, in samples; its corner lies on whole multiples of `samples`
+        std::size_t skipX = 0; ///< pixels of the part that lie left of what is drawn
+        std::size_t skipY = 0;
         Region area; ///< of the destination, in pixels
     };
     /// kRgba8; sampled as the source's filtering says.

@@ -73,7 +73,7 @@ StoreInfo picturefiles::importWithProgress(std::string const& image, std::string
 
 std::string picturefiles::storeOf(std::string const& image) {
     if (!image.empty() && TileStore::isStore(image)) return image;
-    std::string const store = cachedStore(image);
+    std::string store = cachedStore(image);
     if (isUsableStore(store)) return store;
     ImportOptions options;
     options.replace = true;

@@ -83,8 +83,8 @@ void BandReader::put(BandPart& part, TileAddress const& address, std::optional<s
 }
 
 SampleCache::Samples BandReader::samples(TileAddress const& address) {
-    if (auto const kept = cache_->find(address)) return kept;
-    auto const read = std::make_shared<std::vector<std::int16_t> const>(store_.tile(address));
+    if (auto kept = cache_->find(address)) return kept;
+    SampleCache::Samples read = std::make_shared<std::vector<std::int16_t> const>(store_.tile(address));
     cache_->keep(address, read);
     return read;
 }

@@ -190,7 +190,7 @@ struct PictureView::State {
     std::size_t erased = 0;
 };
 
-PictureView::PictureView(std::shared_ptr<RenderBackendInstance> instance, std::string const& storePath,
+PictureView::PictureView(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
                          Options const& options)
     : state_(std::make_unique<State>(instance, storePath, options)) {}
 

@@ -35,7 +35,8 @@ public:
     };
 
     /// Opens the store; nothing is read from it yet but its description and which areas are empty.
-    PictureView(std::shared_ptr<RenderBackendInstance> instance, std::string const& storePath, Options const& options);
+    PictureView(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
+                Options const& options);
     ~PictureView();
     PictureView(PictureView const&) = delete;
     PictureView& operator=(PictureView const&) = delete;

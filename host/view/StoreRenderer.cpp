@@ -41,10 +41,9 @@ Interval intervalAt(double zoom, std::size_t start, std::size_t length, std::siz
 
 } // namespace
 
-StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> instance, std::string const& storePath,
+StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
                              std::vector<enhancement::Step> const& steps)
-    : view_(std::move(instance), storePath, smallBudgets()),
-      bands_(EnhancedRenderer::bandsOf(view_.info().bands, steps)) {
+    : view_(instance, storePath, smallBudgets()), bands_(EnhancedRenderer::bandsOf(view_.info().bands, steps)) {
     view_.enhance(steps);
 }
 

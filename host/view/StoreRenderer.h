@@ -14,7 +14,7 @@
 class StoreRenderer {
 public:
     /// Opens the store. Throws HostError where the steps read too much around a pixel, and what TileStore throws.
-    StoreRenderer(std::shared_ptr<RenderBackendInstance> instance, std::string const& storePath,
+    StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
                   std::vector<enhancement::Step> const& steps);
 
     StoreInfo const& info() const { return view_.info(); }

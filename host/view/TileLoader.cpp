@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-TileLoader::TileLoader(std::string const& storePath, std::size_t threads, std::shared_ptr<SampleCache> cache) {
+TileLoader::TileLoader(std::string const& storePath, std::size_t threads, std::shared_ptr<SampleCache> const& cache) {
     std::size_t const count = threads != 0 ? threads : std::max(1U, std::thread::hardware_concurrency());
     // Opened here: a store that cannot be read is known before the first thread starts.
     for (std::size_t i = 0; i < count; ++i)

@@ -28,7 +28,7 @@ struct LoadedTile {
 class TileLoader {
 public:
     /// threads: 0: as many as the machine has cores. Throws what TileStore throws.
-    TileLoader(std::string const& storePath, std::size_t threads, std::shared_ptr<SampleCache> cache);
+    TileLoader(std::string const& storePath, std::size_t threads, std::shared_ptr<SampleCache> const& cache);
     /// Waits for the tiles in work.
     ~TileLoader();
     TileLoader(TileLoader const&) = delete;

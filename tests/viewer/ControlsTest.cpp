@@ -1,19 +1,12 @@
 #include "apps/velmora/view/Controls.h"
 
+#include "tests/host/view/StoreInfoOf.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 namespace {
-
-StoreInfo picture(std::size_t width, std::size_t height) {
-    StoreInfo info;
-    info.width = width;
-    info.height = height;
-    info.bands = 3;
-    info.levels = storegeometry::autoLevels(width, height, info.tileSize);
-    return info;
-}
 
 class ControlsTest : public testing::Test {
 protected:
@@ -67,7 +60,7 @@ protected:
         return {static_cast<double>(before.x - camera_.view().x), static_cast<double>(before.y - camera_.view().y)};
     }
 
-    Camera camera_{picture(10000, 8000), {800, 600}};
+    Camera camera_{storeInfoOf(10000, 8000), {800, 600}};
     Controls controls_;
 };
 

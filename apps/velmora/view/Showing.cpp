@@ -24,11 +24,11 @@ constexpr enhancement::Gamma kDeepGamma{1.0, 0, kLargestCode};
 
 } // namespace
 
-Showing::Showing(std::shared_ptr<RenderBackendInstance> instance, std::string const& store,
+Showing::Showing(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
                  ViewerOptions const& options, Extent const& frame)
     : store_(store),
       smooth_(options.smooth),
-      picture_(std::move(instance), store, options.picture),
+      picture_(instance, store, options.picture),
       camera_(picture_.info(), frame),
       switches_(options.steps),
       name_(picture_.info().sourceName) {

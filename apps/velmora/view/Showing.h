@@ -17,8 +17,8 @@
 /// A store in a window: what is shown of it, how, and what is said about it. GL thread only.
 class Showing {
 public:
-    Showing(std::shared_ptr<RenderBackendInstance> instance, std::string const& store, ViewerOptions const& options,
-            Extent const& frame);
+    Showing(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
+            ViewerOptions const& options, Extent const& frame);
 
     Camera& camera() { return camera_; }
     void command(Controls::Command command);

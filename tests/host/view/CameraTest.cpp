@@ -1,22 +1,15 @@
 #include "host/view/Camera.h"
 
+#include "tests/host/view/StoreInfoOf.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 namespace {
 
-StoreInfo picture(std::size_t width, std::size_t height) {
-    StoreInfo info;
-    info.width = width;
-    info.height = height;
-    info.bands = 3;
-    info.levels = storegeometry::autoLevels(width, height, info.tileSize);
-    return info;
-}
-
 Camera camera(std::size_t width, std::size_t height, Extent const& frame = {800, 600}) {
-    return {picture(width, height), frame};
+    return {storeInfoOf(width, height), frame};
 }
 
 bool wholeIsSeen(Camera const& camera) {

@@ -1,17 +1,10 @@
 #include "host/view/PictureTile.h"
 
+#include "tests/host/view/StoreInfoOf.h"
+
 #include <gtest/gtest.h>
 
 namespace {
-
-StoreInfo infoOf(std::size_t width, std::size_t height) {
-    StoreInfo info;
-    info.width = width;
-    info.height = height;
-    info.bands = 1;
-    info.levels = storegeometry::autoLevels(width, height, info.tileSize);
-    return info;
-}
 
 bool within(Region const& inner, Region const& outer) {
     return inner.x >= outer.x && inner.y >= outer.y && inner.x + inner.width <= outer.x + outer.width &&
@@ -23,7 +16,7 @@ bool within(Region const& inner, Region const& outer) {
 // What makes a tile independent of its neighbours.
 TEST(PictureTileTest, WhatATileIsRebuiltFromLiesInOneTileOfTheNextLevel) {
     for (auto const& [width, height] : {std::pair{1, 1}, {511, 512}, {513, 1025}, {5000, 1}, {1, 5000}, {4099, 7001}}) {
-        StoreInfo const info = infoOf(static_cast<std::size_t>(width), static_cast<std::size_t>(height));
+        StoreInfo const info = storeInfoOf(static_cast<std::size_t>(width), static_cast<std::size_t>(height));
         for (std::size_t level = 0; level < info.levels; ++level) {
             Extent const extent = picturetile::levelExtent(info, level);
             for (PictureTile const& tile : picturetile::over(level, {0, 0, extent.width, extent.height})) {
@@ -36,7 +29,7 @@ TEST(PictureTileTest, WhatATileIsRebuiltFromLiesInOneTileOfTheNextLevel) {
 }
 
 TEST(PictureTileTest, BandsGiveAtLeastTheTilesSamples) {
-    StoreInfo const info = infoOf(4099, 7001);
+    StoreInfo const info = storeInfoOf(4099, 7001);
     for (std::size_t level = 0; level < info.levels; ++level) {
         Extent const extent = picturetile::levelExtent(info, level);
         for (PictureTile const& tile : picturetile::over(level, {0, 0, extent.width, extent.height})) {
@@ -50,7 +43,7 @@ TEST(PictureTileTest, BandsGiveAtLeastTheTilesSamples) {
 }
 
 TEST(PictureTileTest, LevelsHalveRoundedUp) {
-    StoreInfo const info = infoOf(1025, 3);
+    StoreInfo const info = storeInfoOf(1025, 3);
     EXPECT_EQ(picturetile::levelExtent(info, 0).width, 1025U);
     EXPECT_EQ(picturetile::levelExtent(info, 1).width, 513U);
     EXPECT_EQ(picturetile::levelExtent(info, 1).height, 2U);
