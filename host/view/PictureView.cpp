@@ -3,11 +3,11 @@
 #include "host/FilterDescriptions.h"
 #include "host/PixelBands.h"
 #include "host/store/TileStore.h"
+#include "host/view/DataMask.h"
 #include "host/view/EmptyAreas.h"
 #include "host/view/FrameComposer.h"
 #include "host/view/TileLoader.h"
 #include "host/view/Wanted.h"
-#include "renderbackend/FilterParameters.h"
 
 #include <algorithm>
 #include <map>
@@ -19,9 +19,8 @@ using Clock = std::chrono::steady_clock;
 using Layout = PictureTargets::Layout;
 
 constexpr unsigned kShownDepth = 8;
-constexpr std::size_t kMaskPixels = 4; // of the frame to one of the mask
 constexpr std::size_t kMaxPoolBytes = 16 * 1000 * 1000;
-constexpr std::size_t kMaxWaiting = 24;
+constexpr std::size_t kMaxWaiting = 24; // tiles
 
 } // namespace
 
@@ -37,6 +36,7 @@ struct PictureView::State {
           shown(gl, targets, rebuilt, info),
           composer(gl, targets, shown, info),
           emptyAreas(gl, store),
+          mask(gl, targets, emptyAreas, info),
           loader(path, chosen.threads, cache) {}
 
     void want() {
@@ -58,14 +58,22 @@ struct PictureView::State {
         loader.want(missing);
     }
 
+    // As many as there is room for; the threads rest meanwhile.
     void takeLoaded() {
-        while (auto loaded = loader.take()) {
+        while (waiting.size() < kMaxWaiting) {
+            auto loaded = loader.take();
+            if (!loaded) return;
             PictureTile const tile = loaded->tile;
             if (wanted.needed.count(tile) != 0 && !rebuilt.has(tile)) waiting.emplace(tile, std::move(loaded));
         }
-        // The finest ones are needed last; they are asked for again.
-        while (waiting.size() > kMaxWaiting)
-            waiting.erase(waiting.begin());
+    }
+
+    // Where all that wait are for parents that are not there, one must go, or no parent could come: the finest, which is
+    // needed last. It is asked for again.
+    bool makeRoom() {
+        if (waiting.size() < kMaxWaiting) return false;
+        waiting.erase(waiting.begin());
+        return true;
     }
 
     bool rebuild(PictureTile const& tile) {
@@ -181,6 +189,7 @@ struct PictureView::State {
     ShownTiles shown;
     FrameComposer composer;
     EmptyAreas emptyAreas;
+    DataMask mask;
     TileLoader loader;
 
     View view;
@@ -223,8 +232,9 @@ bool PictureView::advance(std::chrono::milliseconds time) {
     bool changed = false;
     do {
         state_->takeLoaded();
-        if (!state_->step()) break;
-        changed = true;
+        bool const stepped = state_->step();
+        if (!stepped && !state_->makeRoom()) break;
+        changed = changed || stepped;
     } while (Clock::now() < end);
     if (changed) state_->trim();
     // Bands that the cache had may be gone from it by now.
@@ -264,46 +274,7 @@ void PictureView::present() {
 }
 
 std::vector<std::uint8_t> PictureView::dataMask() {
-    State& state = *state_;
-    if (state.drawsNothing()) return {};
-    View const& view = state.view;
-    std::size_t const width = (view.width - 1) / kMaskPixels + 1;
-    std::size_t const height = (view.height - 1) / kMaskPixels + 1;
-    Region const samples = FrameComposer::samplesOf(view.zoom, FrameComposer::shownPart(state.info, view));
-    std::vector<std::vector<unsigned int>> cells;
-    auto const place = [&](std::size_t sample, std::int64_t origin, std::size_t end) {
-        auto const pixel = static_cast<std::int64_t>(view.zoom.pixelsOf(sample)) - origin;
-        return static_cast<unsigned int>(std::clamp<std::int64_t>(pixel / static_cast<std::int64_t>(kMaskPixels), 0,
-                                                                  static_cast<std::int64_t>(end)));
-    };
-    auto const areas =
-        samples.width == 0 ? std::vector<Region>() : state.emptyAreas.withData(view.zoom.level(), samples);
-    for (Region const& area : areas) {
-        // The mesh goes from corner to corner: its last cell ends it.
-        unsigned int const right = place(area.x + area.width, view.x, width);
-        unsigned int const bottom = place(area.y + area.height, view.y, height);
-        for (unsigned int y = place(area.y, view.y, height); y <= bottom; ++y) {
-            for (unsigned int x = place(area.x, view.x, width); x <= right; ++x)
-                cells.push_back({x, y});
-        }
-    }
-    std::vector<unsigned char> const id = {'m'};
-    state.instance->dataEnvelopes(id, {{{}, cells}});
-    MaskFilterParams params;
-    params.envelopes = std::const_pointer_cast<DataEnvelopes>(state.instance->dataEnvelopes(id));
-    OwnedTarget const white = state.targets.target(Layout::kRgba8, {width, height});
-    OwnedTarget const mask = state.targets.target(Layout::kRgba8, {width, height});
-    state.instance->clear(white.id(), {255, 255, 255, 255});
-    state.instance->clear(mask.id(), {0, 0, 0, 255});
-    state.instance->maskRange(white.id(), mask.id(), state.targets.prepared(description::maskFilter4x8()),
-                              {0, width - 1, 0, height - 1}, params);
-    auto const texels = state.targets.read(mask, Layout::kRgba8, {width, height});
-    std::vector<std::uint8_t> result(view.width * view.height);
-    for (std::size_t y = 0; y < view.height; ++y) {
-        for (std::size_t x = 0; x < view.width; ++x)
-            result[y * view.width + x] = texels[4 * (y / kMaskPixels * width + x / kMaskPixels)];
-    }
-    return result;
+    return state_->drawsNothing() ? std::vector<std::uint8_t>() : state_->mask.draw(state_->view);
 }
 
 PictureView::Statistics PictureView::statistics() const {

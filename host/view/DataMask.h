@@ -1,0 +1,31 @@
+#pragma once
+
+#include "host/PictureTargets.h"
+#include "host/view/EmptyAreas.h"
+#include "host/view/Zoom.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+/// A mask of where a store has data for a view's level, which the backend draws from data envelopes. GL thread only.
+class DataMask {
+public:
+    /// All of them outlive it.
+    DataMask(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, EmptyAreas& emptyAreas,
+             StoreInfo const& info);
+
+    /// A byte a pixel of the view, rows from the top: 255 where there is data, else 0, off by less than 8 pixels.
+    std::vector<std::uint8_t> draw(View const& view);
+
+private:
+    using Cells = std::vector<std::vector<unsigned int>>;
+
+    Cells cellsOf(View const& view);
+    std::vector<unsigned char> drawn(Cells const& cells, PictureTargets::Size const& size);
+
+    std::shared_ptr<RenderBackendInstance> instance_;
+    PictureTargets& targets_;
+    EmptyAreas& emptyAreas_;
+    StoreInfo info_;
+};
