@@ -4,18 +4,21 @@
 
 namespace {
 
-// Without a journal: a file under a temporary name is thrown away after a failure, never repaired. TemporaryOutput
-// writes it to the disk before it gets its name. Pages of 4 KiB: of the last one
-// of a tile, which has some 10 KiB, half is empty.
+// One connection writes, through a log that goes into the file from time to time and for good in finish(): a store without
+// its log can be read from folders that nobody may write to. Nothing is synchronised on the way, for a file under a
+// temporary name is thrown away after a failure, never repaired; TemporaryOutput writes it to the disk before it gets its
+// name. Pages of 4 KiB: of the last one of a tile, which has some 10 KiB, half is empty.
 constexpr auto kSettings = R"(
     PRAGMA page_size = 4096;
-    PRAGMA journal_mode = OFF;
-    PRAGMA synchronous = OFF;
     PRAGMA locking_mode = EXCLUSIVE;
+    PRAGMA journal_mode = WAL;
+    PRAGMA synchronous = OFF;
     BEGIN;
     CREATE TABLE meta(key TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
     CREATE TABLE tiles(id INTEGER PRIMARY KEY, value INTEGER, crc INTEGER NOT NULL, data BLOB);
 )";
+
+constexpr size_t kTilesACommit = 1024;
 
 // Where a reader need not look, without a walk through all tiles.
 constexpr auto kIndex = "CREATE INDEX tiles_with_data ON tiles(id) WHERE value IS NULL OR value <> 0";
@@ -48,6 +51,7 @@ void TileStoreWriter::write(StoredTile const& tile) {
         }
         insert_->step();
         insert_->reset();
+        if (++tiles_ % kTilesACommit == 0) database_->execute("COMMIT; BEGIN");
     });
 }
 
@@ -56,6 +60,7 @@ void TileStoreWriter::finish() {
     translated([&] {
         database_->execute(kIndex);
         database_->execute("COMMIT");
+        database_->execute("PRAGMA journal_mode = DELETE");
     });
     database_.reset();
     output_.finish();

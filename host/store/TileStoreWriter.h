@@ -27,4 +27,5 @@ private:
     TemporaryOutput output_;
     std::optional<sqlite::Database> database_;
     std::optional<sqlite::Statement> insert_;
+    size_t tiles_ = 0; // written
 };
