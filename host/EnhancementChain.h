@@ -41,14 +41,11 @@ public:
     /// The same; throws HostError where it is 0.
     static std::size_t requiredPartSide(std::vector<enhancement::Step> const& steps);
 
-    /// RGBA texels of `output`, rows from the top, from a target that holds inputFor(output): RGBA texels where `depth`
-    /// is 8, else three 16-bit channels of samples of so many bits, at most 15.
-    std::vector<unsigned char> run(OwnedTarget input, unsigned depth, Region const& output);
-
-    /// The same, left in a target of RGBA texels, in its upper left corner.
+    /// RGBA texels of `output`, in the upper left corner of a target, from one that holds inputFor(output): RGBA texels
+    /// where `depth` is 8, else three 16-bit channels of samples of so many bits, at most 15.
     OwnedTarget draw(OwnedTarget input, unsigned depth, Region const& output);
 
-    /// The same from RGBA texels of inputFor(output).
+    /// The same, rows from the top, from RGBA texels of inputFor(output).
     std::vector<unsigned char> run8(std::vector<unsigned char> const& rgba, Region const& output);
 
     /// The same from red, green and blue samples of 15 bits, little-endian. Rows of a plane have an even number of
@@ -66,6 +63,7 @@ private:
 
     Region around(Region const& output, enhancement::Step const& step) const;
     std::vector<Region> regionsUpTo(Region const& output) const;
+    std::vector<unsigned char> run(OwnedTarget input, unsigned depth, Region const& output);
     OwnedTarget finish(Part part, Region const& output);
     std::vector<unsigned char> texels(OwnedTarget const& target, Region const& output) const;
 

@@ -1,5 +1,7 @@
 #include "host/view/Camera.h"
 
+#include "host/view/PictureTile.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -13,11 +15,6 @@ std::int64_t clamped(std::int64_t corner, std::size_t frame, std::size_t size) {
 
 std::int64_t centred(std::size_t frame, std::size_t size) {
     return (static_cast<std::int64_t>(size) - static_cast<std::int64_t>(frame)) / 2;
-}
-
-std::size_t samplesOf(std::size_t pixels, std::size_t level) {
-    std::size_t const distance = std::size_t{1} << level;
-    return (pixels + distance - 1) / distance;
 }
 
 // The next smaller zoom.
@@ -138,12 +135,7 @@ std::optional<PicturePixel> Camera::pixelAt(Place const& inFrame) const {
 }
 
 Extent Camera::size() const {
-    return sizeAt(zoom_);
-}
-
-Extent Camera::sizeAt(Zoom const& zoom) const {
-    return {zoom.pixelsOf(samplesOf(picture_.width, zoom.level())),
-            zoom.pixelsOf(samplesOf(picture_.height, zoom.level()))};
+    return picturetile::pixelExtent(picture_, zoom_);
 }
 
 Zoom Camera::fitting() const {
@@ -155,7 +147,7 @@ Zoom Camera::fitting() const {
         return whole.width > frame_.width || whole.height > frame_.height;
     };
     // The nearest may be the next larger one.
-    while (tooLarge(sizeAt(zoom))) {
+    while (tooLarge(picturetile::pixelExtent(picture_, zoom))) {
         Zoom const smaller = Zoom::nearest(belowValue(zoom), picture_.levels);
         if (smaller == zoom) break;
         zoom = smaller;

@@ -64,7 +64,6 @@ public:
     Extent size() const;
 
 private:
-    Extent sizeAt(Zoom const& zoom) const;
     Zoom fitting() const;
     void set(Zoom const& zoom, Place const& about);
     void clamp();

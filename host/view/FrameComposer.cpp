@@ -43,9 +43,9 @@ FrameComposer::FrameComposer(std::shared_ptr<RenderBackendInstance> instance, Pi
     : instance_(std::move(instance)), targets_(targets), tiles_(tiles), info_(info) {}
 
 Region FrameComposer::shownPart(StoreInfo const& info, View const& view) {
-    Extent const level = picturetile::levelExtent(info, view.zoom.level());
-    Interval const x = ::shownPart(view.x, view.width, view.zoom.pixelsOf(level.width));
-    Interval const y = ::shownPart(view.y, view.height, view.zoom.pixelsOf(level.height));
+    Extent const whole = picturetile::pixelExtent(info, view.zoom);
+    Interval const x = ::shownPart(view.x, view.width, whole.width);
+    Interval const y = ::shownPart(view.y, view.height, whole.height);
     if (x.length == 0 || y.length == 0) return {};
     return {x.start, y.start, x.length, y.length};
 }

@@ -29,6 +29,11 @@ Extent picturetile::levelExtent(StoreInfo const& info, std::size_t level) {
     return {halved(info.width), halved(info.height)};
 }
 
+Extent picturetile::pixelExtent(StoreInfo const& info, Zoom const& zoom) {
+    Extent const level = levelExtent(info, zoom.level());
+    return {zoom.pixelsOf(level.width), zoom.pixelsOf(level.height)};
+}
+
 Region picturetile::shownRegion(StoreInfo const& info, PictureTile const& tile) {
     return fromCorner(tile, kSide, levelExtent(info, tile.level));
 }

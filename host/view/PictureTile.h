@@ -2,6 +2,7 @@
 
 #include "host/Region.h"
 #include "host/store/StoreInfo.h"
+#include "host/view/Zoom.h"
 
 #include <cstddef>
 #include <tuple>
@@ -32,6 +33,8 @@ constexpr std::size_t kMargin = 6;
 
 /// Samples of a level that show the picture: half as many at each further one.
 Extent levelExtent(StoreInfo const& info, std::size_t level);
+/// Pixels of the whole picture at a zoom.
+Extent pixelExtent(StoreInfo const& info, Zoom const& zoom);
 
 /// The tile's samples without the margin, as far as they show the picture.
 Region shownRegion(StoreInfo const& info, PictureTile const& tile);

@@ -210,8 +210,7 @@ StoreInfo const& PictureView::info() const {
 }
 
 Extent PictureView::sizeAt(Zoom const& zoom) const {
-    Extent const level = picturetile::levelExtent(state_->info, zoom.level());
-    return {zoom.pixelsOf(level.width), zoom.pixelsOf(level.height)};
+    return picturetile::pixelExtent(state_->info, zoom);
 }
 
 void PictureView::enhance(std::vector<enhancement::Step> const& steps) {

@@ -48,9 +48,9 @@ StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& insta
 }
 
 Region StoreRenderer::regionAt(StoreInfo const& info, Zoom const& zoom, Region const& region) {
-    Extent const level = picturetile::levelExtent(info, zoom.level());
-    Interval const x = intervalAt(zoom.value(), region.x, region.width, zoom.pixelsOf(level.width));
-    Interval const y = intervalAt(zoom.value(), region.y, region.height, zoom.pixelsOf(level.height));
+    Extent const whole = picturetile::pixelExtent(info, zoom);
+    Interval const x = intervalAt(zoom.value(), region.x, region.width, whole.width);
+    Interval const y = intervalAt(zoom.value(), region.y, region.height, whole.height);
     return {x.start, y.start, x.length, y.length};
 }
 
