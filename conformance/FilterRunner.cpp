@@ -65,6 +65,12 @@ size_t logicalWidth(Layout layout, int widthTexels) {
     return texels;
 }
 
+int texelsOf(Layout layout, int widthPixels) {
+    if (layout == Layout::kOneChannel16) return widthPixels / 2;
+    if (layout == Layout::kThreeChannel16 || layout == Layout::kFourChannel16) return 2 * widthPixels;
+    return widthPixels;
+}
+
 FilterRunner::FilterRunner(std::shared_ptr<RenderBackendInstance> instance) : instance_(std::move(instance)) {}
 
 FilterRunner::~FilterRunner() {
@@ -161,9 +167,12 @@ Comparison FilterRunner::compareWithin(Filter const& filter, FilterRun const& ru
 }
 
 void FilterRunner::eraseTargets() {
+    if (shapes_.empty()) return;
     for (auto const& shape : shapes_)
         instance_->eraseTarget(shape.first);
     shapes_.clear();
+    // A target that was erased may come back larger than it was asked for, and with it other coordinates.
+    instance_->clearTargets();
 }
 
 } // namespace conformance

@@ -23,6 +23,8 @@ enum class Layout {
 };
 
 std::size_t logicalWidth(Layout layout, int widthTexels);
+/// The other way: the texels of a row of pixels, which ends with a whole texel.
+int texelsOf(Layout layout, int widthPixels);
 
 /// One run of a filter. Everything counts logical pixels but the offset, which counts texels of the destination.
 struct FilterRun {
@@ -78,7 +80,7 @@ public:
     Comparison compareWithin(Filter const& filter, FilterRun const& run, reference::Texels const& expected,
                              Layout layout, SingleFilterParameters const& params = {});
 
-    /// Gives back every target made so far.
+    /// Gives back every target made so far; the next ones are new, and just as large as they are asked for.
     void eraseTargets();
 
     std::shared_ptr<RenderBackendInstance> const& instance() const { return instance_; }

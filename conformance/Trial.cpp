@@ -8,6 +8,7 @@ namespace conformance {
 namespace {
 
 constexpr std::size_t kTexelBytes = 4;
+constexpr int kCommonLength = 8192;
 
 std::string placeOf(std::size_t byte, Comparison const& comparison) {
     std::size_t const texel = byte / kTexelBytes;
@@ -19,12 +20,18 @@ std::string placeOf(std::size_t byte, Comparison const& comparison) {
 
 } // namespace
 
-Trial::Trial(FilterRunner& runner, bool full) : runner_(runner), full_(full) {}
+Trial::Trial(FilterRunner& runner, Scope const& scope) : runner_(runner), scope_(scope) {}
 
 Trial::~Trial() {
     runner_.eraseTargets();
     for (Filter& filter : filters_)
         runner_.instance()->destroyFilterInstance(filter);
+}
+
+std::vector<int> Trial::stripLengths() const {
+    int const longest = scope_.longestTexels / 4 * 4;
+    if (longest <= kCommonLength) return {longest};
+    return {kCommonLength, longest};
 }
 
 Filter Trial::prepared(Filter const& description) {

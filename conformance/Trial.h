@@ -14,17 +14,26 @@ struct Tally {
     std::string firstDifference;      ///< where the first one lies, for a person; empty where there is none
 };
 
+/// How much a trial runs.
+struct Scope {
+    bool full = false; ///< the exhaustive sets instead of samples of them
+    /// The longest side that a texture can have and a viewport can show; at least 2048 on OpenGL ES 3.
+    int longestTexels = 2048;
+};
+
 /// One filter's trial: runs it, and counts the bytes that differ from what a plain integer model gives.
 class Trial {
 public:
-    /// full: the exhaustive sets instead of samples of them.
-    Trial(FilterRunner& runner, bool full);
+    Trial(FilterRunner& runner, Scope const& scope);
     ~Trial();
 
     Trial(Trial const&) = delete;
     Trial& operator=(Trial const&) = delete;
 
-    bool full() const { return full_; }
+    bool full() const { return scope_.full; }
+    /// Sides of strips in texels, as long as coordinates must stay apart: 8192, and the longest there is. Multiples of
+    /// four, so that every layout fills them.
+    std::vector<int> stripLengths() const;
     FilterRunner& runner() { return runner_; }
     Tally const& tally() const { return tally_; }
 
@@ -42,7 +51,7 @@ public:
 
 private:
     FilterRunner& runner_;
-    bool full_;
+    Scope scope_;
     std::vector<Filter> filters_;
     std::uint64_t comparisons_ = 0;
     Tally tally_;

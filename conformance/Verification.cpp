@@ -50,11 +50,13 @@ std::map<std::string, Check> const& checks() {
     return table;
 }
 
-Outcome outcomeOf(std::string const& name, FilterRunner& runner, bool full) {
+} // namespace
+
+Outcome verifyFilter(std::string const& name, FilterRunner& runner, Scope const& scope) {
     Outcome outcome;
     outcome.filter = name;
     auto const start = std::chrono::steady_clock::now();
-    Trial trial(runner, full);
+    Trial trial(runner, scope);
     try {
         checks().at(name)(trial);
     } catch (std::exception const& error) {
@@ -65,16 +67,14 @@ Outcome outcomeOf(std::string const& name, FilterRunner& runner, bool full) {
     return outcome;
 }
 
-} // namespace
-
-std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, bool full,
+std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, Scope const& scope,
                             VerificationProgress const& progress) {
     FilterRunner runner(instance);
     std::vector<std::string> const& names = description::names();
     std::vector<Outcome> outcomes;
     for (std::string const& name : names) {
         progress(name, outcomes.size(), names.size());
-        outcomes.push_back(outcomeOf(name, runner, full));
+        outcomes.push_back(verifyFilter(name, runner, scope));
     }
     return outcomes;
 }

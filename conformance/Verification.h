@@ -26,10 +26,12 @@ struct Outcome {
 using VerificationProgress = std::function<void(std::string const& filter, std::size_t done, std::size_t total)>;
 
 /// Runs every built-in filter name against its plain integer model, in the order in which the backend registers them.
-/// full: the exhaustive sets, all 2^24 colours for the colour transforms; else samples of them. A filter that the
-/// backend cannot run is an outcome like another. GL thread only; uses targets and tile ids of the instance and gives
-/// them back.
-std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, bool full,
+/// A filter that the backend cannot run is an outcome like another. GL thread only; uses targets and tile ids of the
+/// instance and gives them back, and empties its pool of erased targets.
+std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, Scope const& scope,
                             VerificationProgress const& progress);
+
+/// The same for one of the names.
+Outcome verifyFilter(std::string const& name, FilterRunner& runner, Scope const& scope);
 
 } // namespace conformance

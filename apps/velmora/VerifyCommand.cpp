@@ -55,10 +55,12 @@ Totals totalsOf(std::vector<Outcome> const& outcomes) {
             std::count_if(outcomes.begin(), outcomes.end(), [](Outcome const& outcome) { return !outcome.exact(); })};
 }
 
-std::vector<Outcome> outcomes(Options const& options, SurfacelessContext& context) {
+std::vector<Outcome> outcomes(Options const& options, SurfacelessContext& context, GlInfo const& gl) {
     Gles3RenderBackend backend(RenderBackend::RGBA32, kTileBudgetBytes);
     ProgressBar bar("verifying", stderr);
-    return conformance::verify(backend.createInstance(context), options.full,
+    conformance::Scope const scope = {options.full,
+                                      std::min({gl.maxTextureSize, gl.maxViewport[0], gl.maxViewport[1]})};
+    return conformance::verify(backend.createInstance(context), scope,
                                [&](std::string const&, std::size_t done, std::size_t total) {
                                    interruption::throwIfNoted();
                                    bar.update(done, total);
@@ -106,7 +108,7 @@ void printJson(std::vector<Outcome> const& outcomes, GlInfo const& gl, bool full
 void verify(Options const& options) {
     SurfacelessContext context;
     GlInfo const gl = queryGlInfo();
-    std::vector<Outcome> const all = outcomes(options, context);
+    std::vector<Outcome> const all = outcomes(options, context, gl);
     if (options.json)
         printJson(all, gl, options.full);
     else

@@ -14,7 +14,7 @@ class TrialTest : public ::testing::Test {
 protected:
     // Counting needs no instance, and there is none.
     conformance::FilterRunner runner_{nullptr};
-    Trial trial_{runner_, false};
+    Trial trial_{runner_, {}};
     Texels const picture_{2, 2, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}};
 };
 
@@ -44,6 +44,14 @@ TEST_F(TrialTest, PixelsAreThoseOfTheLayout) {
     EXPECT_EQ(trial_.tally().pixels, 8U);
     trial_.count({picture_, picture_}, Layout::kThreeChannel16);
     EXPECT_EQ(trial_.tally().pixels, 10U);
+}
+
+TEST_F(TrialTest, StripsAreAsLongAsTexturesGetInWholePixelsOfEveryLayout) {
+    auto const lengths = [&](int longestTexels) { return Trial(runner_, {false, longestTexels}).stripLengths(); };
+    EXPECT_EQ(lengths(2048), std::vector<int>{2048});
+    EXPECT_EQ(lengths(8192), std::vector<int>{8192});
+    EXPECT_EQ(lengths(16384), (std::vector<int>{8192, 16384}));
+    EXPECT_EQ(lengths(32767), (std::vector<int>{8192, 32764}));
 }
 
 TEST_F(TrialTest, PictureOfAnotherSizeIsNoDifferenceButAnError) {

@@ -29,6 +29,17 @@ ShaderEdit::Stage stageOf(GLuint shader) {
     return type == GL_VERTEX_SHADER ? ShaderEdit::Stage::kVertex : ShaderEdit::Stage::kFragment;
 }
 
+ShaderEdit::Rewriting replacing(std::string const& search, std::string const& replacement) {
+    return [=](std::string& text) {
+        size_t count = 0;
+        for (size_t at = text.find(search); at != std::string::npos; at = text.find(search, at + replacement.size())) {
+            text.replace(at, search.size(), replacement);
+            ++count;
+        }
+        return count;
+    };
+}
+
 } // namespace
 
 size_t occurrences(std::string const& text, std::string const& part) {
@@ -38,10 +49,13 @@ size_t occurrences(std::string const& text, std::string const& part) {
     return count;
 }
 
-ShaderEdit::ShaderEdit(Stage stage, std::string search, std::string replacement)
-    : stage_(stage), search_(std::move(search)), replacement_(std::move(replacement)) {
+ShaderEdit::ShaderEdit(Stage stage, std::string const& search, std::string const& replacement)
+    : ShaderEdit(stage, replacing(search, replacement)) {
+    if (search.empty()) throw std::invalid_argument("nothing to search for");
+}
+
+ShaderEdit::ShaderEdit(Stage stage, Rewriting rewriting) : stage_(stage), rewriting_(std::move(rewriting)) {
     if (current() != nullptr) throw std::logic_error("one edit at a time");
-    if (search_.empty()) throw std::invalid_argument("nothing to search for");
     current() = this;
 }
 
@@ -52,9 +66,7 @@ ShaderEdit::~ShaderEdit() {
 std::string ShaderEdit::applied(Stage stage, std::string text) {
     if (stage != stage_) return text;
     ++texts_;
-    replacements_ += occurrences(text, search_);
-    for (size_t at = text.find(search_); at != std::string::npos; at = text.find(search_, at + replacement_.size()))
-        text.replace(at, search_.size(), replacement_);
+    replacements_ += rewriting_(text);
     return text;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 
 /// Changes shader texts on their way to GL, so that a test sees a filter run with a fault in it. The tests' linker sends
@@ -9,13 +10,18 @@ class ShaderEdit {
 public:
     enum class Stage { kVertex, kFragment };
 
+    /// A text, whose places to change it replaces and counts.
+    using Rewriting = std::function<size_t(std::string& text)>;
+
     /// From here on `search` becomes `replacement` in each text of that stage.
-    ShaderEdit(Stage stage, std::string search, std::string replacement);
+    ShaderEdit(Stage stage, std::string const& search, std::string const& replacement);
+    /// From here on each text of that stage is rewritten.
+    ShaderEdit(Stage stage, Rewriting rewriting);
     ShaderEdit(ShaderEdit const&) = delete;
     ShaderEdit& operator=(ShaderEdit const&) = delete;
     ~ShaderEdit();
 
-    /// The text with every occurrence replaced; counts text and occurrences.
+    /// The text with every place replaced; counts texts and places.
     std::string applied(Stage stage, std::string text);
 
     /// Texts of the stage that came by.
@@ -25,8 +31,7 @@ public:
 
 private:
     Stage stage_;
-    std::string search_;
-    std::string replacement_;
+    Rewriting rewriting_;
     size_t texts_ = 0;
     size_t replacements_ = 0;
 };
