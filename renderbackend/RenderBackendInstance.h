@@ -51,7 +51,8 @@ public:
     /// range: {x0, x1, y0, y1}, inclusive, the region of the image that fills the viewport, in logical pixels;
     /// canvasRange: the same order, of which x0 and y0 are the origin of the tile grid; tileSize: {width, height} in
     /// logical pixels; blockCoords: a {column, row} per tile, at least as many as blocks, not tested; blocks: tile ids;
-    /// offsets: {x, y}, logical position of the region inside the target, missing values count as 0.
+    /// offsets: {x, y}, logical position of the region inside the target, missing values count as 0. Rows keep GL's
+    /// order in every target: on the host's surface, target 0, the first row of the region is the bottom one.
     virtual void drawTiles(size_t target, Filter const& tileShader, std::vector<size_t> const& range,
                            std::vector<size_t> const& canvasRange, std::vector<size_t> const& tileSize,
                            std::vector<std::vector<size_t>> const& blockCoords, std::vector<size_t> const& blocks,
@@ -118,7 +119,10 @@ public:
     virtual size_t clearTiles() = 0;
 
     /// Runs a filter once. sources: one per input; inputW, inputH: the input area in logical pixels; the four clips
-    /// cut logical pixels off the output; offset: {x, y}, texels of the destination where the output starts.
+    /// cut logical pixels off the output; offset: {x, y}, texels of the destination where the output starts. On the
+    /// host's surface, target 0, rows are mirrored, so that the first one is at the top, and offset.y counts from the
+    /// top; the filters without a model-view (FilterRGBA8ToYCoCg16, both colour matrices, both passes of the 16-bit
+    /// sharpening) keep GL's order there as well.
     virtual void executeFilter(Filter const& filter, std::vector<FilterSource> const& sources, size_t inputW,
                                size_t inputH, size_t destination, size_t clipLeft, size_t clipRight, size_t clipTop,
                                size_t clipBottom, SingleFilterParameters const& params,
@@ -129,7 +133,7 @@ public:
     /// Drops the filter's program. The filter keeps its key: using it again throws, instantiating it does nothing.
     virtual void destroyFilterInstance(Filter& filter) = 0;
     /// Draws the shape of a MaskFilterParams into a target, coloured from `source`. range: {x0, x1, y0, y1} of the
-    /// target in image coordinates.
+    /// target in image coordinates. On the host's surface, target 0, the rows are mirrored.
     virtual void maskRange(size_t source, size_t target, Filter const& maskShader, std::vector<size_t> const& range,
                            SingleFilterParameters const& params) = 0;
 

@@ -19,7 +19,7 @@ using conformance::Layout;
 /// A surface and a backend on it; first, so that they outlive what runs on their instance.
 class RigBackend {
 protected:
-    backendtest::Surface surface_{64, 64};
+    backendtest::Surface surface_{16, 16}; // the pbuffer of the test program
     Gles3RenderBackend backend_{RenderBackend::RGBA32, backendtest::kDefaultBudget};
 };
 

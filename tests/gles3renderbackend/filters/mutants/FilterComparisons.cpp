@@ -8,12 +8,12 @@
 #include "reference/Sharpness16.h"
 #include "reference/Sharpness8.h"
 #include "reference/SixteenToEight.h"
-#include "reference/TableLookup.h"
 #include "reference/Truncate16.h"
 #include "reference/YCoCgR.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"
-#include "tests/gles3renderbackend/filters/TableFilter.h"
+#include "tests/gles3renderbackend/filters/SurfaceScenes.h"
+#include "tests/gles3renderbackend/filters/mutants/TableComparisons.h"
 
 #include <map>
 
@@ -125,6 +125,13 @@ Comparisons yCoCgToRgba8() {
     inputs.push_back(cancellingCoefficients());
     return oneInput(description::filterYCoCg16ToRGBA8, Layout::kThreeChannel16, Layout::kRgba8,
                     reference::yCoCg16ToRgba8, inputs);
+}
+
+// Onto a target that the part inside of the borders fills.
+AssertionResult maskInsideBorders(FilterRig& rig) {
+    Filter const bordered("MaskFilter4x8", 5, 2, 3, 4, 0, 1, 0, 1, 1, 1, 1, 1, 1, RenderBackend::NEAREST);
+    Texels const texels = randomTexels(30, 21, 7);
+    return rig.gives(bordered, {rig.uploaded(texels, Layout::kRgba8)}, cropped(texels, 5, 3, 23, 14), Layout::kRgba8);
 }
 
 // --- interleaving
@@ -275,65 +282,6 @@ Comparisons truncations() {
     return all;
 }
 
-// --- tables
-
-Texels everyCode() {
-    Texels image(256, 2);
-    for (int code = 0; code < 256; ++code) {
-        auto const up = static_cast<std::uint8_t>(code);
-        auto const down = static_cast<std::uint8_t>(255 - code);
-        image.set(code, 0, {up, down, static_cast<std::uint8_t>(code / 2), down});
-        image.set(code, 1, {down, up, up, 7});
-    }
-    return image;
-}
-
-// Through 2^bitDepth entries that are a straight ramp.
-FilterComparison ramp8(size_t bitDepth) {
-    return [=](FilterRig& rig) {
-        std::uint64_t const white = (std::uint64_t{1} << bitDepth) - 1;
-        auto const table = reference::gammaTable(static_cast<unsigned>(bitDepth), 1.0, 0, white);
-        return rig.gives(tableFilter("FilterLinear16TosRGB8", bitDepth), {rig.uploaded(everyCode(), Layout::kRgba8)},
-                         reference::tableLookup8(everyCode(), table), Layout::kRgba8,
-                         FilterLinear16TosRGB8Params(1.0, 0, white));
-    };
-}
-
-// Through 2^bitDepth entries of which 250 rise, in the middle of the range: there all neighbours differ.
-FilterComparison ramp16(size_t bitDepth) {
-    return [=](FilterRig& rig) {
-        std::uint64_t const black = (std::uint64_t{1} << bitDepth) / 4 - 60;
-        auto const last = static_cast<std::int32_t>(black) + 300;
-        Planes3 pixels = randomPlanes(96, 64, 3, last - 400, last);
-        pixels[0] = randomPlane(96, 64, 4, -32768, 32767);
-        Texels const texels = packThreeChannel16(pixels);
-        auto const table = reference::gammaTable(static_cast<unsigned>(bitDepth), 1.0, black, black + 250);
-        return rig.gives(description::filterLinear16TosRGB8(bitDepth), {rig.uploaded(pixels)},
-                         reference::tableLookup16(texels, table), Layout::kRgba8,
-                         FilterLinear16TosRGB8Params(1.0, black, black + 250));
-    };
-}
-
-AssertionResult blackWhiteGamma(FilterRig& rig) {
-    return rig.gives(description::filterBlackWhiteGamma8(), {rig.uploaded(everyCode(), Layout::kRgba8)},
-                     reference::tableLookup8(everyCode(), reference::blackWhiteGamma8Table(2.2, 40, 3300)),
-                     Layout::kRgba8, FilterBlackWhiteGamma8Params(2.2, 40, 3300));
-}
-
-FilterComparison sRgb(size_t bitDepth) {
-    return [=](FilterRig& rig) {
-        auto const table = reference::srgbTable(static_cast<unsigned>(bitDepth));
-        ComparableSingleFilterParameters<unsigned char> const params;
-        if (bitDepth == 8) {
-            return rig.gives(description::filterLinear8ToSRGB8(), {rig.uploaded(everyCode(), Layout::kRgba8)},
-                             reference::tableLookup8(everyCode(), table), Layout::kRgba8, params);
-        }
-        Texels const texels = packThreeChannel16(randomPlanes(96, 64, 5, -100, (1 << bitDepth) + 100));
-        return rig.gives(description::filterLinear16ToSRGB8(bitDepth), {rig.uploaded(texels, Layout::kThreeChannel16)},
-                         reference::tableLookup16(texels, table), Layout::kRgba8, params);
-    };
-}
-
 Comparisons copies(Filter (*description)(), Layout layout) {
     return oneInput(description, layout, layout, same,
                     {packOneChannel16(everySample()), randomTexels(kWideTexels, 2, 3)});
@@ -348,7 +296,7 @@ std::map<std::string, Comparisons> makeAll() {
     Comparisons const v = {vertical(smooth, detail), vertical(boundaryPlane(64, 31, 7), boundaryPlane(64, 31, 8)),
                            verticalPart,
                            vertical(randomPlane(4, kWideTexels / 2 + 2, 3), randomPlane(4, kWideTexels / 2 + 2, 4))};
-    std::map<std::string, Comparisons> all;
+    std::map<std::string, Comparisons> all = tableComparisons();
     all["FilterFirIH53LeGall16"] = h;
     all["FilterFirIV53LeGall16"] = v;
     all["FilterInterleave16"] = {interleaving(16, 9), interleavedPart, interleaving(kWideTexels / 4, 2)};
@@ -357,6 +305,7 @@ std::map<std::string, Comparisons> makeAll() {
     all["BlitFilter4x8"] = copies(description::blitFilter4x8, Layout::kRgba8);
     all["MaskFilter4x8"] = copies(description::maskFilter4x8, Layout::kRgba8);
     all["MaskFilter4x8"].pop_back(); // a mask shows what lies underneath: there are no parts that land elsewhere
+    all["MaskFilter4x8"].emplace_back(maskInsideBorders);
     all["Filter1x16ToRGB8"] =
         oneInput(description::filter1x16ToRGB8, Layout::kOneChannel16, Layout::kRgba8, reference::oneChannel16ToRgb8,
                  {packOneChannel16(everySample()), packOneChannel16(randomPlane(kWideTexels, 2, 3, -300, 600))});
@@ -378,11 +327,8 @@ std::map<std::string, Comparisons> makeAll() {
                                 matrix16(randomPlanes(128, 64, 2, -2, 2), kStrong),
                                 matrix16(randomPlanes(kWideTexels / 2, 2, 3, -9000, 9000), kWarm)};
     all["FilterTruncate16"] = truncations();
-    all["FilterLinear8ToSRGB8"] = {sRgb(8)};
-    all["FilterLinear16ToSRGB8"] = {sRgb(12)};
-    all["FilterLinear16TosRGB8"] = {ramp16(10), ramp16(12), ramp16(16)};
-    all["FilterLinear16TosRGB8Of8Bits"] = {ramp8(8), ramp8(3)}; // other stages than with deeper inputs
-    all["FilterBlackWhiteGamma8"] = {blackWhiteGamma};
+    for (std::string const& name : description::names())
+        if (all.count(name) != 0) all[name].emplace_back([=](FilterRig& rig) { return appearsOnSurface(rig, name); });
     return all;
 }
 

@@ -98,6 +98,8 @@ constexpr Mutant kWaveletsAndCopies[] = {
      "a_texturecoordinates00", "the input's part starts where the range says"},
     {"clipSpaceForTextureSpace", "MaskFilter4x8", "vertex/mask.vert", "0.5 * (gl_Position.xy + 1.0)",
      "0.5 * gl_Position.xy", "clip space starts at -1, texture space at 0"},
+    {"fromTheFirstTexel", "MaskFilter4x8", "vertex/mask.vert", "v_texCoord00 + a_texRange00.xy", "v_texCoord00",
+     "the part inside of the borders starts where the range says"},
 };
 
 constexpr Mutant kConversions[] = {
@@ -247,6 +249,35 @@ constexpr Mutant kEnhancements[] = {
      "each channel finds its own output"},
 };
 
+// Step 3 of a vertex stage, which turns y round on the host's surface and only there.
+constexpr char const* kStep3 = "gl_Position.xy = a_modelView * gl_Position.xy;";
+// The step put into a stage that lacks it.
+constexpr char const* kMain = "void main() {";
+constexpr char const* kMainWithStep3 = "uniform highp mat2 a_modelView;\n"
+                                       "void steps1And2();\n"
+                                       "void main() {\n"
+                                       "    steps1And2();\n"
+                                       "    gl_Position.xy = a_modelView * gl_Position.xy;\n"
+                                       "}\n"
+                                       "void steps1And2() {";
+constexpr char const* kMirrored = "its pictures stand upright on the host's surface";
+constexpr char const* kNotMirrored = "its rows stay in GL's order on the host's surface";
+
+constexpr Mutant kOrientations[] = {
+    {"notMirrored", "BlitFilter4x8", "vertex/common.vert", kStep3, "", kMirrored},
+    {"notMirrored", "MaskFilter4x8", "vertex/mask.vert", kStep3, "", kMirrored},
+    {"notMirrored", "FilterYCoCg16ToRGB16", "vertex/prevCurrNext.vert", kStep3, "", kMirrored},
+    {"notMirrored", "FilterYCoCg16ToRGBA8", "vertex/halfStepPair.vert", kStep3, "", kMirrored},
+    {"notMirrored", "Filter1x16ToRGB8", "vertex/texelWidth.vert", kStep3, "", kMirrored},
+    {"notMirrored", "FilterFirIH53LeGall16", "vertex/twoInputsAlongX.vert", kStep3, "", kMirrored},
+    {"notMirrored", "FilterFirIV53LeGall16", "vertex/twoInputsAlongY.vert", kStep3, "", kMirrored},
+    {"notMirrored", "FilterInterleave16", "vertex/threeInputs.vert", kStep3, "", kMirrored},
+    {"notMirrored", "FilterSharpness8", "vertex/neighbourhood.vert", kStep3, "", kMirrored},
+    {"mirrored", "Filter3x3Matrix8", "vertex/noModelView.vert", kMain, kMainWithStep3, kNotMirrored},
+    {"mirrored", "FilterSharpnessH16", "vertex/prevCurrNextNoModelView.vert", kMain, kMainWithStep3, kNotMirrored},
+    {"mirrored", "FilterSharpnessV16", "vertex/sourceAndBlur.vert", kMain, kMainWithStep3, kNotMirrored},
+};
+
 } // namespace
 
 std::vector<Mutant> const& glslMutants() {
@@ -254,6 +285,7 @@ std::vector<Mutant> const& glslMutants() {
         std::vector<Mutant> list(std::begin(kWaveletsAndCopies), std::end(kWaveletsAndCopies));
         list.insert(list.end(), std::begin(kConversions), std::end(kConversions));
         list.insert(list.end(), std::begin(kEnhancements), std::end(kEnhancements));
+        list.insert(list.end(), std::begin(kOrientations), std::end(kOrientations));
         return list;
     }();
     return all;
