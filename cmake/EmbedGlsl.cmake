@@ -58,6 +58,7 @@ function(velmora_embed_glsl target)
       COMMAND ${CMAKE_COMMAND} -DSOURCE=${source} -DROOT=${folder} -DNAME=${name} -DEXPANDED=${VELMORA_GLSL_DIR}/${stage}
               -DOUTPUT=${VELMORA_GLSL_DIR}/${stage}.cpp -P ${PROJECT_SOURCE_DIR}/cmake/EmbedGlslStage.cmake
       DEPENDS ${source} ${snippets} ${PROJECT_SOURCE_DIR}/cmake/EmbedGlslStage.cmake
+              ${PROJECT_SOURCE_DIR}/cmake/GlslPrecision.cmake
       VERBATIM)
     target_sources(${target} PRIVATE ${VELMORA_GLSL_DIR}/${stage}.cpp)
     string(APPEND declarations "extern std::string const ${name};\n")

@@ -1,6 +1,7 @@
 # cmake -DSOURCE=x.frag -DROOT=filters -DNAME=x_frag -DEXPANDED=... -DOUTPUT=... -P EmbedGlslStage.cmake
 # Expands #include "shared/x.glsl" once per name and writes the text, bare and as a C++ constant.
 cmake_minimum_required(VERSION 3.25)
+include(${CMAKE_CURRENT_LIST_DIR}/GlslPrecision.cmake)
 
 set(seen "")
 function(expand path out)
@@ -39,6 +40,10 @@ if(NOT text MATCHES "^#version 100\n")
 endif()
 if(SOURCE MATCHES "\\.frag$" AND NOT text MATCHES "^#version 100\nprecision (lowp|mediump|highp) float;\n")
   message(FATAL_ERROR "${SOURCE}: line 2 is not the precision")
+endif()
+velmora_glsl_without_highp("${text}" line)
+if(NOT line STREQUAL "")
+  message(FATAL_ERROR "${SOURCE}: \"${line}\" declares without highp, or holds a comment in /* */")
 endif()
 file(WRITE ${EXPANDED} "${text}")
 file(WRITE ${OUTPUT} "#include \"GlslSources.h\"\n\nstd::string const glsl::${NAME} = R\"glsl(${text})glsl\";\n")

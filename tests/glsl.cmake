@@ -10,3 +10,13 @@ else()
   set_tests_properties(glsl PROPERTIES SKIP_RETURN_CODE 77)
 endif()
 set_tests_properties(glsl PROPERTIES TIMEOUT 60)
+
+# What the reference compiler does not look at: the words that keep numbers exact.
+get_property(stages GLOBAL PROPERTY VELMORA_GLSL_STAGES)
+list(JOIN stages "," stages)
+add_test(
+  NAME glsl-precision
+  COMMAND ${CMAKE_COMMAND} -DFOLDER=${VELMORA_GLSL_DIR} -DSTAGES=${stages}
+          -DEMBED=${PROJECT_SOURCE_DIR}/cmake/EmbedGlslStage.cmake -DWORK=${CMAKE_CURRENT_BINARY_DIR}/glslPrecision -P
+          ${CMAKE_CURRENT_LIST_DIR}/glslPrecision.cmake)
+set_tests_properties(glsl-precision PROPERTIES TIMEOUT 120)

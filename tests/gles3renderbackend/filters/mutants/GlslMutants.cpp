@@ -249,6 +249,48 @@ constexpr Mutant kEnhancements[] = {
      "each channel finds its own output"},
 };
 
+// Each word that keeps numbers exact which 16 bits do not hold; where nothing shows, the build's look at the words is
+// what keeps them.
+constexpr char const* kBeyond2048 = "whole numbers beyond 2048 need highp";
+
+constexpr Mutant kPrecisions[] = {
+    {"highSamplesInMediump", "FilterFirIH53LeGall16", "Gles3FilterFirIH53LeGall16.frag", "highp vec3 H = mix",
+     "mediump vec3 H = mix", kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"evenSamplesInMediump", "FilterFirIH53LeGall16", "Gles3FilterFirIH53LeGall16.frag", "highp vec2 even = L",
+     "mediump vec2 even = L", kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"coordinateInMediump", "BlitFilter4x8", "copy.frag", "varying highp vec2", "varying mediump vec2",
+     "none of these implementations keeps a varying in 16 bits; a coarse device does", Fate::kEquivalent},
+    {"highBytesInMediump", "FilterYCoCg16ToRGBA8", "shared/unscaledBytes.glsl", "highp vec3 low, highp vec3 high",
+     "highp vec3 low, mediump vec3 high", "a byte in 255ths needs more than 11 bits to be multiplied by 256",
+     Fate::kDiffersInHalfPrecision},
+    {"centreInMediump", "FilterSharpness8", "Gles3FilterSharpness8.frag", "highp vec4 centre", "mediump vec4 centre",
+     kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"cornersInMediump", "FilterSharpness8", "Gles3FilterSharpness8.frag", "highp vec4 corners", "mediump vec4 corners",
+     kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"tapInMediump", "FilterSharpnessH16", "Gles3FilterSharpnessH16.frag", "highp vec3 tap", "mediump vec3 tap",
+     kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"blurInMediump", "FilterSharpnessV16", "Gles3FilterSharpnessV16.frag", "highp vec3 blurredPixel",
+     "mediump vec3 blurredPixel", kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"differenceInMediump", "FilterSharpnessV16", "Gles3FilterSharpnessV16.frag", "scaledDifference(highp vec3",
+     "scaledDifference(mediump vec3", kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"restInMediump", "FilterSharpnessV16", "Gles3FilterSharpnessV16.frag", "highp vec3 rest", "mediump vec3 rest",
+     kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"byteWeightsInMediump", "Filter3x3Matrix16", "Gles3Filter3x3Matrix16.frag", "const highp vec4",
+     "const mediump vec4", "65536 is beyond a float of 16 bits", Fate::kDiffersInHalfPrecision},
+    {"carryInMediump", "Filter3x3Matrix16", "Gles3Filter3x3Matrix16.frag", "highp float carry", "mediump float carry",
+     kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"magnitudeInMediump", "Filter3x3Matrix16", "Gles3Filter3x3Matrix16.frag", "highp float magnitude",
+     "mediump float magnitude", kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"samplesInMediump", "FilterTruncate16", "Gles3FilterTruncate16.frag", "highp vec2 values = samplePair",
+     "mediump vec2 values = samplePair", kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"codesOfNegativesInMediump", "FilterTruncate16", "Gles3FilterTruncate16.frag", "highp vec2 codes",
+     "mediump vec2 codes", kBeyond2048, Fate::kDiffersInHalfPrecision},
+    {"lastIndexInMediump", "FilterLinear16TosRGB8", "lookup16.frag", "uniform highp float", "uniform mediump float",
+     "65535 is beyond 11 bits", Fate::kDiffersInHalfPrecision},
+    {"columnInMediump", "FilterLinear16TosRGB8", "lookup16.frag", "highp float column", "mediump float column",
+     "a middle between entries beyond 1024 needs more than 11 bits", Fate::kDiffersInHalfPrecision},
+};
+
 // Step 3 of a vertex stage, which turns y round on the host's surface and only there.
 constexpr char const* kStep3 = "gl_Position.xy = a_modelView * gl_Position.xy;";
 // The step put into a stage that lacks it.
@@ -285,6 +327,7 @@ std::vector<Mutant> const& glslMutants() {
         std::vector<Mutant> list(std::begin(kWaveletsAndCopies), std::end(kWaveletsAndCopies));
         list.insert(list.end(), std::begin(kConversions), std::end(kConversions));
         list.insert(list.end(), std::begin(kEnhancements), std::end(kEnhancements));
+        list.insert(list.end(), std::begin(kPrecisions), std::end(kPrecisions));
         list.insert(list.end(), std::begin(kOrientations), std::end(kOrientations));
         return list;
     }();
