@@ -56,7 +56,7 @@ Pointwise through16(reference::ByteTable const& table, std::size_t depth) {
             }};
 }
 
-constexpr int kClaheRows = 41; // the fewest that are equalised
+constexpr int kFewestEqualised = 41; // rows or columns
 
 Texels equalised(Texels const& texels, double clip) {
     int const width = texels.width / 2;
@@ -165,8 +165,8 @@ void checkCLAHE(Trial& trial) {
             expectEqualised(trial, filter, texels, clip);
     }
     for (int const length : trial.stripLengths()) {
-        expectEqualised(trial, filter, greySlope(length / 2, kClaheRows, 30), 3.0);
-        expectEqualised(trial, filter, greySlope(kClaheRows, length, 31), 3.0);
+        expectEqualised(trial, filter, greySlope(length / 2, kFewestEqualised, 30), 3.0);
+        expectEqualised(trial, filter, greySlope(kFewestEqualised, length, 31), 3.0);
     }
     expectEqualisedPart(trial, filter);
 }
