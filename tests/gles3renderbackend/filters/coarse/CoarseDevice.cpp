@@ -1,7 +1,7 @@
 #include "tests/gles3renderbackend/filters/coarse/CoarseDevice.h"
 
+#include <cctype>
 #include <ostream>
-#include <regex>
 #include <stdexcept>
 #include <string>
 
@@ -33,25 +33,38 @@ std::string functions(std::string const& body) {
            "highp vec3 kept(highp vec3 v) { return kept(vec4(v, 0.0)).xyz; }\n";
 }
 
-// Replaces the name from `from` on; the count of places.
-size_t replaceReads(std::string& text, size_t from, std::string const& name) {
-    std::string const head = text.substr(0, from);
-    std::string const tail = text.substr(from);
-    std::regex const reads("\\b" + name + "\\b");
-    auto const count = std::distance(std::sregex_iterator(tail.begin(), tail.end(), reads), std::sregex_iterator());
-    text = head + std::regex_replace(tail, reads, "kept(" + name + ")");
-    return static_cast<size_t>(count);
+bool isWordAt(std::string const& text, size_t at, size_t length) {
+    auto const inWord = [&](size_t i) {
+        return i < text.size() && (std::isalnum(static_cast<unsigned char>(text[i])) != 0 || text[i] == '_');
+    };
+    return (at == 0 || !inWord(at - 1)) && !inWord(at + length);
 }
 
-size_t roundVaryings(std::string& text) {
-    std::regex const declaration(R"(varying\s+(?:(?:highp|mediump|lowp)\s+)?vec[234]\s+(\w+);)");
+// Rounds what the text reads by this name from `from` on; the count of places.
+size_t roundReads(std::string& text, size_t from, std::string const& name) {
+    std::string const rounded = "kept(" + name + ")";
     size_t count = 0;
-    std::smatch match;
-    for (size_t at = 0;
-         std::regex_search(text.cbegin() + static_cast<std::ptrdiff_t>(at), text.cend(), match, declaration); ++count) {
-        at += static_cast<size_t>(match.position() + match.length());
-        std::string const name = match[1];
-        replaceReads(text, at, name);
+    for (size_t at = text.find(name, from); at != std::string::npos; at = text.find(name, at)) {
+        if (!isWordAt(text, at, name.size())) {
+            at += name.size();
+            continue;
+        }
+        text.replace(at, name.size(), rounded);
+        at += rounded.size();
+        ++count;
+    }
+    return count;
+}
+
+// A declaration is "varying highp vec2 name;".
+size_t roundVaryings(std::string& text) {
+    std::string const declaration = "\nvarying ";
+    size_t count = 0;
+    for (size_t at = text.find(declaration); at != std::string::npos; at = text.find(declaration, at + 1)) {
+        size_t const end = text.find(';', at);
+        size_t const name = text.rfind(' ', end) + 1;
+        roundReads(text, end, text.substr(name, end - name));
+        ++count;
     }
     return count;
 }
@@ -84,9 +97,8 @@ std::vector<CoarseDevice> const& coarseDevices() {
 
 ShaderEdit::Rewriting emulating(CoarseDevice const& device) {
     return [=](std::string& text) {
-        size_t const count = device.quantity == CoarseDevice::Quantity::kVaryings
-                                 ? roundVaryings(text)
-                                 : replaceReads(text, 0, "gl_FragCoord");
+        size_t const count = device.quantity == CoarseDevice::Quantity::kVaryings ? roundVaryings(text)
+                                                                                  : roundReads(text, 0, "gl_FragCoord");
         insertFunctions(text, functions(device.rounding));
         return count;
     };
