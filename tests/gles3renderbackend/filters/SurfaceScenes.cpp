@@ -16,6 +16,7 @@
 #include "tests/gles3renderbackend/filters/FilterInputs.h"
 #include "tests/support/PixelMatchers.h"
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <set>
