@@ -1,23 +1,43 @@
 #include "tests/gles3renderbackend/FailingAllocation.h"
 
+#include "tests/support/RecordingGl.h"
+
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-std::atomic<size_t> failing{0};
+constexpr std::int64_t kNone = -1;
+
+std::atomic<size_t> failingBytes{0};
+std::atomic<std::int64_t> allocationsBeforeFailure{kNone};
+
+bool itsTurnToFail() {
+    if (allocationsBeforeFailure < 0 || RecordingGl::atWork()) return false;
+    return allocationsBeforeFailure.fetch_sub(1) == 0; // which leaves kNone
+}
 
 void* allocate(size_t bytes) {
     size_t expected = bytes;
-    if (bytes != 0 && failing.compare_exchange_strong(expected, 0)) return nullptr;
+    if (bytes != 0 && failingBytes.compare_exchange_strong(expected, 0)) return nullptr;
+    if (itsTurnToFail()) return nullptr;
     return std::malloc(bytes == 0 ? 1 : bytes);
 }
 
 } // namespace
 
 void backendtest::failNextAllocation(size_t bytes) {
-    failing = bytes;
+    failingBytes = bytes;
+}
+
+void backendtest::failAllocationAfter(size_t skip) {
+    allocationsBeforeFailure = static_cast<std::int64_t>(skip);
+}
+
+bool backendtest::letAllocationsSucceed() {
+    return allocationsBeforeFailure.exchange(kNone) != kNone;
 }
 
 // The forms for single objects are replaced together, so that no memory of the one is given back to the other.

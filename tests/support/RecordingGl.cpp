@@ -17,6 +17,8 @@ std::unique_ptr<State>& holder() {
     return state;
 }
 
+thread_local int callsBeingAnswered = 0;
+
 } // namespace
 
 State& state() {
@@ -26,13 +28,21 @@ void forgetState() {
     holder() = std::make_unique<State>();
 }
 
-RecordingGl::Call& State::record(std::string const& name, std::vector<RecordingGl::Argument> arguments) {
-    if (std::this_thread::get_id() != thread) ADD_FAILURE() << name << " is called on a thread that has no GL context";
-    calls.push_back({name, std::move(arguments), {}});
-    return calls.back();
+AtWork::AtWork() {
+    ++callsBeingAnswered;
+}
+AtWork::AtWork(AtWork&& other) noexcept : counted_(std::exchange(other.counted_, false)) {}
+AtWork::~AtWork() {
+    if (counted_) --callsBeingAnswered;
 }
 
-bool State::fails(std::string const& name) {
+void State::record(char const* name, std::vector<RecordingGl::Argument> arguments) {
+    if (std::this_thread::get_id() != thread) ADD_FAILURE() << name << " is called on a thread that has no GL context";
+    current = {name, std::move(arguments), {}};
+    calls.push_back(current);
+}
+
+bool State::fails(char const* name) {
     for (auto failure = failures.begin(); failure != failures.end(); ++failure) {
         if (failure->name != name) continue;
         if (failure->skip > 0) {
@@ -48,7 +58,7 @@ bool State::fails(std::string const& name) {
 
 void State::raise(GLenum code, std::string const& reason) {
     errors.push_back(
-        {code, (code == GL_NO_ERROR ? "misuse" : enumName(code)) + " by " + calls.back().text() + ": " + reason});
+        {code, (code == GL_NO_ERROR ? "misuse" : enumName(code)) + " by " + current.text() + ": " + reason});
     if (code == GL_NO_ERROR || flag != GL_NO_ERROR)
         return; // as GL does, the flag keeps the first error until it is read
     flag = code;
@@ -82,6 +92,10 @@ std::vector<GLint> State::integersOf(GLenum name) const {
         return signedName(boundBuffer(GL_PIXEL_PACK_BUFFER));
     case GL_PIXEL_UNPACK_BUFFER_BINDING:
         return signedName(boundBuffer(GL_PIXEL_UNPACK_BUFFER));
+    case GL_SAMPLER_BINDING: {
+        auto const found = boundSamplers.find(activeUnit);
+        return signedName(found == boundSamplers.end() ? 0 : found->second);
+    }
     default:
         break;
     }
@@ -107,6 +121,10 @@ using recording::state;
 RecordingGl& RecordingGl::instance() {
     static RecordingGl gl;
     return gl;
+}
+
+bool RecordingGl::atWork() {
+    return recording::callsBeingAnswered != 0;
 }
 
 std::string RecordingGl::Call::text() const {

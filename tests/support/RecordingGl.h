@@ -111,6 +111,8 @@ public:
     };
 
     static RecordingGl& instance();
+    /// Whether a gl* function is answering on this thread. What memory it takes is not the library's.
+    static bool atWork();
 
     RecordingGl(RecordingGl const&) = delete;
     RecordingGl& operator=(RecordingGl const&) = delete;

@@ -28,7 +28,7 @@ bool outside(RecordingGl::Buffer const& buffer, GLintptr offset, GLsizeiptr size
 } // namespace
 
 void glGenBuffers(GLsizei n, GLuint* buffers) {
-    record("glGenBuffers", n, Pointer{buffers});
+    auto const recorded = record("glGenBuffers", n, Pointer{buffers});
     auto const failed = state().fails("glGenBuffers");
     for (GLsizei i = 0; i < n; ++i) {
         buffers[i] = failed ? 0 : state().nextName++;
@@ -37,7 +37,7 @@ void glGenBuffers(GLsizei n, GLuint* buffers) {
 }
 
 void glDeleteBuffers(GLsizei n, GLuint const* buffers) {
-    record("glDeleteBuffers", n, recording::NameList{n, buffers});
+    auto const recorded = record("glDeleteBuffers", n, recording::NameList{n, buffers});
     for (GLsizei i = 0; i < n; ++i) {
         auto const name = buffers[i];
         if (name == 0) continue;
@@ -48,18 +48,18 @@ void glDeleteBuffers(GLsizei n, GLuint const* buffers) {
 }
 
 GLboolean glIsBuffer(GLuint buffer) {
-    record("glIsBuffer", buffer);
+    auto const recorded = record("glIsBuffer", buffer);
     return state().buffers.count(buffer) != 0 ? GL_TRUE : GL_FALSE;
 }
 
 void glBindBuffer(GLenum target, GLuint buffer) {
-    record("glBindBuffer", Enum{target}, buffer);
+    auto const recorded = record("glBindBuffer", Enum{target}, buffer);
     if (buffer != 0 && state().buffers.count(buffer) == 0) return state().raise(GL_NO_ERROR, "not a living buffer");
     state().boundBuffers[target] = buffer;
 }
 
 void glBufferData(GLenum target, GLsizeiptr size, void const* data, GLenum usage) {
-    record("glBufferData", Enum{target}, size, Pointer{data}, Enum{usage});
+    auto const recorded = record("glBufferData", Enum{target}, size, Pointer{data}, Enum{usage});
     if (state().fails("glBufferData")) return;
     if (size < 0) return state().raise(GL_INVALID_VALUE, "negative size");
     auto* const buffer = boundBuffer(target);
@@ -71,7 +71,7 @@ void glBufferData(GLenum target, GLsizeiptr size, void const* data, GLenum usage
 }
 
 void glBufferSubData(GLenum target, GLintptr offset, GLsizeiptr size, void const* data) {
-    record("glBufferSubData", Enum{target}, offset, size, Pointer{data});
+    auto const recorded = record("glBufferSubData", Enum{target}, offset, size, Pointer{data});
     if (state().fails("glBufferSubData")) return;
     auto* const buffer = boundBuffer(target);
     if (buffer == nullptr || outside(*buffer, offset, size)) return;
@@ -80,7 +80,7 @@ void glBufferSubData(GLenum target, GLintptr offset, GLsizeiptr size, void const
 }
 
 void* glMapBufferRange(GLenum target, GLintptr offset, GLsizeiptr length, GLbitfield access) {
-    record("glMapBufferRange", Enum{target}, offset, length, MapAccess{access});
+    auto const recorded = record("glMapBufferRange", Enum{target}, offset, length, MapAccess{access});
     if (state().fails("glMapBufferRange")) return nullptr;
     auto* const buffer = boundBuffer(target);
     if (buffer == nullptr || outside(*buffer, offset, length)) return nullptr;
@@ -94,7 +94,7 @@ void* glMapBufferRange(GLenum target, GLintptr offset, GLsizeiptr length, GLbitf
 }
 
 GLboolean glUnmapBuffer(GLenum target) {
-    record("glUnmapBuffer", Enum{target});
+    auto const recorded = record("glUnmapBuffer", Enum{target});
     if (state().fails("glUnmapBuffer")) return GL_FALSE;
     auto* const buffer = boundBuffer(target);
     if (buffer == nullptr) return GL_FALSE;
@@ -107,7 +107,7 @@ GLboolean glUnmapBuffer(GLenum target) {
 }
 
 void glFlushMappedBufferRange(GLenum target, GLintptr offset, GLsizeiptr length) {
-    record("glFlushMappedBufferRange", Enum{target}, offset, length);
+    auto const recorded = record("glFlushMappedBufferRange", Enum{target}, offset, length);
     auto* const buffer = boundBuffer(target);
     if (buffer != nullptr && !buffer->mapped) state().raise(GL_INVALID_OPERATION, "the buffer is not mapped");
 }

@@ -68,7 +68,7 @@ void draw(GLsizei count) {
 } // namespace
 
 GLenum glGetError() {
-    record("glGetError");
+    auto const recorded = record("glGetError");
     auto& s = state();
     auto const answer = s.flag;
     if (s.flagMisuse) s.errors[*s.flagMisuse].read = true;
@@ -78,14 +78,14 @@ GLenum glGetError() {
 }
 
 void glGetIntegerv(GLenum name, GLint* values) {
-    record("glGetIntegerv", Enum{name}, Pointer{values});
+    auto const recorded = record("glGetIntegerv", Enum{name}, Pointer{values});
     auto const answer = state().integersOf(name);
     if (answer.empty()) return state().raise(GL_INVALID_ENUM, "this integer is not recorded");
     std::copy(answer.begin(), answer.end(), values);
 }
 
 void glGetFloatv(GLenum name, GLfloat* values) {
-    record("glGetFloatv", Enum{name}, Pointer{values});
+    auto const recorded = record("glGetFloatv", Enum{name}, Pointer{values});
     if (name == GL_COLOR_CLEAR_VALUE)
         std::copy(state().clearColor.begin(), state().clearColor.end(), values);
     else
@@ -93,15 +93,17 @@ void glGetFloatv(GLenum name, GLfloat* values) {
 }
 
 void glGetBooleanv(GLenum name, GLboolean* value) {
-    record("glGetBooleanv", Enum{name}, Pointer{value});
+    auto const recorded = record("glGetBooleanv", Enum{name}, Pointer{value});
     if (name == GL_DEPTH_WRITEMASK)
         *value = state().depthMask ? GL_TRUE : GL_FALSE;
+    else if (name == GL_COLOR_WRITEMASK)
+        std::copy(state().colorMask.begin(), state().colorMask.end(), value);
     else
         state().raise(GL_INVALID_ENUM, "this truth is not recorded");
 }
 
 GLubyte const* glGetString(GLenum name) {
-    record("glGetString", Enum{name});
+    auto const recorded = record("glGetString", Enum{name});
     auto const found = state().strings.find(name);
     if (found != state().strings.end()) return reinterpret_cast<GLubyte const*>(found->second.c_str());
     state().raise(GL_INVALID_ENUM, "no such text");
@@ -109,84 +111,94 @@ GLubyte const* glGetString(GLenum name) {
 }
 
 void glGetShaderPrecisionFormat(GLenum shaderType, GLenum precision, GLint* range, GLint* bits) {
-    record("glGetShaderPrecisionFormat", Enum{shaderType}, Enum{precision}, Pointer{range}, Pointer{bits});
+    auto const recorded =
+        record("glGetShaderPrecisionFormat", Enum{shaderType}, Enum{precision}, Pointer{range}, Pointer{bits});
     range[0] = range[1] = 127;
     *bits = 23;
 }
 
 void glEnable(GLenum capability) {
-    record("glEnable", Enum{capability});
+    auto const recorded = record("glEnable", Enum{capability});
     state().enabled.insert(capability);
 }
 
 void glDisable(GLenum capability) {
-    record("glDisable", Enum{capability});
+    auto const recorded = record("glDisable", Enum{capability});
     state().enabled.erase(capability);
 }
 
 GLboolean glIsEnabled(GLenum capability) {
-    record("glIsEnabled", Enum{capability});
+    auto const recorded = record("glIsEnabled", Enum{capability});
     return state().enabled.count(capability) != 0 ? GL_TRUE : GL_FALSE;
 }
 
 void glDepthMask(GLboolean flag) {
-    record("glDepthMask", Boolean{flag});
+    auto const recorded = record("glDepthMask", Boolean{flag});
     state().depthMask = flag != GL_FALSE;
 }
 
 void glColorMask(GLboolean red, GLboolean green, GLboolean blue, GLboolean alpha) {
-    record("glColorMask", Boolean{red}, Boolean{green}, Boolean{blue}, Boolean{alpha});
+    auto const recorded = record("glColorMask", Boolean{red}, Boolean{green}, Boolean{blue}, Boolean{alpha});
+    state().colorMask = {red, green, blue, alpha};
 }
 
 void glViewport(GLint x, GLint y, GLsizei width, GLsizei height) {
-    record("glViewport", x, y, width, height);
+    auto const recorded = record("glViewport", x, y, width, height);
     setRectangle(GL_VIEWPORT, x, y, width, height);
 }
 
 void glScissor(GLint x, GLint y, GLsizei width, GLsizei height) {
-    record("glScissor", x, y, width, height);
+    auto const recorded = record("glScissor", x, y, width, height);
     setRectangle(GL_SCISSOR_BOX, x, y, width, height);
 }
 
 void glClearColor(GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha) {
-    record("glClearColor", red, green, blue, alpha);
+    auto const recorded = record("glClearColor", red, green, blue, alpha);
     state().clearColor = {red, green, blue, alpha};
 }
 
 void glClear(GLbitfield mask) {
-    record("glClear", ClearMask{mask});
+    auto const recorded = record("glClear", ClearMask{mask});
 }
 void glFlush() {
-    record("glFlush");
+    auto const recorded = record("glFlush");
 }
 void glFinish() {
-    record("glFinish");
+    auto const recorded = record("glFinish");
 }
 
 void glVertexAttribPointer(GLuint index, GLint size, GLenum type, GLboolean normalized, GLsizei stride,
                            void const* pointer) {
     auto const buffer = state().boundBuffer(GL_ARRAY_BUFFER);
-    record("glVertexAttribPointer", signedIndex(index), size, Enum{type}, Boolean{normalized}, stride,
-           Pointer{pointer, buffer != 0});
+    auto const recorded = record("glVertexAttribPointer", signedIndex(index), size, Enum{type}, Boolean{normalized},
+                                 stride, Pointer{pointer, buffer != 0});
     if (!attributeExists(index)) return;
     if (buffer == 0) return state().raise(GL_NO_ERROR, "vertices come from a buffer here");
     auto& attribute = state().attributes[index];
     attribute = {attribute.enabled, size, type, stride, reinterpret_cast<std::uintptr_t>(pointer), buffer};
 }
 
+void glGetVertexAttribiv(GLuint index, GLenum name, GLint* value) {
+    auto const recorded = record("glGetVertexAttribiv", signedIndex(index), Enum{name}, Pointer{value});
+    if (!attributeExists(index)) return;
+    if (name != GL_VERTEX_ATTRIB_ARRAY_ENABLED) return state().raise(GL_INVALID_ENUM, "this property is not recorded");
+    auto const found = state().attributes.find(index);
+    *value = found != state().attributes.end() && found->second.enabled ? GL_TRUE : GL_FALSE;
+}
+
 void glEnableVertexAttribArray(GLuint index) {
-    record("glEnableVertexAttribArray", signedIndex(index));
+    auto const recorded = record("glEnableVertexAttribArray", signedIndex(index));
     if (attributeExists(index)) state().attributes[index].enabled = true;
 }
 
 void glDisableVertexAttribArray(GLuint index) {
-    record("glDisableVertexAttribArray", signedIndex(index));
+    auto const recorded = record("glDisableVertexAttribArray", signedIndex(index));
     if (attributeExists(index)) state().attributes[index].enabled = false;
 }
 
 void glDrawElements(GLenum mode, GLsizei count, GLenum type, void const* indices) {
-    record("glDrawElements", Mode{mode}, count, Enum{type},
-           Pointer{indices, state().boundBuffer(GL_ELEMENT_ARRAY_BUFFER) != 0});
+    auto const recorded = record("glDrawElements", Mode{mode}, count, Enum{type},
+                                 Pointer{indices, state().boundBuffer(GL_ELEMENT_ARRAY_BUFFER) != 0});
     if (state().boundBuffer(GL_ELEMENT_ARRAY_BUFFER) == 0)
         return state().raise(GL_NO_ERROR, "indices come from a buffer here");
     auto const indexBytes = type == GL_UNSIGNED_BYTE ? 1 : type == GL_UNSIGNED_SHORT ? 2 : 4;
@@ -195,6 +207,6 @@ void glDrawElements(GLenum mode, GLsizei count, GLenum type, void const* indices
 }
 
 void glDrawArrays(GLenum mode, GLint first, GLsizei count) {
-    record("glDrawArrays", Mode{mode}, first, count);
+    auto const recorded = record("glDrawArrays", Mode{mode}, first, count);
     draw(count);
 }

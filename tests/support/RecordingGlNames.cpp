@@ -112,6 +112,10 @@ Names const& enumNames() {
         {GL_MAX_TEXTURE_IMAGE_UNITS, "GL_MAX_TEXTURE_IMAGE_UNITS"},
         {GL_MAX_COMBINED_TEXTURE_IMAGE_UNITS, "GL_MAX_COMBINED_TEXTURE_IMAGE_UNITS"},
         {GL_MAX_VERTEX_ATTRIBS, "GL_MAX_VERTEX_ATTRIBS"},
+        {GL_VERTEX_ATTRIB_ARRAY_ENABLED, "GL_VERTEX_ATTRIB_ARRAY_ENABLED"},
+        {GL_SAMPLER_BINDING, "GL_SAMPLER_BINDING"},
+        {GL_COLOR_WRITEMASK, "GL_COLOR_WRITEMASK"},
+        {GL_RASTERIZER_DISCARD, "GL_RASTERIZER_DISCARD"},
         {GL_MAX_VIEWPORT_DIMS, "GL_MAX_VIEWPORT_DIMS"},
         {GL_MAX_RENDERBUFFER_SIZE, "GL_MAX_RENDERBUFFER_SIZE"},
         {GL_IMPLEMENTATION_COLOR_READ_FORMAT, "GL_IMPLEMENTATION_COLOR_READ_FORMAT"},
@@ -226,8 +230,8 @@ RecordingGl::Argument argument(float value) {
     return {std::string(text.data(), end), static_cast<double>(value)};
 }
 
-RecordingGl::Argument argument(std::string const& value) {
-    return {"\"" + value + "\"", 0};
+RecordingGl::Argument argument(char const* value) {
+    return {"\"" + std::string(value) + "\"", 0};
 }
 
 } // namespace recording

@@ -45,7 +45,7 @@ RecordingGl::Argument argument(MapAccess value);
 RecordingGl::Argument argument(NameList value);
 RecordingGl::Argument argument(Pointer value);
 RecordingGl::Argument argument(float value);
-RecordingGl::Argument argument(std::string const& value);
+RecordingGl::Argument argument(char const* value);
 
 template <class Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
 RecordingGl::Argument argument(Integer value) {

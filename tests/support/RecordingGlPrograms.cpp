@@ -168,7 +168,7 @@ void releaseShader(GLuint name) {
 } // namespace
 
 GLuint glCreateShader(GLenum type) {
-    record("glCreateShader", Enum{type});
+    auto const recorded = record("glCreateShader", Enum{type});
     if (state().fails("glCreateShader")) return 0;
     auto const name = state().nextName++;
     state().shaders[name].type = type;
@@ -176,7 +176,7 @@ GLuint glCreateShader(GLenum type) {
 }
 
 void glDeleteShader(GLuint shader) {
-    record("glDeleteShader", shader);
+    auto const recorded = record("glDeleteShader", shader);
     if (shader == 0) return;
     auto* const found = findShader(shader);
     if (found == nullptr) return;
@@ -186,12 +186,12 @@ void glDeleteShader(GLuint shader) {
 }
 
 GLboolean glIsShader(GLuint shader) {
-    record("glIsShader", shader);
+    auto const recorded = record("glIsShader", shader);
     return state().shaders.count(shader) != 0 ? GL_TRUE : GL_FALSE;
 }
 
 void glShaderSource(GLuint shader, GLsizei count, GLchar const* const* strings, GLint const* lengths) {
-    record("glShaderSource", shader, count, Pointer{strings}, Pointer{lengths});
+    auto const recorded = record("glShaderSource", shader, count, Pointer{strings}, Pointer{lengths});
     auto* const found = findShader(shader);
     if (found == nullptr) return;
     found->source.clear();
@@ -204,7 +204,7 @@ void glShaderSource(GLuint shader, GLsizei count, GLchar const* const* strings, 
 }
 
 void glCompileShader(GLuint shader) {
-    record("glCompileShader", shader);
+    auto const recorded = record("glCompileShader", shader);
     auto* const found = findShader(shader);
     if (found == nullptr) return;
     auto& failures = state().compileFailures[found->type];
@@ -215,7 +215,7 @@ void glCompileShader(GLuint shader) {
 }
 
 void glGetShaderiv(GLuint shader, GLenum name, GLint* value) {
-    record("glGetShaderiv", shader, Enum{name}, Pointer{value});
+    auto const recorded = record("glGetShaderiv", shader, Enum{name}, Pointer{value});
     auto const* const found = findShader(shader);
     if (found == nullptr) return;
     switch (name) {
@@ -240,12 +240,12 @@ void glGetShaderiv(GLuint shader, GLenum name, GLint* value) {
 }
 
 void glGetShaderInfoLog(GLuint shader, GLsizei size, GLsizei* length, GLchar* log) {
-    record("glGetShaderInfoLog", shader, size, Pointer{length}, Pointer{log});
+    auto const recorded = record("glGetShaderInfoLog", shader, size, Pointer{length}, Pointer{log});
     if (auto const* const found = findShader(shader)) copyText(found->infoLog, size, length, log);
 }
 
 GLuint glCreateProgram() {
-    record("glCreateProgram");
+    auto const recorded = record("glCreateProgram");
     if (state().fails("glCreateProgram")) return 0;
     auto const name = state().nextName++;
     state().programs[name] = {};
@@ -253,7 +253,7 @@ GLuint glCreateProgram() {
 }
 
 void glDeleteProgram(GLuint program) {
-    record("glDeleteProgram", program);
+    auto const recorded = record("glDeleteProgram", program);
     if (program == 0) return;
     auto* const found = findProgram(program);
     if (found == nullptr) return;
@@ -265,19 +265,19 @@ void glDeleteProgram(GLuint program) {
 }
 
 GLboolean glIsProgram(GLuint program) {
-    record("glIsProgram", program);
+    auto const recorded = record("glIsProgram", program);
     return state().programs.count(program) != 0 ? GL_TRUE : GL_FALSE;
 }
 
 void glAttachShader(GLuint program, GLuint shader) {
-    record("glAttachShader", program, shader);
+    auto const recorded = record("glAttachShader", program, shader);
     auto* const found = findProgram(program);
     if (found == nullptr || findShader(shader) == nullptr) return;
     found->attached.push_back(shader);
 }
 
 void glDetachShader(GLuint program, GLuint shader) {
-    record("glDetachShader", program, shader);
+    auto const recorded = record("glDetachShader", program, shader);
     auto* const found = findProgram(program);
     if (found == nullptr || findShader(shader) == nullptr) return;
     auto const place = std::find(found->attached.begin(), found->attached.end(), shader);
@@ -287,12 +287,12 @@ void glDetachShader(GLuint program, GLuint shader) {
 }
 
 void glBindAttribLocation(GLuint program, GLuint index, GLchar const* name) {
-    record("glBindAttribLocation", program, index, std::string(name));
+    auto const recorded = record("glBindAttribLocation", program, index, name);
     findProgram(program);
 }
 
 void glLinkProgram(GLuint program) {
-    record("glLinkProgram", program);
+    auto const recorded = record("glLinkProgram", program);
     auto* const found = findProgram(program);
     if (found == nullptr) return;
     auto& s = state();
@@ -314,7 +314,7 @@ void glLinkProgram(GLuint program) {
 }
 
 void glGetProgramiv(GLuint program, GLenum name, GLint* value) {
-    record("glGetProgramiv", program, Enum{name}, Pointer{value});
+    auto const recorded = record("glGetProgramiv", program, Enum{name}, Pointer{value});
     auto const* const found = findProgram(program);
     if (found == nullptr) return;
     switch (name) {
@@ -345,38 +345,40 @@ void glGetProgramiv(GLuint program, GLenum name, GLint* value) {
 }
 
 void glGetProgramInfoLog(GLuint program, GLsizei size, GLsizei* length, GLchar* log) {
-    record("glGetProgramInfoLog", program, size, Pointer{length}, Pointer{log});
+    auto const recorded = record("glGetProgramInfoLog", program, size, Pointer{length}, Pointer{log});
     if (auto const* const found = findProgram(program)) copyText(found->infoLog, size, length, log);
 }
 
 void glGetActiveAttrib(GLuint program, GLuint index, GLsizei room, GLsizei* length, GLint* size, GLenum* type,
                        GLchar* name) {
-    record("glGetActiveAttrib", program, index, room, Pointer{length}, Pointer{size}, Pointer{type}, Pointer{name});
+    auto const recorded =
+        record("glGetActiveAttrib", program, index, room, Pointer{length}, Pointer{size}, Pointer{type}, Pointer{name});
     if (auto const* const found = findProgram(program))
         getActive(found->attributes, index, room, length, size, type, name);
 }
 
 void glGetActiveUniform(GLuint program, GLuint index, GLsizei room, GLsizei* length, GLint* size, GLenum* type,
                         GLchar* name) {
-    record("glGetActiveUniform", program, index, room, Pointer{length}, Pointer{size}, Pointer{type}, Pointer{name});
+    auto const recorded = record("glGetActiveUniform", program, index, room, Pointer{length}, Pointer{size},
+                                 Pointer{type}, Pointer{name});
     if (auto const* const found = findProgram(program))
         getActive(found->uniforms, index, room, length, size, type, name);
 }
 
 GLint glGetAttribLocation(GLuint program, GLchar const* name) {
-    record("glGetAttribLocation", program, std::string(name));
+    auto const recorded = record("glGetAttribLocation", program, name);
     auto const* const found = findProgram(program);
     return found == nullptr ? -1 : locationOf(found->attributes, name);
 }
 
 GLint glGetUniformLocation(GLuint program, GLchar const* name) {
-    record("glGetUniformLocation", program, std::string(name));
+    auto const recorded = record("glGetUniformLocation", program, name);
     auto const* const found = findProgram(program);
     return found == nullptr ? -1 : locationOf(found->uniforms, name);
 }
 
 void glUseProgram(GLuint program) {
-    record("glUseProgram", program);
+    auto const recorded = record("glUseProgram", program);
     if (program != 0) {
         auto const* const found = findProgram(program);
         if (found == nullptr) return;

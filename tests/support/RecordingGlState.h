@@ -3,6 +3,7 @@
 #include "tests/support/RecordingGl.h"
 #include "tests/support/RecordingGlNames.h"
 
+#include <array>
 #include <deque>
 #include <map>
 #include <optional>
@@ -35,6 +36,7 @@ struct ProgramScript {
 struct State {
     std::thread::id thread = std::this_thread::get_id();
     std::vector<RecordingGl::Call> calls;
+    RecordingGl::Call current; // also where it is not among the calls
     std::vector<RecordingGl::Draw> draws;
 
     std::vector<Error> errors;
@@ -59,6 +61,7 @@ struct State {
 
     GLuint activeUnit = 0;
     std::map<GLuint, GLuint> boundTextures; // by unit
+    std::map<GLuint, GLuint> boundSamplers; // by unit; nobody makes them, any name will do
     std::map<GLenum, GLuint> boundBuffers;
     GLuint readFramebuffer = 0;
     GLuint drawFramebuffer = 0;
@@ -85,11 +88,11 @@ struct State {
     std::map<GLuint, RecordingGl::VertexAttribute> attributes;
     std::vector<float> clearColor{0, 0, 0, 0};
     bool depthMask = true;
+    std::array<GLboolean, 4> colorMask{GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE};
 
-    /// The call that is being recorded, for what belongs to it beside its arguments.
-    RecordingGl::Call& record(std::string const& name, std::vector<RecordingGl::Argument> arguments);
+    void record(char const* name, std::vector<RecordingGl::Argument> arguments);
     /// Whether a script lets this call of the function fail; raises the script's error. Asked right after record().
-    bool fails(std::string const& name);
+    bool fails(char const* name);
     /// Raises an error for the call recorded last.
     void raise(GLenum code, std::string const& reason);
     void raiseScripted(GLenum code);
@@ -102,9 +105,25 @@ struct State {
 State& state();
 void forgetState();
 
+/// Lives as long as the recorder answers a call: RecordingGl::atWork() on this thread.
+class [[nodiscard]] AtWork {
+public:
+    AtWork();
+    AtWork(AtWork&& other) noexcept;
+    AtWork(AtWork const&) = delete;
+    AtWork& operator=(AtWork const&) = delete;
+    ~AtWork();
+
+private:
+    bool counted_ = true;
+};
+
+/// The first statement of each gl* function, which keeps the result until it returns.
 template <class... Arguments>
-RecordingGl::Call& record(std::string const& name, Arguments const&... arguments) {
-    return state().record(name, {argument(arguments)...});
+AtWork record(char const* name, Arguments const&... arguments) {
+    AtWork atWork;
+    state().record(name, {argument(arguments)...});
+    return atWork;
 }
 
 /// Memory of `size` bytes at `pointer`: client memory, or bytes of the buffer bound to `target`. Null and an error when GL would refuse.

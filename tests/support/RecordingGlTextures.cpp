@@ -101,7 +101,7 @@ std::uint8_t* recording::pixelMemory(GLenum target, void const* pointer, size_t 
 }
 
 void glGenTextures(GLsizei n, GLuint* textures) {
-    record("glGenTextures", n, Pointer{textures});
+    auto const recorded = record("glGenTextures", n, Pointer{textures});
     auto const failed = state().fails("glGenTextures");
     for (GLsizei i = 0; i < n; ++i) {
         textures[i] = failed ? 0 : state().nextName++;
@@ -110,7 +110,7 @@ void glGenTextures(GLsizei n, GLuint* textures) {
 }
 
 void glDeleteTextures(GLsizei n, GLuint const* textures) {
-    record("glDeleteTextures", n, recording::NameList{n, textures});
+    auto const recorded = record("glDeleteTextures", n, recording::NameList{n, textures});
     for (GLsizei i = 0; i < n; ++i) {
         auto const name = textures[i];
         if (name == 0) continue;
@@ -121,12 +121,12 @@ void glDeleteTextures(GLsizei n, GLuint const* textures) {
 }
 
 GLboolean glIsTexture(GLuint texture) {
-    record("glIsTexture", texture);
+    auto const recorded = record("glIsTexture", texture);
     return state().textures.count(texture) != 0 ? GL_TRUE : GL_FALSE;
 }
 
 void glActiveTexture(GLenum unit) {
-    record("glActiveTexture", Enum{unit});
+    auto const recorded = record("glActiveTexture", Enum{unit});
     auto const units = static_cast<GLuint>(state().integers.at(GL_MAX_COMBINED_TEXTURE_IMAGE_UNITS).front());
     if (unit < GL_TEXTURE0 || unit - GL_TEXTURE0 >= units)
         return state().raise(GL_INVALID_ENUM, "no such texture unit");
@@ -134,19 +134,24 @@ void glActiveTexture(GLenum unit) {
 }
 
 void glBindTexture(GLenum target, GLuint texture) {
-    record("glBindTexture", Enum{target}, texture);
+    auto const recorded = record("glBindTexture", Enum{target}, texture);
     if (target != GL_TEXTURE_2D) return state().raise(GL_INVALID_ENUM, "only GL_TEXTURE_2D is recorded");
     if (texture != 0 && state().textures.count(texture) == 0) return state().raise(GL_NO_ERROR, "not a living texture");
     state().boundTextures[state().activeUnit] = texture;
 }
 
+void glBindSampler(GLuint unit, GLuint sampler) {
+    auto const recorded = record("glBindSampler", unit, sampler);
+    state().boundSamplers[unit] = sampler;
+}
+
 void glTexParameteri(GLenum target, GLenum name, GLint value) {
-    record("glTexParameteri", Enum{target}, Enum{name}, Enum{static_cast<GLenum>(value)});
+    auto const recorded = record("glTexParameteri", Enum{target}, Enum{name}, Enum{static_cast<GLenum>(value)});
     if (auto* const texture = boundTexture()) texture->parameters[name] = value;
 }
 
 void glGenerateMipmap(GLenum target) {
-    record("glGenerateMipmap", Enum{target});
+    auto const recorded = record("glGenerateMipmap", Enum{target});
     auto* const texture = boundTexture();
     if (texture == nullptr) return;
     if (texture->levels.count(0) == 0) return state().raise(GL_INVALID_OPERATION, "the texture has no image");
@@ -154,7 +159,7 @@ void glGenerateMipmap(GLenum target) {
 }
 
 void glPixelStorei(GLenum name, GLint value) {
-    record("glPixelStorei", Enum{name}, value);
+    auto const recorded = record("glPixelStorei", Enum{name}, value);
     if (state().pixelStore.count(name) == 0) return state().raise(GL_INVALID_ENUM, "no such setting");
     auto const alignment = name == GL_PACK_ALIGNMENT || name == GL_UNPACK_ALIGNMENT;
     auto const allowed = alignment ? value == 1 || value == 2 || value == 4 || value == 8 : value >= 0;
@@ -164,8 +169,9 @@ void glPixelStorei(GLenum name, GLint value) {
 
 void glTexImage2D(GLenum target, GLint level, GLint internalFormat, GLsizei width, GLsizei height, GLint border,
                   GLenum format, GLenum type, void const* pixels) {
-    record("glTexImage2D", Enum{target}, level, Enum{static_cast<GLenum>(internalFormat)}, width, height, border,
-           Enum{format}, Enum{type}, Pointer{pixels, offsetInto(GL_PIXEL_UNPACK_BUFFER)});
+    auto const recorded =
+        record("glTexImage2D", Enum{target}, level, Enum{static_cast<GLenum>(internalFormat)}, width, height, border,
+               Enum{format}, Enum{type}, Pointer{pixels, offsetInto(GL_PIXEL_UNPACK_BUFFER)});
     if (state().fails("glTexImage2D")) return;
     auto const pixelBytes = bytesPerPixel(format, type);
     if (pixelBytes == 0) return state().raise(GL_INVALID_ENUM, "no such format and type");
@@ -191,8 +197,8 @@ void glTexImage2D(GLenum target, GLint level, GLint internalFormat, GLsizei widt
 
 void glTexSubImage2D(GLenum target, GLint level, GLint x, GLint y, GLsizei width, GLsizei height, GLenum format,
                      GLenum type, void const* pixels) {
-    record("glTexSubImage2D", Enum{target}, level, x, y, width, height, Enum{format}, Enum{type},
-           Pointer{pixels, offsetInto(GL_PIXEL_UNPACK_BUFFER)});
+    auto const recorded = record("glTexSubImage2D", Enum{target}, level, x, y, width, height, Enum{format}, Enum{type},
+                                 Pointer{pixels, offsetInto(GL_PIXEL_UNPACK_BUFFER)});
     if (state().fails("glTexSubImage2D")) return;
     auto* const texture = boundTexture();
     if (texture == nullptr) return;
@@ -217,8 +223,8 @@ void glTexSubImage2D(GLenum target, GLint level, GLint x, GLint y, GLsizei width
 }
 
 void glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type, void* pixels) {
-    record("glReadPixels", x, y, width, height, Enum{format}, Enum{type},
-           Pointer{pixels, offsetInto(GL_PIXEL_PACK_BUFFER)});
+    auto const recorded = record("glReadPixels", x, y, width, height, Enum{format}, Enum{type},
+                                 Pointer{pixels, offsetInto(GL_PIXEL_PACK_BUFFER)});
     if (state().fails("glReadPixels")) return;
     auto const own = format == GL_RGBA && type == GL_UNSIGNED_BYTE;
     auto const offered =
@@ -242,7 +248,7 @@ void glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format
 }
 
 void glGenFramebuffers(GLsizei n, GLuint* framebuffers) {
-    record("glGenFramebuffers", n, Pointer{framebuffers});
+    auto const recorded = record("glGenFramebuffers", n, Pointer{framebuffers});
     auto const failed = state().fails("glGenFramebuffers");
     for (GLsizei i = 0; i < n; ++i) {
         framebuffers[i] = failed ? 0 : state().nextName++;
@@ -251,7 +257,7 @@ void glGenFramebuffers(GLsizei n, GLuint* framebuffers) {
 }
 
 void glDeleteFramebuffers(GLsizei n, GLuint const* framebuffers) {
-    record("glDeleteFramebuffers", n, recording::NameList{n, framebuffers});
+    auto const recorded = record("glDeleteFramebuffers", n, recording::NameList{n, framebuffers});
     for (GLsizei i = 0; i < n; ++i) {
         auto const name = framebuffers[i];
         if (name == 0) continue;
@@ -262,12 +268,12 @@ void glDeleteFramebuffers(GLsizei n, GLuint const* framebuffers) {
 }
 
 GLboolean glIsFramebuffer(GLuint framebuffer) {
-    record("glIsFramebuffer", framebuffer);
+    auto const recorded = record("glIsFramebuffer", framebuffer);
     return state().framebuffers.count(framebuffer) != 0 ? GL_TRUE : GL_FALSE;
 }
 
 void glBindFramebuffer(GLenum target, GLuint framebuffer) {
-    record("glBindFramebuffer", Enum{target}, framebuffer);
+    auto const recorded = record("glBindFramebuffer", Enum{target}, framebuffer);
     if (framebuffer != 0 && state().framebuffers.count(framebuffer) == 0)
         return state().raise(GL_NO_ERROR, "not a living framebuffer");
     if (target != GL_READ_FRAMEBUFFER) state().drawFramebuffer = framebuffer;
@@ -275,7 +281,8 @@ void glBindFramebuffer(GLenum target, GLuint framebuffer) {
 }
 
 void glFramebufferTexture2D(GLenum target, GLenum attachment, GLenum textureTarget, GLuint texture, GLint level) {
-    record("glFramebufferTexture2D", Enum{target}, Enum{attachment}, Enum{textureTarget}, texture, level);
+    auto const recorded =
+        record("glFramebufferTexture2D", Enum{target}, Enum{attachment}, Enum{textureTarget}, texture, level);
     if (texture != 0 && state().textures.count(texture) == 0)
         return state().raise(GL_INVALID_OPERATION, "not a living texture");
     auto const name = framebufferBinding(target);
@@ -285,7 +292,7 @@ void glFramebufferTexture2D(GLenum target, GLenum attachment, GLenum textureTarg
 }
 
 GLenum glCheckFramebufferStatus(GLenum target) {
-    record("glCheckFramebufferStatus", Enum{target});
+    auto const recorded = record("glCheckFramebufferStatus", Enum{target});
     if (state().fails("glCheckFramebufferStatus")) return GL_FRAMEBUFFER_UNSUPPORTED;
     auto const name = framebufferBinding(target);
     if (name != 0 && state().framebuffers.at(name).colorTexture == 0)
@@ -295,5 +302,6 @@ GLenum glCheckFramebufferStatus(GLenum target) {
 
 void glBlitFramebuffer(GLint x0, GLint y0, GLint x1, GLint y1, GLint toX0, GLint toY0, GLint toX1, GLint toY1,
                        GLbitfield mask, GLenum filter) {
-    record("glBlitFramebuffer", x0, y0, x1, y1, toX0, toY0, toX1, toY1, recording::ClearMask{mask}, Enum{filter});
+    auto const recorded =
+        record("glBlitFramebuffer", x0, y0, x1, y1, toX0, toY0, toX1, toY1, recording::ClearMask{mask}, Enum{filter});
 }

@@ -33,61 +33,61 @@ void setArray(GLint location, GLsizei count, size_t components, GLfloat const* v
 } // namespace
 
 void glUniform1i(GLint location, GLint x) {
-    record("glUniform1i", location, x);
+    auto const recorded = record("glUniform1i", location, x);
     set(location, {static_cast<float>(x)});
 }
 
 void glUniform1f(GLint location, GLfloat x) {
-    record("glUniform1f", location, x);
+    auto const recorded = record("glUniform1f", location, x);
     set(location, {x});
 }
 
 void glUniform2f(GLint location, GLfloat x, GLfloat y) {
-    record("glUniform2f", location, x, y);
+    auto const recorded = record("glUniform2f", location, x, y);
     set(location, {x, y});
 }
 
 void glUniform3f(GLint location, GLfloat x, GLfloat y, GLfloat z) {
-    record("glUniform3f", location, x, y, z);
+    auto const recorded = record("glUniform3f", location, x, y, z);
     set(location, {x, y, z});
 }
 
 void glUniform4f(GLint location, GLfloat x, GLfloat y, GLfloat z, GLfloat w) {
-    record("glUniform4f", location, x, y, z, w);
+    auto const recorded = record("glUniform4f", location, x, y, z, w);
     set(location, {x, y, z, w});
 }
 
 void glUniform1fv(GLint location, GLsizei count, GLfloat const* values) {
-    record("glUniform1fv", location, count, Pointer{values});
+    auto const recorded = record("glUniform1fv", location, count, Pointer{values});
     setArray(location, count, 1, values);
 }
 
 void glUniform2fv(GLint location, GLsizei count, GLfloat const* values) {
-    record("glUniform2fv", location, count, Pointer{values});
+    auto const recorded = record("glUniform2fv", location, count, Pointer{values});
     setArray(location, count, 2, values);
 }
 
 void glUniform3fv(GLint location, GLsizei count, GLfloat const* values) {
-    record("glUniform3fv", location, count, Pointer{values});
+    auto const recorded = record("glUniform3fv", location, count, Pointer{values});
     setArray(location, count, 3, values);
 }
 
 void glUniform4fv(GLint location, GLsizei count, GLfloat const* values) {
-    record("glUniform4fv", location, count, Pointer{values});
+    auto const recorded = record("glUniform4fv", location, count, Pointer{values});
     setArray(location, count, 4, values);
 }
 
 void glUniformMatrix2fv(GLint location, GLsizei count, GLboolean transpose, GLfloat const* values) {
-    record("glUniformMatrix2fv", location, count, Boolean{transpose}, Pointer{values});
+    auto const recorded = record("glUniformMatrix2fv", location, count, Boolean{transpose}, Pointer{values});
     setArray(location, count, 4, values);
 }
 
 void glUniformMatrix3fv(GLint location, GLsizei count, GLboolean transpose, GLfloat const* values) {
-    record("glUniformMatrix3fv", location, count, Boolean{transpose}, Pointer{values});
+    auto const recorded = record("glUniformMatrix3fv", location, count, Boolean{transpose}, Pointer{values});
     setArray(location, count, 9, values);
 }
 
 void glUniformMatrix4fv(GLint location, GLsizei count, GLboolean transpose, GLfloat const* values) {
-    record("glUniformMatrix4fv", location, count, Boolean{transpose}, Pointer{values});
+    auto const recorded = record("glUniformMatrix4fv", location, count, Boolean{transpose}, Pointer{values});
     setArray(location, count, 16, values);
 }
