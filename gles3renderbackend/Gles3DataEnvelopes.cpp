@@ -1,6 +1,7 @@
 #include "gles3renderbackend/Gles3DataEnvelopes.h"
 
 #include <array>
+#include <utility>
 
 namespace {
 
@@ -13,6 +14,20 @@ Vertex vertex(std::uint32_t x, std::uint32_t y) {
     return {static_cast<GLfloat>(x), static_cast<GLfloat>(y)};
 }
 
+struct Mesh {
+    std::vector<Vertex> vertices;
+    std::vector<GLushort> indices;
+
+    void add(DataEnvelopes::Rectangle const& rectangle) {
+        auto const& [min, max] = rectangle;
+        size_t const base = vertices.size();
+        vertices.insert(vertices.end(), {vertex(min[0], min[1]), vertex(min[0], max[1]), vertex(max[0], max[1]),
+                                         vertex(max[0], min[1])});
+        for (size_t const corner : kTriangles)
+            indices.push_back(static_cast<GLushort>(base + corner));
+    }
+};
+
 } // namespace
 
 Gles3DataEnvelopes::Gles3DataEnvelopes() : vertexBuffer_(GL_ARRAY_BUFFER), indexBuffer_(GL_ELEMENT_ARRAY_BUFFER) {}
@@ -20,23 +35,20 @@ Gles3DataEnvelopes::Gles3DataEnvelopes() : vertexBuffer_(GL_ARRAY_BUFFER), index
 Gles3DataEnvelopes::~Gles3DataEnvelopes() = default;
 
 void Gles3DataEnvelopes::set(std::vector<std::uint8_t> const& id, Data const& data) {
-    DataEnvelopes::set(id, data);
-    std::vector<Vertex> vertices;
-    std::vector<GLushort> indices;
+    DataEnvelopes base;
+    base.set(id, data); // tests the cells too
+    Mesh mesh;
     for (auto const& element : data) {
         std::vector<Corner> cells;
         cells.reserve(element.second.size());
         for (auto const& cell : element.second)
             cells.push_back({cell[0], cell[1]});
-        for (auto const& [min, max] : mergeCells(cells)) {
-            size_t const base = vertices.size();
-            vertices.insert(vertices.end(), {vertex(min[0], min[1]), vertex(min[0], max[1]), vertex(max[0], max[1]),
-                                             vertex(max[0], min[1])});
-            for (size_t const corner : kTriangles)
-                indices.push_back(static_cast<GLushort>(base + corner));
-        }
+        for (auto const& rectangle : mergeCells(cells))
+            mesh.add(rectangle);
     }
-    vertexBuffer_.setData(vertices.data(), vertices.size() * sizeof(Vertex));
-    indexBuffer_.setData(indices.data(), indices.size() * sizeof(GLushort));
-    indexCount_ = indices.size();
+    // Nothing below throws: a set that fails leaves the old contents.
+    static_cast<DataEnvelopes&>(*this) = std::move(base);
+    vertexBuffer_.setData(mesh.vertices.data(), mesh.vertices.size() * sizeof(Vertex));
+    indexBuffer_.setData(mesh.indices.data(), mesh.indices.size() * sizeof(GLushort));
+    indexCount_ = mesh.indices.size();
 }

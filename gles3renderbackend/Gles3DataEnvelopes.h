@@ -24,7 +24,8 @@ public:
     Gles3DataEnvelopes& operator=(Gles3DataEnvelopes const&) = default;
     ~Gles3DataEnvelopes() override;
 
-    /// Besides the base: merges the cells of each element alone and uploads the mesh. Leaves both buffers bound.
+    /// Besides the base: merges the cells of each element alone and uploads the mesh. Leaves both buffers bound. Where
+    /// it throws, cells, id and mesh are the old ones.
     void set(std::vector<std::uint8_t> const& id, Data const& data) override;
 
     /// Indices to draw, 0 until set() has run.

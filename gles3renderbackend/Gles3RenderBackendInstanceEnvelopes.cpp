@@ -13,12 +13,13 @@ constexpr size_t kBytesPerEnvelope = 112;
 void Gles3RenderBackendInstance::dataEnvelopes(
     std::vector<unsigned char> const& id,
     std::vector<std::pair<std::vector<unsigned short>, std::vector<std::vector<unsigned int>>>> const& data) {
+    // A new object each time: whoever holds the previous one keeps it as it was. It is complete before the cache hears
+    // of it, so that a set that cannot be stored leaves the stored one alone and an id that was never set unset.
+    auto const envelopes = std::make_shared<Gles3DataEnvelopes>();
+    envelopes->set(id, data);
     std::pair<size_t, std::vector<unsigned char>> const key(this->id(), id);
-    // A new object each time: whoever holds the previous one keeps it as it was.
-    std::shared_ptr<Gles3DataEnvelopes>& slot = envelopeCache_->get(key);
-    slot = std::make_shared<Gles3DataEnvelopes>();
-    slot->set(id, data);
-    envelopeCache_->setSize(key, slot->count() * kBytesPerEnvelope);
+    envelopeCache_->get(key) = envelopes;
+    envelopeCache_->setSize(key, envelopes->count() * kBytesPerEnvelope);
 }
 
 std::shared_ptr<DataEnvelopes const> Gles3RenderBackendInstance::dataEnvelopes(

@@ -28,10 +28,13 @@ public:
     DataEnvelopes();
     DataEnvelopes(DataEnvelopes const&) = default;
     DataEnvelopes& operator=(DataEnvelopes const&) = default;
+    DataEnvelopes(DataEnvelopes&&) = default;
+    DataEnvelopes& operator=(DataEnvelopes&&) = default;
     virtual ~DataEnvelopes();
 
     /// Replaces the contents: merges the cells of all elements into rectangles and builds the index over them. Cells
-    /// may repeat. Throws VelmoraException, and keeps the old contents, where a cell has fewer than two coordinates.
+    /// may repeat. Throws VelmoraException where a cell has fewer than two coordinates; the old contents stay then, as
+    /// they do where memory runs out.
     virtual void set(std::vector<std::uint8_t> const& id, Data const& data);
 
     /// Grid cells covered.
