@@ -31,11 +31,13 @@ Gles3ConcurrentStagingBuffer::Gles3ConcurrentStagingBuffer(size_t targetOrTileId
     if (open && *instance_.fillOffset_ + bytes > ring[ringIndex_]->size()) advanceRing((ringIndex_ + 1) % ring.size());
     auto* const mapped = static_cast<std::uint8_t*>(ring[ringIndex_]->mapped());
     if (mapped == nullptr) throw VelmoraException("could not map PBO range", kConstructor);
-    data_ = mapped + *instance_.fillOffset_;
+    size_t const offset = *instance_.fillOffset_;
+    data_ = mapped + offset;
 
-    (*instance_.pendingUploads_)[ringIndex_].push_back({{instance_.id(), targetOrTileId}, size});
+    (*instance_.pendingUploads_)[ringIndex_].push_back(
+        {{instance_.id(), targetOrTileId}, {size[0], size[1], size[2], offset}});
     *instance_.fillOffset_ += bytes;
-    (*bufferUse_)[ringIndex_].fetch_add(kUsePerWriter);
+    (*instance_.bufferUse_)[ringIndex_].fetch_add(kUsePerWriter);
 }
 
 Gles3ConcurrentStagingBuffer::~Gles3ConcurrentStagingBuffer() = default;
@@ -43,7 +45,7 @@ Gles3ConcurrentStagingBuffer::~Gles3ConcurrentStagingBuffer() = default;
 // Closes the ring buffer being filled and opens the next one, which must have been uploaded first.
 void Gles3ConcurrentStagingBuffer::advanceRing(size_t next) {
     if (next == *instance_.readIndex_) {
-        std::atomic<int> const& writers = (*bufferUse_)[next];
+        std::atomic<int> const& writers = (*instance_.bufferUse_)[next];
         while (writers.load() > 0) {} // busy by design: the writers are on other cores, and close to done
         instance_.syncTexturesFromPboRingBuffer();
         if (next == *instance_.readIndex_)
@@ -54,6 +56,10 @@ void Gles3ConcurrentStagingBuffer::advanceRing(size_t next) {
 }
 
 void Gles3ConcurrentStagingBuffer::write(std::vector<std::uint8_t> const& pixels, size_t offset) {
+    // Held until the counter is lowered. The mapped memory goes with the ring: where there are no counters there is
+    // none.
+    std::shared_ptr<std::vector<std::atomic<int>>> const bufferUse = bufferUse_.lock();
+    if (!bufferUse) return;
     size_t const bytes = byteCount(size());
     bool const complete = offset <= pixels.size() && bytes <= pixels.size() - offset;
     if (complete)
@@ -61,5 +67,5 @@ void Gles3ConcurrentStagingBuffer::write(std::vector<std::uint8_t> const& pixels
     else
         std::memset(data_, 0, bytes);
     // Sequentially consistent: whoever reads the lowered counter on the GL thread sees the copy.
-    (*bufferUse_)[ringIndex_].fetch_sub(kUsePerWriter);
+    (*bufferUse)[ringIndex_].fetch_sub(kUsePerWriter);
 }

@@ -13,6 +13,10 @@ class Gles3RenderBackendInstance;
 /// Room for one tile in the instance's upload ring. Constructed on the GL thread, written on any, given back on the GL
 /// thread to synchronizeConcurrentStagingBuffer. Destroying it unwritten does not return the room: the ring buffer that
 /// holds it then waits for ever.
+///
+/// It keeps nothing of the ring alive. Once the last instance of the backend is gone, writing does nothing, and no
+/// later instance hears of it; but a write that is under way while the instance is destroyed copies into memory that
+/// goes. The host sees to it that all writes have returned by then.
 class Gles3ConcurrentStagingBuffer : public ConcurrentStagingBuffer {
 public:
     /// Reserves room, in the next ring buffer where the present one is full; a tile of more than 4 MiB is not refused
@@ -24,7 +28,8 @@ public:
     Gles3ConcurrentStagingBuffer& operator=(Gles3ConcurrentStagingBuffer const&) = delete;
     ~Gles3ConcurrentStagingBuffer() override;
 
-    /// Any thread, exactly once per buffer. Copies size[0] * size[1] * size[2] bytes; makes no GL call.
+    /// Any thread, exactly once per buffer. Copies size[0] * size[1] * size[2] bytes; makes no GL call. Does nothing
+    /// where the instance is gone.
     void write(std::vector<std::uint8_t> const& pixels, size_t offset) override;
     bool ready() const override { return true; }
     void* nativeHandle() const override { return nullptr; }
@@ -42,5 +47,6 @@ private:
     Gles3RenderBackendInstance& instance_;
     size_t ringIndex_;
     std::uint8_t* data_ = nullptr;
-    std::shared_ptr<std::vector<std::atomic<int>>> bufferUse_; ///< lives as long as anybody may still write
+    std::weak_ptr<std::vector<std::atomic<int>>>
+        bufferUse_; ///< of the ring; a shared one would outlive the ring's memory
 };

@@ -4,6 +4,7 @@
 #include "gles3renderbackend/FilterRegistry.h"
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 #include "gles3renderbackend/Gles3SharedResources.h"
+#include "gles3renderbackend/UploadRing.h"
 #include "gles3renderbackend/resources/Gles3Pbo.h"
 #include "gles3renderbackend/resources/Gles3Shader.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
@@ -18,7 +19,7 @@ std::vector<std::unique_ptr<Gles3Pbo>> makeRing() {
     for (size_t i = 0; i < kRingBuffers; ++i)
         ring.push_back(std::make_unique<Gles3Pbo>(GL_PIXEL_UNPACK_BUFFER, GL_STREAM_DRAW, Gles3Pbo::kMappedBytes));
     // The ring starts at buffer 0, and the buffer being filled is always mapped.
-    ring.front()->mapRange(0, Gles3Pbo::kMappedBytes);
+    uploadRing::map(*ring.front());
     return ring;
 }
 

@@ -53,8 +53,10 @@ private:
     using TargetPool = std::list<Gles3Target>;
     using ShaderTable = std::map<size_t, std::unique_ptr<Gles3Shader>>;
     using PixelBuffers = std::vector<std::unique_ptr<Gles3Pbo>>;
-    /// What waits in a pixel buffer: {instance id, tile id} and {width, height, bytes a texel}.
+    /// What waits in a pixel buffer: {instance id, tile id} and {width, height, bytes per texel, byte offset in the
+    /// buffer}.
     using PendingUpload = std::pair<std::pair<size_t, size_t>, std::vector<size_t>>;
+    static constexpr size_t kOffsetInBuffer = 3;
     using PendingUploads = std::vector<std::vector<PendingUpload>>;
     using BufferUse = std::vector<std::atomic<int>>;
 

@@ -2,8 +2,32 @@
 
 #include "gles3renderbackend/Caches.h"
 #include "gles3renderbackend/Gles3ConcurrentStagingBuffer.h"
+#include "gles3renderbackend/UploadRing.h"
 #include "gles3renderbackend/resources/Gles3Pbo.h"
 #include "renderbackend/VelmoraException.h"
+
+namespace {
+
+// The records of a ring buffer on their way into textures. Those that are done leave the list, also where the next one
+// throws: so nothing is uploaded twice, and the next call goes on where this one stopped.
+template <class Records>
+class PendingRecords {
+public:
+    explicit PendingRecords(Records& records) : records_(records) {}
+    PendingRecords(PendingRecords const&) = delete;
+    PendingRecords& operator=(PendingRecords const&) = delete;
+    ~PendingRecords() { records_.erase(records_.begin(), records_.begin() + static_cast<std::ptrdiff_t>(done_)); }
+
+    /// Null after the last one.
+    auto const* next() const { return done_ < records_.size() ? &records_[done_] : nullptr; }
+    void done() { ++done_; }
+
+private:
+    Records& records_;
+    size_t done_ = 0;
+};
+
+} // namespace
 
 std::unique_ptr<ConcurrentStagingBuffer> Gles3RenderBackendInstance::concurrentStagingBuffer(
     size_t targetOrTileId, BufferType type, std::vector<size_t> const& size) {
@@ -16,23 +40,23 @@ std::unique_ptr<ConcurrentStagingBuffer> Gles3RenderBackendInstance::concurrentS
 void Gles3RenderBackendInstance::openRingBuffer(size_t index) {
     *writeIndex_ = index;
     *fillOffset_ = 0;
-    (*pixelBuffers_)[index]->mapRange(0, Gles3Pbo::kMappedBytes);
+    uploadRing::map(*(*pixelBuffers_)[index]);
 }
 
 // Uploads the closed ring buffers whose writers are done, oldest first, tiles in the order of their reservation.
 void Gles3RenderBackendInstance::syncTexturesFromPboRingBuffer() {
     while (*readIndex_ != *writeIndex_ && (*bufferUse_)[*readIndex_].load() == 0) {
         Gles3Pbo& buffer = *(*pixelBuffers_)[*readIndex_];
-        buffer.unmap();
-        auto& pending = (*pendingUploads_)[*readIndex_];
-        size_t offset = 0;
-        for (auto const& [key, size] : pending) {
-            textureCache_->get(key).setPixels(size, buffer, offset);
+        // An upload that ran out of memory has unmapped it already.
+        if (buffer.mapped() != nullptr) uploadRing::unmap(buffer);
+        PendingRecords pending((*pendingUploads_)[*readIndex_]);
+        for (auto const* record = pending.next(); record != nullptr; record = pending.next()) {
+            auto const& [key, reserved] = *record;
+            textureCache_->get(key).setPixels(reserved, buffer, reserved[Gles3RenderBackend::kOffsetInBuffer]);
             // Locked until the host unlocks it: a tile must not go before it was drawn. Its cost stays 0 bytes.
             textureCache_->lock(key);
-            offset += size[0] * size[1] * size[2];
+            pending.done();
         }
-        pending.clear();
         *readIndex_ = (*readIndex_ + 1) % pixelBuffers_->size();
     }
 }
