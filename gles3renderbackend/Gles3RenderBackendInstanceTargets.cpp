@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
+#include <type_traits>
 
 namespace {
 
@@ -103,11 +105,12 @@ size_t smallestFreeId(std::map<size_t, Gles3Target> const& table) {
     return id;
 }
 
-Gles3Target makeTarget(size_t physicalWidth, std::vector<size_t> const& size, Packing const& pack,
-                       RenderBackend::ImageFiltering filtering, RenderBackend::ImageFormatType format) {
+// Makes a target and puts it into the table.
+void addTarget(std::map<size_t, Gles3Target>& table, size_t id, size_t physicalWidth, std::vector<size_t> const& size,
+               Packing const& pack, RenderBackend::ImageFiltering filtering, RenderBackend::ImageFormatType format) {
     try {
-        return {physicalWidth,           size[1], {size[0], size[1]}, pack.logicalPerPhysical,
-                pack.physicalPerLogical, format,  filtering};
+        table.emplace(id, Gles3Target(physicalWidth, size[1], {size[0], size[1]}, pack.logicalPerPhysical,
+                                      pack.physicalPerLogical, format, filtering));
     } catch (VelmoraRangeException const& failure) {
         throw tooLarge(failure, pack);
     } catch (std::exception const& failure) {
@@ -158,21 +161,28 @@ size_t Gles3RenderBackendInstance::createTarget(std::vector<size_t> const& size,
     size_t const id = smallestFreeId(*targetTable_);
     auto const pooled = bestFit(*targetPool_, physicalWidth, size[1], pack, filter, texels);
     if (pooled == targetPool_->end()) {
-        targetTable_->emplace(id, makeTarget(physicalWidth, size, pack, filter, texels));
+        addTarget(*targetTable_, id, physicalWidth, size, pack, filter, texels);
         return id;
     }
     // A recycled target is handed out whole, with its own size and its old pixels.
-    pooled->repack({pooled->width() * pack.logicalPerPhysical / pack.physicalPerLogical, pooled->height()},
-                   pack.logicalPerPhysical, pack.physicalPerLogical);
-    targetTable_->emplace(id, std::move(*pooled));
+    std::vector<size_t> whole = {pooled->width() * pack.logicalPerPhysical / pack.physicalPerLogical, pooled->height()};
+    Gles3Target& recycled = targetTable_->emplace(id, std::move(*pooled)).first->second; // takes memory before it moves
     targetPool_->erase(pooled);
+    recycled.repack(std::move(whole), pack.logicalPerPhysical, pack.physicalPerLogical);
     return id;
 }
 
+// Between pool and table: neither loses a target for want of memory in the other.
+static_assert(std::is_nothrow_move_constructible_v<Gles3Target>);
+
 void Gles3RenderBackendInstance::eraseTarget(size_t target) {
-    findOrMakeTarget(target);
-    auto entry = targetTable_->extract(target);
-    targetPool_->push_back(std::move(entry.mapped()));
+    Gles3Target& erased = findOrMakeTarget(target);
+    try {
+        targetPool_->push_back(std::move(erased)); // takes memory first: where there is none, nothing has moved
+    } catch (std::bad_alloc const&) {              // NOLINT(bugprone-empty-catch)
+        // Destructors of hosts erase targets: one that cannot be pooled is released below instead.
+    }
+    targetTable_->erase(target);
 }
 
 void Gles3RenderBackendInstance::clearTargets() {

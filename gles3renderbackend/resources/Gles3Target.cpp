@@ -110,8 +110,9 @@ void Gles3Target::bindTextureToFrameBuffer() const {
         throw VelmoraException("Failed to setup render to texture", kBindTexture);
 }
 
-void Gles3Target::repack(std::vector<size_t> const& logicalSize, size_t logicalPerPhysical, size_t physicalPerLogical) {
-    logicalSize_ = logicalSize;
+void Gles3Target::repack(std::vector<size_t> logicalSize, size_t logicalPerPhysical,
+                         size_t physicalPerLogical) noexcept {
+    logicalSize_ = std::move(logicalSize);
     logicalPerPhysical_ = logicalPerPhysical;
     physicalPerLogical_ = physicalPerLogical;
 }

@@ -19,8 +19,8 @@ public:
     /// The host's own surface: framebuffer 0 of the context, an empty texture, ratios 1, logical size 0 by 0.
     Gles3Target();
 
-    /// An empty logicalSize means the physical size. Leaves the new framebuffer bound. Throws "Failed to setup render to
-    /// texture" where GL cannot render to the format, which is so for every GRAY8 texture on OpenGL ES 3.
+    /// An empty logicalSize means the physical size. Leaves the new framebuffer bound. Throws "Failed to setup render
+    /// to texture" where GL cannot render to the format, which is so for every GRAY8 texture on OpenGL ES 3.
     Gles3Target(size_t physicalWidth, size_t physicalHeight, std::vector<size_t> const& logicalSize,
                 size_t logicalPerPhysical, size_t physicalPerLogical, RenderBackend::ImageFormatType format,
                 RenderBackend::ImageFiltering filtering);
@@ -38,7 +38,7 @@ public:
     void bindTextureToFrameBuffer() const;
 
     /// Gives a recycled target another packing. Its texture and its pixels stay.
-    void repack(std::vector<size_t> const& logicalSize, size_t logicalPerPhysical, size_t physicalPerLogical);
+    void repack(std::vector<size_t> logicalSize, size_t logicalPerPhysical, size_t physicalPerLogical) noexcept;
 
     /// Fills the target; 1.0 is full. A packed target can only be cleared to black, whatever alpha is: other colours
     /// throw "Cannot clear buffer". Leaves the framebuffer bound.
@@ -47,9 +47,10 @@ public:
     /// the scissor test off, also where it throws.
     void clearRect(float r, float g, float b, float a, size_t x, size_t y, size_t width, size_t height) const;
 
-    /// Reads a rectangle into `buffer`, a capacity of n bytes, and returns the bytes written, rows in GL's order. x and y
-    /// count texels, width logical pixels. The capacity is checked with 3 bytes a texel whatever the format is: an RGBA32
-    /// target writes 4, which the caller must provide. Leaves the framebuffer bound and the pack alignment changed.
+    /// Reads a rectangle into `buffer`, a capacity of n bytes, and returns the bytes written, rows in GL's order. x and
+    /// y count texels, width logical pixels. The capacity is checked with 3 bytes a texel whatever the format is: an
+    /// RGBA32 target writes 4, which the caller must provide. Leaves the framebuffer bound and the pack alignment
+    /// changed.
     size_t getPixels(void* buffer, size_t n, size_t x, size_t y, size_t width, size_t height) const;
     /// The same into a vector, which grows where it is too small and is then cut to the bytes written. The capacity
     /// check holds here too: an exactly grown GRAY8 vector is refused.

@@ -1,6 +1,7 @@
 // Erased targets and how createTarget hands them out again.
 #include "gles3renderbackend/resources/Gles3Target.h"
 #include "tests/gles3renderbackend/BackendRecordingTest.h"
+#include "tests/gles3renderbackend/FailingAllocation.h"
 
 namespace {
 
@@ -8,6 +9,8 @@ using namespace backendtest;
 
 class Gles3RenderBackendInstanceTargetPoolTest : public BackendRecordingTest {
 protected:
+    ~Gles3RenderBackendInstanceTargetPoolTest() override { letAllocationsSucceed(); }
+
     size_t create(Sizes const& size, size_t bits = 32, RenderBackend::ImageFormatType format = RenderBackend::RGBA32,
                   RenderBackend::ImageFiltering filtering = RenderBackend::NEAREST) const {
         return instance->createTarget(size, bits, false, filtering, format);
@@ -169,6 +172,49 @@ TEST_F(Gles3RenderBackendInstanceTargetPoolTest, ErasedHostSurfaceIsPooledLikeAn
     EXPECT_EQ(target, 0U);
     EXPECT_EQ(gles().target(target).ownSurface(), 0U);
     EXPECT_EQ(instance->targetSize(target), (Sizes{640, 480}));
+}
+
+// Destructors call it, and whatever else the host holds must not go with it.
+TEST_F(Gles3RenderBackendInstanceTargetPoolTest, ErasingATargetNeverThrowsAndWithoutMemoryReleasesIt) {
+    auto const before = gl.living();
+    size_t const target = create({10, 10});
+    failAllocationAfter(0);
+    EXPECT_NO_THROW(instance->eraseTarget(target));
+    EXPECT_FALSE(letAllocationsSucceed()) << "the pool needs memory for it";
+    EXPECT_FALSE(targetExists(target));
+    EXPECT_EQ(gl.living(), before) << "released, not pooled";
+    EXPECT_EQ(create({10, 10}), target);
+}
+
+TEST_F(Gles3RenderBackendInstanceTargetPoolTest, ReuseThatRunsOutOfMemoryLeavesPoolAndTableAsTheyWere) {
+    GLuint const erased = pooled({{300, 10}}, 24, RenderBackend::RGB24)[0];
+    auto const living = gl.living();
+    size_t target = 0;
+    size_t const failures = failEachAllocation(
+        [&] {
+            target = create({99, 10}, 8, RenderBackend::RGB24);
+        },
+        [&] {
+            EXPECT_EQ(target, 0U);
+            EXPECT_FALSE(targetExists(1));
+            EXPECT_EQ(gl.living(), living);
+        });
+    EXPECT_GE(failures, 2U) << "the entry of the table, the new size";
+    EXPECT_EQ(framebuffer(target), erased);
+    EXPECT_EQ(gles().target(target).logicalSize(), (Sizes{900, 10}));
+}
+
+TEST_F(Gles3RenderBackendInstanceTargetPoolTest, NewTargetThatRunsOutOfMemoryLeavesNothingBehind) {
+    auto const living = gl.living();
+    size_t const failures = failEachAllocation(
+        [&] {
+            create({10, 10});
+        },
+        [&] {
+            EXPECT_FALSE(targetExists(1));
+            EXPECT_EQ(gl.living(), living);
+        });
+    EXPECT_GE(failures, 4U) << "two names, two sizes, the entry of the table";
 }
 
 } // namespace
