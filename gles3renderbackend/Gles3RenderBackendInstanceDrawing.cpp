@@ -2,6 +2,7 @@
 
 #include "gles3renderbackend/Caches.h"
 #include "gles3renderbackend/Gles3SharedResources.h"
+#include "gles3renderbackend/resources/EnabledArrays.h"
 #include "gles3renderbackend/resources/FixedState.h"
 #include "gles3renderbackend/resources/Gles3Shader.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
@@ -59,29 +60,6 @@ struct Viewport {
     }
 };
 
-// The quad's attributes for as long as tiles are drawn.
-class QuadAttributes {
-public:
-    explicit QuadAttributes(Gles3Shader const& shader)
-        : position_(shader.attributeLocation("a_position")),
-          textureCoordinates_(shader.attributeLocation("a_texturecoordinates00")) {
-        unitQuad::pointAttribute(position_, unitQuad::kPositionByte);
-        unitQuad::pointAttribute(textureCoordinates_, unitQuad::kTextureCoordinateByte);
-        glEnableVertexAttribArray(static_cast<GLuint>(position_));
-        glEnableVertexAttribArray(static_cast<GLuint>(textureCoordinates_));
-    }
-    QuadAttributes(QuadAttributes const&) = delete;
-    QuadAttributes& operator=(QuadAttributes const&) = delete;
-    ~QuadAttributes() {
-        glDisableVertexAttribArray(static_cast<GLuint>(position_));
-        glDisableVertexAttribArray(static_cast<GLuint>(textureCoordinates_));
-    }
-
-private:
-    GLint position_;
-    GLint textureCoordinates_;
-};
-
 // One axis of the way from logical pixels to clip space, -1 to 1 over the range.
 struct ClipAxis {
     double scale;
@@ -137,7 +115,13 @@ void Gles3RenderBackendInstance::drawTiles(size_t target, Filter const& tileShad
     shader->setTexRange(0, 0, 1, 1, 0);
     glActiveTexture(GL_TEXTURE0);
     glUniform1i(shader->uniformLocation("s_texture00"), 0);
-    QuadAttributes const attributes(*shader);
+    GLint const position = shader->attributeLocation("a_position");
+    GLint const textureCoordinates = shader->attributeLocation("a_texturecoordinates00");
+    unitQuad::pointAttribute(position, unitQuad::kPositionByte);
+    unitQuad::pointAttribute(textureCoordinates, unitQuad::kTextureCoordinateByte);
+    EnabledArrays arrays;
+    arrays.enable(position);
+    arrays.enable(textureCoordinates);
 
     double const tileWidth = x.extent(tileSize[0]);
     double const tileHeight = y.extent(tileSize[1]);

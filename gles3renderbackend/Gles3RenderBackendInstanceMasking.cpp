@@ -1,6 +1,7 @@
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 
 #include "gles3renderbackend/Gles3DataEnvelopes.h"
+#include "gles3renderbackend/resources/EnabledArrays.h"
 #include "gles3renderbackend/resources/Gles3Shader.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
 #include "renderbackend/FilterParameters.h"
@@ -44,9 +45,10 @@ void Gles3RenderBackendInstance::maskRange(size_t source, size_t target, Filter 
     envelopes->vertexBuffer().bind();
     envelopes->indexBuffer().bind();
     glUseProgram(shader->program());
-    auto const position = static_cast<GLuint>(shader->attributeLocation("a_position"));
-    glVertexAttribPointer(position, 2, GL_FLOAT, GL_FALSE, kMeshVertexBytes, nullptr);
-    glEnableVertexAttribArray(position);
+    GLint const position = shader->attributeLocation("a_position");
+    glVertexAttribPointer(static_cast<GLuint>(position), 2, GL_FLOAT, GL_FALSE, kMeshVertexBytes, nullptr);
+    EnabledArrays arrays;
+    arrays.enable(position);
 
     auto const w = static_cast<double>(size[0]);
     auto const h = static_cast<double>(size[1]);
@@ -57,5 +59,4 @@ void Gles3RenderBackendInstance::maskRange(size_t source, size_t target, Filter 
     bool const hostSurface = destination.ownSurface() == 0;
     shader->setModelView({1, 0, 0, hostSurface ? -1.0F : 1.0F});
     glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(envelopes->indexCount()), GL_UNSIGNED_SHORT, nullptr);
-    glDisableVertexAttribArray(position);
 }

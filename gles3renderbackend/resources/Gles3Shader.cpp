@@ -1,6 +1,7 @@
 #include "gles3renderbackend/resources/Gles3Shader.h"
 
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
+#include "gles3renderbackend/resources/EnabledArrays.h"
 #include "gles3renderbackend/resources/FixedState.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
 #include "gles3renderbackend/resources/OutputExtent.h"
@@ -41,10 +42,6 @@ GLfloat toFloat(size_t value) {
 
 std::vector<float> const kUpright = {1, 0, 0, 1};
 std::vector<float> const kMirrored = {1, 0, 0, -1};
-
-void disable(GLint attribute) {
-    if (attribute != -1) glDisableVertexAttribArray(static_cast<GLuint>(attribute));
-}
 
 } // namespace
 
@@ -139,13 +136,16 @@ void Gles3Shader::draw(std::vector<FilterSource> const& sources, size_t inputW, 
 
     // Deliberate: without "a_position" this passes -1 on, as an index that GL refuses.
     unitQuad::pointAttribute(position_, unitQuad::kPositionByte);
-    glEnableVertexAttribArray(static_cast<GLuint>(position_));
+    EnabledArrays position;
+    position.enable(position_);
+    EnabledArrays inputs; // disabled before the position
     for (size_t i = 0; i < sources.size(); ++i) {
         TextureRange range;
         if (!sources[i].wholeTexture)
             instance.inputTextureRange(sources[i], *this, inputW, inputH, clipLeft, clipRight, clipTop, clipBottom,
                                        range.offsetX, range.offsetY, range.scaleX, range.scaleY);
         bindInput(i, instance, sources[i], range);
+        enableTextureCoordinates(i, inputs);
     }
     if (outputSize_ != -1)
         glUniform4f(outputSize_, toFloat(quotient(size[0] * clipLeft, reference[0])),
@@ -153,9 +153,6 @@ void Gles3Shader::draw(std::vector<FilterSource> const& sources, size_t inputW, 
 
     uploadParameters(params);
     unitQuad::draw();
-    for (size_t i = 0; i < sources.size(); ++i)
-        disable(inputLocations(i).textureCoordinates);
-    glDisableVertexAttribArray(static_cast<GLuint>(position_));
 }
 
 void Gles3Shader::setOutputGeometry(std::array<size_t, 2> const& targetSize, size_t outputW, size_t outputH,
@@ -178,7 +175,11 @@ void Gles3Shader::bindInput(size_t input, Gles3RenderBackendInstance& instance, 
     if (locations.texScale != -1)
         glUniform2f(locations.texScale, static_cast<GLfloat>(1.0 / static_cast<double>(size[0])),
                     static_cast<GLfloat>(1.0 / static_cast<double>(size[1])));
-    if (locations.textureCoordinates == -1) return;
-    unitQuad::pointAttribute(locations.textureCoordinates, unitQuad::kTextureCoordinateByte);
-    glEnableVertexAttribArray(static_cast<GLuint>(locations.textureCoordinates));
+}
+
+void Gles3Shader::enableTextureCoordinates(size_t input, EnabledArrays& arrays) const {
+    GLint const location = inputLocations(input).textureCoordinates;
+    if (location == -1) return;
+    unitQuad::pointAttribute(location, unitQuad::kTextureCoordinateByte);
+    arrays.enable(location);
 }

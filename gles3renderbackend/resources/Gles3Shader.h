@@ -12,10 +12,11 @@
 #include <string>
 #include <vector>
 
+class EnabledArrays;
 class Gles3RenderBackendInstance;
 
-/// One linked GLSL ES program and what it takes to run it once over a target: the base of every filter class. It carries
-/// a copy of the filter description that it was made for. Built complete or not at all. GL thread only.
+/// One linked GLSL ES program and what it takes to run it once over a target: the base of every filter class. It
+/// carries a copy of the filter description that it was made for. Built complete or not at all. GL thread only.
 ///
 /// Per-input names end in the input's index, two digits at least: "s_texture00", "a_texRange00", "a_texscale00",
 /// "a_texturecoordinates00".
@@ -82,6 +83,7 @@ private:
                            std::vector<size_t> const& offset);
     void bindInput(size_t input, Gles3RenderBackendInstance& instance, FilterSource const& source,
                    TextureRange const& range);
+    void enableTextureCoordinates(size_t input, EnabledArrays& arrays) const;
 
     GlName program_;
     std::map<std::string, GLint> attributes_;

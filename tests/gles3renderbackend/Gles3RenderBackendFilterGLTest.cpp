@@ -1,5 +1,7 @@
 // Blits run by a real GL with executeFilter, byte for byte as loops over texels copy them.
+#include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/BackendGLTest.h"
+#include "tests/support/EnabledVertexArrays.h"
 #include "tests/support/PixelMatchers.h"
 
 #include <array>
@@ -315,6 +317,44 @@ TEST_F(Gles3RenderBackendFilterGLTest, InvalidBordersAreLeftOut) {
         for (size_t x = 0; x < 9; ++x)
             copyTexel(filled, x + 2, y + 3, expected, x + 5, y + 6);
     EXPECT_TRUE(pixelsEqual(read(destination).bytes, expected.bytes, 20));
+}
+
+// The host's next draw would read through what stays enabled, from the buffers of a filter that is gone.
+TEST_F(Gles3RenderBackendFilterGLTest, RunThatIsRefusedForItsRecordLeavesNoVertexArrayEnabled) {
+    Filter sharpness = instantiated("FilterSharpness8");
+    size_t const source = targetOf(noise(8, 8, 4, 1));
+    size_t const destination = targetOf(noise(8, 8, 4, 2));
+    EXPECT_THROW(instance->executeFilter(sharpness, {{source, 0, 0, false}}, 8, 8, destination, 0, 0, 0, 0,
+                                         FilterClaheParams(), {0, 0}),
+                 VelmoraException);
+    EXPECT_EQ(enabled_vertex_arrays::findings(), std::vector<std::string>());
+    instance->destroyFilterInstance(sharpness);
+    EXPECT_TRUE(pixelsEqual(read(destination).bytes, noise(8, 8, 4, 2).bytes, 8)) << "and nothing is drawn";
+}
+
+TEST_F(Gles3RenderBackendFilterGLTest, SourcesBeyondTheInputsOfTheFilterChangeNothing) {
+    Filter const blit = instantiated("BlitFilter4x8");
+    size_t const first = targetOf(noise(8, 8, 4, 1));
+    size_t const second = targetOf(noise(8, 8, 4, 2));
+    size_t const destination = targetOf(Picture(8, 8, 4));
+    instance->executeFilter(blit, {{first, 0, 0, false}, {second, 0, 0, false}}, 8, 8, destination, 0, 0, 0, 0,
+                            SingleFilterParameters(), {0, 0});
+    EXPECT_TRUE(pixelsEqual(read(destination).bytes, noise(8, 8, 4, 1).bytes, 8));
+}
+
+// What the interface says of TRILINEAR: no operation makes the mipmaps without which GL samples black.
+TEST_F(Gles3RenderBackendFilterGLTest, TrilinearTargetIsReadAsItWasDrawnAndSampledBlack) {
+    size_t const trilinear = instance->createTarget({8, 8}, 32, false, RenderBackend::TRILINEAR, RenderBackend::RGBA32);
+    fill(trilinear, noise(8, 8, 4, 1), 8);
+    EXPECT_TRUE(pixelsEqual(read(trilinear).bytes, noise(8, 8, 4, 1).bytes, 8));
+    size_t const destination = targetOf(noise(8, 8, 4, 2));
+    Filter const blit = instantiated("BlitFilter4x8");
+    instance->executeFilter(blit, {{trilinear, 0, 0, false}}, 8, 8, destination, 0, 0, 0, 0, SingleFilterParameters(),
+                            {0, 0});
+    Picture black(8, 8, 4);
+    for (size_t i = 3; i < black.bytes.size(); i += 4)
+        black.bytes[i] = 255;
+    EXPECT_TRUE(pixelsEqual(read(destination).bytes, black.bytes, 8));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "gles3renderbackend/resources/Gles3Target.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/BackendRecordingTest.h"
+#include "tests/gles3renderbackend/FailingAllocation.h"
 
 namespace {
 
@@ -253,6 +254,18 @@ TEST_F(MaskRangeTest, RangeWithoutItsStartsIsRefusedBeforeAnyGlCall) {
         EXPECT_EQ(failureOf([&] { instance->maskRange(0, 0, mask, range, params); }),
                   std::string("#Name:a range needs its start: values 0 and 2") + kMaskRange);
     EXPECT_TRUE(gl.calls().empty());
+}
+
+TEST_F(MaskRangeTest, MaskThatRunsOutOfMemoryLeavesNoAttributeEnabled) {
+    MaskFilterParams const params = shape();
+    size_t const source = rgbaTarget(64, 32);
+    size_t const target = rgbaTarget(64, 32);
+    failEachAllocation(
+        [&] {
+            instance->maskRange(source, target, mask, {0, 63, 0, 31}, params);
+        },
+        [&] { EXPECT_FALSE(gl.attributes().count(0) != 0 && gl.attributes().at(0).enabled); });
+    EXPECT_EQ(gl.draws().size(), 1U);
 }
 
 } // namespace

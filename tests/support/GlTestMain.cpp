@@ -1,4 +1,5 @@
 // Runs the GL tests in one context and looks after each test at what it left behind.
+#include "tests/support/EnabledVertexArrays.h"
 #include "tests/support/GlErrors.h"
 #include "tests/support/GlImplementation.h"
 #include "tests/support/LivingGlObjects.h"
@@ -26,6 +27,8 @@ class Janitor : public ::testing::EmptyTestEventListener {
 
     // Fixtures are gone by now.
     void OnTestEnd(::testing::TestInfo const&) override {
+        for (auto const& finding : enabled_vertex_arrays::findings())
+            ADD_FAILURE() << finding;
         for (auto const& finding : gl_errors::findings())
             ADD_FAILURE() << finding;
         for (auto const& finding : living_gl_objects::findingsSince(before_))

@@ -316,6 +316,9 @@ std::vector<std::string> RecordingGl::findings() const {
             std::any_of(s.errors.begin(), s.errors.end(), [&](auto const& error) { return error.code == code; });
         if (!came) result.push_back("the expected " + recording::enumName(code) + " did not come");
     }
+    for (auto const& [index, attribute] : s.attributes)
+        if (attribute.enabled)
+            result.push_back("vertex attribute array " + std::to_string(index) + " was left enabled");
     for (auto const& failure : s.failures)
         result.push_back("the scripted failure of " + failure.name + " was not reached");
     for (auto const& [type, logs] : s.compileFailures)

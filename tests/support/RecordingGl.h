@@ -178,7 +178,8 @@ public:
     // Errors: a call that GL would refuse raises an error here too, and the test fails unless glGetError reads it or the test expects it.
     /// GL_NO_ERROR stands for what GL passes over in silence but no right program does, such as deleting a name twice.
     void expectError(GLenum error);
-    /// Errors that nobody read or expected, expected ones that did not come, scripts that were not reached. Empty: all in order.
+    /// Errors that nobody read or expected, expected ones that did not come, vertex attribute arrays left enabled, scripts that were not
+    /// reached. Empty: all in order.
     std::vector<std::string> findings() const;
 
 private:

@@ -175,6 +175,7 @@ TEST_F(RecorderProgramTest, ADrawRemembersWhatItSaw) {
 
     glDrawElements(GL_TRIANGLES, 33, GL_UNSIGNED_SHORT, nullptr);
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_INVALID_OPERATION)) << "66 bytes of indices in a buffer of 64";
+    glDisableVertexAttribArray(1);
     glDeleteBuffers(1, &buffer);
 }
 

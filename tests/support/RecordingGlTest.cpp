@@ -95,6 +95,13 @@ TEST_F(RecorderTest, AnExpectedErrorThatDoesNotComeIsFound) {
     EXPECT_THAT(gl.findings(), IsEmpty());
 }
 
+TEST_F(RecorderTest, AVertexAttributeArrayThatIsLeftEnabledIsFound) {
+    glEnableVertexAttribArray(3);
+    EXPECT_THAT(gl.findings(), ElementsAre("vertex attribute array 3 was left enabled"));
+    glDisableVertexAttribArray(3);
+    EXPECT_THAT(gl.findings(), IsEmpty());
+}
+
 TEST_F(RecorderTest, AScriptThatIsNotReachedIsFound) {
     gl.failNext("glGenTextures");
     gl.failLink("log");

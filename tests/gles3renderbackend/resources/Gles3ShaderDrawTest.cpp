@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <stdexcept>
 
 namespace {
 
@@ -296,6 +297,25 @@ TEST_F(Gles3ShaderDrawTest, NoAttributeStaysEnabled) {
     draw(*shader, {std::vector<FilterSource>(5, {source, 0, 0, true}), 8, 8, destination});
     for (auto const& [index, attribute] : gl.attributes())
         EXPECT_FALSE(attribute.enabled) << index;
+}
+
+class RefusingShader : public Gles3Shader {
+public:
+    explicit RefusingShader(Filter& filter) : Gles3Shader(kVertex, kFragment, filter) {}
+
+    void uploadParameters(SingleFilterParameters const& /*params*/) override { throw std::runtime_error("refused"); }
+};
+
+// The host's next draw would read from buffers that may be gone by then.
+TEST_F(Gles3ShaderDrawTest, ARefusedRecordLeavesNoAttributeEnabledAndDrawsNothing) {
+    auto const destination = backend_->makeTarget(8, 8);
+    auto const source = backend_->makeTarget(8, 8);
+    auto const shader = make<RefusingShader>();
+    EXPECT_THROW(draw(*shader, {{{source, 0, 0, true}}, 8, 8, destination}), std::runtime_error);
+    EXPECT_EQ(gl.count("glEnableVertexAttribArray"), 2U);
+    for (auto const& [index, attribute] : gl.attributes())
+        EXPECT_FALSE(attribute.enabled) << index;
+    EXPECT_EQ(gl.draws().size(), 0U);
 }
 
 TEST_F(Gles3ShaderDrawTest, ADrawNeverQueriesGl) {
