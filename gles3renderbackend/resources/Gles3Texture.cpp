@@ -27,13 +27,23 @@ void requireSize(std::vector<size_t> const& size, size_t values, char const* loc
     if (size.size() < values) throw VelmoraException("size vector is too short", location);
 }
 
-// Throws beyond GL_MAX_TEXTURE_SIZE. Sizes are compared as GL sees them, as signed 32-bit numbers.
+size_t maxTextureTexels() {
+    GLint texels = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &texels);
+    return static_cast<size_t>(texels);
+}
+
+// Compared as GL sees them, as signed 32-bit numbers.
+bool withinLimit(size_t width, size_t height, size_t maxTexels) {
+    auto const limit = static_cast<GLint>(maxTexels);
+    return static_cast<GLint>(width) <= limit && static_cast<GLint>(height) <= limit;
+}
+
+// Throws beyond GL_MAX_TEXTURE_SIZE.
 void requireSupportedSize(size_t width, size_t height, char const* location) {
-    GLint maxTexels = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maxTexels);
-    if (static_cast<GLint>(width) <= maxTexels && static_cast<GLint>(height) <= maxTexels) return;
-    throw VelmoraRangeException("requested buffer size exceeds maximum supported size", location,
-                                static_cast<size_t>(maxTexels));
+    size_t const maxTexels = maxTextureTexels();
+    if (withinLimit(width, height, maxTexels)) return;
+    throw VelmoraRangeException("requested buffer size exceeds maximum supported size", location, maxTexels);
 }
 
 // Bytes that GL reads for an image; SIZE_MAX where they cannot be counted.
@@ -53,12 +63,19 @@ bool holds(size_t available, size_t offset, size_t needed) {
     return offset <= available && available - offset >= needed;
 }
 
-VelmoraException tooShort() {
-    return {"pixel vector is shorter than its size says", kSetPixelsAt};
+bool trilinearSides(size_t width, size_t height) {
+    return isPowerOfTwo(width) && isPowerOfTwo(height);
+}
+
+// Whether an image of this size would be refused for another reason than the pixels that came with it.
+bool refusedAnyway(std::vector<size_t> const& size, RenderBackend::ImageFiltering filtering) {
+    bool const noFiltering =
+        !samplingFilters(filtering) || (filtering == RenderBackend::TRILINEAR && !trilinearSides(size[0], size[1]));
+    return !formatOfBytes(size[2]) || noFiltering || !withinLimit(size[0], size[1], maxTextureTexels());
 }
 
 void setSampling(size_t width, size_t height, RenderBackend::ImageFiltering filtering) {
-    if (filtering == RenderBackend::TRILINEAR && !(isPowerOfTwo(width) && isPowerOfTwo(height)))
+    if (filtering == RenderBackend::TRILINEAR && !trilinearSides(width, height))
         throw VelmoraException("TRILINEAR filtering is only allowed for power-of-two dimensions", kSetPixelsAt);
     auto const filters = samplingFilters(filtering);
     if (!filters) throw VelmoraException("invalid texture filtering type", kSetPixelsAt);
@@ -113,10 +130,8 @@ void Gles3Texture::setPixels(std::vector<std::uint8_t> const& pixels, std::vecto
                              std::optional<size_t> rowLength) {
     requireSize(size, 3, kSetPixels);
     bool const inPlace = fitsInPlace(size);
-    // Where GL refuses the call it reads nothing, so only RGBA32 images are measured on the in-place path.
-    if (inPlace && format_ == RenderBackend::RGBA32 &&
-        !holds(pixels.size(), offset, bytesRead(size[0], size[1], 4, rowLength)))
-        throw tooShort();
+    if (endsInside(pixels.size(), size, offset, rowLength) && (inPlace || !refusedAnyway(size, filtering_)))
+        throw VelmoraException("pixel vector is shorter than its size says", kSetPixelsAt);
     void const* const data = pixels.size() > offset ? pixels.data() + offset : nullptr;
 
     bind();
@@ -129,14 +144,21 @@ void Gles3Texture::setPixels(std::vector<std::uint8_t> const& pixels, std::vecto
         defineImage(size);
         glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
         requireSupportedSize(width_, height_, kSetPixels);
-        // Last, so that a size that GL cannot take is reported as such, however many pixels came with it.
-        if (data != nullptr && !holds(pixels.size(), offset, bytesRead(width_, height_, size[2], rowLength))) {
-            if (rowLength) glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-            throw tooShort();
-        }
         uploadImage(*texelFormat(format_), width_, height_, data);
     }
     if (rowLength) glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+}
+
+// Whether GL would read past the pixels of an upload.
+bool Gles3Texture::endsInside(size_t pixelBytes, std::vector<size_t> const& size, size_t offset,
+                              std::optional<size_t> rowLength) const {
+    if (fitsInPlace(size)) {
+        // Read as RGBA; where the texture has another format GL refuses the call and reads nothing.
+        size_t const bytes = bytesRead(size[0], size[1], 4, rowLength);
+        return format_ == RenderBackend::RGBA32 && !holds(pixelBytes, offset, bytes);
+    }
+    // Without pixels from the offset on a new image is allocated and not filled.
+    return pixelBytes > offset && !holds(pixelBytes, offset, bytesRead(size[0], size[1], size[2], rowLength));
 }
 
 void Gles3Texture::setPixels(std::vector<size_t> const& size, Gles3Pbo const& pbo, size_t offset) {

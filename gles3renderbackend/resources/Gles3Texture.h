@@ -13,9 +13,9 @@ class Gles3Pbo;
 
 /// A 2D texture of 8-bit channels. Copies share the GL texture, the last one deletes it. GL thread only.
 ///
-/// Size vectors are {width, height, bytes a texel}, in texels. Every operation binds the texture to GL_TEXTURE_2D of the
-/// active unit and leaves it bound. Unpack alignment is 1 from the first upload on: the buffer form of setPixels relies
-/// on it, as rows in an upload buffer follow each other without padding.
+/// Size vectors are {width, height, bytes a texel}, in texels. Every operation binds the texture to GL_TEXTURE_2D of
+/// the active unit and leaves it bound. Unpack alignment is 1 from the first upload on: the buffer form of setPixels
+/// relies on it, as rows in an upload buffer follow each other without padding.
 class Gles3Texture : public virtual Canvas {
 public:
     /// A GL name without an image: size 0 by 0, RGBA32, NEAREST.
@@ -43,9 +43,10 @@ public:
     ///
     /// An image smaller than the present one in BOTH directions is written into its top left corner, as RGBA whatever
     /// the format is: on RGB24 and GRAY8 textures GL refuses it (GL_INVALID_OPERATION) and the old pixels stay. Any
-    /// other size makes a new image, of the format that size[2] names. A vector that ends inside the image throws; one
-    /// that ends at or before `offset` allocates without filling. On a throw from the making of a new image width() and
-    /// height() already report the new size, and a row length stays set.
+    /// other size makes a new image, of the format that size[2] names. A vector that ends inside the image is refused
+    /// and the texture stays as it is; one that ends at or before `offset` allocates without filling. Where a new image
+    /// is refused for its format, its filtering or its size, width() and height() report the new size all the same, and
+    /// a row length stays set.
     void setPixels(std::vector<std::uint8_t> const& pixels, std::vector<size_t> const& size, size_t offset = 0,
                    std::optional<size_t> rowLength = std::nullopt);
 
@@ -65,6 +66,8 @@ private:
     void bind() const;
     void defineImage(std::vector<size_t> const& size);
     bool fitsInPlace(std::vector<size_t> const& size) const;
+    bool endsInside(size_t pixelBytes, std::vector<size_t> const& size, size_t offset,
+                    std::optional<size_t> rowLength) const;
 
     size_t width_ = 0;
     size_t height_ = 0;

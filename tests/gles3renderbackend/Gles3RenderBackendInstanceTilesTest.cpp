@@ -138,6 +138,25 @@ TEST_F(Gles3RenderBackendInstanceTilesTest, PixelsThatEndInsideTheTileAreRefused
     EXPECT_NO_THROW(instance->setTile(5, Bytes(17), {2, 2, 4}, 1));
 }
 
+TEST_F(Gles3RenderBackendInstanceTilesTest, TileAfterARefusedOneArrives) {
+    for (size_t const components : {3U, 4U}) {
+        size_t const tile = 70 + components;
+        EXPECT_THROW(instance->setTile(tile, Bytes(15), {4, 4, components}, 0), VelmoraException);
+        EXPECT_TRUE(instance->tileSet(tile)) << "it is there, empty";
+        instance->setTile(tile, Bytes(4 * components, 7), {2, 2, components}, 0);
+        EXPECT_EQ(lastImage().pixels, Bytes(4 * components, 7));
+    }
+}
+
+// Required: a size that GL cannot take is the texture's from then on.
+TEST_F(Gles3RenderBackendInstanceTilesTest, TileTooLargeForGlIsErasedBeforeItIsSetAgain) {
+    gl.setInteger(GL_MAX_TEXTURE_SIZE, 64);
+    EXPECT_THROW(instance->setTile(5, {}, {65, 65, 4}, 0), VelmoraRangeException);
+    instance->eraseTile(5);
+    instance->setTile(5, Bytes(16, 7), {2, 2, 4}, 0);
+    EXPECT_EQ(lastImage().pixels, Bytes(16, 7));
+}
+
 TEST_F(Gles3RenderBackendInstanceTilesTest, BudgetKeepsTheMostRecentlyUsedTiles) {
     restart(RenderBackend::RGBA32, 200);
     setHundredBytes(1);
