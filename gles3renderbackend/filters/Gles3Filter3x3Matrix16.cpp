@@ -8,7 +8,9 @@
 #include <cstdlib>
 
 Gles3Filter3x3Matrix16::Gles3Filter3x3Matrix16(Filter& filter)
-    : Gles3Shader(glsl::prevCurrNextNoModelView_vert, glsl::Gles3Filter3x3Matrix16_frag, filter) {}
+    : Gles3Shader(glsl::prevCurrNextNoModelView_vert, glsl::Gles3Filter3x3Matrix16_frag, filter) {
+    offerParameters<Filter3x3MatrixParams>();
+}
 
 void Gles3Filter3x3Matrix16::uploadParameters(SingleFilterParameters const& params) {
     auto const coefficients = scaledCoefficients(params.as<Filter3x3MatrixParams>());

@@ -6,7 +6,9 @@
 #include "GlslSources.h"
 
 Gles3Filter3x3Matrix8::Gles3Filter3x3Matrix8(Filter& filter)
-    : Gles3Shader(glsl::noModelView_vert, glsl::Gles3Filter3x3Matrix8_frag, filter) {}
+    : Gles3Shader(glsl::noModelView_vert, glsl::Gles3Filter3x3Matrix8_frag, filter) {
+    offerParameters<Filter3x3MatrixParams>();
+}
 
 void Gles3Filter3x3Matrix8::uploadParameters(SingleFilterParameters const& params) {
     auto const coefficients = scaledCoefficients(params.as<Filter3x3MatrixParams>());

@@ -7,7 +7,7 @@
 /// Black point, white point and gamma on 8-bit sRGB pixels. With a FilterBlackWhiteGamma8Params.
 class Gles3FilterBlackWhiteGamma8 : public Gles3FilterLut<std::string> {
 public:
-    using Gles3FilterLut::Gles3FilterLut;
+    explicit Gles3FilterBlackWhiteGamma8(Filter& filter);
 
     std::vector<std::uint8_t> computeTable(SingleFilterParameters const& params) const override;
     std::string tableKey(SingleFilterParameters const& params) const override;

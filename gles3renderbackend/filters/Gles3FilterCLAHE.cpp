@@ -49,7 +49,9 @@ size_t remaining(size_t extent, size_t before, size_t after) {
 
 } // namespace
 
-Gles3FilterCLAHE::Gles3FilterCLAHE(Filter& filter) : Gles3Shader(filter) {}
+Gles3FilterCLAHE::Gles3FilterCLAHE(Filter& filter) : Gles3Shader(filter) {
+    offerParameters<FilterClaheParams>();
+}
 
 void Gles3FilterCLAHE::draw(std::vector<FilterSource> const& sources, size_t inputW, size_t inputH, size_t destination,
                             size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,

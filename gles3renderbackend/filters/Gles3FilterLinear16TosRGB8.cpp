@@ -3,6 +3,10 @@
 #include "gles3renderbackend/filters/ToneTable.h"
 #include "renderbackend/FilterParameters.h"
 
+Gles3FilterLinear16TosRGB8::Gles3FilterLinear16TosRGB8(Filter& filter) : Gles3FilterLut(filter) {
+    offerParameters<FilterLinear16TosRGB8Params>();
+}
+
 std::vector<std::uint8_t> Gles3FilterLinear16TosRGB8::computeTable(SingleFilterParameters const& params) const {
     auto const& curve = params.as<FilterLinear16TosRGB8Params>();
     return toneTable::gamma(bitDepthIn(), curve.gamma, curve.blackPoint, curve.whitePoint);

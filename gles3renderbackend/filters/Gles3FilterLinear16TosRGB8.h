@@ -7,7 +7,7 @@
 /// Black point, white point and gamma from linear codes of the filter's input depth. With a FilterLinear16TosRGB8Params.
 class Gles3FilterLinear16TosRGB8 : public Gles3FilterLut<std::string> {
 public:
-    using Gles3FilterLut::Gles3FilterLut;
+    explicit Gles3FilterLinear16TosRGB8(Filter& filter);
 
     std::vector<std::uint8_t> computeTable(SingleFilterParameters const& params) const override;
     std::string tableKey(SingleFilterParameters const& params) const override;

@@ -4,6 +4,10 @@
 
 #include <limits>
 
+Gles3FilterLinearTo8bitSRGB::Gles3FilterLinearTo8bitSRGB(Filter& filter) : Gles3FilterLut(filter) {
+    offerParameters<ComparableSingleFilterParameters<unsigned char>>();
+}
+
 std::vector<std::uint8_t> Gles3FilterLinearTo8bitSRGB::computeTable(SingleFilterParameters const& /*params*/) const {
     if (bitDepthIn() > toneTable::kMaxBitDepth)
         throw VelmoraException("unsupported bit depth for Gles3FilterLinearTo8bitSRGB");

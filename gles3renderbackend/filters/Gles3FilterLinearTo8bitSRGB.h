@@ -6,7 +6,7 @@
 /// by the filter's input depth. Throws "unsupported bit depth for Gles3FilterLinearTo8bitSRGB" above 16.
 class Gles3FilterLinearTo8bitSRGB : public Gles3FilterLut<unsigned char> {
 public:
-    using Gles3FilterLut::Gles3FilterLut;
+    explicit Gles3FilterLinearTo8bitSRGB(Filter& filter);
 
     std::vector<std::uint8_t> computeTable(SingleFilterParameters const& params) const override;
     unsigned char tableKey(SingleFilterParameters const& params) const override;

@@ -6,7 +6,9 @@
 #include "GlslSources.h"
 
 Gles3FilterSharpness8::Gles3FilterSharpness8(Filter& filter)
-    : Gles3Shader(glsl::neighbourhood_vert, glsl::Gles3FilterSharpness8_frag, filter) {}
+    : Gles3Shader(glsl::neighbourhood_vert, glsl::Gles3FilterSharpness8_frag, filter) {
+    offerParameters<FilterSharpness8Params>();
+}
 
 void Gles3FilterSharpness8::uploadParameters(SingleFilterParameters const& params) {
     auto const& sharpness = params.as<FilterSharpness8Params>();

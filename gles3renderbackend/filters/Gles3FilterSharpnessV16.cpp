@@ -6,7 +6,9 @@
 #include "GlslSources.h"
 
 Gles3FilterSharpnessV16::Gles3FilterSharpnessV16(Filter& filter)
-    : Gles3Shader(glsl::sourceAndBlur_vert, glsl::Gles3FilterSharpnessV16_frag, filter) {}
+    : Gles3Shader(glsl::sourceAndBlur_vert, glsl::Gles3FilterSharpnessV16_frag, filter) {
+    offerParameters<FilterSharpness16Params>();
+}
 
 void Gles3FilterSharpnessV16::uploadParameters(SingleFilterParameters const& params) {
     auto const& sharpness = params.as<FilterSharpness16Params>();

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -59,6 +60,14 @@ public:
     /// "a_texRange" of an input: maps the quad's texture coordinates to a part of the texture. Never set where its
     /// location is 0.
     void setTexRange(double offsetX, double offsetY, double scaleX, double scaleY, size_t input);
+
+protected:
+    /// For the constructors of filters with parameters: getParametersObject() makes a Record, unless the description
+    /// brought a factory of its own.
+    template <class Record>
+    void offerParameters() {
+        if (!supportsParameters()) setParametersFactory([] { return std::make_shared<Record>(); });
+    }
 
 private:
     struct InputLocations {
