@@ -5,6 +5,8 @@
 #include "gles3renderbackend/resources/OutputExtent.h"
 #include "renderbackend/VelmoraException.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr char const* kCreateShader =
@@ -51,10 +53,13 @@ void Gles3RenderBackendInstance::createFilterInstance(Filter& filter) {
     // A host's factory may make nothing, and may instantiate another filter, which then has the key.
     if (!created || shaderTable_->count(*key) != 0)
         throw VelmoraException("Failed to create shader instance", kCreateShader);
-    Gles3Shader& shader = *shaderTable_->emplace(*key, std::move(created)).first->second;
-    shader.setInstanceKey(key);
-    // The Filter part alone, on purpose: the key, and all that the filter class adjusted.
-    filter = static_cast<Filter const&>(shader);
+    created->setInstanceKey(key);
+    // The Filter part alone, on purpose: the key, and all that the filter class adjusted. Copied before the table has
+    // the shader and moved afterwards, so that a filter without memory for it has no program in the table either.
+    Filter adjusted = static_cast<Filter const&>(*created);
+    created->forgetInstance(); // a filter that was bound before brought its instance along
+    shaderTable_->emplace(*key, std::move(created));
+    filter = std::move(adjusted);
 }
 
 void Gles3RenderBackendInstance::destroyFilterInstance(Filter& filter) {
@@ -74,6 +79,9 @@ void Gles3RenderBackendInstance::executeFilter(Filter const& filter, std::vector
     if (shader == nullptr)
         throw VelmoraException("Instance for Filter <" + filter.name() + "> not available", kExecuteFilter);
     if (offset.size() < 2) throw VelmoraException("an offset needs two values: x, y", kExecuteFilter);
+    // An input without a source would show whatever texture its unit was left with.
+    if (sources.size() < std::min(filter.numTexturesIn(), shader->sampledInputs()))
+        throw VelmoraException("fewer sources than the filter has inputs", kExecuteFilter);
     shader->draw(sources, inputW, inputH, destination, clipLeft, clipRight, clipTop, clipBottom, params, offset, *this,
                  filter);
 }

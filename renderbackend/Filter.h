@@ -47,6 +47,8 @@ public:
 
     Filter(Filter const&) = default;
     Filter& operator=(Filter const&) = default;
+    Filter(Filter&&) = default;
+    Filter& operator=(Filter&&) = default;
     virtual ~Filter();
 
     /// A copy of the Filter part, also where the object is of a derived class.
@@ -122,6 +124,10 @@ public:
     void execute(std::vector<FilterSource> const& sources, size_t inputW, size_t inputH, size_t destination,
                  std::vector<size_t> const& clip, SingleFilterParameters const& params,
                  std::vector<size_t> offset) const;
+
+protected:
+    /// Lets go of the instance; the key stays.
+    void forgetInstance() { instance_.reset(); }
 
 private:
     void validate() const;

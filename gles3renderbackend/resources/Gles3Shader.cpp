@@ -87,6 +87,8 @@ void Gles3Shader::prepareLocations() {
     position_ = attributeLocation("a_position");
     for (size_t input = 0; input < kPreparedInputs; ++input)
         inputs_.push_back(lookUpInput(input));
+    while (inputLocations(sampledInputs_).sampler != -1)
+        ++sampledInputs_;
 }
 
 void Gles3Shader::setGeometry(double x, double y, double w, double h) {

@@ -47,6 +47,13 @@ public:
     /// The GL name of the program, 0 where there is none.
     GLuint program() const { return program_ ? *program_ : 0; }
 
+    /// Inputs that the program samples: "s_texture00", "s_texture01" and so on, up to the first name that it lacks.
+    size_t sampledInputs() const { return sampledInputs_; }
+
+    /// For whoever keeps the shader in a table that the instance owns: a shader that held its instance would keep both
+    /// alive for ever.
+    using Filter::forgetInstance;
+
     /// The location of an active attribute or uniform, -1 for a name that the program lacks. Makes no GL call.
     GLint attributeLocation(std::string const& name) const;
     GLint uniformLocation(std::string const& name) const;
@@ -106,4 +113,5 @@ private:
     GLint outputSize_ = -1;
     GLint position_ = -1;
     std::vector<InputLocations> inputs_;
+    size_t sampledInputs_ = 0;
 };

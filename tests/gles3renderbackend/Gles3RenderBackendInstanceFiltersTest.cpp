@@ -66,7 +66,7 @@ protected:
     }
 
     void execute(Filter const& filter, Sizes const& offset) const {
-        instance->executeFilter(filter, {}, 10, 10, 0, 0, 0, 0, 0, SingleFilterParameters(), offset);
+        instance->executeFilter(filter, {{0, 0, 0, true}}, 10, 10, 0, 0, 0, 0, 0, SingleFilterParameters(), offset);
     }
 
     std::unique_ptr<Gles3RenderBackend> other;

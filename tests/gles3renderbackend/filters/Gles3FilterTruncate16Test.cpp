@@ -13,7 +13,7 @@ protected:
     }
 
     void run(SingleFilterParameters const& params) const {
-        instance->executeFilter(filter, {}, 8, 8, 0, 0, 0, 0, 0, params, {0, 0});
+        instance->executeFilter(filter, {{0, 0, 0, true}}, 8, 8, 0, 0, 0, 0, 0, params, {0, 0});
     }
 
     /// The divisor and the constant that a run uploads.

@@ -25,7 +25,7 @@ protected:
     }
 
     void run(Filter const& filter, SingleFilterParameters const& params) const {
-        instance->executeFilter(filter, {}, 8, 8, 0, 0, 0, 0, 0, params, {0, 0});
+        instance->executeFilter(filter, {{0, 0, 0, true}}, 8, 8, 0, 0, 0, 0, 0, params, {0, 0});
     }
 
     Filter eightBits = namedFilter("Filter3x3Matrix8");

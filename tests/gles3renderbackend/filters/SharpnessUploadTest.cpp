@@ -17,7 +17,7 @@ protected:
     }
 
     void run(Filter const& filter, SingleFilterParameters const& params) const {
-        instance->executeFilter(filter, {}, 8, 8, 0, 0, 0, 0, 0, params, {0, 0});
+        instance->executeFilter(filter, {{0, 0, 0, true}}, 8, 8, 0, 0, 0, 0, 0, params, {0, 0});
     }
 
     float gainOf8(double gain, std::int32_t shiftBits = 0) {
