@@ -11,6 +11,8 @@
 /// Room for one tile's pixels in memory that the GPU reads: made and given back on the GL thread, filled on any thread.
 class VELMORA_EXPORT ConcurrentStagingBuffer {
 public:
+    /// For classes of hosts' own: id 0, a tile, no size.
+    ConcurrentStagingBuffer();
     ConcurrentStagingBuffer(size_t targetOrTileId, RenderBackend::BufferType type, std::vector<size_t> size);
     ConcurrentStagingBuffer(ConcurrentStagingBuffer const&) = delete;
     ConcurrentStagingBuffer& operator=(ConcurrentStagingBuffer const&) = delete;

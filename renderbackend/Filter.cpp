@@ -168,6 +168,8 @@ bool Filter::changesGeometry() const {
 
 std::vector<size_t> Filter::inputRange(std::vector<size_t> const& outputRange) const {
     requireRange(outputRange, kInputRange);
+    // The constructor lets it through: such a filter has an output, of no size, but no input that would give one.
+    if (scaleXNum_ == 0 || scaleYNum_ == 0) throw VelmoraException("a scale of 0 has no input range", kInputRange);
     // Deliberate: signed here, unsigned in outputRange. A start that wrapped below zero is caught here and only here.
     auto const startsInBorder = [](size_t start, size_t border) {
         return static_cast<std::int64_t>(start) < static_cast<std::int64_t>(border);
@@ -183,6 +185,8 @@ std::vector<size_t> Filter::inputRange(std::vector<size_t> const& outputRange) c
 
 std::vector<size_t> Filter::outputRange(std::vector<size_t> const& inputRange) const {
     requireRange(inputRange, kOutputRange);
+    if (alignXOut_ == 0 || alignYOut_ == 0)
+        throw VelmoraException("an output alignment of 0 has no output range", kOutputRange);
     if (inputRange[0] < inputPosX0_ || inputRange[2] < inputPosY0_)
         throw VelmoraException("Input out of bounds", kOutputRange);
     Axis const xAxis{invalidLeft_, invalidRight_, inputPosX0_, effectiveAlignX_, scaleXNum_, scaleXDen_, alignXOut_};

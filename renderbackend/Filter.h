@@ -21,8 +21,8 @@ class RenderBackendInstance;
 ///
 /// A value: copies share the key and the instance. It becomes runnable by bind(), or by
 /// RenderBackendInstance::createFilterInstance. Ranges are {xStart, xEnd, yStart, yEnd} in logical pixels, ends
-/// inclusive. All arithmetic is unsigned 64-bit; zero denominators, strides and alignments are not tested and must not
-/// be passed. Any thread, except bind() and execute(), which run on the GL thread.
+/// inclusive. All arithmetic is unsigned 64-bit; the constructors do not test denominators, strides and alignments for
+/// 0, and must not be given it. Any thread, except bind() and execute(), which run on the GL thread.
 class VELMORA_EXPORT Filter {
 public:
     using ParametersFactory = std::function<std::shared_ptr<SingleFilterParameters>()>;
@@ -64,10 +64,12 @@ public:
     virtual bool changesGeometry() const;
 
     /// The input range that an output range needs. Throws "Input out of bounds" where the output starts inside the
-    /// invalid border; starts from 2^63 count as negative there. Starts left of the input grid's origin wrap.
+    /// invalid border; starts from 2^63 count as negative there. Starts left of the input grid's origin wrap. Throws "a
+    /// scale of 0 has no input range" where a scale's numerator is 0.
     virtual std::vector<size_t> inputRange(std::vector<size_t> const& outputRange) const;
     /// The output range that an input range yields; one that yields nothing comes back with an end before its start.
-    /// Throws "Input out of bounds" where the input starts before the grid's origin, compared unsigned.
+    /// Throws "Input out of bounds" where the input starts before the grid's origin, compared unsigned, and "an output
+    /// alignment of 0 has no output range" where a setter made it 0.
     virtual std::vector<size_t> outputRange(std::vector<size_t> const& inputRange) const;
 
     size_t inputPosX0() const { return inputPosX0_; }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "renderbackend/VelmoraException.h"
+
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -30,8 +32,15 @@ public:
         std::unique_ptr<Product> create(Argument argument) const override { return std::make_unique<T>(argument); }
     };
 
-    /// Stores a factory; one that already has the name is replaced and released.
-    void registerFactory(Name const& name, std::shared_ptr<Factory> factory) { factories_[name] = std::move(factory); }
+    /// Stores a factory; one that already has the name is replaced and released. Throws VelmoraException "no factory to
+    /// register" for an empty pointer.
+    void registerFactory(Name const& name, std::shared_ptr<Factory> factory) {
+        if (!factory)
+            throw VelmoraException("no factory to register",
+                                   "void GenericMultiFactory::registerFactory(Name const& name, "
+                                   "std::shared_ptr<Factory> factory)");
+        factories_[name] = std::move(factory);
+    }
 
     bool has(Name const& name) const { return factories_.count(name) != 0; }
 

@@ -36,6 +36,40 @@ TEST(FilterRangeTest, TheIdentityMapsAnyRangeToItself) {
     }
 }
 
+// What the constructor lets through would otherwise end the program: a division of whole numbers by 0 traps.
+TEST(FilterRangeTest, ScaleOfZeroHasNoInputRange) {
+    std::string const refused = "#Name:a scale of 0 has no input range#Location:std::vector<size_t> "
+                                "Filter::inputRange(std::vector<size_t> const& outputRange) const";
+    FilterDescription d;
+    d.scaleXNum = 0;
+    EXPECT_EQ(refusedInput(d, {0, 9, 0, 9}), refused);
+    EXPECT_EQ(d.filter().outputRange({0, 9, 0, 9}), (Range{0, 0, 0, 9})) << "nothing of the width is left";
+    d = FilterDescription();
+    d.scaleYNum = 0;
+    EXPECT_EQ(refusedInput(d, {0, 9, 0, 9}), refused);
+}
+
+TEST(FilterRangeTest, OutputAlignmentOfZeroHasNoOutputRange) {
+    std::string const refused = "#Name:an output alignment of 0 has no output range#Location:std::vector<size_t> "
+                                "Filter::outputRange(std::vector<size_t> const& inputRange) const";
+    Filter x = FilterDescription().filter();
+    x.setAlignXOut(0);
+    Filter y = FilterDescription().filter();
+    y.setAlignYOut(0);
+    for (Filter const& filter : {x, y}) {
+        EXPECT_EQ(thrownMessage([&] { filter.outputRange({0, 9, 0, 9}); }), refused);
+        EXPECT_EQ(filter.inputRange({0, 9, 0, 9}), (Range{0, 9, 0, 9})) << "which output alignments have no part in";
+    }
+}
+
+// Setting one back to 0 leaves the stride, which a description always has.
+TEST(FilterRangeTest, InputAlignmentOfZeroCountsAsNone) {
+    Filter filter = FilterDescription().filter();
+    filter.setAlignXIn(0);
+    filter.setAlignYIn(0);
+    EXPECT_EQ(filter.inputRange({3, 4, 0, 0}), (Range{3, 4, 0, 0}));
+}
+
 TEST(FilterRangeTest, ScaleOneHalfOnStrideTwoDoublesTheInput) {
     FilterDescription d;
     d.inputPosXStride = 2;

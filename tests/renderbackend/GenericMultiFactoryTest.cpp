@@ -55,6 +55,23 @@ TEST(GenericMultiFactoryTest, CreatesTheRegisteredClassFromTheArgument) {
     EXPECT_EQ(registry.create("plain", filter)->kind(), "plain");
 }
 
+TEST(GenericMultiFactoryTest, RegisteringNoFactoryIsRefusedAndTheOldOneStays) {
+    Registry registry;
+    registry.registerFactory("plain", make<Product>());
+    for (std::string const name : {"plain", "new"}) {
+        try {
+            registry.registerFactory(name, nullptr);
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (VelmoraException const& failure) {
+            EXPECT_STREQ(failure.what(), "#Name:no factory to register#Location:void GenericMultiFactory::"
+                                         "registerFactory(Name const& name, std::shared_ptr<Factory> factory)");
+        }
+    }
+    Filter filter;
+    EXPECT_EQ(registry.create("plain", filter)->kind(), "plain");
+    EXPECT_FALSE(registry.has("new"));
+}
+
 TEST(GenericMultiFactoryTest, HasTellsRegisteredNamesOnly) {
     Registry registry;
     EXPECT_FALSE(registry.has("a"));

@@ -95,6 +95,22 @@ TEST(RenderBackendTest, InstanceCounterStartsAtZeroAndTravelsWithCopiesAndMoves)
     EXPECT_EQ(moved.created(), 2u);
 }
 
+// What a host's own class is that says nothing of itself.
+class PlainBuffer : public ConcurrentStagingBuffer {
+public:
+    void write(std::vector<std::uint8_t> const&, size_t) override {}
+    bool ready() const override { return true; }
+    void* nativeHandle() const override { return nullptr; }
+    std::shared_ptr<void> keepAlive() const override { return nullptr; }
+};
+
+TEST(ConcurrentStagingBufferTest, IsAnEmptyTileZeroByDefault) {
+    PlainBuffer const buffer;
+    EXPECT_EQ(buffer.targetOrTileId(), 0u);
+    EXPECT_EQ(buffer.type(), RenderBackend::TILE);
+    EXPECT_TRUE(buffer.size().empty());
+}
+
 TEST(ConcurrentStagingBufferTest, KeepsIdTypeAndSize) {
     int alive = 0;
     CountedBuffer const buffer(77, alive);
