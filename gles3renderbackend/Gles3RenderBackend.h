@@ -13,17 +13,15 @@
 #include <utility>
 #include <vector>
 
-class EnvelopeCache;
 class Filter;
 class Gles3Pbo;
 class Gles3Shader;
 class Gles3SharedResources;
 class Gles3Target;
-class TextureCache;
 
-/// The OpenGL ES 3 backend. Makes one working instance at a time; every GL resource belongs to that instance, the backend
-/// itself keeps weak handles only. Construct it, and everything else, on the thread whose GL context is current; destroy
-/// the instance before the backend.
+/// The OpenGL ES 3 backend. Makes one working instance at a time; every GL resource belongs to that instance, the
+/// backend itself keeps weak handles only. Construct it, and everything else, on the thread whose GL context is
+/// current; destroy the instance before the backend.
 class VELMORA_EXPORT Gles3RenderBackend : public RenderBackend {
 public:
     using FilterRegistry = GenericMultiFactory<std::string, Gles3Shader, Filter&>;
@@ -41,13 +39,15 @@ public:
     Gles3RenderBackend& operator=(Gles3RenderBackend const&) = delete;
     ~Gles3RenderBackend() override;
 
-    /// Throws "Can only create one instance per backend for now" while an instance lives that has a target. Where making
-    /// a resource fails, everything made so far is released and the backend is as before.
+    /// Throws "Can only create one instance per backend for now" while an instance lives that has a target. Where
+    /// making a resource fails, everything made so far is released and the backend is as before.
     std::shared_ptr<RenderBackendInstance> createInstance(RenderContext const& context) override;
 
 private:
     friend class Gles3RenderBackendInstance;
     struct NewResources;
+    class EnvelopeCache;
+    class TextureCache;
 
     using TargetTable = std::map<size_t, Gles3Target>;
     using TargetPool = std::list<Gles3Target>;

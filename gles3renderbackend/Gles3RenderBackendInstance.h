@@ -129,8 +129,8 @@ private:
     std::unique_ptr<Gles3Shader> createShader(Filter& filter) const;
     std::vector<size_t> textureSizeOfTile(std::vector<size_t> const& size, bool rgbaAccepted) const;
 
-    std::shared_ptr<TextureCache> textureCache_;
-    std::shared_ptr<EnvelopeCache> envelopeCache_;
+    std::shared_ptr<Gles3RenderBackend::TextureCache> textureCache_;
+    std::shared_ptr<Gles3RenderBackend::EnvelopeCache> envelopeCache_;
     std::shared_ptr<Gles3RenderBackend::TargetPool> targetPool_;
     std::shared_ptr<Gles3RenderBackend::ShaderTable> shaderTable_;
     std::shared_ptr<Gles3SharedResources> sharedResources_;
