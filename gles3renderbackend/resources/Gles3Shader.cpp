@@ -52,7 +52,8 @@ Gles3Shader::Gles3Shader(std::string const& vertexSource, std::string const& fra
     attributes_ = std::move(compiled.attributes);
     uniforms_ = std::move(compiled.uniforms);
     prepareLocations();
-    unitQuad::upload(indexBuffer_, vertexBuffer_);
+    unitQuad::uploadIndices(indexBuffer_);
+    unitQuad::uploadVertices(vertexBuffer_);
     if (geometry_ > 0) setGeometry(0, 0, 1, 1);
     setTexRange(0, 0, 1, 1, 0);
 }

@@ -14,8 +14,11 @@ constexpr std::array<GLfloat, 16> kVertices = {
 
 } // namespace
 
-void unitQuad::upload(Gles3Buffer& indices, Gles3Buffer& vertices) {
+void unitQuad::uploadIndices(Gles3Buffer& indices) {
     indices.setData(kIndices.data(), sizeof kIndices);
+}
+
+void unitQuad::uploadVertices(Gles3Buffer& vertices) {
     vertices.setData(kVertices.data(), sizeof kVertices);
 }
 

@@ -19,8 +19,9 @@ constexpr size_t kPositionByte = 0;
 constexpr size_t kTextureCoordinateByte = 8;
 constexpr GLsizei kIndexCount = 6;
 
-/// Fills an index buffer and a vertex buffer and leaves them bound.
-void upload(Gles3Buffer& indices, Gles3Buffer& vertices);
+/// Fill an index buffer, a vertex buffer, and leave it bound.
+void uploadIndices(Gles3Buffer& indices);
+void uploadVertices(Gles3Buffer& vertices);
 /// Points a vertex attribute at the positions or texture coordinates of the bound vertex buffer.
 void pointAttribute(GLint location, size_t firstByte);
 /// Draws the two triangles of the bound index buffer.

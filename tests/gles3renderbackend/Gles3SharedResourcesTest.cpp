@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -39,6 +40,18 @@ TEST_F(Gles3SharedResourcesTest, EachBufferIsFilledAtItsOwnTargetAndLeftUnbound)
     EXPECT_EQ(bytesByTarget, (std::map<double, double>{{GL_ELEMENT_ARRAY_BUFFER, 12}, {GL_ARRAY_BUFFER, 64}}));
     EXPECT_EQ(gl.boundBuffer(GL_ELEMENT_ARRAY_BUFFER), 0U);
     EXPECT_EQ(gl.boundBuffer(GL_ARRAY_BUFFER), 0U);
+}
+
+TEST_F(Gles3SharedResourcesTest, EachBufferIsUnboundRightAfterItsOwnFill) {
+    Gles3SharedResources const resources;
+    auto const texts = gl.texts();
+    for (std::string const target : {"GL_ELEMENT_ARRAY_BUFFER", "GL_ARRAY_BUFFER"}) {
+        auto const filled = std::find_if(texts.begin(), texts.end(), [&](std::string const& call) {
+            return call.find("glBufferData(" + target + ",") == 0;
+        });
+        ASSERT_NE(filled, texts.end());
+        EXPECT_EQ(*(filled + 1), "glBindBuffer(" + target + ", 0)");
+    }
 }
 
 TEST_F(Gles3SharedResourcesTest, HoldsOneTexelOfTransparentBlack) {

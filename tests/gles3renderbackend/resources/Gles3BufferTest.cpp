@@ -65,7 +65,8 @@ TEST_F(Gles3BufferTest, CopiesShareTheBufferAndTheLastOneDeletesIt) {
 TEST_F(Gles3BufferTest, TheUnitQuadIsTwoTrianglesOfFourVertices) {
     Gles3Buffer indices(GL_ELEMENT_ARRAY_BUFFER);
     Gles3Buffer vertices(GL_ARRAY_BUFFER);
-    unitQuad::upload(indices, vertices);
+    unitQuad::uploadIndices(indices);
+    unitQuad::uploadVertices(vertices);
 
     std::vector<std::uint16_t> const expectedIndices{0, 1, 2, 0, 2, 3};
     ASSERT_EQ(gl.buffer(indices.buffer()).bytes.size(), 12U);
