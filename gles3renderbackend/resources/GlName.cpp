@@ -1,5 +1,9 @@
 #include "gles3renderbackend/resources/GlName.h"
 
+#include "renderbackend/VelmoraException.h"
+
+#include <utility>
+
 namespace {
 
 // The holder exists before GL makes the name, so no name is lost when memory runs out.
@@ -11,24 +15,29 @@ GlName holder(Delete deleteName) {
     });
 }
 
+GlName required(GlName name, char const* failure, char const* location) {
+    if (*name == 0) throw VelmoraException(failure, location);
+    return name;
+}
+
 } // namespace
 
-GlName makeTextureName() {
+GlName makeTextureName(char const* location) {
     GlName name = holder([](GLuint texture) { glDeleteTextures(1, &texture); });
     glGenTextures(1, name.get());
-    return name;
+    return required(std::move(name), "GL made no texture", location);
 }
 
-GlName makeFramebufferName() {
+GlName makeFramebufferName(char const* location) {
     GlName name = holder([](GLuint framebuffer) { glDeleteFramebuffers(1, &framebuffer); });
     glGenFramebuffers(1, name.get());
-    return name;
+    return required(std::move(name), "GL made no framebuffer", location);
 }
 
-GlName makeBufferName() {
+GlName makeBufferName(char const* location) {
     GlName name = holder([](GLuint buffer) { glDeleteBuffers(1, &buffer); });
     glGenBuffers(1, name.get());
-    return name;
+    return required(std::move(name), "GL made no buffer", location);
 }
 
 GlName makeProgramName() {

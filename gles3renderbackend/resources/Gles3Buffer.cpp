@@ -1,6 +1,9 @@
 #include "gles3renderbackend/resources/Gles3Buffer.h"
 
-Gles3Buffer::Gles3Buffer(GLenum target, GLenum usage) : target_(target), usage_(usage), buffer_(makeBufferName()) {}
+Gles3Buffer::Gles3Buffer(GLenum target, GLenum usage)
+    : target_(target),
+      usage_(usage),
+      buffer_(makeBufferName("Gles3Buffer::Gles3Buffer(GLenum target, GLenum usage)")) {}
 
 GLenum Gles3Buffer::bindingPoint() const {
     return target_ == GL_ELEMENT_ARRAY_BUFFER ? GL_ELEMENT_ARRAY_BUFFER : GL_ARRAY_BUFFER;

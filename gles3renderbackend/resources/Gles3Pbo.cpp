@@ -4,6 +4,7 @@
 
 namespace {
 
+constexpr char const* kConstructor = "Gles3Pbo::Gles3Pbo(GLenum target, GLenum usage, size_t size)";
 constexpr char const* kMapFailed = "could not map PBO range";
 constexpr char const* kMapLocation = "void* Gles3Pbo::mapRange(size_t offset, size_t size)";
 constexpr char const* kUnmapFailed = "could not unmap PBO range";
@@ -36,7 +37,7 @@ constexpr char const* kUnknownError = "unknown error";
 } // namespace
 
 Gles3Pbo::Gles3Pbo(GLenum target, GLenum usage, size_t size) : target_(target), usage_(usage), size_(size) {
-    buffer_ = usable() ? makeBufferName() : noBufferName();
+    buffer_ = usable() ? makeBufferName(kConstructor) : noBufferName();
     setData(nullptr, size);
 }
 

@@ -97,7 +97,7 @@ Gles3Target::Gles3Target(size_t physicalWidth, size_t physicalHeight, std::vecto
       logicalPerPhysical_(logicalPerPhysical),
       physicalPerLogical_(physicalPerLogical) {
     if (logicalSize_.size() < 2) throw VelmoraException("size vector is too short", kConstructor);
-    framebuffer_ = makeFramebufferName();
+    framebuffer_ = makeFramebufferName(kConstructor);
     glBindFramebuffer(GL_FRAMEBUFFER, *framebuffer_);
     bindTextureToFrameBuffer();
 }

@@ -92,11 +92,11 @@ void uploadImage(TexelFormat const& texels, size_t width, size_t height, void co
 
 } // namespace
 
-Gles3Texture::Gles3Texture() : texture_(makeTextureName()) {}
+Gles3Texture::Gles3Texture() : texture_(makeTextureName("Gles3Texture::Gles3Texture()")) {}
 
 Gles3Texture::Gles3Texture(std::vector<std::uint8_t> const& pixels, std::vector<size_t> const& size,
                            RenderBackend::ImageFormatType textureFormat, RenderBackend::ImageFiltering filtering)
-    : format_(textureFormat), filtering_(filtering), texture_(makeTextureName()) {
+    : format_(textureFormat), filtering_(filtering), texture_(makeTextureName(kConstructor)) {
     requireSize(size, 2, kConstructor);
     if (size[0] == 0 || size[1] == 0) return;
     bind();

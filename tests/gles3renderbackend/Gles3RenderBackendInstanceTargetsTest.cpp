@@ -136,6 +136,18 @@ TEST_F(Gles3RenderBackendInstanceTargetsTest, IncompleteFramebufferLeavesAsAPlai
     EXPECT_EQ(gl.living(), before);
 }
 
+// With framebuffer 0 the target would be the host's surface.
+TEST_F(Gles3RenderBackendInstanceTargetsTest, TargetWithoutAFramebufferOrTextureOfItsOwnLeavesAsAPlainException) {
+    auto const before = gl.living();
+    for (std::string const kind : {"framebuffer", "texture"}) {
+        gl.failNext(kind == "texture" ? "glGenTextures" : "glGenFramebuffers", GL_OUT_OF_MEMORY);
+        EXPECT_EQ(plainFailureToCreate({100, 50}, RenderBackend::GRAY8).find("#Name:GL made no " + kind + "#Location:"),
+                  0U);
+        EXPECT_FALSE(targetExists(1));
+        EXPECT_EQ(gl.living(), before);
+    }
+}
+
 TEST_F(Gles3RenderBackendInstanceTargetsTest, RefusedFilteringLeavesAsAPlainException) {
     auto const before = gl.living();
     std::string const location = "#Location:void Gles3Texture::setPixels(std::vector<uint8_t> const& pixels, "

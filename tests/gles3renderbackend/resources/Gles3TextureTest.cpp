@@ -153,12 +153,6 @@ TEST_F(Gles3TextureTest, MovingDeletesNothing) {
     EXPECT_EQ(gl.count("glDeleteTextures"), 0U);
 }
 
-TEST_F(Gles3TextureTest, NameZeroIsNeverDeleted) {
-    gl.failNext("glGenTextures", GL_OUT_OF_MEMORY);
-    EXPECT_EQ(Gles3Texture().texture(), 0U);
-    EXPECT_EQ(gl.count("glDeleteTextures"), 0U);
-}
-
 TEST_F(Gles3TextureTest, SizeIsReadThroughCanvas) {
     Gles3Texture const made = texture(5, 4);
     Canvas const& canvas = made;
