@@ -4,6 +4,7 @@
 #include "tests/gles3renderbackend/BackendGLTest.h"
 #include "tests/support/GlErrors.h"
 #include "tests/support/PixelMatchers.h"
+#include "tests/support/ShaderEdit.h"
 
 #include <algorithm>
 #include <ostream>
@@ -236,6 +237,55 @@ TEST_F(MaskRangeGLTest, OverlappingElementsDrawTheSamePixels) {
     copyTexel(source, 2, 2, expected, 2, 2);
     copyTexel(source, 3, 3, expected, 3, 3);
     EXPECT_TRUE(pixelsEqual(read(to).bytes, expected.bytes, 16));
+}
+
+// A mask filter with invalid borders, by which only a part of the source is shown, stretched over the target: a pixel
+// shows what lies at border + part * (pixel + 1/2) / extent. Neither axis meets a whole number there.
+class BorderedMaskGLTest : public MaskRangeGLTest {
+protected:
+    ::testing::AssertionResult showsItsPart() const {
+        Picture const source = noise(16, 12, 4, 1);
+        size_t const from = targetOf(source);
+        size_t const to = targetOf(Picture(16, 12, 4));
+        Filter bordered("MaskFilter4x8", 3, 5, 1, 5, 0, 1, 0, 1, 1, 1, 1, 1, 1, RenderBackend::NEAREST);
+        MaskFilterParams const params = shapeOf({{2, 1, 15, 10}});
+        instance->createFilterInstance(bordered);
+        instance->maskRange(from, to, bordered, {0, 15, 0, 11}, params);
+        instance->destroyFilterInstance(bordered);
+        Picture expected(16, 12, 4);
+        for (size_t row = 1; row < 10; ++row)
+            for (size_t column = 2; column < 15; ++column) // 8 columns of 16 and 6 rows of 12
+                copyTexel(source, 3 + (2 * column + 1) / 4, 1 + (2 * row + 1) / 4, expected, column, row);
+        return pixelsEqual(read(to).bytes, expected.bytes, 16);
+    }
+};
+
+TEST_F(BorderedMaskGLTest, BordersLeaveAPartOfTheSource) {
+    EXPECT_TRUE(showsItsPart());
+}
+
+TEST_F(BorderedMaskGLTest, BordersMoveThePartOfALargerSource) {
+    Picture const source = noise(40, 24, 4, 1);
+    size_t const from = targetOf(source);
+    size_t const to = targetOf(Picture(16, 12, 4));
+    Filter bordered("MaskFilter4x8", 12, 0, 9, 0, 0, 1, 0, 1, 1, 1, 1, 1, 1, RenderBackend::NEAREST);
+    MaskFilterParams const params = shapeOf({{0, 0, 16, 12}});
+    instance->createFilterInstance(bordered);
+    instance->maskRange(from, to, bordered, {0, 15, 0, 11}, params);
+    Picture expected(16, 12, 4);
+    for (size_t row = 0; row < 12; ++row)
+        for (size_t column = 0; column < 16; ++column) // 4 columns of 40 and 3 rows of 24
+            copyTexel(source, 12 + (2 * column + 1) / 8, 9 + (2 * row + 1) / 8, expected, column, row);
+    EXPECT_TRUE(pixelsEqual(read(to).bytes, expected.bytes, 16));
+}
+
+// The cases above would notice a vertex stage that left out either half of the range.
+TEST_F(BorderedMaskGLTest, RangeMissingInTheVertexStageShows) {
+    for (std::string const half : {"a_texRange00.zw * v_texCoord00", "v_texCoord00 + a_texRange00.xy"}) {
+        ShaderEdit const edit(ShaderEdit::Stage::kVertex, "a_texRange00.zw * v_texCoord00 + a_texRange00.xy", half);
+        EXPECT_FALSE(showsItsPart()) << "with no more than " << half;
+        EXPECT_EQ(edit.replacements(), 1U);
+    }
 }
 
 } // namespace
