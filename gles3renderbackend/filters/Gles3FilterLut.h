@@ -24,7 +24,8 @@ public:
         : Gles3Shader(lookup::vertexSource(filter.bitDepthIn()), lookup::fragmentSource(filter.bitDepthIn()), filter) {}
 
     /// Binds the table to unit 1. Throws VelmoraException for a record that is no ComparableSingleFilterParameters<T>,
-    /// std::length_error for a table that has not 2^bitDepthIn entries; the tables kept are as before then.
+    /// std::length_error for a table that has not 2^bitDepthIn entries; the tables kept are as before then, and where memory
+    /// runs out.
     void uploadParameters(SingleFilterParameters const& params) override {
         glActiveTexture(GL_TEXTURE1);
         if (dynamic_cast<ComparableSingleFilterParameters<T> const*>(&params) == nullptr)
@@ -57,12 +58,15 @@ private:
             return found->second.texture;
         }
         Gles3Texture texture = lookup::makeTexture(computeTable(params), bitDepthIn());
-        if (tables_.size() == kTablesKept) {
+        std::list<T> newest(1, key);
+        Entry const& made = tables_.emplace(key, Entry{std::move(texture), newest.begin()}).first->second;
+        // Nothing below takes memory: a table without room for itself drops no other.
+        recency_.splice(recency_.end(), newest);
+        if (tables_.size() > kTablesKept) {
             tables_.erase(recency_.front());
             recency_.pop_front();
         }
-        auto const position = recency_.insert(recency_.end(), key);
-        return tables_.emplace(key, Entry{std::move(texture), position}).first->second.texture;
+        return made.texture;
     }
 
     static constexpr size_t kTablesKept = 10;

@@ -5,6 +5,7 @@
 #include "gles3renderbackend/filters/Gles3FilterLinearTo8bitSRGB.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/BackendFixture.h"
+#include "tests/gles3renderbackend/FailingAllocation.h"
 #include "tests/gles3renderbackend/filters/TableFilter.h"
 #include "tests/support/RecordingGlTest.h"
 
@@ -129,6 +130,19 @@ TEST_F(Gles3FilterLutTest, TableOfAWrongLengthIsRefusedAndTheOthersStay) {
     useAll("0123456789");
     EXPECT_EQ(lut.computed.size(), 10U);
     EXPECT_THROW(use("too short"), std::length_error);
+}
+
+TEST_F(Gles3FilterLutTest, EleventhTableThatRunsOutOfMemoryDropsNone) {
+    useAll("0123456789");
+    auto const ten = gl.living();
+    std::string const key = "too long for a string without memory of its own";
+    size_t const failures = backendtest::failEachAllocation([&] { use(key); }, [&] { EXPECT_EQ(gl.living(), ten); });
+    EXPECT_GT(failures, 5U) << "the record, the key, the table, its texture, both entries";
+    size_t const computed = lut.computed.size();
+    useAll("123456789");
+    use(key);
+    EXPECT_EQ(lut.computed.size(), computed) << "the oldest alone has gone";
+    EXPECT_EQ(textures(), 10U);
 }
 
 TEST_F(Gles3FilterLutTest, TablesGoWithTheFilter) {
