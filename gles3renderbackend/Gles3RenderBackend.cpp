@@ -1,6 +1,7 @@
 #include "gles3renderbackend/Gles3RenderBackend.h"
 
 #include "gles3renderbackend/Caches.h"
+#include "gles3renderbackend/ExpectedState.h"
 #include "gles3renderbackend/FilterRegistry.h"
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 #include "gles3renderbackend/Gles3SharedResources.h"
@@ -82,6 +83,7 @@ Gles3RenderBackend::Gles3RenderBackend(Gles3RenderBackend&& other) noexcept = de
 Gles3RenderBackend::~Gles3RenderBackend() = default;
 
 std::shared_ptr<RenderBackendInstance> Gles3RenderBackend::createInstance(RenderContext const& context) {
+    expectedState::forUploading();
     if (auto const table = targetTable_.lock(); table && !table->empty())
         throw VelmoraException(
             "Can only create one instance per backend for now",

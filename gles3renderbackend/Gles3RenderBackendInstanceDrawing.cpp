@@ -1,6 +1,7 @@
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 
 #include "gles3renderbackend/Caches.h"
+#include "gles3renderbackend/ExpectedState.h"
 #include "gles3renderbackend/Gles3SharedResources.h"
 #include "gles3renderbackend/resources/EnabledArrays.h"
 #include "gles3renderbackend/resources/FixedState.h"
@@ -80,6 +81,7 @@ void Gles3RenderBackendInstance::drawTiles(size_t target, Filter const& tileShad
                                            std::vector<size_t> const& canvasRange, std::vector<size_t> const& tileSize,
                                            std::vector<std::vector<size_t>> const& blockCoords,
                                            std::vector<size_t> const& blocks, std::vector<size_t> const& offsets) {
+    expectedState::forDrawing(1);
     Gles3Target const& destination = existingTarget(target, kDrawTiles);
     requireValues(range, 4, "a range needs four values: x0, x1, y0, y1");
     requireValues(canvasRange, 3, "a canvas range needs its origin: values 0 and 2");

@@ -1,5 +1,6 @@
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 
+#include "gles3renderbackend/ExpectedState.h"
 #include "gles3renderbackend/resources/Gles3Shader.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
 #include "gles3renderbackend/resources/OutputExtent.h"
@@ -75,6 +76,10 @@ void Gles3RenderBackendInstance::executeFilter(Filter const& filter, std::vector
                                                size_t clipRight, size_t clipTop, size_t clipBottom,
                                                SingleFilterParameters const& params,
                                                std::vector<size_t> const& offset) {
+    // Table filters sample unit 1 and upload their table, CLAHE reads and uploads.
+    expectedState::forDrawing(std::max<size_t>(sources.size(), 2));
+    expectedState::forReading();
+    expectedState::forUploading();
     Gles3Shader* const shader = findShader(filter);
     if (shader == nullptr)
         throw VelmoraException("Instance for Filter <" + filter.name() + "> not available", kExecuteFilter);

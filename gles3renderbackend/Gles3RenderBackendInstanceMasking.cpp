@@ -1,5 +1,6 @@
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 
+#include "gles3renderbackend/ExpectedState.h"
 #include "gles3renderbackend/Gles3DataEnvelopes.h"
 #include "gles3renderbackend/resources/EnabledArrays.h"
 #include "gles3renderbackend/resources/Gles3Shader.h"
@@ -18,6 +19,7 @@ constexpr GLsizei kMeshVertexBytes = 8; // two floats
 
 void Gles3RenderBackendInstance::maskRange(size_t source, size_t target, Filter const& maskShader,
                                            std::vector<size_t> const& range, SingleFilterParameters const& params) {
+    expectedState::forMasking();
     Gles3Shader* const shader = findShader(maskShader);
     if (shader == nullptr)
         throw VelmoraException("Instance for Filter <" + maskShader.name() + "> not available", kMaskRange);

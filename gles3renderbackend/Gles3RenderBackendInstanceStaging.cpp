@@ -1,6 +1,7 @@
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 
 #include "gles3renderbackend/Caches.h"
+#include "gles3renderbackend/ExpectedState.h"
 #include "gles3renderbackend/Gles3ConcurrentStagingBuffer.h"
 #include "gles3renderbackend/UploadRing.h"
 #include "gles3renderbackend/resources/Gles3Pbo.h"
@@ -31,6 +32,7 @@ private:
 
 std::unique_ptr<ConcurrentStagingBuffer> Gles3RenderBackendInstance::concurrentStagingBuffer(
     size_t targetOrTileId, BufferType type, std::vector<size_t> const& size) {
+    expectedState::forStaging();
     // Four components are refused here, unlike for setTile.
     std::vector<size_t> const textureSize = textureSizeOfTile(size, false);
     syncTexturesFromPboRingBuffer();
@@ -62,6 +64,7 @@ void Gles3RenderBackendInstance::syncTexturesFromPboRingBuffer() {
 }
 
 bool Gles3RenderBackendInstance::synchronizeConcurrentStagingBuffer(std::unique_ptr<ConcurrentStagingBuffer>&& buffer) {
+    expectedState::forStaging();
     std::unique_ptr<ConcurrentStagingBuffer> const owned = std::move(buffer);
     auto const* const staged = dynamic_cast<Gles3ConcurrentStagingBuffer const*>(owned.get());
     if (staged == nullptr)

@@ -1,5 +1,6 @@
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 
+#include "gles3renderbackend/ExpectedState.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
 #include "renderbackend/RenderContext.h"
 #include "renderbackend/VelmoraException.h"
@@ -149,6 +150,7 @@ Gles3Target& Gles3RenderBackendInstance::target(size_t target) {
 
 size_t Gles3RenderBackendInstance::createTarget(std::vector<size_t> const& size, size_t bits, bool,
                                                 ImageFiltering filter, ImageFormatType format) {
+    expectedState::forUploading();
     if (size.size() < 2) throw VelmoraException("size vector is too short", kCreateTarget);
     ImageFormatType const texels = format == RenderBackend::UNDEFINED ? format_ : format;
     Packing const pack = packing(texels, bits);
@@ -219,6 +221,7 @@ RenderBackend::ImageFiltering Gles3RenderBackendInstance::targetFiltering(size_t
 }
 
 void Gles3RenderBackendInstance::clear(size_t target, std::vector<size_t> const& color) {
+    expectedState::forClearing();
     Gles3Target const& found = existingTarget(target, kClear);
     auto const [r, g, b, a] = toColor(color);
     found.clear(r, g, b, a);
@@ -226,6 +229,7 @@ void Gles3RenderBackendInstance::clear(size_t target, std::vector<size_t> const&
 
 void Gles3RenderBackendInstance::clearRect(size_t target, std::vector<size_t> const& color,
                                            std::vector<size_t> const& rect) {
+    expectedState::forClearingRectangle();
     Gles3Target const& found = existingTarget(target, kClear);
     auto const [r, g, b, a] = toColor(color);
     if (rect.size() != 4) throw VelmoraException(kInvalidRectangle, kClear);
@@ -235,11 +239,13 @@ void Gles3RenderBackendInstance::clearRect(size_t target, std::vector<size_t> co
 // Deliberate: the reading operations take {x, width, y, height}, clearRect takes {x, y, width, height}.
 size_t Gles3RenderBackendInstance::getPixels(void* buffer, size_t bufferSize, size_t target,
                                              std::vector<size_t> const& rect) const {
+    expectedState::forReading();
     requireReadRectangle(rect, kGetPixelsBuffer);
     return findOrMakeTarget(target).getPixels(buffer, bufferSize, rect[0], rect[2], rect[1], rect[3]);
 }
 
 std::vector<unsigned char> Gles3RenderBackendInstance::getPixels(size_t target, std::vector<size_t> const& rect) {
+    expectedState::forReading();
     requireReadRectangle(rect, kGetPixelsVector);
     size_t const checked = getPixelsBufferSize(target, rect);
     Gles3Target const& found = findOrMakeTarget(target);

@@ -1,6 +1,7 @@
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 
 #include "gles3renderbackend/Caches.h"
+#include "gles3renderbackend/ExpectedState.h"
 #include "renderbackend/VelmoraException.h"
 
 #include <limits>
@@ -25,6 +26,7 @@ std::vector<size_t> Gles3RenderBackendInstance::textureSizeOfTile(std::vector<si
 
 void Gles3RenderBackendInstance::setTile(size_t tile, std::vector<unsigned char> const& pixels,
                                          std::vector<size_t> const& size, size_t offset) {
+    expectedState::forUploading();
     std::pair<size_t, size_t> const key(id(), tile);
     // The entry comes first, and stays, empty, when the size is refused.
     Gles3Texture& texture = textureCache_->get(key);
