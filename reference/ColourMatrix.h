@@ -19,8 +19,8 @@ Matrix3 scaledMatrix(Matrix3 const& matrix, double strength);
 /// |scaled coefficients| stays below 65536.
 Texels matrix8(Texels const& image, Matrix3 const& matrix, double strength);
 
-/// The sum over the inputs divided by 1024, rounded half away from zero. Domain of the filter: |scaled coefficient| <
-/// 8192 and |result| < 16384.
+/// The sum over the inputs divided by 1024, rounded half away from zero. Equal to the filter while the sum of an
+/// output's |scaled coefficients| stays below 65536.
 std::array<std::int64_t, 3> matrixTimes(Matrix3 const& scaled, std::array<std::int32_t, 3> const& pixel);
 
 /// Three-channel 16-bit in and out.

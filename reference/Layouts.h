@@ -65,7 +65,7 @@ struct Pair {
 Pair carryNormalised(int lowNumerator, int highNumerator, int denominator);
 
 /// The two bytes that a shader leaves for a whole value. A negative high part gets 256, then the target clamps it to a
-/// byte: -32768..65535 leave modulo 2^16, beyond that the high byte stays at 0 or 255.
+/// byte: -65536..65535 leave modulo 2^16, beyond that the high byte stays at 0 or 255.
 std::array<std::uint8_t, 2> encodePair(std::int64_t value);
 
 std::int32_t decodeSigned(std::uint8_t low, std::uint8_t high);

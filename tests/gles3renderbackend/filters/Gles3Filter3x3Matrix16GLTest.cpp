@@ -92,6 +92,18 @@ TEST_F(Gles3Filter3x3Matrix16GLTest, RandomMatricesAreExact) {
     }
 }
 
+// Rows whose magnitudes add up to 65535, on samples of all 16 bits. Most results need more than those: they leave modulo
+// 2^16 down to -65536 and up to 65535, clamped beyond.
+TEST_F(Gles3Filter3x3Matrix16GLTest, CoefficientsAreExactWhileARowAddsUpToLessThan65536) {
+    Planes3 const pixels = everySampleThrice();
+    for (Matrix3 const& matrix : {Matrix3{21845, 65535, -1, 21845, 0, 65533, 21845, 0, 1},
+                                  {-21845, 0, -32768, -21845, -65535, -32767, -21845, 0, 0},
+                                  {65535, -40000, 1024, 0, 20000, -1024, 0, -5535, 63487}}) {
+        EXPECT_TRUE(multiplies(pixels, matrix)) << matrix[0];
+        EXPECT_TRUE(multiplies(boundaryTriples(), matrix)) << matrix[0];
+    }
+}
+
 TEST_F(Gles3Filter3x3Matrix16GLTest, HalvesAreRoundedAwayFromZero) {
     Planes3 const pixels = {Plane(6, 1, {1, -1, 3, -3, 2, -2}), Plane(6, 1, {5, -5, 255, -255, 257, -257}),
                             Plane(6, 1, {16383, -16383, 511, -511, 0, 1})};

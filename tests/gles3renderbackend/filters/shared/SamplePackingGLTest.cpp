@@ -90,7 +90,10 @@ TEST_F(SamplePackingGLTest, EncodingWritesTwosComplementBytes) {
           Row{"32767 packs to 255, 127", 32767, {255, 127}}, Row{"zero packs to 0, 0", 0, {0, 0}},
           Row{"minus 32768 packs to 0, 128", -32768, {0, 128}}, Row{"255 packs to 255, 0", 255, {255, 0}},
           Row{"256 packs to 0, 1", 256, {0, 1}}, Row{"minus 255 packs to 1, 255", -255, {1, 255}},
-          Row{"65535 packs to 255, 255", 65535, {255, 255}}}) {
+          Row{"65535 packs to 255, 255", 65535, {255, 255}}, Row{"modulo 2^16 from -65536 on", -65536, {0, 0}},
+          Row{"minus 49151 is 16385", -49151, {1, 64}}, Row{"minus 32769 is 32767", -32769, {255, 127}},
+          Row{"below that the high byte stays at 0", -65537, {255, 0}},
+          Row{"beyond 65535 it stays at 255", 65536 + 7, {7, 255}}}) {
         auto const low = ((row.value % 256) + 256) % 256;
         auto const high = (row.value - low) / 256;
         auto const texel = texelOf(glsl::test_packPairs, {static_cast<float>(low), static_cast<float>(high), 1, -2});
