@@ -21,7 +21,7 @@ class Gles3Target;
 
 /// The OpenGL ES 3 backend. Makes one working instance at a time; every GL resource belongs to that instance, the
 /// backend itself keeps weak handles only. Construct it, and everything else, on the thread whose GL context is
-/// current; destroy the instance before the backend.
+/// current; destroy the instance before the backend. docs/GL_STATE.md says what state that context is expected in.
 class VELMORA_EXPORT Gles3RenderBackend : public RenderBackend {
 public:
     using FilterRegistry = GenericMultiFactory<std::string, Gles3Shader, Filter&>;

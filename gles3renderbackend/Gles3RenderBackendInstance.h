@@ -14,11 +14,12 @@
 
 class Gles3ConcurrentStagingBuffer;
 
-/// The working instance of the OpenGL ES 3 backend; made by Gles3RenderBackend::createInstance. What each operation does
-/// for a host stands with the interface, RenderBackendInstance; here stands what is this backend's own.
+/// The working instance of the OpenGL ES 3 backend; made by Gles3RenderBackend::createInstance. What each operation
+/// does for a host stands with the interface, RenderBackendInstance; here stands what is this backend's own.
 ///
-/// Everything runs on the GL thread. No GL state is cached or restored: the host shares the context. A cached tile may
-/// be evicted at the next setTile; a locked one never is.
+/// Everything runs on the GL thread. No GL state is cached or restored, because the host shares the context:
+/// docs/GL_STATE.md says per operation what is expected of it, set and left. docs/ERRORS.md lists every failure. A
+/// cached tile may be evicted at the next setTile; a locked one never is.
 class VELMORA_EXPORT Gles3RenderBackendInstance : public RenderBackendInstance {
 public:
     Gles3RenderBackendInstance(size_t id, RenderContext const& context, Gles3RenderBackend& backend);
@@ -36,27 +37,33 @@ public:
     /// Also throws "Invalid rectangle". All of it under clear's location.
     void clearRect(size_t target, std::vector<size_t> const& color, std::vector<size_t> const& rect) override;
 
-    /// Throws "Target does not exist", "Instance for Filter <name> not available" and "No integer physical coordinate for
-    /// logical coordinate"; nothing is drawn then. Leaves the framebuffer, the program, the viewport, the quad's buffers
-    /// and the last tile's texture bound. A tile that is drawn becomes the most recently used.
+    /// Throws "Target does not exist", "Instance for Filter <name> not available" and "No integer physical coordinate
+    /// for logical coordinate"; nothing is drawn then. Leaves the framebuffer, the program, the viewport, the quad's
+    /// buffers and the last tile's texture bound. A tile that is drawn becomes the most recently used.
     void drawTiles(size_t target, Filter const& tileShader, std::vector<size_t> const& range,
                    std::vector<size_t> const& canvasRange, std::vector<size_t> const& tileSize,
                    std::vector<std::vector<size_t>> const& blockCoords, std::vector<size_t> const& blocks,
                    std::vector<size_t> const& offsets) override;
 
+    /// Throws "Invalid rectangle" and "buffer too small provided N required : M".
     size_t getPixels(void* buffer, size_t bufferSize, size_t target, std::vector<size_t> const& rect) const override;
     std::vector<unsigned char> getPixels(size_t target, std::vector<size_t> const& rect) override;
     size_t getPixelsBufferSize(size_t target, std::vector<size_t> const& rect) const override;
 
-    /// Throws "Can't set tile pixels with this size" for other component counts; the tile then exists, empty, at a cost
-    /// of 0 bytes. Costs width * height * components bytes of the budget, as given: a 16-bit tile one byte a pixel.
+    /// Throws "Can't set tile pixels with this size", "pixel vector is shorter than its size says", and
+    /// VelmoraRangeException beyond GL_MAX_TEXTURE_SIZE, after which the tile must be erased before it is set again. A
+    /// new tile then exists, empty, at a cost of 0 bytes. Costs width * height * components bytes of the budget, as
+    /// given: a 16-bit tile one byte per pixel.
     void setTile(size_t tile, std::vector<unsigned char> const& pixels, std::vector<size_t> const& size,
                  size_t offset) override;
     bool tileSet(size_t tile) const override;
     void lockTile(size_t tile) override;
     void unlockTile(size_t tile) override;
 
+    /// Throws "Requested DataEnvelopes doesn't exist".
     std::shared_ptr<DataEnvelopes const> dataEnvelopes(std::vector<unsigned char> const& id) const override;
+    /// Throws "a cell needs two coordinates: column and row". Whatever it throws, a stored set stays and an id that was
+    /// not set is not.
     void dataEnvelopes(
         std::vector<unsigned char> const& id,
         std::vector<std::pair<std::vector<unsigned short>, std::vector<std::vector<unsigned int>>>> const& data)
@@ -65,9 +72,9 @@ public:
     void lockDataEnvelopes(std::vector<unsigned char> const& id) override;
     void unlockDataEnvelopes(std::vector<unsigned char> const& id) override;
 
-    /// Throws "undefined pixel format", "no integer number of physical pixels for each logical pixel" and "Requested size
-    /// exceeds GLES3Backend capabilities"; nothing has changed then. Any other failure of making the target leaves as a
-    /// plain std::exception with the same text.
+    /// Throws "undefined pixel format", "no integer number of physical pixels for each logical pixel" and "Requested
+    /// size exceeds GLES3Backend capabilities"; nothing has changed then. Any other failure of making the target leaves
+    /// as a plain std::exception with the same text.
     size_t createTarget(std::vector<size_t> const& size, size_t bits, bool, ImageFiltering filter,
                         ImageFormatType format) override;
     void finalizeDrawSequence() override;
@@ -83,7 +90,9 @@ public:
     void waitForTarget(size_t target) override;
     size_t clearTiles() override;
 
-    /// Throws "Instance for Filter <name> not available", and what the filter says of its parameters.
+    /// Throws "Instance for Filter <name> not available", "fewer sources than the filter has inputs" and what the
+    /// filter says of its parameters; nothing is drawn then. A filter needs as many sources as its description has
+    /// inputs, but no more than its program samples.
     void executeFilter(Filter const& filter, std::vector<FilterSource> const& sources, size_t inputW, size_t inputH,
                        size_t destination, size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
                        SingleFilterParameters const& params, std::vector<size_t> const& offset) override;
@@ -92,11 +101,21 @@ public:
     void createFilterInstance(Filter& filter) override;
     /// Throws "Instance for Filter <name> not available" for a filter that was destroyed already.
     void destroyFilterInstance(Filter& filter) override;
+    /// Throws "Instance for Filter <name> not available" and "a range needs its start: values 0 and 2" before any GL
+    /// call; "Filter parameters cast failed" and "bad parameters cast", for envelopes that are not this backend's, with
+    /// source and target bound and nothing drawn. The sampler's unit is set in the program that was current before:
+    /// where none was, GL_INVALID_OPERATION is pending afterwards, and the mask is drawn all the same. The starts of
+    /// the range are taken as unsigned numbers: there are none below 0.
     void maskRange(size_t source, size_t target, Filter const& maskShader, std::vector<size_t> const& range,
                    SingleFilterParameters const& params) override;
 
+    /// Throws "Can't set tile pixels with this size" under setTile's location, "could not map PBO range", "could not
+    /// unmap PBO range" and "could not map PBO: ringbuffer exhausted": docs/THREADS.md says what becomes of the ring.
     std::unique_ptr<ConcurrentStagingBuffer> concurrentStagingBuffer(size_t targetOrTileId, BufferType type,
                                                                      std::vector<size_t> const& size) override;
+    /// Throws "could cast ConcurrentStagingBuffer to this backend" for a buffer of another backend, or none, "could not
+    /// map PBO range" and "could not unmap PBO range". The buffer is gone then; a tile that was written is uploaded
+    /// later.
     bool synchronizeConcurrentStagingBuffer(std::unique_ptr<ConcurrentStagingBuffer>&& buffer) override;
 
     /// The target of an id; an unknown id makes an empty one. The reference holds until the target is erased.

@@ -24,7 +24,7 @@ public:
     enum ImageFiltering : std::uint32_t {
         NEAREST = 0,
         LINEAR = 1,
-        TRILINEAR = 2, ///< both sides must be powers of two; the holder generates the mipmaps
+        TRILINEAR = 2, ///< both sides must be powers of two; needs mipmaps, which no operation of an instance makes
     };
 
     /// What the id of a concurrent staging buffer names. Stored, never acted on.

@@ -47,7 +47,8 @@ public:
     /// Fills a rectangle of a target. rect: {x, y, width, height} in logical pixels.
     virtual void clearRect(size_t target, std::vector<size_t> const& color, std::vector<size_t> const& rect) = 0;
 
-    /// Draws cached tiles into a target, one quad a tile; a tile that is not cached is drawn transparent black.
+    /// Draws cached tiles into a target, one quad per tile; a tile that is not cached is drawn transparent black. No
+    /// parameters are sent: a filter that has some draws with what its last run left in its program.
     /// range: {x0, x1, y0, y1}, inclusive, the region of the image that fills the viewport, in logical pixels;
     /// canvasRange: the same order, of which x0 and y0 are the origin of the tile grid; tileSize: {width, height} in
     /// logical pixels; blockCoords: a {column, row} per tile, at least as many as blocks, not tested; blocks: tile ids;
@@ -59,18 +60,32 @@ public:
                            std::vector<size_t> const& offsets) = 0;
 
     /// Reads pixels into `buffer` and returns the bytes written. rect: {x, width, y, height}; x and y count texels,
-    /// width logical pixels. Rows come bottom row of the GL surface first. The capacity is checked with 3 bytes a
-    /// texel whatever the format: reading an RGBA32 target needs 4 bytes a texel, which the caller must provide.
+    /// width logical pixels. Rows come bottom row of the GL surface first. The capacity is checked with 3 bytes per
+    /// texel whatever the format: reading an RGBA32 target needs 4 bytes per texel, which the caller must provide.
+    /// Throws "buffer too small provided N required : M" below that, and "Invalid rectangle" for fewer than four
+    /// values.
     virtual size_t getPixels(void* buffer, size_t bufferSize, size_t target, std::vector<size_t> const& rect) const = 0;
-    /// The same into a new vector of the right size.
+    /// The same into a new vector of the right size. Throws "Invalid rectangle".
     virtual std::vector<unsigned char> getPixels(size_t target, std::vector<size_t> const& rect) = 0;
-    /// The capacity in bytes that the buffer form checks for: 3 bytes a texel, whatever the format.
+    /// The capacity in bytes that the buffer form checks for: 3 bytes per texel, whatever the format. Throws "Invalid
+    /// rectangle".
     virtual size_t getPixelsBufferSize(size_t target, std::vector<size_t> const& rect) const = 0;
 
     /// Stores a tile. size: {width, height, components}; 3 and 4 components are 8-bit RGB and RGBA, 1 component is one
-    /// 16-bit sample a pixel, little-endian, on an RGBA32 instance only. Reading starts at byte `offset` of pixels; an
-    /// empty vector allocates the texture without filling it. Where the tile is stored already with a texture larger in
-    /// both directions, the pixels go into its upper left corner: erase the tile first.
+    /// 16-bit sample per pixel, little-endian, on an RGBA32 instance only. Two such samples share a texel, so the width
+    /// must be even: with an odd one, which is not refused, row r is read r samples too early. Reading starts at byte
+    /// `offset` of pixels; a vector that ends there or before allocates a new texture without filling it.
+    ///
+    /// Erase a tile before it is set in another size. Onto a stored one
+    ///   - a size that is as large or larger in either direction makes a new texture, as for a new tile;
+    ///   - a smaller one in both directions goes into the upper left corner of an RGBA texture (stored with 4 components,
+    ///     or 1), which keeps its size and is drawn whole. Four bytes per texel are read, whatever the components say;
+    ///   - the same onto an RGB texture is refused by GL: the old pixels stay and GL_INVALID_OPERATION is pending.
+    ///
+    /// Throws "Can't set tile pixels with this size" for other components, "pixel vector is shorter than its size says"
+    /// for a vector that ends inside the tile, and VelmoraRangeException "requested buffer size exceeds maximum
+    /// supported size". A new tile then exists, empty, and a stored one is as it was; but after the last of the three
+    /// erase the tile before setting it again, for its texture reports the refused size.
     virtual void setTile(size_t tile, std::vector<unsigned char> const& pixels, std::vector<size_t> const& size,
                          size_t offset) = 0;
     /// Whether the tile is in the cache.
@@ -91,9 +106,10 @@ public:
     virtual void unlockDataEnvelopes(std::vector<unsigned char> const& id) = 0;
 
     /// Makes a target and returns its id, the smallest that is free. size: {width, height} in logical pixels; bits: of
-    /// one logical pixel, not 0. Several logical pixels of few bits share a texel, one of many bits takes several; only
-    /// the horizontal axis is packed. An erased target that fits is handed out again with its old pixels and its own,
-    /// possibly larger size. The unnamed flag is ignored.
+    /// one logical pixel, not 0. No operation makes mipmaps: a TRILINEAR target is drawn into and read like any other,
+    /// but filters that sample it see black. Several logical pixels of few bits share a texel, one of many bits takes
+    /// several; only the horizontal axis is packed. An erased target that fits is handed out again with its old pixels
+    /// and its own, possibly larger size. The unnamed flag is ignored.
     virtual size_t createTarget(std::vector<size_t> const& size, size_t bits, bool, ImageFiltering filter,
                                 ImageFormatType format) = 0;
     /// Drawing is ordered by the GL stream: nothing to do here.
@@ -107,7 +123,8 @@ public:
     /// {logical pixels in a texel along x, along y}, the quotient rounded down: 0 where a pixel takes several texels.
     virtual std::vector<size_t> targetAlignment(size_t target) = 0;
     virtual ImageFiltering targetFiltering(size_t target) const = 0;
-    /// Moves a target into the pool from which createTarget serves itself.
+    /// Moves a target into the pool from which createTarget serves itself; releases it where there is no memory for
+    /// that. Throws nothing for a target that exists.
     virtual void eraseTarget(size_t target) = 0;
     /// Erases the tiles first <= id < last, locked ones too; returns the bytes released.
     virtual size_t eraseTiles(size_t first, size_t last) = 0;
@@ -118,29 +135,46 @@ public:
     /// Erases every tile but one whose id is SIZE_MAX; returns the bytes released.
     virtual size_t clearTiles() = 0;
 
-    /// Runs a filter once. sources: one per input; inputW, inputH: the input area in logical pixels; the four clips
-    /// cut logical pixels off the output; offset: {x, y}, texels of the destination where the output starts. On the
-    /// host's surface, target 0, rows are mirrored, so that the first one is at the top, and offset.y counts from the
-    /// top; the filters without a model-view (FilterRGBA8ToYCoCg16, both colour matrices, both passes of the 16-bit
-    /// sharpening) keep GL's order there as well.
+    /// Runs a filter once. sources: one per input, in the order of the inputs; more than there are inputs are bound to
+    /// the texture units that follow and change nothing. inputW, inputH: the input area in logical pixels; the four
+    /// clips cut logical pixels off the output; offset: {x, y}, texels of the destination where the output starts. The
+    /// destination is none of the sources: what a target shows that samples itself is up to GL. On the host's surface,
+    /// target 0, rows are mirrored, so that the first one is at the top, and offset.y counts from the top; the filters
+    /// without a model-view (FilterRGBA8ToYCoCg16, both colour matrices, both passes of the 16-bit sharpening) keep GL's
+    /// order there as well.
     virtual void executeFilter(Filter const& filter, std::vector<FilterSource> const& sources, size_t inputW,
                                size_t inputH, size_t destination, size_t clipLeft, size_t clipRight, size_t clipTop,
                                size_t clipBottom, SingleFilterParameters const& params,
                                std::vector<size_t> const& offset) = 0;
     /// Compiles the filter's program and writes the key, and what the filter class adjusted, back into `filter`. A
-    /// filter that already has a key is left alone.
+    /// filter that already has a key is left alone. The key is a number of this instance: with an instance that is made
+    /// anew take fresh filters, for one that is kept runs whatever program has its number there.
     virtual void createFilterInstance(Filter& filter) = 0;
     /// Drops the filter's program. The filter keeps its key: using it again throws, instantiating it does nothing.
     virtual void destroyFilterInstance(Filter& filter) = 0;
-    /// Draws the shape of a MaskFilterParams into a target, coloured from `source`. range: {x0, x1, y0, y1} of the
-    /// target in image coordinates. On the host's surface, target 0, the rows are mirrored.
+    /// Draws the shape of a MaskFilterParams into a target, coloured from `source`, which is another target. range:
+    /// {x0, x1, y0, y1} of the target in image coordinates, of which x0 and y0 count: cell coordinates of the shape,
+    /// one to a texel of the target, also where a texel holds several pixels or a pixel takes several texels. On the
+    /// host's surface, target 0, the rows are mirrored. The record's envelopes are what dataEnvelopes returned, less its
+    /// const:
+    ///
+    ///     params.envelopes = std::const_pointer_cast<DataEnvelopes>(instance.dataEnvelopes(id));
+    ///
+    /// Neither parameters nor any state of blending, scissor, depth, stencil or culling are set: what the host set
+    /// applies.
     virtual void maskRange(size_t source, size_t target, Filter const& maskShader, std::vector<size_t> const& range,
                            SingleFilterParameters const& params) = 0;
 
-    /// Reserves room for a tile that another thread will fill. The default offers none and returns an empty pointer.
+    /// Reserves room for a tile that another thread will fill, at most 4 MiB of it, which is not tested. size: {width,
+    /// height, 3}, or {width, height, 1} with an even width on an RGBA32 instance; others are refused, four components
+    /// too. The type is stored and changes nothing. Uploads what is written and closed; where all of the ring is taken
+    /// it waits, without a limit, for the writers of its oldest part. The default offers none and returns an empty
+    /// pointer.
     virtual std::unique_ptr<ConcurrentStagingBuffer> concurrentStagingBuffer(size_t targetOrTileId, BufferType type,
                                                                              std::vector<size_t> const& size);
-    /// Makes sure that a written buffer reaches its texture; takes the buffer. The default destroys it, returns true.
+    /// Makes sure that a written buffer reaches its texture; takes the buffer. Returns at once where the tile is cached
+    /// or its part of the ring is closed; otherwise closes that part and waits, without a limit, for all who write into
+    /// it. Tiles that came this way are locked until unlockTile. The default destroys the buffer and returns true.
     virtual bool synchronizeConcurrentStagingBuffer(std::unique_ptr<ConcurrentStagingBuffer>&& buffer);
 
 protected:

@@ -24,7 +24,8 @@ class Gles3RenderBackendInstance;
 class Gles3Shader : public Filter {
 public:
     /// Compiles and links. Throws VelmoraException with the log and, where a stage does not compile, its source with
-    /// numbered lines; every GL object made so far is deleted then.
+    /// numbered lines; every GL object made so far is deleted then. The source is in what(); formatExceptionMessage
+    /// ends it at its first "#", which is that of "#version".
     Gles3Shader(std::string const& vertexSource, std::string const& fragmentSource, Filter& filter);
     /// A shader without a program, for a filter that computes elsewhere: program() is 0.
     explicit Gles3Shader(Filter& filter);
@@ -35,8 +36,9 @@ public:
 
     /// Runs the program once. `filter` is the caller's description: its borders and scales give the extent of the
     /// output, while the input ranges follow the shader's own. inputW, inputH and the clips count logical pixels,
-    /// `offset` texels of the destination, {x, y}: two values, which is not tested here.
-    /// Leaves bound: the program, the framebuffer, both quad buffers, one texture per source.
+    /// `offset` texels of the destination, {x, y}: two values, which is not tested here. Leaves bound: the program, the
+    /// framebuffer, both quad buffers, one texture per source. What it expects of the other state is in
+    /// docs/GL_STATE.md.
     virtual void draw(std::vector<FilterSource> const& sources, size_t inputW, size_t inputH, size_t destination,
                       size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
                       SingleFilterParameters const& params, std::vector<size_t> const& offset,

@@ -6,7 +6,7 @@
 #include <vector>
 
 /// A texture that can be rendered into: the colour attachment of a framebuffer of its own. Copies share both; the last
-/// one deletes them. GL thread only.
+/// one deletes them. GL thread only; docs/GL_STATE.md says under which state clearing and reading do what they say.
 ///
 /// The host counts in logical pixels, GL in texels. Along x several logical pixels may share a texel, or one may take
 /// several texels:

@@ -15,7 +15,7 @@ class Gles3Pbo;
 ///
 /// Size vectors are {width, height, bytes a texel}, in texels. Every operation binds the texture to GL_TEXTURE_2D of
 /// the active unit and leaves it bound. Unpack alignment is 1 from the first upload on: the buffer form of setPixels
-/// relies on it, as rows in an upload buffer follow each other without padding.
+/// relies on it, as rows in an upload buffer follow each other without padding. docs/GL_STATE.md: what else counts.
 class Gles3Texture : public virtual Canvas {
 public:
     /// A GL name without an image: size 0 by 0, RGBA32, NEAREST.
