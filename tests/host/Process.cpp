@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <linux/capability.h>
 #include <stdexcept>
 #include <sys/prctl.h>
@@ -36,6 +37,14 @@ void limitFileSize(size_t bytes) {
     setrlimit(RLIMIT_FSIZE, &limit);
 }
 
+// The loader ends a name in LD_PRELOAD at a blank, and takes folders in LD_LIBRARY_PATH as they are.
+void preload(std::filesystem::path const& library) {
+    char const* const folders = std::getenv("LD_LIBRARY_PATH");
+    std::string const more = folders == nullptr ? "" : std::string(":") + folders;
+    setenv("LD_LIBRARY_PATH", (library.parent_path().string() + more).c_str(), 1);
+    setenv("LD_PRELOAD", library.filename().c_str(), 1);
+}
+
 void change(Process::Environment const& changes) {
     // Drivers that ask for a window system write a line of their own where this is not set.
     setenv("XDG_RUNTIME_DIR", "/tmp", 0);
@@ -47,6 +56,8 @@ void change(Process::Environment const& changes) {
     for (auto const& [name, value] : changes) {
         if (value.empty())
             unsetenv(name.c_str());
+        else if (name == "LD_PRELOAD")
+            preload(value);
         else
             setenv(name.c_str(), value.c_str(), 1);
     }
@@ -69,6 +80,9 @@ Process::Process(std::vector<std::string> arguments, Environment const& changes,
     dup2(err_, STDERR_FILENO);
     change(changes);
     limitFileSize(maxFileBytes);
+    // A shell starts what runs in the background, and nohup all that it runs, with signals ignored.
+    for (int const number : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(number, SIG_DFL);
     execv(pointers[0], pointers.data());
     _exit(127);
 }
