@@ -1,12 +1,11 @@
 # The GL implementations that the tests run on, each chosen by the environment of the process alone.
 #
-#   velmora_add_gl_test(name COMMAND program argument... [TIMEOUT seconds] [PROPERTIES key value...])
+#   velmora_add_gl_test(name COMMAND program argument... [WITHOUT_CASES] [TIMEOUT seconds] [PROPERTIES key value...])
 #
-# registers the command once per implementation, as name/llvmpipe, name/softpipe, name/zink and name/angle. An implementation that is not there
-# fails its tests under VELMORA_REQUIRE_GL=1 and skips them otherwise; a silent fall-back to another one counts as not there.
-set(VELMORA_ANGLE_DIR
-    ${PROJECT_BINARY_DIR}/../angle
-    CACHE PATH "Where scripts/fetch-angle unpacked ANGLE")
+# registers the command once per implementation, as name/llvmpipe, name/softpipe, name/zink and name/angle. An implementation
+# that is not there fails its tests under VELMORA_REQUIRE_GL=1 and skips them otherwise; a silent fall-back to another one
+# counts as not there. WITHOUT_CASES: the program is none of GoogleTest cases and fails by its exit code alone.
+velmora_fetched_folder(VELMORA_ANGLE_DIR angle "Where scripts/fetch-angle unpacked ANGLE")
 
 # lavapipe, Mesa's Vulkan driver on the processor; its description carries the machine's architecture in its name.
 set(lavapipe lvp_icd.json)
@@ -35,11 +34,10 @@ set(VELMORA_GL_ENVIRONMENT_zink LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=set:z
                                 # lavapipe now and then loses 48 bytes of its own at exit, and more after 500 draws in a
                                 # batch. Leaks of ours show on the other three.
                                 ASAN_OPTIONS=string_append::detect_leaks=0)
-cmake_path(ABSOLUTE_PATH VELMORA_ANGLE_DIR BASE_DIRECTORY ${PROJECT_BINARY_DIR} NORMALIZE OUTPUT_VARIABLE angle)
-set(VELMORA_GL_ENVIRONMENT_angle LD_LIBRARY_PATH=path_list_prepend:${angle} VELMORA_EXPECT_RENDERER=set:ANGLE*SwiftShader*)
+set(VELMORA_GL_ENVIRONMENT_angle LD_LIBRARY_PATH=path_list_prepend:${VELMORA_ANGLE_DIR} VELMORA_EXPECT_RENDERER=set:ANGLE*SwiftShader*)
 
 function(velmora_add_gl_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "COMMAND;PROPERTIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "WITHOUT_CASES" "TIMEOUT" "COMMAND;PROPERTIES")
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 300)
   endif()
@@ -58,6 +56,9 @@ function(velmora_add_gl_test name)
                  LABELS "gl;${implementation}")
     if(arg_PROPERTIES)
       set_tests_properties(${test} PROPERTIES ${arg_PROPERTIES})
+    endif()
+    if(NOT arg_WITHOUT_CASES)
+      velmora_keep_results(${test})
     endif()
   endforeach()
 endfunction()

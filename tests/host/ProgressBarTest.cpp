@@ -11,6 +11,9 @@
 
 namespace {
 
+// A container may have no /dev/pts. tests/expected-skips.txt foresees this where there is none, and only there.
+constexpr auto kNoTerminal = "no pseudo terminal can be opened";
+
 // A terminal that keeps what is written to it.
 class PseudoTerminal {
 public:
@@ -68,7 +71,7 @@ TEST(ProgressBarTest, RateIsInMillionsOfPixelsASecond) {
 
 TEST(ProgressBarTest, ALineWithPixelsAStepSaysTheRate) {
     PseudoTerminal const terminal;
-    ASSERT_NE(terminal.stream(), nullptr);
+    if (terminal.stream() == nullptr) GTEST_SKIP() << kNoTerminal;
     ProgressBar bar("a.store", terminal.stream(), 1000000);
     bar.update(2, 2);
     EXPECT_NE(terminal.writtenUpTo(" Mpixel/s").find("] 100%  "), std::string::npos);
@@ -76,7 +79,7 @@ TEST(ProgressBarTest, ALineWithPixelsAStepSaysTheRate) {
 
 TEST(ProgressBarTest, TerminalSeesTheBarAndAWipedLineAtTheEnd) {
     PseudoTerminal const terminal;
-    ASSERT_NE(terminal.stream(), nullptr);
+    if (terminal.stream() == nullptr) GTEST_SKIP() << kNoTerminal;
     {
         ProgressBar bar("a.png", terminal.stream());
         bar.update(1, 2);

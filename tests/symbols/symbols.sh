@@ -9,9 +9,9 @@ mode=$1 list=$2 nm=$3 library=$4
 
 # Standard-library names as our headers write them: without ABI tags and default template arguments, innermost first.
 readable() {
-    local flat='[^<>]' nested level
+    local flat='[^<>]' nested
     nested=$flat
-    for level in 1 2 3 4; do nested="($flat|<$nested*>)"; done
+    for _ in 1 2 3 4; do nested="($flat|<$nested*>)"; done
     sed -E -e 's/\[abi:cxx11\]//g' -e 's/unsigned long/size_t/g' \
         -e 's/std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> ?>/std::string/g' \
         -e ':again' -e "s/, std::(allocator|default_delete|less)<$nested*> ?>/>/; t again" -e 's/ >/>/g'
@@ -31,12 +31,15 @@ defined() {
 found=$(paste -d '' <(defined --demangle | readable) <(defined | variant) | sort -u)
 expected=$(sed -e 's/#.*//' -e 's/ *$//' -e '/^$/d' "$list" | sort -u)
 
+# marked SIGN LINES
+marked() { printf '%s\n' "$2" | sed "s/^/  $1 /"; }
+
 exactly() {
     local missing extra
     missing=$(comm -13 <(echo "$found") <(echo "$expected"))
     extra=$(comm -23 <(echo "$found") <(echo "$expected"))
-    [[ -n $missing ]] && printf 'not exported, but listed in %s:\n%s\n' "$list" "$(sed 's/^/  - /' <<<"$missing")"
-    [[ -n $extra ]] && printf 'exported, but not listed in %s:\n%s\n' "$list" "$(sed 's/^/  + /' <<<"$extra")"
+    [[ -n $missing ]] && printf 'not exported, but listed in %s:\n%s\n' "$list" "$(marked - "$missing")"
+    [[ -n $extra ]] && printf 'exported, but not listed in %s:\n%s\n' "$list" "$(marked + "$extra")"
     [[ -z $missing$extra ]]
 }
 
@@ -48,7 +51,7 @@ membersOf() {
         [[ -n $own ]] || { echo "nothing exported of $entry, which $list lists" && ok=1; }
         rest=$(comm -23 <(echo "$rest") <(echo "$own"))
     done <<<"$expected"
-    [[ -z $rest ]] || { printf 'exported, but of no class or function of %s:\n%s\n' "$list" "$(sed 's/^/  + /' <<<"$rest")" && ok=1; }
+    [[ -z $rest ]] || { printf 'exported, but of no class or function of %s:\n%s\n' "$list" "$(marked + "$rest")" && ok=1; }
     return "$ok"
 }
 

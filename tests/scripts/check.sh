@@ -1,0 +1,77 @@
+#!/usr/bin/env bash
+# ./check itself, with stand-ins for everything that it starts: what it adds up, and what it says when something fails.
+# shellcheck source=support.sh
+source "$(dirname "${BASH_SOURCE[0]}")/support.sh"
+copyOf check scripts/sources scripts/usable-path
+cd "$work/repository" || exit 1
+mkdir host
+touch host/A.cpp
+
+for program in git cmake clang-format-14; do
+    standIn "$program" <<'TEXT'
+[[ ! -e $work/fails/${0##*/} ]]
+TEXT
+done
+for script in install-packages fetch-angle fetch-photographs fetch-format-pictures tidy; do
+    standIn "$script" <<'TEXT'
+[[ ! -e $work/fails/${0##*/} ]]
+TEXT
+    mv "$work/bin/$script" scripts/
+done
+# Says of a preset what $work/says/PRESET holds.
+standIn run-tests <<'TEXT'
+cat "$work/says/$1" 2>/dev/null || echo "$1: 10 passed, 0 failed, 1 skipped"
+! grep -q '^FAILED' "$work/says/$1" 2>/dev/null
+TEXT
+mv "$work/bin/run-tests" scripts/
+mkdir "$work/fails" "$work/says"
+check() { run "$work/repository/check" "$@"; }
+closing() { tail -n 1 <<<"$out"; }
+
+# Steps: ANGLE, photographs, pictures, layout, three builds, clang-tidy.
+check
+is 'the exit code where all passes' "$status" 0
+is 'the closing line where all passes' "$(closing)" 'check: 38 passed, 0 failed, 3 skipped'
+is 'the presets' "$(calls | sed -nE 's/^run-tests ([^ ]+).*/\1/p' | xargs)" 'debug asan tsan-threads'
+hasNot 'the calls' "$(calls)" git
+has 'the calls' "$(calls)" "cmake --preset asan -DVELMORA_ANGLE_DIR=$work/repository/build/angle"
+has 'the calls' "$(calls)" 'clang-format-14 --dry-run --Werror host/A.cpp'
+
+check --long
+is 'the presets of --long' "$(calls | sed -nE 's/^run-tests ([^ ]+).*/\1/p' | xargs)" 'debug asan release tsan'
+has 'the calls of --long' "$(calls)" 'tidy build/debug all'
+
+# Relative to where ./check is called.
+mkdir "$work/start"
+VELMORA_ANGLE_DIR=../angle VELMORA_PHOTOGRAPHS_DIR=$work/p VELMORA_FORMAT_PICTURES_DIR=f run env --chdir="$work/start" "$work/repository/check"
+has 'the calls with folders elsewhere' "$(calls)" \
+    "cmake --preset debug -DVELMORA_ANGLE_DIR=$work/angle -DVELMORA_PHOTOGRAPHS_DIR=$work/p -DVELMORA_FORMAT_PICTURES_DIR=$work/start/f"
+
+printf '%s\n' 'FAILED unit: A.B (reason)' 'asan: 5 passed, 2 failed, 3 skipped' >"$work/says/asan"
+check
+is 'the exit code where a case fails' "$status" 1
+is 'the closing line where a case fails' "$(closing)" 'check: 33 passed, 2 failed, 5 skipped'
+has 'what is repeated at the end' "$out" 'check: not passed: asan, unit: A.B (reason)'
+
+echo 'Segmentation fault' >"$work/says/asan"
+check
+is 'the exit code where a preset is not counted' "$status" 1
+is 'the closing line where a preset is not counted' "$(closing)" 'check: 28 passed, 1 failed, 2 skipped'
+rm "$work/says/asan"
+
+for program in install-packages fetch-angle cmake; do
+    touch "$work/fails/$program"
+    check
+    is "the exit code where $program fails" "$status" 1
+    has "the closing line where $program fails" "$(closing)" ' passed, 1 failed, 0 skipped'
+    hasNot "the calls where $program fails" "$(calls)" run-tests
+    rm "$work/fails/$program"
+done
+for program in clang-format-14 tidy; do
+    touch "$work/fails/$program"
+    check
+    is "the exit code where $program fails" "$status" 1
+    is "the closing line where $program fails" "$(closing)" 'check: 37 passed, 1 failed, 3 skipped'
+    rm "$work/fails/$program"
+done
+echo 'check: all as said'
