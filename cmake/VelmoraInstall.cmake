@@ -84,6 +84,9 @@ cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FUL
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE libFromPrefix)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_INCLUDEDIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE
            includeFromPrefix)
+# A blank would end a flag; ${pcfiledir} escapes its own.
+string(REPLACE " " "\\ " pcSource ${PROJECT_SOURCE_DIR})
+string(REPLACE " " "\\ " pcBuild ${PROJECT_BINARY_DIR})
 foreach(package velmora velmora-renderbackend)
   set(PC_PREFIX "\${pcfiledir}/${prefixFromPc}")
   set(PC_INCLUDE "\${prefix}/${includeFromPrefix}")
@@ -92,9 +95,9 @@ foreach(package velmora velmora-renderbackend)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${pcDir})
 
-  set(PC_PREFIX ${PROJECT_SOURCE_DIR})
-  set(PC_INCLUDE ${PROJECT_SOURCE_DIR})
-  set(PC_GLES3RENDERBACKEND ${PROJECT_BINARY_DIR}/gles3renderbackend)
-  set(PC_RENDERBACKEND ${PROJECT_BINARY_DIR}/renderbackend)
+  set(PC_PREFIX ${pcSource})
+  set(PC_INCLUDE ${pcSource})
+  set(PC_GLES3RENDERBACKEND ${pcBuild}/gles3renderbackend)
+  set(PC_RENDERBACKEND ${pcBuild}/renderbackend)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${package}-uninstalled.pc @ONLY)
 endforeach()
