@@ -247,12 +247,11 @@ EnhancementChain::Part EnhancementChain::equalised(Part part, Equalise const& eq
     params.value = equalise.clipLimit;
     Region const& in = part.region;
     // No program belongs to it, and its borders are others for each part.
-    Filter filter = description::filterCLAHE({output.x - in.x, in.x + in.width - output.x - output.width,
-                                              output.y - in.y, in.y + in.height - output.y - output.height});
-    instance_->createFilterInstance(filter);
+    OwnedFilter const clahe(instance_,
+                            description::filterCLAHE({output.x - in.x, in.x + in.width - output.x - output.width,
+                                                      output.y - in.y, in.y + in.height - output.y - output.height}));
     OwnedTarget result = targets_.target(Layout::kDeep, sizeOf(output));
-    targets_.run(filter, {{part.target.id(), 0, 0, false}}, sizeOf(in), result, params);
-    instance_->destroyFilterInstance(filter);
+    targets_.run(clahe.filter(), {{part.target.id(), 0, 0, false}}, sizeOf(in), result, params);
     return mapped({std::move(result), output, kFileDepth}, description::filterYCoCg16ToRGBA8(), kShownDepth);
 }
 

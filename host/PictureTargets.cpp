@@ -1,6 +1,8 @@
 #include "host/PictureTargets.h"
 
 #include "host/FilterDescriptions.h"
+#include "host/Quietly.h"
+#include "host/ScratchTile.h"
 
 #include <stdexcept>
 
@@ -8,7 +10,6 @@ namespace {
 
 using Layout = PictureTargets::Layout;
 
-constexpr std::size_t kTile = 0;
 constexpr std::size_t kScaledCopies = 8; // that are kept
 constexpr std::size_t kRgbaBits = 32;
 constexpr std::size_t kPlaneBits = 16;
@@ -19,30 +20,18 @@ std::size_t bitsOf(Layout layout) {
     return layout == Layout::kDeep ? kDeepBits : kRgbaBits;
 }
 
+std::size_t bytesOfPixel(Layout layout) {
+    if (layout == Layout::kPlane) return 2;
+    return layout == Layout::kDeep ? 8 : 4;
+}
+
 } // namespace
 
-OwnedTarget::OwnedTarget(std::shared_ptr<RenderBackendInstance> instance, std::size_t id)
-    : instance_(std::move(instance)), id_(id) {}
-
-OwnedTarget::OwnedTarget(OwnedTarget&& other) noexcept : instance_(std::move(other.instance_)), id_(other.id_) {}
-
-OwnedTarget& OwnedTarget::operator=(OwnedTarget&& other) noexcept {
-    std::swap(instance_, other.instance_);
-    std::swap(id_, other.id_);
-    return *this;
-}
-
-OwnedTarget::~OwnedTarget() {
-    if (instance_) instance_->eraseTarget(id_);
-}
-
-PictureTargets::PictureTargets(std::shared_ptr<RenderBackendInstance> instance) : instance_(std::move(instance)) {}
+PictureTargets::PictureTargets(std::shared_ptr<RenderBackendInstance> instance)
+    : instance_(std::move(instance)), numbers_(instance_) {}
 
 PictureTargets::~PictureTargets() {
-    instance_->clearTargets();
-    for (auto& filter : filters_)
-        instance_->destroyFilterInstance(filter.second);
-    destroyScaledCopies();
+    quietly([this] { instance_->clearTargets(); });
 }
 
 OwnedTarget PictureTargets::target(Layout layout, Size const& size, RenderBackend::ImageFiltering filtering) const {
@@ -59,11 +48,8 @@ OwnedTarget PictureTargets::uploaded(Layout layout, Size const& size, std::vecto
 void PictureTargets::draw(OwnedTarget const& target, Layout layout, Size const& tile,
                           std::vector<unsigned char> const& pixels, Region const& area) {
     std::size_t const components = layout == Layout::kPlane ? 1 : 4;
-    // A tile that is not stored is drawn as zeros.
-    if (!pixels.empty()) instance_->setTile(kTile, pixels, {tile.width, tile.height, components}, 0);
-    drawStored(target, layout, kTile, area);
-    // A smaller tile would be written into a corner of this one's texture.
-    instance_->eraseTile(kTile);
+    ScratchTile const stored(*instance_, numbers_.id(0), pixels, {tile.width, tile.height, components});
+    drawStored(target, layout, stored.id(), area);
 }
 
 void PictureTargets::drawStored(OwnedTarget const& target, Layout layout, std::size_t tile, Region const& area) {
@@ -73,7 +59,7 @@ void PictureTargets::drawStored(OwnedTarget const& target, Layout layout, std::s
 }
 
 std::vector<unsigned char> PictureTargets::read(OwnedTarget const& target, Layout layout, Size const& size) const {
-    std::vector<unsigned char> texels(size.width * size.height * (layout == Layout::kDeep ? 8 : 4));
+    std::vector<unsigned char> texels(size.width * size.height * bytesOfPixel(layout));
     std::size_t const written =
         instance_->getPixels(texels.data(), texels.size(), target.id(), {0, size.width, 0, size.height});
     if (written != texels.size()) throw std::logic_error("the backend returned a picture of another size");
@@ -82,13 +68,7 @@ std::vector<unsigned char> PictureTargets::read(OwnedTarget const& target, Layou
 
 Filter const& PictureTargets::prepared(Filter const& description) {
     auto const key = std::make_pair(description.name(), description.bitDepthIn());
-    auto found = filters_.find(key);
-    if (found == filters_.end()) {
-        Filter filter = description;
-        instance_->createFilterInstance(filter);
-        found = filters_.emplace(key, filter).first;
-    }
-    return found->second;
+    return filters_.try_emplace(key, instance_, description).first->second.filter();
 }
 
 void PictureTargets::run(Filter const& filter, std::vector<FilterSource> const& sources, Size const& input,
@@ -111,19 +91,12 @@ void PictureTargets::copy(Layout layout, OwnedTarget const& from, Region const& 
 // A program reads its texture at the scale that it was made with, so each scale has one of its own.
 Filter const& PictureTargets::scaledCopy(std::size_t pixels, std::size_t samples) {
     auto const found = scaled_.find({pixels, samples});
-    if (found != scaled_.end()) return found->second;
-    if (scaled_.size() == kScaledCopies) destroyScaledCopies();
+    if (found != scaled_.end()) return found->second.filter();
+    if (scaled_.size() == kScaledCopies) scaled_.clear();
     // The input grid has a stride of so many samples that a step of it is a whole number of pixels.
-    Filter filter(description::blitFilter4x8().name(), 0, 0, 0, 0, 0, samples, 0, samples, pixels, samples, pixels,
-                  samples, 1, RenderBackend::NEAREST);
-    instance_->createFilterInstance(filter);
-    return scaled_.emplace(std::pair(pixels, samples), filter).first->second;
-}
-
-void PictureTargets::destroyScaledCopies() {
-    for (auto& filter : scaled_)
-        instance_->destroyFilterInstance(filter.second);
-    scaled_.clear();
+    Filter const filter(description::blitFilter4x8().name(), 0, 0, 0, 0, 0, samples, 0, samples, pixels, samples,
+                        pixels, samples, 1, RenderBackend::NEAREST);
+    return scaled_.try_emplace(std::pair(pixels, samples), instance_, filter).first->second.filter();
 }
 
 void PictureTargets::drawScaled(OwnedTarget const& from, Scaling const& scaling, OwnedTarget const& to) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "host/OwnedFilter.h"
+#include "host/OwnedTarget.h"
 #include "host/Region.h"
+#include "host/TileNumbers.h"
 #include "renderbackend/Filter.h"
 #include "renderbackend/FilterSource.h"
 #include "renderbackend/RenderBackendInstance.h"
@@ -12,23 +15,8 @@
 #include <utility>
 #include <vector>
 
-/// A target of the backend that is given back when its owner goes.
-class OwnedTarget {
-public:
-    OwnedTarget(std::shared_ptr<RenderBackendInstance> instance, std::size_t id);
-    OwnedTarget(OwnedTarget&& other) noexcept;
-    OwnedTarget& operator=(OwnedTarget&& other) noexcept;
-    ~OwnedTarget();
-
-    std::size_t id() const { return id_; }
-
-private:
-    std::shared_ptr<RenderBackendInstance> instance_; // empty: moved from
-    std::size_t id_;
-};
-
 /// Parts of pictures in targets of the backend: into them, out of them, and filters between them. Sizes count pixels.
-/// GL thread only. Throws VelmoraException. Uses the tile id 0.
+/// GL thread only. Throws VelmoraException; what an operation has taken of the instance is given back then too.
 class PictureTargets {
 public:
     enum class Layout {
@@ -96,11 +84,11 @@ public:
 private:
     Filter const& copyOf(Layout layout);
     Filter const& scaledCopy(std::size_t pixels, std::size_t samples);
-    void destroyScaledCopies();
     OwnedTarget widened(OwnedTarget const& target, Layout layout, Size const& size, Sides const& sides);
     OwnedTarget heightened(OwnedTarget const& target, Layout layout, Size const& size, Sides const& sides);
 
     std::shared_ptr<RenderBackendInstance> instance_;
-    std::map<std::pair<std::string, std::size_t>, Filter> filters_; // by name and depth
-    std::map<std::pair<std::size_t, std::size_t>, Filter> scaled_;  // by pixels and samples
+    TileNumbers numbers_;                                                // one of them: its tiles are drawn once
+    std::map<std::pair<std::string, std::size_t>, OwnedFilter> filters_; // by name and depth
+    std::map<std::pair<std::size_t, std::size_t>, OwnedFilter> scaled_;  // by pixels and samples
 };

@@ -1,9 +1,13 @@
 #include "host/RegionRenderer.h"
 
 #include "host/FilterDescriptions.h"
+#include "host/OwnedFilter.h"
+#include "host/OwnedTarget.h"
 #include "host/PixelBands.h"
 #include "host/PixelSource.h"
-#include "renderbackend/Filter.h"
+#include "host/Quietly.h"
+#include "host/ScratchTile.h"
+#include "host/TileNumbers.h"
 #include "renderbackend/RenderBackendInstance.h"
 
 #include <algorithm>
@@ -16,7 +20,6 @@ using pixelbands::kTexelBytes;
 // Enough rows that a strip is worth its draw and read-back calls, few enough that progress is seen to move.
 constexpr size_t kPreferredStripRows = 512;
 constexpr size_t kTexelBits = 32;
-constexpr size_t kTile = 0;
 
 struct TileSize {
     size_t width;
@@ -27,34 +30,37 @@ Filter blitFilter(size_t components) {
     return components == 4 ? description::blitFilter4x8() : description::blitFilter3x8();
 }
 
-// One picture's way through the backend: owns the filter's program, the target and the tiles of the block in work.
+// Empties the instance's pool of targets in the end: what was drawn into is large.
+class Pool {
+public:
+    explicit Pool(RenderBackendInstance& instance) : instance_(instance) {}
+    Pool(Pool const&) = delete;
+    Pool& operator=(Pool const&) = delete;
+    ~Pool() {
+        quietly([this] { instance_.clearTargets(); });
+    }
+
+private:
+    RenderBackendInstance& instance_;
+};
+
+// One picture's way through the backend: owns the filter's program, the target and the tile in work.
 class Drawing {
 public:
-    Drawing(RenderBackendInstance& instance, size_t bands, TileSize tile, size_t width, size_t height)
-        : instance_(instance),
+    Drawing(std::shared_ptr<RenderBackendInstance> const& instance, size_t bands, TileSize tile, size_t width,
+            size_t height)
+        : instance_(*instance),
           bands_(bands),
           components_(pixelbands::components(bands)),
           tile_(tile),
-          filter_(blitFilter(components_)) {
-        instance_.createFilterInstance(filter_);
-        try {
-            target_ = instance_.createTarget({width, height}, kTexelBits, false, RenderBackend::NEAREST,
-                                             RenderBackend::RGBA32);
-        } catch (...) {
-            instance_.destroyFilterInstance(filter_);
-            throw;
-        }
-    }
+          pool_(*instance),
+          numbers_(instance),
+          filter_(instance, blitFilter(components_)),
+          target_(instance, instance->createTarget({width, height}, kTexelBits, false, RenderBackend::NEAREST,
+                                                   RenderBackend::RGBA32)) {}
 
     Drawing(Drawing const&) = delete;
     Drawing& operator=(Drawing const&) = delete;
-
-    ~Drawing() {
-        instance_.eraseTile(kTile);
-        instance_.eraseTarget(target_);
-        instance_.clearTargets();
-        instance_.destroyFilterInstance(filter_);
-    }
 
     /// Draws `block`, a part of `strip` whose pixels are given, and puts it at the same place into `out`.
     void drawBlock(Region const& block, Region const& strip, std::vector<std::uint8_t> const& pixels,
@@ -85,12 +91,10 @@ private:
             std::uint8_t const* const from = &pixels[((y - strip.y) * strip.width + (x0 - strip.x)) * bands_];
             pixelbands::widen(from, bands_, &tilePixels_[(y - y0) * width * components_], width);
         }
-        instance_.setTile(kTile, tilePixels_, {width, y1 - y0, components_}, 0);
+        ScratchTile const stored(instance_, numbers_.id(0), tilePixels_, {width, y1 - y0, components_});
         std::vector<size_t> const range = {x0, x1 - 1, y0, y1 - 1};
-        instance_.drawTiles(target_, filter_, range, range, {width, y1 - y0}, {{0, 0}}, {kTile},
+        instance_.drawTiles(target_.id(), filter_.filter(), range, range, {width, y1 - y0}, {{0, 0}}, {stored.id()},
                             {x0 - block.x, y0 - block.y});
-        // A smaller tile would be written into a corner of this one's texture.
-        instance_.eraseTile(kTile);
     }
 
     // The first row drawn is the lowest of the GL surface, which is the first that getPixels delivers: no flip.
@@ -98,7 +102,7 @@ private:
         size_t const bytes = block.width * block.height * kTexelBytes;
         texels_.resize(bytes);
         size_t const written =
-            instance_.getPixels(texels_.data(), texels_.size(), target_, {0, block.width, 0, block.height});
+            instance_.getPixels(texels_.data(), texels_.size(), target_.id(), {0, block.width, 0, block.height});
         if (written != bytes) throw std::logic_error("the backend returned a picture of another size");
         for (size_t row = 0; row < block.height; ++row)
             pixelbands::narrow(&texels_[row * block.width * kTexelBytes],
@@ -109,8 +113,10 @@ private:
     size_t bands_;
     size_t components_;
     TileSize tile_;
-    Filter filter_;
-    size_t target_ = 0;
+    Pool pool_; // goes after the target
+    TileNumbers numbers_;
+    OwnedFilter filter_;
+    OwnedTarget target_;
     std::vector<std::uint8_t> tilePixels_;
     std::vector<std::uint8_t> texels_;
 };
@@ -135,7 +141,7 @@ void RegionRenderer::render(PixelSource& source, Region const& region, RowSink c
     // A tile need not be larger than the picture.
     TileSize const tile{std::min(tileSize_, source.width()), std::min(tileSize_, source.height())};
     size_t const targetRows = std::min({region.height, std::max(kPreferredStripRows, tile.height), kMaxBlockPixels});
-    Drawing drawing(*instance_, source.bands(), tile, std::min(region.width, kMaxBlockPixels), targetRows);
+    Drawing drawing(instance_, source.bands(), tile, std::min(region.width, kMaxBlockPixels), targetRows);
 
     std::vector<std::uint8_t> pixels;
     std::vector<std::uint8_t> drawn;

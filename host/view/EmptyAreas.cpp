@@ -1,5 +1,7 @@
 #include "host/view/EmptyAreas.h"
 
+#include "host/Quietly.h"
+
 #include <algorithm>
 #include <atomic>
 
@@ -18,7 +20,7 @@ EmptyAreas::EmptyAreas(std::shared_ptr<RenderBackendInstance> instance, TileStor
 
 EmptyAreas::~EmptyAreas() {
     for (auto const& level : levels_)
-        instance_->unlockDataEnvelopes(idOf(level.first));
+        quietly([&] { instance_->unlockDataEnvelopes(level.second.id); });
 }
 
 bool EmptyAreas::empty(PictureTile const& tile) {
@@ -50,14 +52,15 @@ std::vector<Region> EmptyAreas::withData(std::size_t level, Region const& region
 
 // Read when a level is needed first: the finest of a large picture has many tiles.
 DataEnvelopes const& EmptyAreas::envelopes(std::size_t bandLevel) {
-    auto const known = levels_.find(bandLevel);
-    if (known != levels_.end()) return *known->second;
+    Level& level = levels_.try_emplace(bandLevel, Level{idOf(bandLevel), nullptr}).first->second;
+    if (level.envelopes) return *level.envelopes;
     std::vector<std::vector<unsigned int>> cells;
     for (auto const& cell : store_.cellsWithData(bandLevel))
         cells.push_back({static_cast<unsigned int>(cell.column), static_cast<unsigned int>(cell.row)});
-    instance_->dataEnvelopes(idOf(bandLevel), {{{}, cells}});
-    instance_->lockDataEnvelopes(idOf(bandLevel));
-    return *levels_.emplace(bandLevel, instance_->dataEnvelopes(idOf(bandLevel))).first->second;
+    instance_->dataEnvelopes(level.id, {{{}, cells}});
+    instance_->lockDataEnvelopes(level.id);
+    level.envelopes = instance_->dataEnvelopes(level.id);
+    return *level.envelopes;
 }
 
 // Several views may share an instance.

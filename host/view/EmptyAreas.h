@@ -27,11 +27,17 @@ public:
 
 private:
     using Id = std::vector<unsigned char>;
+
+    struct Level {
+        Id id;
+        std::shared_ptr<DataEnvelopes const> envelopes; // empty: not read yet
+    };
+
     DataEnvelopes const& envelopes(std::size_t bandLevel);
     Id idOf(std::size_t bandLevel) const;
 
     std::shared_ptr<RenderBackendInstance> instance_;
     TileStore& store_;
     std::uint32_t serial_;
-    std::map<std::size_t, std::shared_ptr<DataEnvelopes const>> levels_; // by the level of the bands
+    std::map<std::size_t, Level> levels_; // by the level of the bands
 };

@@ -58,8 +58,9 @@ Region FrameComposer::samplesOf(Zoom const& zoom, Region const& pixels) {
 }
 
 OwnedTarget FrameComposer::draw(View const& view, std::array<std::uint8_t, 3> const& background) {
+    background_ = {background[0], background[1], background[2], 255};
     OwnedTarget frame = targets_.target(Layout::kRgba8, {view.width, view.height});
-    instance_->clear(frame.id(), {background[0], background[1], background[2], 255});
+    instance_->clear(frame.id(), background_);
     Region const all = shownPart(info_, view);
     for (std::size_t y = all.y; y < all.y + all.height; y += kPiece) {
         for (std::size_t x = all.x; x < all.x + all.width; x += kPiece)
@@ -127,9 +128,13 @@ void FrameComposer::gather(std::size_t level, Region const& samples, OwnedTarget
         while (!tiles_.has(source) && source.level < info_.levels)
             source = picturetile::parent(source);
         OwnedTarget const* const texels = tiles_.texels(source);
-        if (texels == nullptr) continue;
         std::size_t const toX = x + part.x - samples.x;
         std::size_t const toY = y + part.y - samples.y;
+        if (texels == nullptr) {
+            // Whatever was drawn here before.
+            instance_->clearRect(to.id(), background_, {toX, toY, part.width, part.height});
+            continue;
+        }
         if (source.level > level)
             enlarge(source, *texels, part, level, {toX, toY, part.width, part.height}, to);
         else

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 /// Draws frames out of shown tiles.
 ///
@@ -40,6 +41,7 @@ private:
     PictureTargets& targets_;
     ShownTiles& tiles_;
     StoreInfo info_;
+    std::vector<std::size_t> background_;
     // Where samples lie side by side: always the same ones, for what is made anew may be larger than it was asked for.
     std::optional<OwnedTarget> canvas_;
     std::optional<OwnedTarget> smoothCanvas_;

@@ -21,9 +21,9 @@ public:
     }
     bool has(PictureTile const& tile) const { return tiles_.count(tile) != 0; }
 
+    /// The tile is not kept yet. Where it throws nothing is kept.
     void keep(PictureTile const& tile, Value&& value, std::size_t bytes) {
-        bytes_ += bytes;
-        tiles_.emplace(tile, Entry{std::move(value), bytes, ++clock_});
+        if (tiles_.try_emplace(tile, Entry{std::move(value), bytes, ++clock_}).second) bytes_ += bytes;
     }
 
     /// Drops tiles, those first that were used longest ago, until at most so many bytes are left. Tiles that are needed

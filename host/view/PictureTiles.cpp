@@ -2,8 +2,10 @@
 
 #include "host/FilterDescriptions.h"
 #include "host/PixelBands.h"
+#include "host/Quietly.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -11,14 +13,18 @@ using Layout = PictureTargets::Layout;
 using Size = PictureTargets::Size;
 
 constexpr unsigned kShownDepth = 8;
-constexpr std::size_t kMaxTiles = std::size_t{1} << 24U; // along a side of a level
-constexpr std::size_t kMaxPlanes = 4;
-constexpr std::size_t kBands = 4;
+// Of a part of a band among the numbers that the tiles of a store take in the instance's cache.
+constexpr unsigned kPlaceBits = 18; // along a side of a level
+constexpr unsigned kPlaneBits = 2;
+constexpr unsigned kBandBits = 2;
+constexpr unsigned kLevelBits = TileNumbers::kBits - 2 * kPlaceBits - kPlaneBits - kBandBits;
+static_assert(StoreInfo::kMaxSide / picturetile::kSide <= std::size_t{1} << kPlaceBits);
+static_assert(StoreInfo::kMaxLevels < std::size_t{1} << kLevelBits);
+static_assert(StoreInfo::kMaxBands <= std::size_t{1} << kPlaneBits);
 
-// Its number in the instance's tile cache. 0, which is no part's, is for tiles that are drawn once.
-std::size_t cacheId(PictureTile const& tile, std::size_t plane, Band band) {
-    std::size_t const place = (tile.level * kMaxTiles + tile.row) * kMaxTiles + tile.column;
-    return (place * kMaxPlanes + plane) * kBands + static_cast<std::size_t>(band) + 1;
+std::size_t numberOf(PictureTile const& tile, std::size_t plane, Band band) {
+    std::size_t const place = ((tile.level << kPlaceBits | tile.row) << kPlaceBits) | tile.column;
+    return ((place << kPlaneBits | plane) << kBandBits) | static_cast<std::size_t>(band);
 }
 
 std::vector<unsigned char> texelOf(std::int16_t value) {
@@ -27,6 +33,22 @@ std::vector<unsigned char> texelOf(std::int16_t value) {
     auto const high = static_cast<unsigned char>(bits >> 8U);
     return {low, high, low, high};
 }
+
+// Bands that must stay in the cache until they are drawn; they may go once it goes.
+class BandLock {
+public:
+    BandLock(RenderBackendInstance& instance, std::vector<std::size_t> const& ids) : instance_(instance), ids_(ids) {}
+    BandLock(BandLock const&) = delete;
+    BandLock& operator=(BandLock const&) = delete;
+    ~BandLock() {
+        for (std::size_t const id : ids_)
+            quietly([&] { instance_.unlockTile(id); });
+    }
+
+private:
+    RenderBackendInstance& instance_;
+    std::vector<std::size_t> const& ids_;
+};
 
 FilterSource source(PlanePart const& part, std::size_t x, std::size_t y) {
     return {part.target.id(), x - part.region.x, y - part.region.y, false};
@@ -41,7 +63,7 @@ Filter colourStep(bool grey, bool shown) {
 
 PictureTiles::PictureTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets,
                            StoreInfo const& info)
-    : instance_(std::move(instance)), targets_(targets), info_(info) {}
+    : instance_(std::move(instance)), targets_(targets), info_(info), numbers_(instance_) {}
 
 unsigned PictureTiles::depth() const {
     return static_cast<unsigned>(info_.bits - info_.residualBits);
@@ -55,35 +77,50 @@ bool PictureTiles::hasParent(PictureTile const& tile) const {
     return tile.level == info_.levels || has(picturetile::parent(tile));
 }
 
-bool PictureTiles::hasBands(PictureTile const& tile) const {
-    auto const known = known_.find(tile);
-    if (known == known_.end()) return false;
+std::vector<std::size_t> PictureTiles::bandIds(PictureTile const& tile, std::vector<Value> const& values) const {
+    std::vector<std::size_t> ids;
     std::size_t part = 0;
     for (std::size_t plane = 0; plane < info_.bands; ++plane) {
         for (Band const band : bandsFor(info_, tile)) {
-            if (!known->second[part++] && !instance_->tileSet(cacheId(tile, plane, band))) return false;
+            if (!values[part++]) ids.push_back(numbers_.id(numberOf(tile, plane, band)));
         }
     }
-    return true;
+    return ids;
+}
+
+bool PictureTiles::hasBands(PictureTile const& tile) const {
+    auto const known = known_.find(tile);
+    if (known == known_.end()) return false;
+    std::vector<std::size_t> const ids = bandIds(tile, known->second);
+    return std::all_of(ids.begin(), ids.end(), [this](std::size_t id) { return instance_->tileSet(id); });
 }
 
 void PictureTiles::build(LoadedTile const& loaded) {
     std::vector<Value> values;
+    std::transform(loaded.parts.begin(), loaded.parts.end(), std::back_inserter(values),
+                   [](BandPart const& part) { return part.value; });
+    std::vector<std::size_t> const ids = bandIds(loaded.tile, values);
+    // Until all of it is there, it is as if nothing were.
+    known_.erase(loaded.tile);
+    std::size_t next = 0;
+    BandLock const lock(*instance_, ids);
     for (BandPart const& part : loaded.parts) {
-        values.push_back(part.value);
         if (part.value) continue;
-        std::size_t const id = cacheId(loaded.tile, part.plane, part.band);
+        std::size_t const id = ids[next++];
         instance_->setTile(id, part.bytes, {part.region.width, part.region.height, 1}, 0);
-        instance_->lockTile(id); // until it is drawn
+        instance_->lockTile(id);
     }
     make(loaded.tile, values);
-    for (BandPart const& part : loaded.parts)
-        instance_->unlockTile(cacheId(loaded.tile, part.plane, part.band));
-    known_[loaded.tile] = std::move(values);
+    known_.emplace(loaded.tile, std::move(values));
 }
 
 void PictureTiles::rebuild(PictureTile const& tile) {
-    make(tile, known_.at(tile));
+    std::vector<Value> const& values = known_.at(tile);
+    std::vector<std::size_t> const ids = bandIds(tile, values);
+    BandLock const lock(*instance_, ids);
+    for (std::size_t const id : ids)
+        instance_->lockTile(id);
+    make(tile, values);
 }
 
 void PictureTiles::buildEmpty(PictureTile const& tile) {
@@ -145,7 +182,7 @@ PlanePart PictureTiles::bandPart(PictureTile const& tile, std::size_t plane, Ban
     Region const all = {0, 0, region.width, region.height};
     PlanePart part = {targets_.target(Layout::kPlane, {region.width, region.height}), region};
     if (!value)
-        targets_.drawStored(part.target, Layout::kPlane, cacheId(tile, plane, band), all);
+        targets_.drawStored(part.target, Layout::kPlane, numbers_.id(numberOf(tile, plane, band)), all);
     else if (*value != 0) // one texel of two samples is enough where all are the same
         targets_.draw(part.target, Layout::kPlane, {2, 1}, texelOf(*value), all);
     else

@@ -70,6 +70,7 @@ private:
         OwnedTarget pixels;
     };
 
+    std::vector<std::size_t> bandIds(PictureTile const& tile, std::vector<Value> const& values) const;
     void make(PictureTile const& tile, std::vector<Value> const& values);
     PlanePart rebuiltPlane(PictureTile const& tile, std::size_t plane, std::vector<Value> const& values);
     PlanePart bandPart(PictureTile const& tile, std::size_t plane, Band band, Value const& value);
@@ -78,6 +79,7 @@ private:
     std::shared_ptr<RenderBackendInstance> instance_;
     PictureTargets& targets_;
     StoreInfo info_;
+    TileNumbers numbers_; // of the bands' parts in the instance's cache
     KeptTiles<Tile> tiles_;
     std::map<PictureTile, std::vector<Value>> known_; // of each part, as BandReader orders them
 };

@@ -39,12 +39,14 @@ struct PictureView::State {
           mask(gl, targets, emptyAreas, info),
           loader(path, chosen.threads, cache) {}
 
+    // Until this is through, nothing counts as complete: what fails in between is made good by the next advance().
     void want() {
         wanted = wantedFor(info, view, shown, options.coarserFirst);
         // What was read for another view and is not wanted now would only take room.
         for (auto loaded = waiting.begin(); loaded != waiting.end();)
             loaded = wanted.needed.count(loaded->first) == 0 ? waiting.erase(loaded) : std::next(loaded);
         request();
+        settled = true;
     }
 
     // Tiles that no thread has read yet and that need one.
@@ -132,8 +134,8 @@ struct PictureView::State {
     }
 
     bool complete() const {
-        return std::all_of(wanted.shown.begin(), wanted.shown.end(),
-                           [this](PictureTile const& tile) { return shown.has(tile); });
+        return settled && std::all_of(wanted.shown.begin(), wanted.shown.end(),
+                                      [this](PictureTile const& tile) { return shown.has(tile); });
     }
 
     void trim() {
@@ -194,6 +196,7 @@ struct PictureView::State {
 
     View view;
     Wanted wanted;
+    bool settled = true; // whether `wanted` is that of the view and the enhancements
     std::map<PictureTile, std::unique_ptr<LoadedTile>> waiting; // for their parents, or for the GL thread
     std::optional<OwnedTarget> frame;
     std::size_t erased = 0;
@@ -215,6 +218,7 @@ Extent PictureView::sizeAt(Zoom const& zoom) const {
 
 void PictureView::enhance(std::vector<enhancement::Step> const& steps) {
     state_->shown.enhance(steps);
+    state_->settled = false;
     state_->want();
     while (state_->enhanceCoarsest())
         ;
@@ -223,12 +227,14 @@ void PictureView::enhance(std::vector<enhancement::Step> const& steps) {
 void PictureView::show(View const& view) {
     if (view == state_->view) return;
     state_->view = view;
+    state_->settled = false;
     state_->want();
 }
 
 bool PictureView::advance(std::chrono::milliseconds time) {
     auto const end = Clock::now() + time;
     bool changed = false;
+    if (!state_->settled) state_->want();
     do {
         state_->takeLoaded();
         bool const stepped = state_->step();

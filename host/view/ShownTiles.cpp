@@ -13,8 +13,11 @@ ShownTiles::ShownTiles(std::shared_ptr<RenderBackendInstance> instance, PictureT
       pieceSide_(EnhancementChain::requiredPartSide({})) {}
 
 void ShownTiles::enhance(std::vector<enhancement::Step> const& steps) {
-    pieceSide_ = EnhancementChain::requiredPartSide(steps);
-    steps_ = steps;
+    std::size_t const side = EnhancementChain::requiredPartSide(steps);
+    auto kept = steps;
+    // Nothing below throws: the tiles are those of the steps at any time.
+    pieceSide_ = side;
+    steps_ = std::move(kept);
     tiles_.clear();
     chains_.clear();
 }

@@ -1,15 +1,9 @@
 // Frames of stores at any zoom and place, byte for byte as the wavelet's formulas and the nearest sample give them.
-#include "host/view/PictureView.h"
+#include "tests/host/view/PictureViewFixture.h"
 
-#include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/EnhancedRenderer.h"
 #include "host/HostError.h"
-#include "host/SurfacelessContext.h"
 #include "host/view/EmptyAreas.h"
-#include "tests/host/TemporaryFolder.h"
-#include "tests/host/store/LevelModel.h"
-#include "tests/host/store/TestPictures.h"
-#include "tests/support/GlErrors.h"
 #include "tests/support/LongRun.h"
 
 #include <gtest/gtest.h>
@@ -17,8 +11,12 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
-#include <random>
 
+using pictureview::backgroundPixels;
+using pictureview::describe;
+using pictureview::frameOf;
+using pictureview::Level;
+using pictureview::levelsOf;
 using testpictures::Content;
 using testpictures::Picture;
 using namespace std::chrono_literals;
@@ -27,122 +25,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t kTileBudgetBytes = 64 * 1000 * 1000;
-constexpr std::array<std::uint8_t, 3> kBackground = {255, 0, 255};
-
-// A level in plain memory.
-struct Level {
-    std::size_t width;
-    std::size_t height;
-    std::size_t bands;
-    Bytes bytes;
-};
-
-std::vector<Level> levelsOf(Picture const& picture, std::size_t levels) {
-    auto const all = levelmodel::levelsOf(picture, levels);
-    std::vector<Level> result;
-    for (std::size_t level = 0; level < all.size(); ++level)
-        result.push_back(
-            {((picture.width - 1) >> level) + 1, ((picture.height - 1) >> level) + 1, picture.bands, all[level]});
-    return result;
-}
-
-// Pixel by pixel, where its middle lies.
-Bytes frameOf(std::vector<Level> const& levels, View const& view) {
-    Level const& level = levels.at(view.zoom.level());
-    double const samplesAPixel = static_cast<double>(view.zoom.samples()) / static_cast<double>(view.zoom.pixels());
-    Bytes frame;
-    for (std::size_t y = 0; y < view.height; ++y) {
-        for (std::size_t x = 0; x < view.width; ++x) {
-            double const column =
-                std::floor((static_cast<double>(view.x) + static_cast<double>(x) + 0.5) * samplesAPixel);
-            double const row = std::floor((static_cast<double>(view.y) + static_cast<double>(y) + 0.5) * samplesAPixel);
-            bool const inside = column >= 0 && row >= 0 && column < static_cast<double>(level.width) &&
-                                row < static_cast<double>(level.height);
-            if (!inside) {
-                frame.insert(frame.end(), {kBackground[0], kBackground[1], kBackground[2], 255});
-                continue;
-            }
-            std::uint8_t const* const pixel =
-                &level.bytes[(static_cast<std::size_t>(row) * level.width + static_cast<std::size_t>(column)) *
-                             level.bands];
-            bool const grey = level.bands <= 2;
-            bool const alpha = level.bands == 2 || level.bands == 4;
-            frame.insert(frame.end(), {pixel[0], pixel[grey ? 0 : 1], pixel[grey ? 0 : 2],
-                                       alpha ? pixel[level.bands - 1] : std::uint8_t{255}});
-        }
-    }
-    return frame;
-}
-
-std::size_t backgroundPixels(Bytes const& frame) {
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < frame.size(); i += 4)
-        count += std::equal(kBackground.begin(), kBackground.end(), &frame[i]) ? 1U : 0U;
-    return count;
-}
-
-class PictureViewGLTest : public testing::Test {
-protected:
-    void TearDown() override { EXPECT_EQ(gl_errors::findings(), std::vector<std::string>()); }
-
-    StoreInfo import(Picture const& picture, std::size_t tileSize = 64) {
-        ImportOptions options;
-        options.tileSize = tileSize;
-        options.replace = true;
-        return testpictures::import(picture, path(), options);
-    }
-
-    static PictureView::Options options() {
-        PictureView::Options options;
-        options.threads = 2;
-        options.background = kBackground;
-        return options;
-    }
-
-    static Bytes completed(PictureView& view) {
-        while (!view.complete()) {
-            if (!view.advance(50ms)) view.wait(50ms);
-        }
-        return view.pixels();
-    }
-
-    static Bytes completed(PictureView& view, View const& wanted) {
-        view.show(wanted);
-        return completed(view);
-    }
-
-    // Somewhere, also beside the picture.
-    View randomView(StoreInfo const& info) {
-        double const zoom =
-            std::exp2(std::uniform_real_distribution<>(-static_cast<double>(info.levels) - 1, 3)(random_));
-        View view;
-        view.zoom = Zoom::nearest(zoom, info.levels);
-        view.width = 1 + random_() % 200;
-        view.height = 1 + random_() % 150;
-        auto const place = [&](std::size_t length, std::size_t frame) {
-            auto const all = static_cast<std::int64_t>(static_cast<double>(length) * view.zoom.value());
-            auto const margin = static_cast<std::int64_t>(frame / 2);
-            return std::uniform_int_distribution<std::int64_t>(-margin, std::max(all - margin, -margin))(random_);
-        };
-        view.x = place(info.width, view.width);
-        view.y = place(info.height, view.height);
-        return view;
-    }
-
-    std::string path() const { return folder_.path("a.store"); }
-
-    std::mt19937 random_{20};
-    TemporaryFolder folder_;
-    SurfacelessContext context_;
-    Gles3RenderBackend backend_{RenderBackend::RGBA32, kTileBudgetBytes};
-    std::shared_ptr<RenderBackendInstance> instance_ = backend_.createInstance(context_);
-};
-
-std::string describe(View const& view) {
-    return "zoom " + std::to_string(view.zoom.value()) + ", " + std::to_string(view.width) + " x " +
-           std::to_string(view.height) + " at " + std::to_string(view.x) + "," + std::to_string(view.y);
-}
+class PictureViewGLTest : public PictureViewFixture {};
 
 } // namespace
 
@@ -209,6 +92,22 @@ TEST_F(PictureViewGLTest, OnceAFrameWasShownNoBackgroundIsWithinThePicture) {
     }
     EXPECT_GT(frames, 12U);
     EXPECT_TRUE(completed(view) == frameOf(levelsOf(picture, info.levels), wanted));
+}
+
+// Scaled samples lie side by side in a target that is used again and again.
+TEST_F(PictureViewGLTest, WhereNothingIsThereYetTheBackgroundIsShownAtAnyZoom) {
+    import(testpictures::picture(1700, 600, 1, 8, Content::Noise), 256);
+    PictureView view(instance_, path(), options());
+    for (double const zoom : {1.0, 0.8, 3.0}) {
+        Zoom const at = Zoom::nearest(zoom, view.info().levels);
+        completed(view, {at, 10, 10, 100, 80, false});
+        PictureView other(instance_, path(), options());
+        other.show({at, 10, 10, 100, 80, false});
+        EXPECT_EQ(backgroundPixels(other.pixels()), 100U * 80U) << zoom;
+        // Where the picture ends.
+        other.show({at, static_cast<std::int64_t>(other.sizeAt(at).width) - 40, 10, 100, 80, false});
+        EXPECT_EQ(backgroundPixels(other.pixels()), 100U * 80U) << zoom;
+    }
 }
 
 TEST_F(PictureViewGLTest, SmallestBudgetsGiveTheSamePixels) {

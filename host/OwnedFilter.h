@@ -1,0 +1,22 @@
+#pragma once
+
+#include "renderbackend/Filter.h"
+#include "renderbackend/RenderBackendInstance.h"
+
+#include <memory>
+
+/// A filter with its program, which goes with it.
+class OwnedFilter {
+public:
+    /// Throws VelmoraException where the program cannot be made.
+    OwnedFilter(std::shared_ptr<RenderBackendInstance> instance, Filter const& description);
+    ~OwnedFilter();
+    OwnedFilter(OwnedFilter const&) = delete;
+    OwnedFilter& operator=(OwnedFilter const&) = delete;
+
+    Filter const& filter() const { return filter_; }
+
+private:
+    std::shared_ptr<RenderBackendInstance> instance_;
+    Filter filter_;
+};
