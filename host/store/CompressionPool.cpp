@@ -1,17 +1,14 @@
 #include "host/store/CompressionPool.h"
 
+#include "host/Threads.h"
+
 #include <algorithm>
 #include <utility>
 
-CompressionPool::CompressionPool(StoreInfo const& info, size_t jobs)
-    : info_(info), maxWaiting_(kWaitingTilesAJob * std::max<size_t>(jobs, 1)) {
-    try {
-        for (size_t i = 0; i < std::max<size_t>(jobs, 1); ++i)
-            threads_.emplace_back(&CompressionPool::work, this);
-    } catch (...) {
-        endThreads();
-        throw;
-    }
+CompressionPool::CompressionPool(StoreInfo const& info, size_t jobs) : info_(info) {
+    threads_ = startThreads(std::max<size_t>(jobs, 1), [this](size_t) { work(); });
+    maxWaiting_ = kWaitingTilesAJob * std::max<size_t>(threads_.size(), 1);
+    if (threads_.empty()) ownCodec_.emplace(info);
 }
 
 CompressionPool::~CompressionPool() {
@@ -23,6 +20,10 @@ CompressionPool::~CompressionPool() {
 }
 
 void CompressionPool::add(RawTile&& tile) {
+    if (ownCodec_) {
+        finished_.push_back(ownCodec_->encode(tile));
+        return;
+    }
     std::unique_lock<std::mutex> lock(mutex_);
     roomWaits_.wait(lock, [this] { return waiting_.size() < maxWaiting_ || failure_; });
     if (failure_) std::rethrow_exception(failure_);

@@ -6,6 +6,7 @@
 #include <deque>
 #include <exception>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -15,6 +16,8 @@
 ///
 /// Everything that is shared lies behind one mutex. add() waits while kWaitingTilesAJob tiles a job wait already, so that
 /// a reader that is faster than the compression does not fill the memory.
+///
+/// Where the system gives fewer threads than are asked for, those do the work; where it gives none, add() does.
 class CompressionPool {
 public:
     CompressionPool(StoreInfo const& info, size_t jobs);
@@ -38,7 +41,8 @@ private:
     void endThreads();
 
     StoreInfo info_;
-    size_t maxWaiting_;
+    std::optional<TileCodec> ownCodec_; // where there are no threads
+    size_t maxWaiting_ = kWaitingTilesAJob;
     std::mutex mutex_;
     std::condition_variable tileWaits_; // or closed_
     std::condition_variable roomWaits_; // or failure_
@@ -46,5 +50,5 @@ private:
     std::vector<StoredTile> finished_;
     std::exception_ptr failure_;
     bool closed_ = false;
-    std::vector<std::thread> threads_;
+    std::vector<std::thread> threads_; // empty: finished, or none was given
 };

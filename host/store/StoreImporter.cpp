@@ -2,6 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/PixelSource.h"
+#include "host/Threads.h"
 #include "host/store/ColourPlanes.h"
 #include "host/store/CompressionPool.h"
 #include "host/store/PlaneTransform.h"
@@ -11,7 +12,6 @@
 #include <array>
 #include <deque>
 #include <filesystem>
-#include <thread>
 
 namespace {
 
@@ -42,10 +42,6 @@ StoreInfo infoOf(PixelSource const& source, ImportOptions const& options, size_t
     info.sourceName = options.sourceName;
     info.interpretation = interpretationOf(info.bands);
     return info;
-}
-
-size_t jobsOf(ImportOptions const& options) {
-    return options.jobs > 0 ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
 }
 
 // The way of the samples from the picture's rows into the file. Only the thread that calls it talks to the file.
@@ -129,7 +125,7 @@ StoreInfo importStore(PictureOpener const& open, std::string const& path, Import
         StoreInfo info = infoOf(*source, options, residualBits.front());
         residualBits.pop_front();
         try {
-            Import(path, info, jobsOf(options)).run(*source, progress);
+            Import(path, info, threadsFor(options.jobs)).run(*source, progress);
             return info;
         } catch (CoefficientOverflow const&) {
             if (residualBits.empty()) throw;

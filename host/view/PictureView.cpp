@@ -65,6 +65,7 @@ struct PictureView::State {
         while (waiting.size() < kMaxWaiting) {
             auto loaded = loader.take();
             if (!loaded) return;
+            if (loaded->failure) std::rethrow_exception(loaded->failure);
             PictureTile const tile = loaded->tile;
             if (wanted.needed.count(tile) != 0 && !rebuilt.has(tile)) waiting.emplace(tile, std::move(loaded));
         }

@@ -1,14 +1,15 @@
 #include "host/view/TileLoader.h"
 
+#include "host/Threads.h"
+
 #include <algorithm>
 
 TileLoader::TileLoader(std::string const& storePath, std::size_t threads, std::shared_ptr<SampleCache> const& cache) {
-    std::size_t const count = threads != 0 ? threads : std::max(1U, std::thread::hardware_concurrency());
+    std::size_t const count = threadsFor(threads);
     // Opened here: a store that cannot be read is known before the first thread starts.
     for (std::size_t i = 0; i < count; ++i)
         readers_.push_back(std::make_unique<BandReader>(storePath, cache));
-    for (auto const& reader : readers_)
-        threads_.emplace_back([this, &own = *reader] { work(own); });
+    threads_ = startThreads(count, [this](std::size_t thread) { work(*readers_[thread]); });
 }
 
 TileLoader::~TileLoader() {
@@ -22,65 +23,69 @@ TileLoader::~TileLoader() {
 }
 
 void TileLoader::want(std::vector<PictureTile> const& tiles) {
+    Tiles wanted;
     {
         std::lock_guard<std::mutex> const lock(mutex_);
-        waiting_.clear();
-        std::copy_if(tiles.begin(), tiles.end(), std::back_inserter(waiting_),
-                     [this](PictureTile const& tile) { return taken_.count(tile) == 0; });
+        for (PictureTile const& tile : tiles) {
+            if (isTaken(tile)) continue;
+            wanted.push_back(std::make_unique<LoadedTile>());
+            wanted.back()->tile = tile;
+        }
+        waiting_.swap(wanted);
     }
     workWaits_.notify_all();
+}
+
+bool TileLoader::isTaken(PictureTile const& tile) const {
+    auto const isIt = [&](std::unique_ptr<LoadedTile> const& one) { return one->tile == tile; };
+    return std::any_of(inWork_.begin(), inWork_.end(), isIt) || std::any_of(finished_.begin(), finished_.end(), isIt);
 }
 
 std::unique_ptr<LoadedTile> TileLoader::take() {
     std::unique_ptr<LoadedTile> tile;
     {
-        std::lock_guard<std::mutex> const lock(mutex_);
-        if (failure_) std::rethrow_exception(failure_);
+        std::unique_lock<std::mutex> lock(mutex_);
+        if (threads_.empty() && mayRead()) readNext(*readers_.front(), lock);
         if (finished_.empty()) return nullptr;
         tile = std::move(finished_.front());
         finished_.pop_front();
-        taken_.erase(tile->tile);
     }
     workWaits_.notify_one();
     return tile;
 }
 
 void TileLoader::wait(std::chrono::milliseconds time) {
+    if (threads_.empty()) return;
     std::unique_lock<std::mutex> lock(mutex_);
-    tileIsThere_.wait_for(lock, time,
-                          [this] { return !finished_.empty() || failure_ || (waiting_.empty() && taken_.empty()); });
+    tileIsThere_.wait_for(lock, time, [this] { return !finished_.empty() || (waiting_.empty() && inWork_.empty()); });
 }
 
 std::size_t TileLoader::pending() const {
     std::lock_guard<std::mutex> const lock(mutex_);
-    return waiting_.size() + taken_.size();
+    return waiting_.size() + inWork_.size() + finished_.size();
 }
 
 void TileLoader::work(BandReader& reader) {
-    try {
-        readTiles(reader);
-    } catch (...) {
-        {
-            std::lock_guard<std::mutex> const lock(mutex_);
-            failure_ = std::current_exception();
-        }
-        tileIsThere_.notify_all();
+    std::unique_lock<std::mutex> lock(mutex_);
+    while (true) {
+        workWaits_.wait(lock, [this] { return closed_ || mayRead(); });
+        if (closed_) return;
+        readNext(reader, lock);
     }
 }
 
-void TileLoader::readTiles(BandReader& reader) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    while (true) {
-        workWaits_.wait(lock, [this] { return closed_ || (!waiting_.empty() && finished_.size() < kFinishedTiles); });
-        if (closed_) return;
-        auto tile = std::make_unique<LoadedTile>();
-        tile->tile = waiting_.front();
-        waiting_.pop_front();
-        taken_.insert(tile->tile);
-        lock.unlock();
-        tile->parts = reader.read(tile->tile);
-        lock.lock();
-        finished_.push_back(std::move(tile));
-        tileIsThere_.notify_all();
+// The first that waits. The lock is open while it is read.
+void TileLoader::readNext(BandReader& reader, std::unique_lock<std::mutex>& lock) {
+    auto const next = waiting_.begin();
+    inWork_.splice(inWork_.end(), waiting_, next);
+    LoadedTile& tile = **next;
+    lock.unlock();
+    try {
+        tile.parts = reader.read(tile.tile);
+    } catch (...) {
+        tile.failure = std::current_exception();
     }
+    lock.lock();
+    finished_.splice(finished_.end(), inWork_, next);
+    tileIsThere_.notify_all();
 }

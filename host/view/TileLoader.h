@@ -5,11 +5,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <exception>
+#include <list>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -17,14 +16,18 @@
 struct LoadedTile {
     PictureTile tile;
     std::vector<BandPart> parts;
+    std::exception_ptr failure; ///< what kept the tile from being read; empty: nothing
 };
 
 /// Threads that read what picture tiles are rebuilt from.
 ///
-///     one thread    want() -> waiting_ -> threads -> finished_ -> take()    the same thread
+///     one thread    want() -> waiting_ -> threads: inWork_ -> finished_ -> take()    the same thread
 ///
 /// Everything that is shared lies behind one mutex. The threads rest while kFinishedTiles are finished and not taken, so
-/// that a GL thread that is slower than they are does not fill the memory.
+/// that a GL thread that is slower than they are does not fill the memory. Nothing is allocated on the way of a tile but
+/// by reading it, so that a thread cannot fail otherwise.
+///
+/// Where the system gives fewer threads than are asked for, those do the work; where it gives none, take() does.
 class TileLoader {
 public:
     /// threads: 0: as many as the machine has cores. Throws what TileStore throws.
@@ -35,28 +38,33 @@ public:
     TileLoader& operator=(TileLoader const&) = delete;
 
     /// The tiles to read, the first one first, in place of those that still wait. Tiles that are in work or finished stay
-    /// so and are not read twice.
+    /// so and are not read twice. Where it throws, what waited before still waits.
     void want(std::vector<PictureTile> const& tiles);
-    /// A tile that is finished, the one that was finished first; empty where there is none. Throws what a thread threw.
+    /// A tile that is finished, the one that was finished first, or that could not be read; empty where there is none.
+    /// Such a tile may be wanted again.
     std::unique_ptr<LoadedTile> take();
     /// Until a tile is finished, for at most so long; returns at once where none waits or is in work.
     void wait(std::chrono::milliseconds time);
     /// Tiles that wait, are in work or have not been taken.
     std::size_t pending() const;
+    /// That were given.
+    std::size_t threads() const { return threads_.size(); }
 
 private:
     static constexpr std::size_t kFinishedTiles = 16;
+    using Tiles = std::list<std::unique_ptr<LoadedTile>>;
 
     void work(BandReader& reader);
-    void readTiles(BandReader& reader);
+    void readNext(BandReader& reader, std::unique_lock<std::mutex>& lock);
+    bool mayRead() const { return !waiting_.empty() && finished_.size() < kFinishedTiles; }
+    bool isTaken(PictureTile const& tile) const;
 
     mutable std::mutex mutex_;
-    std::condition_variable workWaits_;   // or closed_
-    std::condition_variable tileIsThere_; // or failure_
-    std::deque<PictureTile> waiting_;
-    std::set<PictureTile> taken_; // in work or finished
-    std::deque<std::unique_ptr<LoadedTile>> finished_;
-    std::exception_ptr failure_;
+    std::condition_variable workWaits_; // or closed_
+    std::condition_variable tileIsThere_;
+    Tiles waiting_;
+    Tiles inWork_;
+    Tiles finished_;
     bool closed_ = false;
     std::vector<std::unique_ptr<BandReader>> readers_;
     std::vector<std::thread> threads_;

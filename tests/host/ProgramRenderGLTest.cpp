@@ -237,3 +237,16 @@ TEST_F(ProgramRenderGLTest, RegionOfAStoreIsTheFilesAtZoomOneAndALevelBelow) {
     ASSERT_EQ(runVelmora({"render", store, "-o", view, "--zoom", "0.25"}).exitCode, 0);
     EXPECT_EQ(testimages::difference(quarter, testimages::crop(testimages::readByVips(view), 25, 14, 96, 73)), "");
 }
+
+TEST_F(ProgramRenderGLTest, WithoutThreadsAStoreIsMadeAndDrawnAllTheSame) {
+    Process::Environment const noThreads{{"LD_PRELOAD", VELMORA_NO_THREADS}};
+    testimages::writePattern8(folder_.path("a.png"), "", 200, 150, 3);
+    auto const made = runVelmora({"import", folder_.path("a.png"), folder_.path("a.store"), "--jobs", "3"}, noThreads);
+    ASSERT_EQ(made.exitCode, 0) << made.err;
+    auto const drawn = runVelmora({"render", folder_.path("a.store"), "-o", folder_.path("view.png")}, noThreads);
+    ASSERT_EQ(drawn.exitCode, 0) << drawn.err;
+    EXPECT_EQ(drawn.err, "");
+    EXPECT_EQ(
+        testimages::difference(testimages::readByVips(folder_.path("view.png")), testimages::pattern8(200, 150, 3)),
+        "");
+}

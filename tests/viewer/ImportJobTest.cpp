@@ -4,6 +4,7 @@
 #include "host/store/TileStore.h"
 #include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/FailingThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -94,6 +95,20 @@ TEST(ImportJobTest, OneThatIsStoppedLeavesNothing) {
     }
     later.join();
     EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(ImportJobTest, WithoutAThreadTheStoreIsThereAtOnce) {
+    TemporaryFolder const folder;
+    auto const picture = testpictures::picture(300, 200, 3, 8, Content::Noise);
+    ThreadLimit const limit(0);
+    ImportJob const job([&] { return testpictures::source(picture); }, folder.path("a.vlm"), {});
+    EXPECT_GT(ThreadLimit::refused(), 0u);
+    EXPECT_TRUE(job.done());
+    EXPECT_EQ(TileStore(folder.path("a.vlm")).info().width, 300u);
+    ImportJob const failing(
+        []() -> std::unique_ptr<PixelSource> { throw HostError(HostError::Kind::UnreadableImage, "no image"); },
+        folder.path("b.vlm"), {});
+    EXPECT_THROW(failing.done(), HostError);
 }
 
 TEST(ImportJobTest, AFailureArrivesWhereItIsAskedFor) {

@@ -224,6 +224,18 @@ TEST_F(ProgramViewGLTest, AnImageIsImportedOnce) {
     EXPECT_EQ(cached().size(), 2u);
 }
 
+TEST_F(ProgramViewGLTest, WithoutThreadsAnImageIsImportedAndShownAllTheSame) {
+    testimages::writePattern8(path("a.png"), "", 400, 300, 3);
+    auto withoutThreads = environment();
+    withoutThreads["LD_PRELOAD"] = VELMORA_NO_THREADS;
+    auto const result = runVelmora(
+        {"view", path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1", "--screenshot", path("shown.png")},
+        withoutThreads);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    expectPixels(testimages::readByVips(path("shown.png")),
+                 testimages::crop(testimages::pattern8(400, 300, 3), 100, 100, 200, 100));
+}
+
 // The built-in picture takes seconds. It is photographed until there is something of it to be seen.
 TEST_F(ProgramViewGLTest, APictureThatIsBeingImportedIsSeen) {
     std::string text;

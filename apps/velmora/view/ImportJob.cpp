@@ -1,6 +1,6 @@
 #include "apps/velmora/view/ImportJob.h"
 
-#include <utility>
+#include "host/Threads.h"
 
 namespace {
 
@@ -9,14 +9,15 @@ struct Cancelled {};
 
 } // namespace
 
-ImportJob::ImportJob(PictureOpener open, std::string store, ImportOptions options)
-    : thread_([this, open = std::move(open), store = std::move(store), options = std::move(options)] {
-          run(open, store, options);
-      }) {}
+ImportJob::ImportJob(PictureOpener const& open, std::string const& store, ImportOptions const& options)
+    : thread_(startThreads(1, [=](size_t) { run(open, store, options); })) {
+    if (thread_.empty()) run(open, store, options);
+}
 
 ImportJob::~ImportJob() {
     cancelled_ = true;
-    thread_.join();
+    for (std::thread& thread : thread_)
+        thread.join();
 }
 
 bool ImportJob::done() const {

@@ -8,11 +8,13 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 /// Imports a picture into a store on a thread of its own, while another thread looks on.
 class ImportJob {
 public:
-    ImportJob(PictureOpener open, std::string store, ImportOptions options);
+    /// Where the system gives no thread the import is over when this returns.
+    ImportJob(PictureOpener const& open, std::string const& store, ImportOptions const& options);
     /// Stops the import where it still runs; nothing of it is left then.
     ~ImportJob();
     ImportJob(ImportJob const&) = delete;
@@ -31,6 +33,6 @@ private:
     std::atomic<double> share_{0};
     std::atomic<bool> cancelled_{false};
     std::atomic<bool> done_{false};
-    std::exception_ptr failure_; // the thread's until done_
-    std::thread thread_;
+    std::exception_ptr failure_;      // the thread's until done_
+    std::vector<std::thread> thread_; // one, or none
 };

@@ -1,5 +1,7 @@
 #include "host/store/CompressionPool.h"
 
+#include "tests/support/FailingThreads.h"
+
 #include <gtest/gtest.h>
 
 #include <map>
@@ -100,6 +102,30 @@ TEST(CompressionPoolTest, EveryTileComesOutOnceWhateverTheNumberOfJobs) {
         }
         keep(pool.finish());
         ASSERT_EQ(decoded.size(), kTiles);
+        for (auto const& [column, samples] : decoded)
+            EXPECT_EQ(samples, noise(static_cast<unsigned>(column)));
+    }
+}
+
+TEST(CompressionPoolTest, TheThreadsThatTheSystemGivesDoTheWork) {
+    constexpr size_t kTiles = 100;
+    for (size_t const given : {0u, 1u, 2u}) {
+        ThreadLimit const limit(given);
+        StoreInfo const info = infoOf(32 * kTiles);
+        TileCodec codec(info);
+        std::map<size_t, Samples> decoded;
+        auto const keep = [&](std::vector<StoredTile> const& tiles) {
+            for (StoredTile const& tile : tiles)
+                EXPECT_TRUE(decoded.emplace(tile.address.column, codec.decode(tile).value()).second);
+        };
+        CompressionPool pool(info, 4);
+        EXPECT_EQ(ThreadLimit::refused(), 1u);
+        for (size_t column = 0; column < kTiles; ++column) {
+            pool.add(tileOf(column, noise(static_cast<unsigned>(column))));
+            if (column == kTiles / 2) keep(pool.take());
+        }
+        keep(pool.finish());
+        ASSERT_EQ(decoded.size(), kTiles) << given;
         for (auto const& [column, samples] : decoded)
             EXPECT_EQ(samples, noise(static_cast<unsigned>(column)));
     }

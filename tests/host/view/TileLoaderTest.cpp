@@ -1,12 +1,12 @@
 #include "host/view/TileLoader.h"
 
 #include "host/HostError.h"
+#include "host/store/Sqlite.h"
 #include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/FailingThreads.h"
 
 #include <gtest/gtest.h>
-
-#include <fstream>
 
 using testpictures::Content;
 using testpictures::Picture;
@@ -131,18 +131,49 @@ TEST_F(TileLoaderTest, TilesThatAreFinishedAreNotReadAgain) {
     EXPECT_EQ(count, tiles.size());
 }
 
-TEST_F(TileLoaderTest, FailuresComeOutWhereTilesAreTaken) {
-    StoreInfo const info = import(testpictures::picture(600, 500, 3, 8, Content::Noise), 256);
-    {
-        // Somewhere in the tiles' samples.
-        std::fstream file(path(), std::ios::in | std::ios::out | std::ios::binary);
-        for (int place = 100000; place < 900000; place += 10000)
-            file.seekp(place).write("damaged", 7);
-    }
+TEST_F(TileLoaderTest, TilesThatCannotBeReadComeOutWithTheFailure) {
+    StoreInfo const info = import(testpictures::picture(1500, 1400, 3, 8, Content::Noise), 256);
+    sqlite::Database(path(), sqlite::Database::Mode::ReadWrite)
+        .execute("UPDATE tiles SET crc = crc + 1 WHERE id = (SELECT min(id) FROM tiles WHERE data IS NOT NULL)");
+    auto const tiles = tilesOf(info, 0);
     TileLoader loader(path(), 2, cache());
-    loader.want(tilesOf(info, 0));
-    EXPECT_THROW(while (next(loader)){}, HostError);
-    EXPECT_THROW(loader.take(), HostError) << "again";
+    for (int again = 0; again < 2; ++again) {
+        loader.want(tiles);
+        std::set<PictureTile> got;
+        std::size_t failed = 0;
+        while (auto const tile = next(loader)) {
+            EXPECT_TRUE(got.insert(tile->tile).second);
+            if (!tile->failure) continue;
+            ++failed;
+            EXPECT_TRUE(tile->parts.empty());
+            EXPECT_THROW(std::rethrow_exception(tile->failure), HostError);
+        }
+        EXPECT_EQ(got.size(), tiles.size()) << "the others come all the same";
+        EXPECT_EQ(failed, 1U);
+    }
+}
+
+TEST_F(TileLoaderTest, TheThreadsThatTheSystemGivesDoTheWork) {
+    StoreInfo const info = import(testpictures::picture(1200, 1100, 1, 8, Content::Noise));
+    auto const tiles = tilesOf(info, 0);
+    for (std::size_t const given : {0U, 1U, 3U}) {
+        std::unique_ptr<TileLoader> loader;
+        {
+            ThreadLimit const limit(given);
+            loader = std::make_unique<TileLoader>(path(), 4, cache());
+            EXPECT_EQ(ThreadLimit::refused(), 1U);
+        }
+        EXPECT_EQ(loader->threads(), given);
+        loader->want(tiles);
+        std::set<PictureTile> got;
+        while (auto const tile = next(*loader)) {
+            EXPECT_FALSE(tile->failure);
+            got.insert(tile->tile);
+        }
+        EXPECT_EQ(got, std::set<PictureTile>(tiles.begin(), tiles.end())) << given;
+        loader->wait(100000ms); // returns: nothing is in work
+        loader->want(tiles);    // and goes while tiles wait
+    }
 }
 
 TEST_F(TileLoaderTest, ALoaderGoesWhileTilesWait) {

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <thread>
+#include <vector>
+
+/// Threads of `work`, which is told which of them it runs on: 0, 1, ... `count` of them, or as many as the system gives,
+/// perhaps none. The caller joins them. Throws std::bad_alloc, before the first thread is started.
+std::vector<std::thread> startThreads(std::size_t count, std::function<void(std::size_t thread)> const& work);
+
+/// `wanted` threads, or where that is 0 one for each core.
+std::size_t threadsFor(std::size_t wanted);
