@@ -30,10 +30,10 @@ TemporaryOutput::TemporaryOutput(std::string const& path) : path_(path), target_
     std::error_code missing;
     auto const status = fs::status(target_, missing);
     if (fs::exists(status) && !fs::is_regular_file(status)) throw failure("it is not a regular file");
-    std::string name = (target_.parent_path() / ("." + target_.filename().string() + ".XXXXXX")).string();
-    descriptor_ = mkstemp(name.data());
+    // From here on nothing allocates: a file that is there has an owner.
+    temporary_ = (target_.parent_path() / ("." + target_.filename().string() + ".XXXXXX")).string();
+    descriptor_ = mkstemp(temporary_.data());
     if (descriptor_ < 0) throw failure(errno);
-    temporary_ = name;
     // mkstemp makes a file for its owner alone; the result is an ordinary one.
     fchmod(descriptor_, newFileMode());
 }

@@ -67,10 +67,7 @@ int run(int argc, char** argv) {
     return kExitSuccess;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    interruption::listen();
+int runReported(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (HostError const& error) {
@@ -84,5 +81,18 @@ int main(int argc, char** argv) {
             return fail(kExitBackendFailure, "the render backend failed: " + formatExceptionMessage(error) +
                                                  "; see velmora info for the driver");
         return fail(kExitInternalError, std::string("internal error: ") + error.what() + "; please report it");
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    interruption::listen();
+    try {
+        return runReported(argc, argv);
+    } catch (...) {
+        // There was no memory even for the sentence that says so.
+        std::fputs("velmora: out of memory; choose a smaller region or tile\n", stderr);
+        return kExitInternalError;
     }
 }

@@ -3,11 +3,8 @@
 #include "host/Quietly.h"
 
 #include <algorithm>
-#include <atomic>
 
 namespace {
-
-std::atomic<std::uint32_t> nextSerial{0};
 
 DataEnvelopes::Corner corner(std::size_t x, std::size_t y) {
     return {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
@@ -16,7 +13,7 @@ DataEnvelopes::Corner corner(std::size_t x, std::size_t y) {
 } // namespace
 
 EmptyAreas::EmptyAreas(std::shared_ptr<RenderBackendInstance> instance, TileStore& store)
-    : instance_(std::move(instance)), store_(store), serial_(nextSerial++) {}
+    : instance_(std::move(instance)), store_(store), numbers_(instance_) {}
 
 EmptyAreas::~EmptyAreas() {
     for (auto const& level : levels_)
@@ -63,10 +60,11 @@ DataEnvelopes const& EmptyAreas::envelopes(std::size_t bandLevel) {
     return *level.envelopes;
 }
 
-// Several views may share an instance.
+// Several views may share an instance, and none can erase its sets there: those of a view that has gone are replaced by the
+// next one's.
 EmptyAreas::Id EmptyAreas::idOf(std::size_t bandLevel) const {
     Id id = {'l', static_cast<unsigned char>(bandLevel)};
-    for (unsigned shift = 0; shift < 32; shift += 8)
-        id.push_back(static_cast<unsigned char>(serial_ >> shift & 0xFFU));
+    for (unsigned shift = 0; shift < 64; shift += 8)
+        id.push_back(static_cast<unsigned char>(numbers_.id(0) >> shift & 0xFFU));
     return id;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "host/TileNumbers.h"
 #include "host/store/TileStore.h"
 #include "host/view/PictureTile.h"
 #include "renderbackend/DataEnvelopes.h"
 #include "renderbackend/RenderBackendInstance.h"
 
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <vector>
@@ -38,6 +38,6 @@ private:
 
     std::shared_ptr<RenderBackendInstance> instance_;
     TileStore& store_;
-    std::uint32_t serial_;
+    TileNumbers numbers_;                 // of no tiles: they tell this view's sets from others'
     std::map<std::size_t, Level> levels_; // by the level of the bands
 };

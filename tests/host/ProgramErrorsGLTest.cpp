@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace {
 
@@ -155,4 +156,26 @@ TEST_F(ProgramErrorsGLTest, AMissingGlDriverIsExitCode7) {
 TEST_F(ProgramErrorsGLTest, AFailureOfTheBackendIsExitCode8) {
     Process::Environment const broken{{"LD_PRELOAD", VELMORA_BROKEN_GL}};
     expectFailure(runVelmora({"render", image_, "-o", view()}, broken), 8, {"Failed to setup render to texture"});
+}
+
+// Whatever has no memory, the program ends with one line and leaves no picture. Allocations of the backend are among them.
+TEST_F(ProgramErrorsGLTest, ADrawingShortOfMemoryEndsWithALine) {
+    std::string const store = folder_.path("a.store");
+    ASSERT_EQ(runVelmora({"import", image_, store}).exitCode, 0);
+    for (std::string const& picture : {image_, store}) {
+        before_ = folder_.names();
+        std::size_t failed = 0;
+        for (long n = 1;; n += n + 3) {
+            Process::Environment const noMemory{{"LD_PRELOAD", VELMORA_NO_MEMORY},
+                                                {"VELMORA_FAILING_NEW", std::to_string(n)}};
+            auto const result = runVelmora({"render", picture, "-o", view(), "--sharpen", "1"}, noMemory);
+            if (result.exitCode == 0) break;
+            ++failed;
+            EXPECT_TRUE(result.exitCode == 1 || result.exitCode == 8) << result.exitCode << result.err;
+            expectFailure(result, result.exitCode, {});
+            ASSERT_FALSE(HasFailure()) << n;
+        }
+        EXPECT_GT(failed, 5u);
+        std::filesystem::remove(view());
+    }
 }

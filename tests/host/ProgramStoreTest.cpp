@@ -287,3 +287,20 @@ TEST_F(ProgramStoreTest, AnInterruptedImportLeavesNothing) {
         expectFailure(process.wait(), 130, {"interrupted"});
     }
 }
+
+// Whatever has no memory, the program ends with one line and leaves nothing half made.
+TEST_F(ProgramStoreTest, AnImportShortOfMemoryEndsWithALine) {
+    std::size_t failed = 0;
+    for (long n = 1;; n += n / 4 + 1) {
+        auto const result = runVelmora({"import", image_, store_, "--tile", "64"},
+                                       {{"LD_PRELOAD", VELMORA_NO_MEMORY}, {"VELMORA_FAILING_NEW", std::to_string(n)}});
+        if (result.exitCode == 0) {
+            EXPECT_EQ(folder_.names(), (Names{"a.png", "a.store"}));
+            break;
+        }
+        ++failed;
+        expectFailure(result, 1, {"out of memory"});
+        ASSERT_FALSE(HasFailure()) << n;
+    }
+    EXPECT_GT(failed, 10u);
+}

@@ -135,49 +135,100 @@ TEST_F(FailingInstanceGLTest, TargetsAreRightAfterAnyFailure) {
     }
 }
 
-// The view itself goes on after the failure, and its tiles are rebuilt each time: those of the one place, which is flat,
-// go while the other is shown. Where the bands are kept they come from the instance's cache, else from the store.
-TEST_F(FailingInstanceGLTest, AViewGoesOnAfterAnyFailure) {
-    Picture picture = testpictures::picture(1200, 70, 1, 8, Content::Noise);
-    for (std::size_t y = 0; y < picture.height; ++y)
-        std::fill_n(&picture.bytes[y * picture.width], 800, std::uint8_t{90});
-    StoreInfo const info = import(picture);
-    auto const levels = levelsOf(picture, info.levels);
-    View const first = {Zoom::nearest(0.8, info.levels), 5, 5, 60, 50, false};
-    View const second = {Zoom(), 1050, 10, 60, 50, false};
-    std::vector<std::pair<View, Bytes>> const both = {{first, frameOf(levels, first)},
-                                                      {second, frameOf(levels, second)}};
-    for (std::size_t const bandBytes : {std::size_t{1}, kTileBudgetBytes}) {
-        Gles3RenderBackend backend(RenderBackend::RGBA32, bandBytes);
-        auto const failing = std::make_shared<FailingInstance>(backend.createInstance(context_), context_);
+namespace {
+
+// A picture of which two places are shown in turn. Tiles of the one, which is flat, go while the other is shown.
+class TwoPlacesGLTest : public FailingInstanceGLTest {
+protected:
+    struct Shown {
+        View view;
+        Bytes frame;
+    };
+
+    void SetUp() override {
+        Picture picture = testpictures::picture(1200, 70, 1, 8, Content::Noise);
+        for (std::size_t y = 0; y < picture.height; ++y)
+            std::fill_n(&picture.bytes[y * picture.width], 800, std::uint8_t{90});
+        StoreInfo const info = import(picture);
+        auto const levels = levelsOf(picture, info.levels);
+        for (View const& view :
+             {View{Zoom::nearest(0.8, info.levels), 5, 5, 60, 50, false}, View{Zoom(), 1050, 10, 60, 50, false}})
+            places_.push_back({view, frameOf(levels, view)});
+    }
+
+    // bandBytes: what the instance's cache keeps of what tiles are rebuilt from.
+    void open(std::size_t bandBytes) {
+        view_.reset();
+        poor_ = std::make_unique<Gles3RenderBackend>(RenderBackend::RGBA32, bandBytes);
+        failing_ = std::make_shared<FailingInstance>(poor_->createInstance(context_), context_);
         PictureView::Options small = options();
         small.gpuBytes = 1;
-        PictureView view(failing, path(), small);
-        auto const showBoth = [&] {
-            for (auto const& [wanted, frame] : both)
-                ASSERT_TRUE(completed(view, wanted) == frame);
-        };
-        bool const bandsStay = bandBytes > 1;
-        for (When const when :
-             bandsStay ? std::vector<When>{When::Before, When::Midway, When::After} : std::vector<When>{When::Before}) {
-            showBoth();
-            failing->failAt(0);
-            showBoth();
-            std::size_t const operations = failing->calls();
-            ASSERT_GT(operations, 100U);
-            for (std::size_t n = 1; n <= operations; ++n) {
-                failing->failAt(n, when);
-                for (auto const& [wanted, frame] : both) {
-                    try {
-                        completed(view, wanted);
-                    } catch (StandInFailure const&) {
-                        // The same view is asked for again.
-                        ASSERT_TRUE(completed(view, wanted) == frame) << n << " of " << operations << " failed";
-                    }
-                }
-                failing->failAt(0);
-                showBoth();
+        view_ = std::make_unique<PictureView>(failing_, path(), small);
+    }
+
+    void expectBoth() {
+        for (auto const& [wanted, frame] : places_)
+            ASSERT_TRUE(completed(*view_, wanted) == frame);
+    }
+
+    // Shows both, of which something fails; the same view is asked for again then. Whether it has failed.
+    bool showBoth(std::function<void()> const& stop) {
+        bool failed = false;
+        for (auto const& [wanted, frame] : places_) {
+            try {
+                completed(*view_, wanted);
+            } catch (std::exception const&) {
+                stop();
+                failed = true;
+                EXPECT_TRUE(completed(*view_, wanted) == frame);
             }
         }
+        stop();
+        return failed;
     }
+
+    std::vector<Shown> places_;
+    std::unique_ptr<Gles3RenderBackend> poor_;
+    std::unique_ptr<PictureView> view_;
+};
+
+} // namespace
+
+// The view itself goes on after the failure. Where the bands are kept its tiles are rebuilt from the instance's cache,
+// else from the store.
+TEST_F(TwoPlacesGLTest, AViewGoesOnAfterAnyFailure) {
+    for (auto const& [bandBytes, when] : std::vector<std::pair<std::size_t, When>>{{1, When::Before},
+                                                                                   {kTileBudgetBytes, When::Before},
+                                                                                   {kTileBudgetBytes, When::Midway},
+                                                                                   {kTileBudgetBytes, When::After}}) {
+        open(bandBytes);
+        expectBoth();
+        failing_->failAt(0);
+        expectBoth();
+        std::size_t const operations = failing_->calls();
+        ASSERT_GT(operations, 100U);
+        for (std::size_t n = 1; n <= operations; ++n) {
+            SCOPED_TRACE(std::to_string(n) + " of " + std::to_string(operations) + " fails");
+            failing_->failAt(n, when);
+            showBoth([&] { failing_->failAt(0); });
+            expectBoth();
+            ASSERT_FALSE(HasFailure());
+        }
+    }
+}
+
+TEST_F(TwoPlacesGLTest, AViewGoesOnAfterAnyFailureOfAnAllocation) {
+    open(kTileBudgetBytes);
+    expectBoth();
+    std::size_t failures = 0;
+    for (std::size_t n = 1;; n += isLongRun() ? 1 : n / 100 + 1) {
+        SCOPED_TRACE("allocation " + std::to_string(n) + " fails");
+        std::size_t reached = 0;
+        failing_allocations::failAt(n);
+        failures += showBoth([&] { reached = std::max(reached, failing_allocations::stop()); }) ? 1U : 0U;
+        expectBoth();
+        ASSERT_FALSE(HasFailure());
+        if (reached < n) break;
+    }
+    EXPECT_GT(failures, 100U);
 }
