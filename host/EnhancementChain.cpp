@@ -1,5 +1,6 @@
 #include "host/EnhancementChain.h"
 
+#include "host/DeepTexels.h"
 #include "host/FilterDescriptions.h"
 #include "host/HostError.h"
 #include "renderbackend/FilterParameters.h"
@@ -129,22 +130,21 @@ std::size_t EnhancementChain::requiredPartSide(std::vector<Step> const& steps) {
     return side;
 }
 
-std::vector<unsigned char> EnhancementChain::run(OwnedTarget input, unsigned depth, Region const& output) {
-    return texels(draw(std::move(input), depth, output), output);
-}
-
 OwnedTarget EnhancementChain::draw(OwnedTarget input, unsigned depth, Region const& output) {
     return finish({std::move(input), inputFor(output), depth}, output);
 }
 
 std::vector<unsigned char> EnhancementChain::run8(std::vector<unsigned char> const& rgba, Region const& output) {
     Region const region = inputFor(output);
-    return run(targets_.uploaded(Layout::kRgba8, sizeOf(region), rgba), kShownDepth, output);
+    return texels(draw(targets_.uploaded(Layout::kRgba8, sizeOf(region), rgba), kShownDepth, output), output);
 }
 
 std::vector<unsigned char> EnhancementChain::run15(Planes const& planes, Region const& output) {
-    Region const region = inputFor(output);
-    return run(interleaved(planes, evenSizeOf(region), nullptr), kPlaneDepth, output);
+    return texels(draw15(planes, output), output);
+}
+
+OwnedTarget EnhancementChain::draw15(Planes const& planes, Region const& output) {
+    return draw(interleaved(planes, evenSizeOf(inputFor(output)), nullptr), kPlaneDepth, output);
 }
 
 OwnedTarget EnhancementChain::finish(Part part, Region const& output) {
@@ -155,7 +155,7 @@ OwnedTarget EnhancementChain::finish(Part part, Region const& output) {
 }
 
 std::vector<unsigned char> EnhancementChain::texels(OwnedTarget const& target, Region const& output) const {
-    return targets_.read(target, Layout::kRgba8, sizeOf(output));
+    return targets_.read(target, Layout::kRgba8, {0, 0, output.width, output.height});
 }
 
 EnhancementChain::Part EnhancementChain::apply(Part part, Step const& step, Region const& output) {
@@ -281,11 +281,14 @@ EnhancementChain::Part EnhancementChain::atDepth(Part part, unsigned depth) {
     return mapped(part, description::filter3x3Matrix16(), depth, matrixParams(scaling));
 }
 
+// The upper byte, by a table that rounds (code - black) * 255 / (white - black). With s codes to a byte and the points below,
+// that is byte b from code b * s - 1 + (b - 0.5) / 255 on: b * s is the first whole one.
 EnhancementChain::Part EnhancementChain::shownAs8(Part part) {
     if (part.depth == kShownDepth) return part;
-    std::uint64_t const white = (std::uint64_t{1} << part.depth) - 1;
+    std::uint64_t const codesPerByte = std::uint64_t{1} << (part.depth - kShownDepth);
+    std::uint64_t const black = codesPerByte / 2 - 1;
     return mapped(part, description::filterLinear16TosRGB8(part.depth), kShownDepth,
-                  FilterLinear16TosRGB8Params(1.0, 0, white));
+                  FilterLinear16TosRGB8Params(1.0, black, black + 255 * codesPerByte + 1));
 }
 
 OwnedTarget EnhancementChain::interleaved(Planes const& planes, Size const& size, Truncate const* truncate) {
@@ -310,17 +313,10 @@ OwnedTarget EnhancementChain::interleaved(Planes const& planes, Size const& size
 }
 
 EnhancementChain::Planes EnhancementChain::planesOf(Part const& part) const {
-    // Where low and high bytes of the three channels stand in the bytes of a pixel.
-    constexpr std::size_t kNone = 99;
-    struct Place {
-        std::size_t low;
-        std::size_t high;
-    };
     bool const deep = part.depth != kShownDepth;
-    std::array<Place, 3> const places = deep ? std::array<Place, 3>{{{0, 1}, {2, 4}, {5, 6}}}
-                                             : std::array<Place, 3>{{{0, kNone}, {1, kNone}, {2, kNone}}};
-    std::size_t const pixelBytes = deep ? 8 : 4;
-    std::vector<unsigned char> const texels = targets_.read(part.target, layoutOf(part.depth), sizeOf(part.region));
+    std::size_t const pixelBytes = deep ? deeptexels::kPixelBytes : 4;
+    std::vector<unsigned char> const texels =
+        targets_.read(part.target, layoutOf(part.depth), {0, 0, part.region.width, part.region.height});
     Size const size = evenSizeOf(part.region);
     Planes planes;
     for (std::size_t channel = 0; channel < planes.size(); ++channel) {
@@ -330,8 +326,8 @@ EnhancementChain::Planes EnhancementChain::planesOf(Part const& part) const {
             for (std::size_t x = 0; x < part.region.width; ++x) {
                 unsigned char const* const pixel = &texels[(y * part.region.width + x) * pixelBytes];
                 unsigned char* const sample = &plane[2 * (y * size.width + x)];
-                sample[0] = pixel[places[channel].low];
-                if (deep) sample[1] = pixel[places[channel].high];
+                sample[0] = pixel[deep ? deeptexels::kPlaces[channel].low : channel];
+                if (deep) sample[1] = pixel[deeptexels::kPlaces[channel].high];
             }
         }
     }

@@ -14,7 +14,8 @@
 ///
 /// A picture of 8 bits lies as RGBA texels. One of 16 bits starts as three planes, which are interleaved, and lies as
 /// three 16-bit channels of 15 bits; sharpening takes it to 10 bits, which is what that filter sees, a matrix to 12 or
-/// what leaves its sums room. Tables and the equalisation end in 8 bits, and so does every chain.
+/// what leaves its sums room. Tables and the equalisation end in 8 bits, and so does every chain: what has more is shown as
+/// its upper byte.
 ///
 ///     what a step reads around its output        sharpening     2 pixels, beyond the picture its edge pixel again
 ///                                                equalising     to the next multiple of 40, and 40 more
@@ -52,6 +53,8 @@ public:
     /// samples: one more than the region's width where that is odd.
     using Planes = std::array<std::vector<unsigned char>, 3>;
     std::vector<unsigned char> run15(Planes const& planes, Region const& output);
+    /// The same as draw() gives it.
+    OwnedTarget draw15(Planes const& planes, Region const& output);
 
 private:
     // A part in a target.
@@ -63,7 +66,6 @@ private:
 
     Region around(Region const& output, enhancement::Step const& step) const;
     std::vector<Region> regionsUpTo(Region const& output) const;
-    std::vector<unsigned char> run(OwnedTarget input, unsigned depth, Region const& output);
     OwnedTarget finish(Part part, Region const& output);
     std::vector<unsigned char> texels(OwnedTarget const& target, Region const& output) const;
 

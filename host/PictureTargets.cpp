@@ -58,10 +58,11 @@ void PictureTargets::drawStored(OwnedTarget const& target, Layout layout, std::s
                          {area.x, area.y});
 }
 
-std::vector<unsigned char> PictureTargets::read(OwnedTarget const& target, Layout layout, Size const& size) const {
-    std::vector<unsigned char> texels(size.width * size.height * bytesOfPixel(layout));
+std::vector<unsigned char> PictureTargets::read(OwnedTarget const& target, Layout layout, Region const& part) const {
+    std::vector<unsigned char> texels(part.width * part.height * bytesOfPixel(layout));
+    std::size_t const firstTexel = layout == Layout::kPlane ? part.x / 2 : part.x * (layout == Layout::kDeep ? 2 : 1);
     std::size_t const written =
-        instance_->getPixels(texels.data(), texels.size(), target.id(), {0, size.width, 0, size.height});
+        instance_->getPixels(texels.data(), texels.size(), target.id(), {firstTexel, part.width, part.y, part.height});
     if (written != texels.size()) throw std::logic_error("the backend returned a picture of another size");
     return texels;
 }

@@ -50,8 +50,8 @@ public:
     /// Copies a part of a target to (x, y) of another, in pixels; of planes all numbers along x are even.
     void copy(Layout layout, OwnedTarget const& from, Region const& part, OwnedTarget const& to, std::size_t x,
               std::size_t y);
-    /// The texels' bytes, rows from the top.
-    std::vector<unsigned char> read(OwnedTarget const& target, Layout layout, Size const& size) const;
+    /// The bytes of a part's texels, rows from the top; of planes the part begins at an even column and has an even width.
+    std::vector<unsigned char> read(OwnedTarget const& target, Layout layout, Region const& part) const;
 
     /// The filter with its program, made at the first use and kept.
     Filter const& prepared(Filter const& description);

@@ -38,8 +38,9 @@ constexpr auto kExamples = R"(Examples:
   velmora render slide.tif -o small.tif --zoom 0.1 --smooth
   velmora render slide.store -o part.png -r 8000,6000,1920,1080 --zoom 0.5
 
-Filters run one after the other in the order given, each as often as it is given. A picture of
-16 bits ends in 8. A region is that part of the whole picture enhanced. Alpha stays as it is.)";
+Filters run one after the other in the order given, each as often as it is given. A region is
+that part of the whole picture enhanced. Alpha stays as it is. Of 16 bits filters look at 15, and
+end in 8; 16 bits are shown as their upper byte.)";
 
 struct Options {
     std::string image;

@@ -32,28 +32,33 @@ Region partRegion(StoreInfo const& info, PictureTile const& tile) {
 BandReader::BandReader(std::string const& storePath, std::shared_ptr<SampleCache> cache)
     : store_(storePath), cache_(std::move(cache)) {}
 
-std::vector<BandPart> BandReader::read(PictureTile const& tile) {
+std::vector<BandPart> BandReader::read(TileJob const& job) {
+    StoreInfo const& info = store_.info();
     std::vector<BandPart> parts;
-    for (std::size_t plane = 0; plane < store_.info().bands; ++plane) {
-        for (Band const band : bandsFor(store_.info(), tile))
-            parts.push_back(part(tile, band, plane));
+    for (std::size_t plane = 0; plane < info.bands; ++plane) {
+        if (job.what == TileJob::What::Residuals) {
+            parts.push_back(part({0, Band::Residual, plane, 0, 0}, picturetile::shownRegion(info, job.tile)));
+            continue;
+        }
+        for (Band const band : bandsFor(info, job.tile))
+            parts.push_back(part({bandLevel(info, job.tile), band, plane, 0, 0}, partRegion(info, job.tile)));
     }
     return parts;
 }
 
-BandPart BandReader::part(PictureTile const& tile, Band band, std::size_t plane) {
+// A region of a band; of the address column and row do not count.
+BandPart BandReader::part(TileAddress const& of, Region const& region) {
     StoreInfo const& info = store_.info();
-    BandPart part = {band, plane, partRegion(info, tile), std::nullopt, {}};
+    BandPart part = {of.band, of.plane, region, std::nullopt, {}};
     std::size_t const side = info.tileSize;
-    std::size_t const level = bandLevel(info, tile);
-    Extent const tiles = storegeometry::tileCount(info, level);
+    Extent const tiles = storegeometry::tileCount(info, of.level);
     std::vector<TileAddress> addresses;
     std::vector<std::optional<std::int16_t>> values;
     Region const& cells = part.region;
     for (std::size_t row = cells.y / side; row < tiles.height && row * side < cells.y + cells.height; ++row) {
         for (std::size_t column = cells.x / side; column < tiles.width && column * side < cells.x + cells.width;
              ++column) {
-            addresses.push_back({level, band, plane, column, row});
+            addresses.push_back({of.level, of.band, of.plane, column, row});
             values.push_back(store_.uniformValue(addresses.back()));
         }
     }

@@ -11,7 +11,20 @@
 #include <string>
 #include <vector>
 
-/// The part of a band that a picture tile is rebuilt from.
+/// What is read at once.
+struct TileJob {
+    enum class What {
+        Bands,    ///< that the tile is rebuilt from
+        Residuals ///< the residual bits of a tile of level 0, of the picture's own bands
+    };
+
+    PictureTile tile;
+    What what = What::Bands;
+
+    bool operator==(TileJob const& other) const { return tile == other.tile && what == other.what; }
+};
+
+/// The part of a band that a picture tile is rebuilt from, or that holds its residual bits.
 struct BandPart {
     Band band = Band::LL;
     std::size_t plane = 0;
@@ -31,11 +44,11 @@ class BandReader {
 public:
     BandReader(std::string const& storePath, std::shared_ptr<SampleCache> cache);
 
-    /// Plane by plane, the bands of each as bandsFor() says.
-    std::vector<BandPart> read(PictureTile const& tile);
+    /// Plane by plane, the bands of each as bandsFor() says; of residual bits one part a band of the picture.
+    std::vector<BandPart> read(TileJob const& job);
 
 private:
-    BandPart part(PictureTile const& tile, Band band, std::size_t plane);
+    BandPart part(TileAddress const& of, Region const& region);
     void put(BandPart& part, TileAddress const& address, std::optional<std::int16_t> value);
     SampleCache::Samples samples(TileAddress const& address);
 

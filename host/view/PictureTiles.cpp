@@ -99,9 +99,9 @@ void PictureTiles::build(LoadedTile const& loaded) {
     std::vector<Value> values;
     std::transform(loaded.parts.begin(), loaded.parts.end(), std::back_inserter(values),
                    [](BandPart const& part) { return part.value; });
-    std::vector<std::size_t> const ids = bandIds(loaded.tile, values);
+    std::vector<std::size_t> const ids = bandIds(loaded.job.tile, values);
     // Until all of it is there, it is as if nothing were.
-    known_.erase(loaded.tile);
+    known_.erase(loaded.job.tile);
     std::size_t next = 0;
     BandLock const lock(*instance_, ids);
     for (BandPart const& part : loaded.parts) {
@@ -110,8 +110,8 @@ void PictureTiles::build(LoadedTile const& loaded) {
         instance_->setTile(id, part.bytes, {part.region.width, part.region.height, 1}, 0);
         instance_->lockTile(id);
     }
-    make(loaded.tile, values);
-    known_.emplace(loaded.tile, std::move(values));
+    make(loaded.job.tile, values);
+    known_.emplace(loaded.job.tile, std::move(values));
 }
 
 void PictureTiles::rebuild(PictureTile const& tile) {

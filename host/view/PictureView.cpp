@@ -33,7 +33,8 @@ struct PictureView::State {
           cache(std::make_shared<SampleCache>(chosen.hostBytes)),
           targets(gl),
           rebuilt(gl, targets, info),
-          shown(gl, targets, rebuilt, info),
+          deep(targets, rebuilt, info),
+          shown(gl, targets, rebuilt, deep, info),
           composer(gl, targets, shown, info),
           emptyAreas(gl, store),
           mask(gl, targets, emptyAreas, info),
@@ -45,18 +46,20 @@ struct PictureView::State {
         // What was read for another view and is not wanted now would only take room.
         for (auto loaded = waiting.begin(); loaded != waiting.end();)
             loaded = wanted.needed.count(loaded->first) == 0 ? waiting.erase(loaded) : std::next(loaded);
+        deep.keepOnly(wanted.residuals);
         request();
         settled = true;
     }
 
     // Tiles that no thread has read yet and that need one.
     void request() {
-        std::vector<PictureTile> missing;
-        std::copy_if(wanted.rebuilt.begin(), wanted.rebuilt.end(), std::back_inserter(missing),
-                     [this](PictureTile const& tile) {
-                         return !rebuilt.has(tile) && waiting.count(tile) == 0 && !emptyAreas.empty(tile) &&
-                                !rebuilt.hasBands(tile);
-                     });
+        std::vector<TileJob> missing;
+        for (PictureTile const& tile : wanted.rebuilt) {
+            if (!rebuilt.has(tile) && waiting.count(tile) == 0 && !emptyAreas.empty(tile) && !rebuilt.hasBands(tile))
+                missing.push_back({tile, TileJob::What::Bands});
+            if (wanted.residuals.count(tile) != 0 && !deep.hasResiduals(tile))
+                missing.push_back({tile, TileJob::What::Residuals});
+        }
         loader.want(missing);
     }
 
@@ -66,8 +69,12 @@ struct PictureView::State {
             auto loaded = loader.take();
             if (!loaded) return;
             if (loaded->failure) std::rethrow_exception(loaded->failure);
-            PictureTile const tile = loaded->tile;
-            if (wanted.needed.count(tile) != 0 && !rebuilt.has(tile)) waiting.emplace(tile, std::move(loaded));
+            PictureTile const tile = loaded->job.tile;
+            if (loaded->job.what == TileJob::What::Residuals) {
+                if (wanted.residuals.count(tile) != 0) deep.keep(std::move(*loaded));
+            } else if (wanted.needed.count(tile) != 0 && !rebuilt.has(tile)) {
+                waiting.emplace(tile, std::move(loaded));
+            }
         }
     }
 
@@ -98,7 +105,10 @@ struct PictureView::State {
     bool enhance(PictureTile const& tile) {
         if (shown.has(tile)) return false;
         auto const sources = shown.sources(tile);
-        if (!std::all_of(sources.begin(), sources.end(), [this](auto const& source) { return rebuilt.has(source); }))
+        auto const residuals = shown.residualSources(tile);
+        if (!std::all_of(sources.begin(), sources.end(), [this](auto const& one) { return rebuilt.has(one); }) ||
+            !std::all_of(residuals.begin(), residuals.end(),
+                         [this](auto const& one) { return deep.hasResiduals(one); }))
             return false;
         shown.build(tile);
         return true;
@@ -189,6 +199,7 @@ struct PictureView::State {
     std::shared_ptr<SampleCache> cache;
     PictureTargets targets;
     PictureTiles rebuilt;
+    LevelSamples deep; // of pictures of 16 bits
     ShownTiles shown;
     FrameComposer composer;
     EmptyAreas emptyAreas;
@@ -266,7 +277,7 @@ std::size_t PictureView::frame() {
 std::vector<std::uint8_t> PictureView::pixels() {
     if (state_->drawsNothing()) return {};
     frame();
-    auto rgba = state_->targets.read(*state_->frame, Layout::kRgba8, {state_->view.width, state_->view.height});
+    auto rgba = state_->targets.read(*state_->frame, Layout::kRgba8, {0, 0, state_->view.width, state_->view.height});
     if (pixelbands::hasAlpha(state_->info.bands) && complete()) state_->putAlpha(rgba);
     return rgba;
 }

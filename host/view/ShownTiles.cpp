@@ -5,10 +5,11 @@
 using Layout = PictureTargets::Layout;
 
 ShownTiles::ShownTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, PictureTiles& tiles,
-                       StoreInfo const& info)
+                       LevelSamples& samples, StoreInfo const& info)
     : instance_(std::move(instance)),
       targets_(targets),
       rebuilt_(tiles),
+      samples_(samples),
       info_(info),
       pieceSide_(EnhancementChain::requiredPartSide({})) {}
 
@@ -53,6 +54,11 @@ std::vector<PictureTile> ShownTiles::sources(PictureTile const& tile) {
     return picturetile::over(tile.level, chain(tile.level).inputFor(picturetile::shownRegion(info_, tile)));
 }
 
+std::vector<PictureTile> ShownTiles::residualSources(PictureTile const& tile) {
+    bool const needed = tile.level == 0 && info_.residualBits > 0 && !steps_.empty();
+    return needed ? sources(tile) : std::vector<PictureTile>();
+}
+
 bool ShownTiles::has(PictureTile const& tile) const {
     return asRebuilt() ? rebuilt_.has(tile) : tiles_.has(tile);
 }
@@ -63,15 +69,22 @@ OwnedTarget const* ShownTiles::texels(PictureTile const& tile) {
 
 void ShownTiles::build(PictureTile const& tile) {
     if (asRebuilt()) return;
-    EnhancementChain& steps = chain(tile.level);
     Region const all = picturetile::shownRegion(info_, tile);
     OwnedTarget result = targets_.target(Layout::kRgba8, {all.width, all.height});
     for (Region const& piece : pieces(tile)) {
-        OwnedTarget const drawn = steps.draw(input(tile.level, steps.inputFor(piece)), rebuilt_.depth(), piece);
-        targets_.copy(Layout::kRgba8, drawn, {0, 0, piece.width, piece.height}, result, piece.x - all.x,
+        targets_.copy(Layout::kRgba8, drawn(tile, piece), {0, 0, piece.width, piece.height}, result, piece.x - all.x,
                       piece.y - all.y);
     }
     tiles_.keep(tile, std::move(result), all.width * all.height * 4);
+}
+
+OwnedTarget ShownTiles::drawn(PictureTile const& tile, Region const& piece) {
+    EnhancementChain& steps = chain(tile.level);
+    Region const region = steps.inputFor(piece);
+    bool const deep = rebuilt_.layout() == Layout::kDeep;
+    // Shown as they are, 16 bits need no more than their upper ones.
+    if (deep && !steps_.empty()) return steps.draw15(samples_.planes(tile.level, region), piece);
+    return steps.draw(input(tile.level, region), rebuilt_.depth(), piece);
 }
 
 // The pixels of a level's region, out of its rebuilt tiles.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/EnhancementChain.h"
+#include "host/view/LevelSamples.h"
 #include "host/view/PictureTiles.h"
 
 #include <cstddef>
@@ -14,15 +15,17 @@
 class ShownTiles {
 public:
     ShownTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, PictureTiles& tiles,
-               StoreInfo const& info);
+               LevelSamples& samples, StoreInfo const& info);
 
     /// The enhancements from now on; drops all tiles. Throws HostError (usage) where they read too much around a pixel.
     void enhance(std::vector<enhancement::Step> const& steps);
 
     /// The rebuilt tiles that one is made of: itself and, where an enhancement reads around a pixel, its neighbours.
     std::vector<PictureTile> sources(PictureTile const& tile);
+    /// Those of them whose residual bits are needed besides: enhancements of 16 bits look at 15.
+    std::vector<PictureTile> residualSources(PictureTile const& tile);
     bool has(PictureTile const& tile) const;
-    /// Its sources are there.
+    /// Its sources are there, and their residual bits.
     void build(PictureTile const& tile);
     /// RGBA texels of picturetile::shownRegion(), in the target's upper left corner; null where the tile is not there.
     OwnedTarget const* texels(PictureTile const& tile);
@@ -34,11 +37,13 @@ private:
     bool asRebuilt() const;
     EnhancementChain& chain(std::size_t level);
     std::vector<Region> pieces(PictureTile const& tile) const;
+    OwnedTarget drawn(PictureTile const& tile, Region const& piece);
     OwnedTarget input(std::size_t level, Region const& region);
 
     std::shared_ptr<RenderBackendInstance> instance_;
     PictureTargets& targets_;
     PictureTiles& rebuilt_;
+    LevelSamples& samples_;
     StoreInfo info_;
     std::vector<enhancement::Step> steps_;
     std::size_t pieceSide_;

@@ -22,22 +22,22 @@ TileLoader::~TileLoader() {
         thread.join();
 }
 
-void TileLoader::want(std::vector<PictureTile> const& tiles) {
+void TileLoader::want(std::vector<TileJob> const& jobs) {
     Tiles wanted;
     {
         std::lock_guard<std::mutex> const lock(mutex_);
-        for (PictureTile const& tile : tiles) {
-            if (isTaken(tile)) continue;
+        for (TileJob const& job : jobs) {
+            if (isTaken(job)) continue;
             wanted.push_back(std::make_unique<LoadedTile>());
-            wanted.back()->tile = tile;
+            wanted.back()->job = job;
         }
         waiting_.swap(wanted);
     }
     workWaits_.notify_all();
 }
 
-bool TileLoader::isTaken(PictureTile const& tile) const {
-    auto const isIt = [&](std::unique_ptr<LoadedTile> const& one) { return one->tile == tile; };
+bool TileLoader::isTaken(TileJob const& job) const {
+    auto const isIt = [&](std::unique_ptr<LoadedTile> const& one) { return one->job == job; };
     return std::any_of(inWork_.begin(), inWork_.end(), isIt) || std::any_of(finished_.begin(), finished_.end(), isIt);
 }
 
@@ -81,7 +81,7 @@ void TileLoader::readNext(BandReader& reader, std::unique_lock<std::mutex>& lock
     LoadedTile& tile = **next;
     lock.unlock();
     try {
-        tile.parts = reader.read(tile.tile);
+        tile.parts = reader.read(tile.job);
     } catch (...) {
         tile.failure = std::current_exception();
     }

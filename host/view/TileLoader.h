@@ -14,7 +14,7 @@
 #include <vector>
 
 struct LoadedTile {
-    PictureTile tile;
+    TileJob job;
     std::vector<BandPart> parts;
     std::exception_ptr failure; ///< what kept the tile from being read; empty: nothing
 };
@@ -39,7 +39,7 @@ public:
 
     /// The tiles to read, the first one first, in place of those that still wait. Tiles that are in work or finished stay
     /// so and are not read twice. Where it throws, what waited before still waits.
-    void want(std::vector<PictureTile> const& tiles);
+    void want(std::vector<TileJob> const& jobs);
     /// A tile that is finished, the one that was finished first, or that could not be read; empty where there is none.
     /// Such a tile may be wanted again.
     std::unique_ptr<LoadedTile> take();
@@ -57,7 +57,7 @@ private:
     void work(BandReader& reader);
     void readNext(BandReader& reader, std::unique_lock<std::mutex>& lock);
     bool mayRead() const { return !waiting_.empty() && finished_.size() < kFinishedTiles; }
-    bool isTaken(PictureTile const& tile) const;
+    bool isTaken(TileJob const& job) const;
 
     mutable std::mutex mutex_;
     std::condition_variable workWaits_; // or closed_

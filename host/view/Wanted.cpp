@@ -48,6 +48,8 @@ Wanted wantedFor(StoreInfo const& info, View const& view, ShownTiles& tiles, boo
     for (PictureTile const& tile : all) {
         auto const sources = tiles.sources(tile);
         wanted.needed.insert(sources.begin(), sources.end());
+        auto const residuals = tiles.residualSources(tile);
+        wanted.residuals.insert(residuals.begin(), residuals.end());
     }
     addParents(wanted.needed, info.levels);
     Point const middle = {static_cast<double>(samples.x) + static_cast<double>(samples.width) / 2,

@@ -12,6 +12,7 @@ struct Wanted {
     std::vector<PictureTile> shown;   ///< of the view's level
     std::vector<PictureTile> coarser; ///< shown until those are there; the coarsest level first
     std::set<PictureTile> needed;     ///< rebuilt ones
+    std::set<PictureTile> residuals;  ///< those of them whose residual bits are needed too
     std::set<PictureTile> neededShown;
 };
 

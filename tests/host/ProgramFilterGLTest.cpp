@@ -246,8 +246,18 @@ Texels lookedUp(reference::Planes3 const& planes, reference::ByteTable const& ta
     return tableLookup16(reference::packThreeChannel16(planes), table);
 }
 
+// The upper byte of so many bits.
 Texels shown(reference::Planes3 const& planes, unsigned depth) {
-    return lookedUp(planes, reference::gammaTable(depth, 1.0, 0, (std::uint64_t{1} << depth) - 1));
+    reference::ByteTable table(std::size_t{1} << depth);
+    for (std::size_t code = 0; code < table.size(); ++code)
+        table[code] = static_cast<std::uint8_t>(code >> (depth - 8));
+    return lookedUp(planes, table);
+}
+
+reference::Planes3 sharpened16(reference::Planes3 planes, int gainIn32nds) {
+    for (auto& plane : planes)
+        plane = reference::sharpness16(plane, gainIn32nds, 5);
+    return planes;
 }
 
 // Divided by a power of two and rounded.
@@ -269,12 +279,10 @@ TEST_F(ProgramDeepFilterGLTest, EachFilterIsExact) {
         });
         expectDeepModel({"--srgb"},
                         [](reference::Planes3 const& planes) { return lookedUp(planes, reference::srgbTable(15)); });
-        expectDeepModel({"--sharpen", "2"}, [](reference::Planes3 const& planes) {
-            reference::Planes3 sharp = atDepth(planes, 15, 10);
-            for (auto& plane : sharp)
-                plane = reference::sharpness16(plane, 2.0, 0);
-            return shown(sharp, 10);
-        });
+        for (auto const& [gain, gainIn32nds] : std::vector<std::pair<std::string, int>>{{"2", 64}})
+            expectDeepModel({"--sharpen", gain}, [gainIn32nds = gainIn32nds](reference::Planes3 const& planes) {
+                return shown(sharpened16(atDepth(planes, 15, 10), gainIn32nds), 10);
+            });
         expectDeepModel({"--clahe", "3"},
                         [](reference::Planes3 const& planes) { return equalised(shown(planes, 15), 3.0); });
         // Nine bits of the file's 16 are eight of the chain's 15.
@@ -306,9 +314,7 @@ TEST_F(ProgramDeepFilterGLTest, ChainsGoOnIn8BitsAfterATable) {
     writeDeepPicture(3, 203, 60);
     expectDeepModel({"--sharpen", "1", "--gamma", "2.2,0,65535", "--sharpen", "0.5", "--truncate", "1"},
                     [](reference::Planes3 const& planes) {
-                        reference::Planes3 sharp = atDepth(planes, 15, 10);
-                        for (auto& plane : sharp)
-                            plane = reference::sharpness16(plane, 1.0, 0);
+                        reference::Planes3 const sharp = sharpened16(atDepth(planes, 15, 10), 32);
                         Texels const toned = lookedUp(sharp, reference::gammaTable(10, 2.2, 0, 1023));
                         return truncated(sharpened(toned, 0.5), 1, false);
                     });

@@ -1,7 +1,6 @@
 #include "tests/host/store/LevelModel.h"
 
 #include "reference/Integers.h"
-#include "reference/ToneTables.h"
 #include "reference/YCoCgR.h"
 #include "tests/host/store/WaveletModel.h"
 
@@ -43,55 +42,67 @@ std::vector<Plane> planesOf(Picture const& picture) {
     return planes;
 }
 
-std::uint8_t shown(std::int64_t code, std::size_t bits) {
-    if (bits == 8) return reference::clampToByte(code);
-    static reference::ByteTable const table = reference::gammaTable(13, 1.0, 0, 8191);
-    return table[static_cast<std::size_t>(std::clamp<std::int64_t>(code, 0, 8191))];
+void toRgb(std::vector<std::int64_t>& samples) {
+    auto const whole = [&](std::size_t k) { return static_cast<std::int32_t>(samples[k]); };
+    reference::Rgb const rgb = reference::rgbFromYCoCg({whole(0), whole(1), whole(2)});
+    samples[0] = rgb.r;
+    samples[1] = rgb.g;
+    samples[2] = rgb.b;
 }
 
-void appendPixel(Bytes& bytes, std::vector<std::int64_t>& samples, std::size_t bits) {
-    if (samples.size() >= 3) {
-        auto const whole = [&](std::size_t k) { return static_cast<std::int32_t>(samples[k]); };
-        reference::Rgb const rgb = reference::rgbFromYCoCg({whole(0), whole(1), whole(2)});
-        samples[0] = rgb.r;
-        samples[1] = rgb.g;
-        samples[2] = rgb.b;
-    }
-    bool const alpha = samples.size() % 2 == 0;
-    for (std::size_t band = 0; band < samples.size(); ++band) {
-        bool const isAlpha = alpha && band + 1 == samples.size();
-        bytes.push_back(isAlpha && bits == 16 ? reference::clampToByte(samples[band] >> 5)
-                                              : shown(samples[band], bits));
-    }
-}
+// What is stored of samples, interleaved; of planes of any size, which go on mirrored beyond their ends, the first width x
+// height samples.
+using Interleaved = std::vector<std::int64_t>;
 
-// The first width x height samples of planes of any size, which go on mirrored beyond their ends.
-Bytes shown(std::vector<Plane> const& planes, std::int64_t width, std::int64_t height, std::size_t bits) {
-    Bytes bytes;
+Interleaved interleaved(std::vector<Plane> const& planes, std::int64_t width, std::int64_t height) {
+    Interleaved all;
     std::vector<std::int64_t> samples(planes.size());
     for (std::int64_t y = 0; y < height; ++y) {
         for (std::int64_t x = 0; x < width; ++x) {
             std::transform(planes.begin(), planes.end(), samples.begin(),
                            [=](Plane const& plane) { return plane.at(x, y); });
-            appendPixel(bytes, samples, bits);
+            if (samples.size() >= 3) toRgb(samples);
+            all.insert(all.end(), samples.begin(), samples.end());
         }
     }
-    return bytes;
+    return all;
 }
 
-} // namespace
-
-std::vector<Bytes> levelmodel::levelsOf(Picture const& picture, std::size_t levels) {
+std::vector<Interleaved> storedLevels(Picture const& picture, std::size_t levels) {
     std::vector<Plane> planes = planesOf(picture);
     auto width = static_cast<std::int64_t>(picture.width);
     auto height = static_cast<std::int64_t>(picture.height);
-    std::vector<Bytes> result = {shown(planes, width, height, picture.bits)};
+    std::vector<Interleaved> result = {interleaved(planes, width, height)};
     while (result.size() <= levels) {
         // Each level is the low band of the finer one.
         std::transform(planes.begin(), planes.end(), planes.begin(), waveletmodel::coarser);
         width = (width + 1) / 2;
         height = (height + 1) / 2;
-        result.push_back(shown(planes, width, height, picture.bits));
+        result.push_back(interleaved(planes, width, height));
     }
+    return result;
+}
+
+} // namespace
+
+std::vector<Bytes> levelmodel::levelsOf(Picture const& picture, std::size_t levels) {
+    std::vector<Bytes> result;
+    for (Interleaved const& samples : storedLevels(picture, levels)) {
+        Bytes& bytes = result.emplace_back();
+        for (std::int64_t const sample : samples) // of 16 bits the upper byte
+            bytes.push_back(reference::clampToByte(picture.bits == 8 ? sample : sample >> (8 - kResidualBits)));
+    }
+    return result;
+}
+
+std::vector<std::vector<std::uint16_t>> levelmodel::codesOf(Picture const& picture, std::size_t levels) {
+    std::vector<std::vector<std::uint16_t>> result;
+    for (Interleaved const& samples : storedLevels(picture, levels)) {
+        auto& codes = result.emplace_back();
+        for (std::int64_t const sample : samples)
+            codes.push_back(static_cast<std::uint16_t>(std::clamp<std::int64_t>(sample, 0, 65535 >> kResidualBits)
+                                                       << kResidualBits));
+    }
+    std::copy_n(picture.bytes.begin(), picture.bytes.size(), reinterpret_cast<std::uint8_t*>(result[0].data()));
     return result;
 }

@@ -16,4 +16,8 @@ constexpr std::size_t kResidualBits = 3;
 /// up.
 std::vector<std::vector<std::uint8_t>> levelsOf(testpictures::Picture const& picture, std::size_t levels);
 
+/// The same of a picture of 16 bits, as codes of 16 bits: those of coarser levels, which know of the upper bits only, have
+/// lower bits of 0 and end where the picture's do.
+std::vector<std::vector<std::uint16_t>> codesOf(testpictures::Picture const& picture, std::size_t levels);
+
 } // namespace levelmodel

@@ -121,7 +121,7 @@ TEST_F(FailingInstanceGLTest, TargetsAreRightAfterAnyFailure) {
     OwnedTarget const target = targets.target(Layout::kRgba8, {20, 20});
     auto const draw = [&](std::vector<unsigned char> const& pixels, PictureTargets::Size const& size) {
         targets.draw(target, Layout::kRgba8, size, pixels, {0, 0, 20, 20});
-        return targets.read(target, Layout::kRgba8, {20, 20});
+        return targets.read(target, Layout::kRgba8, {0, 0, 20, 20});
     };
     EXPECT_TRUE(draw(large, {20, 20}) == large);
     for (When const when : {When::Before, When::Midway, When::After}) {

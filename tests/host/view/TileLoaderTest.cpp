@@ -46,6 +46,13 @@ protected:
     TemporaryFolder folder_;
 };
 
+std::vector<TileJob> bandsOf(std::vector<PictureTile> const& tiles) {
+    std::vector<TileJob> jobs;
+    for (PictureTile const& tile : tiles)
+        jobs.push_back({tile});
+    return jobs;
+}
+
 // A sample of a band, looked up in the store's tiles one by one.
 std::int16_t sampleOf(TileStore& store, std::size_t level, BandPart const& part, std::size_t x, std::size_t y) {
     std::size_t const side = store.info().tileSize;
@@ -53,7 +60,7 @@ std::int16_t sampleOf(TileStore& store, std::size_t level, BandPart const& part,
 }
 
 void expectPartsOf(TileStore& store, LoadedTile const& tile) {
-    std::size_t const level = std::min(tile.tile.level + 1, store.info().levels);
+    std::size_t const level = std::min(tile.job.tile.level + 1, store.info().levels);
     for (BandPart const& part : tile.parts) {
         // Some of them: each look-up decompresses a tile.
         for (std::size_t y = 0; y < part.region.height; y += 7) {
@@ -80,11 +87,11 @@ TEST_F(TileLoaderTest, EveryTileComesOnceWithTheSamplesOfTheStore) {
             auto const tiles = tilesOf(info, level);
             wanted.insert(wanted.end(), tiles.begin(), tiles.end());
         }
-        loader.want(wanted);
+        loader.want(bandsOf(wanted));
         std::set<PictureTile> got;
         while (auto const tile = next(loader)) {
-            EXPECT_TRUE(got.insert(tile->tile).second);
-            EXPECT_EQ(tile->parts.size(), tile->tile.level == info.levels ? 3U : 9U);
+            EXPECT_TRUE(got.insert(tile->job.tile).second);
+            EXPECT_EQ(tile->parts.size(), tile->job.tile.level == info.levels ? 3U : 9U);
             if (threads == 1) expectPartsOf(store, *tile);
         }
         EXPECT_EQ(got, std::set<PictureTile>(wanted.begin(), wanted.end()));
@@ -96,9 +103,9 @@ TEST_F(TileLoaderTest, OneThreadReadsInTheOrderThatIsWanted) {
     auto wanted = tilesOf(info, 0);
     std::swap(wanted[0], wanted[3]);
     TileLoader loader(path(), 1, cache());
-    loader.want(wanted);
+    loader.want(bandsOf(wanted));
     for (PictureTile const& tile : wanted)
-        EXPECT_TRUE(next(loader)->tile == tile);
+        EXPECT_TRUE(next(loader)->job.tile == tile);
 }
 
 TEST_F(TileLoaderTest, WhatWaitsIsDroppedWhenOtherTilesAreWanted) {
@@ -106,14 +113,14 @@ TEST_F(TileLoaderTest, WhatWaitsIsDroppedWhenOtherTilesAreWanted) {
     auto const many = tilesOf(info, 0);
     ASSERT_GT(many.size(), 100U);
     TileLoader loader(path(), 1, cache());
-    loader.want(many);
+    loader.want(bandsOf(many));
     // The thread rests when so many are finished that nobody has taken.
     while (loader.pending() < many.size())
         loader.wait(1ms);
     PictureTile const other = tilesOf(info, 1).front();
-    loader.want({other});
+    loader.want(bandsOf({other}));
     std::size_t before = 0;
-    while (!(next(loader)->tile == other))
+    while (!(next(loader)->job.tile == other))
         ++before;
     EXPECT_LE(before, 17U);
     EXPECT_EQ(next(loader), nullptr);
@@ -124,7 +131,7 @@ TEST_F(TileLoaderTest, TilesThatAreFinishedAreNotReadAgain) {
     auto const tiles = tilesOf(info, 0);
     TileLoader loader(path(), 2, cache());
     for (int i = 0; i < 50; ++i)
-        loader.want(tiles);
+        loader.want(bandsOf(tiles));
     std::size_t count = 0;
     while (next(loader))
         ++count;
@@ -138,11 +145,11 @@ TEST_F(TileLoaderTest, TilesThatCannotBeReadComeOutWithTheFailure) {
     auto const tiles = tilesOf(info, 0);
     TileLoader loader(path(), 2, cache());
     for (int again = 0; again < 2; ++again) {
-        loader.want(tiles);
+        loader.want(bandsOf(tiles));
         std::set<PictureTile> got;
         std::size_t failed = 0;
         while (auto const tile = next(loader)) {
-            EXPECT_TRUE(got.insert(tile->tile).second);
+            EXPECT_TRUE(got.insert(tile->job.tile).second);
             if (!tile->failure) continue;
             ++failed;
             EXPECT_TRUE(tile->parts.empty());
@@ -164,15 +171,15 @@ TEST_F(TileLoaderTest, TheThreadsThatTheSystemGivesDoTheWork) {
             EXPECT_EQ(ThreadLimit::refused(), 1U);
         }
         EXPECT_EQ(loader->threads(), given);
-        loader->want(tiles);
+        loader->want(bandsOf(tiles));
         std::set<PictureTile> got;
         while (auto const tile = next(*loader)) {
             EXPECT_FALSE(tile->failure);
-            got.insert(tile->tile);
+            got.insert(tile->job.tile);
         }
         EXPECT_EQ(got, std::set<PictureTile>(tiles.begin(), tiles.end())) << given;
-        loader->wait(100000ms); // returns: nothing is in work
-        loader->want(tiles);    // and goes while tiles wait
+        loader->wait(100000ms);       // returns: nothing is in work
+        loader->want(bandsOf(tiles)); // and goes while tiles wait
     }
 }
 
@@ -180,7 +187,7 @@ TEST_F(TileLoaderTest, ALoaderGoesWhileTilesWait) {
     StoreInfo const info = import(testpictures::picture(3000, 3000, 1, 8, Content::Noise), 256);
     for (int i = 0; i < 10; ++i) {
         TileLoader loader(path(), 4, cache());
-        loader.want(tilesOf(info, 0));
+        loader.want(bandsOf(tilesOf(info, 0)));
         loader.wait(std::chrono::milliseconds(i));
     }
     TileLoader idle(path(), 4, cache());
@@ -196,11 +203,11 @@ TEST_F(TileLoaderTest, CacheKeepsNoMoreThanItsBudget) {
     import(testpictures::picture(700, 530, 3, 8, Content::Noise), 64);
     auto const small = cache(20000);
     BandReader reader(path(), small);
-    auto const first = reader.read({0, 0, 0});
+    auto const first = reader.read({{0, 0, 0}});
     EXPECT_GT(small->bytes(), 0U);
     EXPECT_LE(small->bytes(), 20000U);
     BandReader roomy(path(), cache());
-    auto const second = roomy.read({0, 0, 0});
+    auto const second = roomy.read({{0, 0, 0}});
     ASSERT_EQ(first.size(), second.size());
     for (std::size_t i = 0; i < first.size(); ++i)
         EXPECT_EQ(first[i].bytes, second[i].bytes);
@@ -209,7 +216,7 @@ TEST_F(TileLoaderTest, CacheKeepsNoMoreThanItsBudget) {
 TEST_F(TileLoaderTest, FlatAreasAreOneValueWithoutSamples) {
     import(testpictures::picture(700, 530, 3, 8, Content::Flat), 64);
     BandReader reader(path(), cache());
-    for (BandPart const& part : reader.read({0, 0, 0})) {
+    for (BandPart const& part : reader.read({{0, 0, 0}})) {
         EXPECT_EQ(part.value, 0);
         EXPECT_TRUE(part.bytes.empty());
     }

@@ -1,0 +1,103 @@
+#include "host/view/LevelSamples.h"
+
+#include "host/DeepTexels.h"
+#include "host/PixelBands.h"
+
+#include <algorithm>
+
+namespace {
+
+using Layout = PictureTargets::Layout;
+
+std::int16_t sampleAt(std::vector<unsigned char> const& bytes, std::size_t index) {
+    return static_cast<std::int16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8U);
+}
+
+} // namespace
+
+LevelSamples::LevelSamples(PictureTargets& targets, PictureTiles& tiles, StoreInfo const& info)
+    : targets_(targets), tiles_(tiles), info_(info) {}
+
+void LevelSamples::keep(LoadedTile&& loaded) {
+    residuals_[loaded.job.tile] = std::move(loaded.parts);
+}
+
+void LevelSamples::keepOnly(std::set<PictureTile> const& tiles) {
+    for (auto kept = residuals_.begin(); kept != residuals_.end();)
+        kept = tiles.count(kept->first) == 0 ? residuals_.erase(kept) : std::next(kept);
+}
+
+std::vector<std::uint16_t> LevelSamples::codes(std::size_t level, Region const& region, std::size_t bands) {
+    Codes result = {region, bands, std::vector<std::uint16_t>(region.width * region.height * bands)};
+    for (PictureTile const& tile : picturetile::over(level, region)) {
+        Region const part = common(picturetile::shownRegion(info_, tile), region);
+        putColours(result, tile, part);
+        if (bands > 1 && bands == info_.bands && pixelbands::hasAlpha(bands)) putAlpha(result, tile, part);
+        if (level == 0 && info_.residualBits > 0) addResiduals(result, tile, part);
+    }
+    return std::move(result.codes);
+}
+
+EnhancementChain::Planes LevelSamples::planes(std::size_t level, Region const& region) {
+    std::size_t const bands = pixelbands::isGrey(info_.bands) ? 1 : 3;
+    std::vector<std::uint16_t> const all = codes(level, region, bands);
+    std::size_t const even = region.width + region.width % 2;
+    EnhancementChain::Planes planes;
+    for (std::size_t channel = 0; channel < planes.size(); ++channel) {
+        planes[channel].resize(2 * even * region.height);
+        for (std::size_t y = 0; y < region.height; ++y) {
+            for (std::size_t x = 0; x < region.width; ++x) {
+                unsigned const code = all[(y * region.width + x) * bands + (bands == 1 ? 0 : channel)] >> 1U;
+                unsigned char* const to = &planes[channel][2 * (y * even + x)];
+                to[0] = static_cast<unsigned char>(code & 0xFFU);
+                to[1] = static_cast<unsigned char>(code >> 8U);
+            }
+        }
+    }
+    return planes;
+}
+
+std::uint16_t LevelSamples::codeOf(std::int16_t sample) const {
+    int const largest = (1 << tiles_.depth()) - 1;
+    return static_cast<std::uint16_t>(std::clamp(int{sample}, 0, largest) << info_.residualBits);
+}
+
+void LevelSamples::putColours(Codes& to, PictureTile const& tile, Region const& part) {
+    Region const shown = picturetile::shownRegion(info_, tile);
+    std::vector<unsigned char> const texels = targets_.read(
+        *tiles_.pixels(tile), Layout::kDeep, {part.x - shown.x, part.y - shown.y, part.width, part.height});
+    std::size_t const colours = std::min<std::size_t>(to.bands, pixelbands::isGrey(info_.bands) ? 1 : 3);
+    unsigned char const* pixel = texels.data();
+    for (std::size_t y = part.y; y < part.y + part.height; ++y) {
+        for (std::size_t x = part.x; x < part.x + part.width; ++x, pixel += deeptexels::kPixelBytes) {
+            for (std::size_t band = 0; band < colours; ++band)
+                to.at(x, y, band) = codeOf(deeptexels::sample(pixel, band));
+        }
+    }
+}
+
+void LevelSamples::putAlpha(Codes& to, PictureTile const& tile, Region const& part) {
+    PlanePart const& plane = tiles_.plane(tile, info_.bands - 1);
+    Region const& all = plane.region;
+    std::vector<unsigned char> const samples =
+        targets_.read(plane.target, Layout::kPlane, {0, 0, all.width, all.height});
+    for (std::size_t y = part.y; y < part.y + part.height; ++y) {
+        for (std::size_t x = part.x; x < part.x + part.width; ++x)
+            to.at(x, y, to.bands - 1) = codeOf(sampleAt(samples, (y - all.y) * all.width + x - all.x));
+    }
+}
+
+void LevelSamples::addResiduals(Codes& to, PictureTile const& tile, Region const& part) const {
+    std::vector<BandPart> const& residuals = residuals_.at(tile);
+    for (std::size_t band = 0; band < to.bands; ++band) {
+        BandPart const& residual = residuals[band];
+        Region const& all = residual.region;
+        for (std::size_t y = part.y; y < part.y + part.height; ++y) {
+            for (std::size_t x = part.x; x < part.x + part.width; ++x) {
+                std::int16_t const low =
+                    residual.value ? *residual.value : sampleAt(residual.bytes, (y - all.y) * all.width + x - all.x);
+                to.at(x, y, band) = static_cast<std::uint16_t>(to.at(x, y, band) | static_cast<std::uint16_t>(low));
+            }
+        }
+    }
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "host/EnhancementChain.h"
+#include "host/view/PictureTiles.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <vector>
+
+/// The samples of a level of a picture of 16 bits, with all the bits that they have: codes of 16 bits.
+///
+///     rebuilt tile    q, 13 or 11 bits   --+
+///                                          +-->  q << residualBits | residual
+///     residual bits   of level 0 alone   --+
+///
+/// Coarser levels have no residual bits: 0 in their place keeps their codes on the picture's own scale. Where the wavelet
+/// leaves that scale its ends are taken. No filter adds two pictures, so this goes through the host. GL thread only. Throws
+/// VelmoraException.
+class LevelSamples {
+public:
+    LevelSamples(PictureTargets& targets, PictureTiles& tiles, StoreInfo const& info);
+
+    /// Keeps the residual bits of a tile of level 0.
+    void keep(LoadedTile&& loaded);
+    bool hasResiduals(PictureTile const& tile) const { return residuals_.count(tile) != 0; }
+    /// Drops the residual bits of all other tiles.
+    void keepOnly(std::set<PictureTile> const& tiles);
+
+    /// Interleaved, the first `bands` of the picture. The tiles that the region meets are rebuilt, and at level 0 their
+    /// residual bits are there.
+    std::vector<std::uint16_t> codes(std::size_t level, Region const& region, std::size_t bands);
+    /// Red, green and blue as chains of enhancements take them: the upper 15 bits.
+    EnhancementChain::Planes planes(std::size_t level, Region const& region);
+
+private:
+    // Where the codes go.
+    struct Codes {
+        Region region;
+        std::size_t bands;
+        std::vector<std::uint16_t> codes;
+
+        std::uint16_t& at(std::size_t x, std::size_t y, std::size_t band) {
+            return codes[((y - region.y) * region.width + x - region.x) * bands + band];
+        }
+    };
+
+    void putColours(Codes& to, PictureTile const& tile, Region const& part);
+    void putAlpha(Codes& to, PictureTile const& tile, Region const& part);
+    void addResiduals(Codes& to, PictureTile const& tile, Region const& part) const;
+    std::uint16_t codeOf(std::int16_t sample) const;
+
+    PictureTargets& targets_;
+    PictureTiles& tiles_;
+    StoreInfo info_;
+    std::map<PictureTile, std::vector<BandPart>> residuals_; // of level 0, a part for each band
+};
