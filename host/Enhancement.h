@@ -9,7 +9,7 @@
 /// What a user asks for to see more in a picture. Each is one filter of the backend, or a short chain of them.
 namespace enhancement {
 
-/// Unsharp mask. On 16-bit pictures the filter counts whole gains only.
+/// Unsharp mask. The gain moves in steps of 1/32, toward zero.
 struct Sharpen {
     double gain = 1.0;
 };

@@ -205,8 +205,11 @@ EnhancementChain::Part EnhancementChain::sharpened8(OwnedTarget const& source, S
 
 EnhancementChain::Part EnhancementChain::sharpened16(OwnedTarget const& source, Size const& read, Region const& output,
                                                      double gain) {
+    // The filter drops a fraction before it multiplies by 32: so the gain comes 32 times as large, and five bits go again.
+    constexpr int kFractionBits = 5;
     FilterSharpness16Params params;
-    params.gain = gain;
+    params.gain = std::trunc(std::ldexp(gain, kFractionBits));
+    params.shiftBits = kFractionBits;
     OwnedTarget const blur = targets_.target(Layout::kDeep, {output.width, read.height});
     targets_.run(targets_.prepared(description::filterSharpnessH16()), {{source.id(), 0, 0, false}}, read, blur);
     OwnedTarget result = targets_.target(Layout::kDeep, sizeOf(output));

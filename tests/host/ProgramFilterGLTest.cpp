@@ -279,7 +279,8 @@ TEST_F(ProgramDeepFilterGLTest, EachFilterIsExact) {
         });
         expectDeepModel({"--srgb"},
                         [](reference::Planes3 const& planes) { return lookedUp(planes, reference::srgbTable(15)); });
-        for (auto const& [gain, gainIn32nds] : std::vector<std::pair<std::string, int>>{{"2", 64}})
+        for (auto const& [gain, gainIn32nds] : std::vector<std::pair<std::string, int>>{
+                 {"2", 64}, {"0.5", 16}, {"-0.73", -23}, {"1.99", 63}, {"0.03", 0}})
             expectDeepModel({"--sharpen", gain}, [gainIn32nds = gainIn32nds](reference::Planes3 const& planes) {
                 return shown(sharpened16(atDepth(planes, 15, 10), gainIn32nds), 10);
             });
