@@ -25,7 +25,10 @@ public:
     virtual void finish() = 0;
 };
 
-/// A TIFF where the name ends in .tif or .tiff, in any case, else a PNG. bands: 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA,
-/// 8 bits each. Throws HostError (unwritable output), also where the name is that of something other than a regular
-/// file.
-std::unique_ptr<PictureWriter> makePictureWriter(std::string const& path, size_t width, size_t height, size_t bands);
+/// Whether a picture of that name is to be a TIFF: it ends in .tif or .tiff, in any case.
+bool namesTiff(std::string const& path);
+
+/// A TIFF where the name is that of one, else a PNG. bands: 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA; bits: 8 or 16. Throws
+/// HostError (unwritable output), also where the name is that of something other than a regular file.
+std::unique_ptr<PictureWriter> makePictureWriter(std::string const& path, size_t width, size_t height, size_t bands,
+                                                 size_t bits = 8);

@@ -33,14 +33,23 @@ void onError(png_structp png, png_const_charp message) {
 
 void onWarning(png_structp, png_const_charp) {}
 
-bool writeHeader(png_structp png, png_infop info, png_uint_32 width, png_uint_32 height, int type) {
+bool isLittleEndian() {
+    std::uint16_t const one = 1;
+    std::uint8_t first = 0;
+    std::memcpy(&first, &one, 1);
+    return first == 1;
+}
+
+bool writeHeader(png_structp png, png_infop info, png_uint_32 width, png_uint_32 height, int type, int bits) {
     if (setjmp(png_jmpbuf(png)) != 0) return false;
     png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
     png_set_compression_level(png, kCompressionLevel);
     png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
-    png_set_IHDR(png, info, width, height, 8, type, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+    png_set_IHDR(png, info, width, height, bits, type, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
     png_write_info(png, info);
+    // In the file the upper byte comes first.
+    if (bits > 8 && isLittleEndian()) png_set_swap(png);
     return true;
 }
 
@@ -89,17 +98,17 @@ struct PngWriter::State {
     std::array<char, 256> pngMessage{};
 };
 
-PngWriter::PngWriter(std::string const& path, size_t width, size_t height, size_t bands)
+PngWriter::PngWriter(std::string const& path, size_t width, size_t height, size_t bands, size_t bits)
     : state_(std::make_unique<State>(path)) {
     if (width > kMaxSide || height > kMaxSide) throw state_->output.failure("the picture is too large for a PNG");
-    state_->rowBytes = width * bands;
+    state_->rowBytes = width * bands * bits / 8;
     state_->png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state_->pngMessage, onError, onWarning);
     if (state_->png != nullptr) state_->info = png_create_info_struct(state_->png);
     if (state_->info == nullptr) throw state_->output.failure("libpng does not start");
     png_init_io(state_->png, state_->file);
     errno = 0;
     if (!writeHeader(state_->png, state_->info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height),
-                     colourType(bands)))
+                     colourType(bands), static_cast<int>(bits)))
         throw state_->pngFailure();
 }
 

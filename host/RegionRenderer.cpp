@@ -1,5 +1,6 @@
 #include "host/RegionRenderer.h"
 
+#include "host/DeepBlocks.h"
 #include "host/FilterDescriptions.h"
 #include "host/OwnedFilter.h"
 #include "host/OwnedTarget.h"
@@ -138,23 +139,33 @@ size_t RegionRenderer::stripRows(size_t y, size_t width, size_t tileHeight) {
 }
 
 void RegionRenderer::render(PixelSource& source, Region const& region, RowSink const& sink, Progress const& progress) {
+    if (source.sampleBytes() == 2) {
+        DeepBlocks blocks(instance_, source.bands());
+        renderStrips(source, region, std::min(tileSize_, source.height()), blocks, sink, progress);
+        return;
+    }
     // A tile need not be larger than the picture.
     TileSize const tile{std::min(tileSize_, source.width()), std::min(tileSize_, source.height())};
     size_t const targetRows = std::min({region.height, std::max(kPreferredStripRows, tile.height), kMaxBlockPixels});
     Drawing drawing(instance_, source.bands(), tile, std::min(region.width, kMaxBlockPixels), targetRows);
+    renderStrips(source, region, tile.height, drawing, sink, progress);
+}
 
+template <class Blocks>
+void RegionRenderer::renderStrips(PixelSource& source, Region const& region, size_t tileHeight, Blocks& blocks,
+                                  RowSink const& sink, Progress const& progress) {
     std::vector<std::uint8_t> pixels;
     std::vector<std::uint8_t> drawn;
     size_t const bottom = region.y + region.height;
     for (size_t y = region.y; y < bottom;) {
         progress(y - region.y, region.height);
-        size_t const rows = std::min(stripRows(y, region.width, tile.height), bottom - y);
+        size_t const rows = std::min(stripRows(y, region.width, tileHeight), bottom - y);
         Region const strip{region.x, y, region.width, rows};
         source.read(strip, pixels);
         drawn.resize(pixels.size());
         for (size_t x = 0; x < strip.width; x += kMaxBlockPixels) {
             Region const block{strip.x + x, y, std::min(kMaxBlockPixels, strip.width - x), rows};
-            drawing.drawBlock(block, strip, pixels, drawn);
+            blocks.drawBlock(block, strip, pixels, drawn);
             progress(y - region.y, region.height);
         }
         sink(drawn.data(), rows);

@@ -26,7 +26,8 @@ class RenderBackendInstance;
 /// A strip is read once, cut into tiles, drawn block by block and read back. GL thread only.
 class RegionRenderer {
 public:
-    /// `count` finished rows, the next from the top: the bands of the source, interleaved, tightly packed.
+    /// `count` finished rows, the next from the top: the bands of the source, interleaved, tightly packed; of 16 bits in
+    /// the machine's byte order.
     using RowSink = std::function<void(std::uint8_t const* rows, size_t count)>;
     /// Rows finished so far and rows in all. May throw to stop the work.
     using Progress = std::function<void(size_t doneRows, size_t allRows)>;
@@ -40,7 +41,8 @@ public:
     /// kMinTileSize to kMaxTileSize.
     RegionRenderer(std::shared_ptr<RenderBackendInstance> instance, size_t tileSize);
 
-    /// What `sink` receives is, byte for byte, the region of the source. Throws what source, sink and progress throw
+    /// What `sink` receives is, byte for byte, the region of the source, of 8 or 16 bits; of 16 tiles are as large as
+    /// blocks. Throws what source, sink and progress throw
     /// and VelmoraException; the instance's tiles and targets are given back in each case.
     void render(PixelSource& source, Region const& region, RowSink const& sink, Progress const& progress);
 
@@ -49,6 +51,10 @@ public:
     static size_t stripRows(size_t y, size_t width, size_t tileHeight);
 
 private:
+    template <class Blocks>
+    void renderStrips(PixelSource& source, Region const& region, size_t tileHeight, Blocks& blocks, RowSink const& sink,
+                      Progress const& progress);
+
     std::shared_ptr<RenderBackendInstance> instance_;
     size_t tileSize_;
 };

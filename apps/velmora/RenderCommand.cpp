@@ -49,14 +49,26 @@ struct Options {
     size_t tileSize = 256;
     double zoom = 1.0;
     bool smooth = false;
+    std::size_t bits = 0; // as many as make sense
     std::vector<enhancement::Step> steps;
 };
 
-std::unique_ptr<PixelSource> openSource(Options const& options) {
+std::unique_ptr<PixelSource> openSource(Options const& options, ImageReader::Samples samples) {
     if (options.image.empty()) return std::make_unique<BuiltInPicture>();
-    // Without a filter 16 bits are shown as they are: their upper byte.
-    return std::make_unique<ImageReader>(options.image, options.steps.empty() ? ImageReader::Samples::kEightBits
-                                                                              : ImageReader::Samples::kAsStored);
+    return std::make_unique<ImageReader>(options.image, samples);
+}
+
+// Of a sample that is written. A TIFF keeps what the picture has, a PNG is mostly there to be looked at.
+std::size_t bitsOf(Options const& options, std::size_t pictureBits) {
+    bool const weighed = options.smooth && options.zoom < 1;
+    bool const kept = pictureBits == 16 && options.steps.empty() && !weighed;
+    if (options.bits == 16 && !kept)
+        throw HostError(HostError::Kind::Usage,
+                        pictureBits == 16
+                            ? "filters and --smooth give 8 bits; leave out --bits 16, or them"
+                            : picturefiles::nameOf(options.image) + " has samples of 8 bits; leave out --bits 16");
+    if (options.bits != 0) return options.bits;
+    return kept && namesTiff(options.output) ? 16 : 8;
 }
 
 Region chosenRegion(Options const& options, size_t width, size_t height) {
@@ -80,10 +92,16 @@ std::string toText(double number) {
 using Draw = std::function<void(std::shared_ptr<RenderBackendInstance> const& instance,
                                 RegionRenderer::RowSink const& write, RegionRenderer::Progress const& progress)>;
 
-double drawInto(std::string const& output, size_t width, size_t height, size_t bands, size_t tileBytes,
-                Draw const& draw) {
+struct Shape {
+    size_t width;
+    size_t height;
+    size_t bands;
+    size_t bits;
+};
+
+double drawInto(std::string const& output, Shape const& shape, size_t tileBytes, Draw const& draw) {
     // Before the context: an output that cannot be written is known at once.
-    auto const file = makePictureWriter(output, width, height, bands);
+    auto const file = makePictureWriter(output, shape.width, shape.height, shape.bands, shape.bits);
     SurfacelessContext context;
     Gles3RenderBackend backend(RenderBackend::RGBA32, tileBytes);
     auto const instance = backend.createInstance(context);
@@ -103,25 +121,29 @@ double drawInto(std::string const& output, size_t width, size_t height, size_t b
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-void report(Options const& options, Region const& drawn, size_t width, size_t height, std::string const& description,
+void report(Options const& options, Shape const& drawn, size_t width, size_t height, std::string const& description,
             double seconds) {
-    std::printf("%s: %zu x %zu pixels of %s (%zu x %zu, %s) in %.2f s\n", options.output.c_str(), drawn.width,
-                drawn.height, options.image.empty() ? "the built-in picture" : options.image.c_str(), width, height,
-                description.c_str(), seconds);
+    std::printf("%s: %zu x %zu pixels of %s (%zu x %zu, %s), %zu bits a sample, in %.2f s\n", options.output.c_str(),
+                drawn.width, drawn.height, options.image.empty() ? "the built-in picture" : options.image.c_str(),
+                width, height, description.c_str(), drawn.bits, seconds);
 }
 
 void renderImage(Options const& options) {
-    auto const source = openSource(options);
+    auto source = openSource(options, ImageReader::Samples::kAsStored);
     Region const region = chosenRegion(options, source->width(), source->height());
-    double const seconds =
-        drawInto(options.output, region.width, region.height, EnhancedRenderer::bandsOf(source->bands(), options.steps),
-                 kTileBudgetBytes, [&](auto const& instance, auto const& write, auto const& progress) {
-                     if (options.steps.empty())
-                         RegionRenderer(instance, options.tileSize).render(*source, region, write, progress);
-                     else
-                         EnhancedRenderer(instance, options.steps).render(*source, region, write, progress);
-                 });
-    report(options, region, source->width(), source->height(), source->description(), seconds);
+    Shape const shape = {region.width, region.height, EnhancedRenderer::bandsOf(source->bands(), options.steps),
+                         bitsOf(options, 8 * source->sampleBytes())};
+    // Without a filter 16 bits are shown as they are: their upper byte.
+    if (source->sampleBytes() == 2 && options.steps.empty() && shape.bits == 8)
+        source = openSource(options, ImageReader::Samples::kEightBits);
+    double const seconds = drawInto(
+        options.output, shape, kTileBudgetBytes, [&](auto const& instance, auto const& write, auto const& progress) {
+            if (options.steps.empty())
+                RegionRenderer(instance, options.tileSize).render(*source, region, write, progress);
+            else
+                EnhancedRenderer(instance, options.steps).render(*source, region, write, progress);
+        });
+    report(options, shape, source->width(), source->height(), source->description(), seconds);
 }
 
 Zoom zoomOf(Options const& options, StoreInfo const& info) {
@@ -137,12 +159,14 @@ void renderStore(Options const& options, std::string const& store) {
     Zoom const zoom = zoomOf(options, info);
     Region const wanted = chosenRegion(options, info.width, info.height);
     Region const region = StoreRenderer::regionAt(info, zoom, wanted);
-    double const seconds = drawInto(
-        options.output, region.width, region.height, EnhancedRenderer::bandsOf(info.bands, options.steps),
-        kBandBudgetBytes, [&](auto const& instance, auto const& write, auto const& progress) {
-            StoreRenderer(instance, store, options.steps).render(zoom, options.smooth, region, write, progress);
-        });
-    report(options, region, info.width, info.height,
+    Shape const shape = {region.width, region.height, EnhancedRenderer::bandsOf(info.bands, options.steps),
+                         bitsOf(options, info.bits)};
+    double const seconds = drawInto(options.output, shape, kBandBudgetBytes,
+                                    [&](auto const& instance, auto const& write, auto const& progress) {
+                                        StoreRenderer(instance, store, options.steps, shape.bits)
+                                            .render(zoom, options.smooth, region, write, progress);
+                                    });
+    report(options, shape, info.width, info.height,
            info.interpretation + ", " + std::to_string(info.bits) + " bits, store of " + std::to_string(info.levels) +
                " levels" + (zoom.value() == options.zoom ? "" : ", zoom " + toText(zoom.value())),
            seconds);
@@ -203,6 +227,13 @@ void addRenderCommand(CLI::App& program) {
         ->capture_default_str()
         ->type_name("Z")
         ->check(checkZoom);
+    command
+        ->add_option(
+            "--bits", options->bits,
+            "Of a sample that is written, 8 or 16; without it 16 where the picture has them, the file is a TIFF and "
+            "there is no filter and no --smooth, else 8")
+        ->type_name("N")
+        ->check(CLI::IsMember({8, 16}));
     command
         ->add_option("--tile", options->tileSize, "Side of a tile in pixels, where an image is drawn without filters")
         ->capture_default_str()

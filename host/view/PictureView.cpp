@@ -43,6 +43,8 @@ struct PictureView::State {
     // Until this is through, nothing counts as complete: what fails in between is made good by the next advance().
     void want() {
         wanted = wantedFor(info, view, shown, options.coarserFirst);
+        if (options.forCodes && view.zoom.level() == 0 && info.residualBits > 0)
+            wanted.residuals.insert(wanted.shown.begin(), wanted.shown.end());
         // What was read for another view and is not wanted now would only take room.
         for (auto loaded = waiting.begin(); loaded != waiting.end();)
             loaded = wanted.needed.count(loaded->first) == 0 ? waiting.erase(loaded) : std::next(loaded);
@@ -103,7 +105,7 @@ struct PictureView::State {
     }
 
     bool enhance(PictureTile const& tile) {
-        if (shown.has(tile)) return false;
+        if (options.forCodes || shown.has(tile)) return false;
         auto const sources = shown.sources(tile);
         auto const residuals = shown.residualSources(tile);
         if (!std::all_of(sources.begin(), sources.end(), [this](auto const& one) { return rebuilt.has(one); }) ||
@@ -144,9 +146,15 @@ struct PictureView::State {
                            [this](PictureTile const& tile) { return standsIn(tile) && enhance(tile); });
     }
 
+    // As it is wanted.
+    bool isThere(PictureTile const& tile) const {
+        if (!options.forCodes) return shown.has(tile);
+        return rebuilt.has(tile) && (wanted.residuals.count(tile) == 0 || deep.hasResiduals(tile));
+    }
+
     bool complete() const {
         return settled && std::all_of(wanted.shown.begin(), wanted.shown.end(),
-                                      [this](PictureTile const& tile) { return shown.has(tile); });
+                                      [this](PictureTile const& tile) { return isThere(tile); });
     }
 
     void trim() {
@@ -280,6 +288,26 @@ std::vector<std::uint8_t> PictureView::pixels() {
     auto rgba = state_->targets.read(*state_->frame, Layout::kRgba8, {0, 0, state_->view.width, state_->view.height});
     if (pixelbands::hasAlpha(state_->info.bands) && complete()) state_->putAlpha(rgba);
     return rgba;
+}
+
+std::vector<std::uint16_t> PictureView::codes() {
+    View const& view = state_->view;
+    std::size_t const bands = state_->info.bands;
+    Region const pixels = FrameComposer::shownPart(state_->info, view);
+    if (!complete() || pixels.width != view.width || pixels.height != view.height)
+        throw std::logic_error("codes are those of a complete view within the picture");
+    Region const samples = FrameComposer::samplesOf(view.zoom, pixels);
+    std::vector<std::uint16_t> const all = state_->deep.codes(view.zoom.level(), samples, bands);
+    std::vector<std::uint16_t> codes;
+    codes.reserve(pixels.width * pixels.height * bands);
+    for (std::size_t y = pixels.y; y < pixels.y + pixels.height; ++y) {
+        std::size_t const row = (view.zoom.sampleAt(y) - samples.y) * samples.width;
+        for (std::size_t x = pixels.x; x < pixels.x + pixels.width; ++x) {
+            auto const* const pixel = &all[(row + view.zoom.sampleAt(x) - samples.x) * bands];
+            codes.insert(codes.end(), pixel, pixel + bands);
+        }
+    }
+    return codes;
 }
 
 void PictureView::present() {

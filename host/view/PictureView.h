@@ -32,6 +32,7 @@ public:
         std::size_t gpuBytes = 256 * 1000 * 1000;  ///< for rebuilt tiles; what one frame needs may be more
         bool coarserFirst = true;                  ///< coarser levels are made fit to be shown too
         std::array<std::uint8_t, 3> background = {32, 32, 32};
+        bool forCodes = false; ///< of a picture of 16 bits: codes() is wanted, and no frame
     };
 
     /// Opens the store; nothing is read from it yet but its description and which areas are empty.
@@ -60,6 +61,10 @@ public:
     std::size_t frame();
     /// frame(), read back: width * height RGBA pixels, rows from the top.
     std::vector<std::uint8_t> pixels();
+    /// Of a view that is made for it, lies within the picture and is complete: its samples, 16 bits, width * height pixels
+    /// of the picture's bands, interleaved, rows from the top; not enhanced, each the nearest. Those of coarser levels are
+    /// on the picture's own scale.
+    std::vector<std::uint16_t> codes();
     /// Draws the last frame into the host's surface, upright, its upper left corner at the surface's.
     void present();
     /// width * height bytes: 255 where the store has coefficients other than 0 for the view's level, else 0, off by less

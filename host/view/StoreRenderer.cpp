@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace {
 
@@ -15,11 +16,12 @@ constexpr std::size_t kPartWidth = 2048;
 constexpr std::size_t kPartHeight = 512;
 
 // What one part needs is a fraction of this; the rest serves its neighbours.
-PictureView::Options smallBudgets() {
+PictureView::Options smallBudgets(bool forCodes) {
     PictureView::Options options;
     options.hostBytes = 64 * 1000 * 1000;
     options.gpuBytes = 96 * 1000 * 1000;
     options.coarserFirst = false;
+    options.forCodes = forCodes;
     return options;
 }
 
@@ -42,8 +44,10 @@ Interval intervalAt(double zoom, std::size_t start, std::size_t length, std::siz
 } // namespace
 
 StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
-                             std::vector<enhancement::Step> const& steps)
-    : view_(instance, storePath, smallBudgets()), bands_(EnhancedRenderer::bandsOf(view_.info().bands, steps)) {
+                             std::vector<enhancement::Step> const& steps, std::size_t bits)
+    : view_(instance, storePath, smallBudgets(bits > 8)),
+      bands_(EnhancedRenderer::bandsOf(view_.info().bands, steps)),
+      sampleBytes_(bits / 8) {
     view_.enhance(steps);
 }
 
@@ -62,11 +66,11 @@ void StoreRenderer::render(Zoom const& zoom, bool smooth, Region const& region, 
     for (std::size_t y = region.y; y < bottom;) {
         progress(y - region.y, region.height);
         std::size_t const count = upToGrid(y, kPartHeight, bottom) - y;
-        rows.resize(count * region.width * bands_);
+        rows.resize(count * region.width * bands_ * sampleBytes_);
         for (std::size_t x = region.x; x < right;) {
             std::size_t const next = upToGrid(x, kPartWidth, right);
             draw({zoom, static_cast<std::int64_t>(x), static_cast<std::int64_t>(y), next - x, count, smooth},
-                 &rows[(x - region.x) * bands_], region.width);
+                 &rows[(x - region.x) * bands_ * sampleBytes_], region.width);
             progress(y - region.y, region.height);
             x = next;
         }
@@ -81,8 +85,18 @@ void StoreRenderer::draw(View const& view, std::uint8_t* out, std::size_t rowPix
     while (!view_.complete()) {
         if (!view_.advance(100ms)) view_.wait(100ms);
     }
+    sampleBytes_ == 1 ? put8(view, out, rowPixels) : put16(view, out, rowPixels);
+}
+
+void StoreRenderer::put8(View const& view, std::uint8_t* out, std::size_t rowPixels) {
     std::vector<std::uint8_t> const rgba = view_.pixels();
     for (std::size_t row = 0; row < view.height; ++row)
         pixelbands::narrow(&rgba[row * view.width * pixelbands::kTexelBytes], out + row * rowPixels * bands_, bands_,
                            view.width);
+}
+
+void StoreRenderer::put16(View const& view, std::uint8_t* out, std::size_t rowPixels) {
+    std::vector<std::uint16_t> const codes = view_.codes();
+    for (std::size_t row = 0; row < view.height; ++row)
+        std::memcpy(out + 2 * row * rowPixels * bands_, &codes[row * view.width * bands_], 2 * view.width * bands_);
 }

@@ -36,6 +36,21 @@ TEST(PictureWriterTest, TheEndOfTheNameDecidesTheFormat) {
     }
 }
 
+TEST(PictureWriterTest, SixteenBitsComeBackAsTheyWere) {
+    TemporaryFolder const folder;
+    for (size_t bands = 1; bands <= 4; ++bands) {
+        auto const samples = testimages::pattern16(31, 17, bands);
+        for (std::string const name : {"a.png", "a.tif"}) {
+            auto const writer = makePictureWriter(folder.path(name), 31, 17, bands, 16);
+            auto const* const bytes = reinterpret_cast<std::uint8_t const*>(samples.data());
+            writer->writeRows(bytes, 5);
+            writer->writeRows(bytes + 2 * 5 * 31 * bands, 12);
+            writer->finish();
+            EXPECT_EQ(testimages::read16ByVips(folder.path(name)), samples) << name << ", " << bands << " bands";
+        }
+    }
+}
+
 TEST(PictureWriterTest, OneThatIsNotFinishedLeavesTheOldFile) {
     TemporaryFolder const folder;
     auto const pixels = testimages::pattern8(200, 300, 4);

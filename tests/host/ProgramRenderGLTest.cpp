@@ -250,3 +250,88 @@ TEST_F(ProgramRenderGLTest, WithoutThreadsAStoreIsMadeAndDrawnAllTheSame) {
         testimages::difference(testimages::readByVips(folder_.path("view.png")), testimages::pattern8(200, 150, 3)),
         "");
 }
+
+namespace {
+
+// A picture of 16 bits, and a store of it.
+class ProgramRenderDeepGLTest : public ProgramRenderGLTest {
+protected:
+    void SetUp() override {
+        testimages::writePattern16(file_, "", 301, 207, 3);
+        ASSERT_EQ(runVelmora({"import", file_, store_, "--tile", "64"}).exitCode, 0);
+    }
+
+    std::string rendered(std::vector<std::string> arguments, std::string const& name) const {
+        arguments.insert(arguments.begin(), "render");
+        arguments.insert(arguments.end(), {"-o", folder_.path(name)});
+        auto const result = runVelmora(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return result.out;
+    }
+
+    void expectRefused(std::vector<std::string> arguments, std::string const& word) const {
+        arguments.insert(arguments.begin(), "render");
+        arguments.insert(arguments.end(), {"-o", folder_.path("refused.tif"), "--bits", "16"});
+        auto const result = runVelmora(arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_NE(result.err.find(word), std::string::npos) << result.err;
+        EXPECT_FALSE(std::filesystem::exists(folder_.path("refused.tif")));
+    }
+
+    std::string file_ = folder_.path("a.png");
+    std::string store_ = folder_.path("a.store");
+};
+
+bool contains(std::string const& text, std::string const& word) {
+    return text.find(word) != std::string::npos;
+}
+
+} // namespace
+
+TEST_F(ProgramRenderDeepGLTest, ATiffKeepsSixteenBits) {
+    auto const all = testimages::pattern16(301, 207, 3);
+    for (std::string const& picture : {file_, store_}) {
+        std::string const words = rendered({picture}, "whole.tif");
+        EXPECT_TRUE(contains(words, "16 bits a sample")) << words;
+        EXPECT_EQ(testimages::read16ByVips(folder_.path("whole.tif")), all);
+        rendered({picture, "-r", "300,206,1,1"}, "part.tiff");
+        EXPECT_EQ(testimages::read16ByVips(folder_.path("part.tiff")),
+                  std::vector<std::uint16_t>(all.end() - 3, all.end()));
+    }
+    EXPECT_TRUE(contains(rendered({store_, "--zoom", "0.5"}, "small.tif"), "16 bits a sample"));
+    EXPECT_EQ(testimages::read16ByVips(folder_.path("small.tif")).size(), 151u * 104 * 3);
+}
+
+TEST_F(ProgramRenderDeepGLTest, EightBitsAreTheUpperOnesAndTheClosingLineSaysSo) {
+    auto const upper = testimages::pattern16UpperBytes(301, 207, 3);
+    std::vector<std::pair<std::vector<std::string>, std::string>> const runs = {
+        {{file_, "--bits", "8"}, "a.tif"}, {{store_, "--bits", "8"}, "a.tif"}, {{file_}, "b.png"}, {{store_}, "b.png"}};
+    for (auto const& [arguments, name] : runs) {
+        std::string const words = rendered(arguments, name);
+        EXPECT_TRUE(contains(words, " 8 bits a sample")) << words;
+        EXPECT_THROW(testimages::read16ByVips(folder_.path(name)), std::runtime_error);
+        EXPECT_EQ(testimages::difference(testimages::readByVips(folder_.path(name)), upper), "");
+    }
+    for (std::string const& picture : {file_, store_}) {
+        EXPECT_TRUE(contains(rendered({picture, "--srgb"}, "c.tif"), " 8 bits a sample"));
+        EXPECT_TRUE(contains(rendered({picture, "--zoom", "0.5", "--smooth"}, "d.tif"), " 8 bits a sample"));
+    }
+}
+
+TEST_F(ProgramRenderDeepGLTest, APngHasSixteenBitsWhereTheyAreAskedFor) {
+    for (std::string const& picture : {file_, store_}) {
+        EXPECT_TRUE(contains(rendered({picture, "--bits", "16"}, "b.png"), "16 bits a sample"));
+        EXPECT_EQ(testimages::read16ByVips(folder_.path("b.png")), testimages::pattern16(301, 207, 3));
+    }
+}
+
+TEST_F(ProgramRenderDeepGLTest, SixteenBitsThatAreNotThereAreRefused) {
+    for (std::string const& picture : {file_, store_}) {
+        expectRefused({picture, "--sharpen", "1"}, "filters");
+        expectRefused({picture, "--zoom", "0.5", "--smooth"}, "--smooth");
+    }
+    testimages::writePattern8(folder_.path("8.png"), "", 30, 20, 3);
+    expectRefused({folder_.path("8.png")}, "8 bits");
+    expectRefused({file_, "--bits", "12"}, "12");
+}

@@ -116,6 +116,23 @@ testimages::Pixels testimages::readByVips(std::string const& path) {
     return toPixels(VImage::new_from_file(path.c_str()));
 }
 
+std::vector<std::uint16_t> testimages::read16ByVips(std::string const& path) {
+    startVips();
+    emptyVipsCache();
+    VImage const image = VImage::new_from_file(path.c_str());
+    if (image.format() != VIPS_FORMAT_USHORT) throw std::runtime_error(path + " has no samples of 16 bits");
+    size_t bytes = 0;
+    void* const memory = image.write_to_memory(&bytes);
+    auto const* const first = static_cast<std::uint16_t const*>(memory);
+    std::vector<std::uint16_t> samples(first, first + bytes / 2);
+    g_free(memory);
+    return samples;
+}
+
+std::vector<std::uint16_t> testimages::pattern16(size_t width, size_t height, size_t bands) {
+    return pattern<std::uint16_t>(width, height, bands, sample16);
+}
+
 testimages::Pixels testimages::crop(Pixels const& pixels, size_t x, size_t y, size_t width, size_t height) {
     Pixels part{width, height, pixels.bands, {}};
     for (size_t row = y; row < y + height; ++row)

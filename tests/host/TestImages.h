@@ -33,6 +33,10 @@ void writePattern16(std::string const& path, std::string const& options, size_t 
 Pixels cropByVips(std::string const& path, size_t x, size_t y, size_t width, size_t height);
 /// The whole of a file.
 Pixels readByVips(std::string const& path);
+/// Every sample of a file of 16 bits; throws where it has others.
+std::vector<std::uint16_t> read16ByVips(std::string const& path);
+/// Those of the pattern.
+std::vector<std::uint16_t> pattern16(size_t width, size_t height, size_t bands);
 
 /// The part of a picture.
 Pixels crop(Pixels const& pixels, size_t x, size_t y, size_t width, size_t height);

@@ -3,6 +3,7 @@
 #include "host/EnhancedRenderer.h"
 #include "host/ImageReader.h"
 #include "host/PixelBands.h"
+#include "host/view/PictureTile.h"
 #include "tests/host/store/FormatPictures.h"
 #include "tests/host/store/LevelModel.h"
 #include "tests/host/view/StoreRendererFixture.h"
@@ -129,6 +130,47 @@ protected:
     }
 };
 
+class SixteenBitCodesGLTest : public SixteenBitsGLTest {
+protected:
+    using Codes = std::vector<std::uint16_t>;
+
+    static Codes codesOf(Bytes const& bytes) {
+        Codes codes(bytes.size() / 2);
+        std::memcpy(codes.data(), bytes.data(), bytes.size());
+        return codes;
+    }
+
+    // What a TIFF of the store holds.
+    Codes ofStore(Zoom const& zoom, Region const& region, std::size_t bands) const {
+        StoreRenderer renderer(instance_, path(), {}, 16);
+        Bytes bytes;
+        renderer.render(
+            zoom, false, region,
+            [&](std::uint8_t const* rows, std::size_t count) {
+                bytes.insert(bytes.end(), rows, rows + 2 * count * region.width * bands);
+            },
+            [](std::size_t, std::size_t) {});
+        return codesOf(bytes);
+    }
+
+    // The nearest samples of a level in plain memory.
+    static Codes expected(Codes const& level, std::size_t width, std::size_t bands, Zoom const& zoom,
+                          Region const& region) {
+        double const samplesAPixel = static_cast<double>(zoom.samples()) / static_cast<double>(zoom.pixels());
+        auto const sampleAt = [&](std::size_t pixel) {
+            return static_cast<std::size_t>(std::floor((static_cast<double>(pixel) + 0.5) * samplesAPixel));
+        };
+        Codes codes;
+        for (std::size_t y = region.y; y < region.y + region.height; ++y) {
+            for (std::size_t x = region.x; x < region.x + region.width; ++x) {
+                auto const* const pixel = &level[(sampleAt(y) * width + sampleAt(x)) * bands];
+                codes.insert(codes.end(), pixel, pixel + bands);
+            }
+        }
+        return codes;
+    }
+};
+
 class SixteenBitFormatsGLTest : public SixteenBitsGLTest, public testing::WithParamInterface<Format> {};
 
 std::vector<Format> sixteenBitFormats() {
@@ -206,4 +248,47 @@ TEST_F(SixteenBitsGLTest, EnhancementsMeanTheSameAtEveryLevel) {
     ASSERT_EQ(info.residualBits, levelmodel::kResidualBits);
     for (Steps const& steps : allSteps())
         expectLevelsLikePictures(picture, info, steps);
+}
+
+TEST_F(SixteenBitCodesGLTest, AFileKeepsEverySample) {
+    for (std::size_t bands = 1; bands <= 4; ++bands) {
+        Picture const picture = testpictures::picture(301, 67, bands, 16, Content::Noise);
+        for (Region const& region : {Region{0, 0, 301, 67}, Region{11, 3, 57, 41}, Region{300, 66, 1, 1}}) {
+            Bytes const bytes = drawn(RegionRenderer(instance_, 32), *testpictures::source(picture), region, 2 * bands);
+            EXPECT_TRUE(bytes == crop(picture.bytes, picture.width, 2 * bands, region)) << toText(region);
+        }
+    }
+}
+
+TEST_F(SixteenBitCodesGLTest, BlocksOfAFileStandSideBySide) {
+    Picture const picture = testpictures::picture(2051, 700, 1, 16, Content::Noise);
+    EXPECT_TRUE(drawn(RegionRenderer(instance_, 256), *testpictures::source(picture), {0, 0, 2051, 700}, 2) ==
+                picture.bytes);
+}
+
+TEST_F(SixteenBitCodesGLTest, AStoreKeepsEverySampleAtItsOwnSize) {
+    for (std::size_t bands = 1; bands <= 4; ++bands) {
+        Picture const picture = testpictures::picture(571, 130, bands, 16, Content::Noise);
+        import(picture, 32);
+        Codes const all = codesOf(picture.bytes);
+        EXPECT_TRUE(ofStore(Zoom(), {0, 0, 571, 130}, bands) == all) << bands;
+        Region const part = {500, 17, 60, 50};
+        EXPECT_TRUE(ofStore(Zoom(), part, bands) == expected(all, 571, bands, Zoom(), part)) << bands;
+    }
+    Picture const picture = testpictures::picture(200, 180, 3, 16, Content::Resonance);
+    EXPECT_EQ(import(picture, 64).residualBits, 5U);
+    EXPECT_TRUE(ofStore(Zoom(), {0, 0, 200, 180}, 3) == codesOf(picture.bytes));
+}
+
+TEST_F(SixteenBitCodesGLTest, AStoreGivesTheNearestSamplesAtAnyZoom) {
+    Picture const picture = testpictures::picture(571, 330, 4, 16, Content::Noise);
+    StoreInfo const info = import(picture, 32, 4);
+    auto const levels = levelmodel::codesOf(picture, info.levels);
+    for (double const number : {2.0, 0.9, 0.7, 0.5, 0.3, 0.25, 0.0625}) {
+        Zoom const zoom = Zoom::nearest(number, info.levels);
+        Extent const all = picturetile::pixelExtent(info, zoom);
+        std::size_t const width = picturetile::levelExtent(info, zoom.level()).width;
+        Region const region = {all.width / 5, all.height / 7, all.width - all.width / 5, all.height - all.height / 7};
+        EXPECT_TRUE(ofStore(zoom, region, 4) == expected(levels[zoom.level()], width, 4, zoom, region)) << number;
+    }
 }
