@@ -280,6 +280,17 @@ TEST_F(ProgramViewGLTest, AMinimisedWindowDrawsNothingAndComesBack) {
     EXPECT_FALSE(std::filesystem::exists(path("b.png")));
 }
 
+TEST_F(ProgramViewGLTest, WaitingForAMinimisedWindowEnds) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    std::vector<std::string> const arguments{store, "--bare", "--size", "320x200", "--at", "350,250,1"};
+    expectPixels(after("minimise\nwait\nwait\nrestore\n", arguments), expected(190, 150, 320, 200));
+    // An import goes on unseen.
+    testimages::writePattern8(path("a.png"), "", 400, 300, 3);
+    expectPixels(
+        after("minimise\nwait\nrestore\n", {path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1"}),
+        testimages::crop(testimages::pattern8(400, 300, 3), 100, 100, 200, 100));
+}
+
 TEST_F(ProgramViewGLTest, NothingIsDrawnWhereNothingChanges) {
     std::string const store = makeStore("a.vlm", 700, 500);
     for (std::string const pause : {"sleep 1500\n", "minimise\nsleep 1500\nrestore\n"}) {

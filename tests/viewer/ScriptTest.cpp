@@ -68,10 +68,25 @@ TEST_F(ScriptTest, WhatIsWrongIsNamedWithItsLine) {
     expectRefused("wheel 1 2 3 4\n", {"3 whole numbers"});
     expectRefused("drag 1 2 3 x\n", {"4 whole numbers"});
     expectRefused("sleep 1.5\n", {"1 whole numbers"});
-    expectRefused("sleep -1\n", {"negative"});
+    expectRefused("sleep -1\n", {"line 1", "sleep", "-1", "0 to 3600000"});
     expectRefused("wait 3\n", {"0 whole numbers"});
     expectRefused("key\n", {"a name"});
     expectRefused("key nosuchkey\n", {"'nosuchkey' is no key"});
+}
+
+TEST_F(ScriptTest, NumbersThatNoWindowNeedsAreRefusedWithTheirLine) {
+    expectRefused("wait\nwheel 1 2 200000000\n", {"walk.txt, line 2", "wheel", "200000000", "-1000 to 1000"});
+    expectRefused("wheel 1 2 -1001\n", {"-1001"});
+    expectRefused("wheel 1 2 99999999999999999999\n", {"line 1", "99999999999999999999", "-1000 to 1000"});
+    expectRefused("drag -2147483648 0 2147483647 0\n", {"drag", "-2147483648", "-100000 to 100000"});
+    expectRefused("drag 0 0 0 100001\n", {"100001"});
+    expectRefused("resize 0 10\n", {"resize", "1 to 16384"});
+    expectRefused("resize 10 16385\n", {"16385"});
+    expectRefused("sleep 3600001\n", {"3600001"});
+    auto const lines = Script::parse("wheel -100000 100000 -1000\nresize 16384 1\nsleep 3600000\n", "s");
+    EXPECT_EQ(lines[0].numbers, (std::vector{-100000, 100000, -1000}));
+    EXPECT_EQ(lines[1].numbers, (std::vector{16384, 1}));
+    EXPECT_EQ(lines[2].numbers, (std::vector{3600000}));
 }
 
 TEST_F(ScriptTest, AMissingFileIsAnError) {

@@ -6,67 +6,106 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <utility>
 
 namespace {
+
+struct Range {
+    int least;
+    int most;
+};
+
+// Beyond any window, and few enough events that they are made in no time.
+constexpr Range kPlace{-100'000, 100'000};
+constexpr Range kNotches{-1000, 1000};
+constexpr Range kSide{1, 16384};
+constexpr Range kMilliseconds{0, 3'600'000};
+constexpr Range kNone{0, 0};
 
 struct Form {
     char const* word;
     Script::Deed deed;
     std::size_t numbers;
+    std::array<Range, 4> ranges; // of the numbers
     bool text;
 };
 
 constexpr std::array<Form, 10> kForms{{
-    {"key", Script::Deed::Key, 0, true},
-    {"wheel", Script::Deed::Wheel, 3, false},
-    {"drag", Script::Deed::Drag, 4, false},
-    {"resize", Script::Deed::Resize, 2, false},
-    {"minimise", Script::Deed::Minimise, 0, false},
-    {"restore", Script::Deed::Restore, 0, false},
-    {"wait", Script::Deed::Wait, 0, false},
-    {"sleep", Script::Deed::Sleep, 1, false},
-    {"screenshot", Script::Deed::Screenshot, 0, true},
-    {"quit", Script::Deed::Quit, 0, false},
+    {"key", Script::Deed::Key, 0, {kNone, kNone, kNone, kNone}, true},
+    {"wheel", Script::Deed::Wheel, 3, {kPlace, kPlace, kNotches, kNone}, false},
+    {"drag", Script::Deed::Drag, 4, {kPlace, kPlace, kPlace, kPlace}, false},
+    {"resize", Script::Deed::Resize, 2, {kSide, kSide, kNone, kNone}, false},
+    {"minimise", Script::Deed::Minimise, 0, {kNone, kNone, kNone, kNone}, false},
+    {"restore", Script::Deed::Restore, 0, {kNone, kNone, kNone, kNone}, false},
+    {"wait", Script::Deed::Wait, 0, {kNone, kNone, kNone, kNone}, false},
+    {"sleep", Script::Deed::Sleep, 1, {kMilliseconds, kNone, kNone, kNone}, false},
+    {"screenshot", Script::Deed::Screenshot, 0, {kNone, kNone, kNone, kNone}, true},
+    {"quit", Script::Deed::Quit, 0, {kNone, kNone, kNone, kNone}, false},
 }};
 
-// Empty where the line is one of its form.
-std::string complaint(Script::Line const& line, Form const& form, bool more) {
-    bool const negative = std::any_of(line.numbers.begin(), line.numbers.end(), [](int number) { return number < 0; });
-    if (line.numbers.size() != form.numbers || more || (form.text && line.text.empty()))
-        return std::string(form.word) + " takes " +
-               (form.text ? "a name" : std::to_string(form.numbers) + " whole numbers");
-    if (form.deed == Script::Deed::Key && SDL_GetKeyFromName(line.text.c_str()) == SDLK_UNKNOWN)
-        return "'" + line.text + "' is no key";
-    if ((form.deed == Script::Deed::Resize || form.deed == Script::Deed::Sleep) && negative)
-        return std::string(form.word) + " takes no negative numbers";
-    return "";
-}
+// Where a line is wrong, with its name and number before the sentence.
+class Line {
+public:
+    Line(std::string const& text, std::string where) : words_(text), where_(std::move(where)) {}
 
-Script::Line parseLine(std::string const& text, std::string const& where) {
-    auto const fail = [&](std::string const& what) { return HostError(HostError::Kind::Usage, where + ": " + what); };
-    std::istringstream words(text);
-    std::string word;
-    words >> word;
-    auto const* const form =
-        std::find_if(kForms.begin(), kForms.end(), [&](Form const& one) { return word == one.word; });
-    if (form == kForms.end()) throw fail("'" + word + "' is nothing that the viewer can do");
-    Script::Line line{form->deed, {}, ""};
-    int number = 0;
-    while (line.numbers.size() < form->numbers && words >> number)
-        line.numbers.push_back(number);
-    if (form->text) {
-        std::getline(words >> std::ws, line.text);
-        line.text.erase(line.text.find_last_not_of(" \t\r") + 1);
+    Script::Line parsed() {
+        std::string word;
+        words_ >> word;
+        auto const* const form =
+            std::find_if(kForms.begin(), kForms.end(), [&](Form const& one) { return word == one.word; });
+        if (form == kForms.end()) throw wrong("'" + word + "' is nothing that the viewer can do");
+        Script::Line line{form->deed, {}, ""};
+        if (form->text)
+            line.text = restOf(*form);
+        else
+            line.numbers = numbersOf(*form);
+        if (form->deed == Script::Deed::Key && SDL_GetKeyFromName(line.text.c_str()) == SDLK_UNKNOWN)
+            throw wrong("'" + line.text + "' is no key");
+        return line;
     }
-    words.clear();
-    bool const more = static_cast<bool>(words >> word);
-    std::string const wrong = complaint(line, *form, more);
-    if (!wrong.empty()) throw fail(wrong);
-    return line;
-}
+
+private:
+    HostError wrong(std::string const& what) const { return {HostError::Kind::Usage, where_ + ": " + what}; }
+
+    std::string restOf(Form const& form) {
+        std::string text;
+        std::getline(words_ >> std::ws, text);
+        text.erase(text.find_last_not_of(" \t\r") + 1);
+        if (text.empty()) throw wrong(std::string(form.word) + " takes a name");
+        return text;
+    }
+
+    std::vector<int> numbersOf(Form const& form) {
+        std::vector<std::string> const texts{std::istream_iterator<std::string>(words_), {}};
+        if (texts.size() != form.numbers) throw otherNumbers(form);
+        std::vector<int> numbers;
+        for (std::size_t i = 0; i < texts.size(); ++i)
+            numbers.push_back(numberOf(texts[i], form, form.ranges.at(i)));
+        return numbers;
+    }
+
+    int numberOf(std::string const& text, Form const& form, Range const& range) const {
+        int number = 0;
+        auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        bool const tooLarge = error == std::errc::result_out_of_range;
+        if ((error != std::errc() && !tooLarge) || end != text.data() + text.size()) throw otherNumbers(form);
+        if (tooLarge || number < range.least || number > range.most)
+            throw wrong(std::string(form.word) + ": " + text + " is not within " + std::to_string(range.least) +
+                        " to " + std::to_string(range.most));
+        return number;
+    }
+
+    HostError otherNumbers(Form const& form) const {
+        return wrong(std::string(form.word) + " takes " + std::to_string(form.numbers) + " whole numbers");
+    }
+
+    std::istringstream words_;
+    std::string where_;
+};
 
 } // namespace
 
@@ -77,7 +116,7 @@ std::vector<Script::Line> Script::parse(std::string const& text, std::string con
     for (std::size_t number = 1; std::getline(stream, line); ++number) {
         line.erase(std::min(line.find('#'), line.size()));
         if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
-        lines.push_back(parseLine(line, name + ", line " + std::to_string(number)));
+        lines.push_back(::Line(line, name + ", line " + std::to_string(number)).parsed());
     }
     return lines;
 }

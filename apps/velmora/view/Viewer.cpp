@@ -78,7 +78,9 @@ void Viewer::turn() {
 
 void Viewer::playScript() {
     ScriptPlayer::Viewer viewer;
-    viewer.complete = settled();
+    Extent const size = frame();
+    bool const minimised = size.width == 0 || size.height == 0;
+    viewer.complete = settled() || (minimised && showing_);
     viewer.resize = [this](int width, int height) {
         window_.resize({static_cast<std::size_t>(width), static_cast<std::size_t>(height)});
     };
