@@ -8,6 +8,7 @@
 #include "host/HostError.h"
 #include "host/ImageReader.h"
 #include "host/PictureWriter.h"
+#include "host/PrintableText.h"
 #include "host/ProgressBar.h"
 #include "host/RegionRenderer.h"
 #include "host/SurfacelessContext.h"
@@ -167,8 +168,9 @@ void renderStore(Options const& options, std::string const& store) {
                                             .render(zoom, options.smooth, region, write, progress);
                                     });
     report(options, shape, info.width, info.height,
-           info.interpretation + ", " + std::to_string(info.bits) + " bits, store of " + std::to_string(info.levels) +
-               " levels" + (zoom.value() == options.zoom ? "" : ", zoom " + toText(zoom.value())),
+           printableText(info.interpretation) + ", " + std::to_string(info.bits) + " bits, store of " +
+               std::to_string(info.levels) + " levels" +
+               (zoom.value() == options.zoom ? "" : ", zoom " + toText(zoom.value())),
            seconds);
 }
 

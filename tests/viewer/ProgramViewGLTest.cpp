@@ -120,6 +120,23 @@ TEST_F(ProgramViewGLTest, TheOverlayLeavesThePictureAlone) {
     EXPECT_NE(testimages::difference(middle(after("key ?\n", arguments)), middle(before)), "") << "the help is there";
 }
 
+TEST_F(ProgramViewGLTest, WordsOutOfAFileCannotUpsetThePanels) {
+    // The upper left corner, where the name and the line below it stand.
+    auto const corner = [this](std::string const& sourceName) {
+        ImportOptions options;
+        options.replace = true;
+        options.sourceName = sourceName;
+        testpictures::import(testpictures::picture(300, 200, 3, 8, testpictures::Content::Flat), path("a\xFF\n.vlm"),
+                             options);
+        return testimages::crop(shown({path("a\xFF\n.vlm"), "--size", "640x480"}), 8, 8, 140, 38);
+    };
+    auto const plain = corner("a b");
+    EXPECT_NE(testimages::difference(plain, corner("a c")), "") << "the name is there";
+    std::string const bad = "\xEF\xBF\xBD";
+    expectPixels(corner("a\nb\x1B\xFF"), corner("a" + bad + "b" + bad + bad));
+    expectPixels(corner(std::string(100000, 'x')), corner(std::string(120, 'x') + "..."));
+}
+
 TEST_F(ProgramViewGLTest, AClickInTheSmallPictureGoesThere) {
     // 200 pixels show 800: the click is 50, 70 of the small picture, which ends 16 before the window's corner.
     std::string const store = makeStore("a.vlm", 800, 800);

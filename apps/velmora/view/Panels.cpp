@@ -62,7 +62,7 @@ void drawStatus(panels::Model const& model) {
     placeNext(0, 0);
     ImGui::Begin("status", nullptr, kWordFlags);
     ImGui::TextUnformatted(model.name.c_str());
-    ImGui::Text("%zu x %zu, %s, %zu bits", model.info->width, model.info->height, model.info->interpretation.c_str(),
+    ImGui::Text("%zu x %zu, %s, %zu bits", model.info->width, model.info->height, model.interpretation.c_str(),
                 model.info->bits);
     ImGui::Text("zoom %.4g %%, level %zu", 100 * model.camera->zoom().value(), model.camera->zoom().level());
     if (model.pixel)

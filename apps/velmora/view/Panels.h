@@ -18,7 +18,9 @@ struct Model {
     StoreInfo const* info = nullptr;
     Camera const* camera = nullptr;
     OverlayTexture const* overview = nullptr; ///< the whole picture, small
+    // Texts without control characters.
     std::string name;
+    std::string interpretation;
     std::string message;
     std::string switches; ///< enhancements that are on
     std::optional<PicturePixel> pixel;

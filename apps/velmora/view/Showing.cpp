@@ -2,6 +2,7 @@
 
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
+#include "host/PrintableText.h"
 #include "host/store/TileStore.h"
 #include "host/view/TonePoints.h"
 
@@ -15,6 +16,7 @@ namespace {
 constexpr std::chrono::milliseconds kTurn{8};
 constexpr std::size_t kOverviewSide = 200;
 constexpr std::uint64_t kLargestCode = 65535;
+constexpr std::size_t kMessageCharacters = 400;
 
 // What the keys add where the command line asks for nothing of the kind.
 constexpr enhancement::Sharpen kSharpen{2.0};
@@ -31,7 +33,8 @@ Showing::Showing(std::shared_ptr<RenderBackendInstance> const& instance, std::st
       picture_(instance, store, options.picture),
       camera_(picture_.info(), frame),
       switches_(options.steps),
-      name_(picture_.info().sourceName) {
+      name_(printableText(picture_.info().sourceName)),
+      interpretation_(printableText(picture_.info().interpretation)) {
     if (options.start) {
         camera_.magnifyTo(options.start->zoom, camera_.middle());
         camera_.lookAt({options.start->x, options.start->y});
@@ -71,7 +74,7 @@ void Showing::command(Controls::Command command) {
     try {
         enhance();
     } catch (HostError const& error) {
-        message_ = error.what();
+        message_ = printableText(error.what(), kMessageCharacters);
         switches_ = before;
         picture_.enhance(switches_.steps());
     }
@@ -177,6 +180,7 @@ bool Showing::drawOverlay(std::optional<Place> const& cursor, double frameMillis
     model.camera = &camera_;
     model.overview = &overview_;
     model.name = name_;
+    model.interpretation = interpretation_;
     model.message = message_;
     model.switches = switchesText();
     model.pixel = cursor ? camera_.pixelAt(*cursor) : std::nullopt;

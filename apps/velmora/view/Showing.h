@@ -64,6 +64,7 @@ private:
     bool tilesOn_ = false;
     bool maskOn_ = false;
     bool helpOn_ = false;
-    std::string name_;
+    std::string name_; // as a person may see it, like all that follows
+    std::string interpretation_;
     std::string message_;
 };

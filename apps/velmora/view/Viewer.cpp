@@ -6,6 +6,7 @@
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
 #include "host/PngWriter.h"
+#include "host/PrintableText.h"
 #include "host/store/TileStore.h"
 
 #include <algorithm>
@@ -24,7 +25,7 @@ constexpr std::chrono::milliseconds kIdleTurn{200};
 
 Viewer::Viewer(ViewerOptions const& options)
     : options_(options),
-      window_("velmora - " + picturefiles::nameOf(options.image), options.window),
+      window_("velmora - " + printableText(picturefiles::nameOf(options.image)), options.window),
       backend_(RenderBackend::RGBA32, options.bandBytes),
       instance_(backend_.createInstance(window_)),
       script_(options.script) {
@@ -149,7 +150,8 @@ void Viewer::drawImport(Extent const& size) {
     glClear(GL_COLOR_BUFFER_BIT);
     overlay_.begin(size, window_.pixelsPerUnit(), std::chrono::duration<double>(kImportTurn).count());
     panels::drawGrowing(growing_, size);
-    if (!options_.bare) panels::drawProgress(picturefiles::nameOf(options_.image), import_->share(), size);
+    if (!options_.bare)
+        panels::drawProgress(printableText(picturefiles::nameOf(options_.image)), import_->share(), size);
     overlay_.end();
     lastFrame_ = Clock::now();
 }
