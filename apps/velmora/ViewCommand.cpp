@@ -117,6 +117,7 @@ void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
     if (!texts.at.empty()) options.start = startOf(texts.at);
     if (!texts.script.empty()) options.script = Script::read(texts.script);
     options.picture.threads = options.importJobs;
+    options.picture.showHoles = true;
     Viewer(options).run();
 }
 

@@ -12,6 +12,11 @@ using Layout = PictureTargets::Layout;
 constexpr std::size_t kPiece = 384;
 constexpr std::size_t kCanvas = 840;
 
+// Of holes: so many pixels wide along both axes.
+constexpr std::size_t kStripe = 8;
+constexpr std::array<unsigned char, 4> kDarkStripe = {0, 0, 0, 255};
+constexpr std::array<unsigned char, 4> kLightStripe = {255, 0, 255, 255};
+
 struct Interval {
     std::size_t start;
     std::size_t length;
@@ -57,7 +62,8 @@ Region FrameComposer::samplesOf(Zoom const& zoom, Region const& pixels) {
     return {x.start, y.start, x.length, y.length};
 }
 
-OwnedTarget FrameComposer::draw(View const& view, std::array<std::uint8_t, 3> const& background) {
+OwnedTarget FrameComposer::draw(View const& view, std::array<std::uint8_t, 3> const& background,
+                                std::vector<Region> const& holes) {
     background_ = {background[0], background[1], background[2], 255};
     OwnedTarget frame = targets_.target(Layout::kRgba8, {view.width, view.height});
     instance_->clear(frame.id(), background_);
@@ -67,7 +73,29 @@ OwnedTarget FrameComposer::draw(View const& view, std::array<std::uint8_t, 3> co
             drawPiece(view, {x, y, std::min(kPiece, all.x + all.width - x), std::min(kPiece, all.y + all.height - y)},
                       frame);
     }
+    for (Region const& hole : holes)
+        stripe(view, common(hole, all), frame);
     return frame;
+}
+
+// Nothing that a picture would be taken for. The stripes belong to the picture's pixels, and move with them.
+void FrameComposer::stripe(View const& view, Region const& pixels, OwnedTarget const& frame) {
+    std::vector<unsigned char> texels;
+    for (std::size_t y = pixels.y; y < pixels.y + pixels.height; y += kPiece) {
+        for (std::size_t x = pixels.x; x < pixels.x + pixels.width; x += kPiece) {
+            std::size_t const width = std::min(kPiece, pixels.x + pixels.width - x);
+            std::size_t const height = std::min(kPiece, pixels.y + pixels.height - y);
+            texels.clear();
+            for (std::size_t i = 0; i < width * height; ++i) {
+                bool const dark = (x + i % width + y + i / width) / kStripe % 2 == 0;
+                texels.insert(texels.end(), dark ? kDarkStripe.begin() : kLightStripe.begin(),
+                              dark ? kDarkStripe.end() : kLightStripe.end());
+            }
+            targets_.draw(frame, Layout::kRgba8, {width, height}, texels,
+                          {static_cast<std::size_t>(static_cast<std::int64_t>(x) - view.x),
+                           static_cast<std::size_t>(static_cast<std::int64_t>(y) - view.y), width, height});
+        }
+    }
 }
 
 void FrameComposer::drawPiece(View const& view, Region const& pixels, OwnedTarget const& frame) {

@@ -22,7 +22,8 @@ public:
                   StoreInfo const& info);
 
     /// Of the view's size. Where a tile is not there, the finest coarser one is shown; the background where there is none.
-    OwnedTarget draw(View const& view, std::array<std::uint8_t, 3> const& background);
+    /// Holes, in pixels of the picture at the view's zoom, are striped.
+    OwnedTarget draw(View const& view, std::array<std::uint8_t, 3> const& background, std::vector<Region> const& holes);
 
     /// What a view shows of the whole picture at its zoom, in pixels; of no size where it shows nothing.
     static Region shownPart(StoreInfo const& info, View const& view);
@@ -35,6 +36,7 @@ private:
     void gather(std::size_t level, Region const& samples, OwnedTarget const& to, std::size_t x, std::size_t y);
     void enlarge(PictureTile const& coarser, OwnedTarget const& texels, Region const& samples, std::size_t level,
                  Region const& area, OwnedTarget const& to);
+    void stripe(View const& view, Region const& pixels, OwnedTarget const& frame);
     void repeatEdges(OwnedTarget const& canvas, Region const& samples, Extent const& level);
 
     std::shared_ptr<RenderBackendInstance> instance_;

@@ -1,11 +1,14 @@
 #include "host/view/PictureView.h"
 
 #include "host/FilterDescriptions.h"
+#include "host/HostError.h"
 #include "host/PixelBands.h"
 #include "host/store/TileStore.h"
+#include "host/view/Damages.h"
 #include "host/view/DataMask.h"
 #include "host/view/EmptyAreas.h"
 #include "host/view/FrameComposer.h"
+#include "host/view/ShownAlpha.h"
 #include "host/view/TileLoader.h"
 #include "host/view/Wanted.h"
 
@@ -18,7 +21,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Layout = PictureTargets::Layout;
 
-constexpr unsigned kShownDepth = 8;
 constexpr std::size_t kMaxPoolBytes = 16 * 1000 * 1000;
 constexpr std::size_t kMaxWaiting = 24; // tiles
 
@@ -38,6 +40,7 @@ struct PictureView::State {
           composer(gl, targets, shown, info),
           emptyAreas(gl, store),
           mask(gl, targets, emptyAreas, info),
+          damages(info, chosen.showHoles),
           loader(path, chosen.threads, cache) {}
 
     // Until this is through, nothing counts as complete: what fails in between is made good by the next advance().
@@ -57,27 +60,60 @@ struct PictureView::State {
     void request() {
         std::vector<TileJob> missing;
         for (PictureTile const& tile : wanted.rebuilt) {
-            if (!rebuilt.has(tile) && waiting.count(tile) == 0 && !emptyAreas.empty(tile) && !rebuilt.hasBands(tile))
+            if (damages.cannotBeRebuilt(tile)) continue;
+            if (!rebuilt.has(tile) && waiting.count(tile) == 0 && !isEmpty(tile) && !rebuilt.hasBands(tile))
                 missing.push_back({tile, TileJob::What::Bands});
-            if (wanted.residuals.count(tile) != 0 && !deep.hasResiduals(tile))
+            if (wanted.residuals.count(tile) != 0 && !deep.hasResiduals(tile) && !damages.hasNoResiduals(tile))
                 missing.push_back({tile, TileJob::What::Residuals});
         }
         loader.want(missing);
     }
 
-    // As many as there is room for; the threads rest meanwhile.
-    void takeLoaded() {
+    bool isEmpty(PictureTile const& tile) {
+        if (damages.areasUnknown()) return false;
+        try {
+            return emptyAreas.empty(tile);
+        } catch (HostError const&) {
+            damages.noteOfAreas(std::current_exception());
+            return false;
+        }
+    }
+
+    // Whether it cannot be shown, for what it is made of is damaged.
+    bool isHole(PictureTile const& tile) {
+        if (damages.count() == 0) return false;
+        auto const sources = shown.sources(tile);
+        auto const residuals = shown.residualSources(tile);
+        return std::any_of(sources.begin(), sources.end(),
+                           [this](auto const& source) { return damages.cannotBeRebuilt(source); }) ||
+               std::any_of(residuals.begin(), residuals.end(),
+                           [this](auto const& source) { return damages.hasNoResiduals(source); });
+    }
+
+    // As many as there is room for; the threads rest meanwhile. Whether a damage was among them.
+    bool takeLoaded() {
+        std::size_t const before = damages.count();
         while (waiting.size() < kMaxWaiting) {
             auto loaded = loader.take();
-            if (!loaded) return;
-            if (loaded->failure) std::rethrow_exception(loaded->failure);
+            if (!loaded) break;
+            if (loaded->failure) {
+                damages.note(loaded->job, loaded->failure);
+                dropWhatCannotBeRebuilt();
+                continue;
+            }
             PictureTile const tile = loaded->job.tile;
             if (loaded->job.what == TileJob::What::Residuals) {
                 if (wanted.residuals.count(tile) != 0) deep.keep(std::move(*loaded));
-            } else if (wanted.needed.count(tile) != 0 && !rebuilt.has(tile)) {
+            } else if (wanted.needed.count(tile) != 0 && !rebuilt.has(tile) && !damages.cannotBeRebuilt(tile)) {
                 waiting.emplace(tile, std::move(loaded));
             }
         }
+        return damages.count() > before;
+    }
+
+    void dropWhatCannotBeRebuilt() {
+        for (auto loaded = waiting.begin(); loaded != waiting.end();)
+            loaded = damages.cannotBeRebuilt(loaded->first) ? waiting.erase(loaded) : std::next(loaded);
     }
 
     // Where all that wait are for parents that are not there, one must go, or no parent could come: the finest, which is
@@ -89,12 +125,12 @@ struct PictureView::State {
     }
 
     bool rebuild(PictureTile const& tile) {
-        if (rebuilt.has(tile) || !rebuilt.hasParent(tile)) return false;
+        if (rebuilt.has(tile) || !rebuilt.hasParent(tile) || damages.cannotBeRebuilt(tile)) return false;
         auto const loaded = waiting.find(tile);
         if (loaded != waiting.end()) {
             rebuilt.build(*loaded->second);
             waiting.erase(loaded);
-        } else if (emptyAreas.empty(tile)) {
+        } else if (isEmpty(tile)) {
             rebuilt.buildEmpty(tile);
         } else if (rebuilt.hasBands(tile)) {
             rebuilt.rebuild(tile);
@@ -146,13 +182,14 @@ struct PictureView::State {
                            [this](PictureTile const& tile) { return standsIn(tile) && enhance(tile); });
     }
 
-    // As it is wanted.
-    bool isThere(PictureTile const& tile) const {
+    // As it is wanted, or as a hole.
+    bool isThere(PictureTile const& tile) {
+        if (isHole(tile)) return true;
         if (!options.forCodes) return shown.has(tile);
         return rebuilt.has(tile) && (wanted.residuals.count(tile) == 0 || deep.hasResiduals(tile));
     }
 
-    bool complete() const {
+    bool complete() {
         return settled && std::all_of(wanted.shown.begin(), wanted.shown.end(),
                                       [this](PictureTile const& tile) { return isThere(tile); });
     }
@@ -167,37 +204,24 @@ struct PictureView::State {
 
     bool drawsNothing() const { return view.width == 0 || view.height == 0; }
 
-    // Alpha is neither enhanced nor weighed. The tiles of the view's level are there.
+    // The tiles of the view's level are there, but for holes.
     void putAlpha(std::vector<std::uint8_t>& rgba) {
         Region const part = FrameComposer::shownPart(info, view);
-        for (PictureTile const& tile : wanted.shown)
-            putAlpha(rgba, common(part, pixelsOf(picturetile::shownRegion(info, tile))),
-                     rebuilt.plane(tile, info.bands - 1));
-    }
-
-    void putAlpha(std::vector<std::uint8_t>& rgba, Region const& pixels, PlanePart const& plane) const {
-        Region const& region = plane.region;
-        std::vector<unsigned char> const bytes =
-            instance->getPixels(plane.target.id(), {0, region.width, 0, region.height});
-        auto const toX = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.x) - view.x);
-        auto const toY = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.y) - view.y);
-        for (std::size_t y = 0; y < pixels.height; ++y) {
-            std::size_t const row = (view.zoom.sampleAt(pixels.y + y) - region.y) * region.width;
-            for (std::size_t x = 0; x < pixels.width; ++x) {
-                std::size_t const place = 2 * (row + view.zoom.sampleAt(pixels.x + x) - region.x);
-                auto const sample = static_cast<std::int16_t>(bytes[place] | bytes[place + 1] << 8U);
-                int const code = sample >> (rebuilt.depth() - kShownDepth);
-                rgba[4 * ((toY + y) * view.width + toX + x) + 3] = static_cast<std::uint8_t>(std::clamp(code, 0, 255));
-            }
+        for (PictureTile const& tile : wanted.shown) {
+            if (isHole(tile)) continue;
+            Region const pixels = shownalpha::pixelsOf(view.zoom, picturetile::shownRegion(info, tile));
+            shownalpha::put(rgba, view, common(part, pixels), targets, rebuilt.plane(tile, info.bands - 1),
+                            rebuilt.depth());
         }
     }
 
-    // That show samples of the view's level.
-    Region pixelsOf(Region const& samples) const {
-        std::size_t const x = view.zoom.pixelsOf(samples.x);
-        std::size_t const y = view.zoom.pixelsOf(samples.y);
-        return {x, y, view.zoom.pixelsOf(samples.x + samples.width) - x,
-                view.zoom.pixelsOf(samples.y + samples.height) - y};
+    // In pixels of the picture at the view's zoom.
+    std::vector<Region> holes() {
+        std::vector<Region> holes;
+        for (PictureTile const& tile : wanted.shown) {
+            if (isHole(tile)) holes.push_back(shownalpha::pixelsOf(view.zoom, picturetile::shownRegion(info, tile)));
+        }
+        return holes;
     }
 
     std::shared_ptr<RenderBackendInstance> instance;
@@ -212,6 +236,7 @@ struct PictureView::State {
     FrameComposer composer;
     EmptyAreas emptyAreas;
     DataMask mask;
+    Damages damages;
     TileLoader loader;
 
     View view;
@@ -256,7 +281,7 @@ bool PictureView::advance(std::chrono::milliseconds time) {
     bool changed = false;
     if (!state_->settled) state_->want();
     do {
-        state_->takeLoaded();
+        changed = state_->takeLoaded() || changed;
         bool const stepped = state_->step();
         if (!stepped && !state_->makeRoom()) break;
         changed = changed || stepped;
@@ -278,7 +303,7 @@ bool PictureView::complete() const {
 std::size_t PictureView::frame() {
     if (state_->drawsNothing()) throw std::logic_error("a view without pixels has no frame");
     state_->frame.reset();
-    state_->frame = state_->composer.draw(state_->view, state_->options.background);
+    state_->frame = state_->composer.draw(state_->view, state_->options.background, state_->holes());
     return state_->frame->id();
 }
 
@@ -294,7 +319,7 @@ std::vector<std::uint16_t> PictureView::codes() {
     View const& view = state_->view;
     std::size_t const bands = state_->info.bands;
     Region const pixels = FrameComposer::shownPart(state_->info, view);
-    if (!complete() || pixels.width != view.width || pixels.height != view.height)
+    if (!complete() || hasHoles() || pixels.width != view.width || pixels.height != view.height)
         throw std::logic_error("codes are those of a complete view within the picture");
     Region const samples = FrameComposer::samplesOf(view.zoom, pixels);
     std::vector<std::uint16_t> const all = state_->deep.codes(view.zoom.level(), samples, bands);
@@ -319,7 +344,21 @@ void PictureView::present() {
 }
 
 std::vector<std::uint8_t> PictureView::dataMask() {
-    return state_->drawsNothing() ? std::vector<std::uint8_t>() : state_->mask.draw(state_->view);
+    if (state_->drawsNothing()) return {};
+    try {
+        return state_->mask.draw(state_->view);
+    } catch (HostError const&) {
+        state_->damages.noteOfAreas(std::current_exception());
+        return std::vector<std::uint8_t>(state_->view.width * state_->view.height, 0);
+    }
+}
+
+bool PictureView::hasHoles() {
+    return !state_->holes().empty();
+}
+
+PictureView::Damage PictureView::damage() const {
+    return {state_->damages.count(), state_->damages.first()};
 }
 
 PictureView::Statistics PictureView::statistics() const {

@@ -32,6 +32,9 @@ public:
         std::size_t gpuBytes = 256 * 1000 * 1000;  ///< for rebuilt tiles; what one frame needs may be more
         bool coarserFirst = true;                  ///< coarser levels are made fit to be shown too
         std::array<std::uint8_t, 3> background = {32, 32, 32};
+        /// What is damaged is shown as a hole, striped, and so is what cannot be rebuilt or enhanced without it; else it is
+        /// thrown.
+        bool showHoles = false;
         bool forCodes = false; ///< of a picture of 16 bits: codes() is wanted, and no frame
     };
 
@@ -53,8 +56,16 @@ public:
     bool advance(std::chrono::milliseconds time);
     /// Waits for a thread to finish a tile, for at most so long; returns at once where nothing is in work.
     void wait(std::chrono::milliseconds time);
-    /// Whether frame() shows the view as it is wanted.
+    /// Whether frame() shows the view as it is wanted, but for holes.
     bool complete() const;
+    /// Whether the view has any.
+    bool hasHoles();
+
+    struct Damage {
+        std::size_t tiles = 0; ///< that were found damaged so far
+        std::string first;     ///< what was found first, a sentence for the user; empty: nothing
+    };
+    Damage damage() const;
 
     /// Draws the view. The id of a target of RGBA texels whose upper left corner is the frame, the top row first; valid
     /// until the next call.

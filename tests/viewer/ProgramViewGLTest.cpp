@@ -4,6 +4,7 @@
 // ProgramViewWindowTest.cpp resizes one.
 #include "tests/viewer/ViewerFixture.h"
 
+#include "host/store/Sqlite.h"
 #include "host/store/TileStore.h"
 
 #include <algorithm>
@@ -326,6 +327,35 @@ TEST_F(ProgramViewGLTest, TheReportSaysWhatWasMeasured) {
     EXPECT_EQ(result.exitCode, 0) << result.err;
     for (std::string const name : {"first picture", "full detail", "largest resident memory"})
         EXPECT_GT(numberAfter(result.out, name), 0u) << result.out;
+}
+
+TEST_F(ProgramViewGLTest, ADamagedStoreIsShownWithStripesAndAScreenshotOfThemIsNoSuccess) {
+    std::string const store = makeStore("a.vlm", 1300, 700);
+    sqlite::Database(store, sqlite::Database::Mode::ReadWrite)
+        .execute("UPDATE tiles SET crc = crc + 1 WHERE id = (SELECT min(id) FROM tiles WHERE data IS NOT NULL)");
+    // The finest tile in the upper left corner: that of 512 x 512 pixels.
+    auto const striped =
+        view({store, "--bare", "--size", "100x80", "--at", "100,100,1", "--screenshot", path("a.png")});
+    EXPECT_EQ(striped.exitCode, 10);
+    EXPECT_EQ(std::count(striped.err.begin(), striped.err.end(), '\n'), 2) << striped.err;
+    EXPECT_NE(striped.err.find("does not match its checksum"), std::string::npos) << striped.err;
+    EXPECT_NE(striped.err.find("striped"), std::string::npos) << striped.err;
+    EXPECT_NE(striped.err.find("a.png' has stripes"), std::string::npos) << striped.err;
+    auto const window = testimages::readByVips(path("a.png"));
+    for (std::size_t i = 0; i < window.samples.size(); i += 3) {
+        ASSERT_EQ(window.samples[i], window.samples[i + 2]);
+        ASSERT_TRUE(window.samples[i] == 0 || window.samples[i] == 255);
+        ASSERT_EQ(window.samples[i + 1], 0);
+    }
+    // Elsewhere it is as it should be.
+    expectPixels(shown({store, "--bare", "--size", "200x100", "--at", "900,600,1"}), expected(800, 550, 200, 100));
+    // Who only looks is told once, and goes on.
+    auto const looked = view({store, "--size", "300x200", "--at", "100,100,1", "--script",
+                              script("wait\nkey s\nwait\nkey o\nwait\nkey m\nwait\nquit\n")});
+    EXPECT_EQ(looked.exitCode, 0) << looked.err;
+    EXPECT_EQ(std::count(looked.err.begin(), looked.err.end(), '\n'), 1) << looked.err;
+    expectFailure(runVelmora({"render", store, "-o", path("b.png")}), 10, {"does not match its checksum"});
+    EXPECT_FALSE(std::filesystem::exists(path("b.png")));
 }
 
 TEST_F(ProgramViewGLTest, NoOtherFileIsWritten) {

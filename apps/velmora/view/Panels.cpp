@@ -70,6 +70,7 @@ void drawStatus(panels::Model const& model) {
                     model.shown[2]);
     else
         ImGui::TextUnformatted("-");
+    if (!model.damage.empty()) ImGui::TextUnformatted(model.damage.c_str());
     if (!model.switches.empty()) ImGui::TextUnformatted(model.switches.c_str());
     ImGui::Separator();
     ImGui::Text("frame %.1f ms%s", model.frameMilliseconds, model.complete ? "" : ", loading");

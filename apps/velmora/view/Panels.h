@@ -23,6 +23,7 @@ struct Model {
     std::string interpretation;
     std::string message;
     std::string switches; ///< enhancements that are on
+    std::string damage;   ///< of the store; empty: none was found
     std::optional<PicturePixel> pixel;
     std::array<std::uint8_t, 3> shown{}; ///< colour of the pixel under the cursor
     PictureView::Statistics statistics;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <tuple>
 
 namespace {
@@ -93,8 +94,14 @@ void Showing::setTone(enhancement::Gamma const& tone) {
 }
 
 void Showing::setAutomaticTone() {
-    TileStore store(store_);
-    TonePoints const points = tonePoints(store);
+    TonePoints points;
+    try {
+        TileStore store(store_);
+        points = tonePoints(store);
+    } catch (HostError const& error) {
+        message_ = printableText(error.what(), kMessageCharacters);
+        return;
+    }
     enhancement::Gamma tone = switches_.last<enhancement::Gamma>().value_or(kDeepGamma);
     tone.white = std::min(points.white, kLargestCode);
     tone.black = std::min(points.black, tone.white - 1);
@@ -117,8 +124,25 @@ bool Showing::advance() {
         changed = true;
     }
     changed |= picture_.advance(kTurn);
+    tellOfDamage();
     if (changed) drawn_ = false;
     return changed;
+}
+
+// Once, where a script or a person finds it also when the window is gone.
+void Showing::tellOfDamage() {
+    PictureView::Damage const damage = picture_.damage();
+    if (toldOfDamage_ || damage.first.empty()) return;
+    toldOfDamage_ = true;
+    std::fprintf(stderr, "velmora: %s; what cannot be shown is striped\n",
+                 printableText(damage.first, kMessageCharacters).c_str());
+}
+
+std::string Showing::damageText() const {
+    PictureView::Damage const damage = picture_.damage();
+    if (damage.first.empty()) return "";
+    return "damaged: " + (damage.tiles > 0 ? std::to_string(damage.tiles) + " tiles so far, striped"
+                                           : "the index of places with data");
 }
 
 bool Showing::complete() const {
@@ -183,6 +207,7 @@ bool Showing::drawOverlay(std::optional<Place> const& cursor, double frameMillis
     model.interpretation = interpretation_;
     model.message = message_;
     model.switches = switchesText();
+    model.damage = damageText();
     model.pixel = cursor ? camera_.pixelAt(*cursor) : std::nullopt;
     if (model.pixel) model.shown = colourAt(*cursor);
     model.statistics = picture_.statistics();

@@ -26,8 +26,10 @@ public:
     /// Tells the picture what is wanted now, and takes in what its threads have finished. Whether something new can be
     /// seen.
     bool advance();
-    /// Whether the view is shown as it is wanted.
+    /// Whether the view is shown as it is wanted, but for what is damaged.
     bool complete() const;
+    /// Whether it shows places where the store is damaged, striped.
+    bool hasHoles() { return picture_.hasHoles(); }
     /// Waits a little for a thread of the picture's.
     void wait();
 
@@ -47,6 +49,8 @@ private:
     View wantedView() const;
     void updateOverview();
     void updateMask();
+    void tellOfDamage();
+    std::string damageText() const;
     std::array<std::uint8_t, 3> colourAt(Place const& cursor) const;
     std::string switchesText() const;
 
@@ -67,4 +71,5 @@ private:
     std::string name_; // as a person may see it, like all that follows
     std::string interpretation_;
     std::string message_;
+    bool toldOfDamage_ = false;
 };

@@ -58,6 +58,11 @@ void Viewer::run() {
     window_.hide();
     import_.reset();
     if (options_.report) report_.print();
+    if (!damagedScreenshot_.empty())
+        throw HostError(HostError::Kind::DamagedStore,
+                        "'" + damagedScreenshot_ +
+                            "' has stripes where the tile store is damaged; import the picture " +
+                            "again, or restore the store from a copy");
 }
 
 void Viewer::turn() {
@@ -204,4 +209,5 @@ void Viewer::screenshot(std::string const& file) {
     PngWriter png(file, size.width, size.height, 3);
     png.writeRows(pixels.data(), size.height);
     png.finish();
+    if (showing_ && showing_->hasHoles() && damagedScreenshot_.empty()) damagedScreenshot_ = file;
 }

@@ -23,7 +23,8 @@ public:
     /// Opens the window. Throws HostError.
     explicit Viewer(ViewerOptions const& options);
 
-    /// Until the user leaves. Throws HostError, what TileStore throws, Interrupted, and VelmoraException.
+    /// Until the user leaves. Throws HostError, what TileStore throws, Interrupted, and VelmoraException; at the end
+    /// HostError (damaged store) where a screenshot shows what is damaged.
     void run();
 
 private:
@@ -66,4 +67,5 @@ private:
     bool seen_ = false;            // whether an event has come that may change what is drawn
     bool settled_ = false;         // whether all is shown that was asked for
     bool quit_ = false;
+    std::string damagedScreenshot_; // the first that shows a place where the store is damaged
 };

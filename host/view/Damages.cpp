@@ -1,0 +1,32 @@
+#include "host/view/Damages.h"
+
+#include "host/HostError.h"
+
+// Throws on what is not to be noted.
+void Damages::require(std::exception_ptr const& failure) {
+    if (!tolerated_) std::rethrow_exception(failure);
+    try {
+        std::rethrow_exception(failure);
+    } catch (HostError const& error) {
+        if (error.kind() != HostError::Kind::DamagedStore) throw;
+        if (first_.empty()) first_ = error.what();
+    }
+}
+
+void Damages::note(TileJob const& job, std::exception_ptr const& failure) {
+    require(failure);
+    (job.what == TileJob::What::Bands ? bands_ : residuals_).insert(job.tile);
+}
+
+void Damages::noteOfAreas(std::exception_ptr const& failure) {
+    require(failure);
+    areasUnknown_ = true;
+}
+
+bool Damages::cannotBeRebuilt(PictureTile const& tile) const {
+    if (bands_.empty()) return false;
+    for (PictureTile one = tile;; one = picturetile::parent(one)) {
+        if (bands_.count(one) != 0) return true;
+        if (one.level == info_.levels) return false;
+    }
+}
