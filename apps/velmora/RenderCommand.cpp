@@ -158,6 +158,7 @@ Zoom zoomOf(Options const& options, StoreInfo const& info) {
 void renderStore(Options const& options, std::string const& store) {
     StoreInfo const info = TileStore(store).info();
     Zoom const zoom = zoomOf(options, info);
+    std::string const note = zoom.noteFor(options.zoom);
     Region const wanted = chosenRegion(options, info.width, info.height);
     Region const region = StoreRenderer::regionAt(info, zoom, wanted);
     Shape const shape = {region.width, region.height, EnhancedRenderer::bandsOf(info.bands, options.steps),
@@ -169,8 +170,7 @@ void renderStore(Options const& options, std::string const& store) {
                                     });
     report(options, shape, info.width, info.height,
            printableText(info.interpretation) + ", " + std::to_string(info.bits) + " bits, store of " +
-               std::to_string(info.levels) + " levels" +
-               (zoom.value() == options.zoom ? "" : ", zoom " + toText(zoom.value())),
+               std::to_string(info.levels) + " levels" + (note.empty() ? "" : ", " + note),
            seconds);
 }
 
@@ -224,8 +224,10 @@ void addRenderCommand(CLI::App& program) {
         ->type_name("X,Y,W,H")
         ->check(checkRegion);
     command
-        ->add_option("--zoom", options->zoom,
-                     "Pixels drawn a pixel of the picture; whole numbers from 1 on. Of an image a store is made first")
+        ->add_option(
+            "--zoom", options->zoom,
+            "Pixels drawn along one of the picture's: a whole number, or below 1 one of 32 steps to a halving, the "
+            "nearest. Of an image a store is made first")
         ->capture_default_str()
         ->type_name("Z")
         ->check(checkZoom);

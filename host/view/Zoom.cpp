@@ -1,7 +1,9 @@
 #include "host/view/Zoom.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 
 Zoom Zoom::nearest(double pixels, std::size_t levels) {
     if (std::lround(pixels * kSteps) >= static_cast<long>(kSteps) || pixels > 1.0)
@@ -20,4 +22,13 @@ Zoom Zoom::nearest(double pixels, std::size_t levels) {
 
 double Zoom::value() const {
     return std::ldexp(static_cast<double>(pixels_) / static_cast<double>(samples_), -static_cast<int>(level_));
+}
+
+std::string Zoom::noteFor(double asked) const {
+    auto const text = [](double number) {
+        std::array<char, 32> digits{};
+        std::snprintf(digits.data(), digits.size(), "%.6g", number);
+        return std::string(digits.data());
+    };
+    return text(value()) == text(asked) ? "" : "zoom " + text(value()) + ", the nearest step to " + text(asked);
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 /// A magnification, as a level of the wavelet and a ratio between its samples and the pixels that show them:
 ///
@@ -27,6 +28,8 @@ public:
     std::size_t samples() const { return samples_; }
     /// Screen pixels a pixel of the picture.
     double value() const;
+    /// "zoom 0.744186, the nearest step to 0.75"; empty where that is what was asked for, to six digits.
+    std::string noteFor(double asked) const;
     /// Whether every sample of the level is one pixel.
     bool isWhole() const { return pixels_ == samples_; }
 

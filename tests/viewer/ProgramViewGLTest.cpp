@@ -201,6 +201,20 @@ TEST_F(ProgramViewGLTest, ZoomsAreThoseOfRender) {
     expectPixels(after("wait\nkey b\n", arguments), rendered);
 }
 
+TEST_F(ProgramViewGLTest, AZoomThatIsNoStepIsNamed) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    auto const printed = [&](std::string const& zoom) {
+        auto const result =
+            view({store, "--bare", "--size", "100x80", "--at", "300,200," + zoom, "--screenshot", path("a.png")});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        return result.out;
+    };
+    EXPECT_EQ(printed("0.75"), "zoom 0.744186, the nearest step to 0.75\n");
+    EXPECT_EQ(printed("0.5"), "");
+    auto const drawn = runVelmora({"render", store, "-o", path("b.png"), "--zoom", "0.75"});
+    EXPECT_NE(drawn.out.find("zoom 0.744186, the nearest step to 0.75"), std::string::npos) << drawn.out;
+}
+
 TEST_F(ProgramViewGLTest, TheAutomaticToneOfDeepPicturesIsAGamma) {
     // Half of the rows are 800, half 40000: the points are these.
     picture_ = testpictures::picture(500, 500, 1, 16, testpictures::Content::Flat);

@@ -39,6 +39,8 @@ Showing::Showing(std::shared_ptr<RenderBackendInstance> const& instance, std::st
     if (options.start) {
         camera_.magnifyTo(options.start->zoom, camera_.middle());
         camera_.lookAt({options.start->x, options.start->y});
+        std::string const note = camera_.zoom().noteFor(options.start->zoom);
+        if (!note.empty()) std::printf("%s\n", note.c_str());
     }
     // What the command line asks for and cannot be done ends the program; a key is only told so.
     picture_.enhance(switches_.steps());

@@ -86,3 +86,11 @@ TEST(ZoomTest, APictureOfOneSampleHasAPixelAtAnyZoom) {
     for (Zoom const& zoom : allZooms())
         EXPECT_GE(zoom.pixelsOf(1), 1U) << zoom.value();
 }
+
+TEST(ZoomTest, AStepThatWasNotAskedForIsNamed) {
+    EXPECT_EQ(Zoom::nearest(0.75, 4).noteFor(0.75), "zoom 0.744186, the nearest step to 0.75");
+    EXPECT_EQ(Zoom::nearest(2.4, 4).noteFor(2.4), "zoom 2, the nearest step to 2.4");
+    EXPECT_EQ(Zoom::nearest(100, 4).noteFor(100), "zoom 32, the nearest step to 100");
+    for (double const asked : {1.0, 2.0, 0.5, 0.25, 0.4, 0.744186, 32.0 / 43})
+        EXPECT_EQ(Zoom::nearest(asked, 4).noteFor(asked), "") << asked;
+}
