@@ -124,7 +124,7 @@ double drawInto(std::string const& output, Shape const& shape, size_t tileBytes,
 
 void report(Options const& options, Shape const& drawn, size_t width, size_t height, std::string const& description,
             double seconds) {
-    std::printf("%s: %zu x %zu pixels of %s (%zu x %zu, %s), %zu bits a sample, in %.2f s\n", options.output.c_str(),
+    std::printf("%s: %zu x %zu pixels of %s (%zu x %zu, %s), %zu bits per sample, in %.2f s\n", options.output.c_str(),
                 drawn.width, drawn.height, options.image.empty() ? "the built-in picture" : options.image.c_str(),
                 width, height, description.c_str(), drawn.bits, seconds);
 }
@@ -224,10 +224,10 @@ void addRenderCommand(CLI::App& program) {
         ->type_name("X,Y,W,H")
         ->check(checkRegion);
     command
-        ->add_option(
-            "--zoom", options->zoom,
-            "Pixels drawn along one of the picture's: a whole number, or below 1 one of 32 steps to a halving, the "
-            "nearest. Of an image a store is made first")
+        ->add_option("--zoom", options->zoom,
+                     "Pixels drawn per pixel of the picture: a whole number, or below 1 the nearest of 32 steps per "
+                     "halving. Of an "
+                     "image a store is made first")
         ->capture_default_str()
         ->type_name("Z")
         ->check(checkZoom);

@@ -293,13 +293,13 @@ TEST_F(ProgramRenderDeepGLTest, ATiffKeepsSixteenBits) {
     auto const all = testimages::pattern16(301, 207, 3);
     for (std::string const& picture : {file_, store_}) {
         std::string const words = rendered({picture}, "whole.tif");
-        EXPECT_TRUE(contains(words, "16 bits a sample")) << words;
+        EXPECT_TRUE(contains(words, "16 bits per sample")) << words;
         EXPECT_EQ(testimages::read16ByVips(folder_.path("whole.tif")), all);
         rendered({picture, "-r", "300,206,1,1"}, "part.tiff");
         EXPECT_EQ(testimages::read16ByVips(folder_.path("part.tiff")),
                   std::vector<std::uint16_t>(all.end() - 3, all.end()));
     }
-    EXPECT_TRUE(contains(rendered({store_, "--zoom", "0.5"}, "small.tif"), "16 bits a sample"));
+    EXPECT_TRUE(contains(rendered({store_, "--zoom", "0.5"}, "small.tif"), "16 bits per sample"));
     EXPECT_EQ(testimages::read16ByVips(folder_.path("small.tif")).size(), 151u * 104 * 3);
 }
 
@@ -309,19 +309,19 @@ TEST_F(ProgramRenderDeepGLTest, EightBitsAreTheUpperOnesAndTheClosingLineSaysSo)
         {{file_, "--bits", "8"}, "a.tif"}, {{store_, "--bits", "8"}, "a.tif"}, {{file_}, "b.png"}, {{store_}, "b.png"}};
     for (auto const& [arguments, name] : runs) {
         std::string const words = rendered(arguments, name);
-        EXPECT_TRUE(contains(words, " 8 bits a sample")) << words;
+        EXPECT_TRUE(contains(words, " 8 bits per sample")) << words;
         EXPECT_THROW(testimages::read16ByVips(folder_.path(name)), std::runtime_error);
         EXPECT_EQ(testimages::difference(testimages::readByVips(folder_.path(name)), upper), "");
     }
     for (std::string const& picture : {file_, store_}) {
-        EXPECT_TRUE(contains(rendered({picture, "--srgb"}, "c.tif"), " 8 bits a sample"));
-        EXPECT_TRUE(contains(rendered({picture, "--zoom", "0.5", "--smooth"}, "d.tif"), " 8 bits a sample"));
+        EXPECT_TRUE(contains(rendered({picture, "--srgb"}, "c.tif"), " 8 bits per sample"));
+        EXPECT_TRUE(contains(rendered({picture, "--zoom", "0.5", "--smooth"}, "d.tif"), " 8 bits per sample"));
     }
 }
 
 TEST_F(ProgramRenderDeepGLTest, APngHasSixteenBitsWhereTheyAreAskedFor) {
     for (std::string const& picture : {file_, store_}) {
-        EXPECT_TRUE(contains(rendered({picture, "--bits", "16"}, "b.png"), "16 bits a sample"));
+        EXPECT_TRUE(contains(rendered({picture, "--bits", "16"}, "b.png"), "16 bits per sample"));
         EXPECT_EQ(testimages::read16ByVips(folder_.path("b.png")), testimages::pattern16(301, 207, 3));
     }
 }
