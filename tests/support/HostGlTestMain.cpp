@@ -1,8 +1,9 @@
-// The main of GL tests that stand where a host stands: they link the shared library and read files. GL objects are the
-// library's own there, so none are counted.
-#include "tests/support/EnabledVertexArrays.h"
+// The main of GL tests that stand where a host stands: they link the shared library, read files and make contexts of their
+// own. After each test it looks at what that left behind.
+#include "tests/support/ContextFindings.h"
 #include "tests/support/GlErrors.h"
 #include "tests/support/GlImplementation.h"
+#include "tests/support/LivingGlObjects.h"
 
 #include <gtest/gtest.h>
 
@@ -11,10 +12,21 @@
 namespace {
 
 class Janitor : public ::testing::EmptyTestEventListener {
-    void OnTestEnd(::testing::TestInfo const& /*test*/) override {
-        for (auto const& finding : enabled_vertex_arrays::findings())
+    void OnTestStart(::testing::TestInfo const&) override {
+        for (auto const& finding : context_findings::take())
+            ADD_FAILURE() << "before the test: " << finding;
+        before_ = living_gl_objects::snapshot();
+    }
+
+    // Fixtures, and their contexts, are gone by now.
+    void OnTestEnd(::testing::TestInfo const&) override {
+        for (auto const& finding : context_findings::take())
+            ADD_FAILURE() << finding;
+        for (auto const& finding : living_gl_objects::findingsSince(before_))
             ADD_FAILURE() << finding;
     }
+
+    living_gl_objects::Snapshot before_;
 };
 
 } // namespace

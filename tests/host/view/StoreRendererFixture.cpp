@@ -2,7 +2,6 @@
 
 #include "host/view/PictureTile.h"
 #include "tests/host/store/LevelModel.h"
-#include "tests/support/GlErrors.h"
 
 #include <cmath>
 
@@ -29,10 +28,6 @@ Bytes renderedBy(StoreRenderer& renderer, std::size_t level, Region const& regio
 }
 
 } // namespace
-
-void StoreRendererFixture::TearDown() {
-    EXPECT_EQ(gl_errors::findings(), std::vector<std::string>());
-}
 
 StoreInfo StoreRendererFixture::import(Picture const& picture, std::size_t tileSize,
                                        std::optional<std::size_t> levels) const {

@@ -14,12 +14,10 @@
 #include <string>
 #include <vector>
 
-/// A store and an instance that draws it. GL errors fail a test.
+/// A store and an instance that draws it.
 class StoreRendererFixture : public testing::Test {
 protected:
     using Bytes = std::vector<std::uint8_t>;
-
-    void TearDown() override;
 
     StoreInfo import(testpictures::Picture const& picture, std::size_t tileSize,
                      std::optional<std::size_t> levels = std::nullopt) const;
