@@ -1,5 +1,7 @@
 #include "host/HostError.h"
 
+#include "host/TerminalText.h"
+
 #include <sstream>
 
 HostError::HostError(Kind kind, std::string const& text) : std::runtime_error(onOneLine(text)), kind_(kind) {}
@@ -16,5 +18,5 @@ std::string onOneLine(std::string const& text) {
         if (!joined.empty()) joined += "; ";
         joined += line.substr(first, last - first + 1);
     }
-    return joined;
+    return terminalText(joined);
 }

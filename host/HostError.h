@@ -22,7 +22,7 @@ public:
         NoDisplay,
     };
 
-    /// Line feeds in `text`, which messages of other libraries may hold, become "; ".
+    /// `text` may hold names and texts out of files and messages of other libraries: what() is onOneLine() of it.
     HostError(Kind kind, std::string const& text);
 
     Kind kind() const { return kind_; }
@@ -31,5 +31,6 @@ private:
     Kind kind_;
 };
 
-/// The text on one line: lines are joined by "; ", blank ends and empty lines dropped.
+/// The text on one line, for a terminal: lines are joined by "; ", blank ends and empty lines dropped, and the rest is
+/// terminalText().
 std::string onOneLine(std::string const& text);

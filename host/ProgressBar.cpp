@@ -1,5 +1,7 @@
 #include "host/ProgressBar.h"
 
+#include "host/TerminalText.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -22,8 +24,11 @@ std::string timeLeft(std::chrono::steady_clock::duration elapsed, size_t done, s
 
 } // namespace
 
-ProgressBar::ProgressBar(std::string title, std::FILE* stream, size_t pixelsPerStep)
-    : title_(std::move(title)), stream_(stream), pixelsPerStep_(pixelsPerStep), shown_(isatty(fileno(stream)) == 1) {}
+ProgressBar::ProgressBar(std::string const& title, std::FILE* stream, size_t pixelsPerStep)
+    : title_(terminalText(title)),
+      stream_(stream),
+      pixelsPerStep_(pixelsPerStep),
+      shown_(isatty(fileno(stream)) == 1) {}
 
 ProgressBar::~ProgressBar() {
     if (!drawn_) return;

@@ -13,7 +13,7 @@
 class ProgressBar {
 public:
     /// pixelsPerStep: where it is not 0, the line says how many million pixels a second are done.
-    ProgressBar(std::string title, std::FILE* stream, size_t pixelsPerStep = 0);
+    ProgressBar(std::string const& title, std::FILE* stream, size_t pixelsPerStep = 0);
     /// Wipes the line.
     ~ProgressBar();
 

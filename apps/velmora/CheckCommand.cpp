@@ -2,6 +2,7 @@
 #include "apps/velmora/Interruption.h"
 #include "host/HostError.h"
 #include "host/ProgressBar.h"
+#include "host/TerminalText.h"
 #include "host/store/StoreCheck.h"
 
 #include <cstdio>
@@ -22,13 +23,13 @@ StoreCheckResult checkWithProgress(std::string const& path) {
 void check(std::string const& path) {
     StoreCheckResult const result = checkWithProgress(path);
     for (std::string const& description : result.descriptions)
-        std::printf("%s\n", description.c_str());
+        std::printf("%s\n", terminalText(description).c_str());
     if (result.damages > 0)
         throw HostError(HostError::Kind::DamagedStore, "the tile store '" + path + "' is damaged in " +
                                                            std::to_string(result.damages) +
                                                            " places; import the picture again, or restore the file "
                                                            "from a copy");
-    std::printf("%s: %zu tiles, all as they were written\n", path.c_str(), result.tiles);
+    std::printf("%s: %zu tiles, all as they were written\n", terminalText(path).c_str(), result.tiles);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/Interruption.h"
 #include "host/ProgressBar.h"
+#include "host/TerminalText.h"
 #include "host/store/StoreExporter.h"
 
 #include <cstdio>
@@ -24,8 +25,9 @@ void exportTiff(Options const& options) {
             bar.update(done, total);
         });
     }
-    std::printf("%s: %zu x %zu pixels, %s, %zu bits a sample, of %s\n", options.output.c_str(), info.width, info.height,
-                info.interpretation.c_str(), info.bits, options.store.c_str());
+    std::printf("%s: %zu x %zu pixels, %s, %zu bits a sample, of %s\n", terminalText(options.output).c_str(),
+                info.width, info.height, terminalText(info.interpretation).c_str(), info.bits,
+                terminalText(options.store).c_str());
 }
 
 } // namespace

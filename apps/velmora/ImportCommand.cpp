@@ -1,6 +1,7 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/PictureFiles.h"
 #include "host/HostError.h"
+#include "host/TerminalText.h"
 #include "host/store/StoreImporter.h"
 
 #include <charconv>
@@ -83,8 +84,9 @@ void import(Options const& options) {
     StoreInfo const info = picturefiles::importWithProgress(files.image, files.store, importOptions);
     std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;
     double const megapixels = static_cast<double>(info.width) * static_cast<double>(info.height) / 1e6;
-    std::printf("%s: %zu x %zu pixels of %s in %zu levels, %ju bytes in %.2f s, %.1f Mpixel/s\n", files.store.c_str(),
-                info.width, info.height, importOptions.sourceName.c_str(), info.levels,
+    std::printf("%s: %zu x %zu pixels of %s in %zu levels, %ju bytes in %.2f s, %.1f Mpixel/s\n",
+                terminalText(files.store).c_str(), info.width, info.height,
+                terminalText(importOptions.sourceName).c_str(), info.levels,
                 static_cast<std::uintmax_t>(std::filesystem::file_size(files.store)), seconds.count(),
                 megapixels / seconds.count());
 }

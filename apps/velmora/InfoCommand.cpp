@@ -2,6 +2,7 @@
 #include "host/GlInfo.h"
 #include "host/SurfacelessContext.h"
 #include "host/store/TileStore.h"
+#include "host/TerminalText.h"
 
 #include <array>
 #include <cstdio>
@@ -11,7 +12,7 @@
 namespace {
 
 void printText(char const* name, std::string const& value) {
-    std::printf("%-24s%s\n", name, value.c_str());
+    std::printf("%-24s%s\n", name, terminalText(value).c_str());
 }
 
 void printNumber(char const* name, std::int64_t value) {

@@ -12,6 +12,7 @@
 #include "host/ProgressBar.h"
 #include "host/RegionRenderer.h"
 #include "host/SurfacelessContext.h"
+#include "host/TerminalText.h"
 #include "host/store/TileStore.h"
 #include "host/view/StoreRenderer.h"
 #include "renderbackend/RenderBackendInstance.h"
@@ -124,9 +125,10 @@ double drawInto(std::string const& output, Shape const& shape, size_t tileBytes,
 
 void report(Options const& options, Shape const& drawn, size_t width, size_t height, std::string const& description,
             double seconds) {
-    std::printf("%s: %zu x %zu pixels of %s (%zu x %zu, %s), %zu bits per sample, in %.2f s\n", options.output.c_str(),
-                drawn.width, drawn.height, options.image.empty() ? "the built-in picture" : options.image.c_str(),
-                width, height, description.c_str(), drawn.bits, seconds);
+    std::string const picture = options.image.empty() ? "the built-in picture" : options.image;
+    std::printf("%s: %zu x %zu pixels of %s (%zu x %zu, %s), %zu bits per sample, in %.2f s\n",
+                terminalText(options.output).c_str(), drawn.width, drawn.height, terminalText(picture).c_str(), width,
+                height, terminalText(description).c_str(), drawn.bits, seconds);
 }
 
 void renderImage(Options const& options) {

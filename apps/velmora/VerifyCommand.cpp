@@ -6,6 +6,7 @@
 #include "host/HostError.h"
 #include "host/ProgressBar.h"
 #include "host/SurfacelessContext.h"
+#include "host/TerminalText.h"
 #include "renderbackend/RenderBackendInstance.h"
 
 #include <nlohmann/json.hpp>
@@ -72,7 +73,7 @@ void printRow(std::string const& name, std::uint64_t pixels, std::uint64_t diffe
 }
 
 void printTable(std::vector<Outcome> const& outcomes, GlInfo const& gl) {
-    std::printf("%s, %s\n\n", gl.renderer.c_str(), gl.version.c_str());
+    std::printf("%s, %s\n\n", terminalText(gl.renderer).c_str(), terminalText(gl.version).c_str());
     std::printf("%-24s%16s%18s%11s\n", "filter", "pixels tried", "differing bytes", "seconds");
     for (Outcome const& outcome : outcomes) {
         printRow(outcome.filter, outcome.tally.pixels, outcome.tally.differingBytes, outcome.seconds);
@@ -102,7 +103,8 @@ void printJson(std::vector<Outcome> const& outcomes, GlInfo const& gl, bool full
     report["differingBytes"] = totals.differingBytes;
     report["exact"] = totals.inexact == 0;
     report["seconds"] = totals.seconds;
-    std::cout << report.dump(2) << '\n';
+    // JSON is UTF-8; what a driver says may be anything.
+    std::cout << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 
 void verify(Options const& options) {

@@ -65,10 +65,19 @@ TEST(ProgramVerifyGLTest, WrongBytesInEveryFilterAreExitCode1) {
     EXPECT_EQ(report["differingBytes"].get<std::uint64_t>(), differingBytes);
 }
 
+TEST(ProgramVerifyGLTest, TheNameOfADriverIsShownAndNotObeyed) {
+    for (std::string const command : {"verify", "info"}) {
+        auto const result = runVelmora({command}, {{"LD_PRELOAD", VELMORA_BROKEN_GL}});
+        EXPECT_NE(result.out.find("broken \"\\xff\\x1b[2J\""), std::string::npos) << result.out;
+        EXPECT_EQ((result.out + result.err).find('\x1b'), std::string::npos) << result.err;
+    }
+}
+
 TEST(ProgramVerifyGLTest, FilterThatCannotRunIsAFailureOfItsOwnAndExitCode1) {
     auto const result = runVelmora({"verify", "--json"}, {{"LD_PRELOAD", VELMORA_BROKEN_GL}});
     EXPECT_EQ(result.exitCode, 1);
     auto const report = nlohmann::json::parse(result.out);
+    EXPECT_EQ(report["renderer"], "broken \"\xef\xbf\xbd\x1b[2J\"") << "the byte that is no UTF-8 has been replaced";
     EXPECT_EQ(report["filters"].size(), description::names().size());
     for (auto const& filter : report["filters"])
         EXPECT_NE(filter["failure"].get<std::string>().find("Failed to setup render to texture"), std::string::npos)

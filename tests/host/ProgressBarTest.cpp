@@ -93,6 +93,14 @@ TEST(ProgressBarTest, TerminalSeesTheBarAndAWipedLineAtTheEnd) {
     EXPECT_EQ(text.substr(text.size() - full.size() - wiped.size()), full + wiped);
 }
 
+TEST(ProgressBarTest, ATitleIsShownAndNotObeyed) {
+    PseudoTerminal const terminal;
+    ASSERT_NE(terminal.stream(), nullptr);
+    ProgressBar bar("a\x1b[2J.png", terminal.stream());
+    bar.update(2, 2);
+    EXPECT_NE(terminal.writtenUpTo("100%").find("a\\x1b[2J.png  ["), std::string::npos);
+}
+
 TEST(ProgressBarTest, AFileSeesNothing) {
     std::FILE* const file = std::tmpfile();
     ASSERT_NE(file, nullptr);
