@@ -12,7 +12,7 @@
 namespace {
 
 StoreCheckResult checkWithProgress(std::string const& path) {
-    TileStore store(path);
+    TileStore store(path, interruption::throwIfNoted);
     ProgressBar bar(path, stderr);
     return checkStore(store, [&](size_t done, size_t total) {
         interruption::throwIfNoted();

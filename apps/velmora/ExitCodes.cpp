@@ -14,7 +14,7 @@ constexpr std::array<Row, 15> kTable{
     {{kExitSuccess, "done"},
      {kExitInternalError, "internal error, out of memory, or verify found differences"},
      {kExitUsage, "the command line is not understood"},
-     {kExitMissingFile, "an input file cannot be opened"},
+     {kExitMissingFile, "an input file cannot be opened or read"},
      {kExitUnreadableImage, "a file is no image, or is damaged"},
      {kExitRegionOutside, "the region does not lie in the picture"},
      {kExitUnwritableOutput, "the output cannot be written"},

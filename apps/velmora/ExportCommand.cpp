@@ -16,7 +16,7 @@ struct Options {
 };
 
 void exportTiff(Options const& options) {
-    TileStore store(options.store);
+    TileStore store(options.store, interruption::throwIfNoted);
     StoreInfo const& info = store.info();
     {
         ProgressBar bar(options.output, stderr, info.width);

@@ -1,8 +1,9 @@
 #include "apps/velmora/Commands.h"
+#include "apps/velmora/Interruption.h"
 #include "host/GlInfo.h"
 #include "host/SurfacelessContext.h"
-#include "host/store/TileStore.h"
 #include "host/TerminalText.h"
+#include "host/store/TileStore.h"
 
 #include <array>
 #include <cstdio>
@@ -52,7 +53,7 @@ std::string micronsText(StoreInfo const& store) {
 }
 
 void storeInfo(std::string const& path) {
-    TileStore const store(path);
+    TileStore const store(path, interruption::throwIfNoted);
     StoreInfo const& info = store.info();
     auto const number = [](char const* name, size_t value) { printNumber(name, static_cast<std::int64_t>(value)); };
     number("width", info.width);

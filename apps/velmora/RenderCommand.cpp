@@ -158,18 +158,19 @@ Zoom zoomOf(Options const& options, StoreInfo const& info) {
 }
 
 void renderStore(Options const& options, std::string const& store) {
-    StoreInfo const info = TileStore(store).info();
+    StoreInfo const info = TileStore(store, interruption::throwIfNoted).info();
     Zoom const zoom = zoomOf(options, info);
     std::string const note = zoom.noteFor(options.zoom);
     Region const wanted = chosenRegion(options, info.width, info.height);
     Region const region = StoreRenderer::regionAt(info, zoom, wanted);
     Shape const shape = {region.width, region.height, EnhancedRenderer::bandsOf(info.bands, options.steps),
                          bitsOf(options, info.bits)};
-    double const seconds = drawInto(options.output, shape, kBandBudgetBytes,
-                                    [&](auto const& instance, auto const& write, auto const& progress) {
-                                        StoreRenderer(instance, store, options.steps, shape.bits)
-                                            .render(zoom, options.smooth, region, write, progress);
-                                    });
+    double const seconds =
+        drawInto(options.output, shape, kBandBudgetBytes,
+                 [&](auto const& instance, auto const& write, auto const& progress) {
+                     StoreRenderer(instance, store, options.steps, interruption::throwIfNoted, shape.bits)
+                         .render(zoom, options.smooth, region, write, progress);
+                 });
     report(options, shape, info.width, info.height,
            printableText(info.interpretation) + ", " + std::to_string(info.bits) + " bits, store of " +
                std::to_string(info.levels) + " levels" + (note.empty() ? "" : ", " + note),

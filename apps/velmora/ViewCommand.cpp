@@ -1,5 +1,6 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/FilterOptions.h"
+#include "apps/velmora/Interruption.h"
 #include "apps/velmora/view/Viewer.h"
 
 #include <algorithm>
@@ -118,6 +119,7 @@ void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
     if (!texts.script.empty()) options.script = Script::read(texts.script);
     options.picture.threads = options.importJobs;
     options.picture.showHoles = true;
+    options.picture.interruption = interruption::throwIfNoted;
     Viewer(options).run();
 }
 

@@ -2,43 +2,144 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <cerrno>
+#include <exception>
+#include <limits>
 #include <new>
 #include <system_error>
+#include <utility>
 
 namespace sqlite {
 
 namespace {
 
 constexpr int kPrimaryCode = 0xff;
+constexpr int kStepsACheck = 10'000;
 
-// Of a failed write SQLite itself says "disk I/O error"; the system says why.
-Failure failureOf(sqlite3* database) {
-    int const code = sqlite3_errcode(database) & kPrimaryCode;
-    int const known = sqlite3_system_errno(database);
-    int const reason = known != 0 ? known : errno; // of a failed commit only errno knows
-    bool const system = (code == SQLITE_IOERR || code == SQLITE_FULL || code == SQLITE_CANTOPEN) && reason != 0;
-    return Failure(system ? std::generic_category().message(reason) : sqlite3_errmsg(database), code);
+struct Setting {
+    int option;
+    int value;
+};
+
+// As SQLite's page "Defense Against The Dark Arts" has it.
+constexpr std::array<Setting, 7> kDefences{{{SQLITE_DBCONFIG_DEFENSIVE, 1},
+                                            {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+                                            {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+                                            {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+                                            {SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0},
+                                            {SQLITE_DBCONFIG_DQS_DDL, 0},
+                                            {SQLITE_DBCONFIG_DQS_DML, 0}}};
+
+// Far above what our statements and our tables take.
+constexpr std::array<Setting, 10> kLimits{{{SQLITE_LIMIT_LENGTH, Database::kFirstRowBytes},
+                                           {SQLITE_LIMIT_SQL_LENGTH, 1024},
+                                           {SQLITE_LIMIT_COLUMN, 16},
+                                           {SQLITE_LIMIT_EXPR_DEPTH, 16},
+                                           {SQLITE_LIMIT_COMPOUND_SELECT, 2},
+                                           {SQLITE_LIMIT_FUNCTION_ARG, 8},
+                                           {SQLITE_LIMIT_ATTACHED, 0},
+                                           {SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 64},
+                                           {SQLITE_LIMIT_TRIGGER_DEPTH, 1},
+                                           {SQLITE_LIMIT_WORKER_THREADS, 0}}};
+
+constexpr auto kReadingSettings = "PRAGMA mmap_size = 0; PRAGMA query_only = ON; PRAGMA cell_size_check = ON";
+
+// A name of a file as SQLite takes one that says how to open it.
+std::string immutableUri(std::string const& path) {
+    constexpr auto kDigits = "0123456789abcdef";
+    // An absolute path follows an empty name of a machine.
+    std::string uri = path.rfind('/', 0) == 0 ? "file://" : "file:";
+    for (char const character : path) {
+        if (character != '%' && character != '?' && character != '#') {
+            uri += character;
+            continue;
+        }
+        auto const byte = static_cast<unsigned char>(character);
+        uri += {'%', kDigits[byte >> 4], kDigits[byte & 0xf]};
+    }
+    return uri + "?immutable=1";
 }
 
 } // namespace
 
-void Database::Close::operator()(sqlite3* handle) const {
-    sqlite3_close(handle);
+struct Database::State {
+    explicit State(Interruption&& check) : interruption(std::move(check)) {}
+    State(State const&) = delete;
+    State& operator=(State const&) = delete;
+    ~State() { sqlite3_close(handle); }
+
+    void open(std::string const& path, Mode mode) {
+        bool const reads = mode == Mode::ReadOnly;
+        int const flags =
+            (reads ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX;
+        errno = 0;
+        int const code = sqlite3_open_v2((reads ? immutableUri(path) : path).c_str(), &handle, flags, nullptr);
+        if (handle == nullptr) throw std::bad_alloc();
+        if (code != SQLITE_OK) fail();
+        sqlite3_progress_handler(handle, kStepsACheck, &State::check, this);
+        if (reads) defend();
+    }
+
+    void defend() {
+        for (Setting const& setting : kDefences)
+            sqlite3_db_config(handle, setting.option, setting.value, nullptr);
+        for (Setting const& setting : kLimits)
+            sqlite3_limit(handle, setting.option, setting.value);
+        execute(kReadingSettings);
+    }
+
+    void execute(char const* statements) {
+        begin();
+        if (sqlite3_exec(handle, statements, nullptr, nullptr, nullptr) != SQLITE_OK) fail();
+    }
+
+    void begin() {
+        errno = 0;
+        checks = 0;
+    }
+
+    // Of a failed write SQLite itself says "disk I/O error"; the system says why.
+    [[noreturn]] void fail() {
+        if (thrown) std::rethrow_exception(std::exchange(thrown, nullptr));
+        int const extended = sqlite3_extended_errcode(handle);
+        int const code = extended & kPrimaryCode;
+        if (code == SQLITE_NOMEM || extended == SQLITE_IOERR_NOMEM) throw std::bad_alloc();
+        if (code == SQLITE_INTERRUPT) throw Failure("reading it takes too many steps", code);
+        int const known = sqlite3_system_errno(handle);
+        int const reason = known != 0 ? known : errno; // of a failed commit only errno knows
+        bool const system = (code == SQLITE_IOERR || code == SQLITE_FULL || code == SQLITE_CANTOPEN) && reason != 0;
+        throw Failure(system ? std::generic_category().message(reason) : sqlite3_errmsg(handle), code);
+    }
+
+    // Not 0: the statement ends. No exception may pass through SQLite.
+    static int check(void* database) {
+        auto& self = *static_cast<State*>(database);
+        if (++self.checks > self.maxChecks) return 1;
+        try {
+            if (self.interruption) self.interruption();
+        } catch (...) {
+            self.thrown = std::current_exception();
+        }
+        return self.thrown ? 1 : 0;
+    }
+
+    sqlite3* handle = nullptr;
+    Interruption interruption;
+    std::exception_ptr thrown;
+    size_t checks = 0; // of the present statement
+    size_t maxChecks = std::numeric_limits<size_t>::max();
+};
+
+Database::Database(std::string const& path, Mode mode, Interruption interruption)
+    : state_(std::make_unique<State>(std::move(interruption))) {
+    state_->open(path, mode);
 }
 
-Database::Database(std::string const& path, Mode mode) {
-    int const access = mode == Mode::ReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
-    sqlite3* opened = nullptr;
-    int const code = sqlite3_open_v2(path.c_str(), &opened, access | SQLITE_OPEN_NOMUTEX, nullptr);
-    handle_.reset(opened);
-    if (opened == nullptr) throw std::bad_alloc();
-    if (code != SQLITE_OK) throw failureOf(opened);
-}
+Database::~Database() = default;
 
 void Database::execute(std::string const& statements) {
-    errno = 0;
-    if (sqlite3_exec(handle(), statements.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) throw failureOf(handle());
+    state_->execute(statements.c_str());
 }
 
 std::int64_t Database::number(std::string const& statement) {
@@ -46,13 +147,23 @@ std::int64_t Database::number(std::string const& statement) {
     return query.step() ? query.integer(0) : 0;
 }
 
+void Database::limitRows(size_t bytes) {
+    sqlite3_limit(state_->handle, SQLITE_LIMIT_LENGTH, static_cast<int>(bytes));
+}
+
+void Database::limitSteps(size_t steps) {
+    state_->maxChecks = steps / kStepsACheck;
+}
+
 void Statement::Finalize::operator()(sqlite3_stmt* statement) const {
     sqlite3_finalize(statement);
 }
 
-Statement::Statement(Database& database, std::string const& text) : database_(database.handle()) {
+Statement::Statement(Database& database, std::string const& text) : database_(*database.state_) {
+    database_.begin();
     sqlite3_stmt* prepared = nullptr;
-    int const code = sqlite3_prepare_v2(database_, text.c_str(), static_cast<int>(text.size()), &prepared, nullptr);
+    int const code =
+        sqlite3_prepare_v2(database_.handle, text.c_str(), static_cast<int>(text.size()), &prepared, nullptr);
     statement_.reset(prepared);
     require(code);
 }
@@ -74,10 +185,10 @@ void Statement::bindNull(int parameter) {
 }
 
 bool Statement::step() {
-    errno = 0;
+    database_.begin();
     int const code = sqlite3_step(statement_.get());
     if (code == SQLITE_ROW) return true;
-    if (code != SQLITE_DONE) throw failureOf(database_);
+    if (code != SQLITE_DONE) database_.fail();
     return false;
 }
 
@@ -86,8 +197,19 @@ void Statement::reset() {
     sqlite3_reset(statement_.get());
 }
 
-bool Statement::isNull(int column) const {
-    return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
+Statement::Type Statement::type(int column) const {
+    switch (sqlite3_column_type(statement_.get(), column)) {
+    case SQLITE_INTEGER:
+        return Type::Integer;
+    case SQLITE_FLOAT:
+        return Type::Real;
+    case SQLITE_TEXT:
+        return Type::Text;
+    case SQLITE_BLOB:
+        return Type::Blob;
+    default:
+        return Type::Null;
+    }
 }
 
 std::int64_t Statement::integer(int column) const {
@@ -96,18 +218,23 @@ std::int64_t Statement::integer(int column) const {
 
 std::string Statement::text(int column) const {
     auto const* const text = reinterpret_cast<char const*>(sqlite3_column_text(statement_.get(), column));
-    return text == nullptr ? ""
-                           : std::string(text, static_cast<size_t>(sqlite3_column_bytes(statement_.get(), column)));
+    if (text == nullptr) return requireMemory(), "";
+    return {text, static_cast<size_t>(sqlite3_column_bytes(statement_.get(), column))};
 }
 
 std::vector<std::uint8_t> Statement::blob(int column) const {
     auto const* const bytes = static_cast<std::uint8_t const*>(sqlite3_column_blob(statement_.get(), column));
-    if (bytes == nullptr) return {};
+    if (bytes == nullptr) return requireMemory(), std::vector<std::uint8_t>();
     return {bytes, bytes + sqlite3_column_bytes(statement_.get(), column)};
 }
 
+// A column without bytes is told apart from one that there is no memory for.
+void Statement::requireMemory() const {
+    if (sqlite3_errcode(database_.handle) == SQLITE_NOMEM) throw std::bad_alloc();
+}
+
 void Statement::require(int code) const {
-    if (code != SQLITE_OK) throw failureOf(database_);
+    if (code != SQLITE_OK) database_.fail();
 }
 
 } // namespace sqlite

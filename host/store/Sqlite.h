@@ -1,12 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-struct sqlite3;
 struct sqlite3_stmt;
 
 /// The little of SQLite that a tile store needs, with owners of its handles.
@@ -23,23 +24,37 @@ private:
     int code_;
 };
 
+/// Asked now and then while a statement runs. What it throws ends the statement, and reaches who runs it.
+using Interruption = std::function<void()>;
+
+/// One thread at a time. Every operation throws Failure, std::bad_alloc and what the interruption throws.
 class Database {
 public:
+    /// ReadOnly is for files that may come from anywhere and that nobody changes: SQLite takes no locks, looks for no
+    /// journal and no log beside the file, makes none, maps no memory, and runs nothing that the file's schema says. Its
+    /// rows have at most kFirstRowBytes until limitRows().
     enum class Mode { ReadOnly, ReadWrite };
+    static constexpr std::size_t kFirstRowBytes = 16 * 1024;
 
-    /// Opens a file that exists. One thread at a time. Throws Failure.
-    Database(std::string const& path, Mode mode);
+    /// Opens a file that exists.
+    Database(std::string const& path, Mode mode, Interruption interruption = {});
+    ~Database();
+    Database(Database const&) = delete;
+    Database& operator=(Database const&) = delete;
 
     void execute(std::string const& statements);
     /// The number that a statement without parameters gives first.
     std::int64_t number(std::string const& statement);
-    sqlite3* handle() const { return handle_.get(); }
+
+    /// A row of more bytes is a Failure from now on.
+    void limitRows(std::size_t bytes);
+    /// A statement that takes more steps of SQLite's machine, roughly, is a Failure from now on.
+    void limitSteps(std::size_t steps);
 
 private:
-    struct Close {
-        void operator()(sqlite3* handle) const;
-    };
-    std::unique_ptr<sqlite3, Close> handle_;
+    friend class Statement;
+    struct State;
+    std::unique_ptr<State> state_;
 };
 
 /// A prepared statement; the database outlives it. Parameters count from 1, columns from 0. Texts and blobs that are
@@ -58,7 +73,9 @@ public:
     /// Ready for other parameters.
     void reset();
 
-    bool isNull(int column) const;
+    enum class Type { Null, Integer, Real, Text, Blob };
+    Type type(int column) const;
+    bool isNull(int column) const { return type(column) == Type::Null; }
     std::int64_t integer(int column) const;
     std::string text(int column) const;
     std::vector<std::uint8_t> blob(int column) const;
@@ -68,8 +85,9 @@ private:
         void operator()(sqlite3_stmt* statement) const;
     };
     void require(int code) const;
+    void requireMemory() const;
 
-    sqlite3* database_;
+    Database::State& database_;
     std::unique_ptr<sqlite3_stmt, Finalize> statement_;
 };
 

@@ -1,64 +1,44 @@
 #include "host/store/StoreCheck.h"
 
 #include "host/HostError.h"
+#include "host/store/TileOrder.h"
 
 #include <algorithm>
-#include <array>
+#include <optional>
 
 namespace {
-
-constexpr std::array<Band, 5> kBands{Band::LL, Band::HL, Band::LH, Band::HH, Band::Residual};
-
-// In the order in which the tiles lie in the file.
-template <class Visit>
-void forEachCell(StoreInfo const& info, size_t level, Visit const& visit) {
-    Extent const tiles = storegeometry::tileCount(info, level);
-    for (size_t row = 0; row < tiles.height; ++row)
-        for (size_t column = 0; column < tiles.width; ++column)
-            visit(TileAddress{level, Band::LL, 0, column, row});
-}
-
-template <class Visit>
-void forEachTile(StoreInfo const& info, TileAddress address, Visit const& visit) {
-    for (Band const band : kBands) {
-        address.band = band;
-        for (address.plane = 0; address.plane < info.bands; ++address.plane)
-            if (storegeometry::contains(info, address)) visit(address);
-    }
-}
-
-bool samePlace(TileAddress const& a, TileAddress const& b) {
-    return a.column == b.column && a.row == b.row;
-}
 
 void note(StoreCheckResult& result, std::string const& description) {
     if (result.damages++ < StoreCheckResult::kMaxDescribed) result.descriptions.push_back(description);
 }
 
-void checkTile(TileStore& store, TileAddress const& address, StoreCheckResult& result) {
+// Nothing where it throws what damage throws.
+template <class Read>
+auto noted(StoreCheckResult& result, Read const& read) -> std::optional<decltype(read())> {
     try {
-        store.tile(address);
+        return read();
     } catch (HostError const& error) {
         if (error.kind() != HostError::Kind::DamagedStore) throw;
         note(result, error.what());
+        return std::nullopt;
     }
 }
 
-bool hasData(TileStore& store, TileAddress const& cell) {
-    bool data = false;
-    forEachTile(store.info(), cell,
-                [&](TileAddress const& address) { data = data || store.uniformValue(address) != std::int16_t{0}; });
-    return data;
+// Whether the tile has data; nothing where it is damaged.
+std::optional<bool> checkTile(TileStore& store, TileAddress const& address, StoreCheckResult& result) {
+    return noted(result, [&] {
+        auto const value = store.uniformValue(address);
+        if (!value) store.tile(address);
+        return value != std::int16_t{0};
+    });
 }
 
-// Readers pass over the places that are not in the index.
-void checkIndex(TileStore& store, size_t level, StoreCheckResult& result) {
-    auto const indexed = store.cellsWithData(level);
-    std::vector<TileAddress> cells;
-    forEachCell(store.info(), level, [&](TileAddress const& cell) {
-        if (hasData(store, cell)) cells.push_back(cell);
-    });
-    if (!std::equal(cells.begin(), cells.end(), indexed.begin(), indexed.end(), samePlace))
+// Readers pass over the places that are not in the index, some older ones without testing it.
+void checkIndex(TileStore& store, size_t level, std::vector<TileAddress> const& places, StoreCheckResult& result) {
+    auto const read = noted(result, [&] { return store.cellsInIndex(level); });
+    if (!read || !*read) return;
+    auto const& indexed = **read;
+    if (!std::equal(places.begin(), places.end(), indexed.begin(), indexed.end(), tileorder::samePlace))
         note(result, "the tile store '" + store.path() + "' is damaged: the index of level " + std::to_string(level) +
                          " does not fit its tiles");
 }
@@ -69,20 +49,23 @@ StoreCheckResult checkStore(TileStore& store, CheckProgress const& progress) {
     size_t const expected = storegeometry::totalTiles(store.info());
     StoreCheckResult result;
     for (size_t level = 0; level <= store.info().levels; ++level) {
-        forEachCell(store.info(), level, [&](TileAddress const& cell) {
-            forEachTile(store.info(), cell, [&](TileAddress const& address) {
+        std::vector<TileAddress> places; // with data
+        tileorder::forEachPlace(store.info(), level, [&](TileAddress const& place) {
+            bool hasData = false;
+            tileorder::forEachTileAt(store.info(), place, [&](TileAddress const& address) {
                 progress(result.tiles, expected);
-                checkTile(store, address, result);
+                hasData = checkTile(store, address, result).value_or(true) || hasData;
                 ++result.tiles;
             });
+            if (hasData) places.push_back(place);
         });
         // What is missing or damaged is not in the index either, and need not be told twice.
-        if (result.damages == 0) checkIndex(store, level, result);
+        if (result.damages == 0) checkIndex(store, level, places, result);
     }
     progress(expected, expected);
-    size_t const stored = store.storedTiles();
-    if (stored > expected)
-        note(result, "the tile store '" + store.path() + "' holds " + std::to_string(stored) + " tiles instead of " +
-                         std::to_string(expected));
+    auto const stored = noted(result, [&] { return store.storedTiles(); });
+    if (stored && *stored > expected)
+        note(result, "the tile store '" + store.path() + "' is damaged: it holds " + std::to_string(*stored) +
+                         " tiles instead of " + std::to_string(expected));
     return result;
 }

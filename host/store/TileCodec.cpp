@@ -4,6 +4,8 @@
 #include <zstd.h>
 
 #include <algorithm>
+#include <array>
+#include <map>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -14,6 +16,7 @@ namespace {
 // matches are chance and cost more than the bytes alone.
 constexpr int kCompressionLevel = 1;
 constexpr int kShortestMatch = 7;
+constexpr size_t kMaxUniformChecksums = 64;
 
 using Bytes = std::vector<std::uint8_t>;
 using Samples = std::vector<std::int16_t>;
@@ -46,8 +49,14 @@ Samples toSamples(Bytes const& bytes, bool fold) {
     return samples;
 }
 
-std::uint32_t checksum(Bytes const& bytes) {
-    return static_cast<std::uint32_t>(crc32(0, bytes.data(), static_cast<uInt>(bytes.size())));
+std::uint32_t withBytes(std::uint32_t crc, std::uint8_t const* bytes, size_t count) {
+    return static_cast<std::uint32_t>(crc32(crc, bytes, static_cast<uInt>(count)));
+}
+
+// One frame that says it has so many bytes: what it says is known before it is believed.
+bool isFrameOf(Bytes const& data, size_t bytes) {
+    return ZSTD_getFrameContentSize(data.data(), data.size()) == bytes &&
+           ZSTD_findFrameCompressedSize(data.data(), data.size()) == data.size();
 }
 
 // Beyond the filled part there is 0, which says nothing about the picture.
@@ -71,8 +80,9 @@ Samples uniformSamples(std::int16_t value, Extent const& filled, size_t side) {
 } // namespace
 
 struct TileCodec::State {
-    State(StoreInfo const& storeInfo, std::int64_t version)
+    State(StoreInfo const& storeInfo, std::int64_t fileVersion)
         : info(storeInfo),
+          version(fileVersion),
           fold(version >= storeformat::kFoldedSignsVersion),
           compressor(ZSTD_createCCtx()),
           decompressor(ZSTD_createDCtx()) {
@@ -92,11 +102,41 @@ struct TileCodec::State {
         ZSTD_freeDCtx(decompressor);
     }
 
+    size_t tileBytes() const { return 2 * info.tileSize * info.tileSize; }
+
+    std::uint32_t keyChecksum(TileAddress const& address) const {
+        return version < storeformat::kSealedVersion ? 0 : storeformat::withKey(0, storeformat::keyOf(address));
+    }
+
+    std::uint32_t checksumOfBytes(TileAddress const& address) const {
+        return withBytes(keyChecksum(address), bytes.data(), bytes.size());
+    }
+
+    std::uint32_t checksumOfValue(TileAddress const& address, std::int16_t value) {
+        if (version < storeformat::kSealedVersion) return checksumOfUniformBytes(address, value);
+        auto const bits = static_cast<std::uint16_t>(value);
+        std::array<std::uint8_t, 2> const stored{static_cast<std::uint8_t>(bits), static_cast<std::uint8_t>(bits >> 8)};
+        return withBytes(keyChecksum(address), stored.data(), stored.size());
+    }
+
+    // Most uniform tiles of a store have the same value and fill their place: the sum over all their bytes is taken once.
+    std::uint32_t checksumOfUniformBytes(TileAddress const& address, std::int16_t value) {
+        Extent const filled = storegeometry::filledPart(info, address);
+        std::array<size_t, 3> const which{static_cast<std::uint16_t>(value), filled.width, filled.height};
+        auto const known = uniformChecksums.find(which);
+        if (known != uniformChecksums.end()) return known->second;
+        if (uniformChecksums.size() == kMaxUniformChecksums) uniformChecksums.clear();
+        toBytes(uniformSamples(value, filled, info.tileSize), fold, bytes);
+        return uniformChecksums.emplace(which, withBytes(0, bytes.data(), bytes.size())).first->second;
+    }
+
     StoreInfo info;
+    std::int64_t version;
     bool fold;
     ZSTD_CCtx* compressor;
     ZSTD_DCtx* decompressor;
     Bytes bytes;
+    std::map<std::array<size_t, 3>, std::uint32_t> uniformChecksums;
 };
 
 TileCodec::TileCodec(StoreInfo const& info, std::int64_t version) : state_(std::make_unique<State>(info, version)) {}
@@ -104,10 +144,14 @@ TileCodec::TileCodec(StoreInfo const& info, std::int64_t version) : state_(std::
 TileCodec::~TileCodec() = default;
 
 StoredTile TileCodec::encode(RawTile const& tile) {
+    StoredTile stored{tile.address, uniformValue(tile, state_->info.tileSize), 0, {}};
+    if (stored.value) {
+        stored.crc = state_->checksumOfValue(tile.address, *stored.value);
+        return stored;
+    }
     Bytes& bytes = state_->bytes;
     toBytes(tile.samples, state_->fold, bytes);
-    StoredTile stored{tile.address, uniformValue(tile, state_->info.tileSize), checksum(bytes), {}};
-    if (stored.value) return stored;
+    stored.crc = state_->checksumOfBytes(tile.address);
     stored.data.resize(ZSTD_compressBound(bytes.size()));
     size_t const size =
         ZSTD_compress2(state_->compressor, stored.data.data(), stored.data.size(), bytes.data(), bytes.size());
@@ -118,17 +162,24 @@ StoredTile TileCodec::encode(RawTile const& tile) {
 }
 
 std::optional<std::vector<std::int16_t>> TileCodec::decode(StoredTile const& tile) {
-    size_t const side = state_->info.tileSize;
-    Bytes& bytes = state_->bytes;
     if (tile.value) {
-        Samples samples = uniformSamples(*tile.value, storegeometry::filledPart(state_->info, tile.address), side);
-        toBytes(samples, state_->fold, bytes);
-        if (checksum(bytes) != tile.crc) return std::nullopt;
-        return samples;
+        if (!isAsWritten(tile.address, *tile.value, tile.crc)) return std::nullopt;
+        return uniformSamples(*tile.value, storegeometry::filledPart(state_->info, tile.address),
+                              state_->info.tileSize);
     }
-    bytes.resize(2 * side * side);
+    Bytes& bytes = state_->bytes;
+    if (!isFrameOf(tile.data, state_->tileBytes())) return std::nullopt;
+    bytes.resize(state_->tileBytes());
     size_t const size =
         ZSTD_decompressDCtx(state_->decompressor, bytes.data(), bytes.size(), tile.data.data(), tile.data.size());
-    if (size != bytes.size() || checksum(bytes) != tile.crc) return std::nullopt;
+    if (size != bytes.size() || state_->checksumOfBytes(tile.address) != tile.crc) return std::nullopt;
     return toSamples(bytes, state_->fold);
+}
+
+bool TileCodec::isAsWritten(TileAddress const& address, std::int16_t value, std::uint32_t crc) {
+    return state_->checksumOfValue(address, value) == crc;
+}
+
+size_t TileCodec::maxDataBytes() const {
+    return ZSTD_compressBound(state_->tileBytes());
 }

@@ -1,148 +1,268 @@
 #include "host/store/TileStore.h"
 
-#include "host/HostError.h"
-#include "host/store/Sqlite.h"
+#include "host/store/StoreErrors.h"
+#include "host/store/StoreHead.h"
+#include "host/store/StoreSchema.h"
 #include "host/store/TileCodec.h"
+#include "host/store/TileOrder.h"
 #include "host/store/TileStoreFormat.h"
 
-#include <sqlite3.h>
-
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
+#include <algorithm>
 #include <limits>
+#include <optional>
 #include <stdexcept>
-#include <sys/stat.h>
-#include <system_error>
 
-using Kind = HostError::Kind;
+using sqlite::Statement;
+using storeerrors::damaged;
+using storeerrors::translated;
 
 namespace {
 
-HostError damaged(std::string const& path, std::string const& what) {
-    return HostError(Kind::DamagedStore, "the tile store '" + path + "' is damaged: " + what +
-                                             "; import the picture again, or restore the file from a copy");
-}
+// A schema of our own takes some hundred.
+constexpr size_t kSchemaSteps = 20'000;
+// A row's head, its numbers and its lengths.
+constexpr size_t kRowBytes = 64;
 
-HostError noStore(std::string const& path) {
-    return HostError(Kind::NoStore, "'" + path + "' is no tile store; make one with velmora import");
-}
-
-HostError translated(std::string const& path, sqlite::Failure const& failure) {
-    switch (failure.code()) {
-    case SQLITE_NOTADB:
-        return noStore(path);
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-        return HostError(Kind::LockedStore,
-                         "the tile store '" + path + "' is locked: another program writes to it; try again later");
-    case SQLITE_CANTOPEN:
-        return HostError(Kind::MissingFile,
-                         "cannot open '" + path + "': " + failure.what() + "; check the file and its permissions");
-    default:
-        return damaged(path, failure.what());
-    }
-}
-
-void requireFile(std::string const& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) {
-        std::string const reason = errno == ENOENT ? "no such file" : std::generic_category().message(errno);
-        throw HostError(Kind::MissingFile, "cannot open '" + path + "': " + reason + "; check the path");
-    }
-    if (!S_ISREG(status.st_mode)) throw noStore(path);
-}
-
-storeformat::Meta readMeta(sqlite::Database& database) {
+storeformat::Meta readMeta(sqlite::Database& database, std::string const& path) {
     storeformat::Meta meta;
-    sqlite::Statement query(database, "SELECT key, value FROM meta");
-    while (query.step())
-        meta[query.text(0)] = query.text(1);
+    Statement query(database, "SELECT key, value FROM meta");
+    while (query.step()) {
+        bool const texts = query.type(0) == Statement::Type::Text && query.type(1) == Statement::Type::Text;
+        std::string const key = query.text(0);
+        std::string const value = query.text(1);
+        bool const fits = texts && key.size() <= storeformat::kMaxKeyBytes &&
+                          value.size() <= storeformat::kMaxTextBytes && meta.size() < storeformat::kMaxEntries;
+        if (!fits || !meta.emplace(key, value).second) throw damaged(path, "its description is none of a store");
+    }
     return meta;
+}
+
+template <class Action>
+auto withErrorsOf(std::string const& path, Action const& action) {
+    try {
+        return action();
+    } catch (sqlite::Failure const& failure) {
+        throw translated(path, failure);
+    }
 }
 
 } // namespace
 
 struct TileStore::State {
-    explicit State(std::string const& file) : path(file), database(file, sqlite::Database::Mode::ReadOnly) {}
+    State(std::string const& file, std::int64_t fileVersion, sqlite::Interruption const& interruption)
+        : path(file), version(fileVersion), database(file, sqlite::Database::Mode::ReadOnly, interruption) {}
 
-    void readHeader() {
-        if (database.number("PRAGMA application_id") != storeformat::kApplicationId) throw noStore(path);
-        std::int64_t const version = database.number("PRAGMA user_version");
-        if (version > storeformat::kSchemaVersion)
-            throw HostError(Kind::NewerStore, "the tile store '" + path + "' has version " + std::to_string(version) +
-                                                  ", this program knows up to " +
-                                                  std::to_string(storeformat::kSchemaVersion) +
-                                                  "; use a newer velmora");
-        requireWhole();
+    static std::unique_ptr<State> open(std::string const& path, sqlite::Interruption const& interruption);
+    static std::unique_ptr<State> open(std::string const& path, storehead::Head const& head, std::int64_t version,
+                                       sqlite::Interruption const& interruption);
+    static void refuseNewer(std::string const& path, storehead::Head const& head,
+                            sqlite::Interruption const& interruption);
+
+    void requireSchema() {
+        database.limitSteps(kSchemaSteps);
+        auto const schema = storeschema::of(database);
+        database.limitSteps(std::numeric_limits<size_t>::max());
+        hasIndex = schema == storeschema::Schema::WithIndex;
+        bool const mayLack = schema == storeschema::Schema::WithoutIndex && version < storeformat::kFoldedSignsVersion;
+        if (!hasIndex && !mayLack) throw damaged(path, "its tables are not those of a store");
+    }
+
+    void readDescription() {
         try {
-            info = storeformat::fromMeta(readMeta(database));
+            storeformat::Meta const meta = readMeta(database, path);
+            info = storeformat::fromMeta(meta, version);
+            indexChecksums = storeformat::indexChecksums(meta, info, version);
         } catch (std::invalid_argument const& error) {
             throw damaged(path, error.what());
         }
+    }
+
+    // Before memory is taken for what a description asks for.
+    void requireRoom(size_t fileBytes) const {
+        size_t const tiles = storegeometry::totalTiles(info);
+        if (tiles > fileBytes / storeformat::kLeastRowBytes)
+            throw damaged(path, "its description asks for " + std::to_string(tiles) + " tiles, for which " +
+                                    std::to_string(fileBytes) + " bytes have no room");
+    }
+
+    void prepare() {
         codec = std::make_unique<TileCodec>(info, version);
-        valueQuery = std::make_unique<sqlite::Statement>(database, "SELECT value FROM tiles WHERE id = ?");
-        tileQuery = std::make_unique<sqlite::Statement>(database, "SELECT value, crc, data FROM tiles WHERE id = ?");
+        database.limitRows(std::max(codec->maxDataBytes() + kRowBytes, sqlite::Database::kFirstRowBytes));
+        // Asked for its type alone, a tile's data is not read.
+        valueQuery =
+            std::make_unique<Statement>(database, "SELECT value, crc, typeof(data) = 'blob' FROM tiles WHERE id = ?");
+        tileQuery = std::make_unique<Statement>(database, "SELECT value, crc, data FROM tiles WHERE id = ?");
     }
 
-    // SQLite itself notices a missing page, but not the missing end of one.
-    void requireWhole() {
-        auto const bytes = database.number("PRAGMA page_count") * database.number("PRAGMA page_size");
-        std::error_code missing;
-        auto const size = static_cast<std::int64_t>(std::filesystem::file_size(path, missing));
-        if (size < bytes)
-            throw damaged(path, "it has " + std::to_string(size) + " bytes instead of " + std::to_string(bytes));
-    }
-
-    // What `read` makes of the tile's row. The statement is reset in any case: until then it holds a lock.
+    // What `read` makes of the tile's row. The statement is reset in any case: until then it holds the row.
     template <class Read>
-    auto lookUp(sqlite::Statement& query, TileAddress const& address, Read const& read) {
+    auto lookUp(Statement& query, TileAddress const& address, Read const& read) {
         if (!storegeometry::contains(info, address)) throw std::invalid_argument("the store has no " + toText(address));
         struct Reset {
-            sqlite::Statement& statement;
+            Statement& statement;
             ~Reset() { statement.reset(); }
         } const reset{query};
-        try {
+        return withErrorsOf(path, [&] {
             query.bind(1, storeformat::keyOf(address));
             if (!query.step()) throw damaged(path, toText(address) + " is missing");
             return read(query);
-        } catch (sqlite::Failure const& failure) {
-            throw translated(path, failure);
-        }
+        });
     }
 
-    std::optional<std::int16_t> valueOf(sqlite::Statement const& query, TileAddress const& address) const {
-        if (query.isNull(0)) return std::nullopt;
-        std::int64_t const value = query.integer(0);
-        if (value < std::numeric_limits<std::int16_t>::min() || value > std::numeric_limits<std::int16_t>::max())
-            throw damaged(path, toText(address) + " has a value beyond 16 bits");
-        return static_cast<std::int16_t>(value);
+    template <class Number>
+    Number numberOf(Statement const& query, int column, TileAddress const& address) const {
+        std::int64_t const number = query.integer(column);
+        bool const fits = query.type(column) == Statement::Type::Integer &&
+                          number >= std::numeric_limits<Number>::min() && number <= std::numeric_limits<Number>::max();
+        if (!fits) throw damaged(path, toText(address) + " has a number that no tile has");
+        return static_cast<Number>(number);
+    }
+
+    // Value and checksum, columns 0 and 1 of a row.
+    StoredTile numbersOf(Statement const& query, TileAddress const& address, bool hasData) const {
+        if (hasData != query.isNull(0)) throw damaged(path, toText(address) + " has both a value and data, or neither");
+        StoredTile tile{address, std::nullopt, numberOf<std::uint32_t>(query, 1, address), {}};
+        if (!hasData) tile.value = numberOf<std::int16_t>(query, 0, address);
+        return tile;
+    }
+
+    // Of a row whose column 2 says whether it has data.
+    std::optional<std::int16_t> valueOf(Statement const& query, TileAddress const& address) const {
+        StoredTile const tile = numbersOf(query, address, query.integer(2) != 0);
+        if (tile.value && !codec->isAsWritten(address, *tile.value, tile.crc)) throw noMatch(address);
+        return tile.value;
+    }
+
+    std::vector<std::int16_t> samplesOf(Statement const& query, TileAddress const& address) const {
+        StoredTile tile = numbersOf(query, address, query.type(2) == Statement::Type::Blob);
+        tile.data = query.blob(2);
+        auto samples = codec->decode(tile);
+        if (!samples) throw noMatch(address);
+        return std::move(*samples);
+    }
+
+    HostError noMatch(TileAddress const& address) const {
+        return damaged(path, toText(address) + " does not match its checksum");
+    }
+
+    // A statement whose parameters are the first key of a level and that of the next.
+    Statement overLevel(std::string const& text, size_t level) {
+        Statement query(database, text);
+        query.bind(1, storeformat::keyOf({level, Band::LL, 0, 0, 0}));
+        query.bind(2, storeformat::keyOf({level + 1, Band::LL, 0, 0, 0}));
+        return query;
+    }
+
+    // What the index says; from version 3 on it is known to be what was written.
+    std::vector<TileAddress> placesInIndex(size_t level) {
+        std::vector<TileAddress> places;
+        std::uint32_t crc = 0;
+        std::int64_t last = -1;
+        Statement query = overLevel("SELECT id FROM tiles INDEXED BY tiles_with_data"
+                                    " WHERE (value IS NULL OR value <> 0) AND id >= ? AND id < ? ORDER BY id",
+                                    level);
+        while (query.step()) {
+            std::int64_t const key = query.integer(0);
+            TileAddress const address = storeformat::addressOf(key);
+            // The pages of a hostile file may follow each other for ever; keys of its tiles that grow come to an end.
+            if (key <= last || !storegeometry::contains(info, address)) throw wrongIndex(level);
+            last = key;
+            crc = storeformat::withKey(crc, key);
+            if (places.empty() || !tileorder::samePlace(places.back(), address)) places.push_back(address);
+        }
+        if (!indexChecksums.empty() && crc != indexChecksums.at(level)) throw wrongIndex(level);
+        return places;
+    }
+
+    HostError wrongIndex(size_t level) const {
+        return damaged(path, "the index of level " + std::to_string(level) + " is not as it was written");
+    }
+
+    // What the rows say, each of them looked at.
+    std::vector<TileAddress> placesInRows(size_t level) {
+        std::vector<TileAddress> places;
+        Statement query = overLevel(
+            "SELECT value, crc, typeof(data) = 'blob', id FROM tiles WHERE id >= ? AND id < ? ORDER BY id", level);
+        tileorder::forEachPlace(info, level, [&](TileAddress const& place) {
+            bool hasData = false;
+            tileorder::forEachTileAt(info, place, [&](TileAddress const& address) {
+                if (!query.step() || query.integer(3) != storeformat::keyOf(address))
+                    throw damaged(path, toText(address) + " is missing");
+                if (valueOf(query, address) != std::int16_t{0}) hasData = true;
+            });
+            if (hasData) places.push_back(place);
+        });
+        return places;
+    }
+
+    // Keys that grow come to an end, whatever the file's pages say.
+    size_t rows() {
+        Statement query(database, "SELECT id FROM tiles ORDER BY id");
+        size_t count = 0;
+        for (std::int64_t last = std::numeric_limits<std::int64_t>::min(); query.step(); ++count) {
+            std::int64_t const key = query.integer(0);
+            if (count > 0 && key <= last) throw damaged(path, "its tiles are out of order");
+            last = key;
+        }
+        return count;
     }
 
     std::string path;
+    std::int64_t version;
+    bool hasIndex = false;
     StoreInfo info;
+    storeformat::IndexChecksums indexChecksums; // empty: the file has none
     sqlite::Database database;
     std::unique_ptr<TileCodec> codec;
-    std::unique_ptr<sqlite::Statement> valueQuery;
-    std::unique_ptr<sqlite::Statement> tileQuery;
+    std::unique_ptr<Statement> valueQuery;
+    std::unique_ptr<Statement> tileQuery;
 };
 
-bool TileStore::isStore(std::string const& path) {
-    std::string const magic("SQLite format 3\0", 16);
-    std::string start(magic.size(), ' ');
-    return std::ifstream(path, std::ios::binary).read(start.data(), static_cast<std::streamsize>(start.size())) &&
-           start == magic;
+std::unique_ptr<TileStore::State> TileStore::State::open(std::string const& path,
+                                                         sqlite::Interruption const& interruption) {
+    storehead::Head const head = storehead::read(path);
+    std::int64_t const version = head.version();
+    if (version < 1) throw damaged(path, "its version cannot be " + std::to_string(version));
+    if (version > storeformat::kSchemaVersion) refuseNewer(path, head, interruption);
+    return open(path, head, version, interruption);
 }
 
-TileStore::TileStore(std::string const& path) {
-    requireFile(path);
-    try {
-        state_ = std::make_unique<State>(path);
-        state_->readHeader();
-    } catch (sqlite::Failure const& failure) {
-        throw translated(path, failure);
-    }
+std::unique_ptr<TileStore::State> TileStore::State::open(std::string const& path, storehead::Head const& head,
+                                                         std::int64_t version,
+                                                         sqlite::Interruption const& interruption) {
+    storehead::requireLayout(head, path, version);
+    return withErrorsOf(path, [&] {
+        auto state = std::make_unique<State>(path, version, interruption);
+        state->requireSchema();
+        state->readDescription();
+        state->requireRoom(head.fileBytes);
+        state->prepare();
+        return state;
+    });
 }
+
+// A store that can be read as one of a version that is known is no newer one: its head is damaged.
+void TileStore::State::refuseNewer(std::string const& path, storehead::Head const& head,
+                                   sqlite::Interruption const& interruption) {
+    for (std::int64_t version = storeformat::kSchemaVersion; version > 0; --version) {
+        try {
+            open(path, head, version, interruption);
+        } catch (HostError const& error) {
+            if (error.kind() == HostError::Kind::DamagedStore) continue;
+            throw;
+        }
+        throw damaged(path, "its head says version " + std::to_string(head.version()) + ", but it is one of version " +
+                                std::to_string(version));
+    }
+    throw storeerrors::newer(path, head.version());
+}
+
+bool TileStore::isStore(std::string const& path) {
+    return storehead::isMarked(path);
+}
+
+TileStore::TileStore(std::string const& path, std::function<void()> const& interruption)
+    : state_(State::open(path, interruption)) {}
 
 TileStore::~TileStore() = default;
 
@@ -156,47 +276,25 @@ std::string const& TileStore::path() const {
 
 std::optional<std::int16_t> TileStore::uniformValue(TileAddress const& address) {
     return state_->lookUp(*state_->valueQuery, address,
-                          [&](sqlite::Statement const& query) { return state_->valueOf(query, address); });
+                          [&](Statement const& query) { return state_->valueOf(query, address); });
 }
 
 std::vector<std::int16_t> TileStore::tile(TileAddress const& address) {
-    auto const stored = state_->lookUp(*state_->tileQuery, address, [&](sqlite::Statement const& query) {
-        return StoredTile{address, state_->valueOf(query, address), static_cast<std::uint32_t>(query.integer(1)),
-                          query.blob(2)};
-    });
-    auto samples = state_->codec->decode(stored);
-    if (!samples) throw damaged(state_->path, toText(address) + " does not match its checksum");
-    return std::move(*samples);
+    return state_->lookUp(*state_->tileQuery, address,
+                          [&](Statement const& query) { return state_->samplesOf(query, address); });
 }
 
 std::vector<TileAddress> TileStore::cellsWithData(size_t level) {
-    std::vector<TileAddress> cells;
-    try {
-        // Without the index the tiles themselves would be walked through, all of the file's pages.
-        bool const indexed =
-            state_->database.number("SELECT count(*) FROM sqlite_master WHERE name = 'tiles_with_data'") != 0;
-        sqlite::Statement query(state_->database, std::string("SELECT id FROM tiles") +
-                                                      (indexed ? " INDEXED BY tiles_with_data" : "") +
-                                                      " WHERE (value IS NULL OR value <> 0) AND id >= ? AND id < ?"
-                                                      " ORDER BY id");
-        query.bind(1, storeformat::keyOf({level, Band::LL, 0, 0, 0}));
-        query.bind(2, storeformat::keyOf({level + 1, Band::LL, 0, 0, 0}));
-        while (query.step()) {
-            TileAddress const address = storeformat::addressOf(query.integer(0));
-            bool const known =
-                !cells.empty() && cells.back().column == address.column && cells.back().row == address.row;
-            if (!known) cells.push_back(address);
-        }
-    } catch (sqlite::Failure const& failure) {
-        throw translated(state_->path, failure);
-    }
-    return cells;
+    return withErrorsOf(state_->path, [&] {
+        return state_->indexChecksums.empty() ? state_->placesInRows(level) : state_->placesInIndex(level);
+    });
+}
+
+std::optional<std::vector<TileAddress>> TileStore::cellsInIndex(size_t level) {
+    if (!state_->hasIndex) return std::nullopt;
+    return withErrorsOf(state_->path, [&] { return state_->placesInIndex(level); });
 }
 
 size_t TileStore::storedTiles() {
-    try {
-        return static_cast<size_t>(state_->database.number("SELECT count(*) FROM tiles"));
-    } catch (sqlite::Failure const& failure) {
-        throw translated(state_->path, failure);
-    }
+    return withErrorsOf(state_->path, [&] { return state_->rows(); });
 }

@@ -22,6 +22,11 @@ std::string toText(double number) {
 }
 
 constexpr auto kChecksum = "crc";
+constexpr auto kVersion = "version";
+
+std::string indexEntry(size_t level) {
+    return "index" + std::to_string(level);
+}
 
 // CRC-32 of all other entries in the order of their keys, each key and value followed by a zero byte.
 std::string checksumOf(Meta const& meta) {
@@ -53,6 +58,61 @@ Number numberOf(Meta const& meta, std::string const& key, Number smallest, Numbe
     return number;
 }
 
+Meta described(StoreInfo const& info) {
+    return {{"width", std::to_string(info.width)},
+            {"height", std::to_string(info.height)},
+            {"bands", std::to_string(info.bands)},
+            {"bits", std::to_string(info.bits)},
+            {"residualBits", std::to_string(info.residualBits)},
+            {"levels", std::to_string(info.levels)},
+            {"tileSize", std::to_string(info.tileSize)},
+            {"micronsPerPixelX", toText(info.micronsPerPixelX)},
+            {"micronsPerPixelY", toText(info.micronsPerPixelY)},
+            {"sourceName", info.sourceName},
+            {"interpretation", info.interpretation}};
+}
+
+StoreInfo infoOf(Meta const& meta) {
+    constexpr double kMostMicrons = 1e12;
+    StoreInfo info;
+    info.width = numberOf<size_t>(meta, "width", 1, StoreInfo::kMaxSide);
+    info.height = numberOf<size_t>(meta, "height", 1, StoreInfo::kMaxSide);
+    info.bands = numberOf<size_t>(meta, "bands", 1, StoreInfo::kMaxBands);
+    info.bits = numberOf<size_t>(meta, "bits", 8, 16);
+    info.residualBits = numberOf<size_t>(meta, "residualBits", 0, 5);
+    info.levels = numberOf<size_t>(meta, "levels", 1, StoreInfo::kMaxLevels);
+    info.tileSize = numberOf<size_t>(meta, "tileSize", StoreInfo::kMinTileSize, StoreInfo::kMaxTileSize);
+    info.micronsPerPixelX = numberOf<double>(meta, "micronsPerPixelX", 0, kMostMicrons);
+    info.micronsPerPixelY = numberOf<double>(meta, "micronsPerPixelY", 0, kMostMicrons);
+    info.sourceName = textOf(meta, "sourceName");
+    info.interpretation = textOf(meta, "interpretation");
+    return info;
+}
+
+void requirePossible(StoreInfo const& info) {
+    if (info.bits != 8 && info.bits != 16) throw std::invalid_argument("its bits are neither 8 nor 16");
+    bool const fits = info.bits == 8 ? info.residualBits == 0 : info.residualBits == 3 || info.residualBits == 5;
+    if (!fits)
+        throw std::invalid_argument("its residualBits cannot be " + std::to_string(info.residualBits) + " of " +
+                                    std::to_string(info.bits));
+    if (info.tileSize % 2 != 0) throw std::invalid_argument("its tileSize is odd");
+}
+
+void requireChecksum(Meta const& meta, std::int64_t version) {
+    bool const early = version < storeformat::kFoldedSignsVersion && meta.count(kChecksum) == 0;
+    if (!early && textOf(meta, kChecksum) != checksumOf(meta))
+        throw std::invalid_argument("its description does not match its checksum");
+}
+
+// The version in the file's head lies under no checksum.
+void requireVersion(Meta const& meta, std::int64_t version) {
+    bool const sealed = version >= storeformat::kSealedVersion;
+    if (!sealed && meta.count(kVersion) == 0) return;
+    if (!sealed || textOf(meta, kVersion) != std::to_string(version))
+        throw std::invalid_argument("its head says version " + std::to_string(version) + ", its description " +
+                                    textOf(meta, kVersion));
+}
+
 } // namespace
 
 std::int64_t storeformat::keyOf(TileAddress const& address) {
@@ -77,41 +137,36 @@ TileAddress storeformat::addressOf(std::int64_t key) {
     return address;
 }
 
-Meta storeformat::toMeta(StoreInfo const& info) {
-    Meta meta{{"width", std::to_string(info.width)},
-              {"height", std::to_string(info.height)},
-              {"bands", std::to_string(info.bands)},
-              {"bits", std::to_string(info.bits)},
-              {"residualBits", std::to_string(info.residualBits)},
-              {"levels", std::to_string(info.levels)},
-              {"tileSize", std::to_string(info.tileSize)},
-              {"micronsPerPixelX", toText(info.micronsPerPixelX)},
-              {"micronsPerPixelY", toText(info.micronsPerPixelY)},
-              {"sourceName", info.sourceName},
-              {"interpretation", info.interpretation}};
+std::uint32_t storeformat::withKey(std::uint32_t crc, std::int64_t key) {
+    std::array<Bytef, 8> bytes{};
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<Bytef>(static_cast<std::uint64_t>(key) >> (8 * i));
+    return static_cast<std::uint32_t>(crc32(crc, bytes.data(), static_cast<uInt>(bytes.size())));
+}
+
+Meta storeformat::toMeta(StoreInfo const& info, IndexChecksums const& index) {
+    Meta meta = described(info);
+    meta[kVersion] = std::to_string(kSchemaVersion);
+    for (size_t level = 0; level <= info.levels; ++level)
+        meta[indexEntry(level)] = std::to_string(index.at(level));
+    for (auto const& [key, value] : meta)
+        if (value.size() > kMaxTextBytes) throw std::invalid_argument("a store has no room for this " + key);
     meta[kChecksum] = checksumOf(meta);
     return meta;
 }
 
-StoreInfo storeformat::fromMeta(Meta const& meta) {
-    constexpr double kMostMicrons = 1e12;
-    StoreInfo info;
-    info.width = numberOf<size_t>(meta, "width", 1, StoreInfo::kMaxSide);
-    info.height = numberOf<size_t>(meta, "height", 1, StoreInfo::kMaxSide);
-    info.bands = numberOf<size_t>(meta, "bands", 1, StoreInfo::kMaxBands);
-    info.bits = numberOf<size_t>(meta, "bits", 8, 16);
-    info.residualBits = numberOf<size_t>(meta, "residualBits", 0, info.bits - 1);
-    info.levels = numberOf<size_t>(meta, "levels", 1, StoreInfo::kMaxLevels);
-    info.tileSize = numberOf<size_t>(meta, "tileSize", StoreInfo::kMinTileSize, StoreInfo::kMaxTileSize);
-    info.micronsPerPixelX = numberOf<double>(meta, "micronsPerPixelX", 0, kMostMicrons);
-    info.micronsPerPixelY = numberOf<double>(meta, "micronsPerPixelY", 0, kMostMicrons);
-    info.sourceName = textOf(meta, "sourceName");
-    info.interpretation = textOf(meta, "interpretation");
-    if (info.bits != 8 && info.bits != 16) throw std::invalid_argument("its bits are neither 8 nor 16");
-    if (info.tileSize % 2 != 0) throw std::invalid_argument("its tileSize is odd");
-    // Early stores have none.
-    auto const checksum = meta.find(kChecksum);
-    if (checksum != meta.end() && checksum->second != checksumOf(meta))
-        throw std::invalid_argument("its description does not match its checksum");
+StoreInfo storeformat::fromMeta(Meta const& meta, std::int64_t version) {
+    StoreInfo info = infoOf(meta);
+    requirePossible(info);
+    requireVersion(meta, version);
+    requireChecksum(meta, version);
     return info;
+}
+
+storeformat::IndexChecksums storeformat::indexChecksums(Meta const& meta, StoreInfo const& info, std::int64_t version) {
+    IndexChecksums checksums;
+    if (version < kSealedVersion) return checksums;
+    for (size_t level = 0; level <= info.levels; ++level)
+        checksums.push_back(numberOf<std::uint32_t>(meta, indexEntry(level), 0, 0xffffffff));
+    return checksums;
 }

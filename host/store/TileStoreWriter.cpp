@@ -1,5 +1,6 @@
 #include "host/store/TileStoreWriter.h"
 
+#include "host/store/StoreSchema.h"
 #include "host/store/TileStoreFormat.h"
 
 namespace {
@@ -14,14 +15,23 @@ constexpr auto kSettings = R"(
     PRAGMA journal_mode = WAL;
     PRAGMA synchronous = OFF;
     BEGIN;
-    CREATE TABLE meta(key TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
-    CREATE TABLE tiles(id INTEGER PRIMARY KEY, value INTEGER, crc INTEGER NOT NULL, data BLOB);
 )";
+
+static_assert(storeformat::kPageBytes == 4096);
 
 constexpr size_t kTilesACommit = 1024;
 
-// Where a reader need not look, without a walk through all tiles.
-constexpr auto kIndex = "CREATE INDEX tiles_with_data ON tiles(id) WHERE value IS NULL OR value <> 0";
+storeformat::IndexChecksums checksumsOf(sqlite::Database& database, size_t levels) {
+    storeformat::IndexChecksums checksums(levels + 1);
+    sqlite::Statement query(database, "SELECT id FROM tiles INDEXED BY tiles_with_data"
+                                      " WHERE value IS NULL OR value <> 0 ORDER BY id");
+    while (query.step()) {
+        std::int64_t const key = query.integer(0);
+        std::uint32_t& checksum = checksums.at(storeformat::addressOf(key).level);
+        checksum = storeformat::withKey(checksum, key);
+    }
+    return checksums;
+}
 
 } // namespace
 
@@ -34,8 +44,8 @@ void TileStoreWriter::translated(Action const& action) const {
     }
 }
 
-TileStoreWriter::TileStoreWriter(std::string const& path, StoreInfo const& info) : output_(path) {
-    translated([&] { create(info); });
+TileStoreWriter::TileStoreWriter(std::string const& path, StoreInfo const& info) : output_(path), info_(info) {
+    translated([&] { create(); });
 }
 
 void TileStoreWriter::write(StoredTile const& tile) {
@@ -58,7 +68,8 @@ void TileStoreWriter::write(StoredTile const& tile) {
 void TileStoreWriter::finish() {
     insert_.reset();
     translated([&] {
-        database_->execute(kIndex);
+        database_->execute(storeschema::kDataIndex);
+        describe();
         database_->execute("COMMIT");
         database_->execute("PRAGMA journal_mode = DELETE");
     });
@@ -66,17 +77,23 @@ void TileStoreWriter::finish() {
     output_.finish();
 }
 
-void TileStoreWriter::create(StoreInfo const& info) {
+void TileStoreWriter::create() {
     database_.emplace(output_.temporaryName(), sqlite::Database::Mode::ReadWrite);
     database_->execute(kSettings);
     database_->execute("PRAGMA application_id = " + std::to_string(storeformat::kApplicationId));
     database_->execute("PRAGMA user_version = " + std::to_string(storeformat::kSchemaVersion));
+    database_->execute(storeschema::kMetaTable);
+    database_->execute(storeschema::kTilesTable);
+    insert_.emplace(*database_, "INSERT INTO tiles VALUES(?, ?, ?, ?)");
+}
+
+// At the end: the description has checksums of the index.
+void TileStoreWriter::describe() {
     sqlite::Statement meta(*database_, "INSERT INTO meta VALUES(?, ?)");
-    for (auto const& [key, value] : storeformat::toMeta(info)) {
+    for (auto const& [key, value] : storeformat::toMeta(info_, checksumsOf(*database_, info_.levels))) {
         meta.bind(1, key);
         meta.bind(2, value);
         meta.step();
         meta.reset();
     }
-    insert_.emplace(*database_, "INSERT INTO tiles VALUES(?, ?, ?, ?)");
 }

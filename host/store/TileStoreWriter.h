@@ -22,9 +22,11 @@ public:
 private:
     template <class Action>
     void translated(Action const& action) const;
-    void create(StoreInfo const& info);
+    void create();
+    void describe();
 
     TemporaryOutput output_;
+    StoreInfo info_;
     std::optional<sqlite::Database> database_;
     std::optional<sqlite::Statement> insert_;
     size_t tiles_ = 0; // written

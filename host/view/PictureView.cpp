@@ -30,7 +30,7 @@ struct PictureView::State {
     State(std::shared_ptr<RenderBackendInstance> const& gl, std::string const& path, Options const& chosen)
         : instance(gl),
           options(chosen),
-          store(path),
+          store(path, chosen.interruption),
           info(store.info()),
           cache(std::make_shared<SampleCache>(chosen.hostBytes)),
           targets(gl),

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,6 +37,7 @@ public:
         /// thrown.
         bool showHoles = false;
         bool forCodes = false; ///< of a picture of 16 bits: codes() is wanted, and no frame
+        std::function<void()> interruption; ///< called now and then while the store is read on the GL thread; may throw
     };
 
     /// Opens the store; nothing is read from it yet but its description and which areas are empty.

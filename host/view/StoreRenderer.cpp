@@ -16,8 +16,9 @@ constexpr std::size_t kPartWidth = 2048;
 constexpr std::size_t kPartHeight = 512;
 
 // What one part needs is a fraction of this; the rest serves its neighbours.
-PictureView::Options smallBudgets(bool forCodes) {
+PictureView::Options smallBudgets(bool forCodes, std::function<void()> const& interruption) {
     PictureView::Options options;
+    options.interruption = interruption;
     options.hostBytes = 64 * 1000 * 1000;
     options.gpuBytes = 96 * 1000 * 1000;
     options.coarserFirst = false;
@@ -44,8 +45,9 @@ Interval intervalAt(double zoom, std::size_t start, std::size_t length, std::siz
 } // namespace
 
 StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
-                             std::vector<enhancement::Step> const& steps, std::size_t bits)
-    : view_(instance, storePath, smallBudgets(bits > 8)),
+                             std::vector<enhancement::Step> const& steps,
+                             std::function<void()> const& interruption, std::size_t bits)
+    : view_(instance, storePath, smallBudgets(bits > 8, interruption)),
       bands_(EnhancedRenderer::bandsOf(view_.info().bands, steps)),
       sampleBytes_(bits / 8) {
     view_.enhance(steps);

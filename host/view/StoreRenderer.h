@@ -5,6 +5,7 @@
 #include "host/view/PictureView.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,10 +14,11 @@
 /// 8 bits, or, of a picture of 16 without enhancements, its samples. What comes out does not depend on the region: a window that shows the same has the same pixels. GL thread only.
 class StoreRenderer {
 public:
-    /// Opens the store. bits: 8, or 16 where the picture has them and there are no steps. Throws HostError where the steps
-    /// read too much around a pixel, and what TileStore throws.
+    /// Opens the store; interruption: as PictureView's. bits: 8, or 16 where the picture has them and there are no steps.
+    /// Throws HostError where the steps read too much around a pixel, and what TileStore throws.
     StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
-                  std::vector<enhancement::Step> const& steps, std::size_t bits = 8);
+                  std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption = {},
+                  std::size_t bits = 8);
 
     StoreInfo const& info() const { return view_.info(); }
     /// Of what comes out: those of the picture, but colour where a matrix may make colour of grey.

@@ -4,6 +4,7 @@
 #include "tests/host/Process.h"
 #include "tests/host/TemporaryFolder.h"
 #include "tests/host/TestImages.h"
+#include "tests/host/store/StoreFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -159,7 +160,8 @@ TEST_F(ProgramStoreTest, EveryFailureHasItsExitCode) {
 
 TEST_F(ProgramStoreTest, ANewerStoreIsExitCode11) {
     import();
-    change("PRAGMA user_version = 7");
+    change("UPDATE meta SET value = '7' WHERE key = 'version'; PRAGMA user_version = 7");
+    storefiles::sealDescription(store_);
     expectReadersFail(11, {"a.store", "version 7", "newer velmora"});
 }
 

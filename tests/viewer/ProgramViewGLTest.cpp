@@ -6,6 +6,8 @@
 
 #include "host/store/Sqlite.h"
 #include "host/store/TileStore.h"
+#include "tests/host/Restricted.h"
+#include "tests/host/store/HostileStores.h"
 
 #include <algorithm>
 #include <csignal>
@@ -401,6 +403,19 @@ TEST_F(ProgramViewGLTest, EveryFailureHasItsExitCode) {
         expectFailure(view(wrong), 2, {wrong.front()});
     truncateFile(store, 60);
     EXPECT_NE(view({store, "--screenshot", path("b.png")}).exitCode, 0);
+    EXPECT_FALSE(std::filesystem::exists(path("b.png")));
+}
+
+// Drivers address gigabytes, whatever is shown.
+TEST_F(ProgramViewGLTest, FilesThatAreMadeToHoldItUpAreDamageAtOnce) {
+    for (auto const& hostile : hostilestores::all()) {
+        SCOPED_TRACE(hostile.name);
+        std::filesystem::remove(path("a.vlm"));
+        hostile.make(path("a.vlm"));
+        auto const result = runRestricted({"view", path("a.vlm"), "--screenshot", path("b.png")}, environment(),
+                                          8'000'000'000, std::chrono::seconds(30));
+        expectFailure(result, 10, {"is damaged"});
+    }
     EXPECT_FALSE(std::filesystem::exists(path("b.png")));
 }
 

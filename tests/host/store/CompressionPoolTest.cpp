@@ -33,58 +33,6 @@ RawTile tileOf(size_t column, Samples const& samples) {
 
 } // namespace
 
-TEST(TileCodecTest, SamplesComeBackAndNoiseIsNotMuchLarger) {
-    TileCodec codec(infoOf(1000));
-    for (unsigned number = 0; number < 20; ++number) {
-        StoredTile const stored = codec.encode(tileOf(number, noise(number)));
-        EXPECT_FALSE(stored.value);
-        EXPECT_LE(stored.data.size(), 2 * 16 * 16 + 16u);
-        EXPECT_EQ(codec.decode(stored), noise(number));
-    }
-}
-
-TEST(TileCodecTest, ATileOfOneValueIsKeptAsThatValue) {
-    TileCodec codec(infoOf(1000));
-    for (int const value : {0, 1, -1, 32767, -32768}) {
-        auto const sample = static_cast<std::int16_t>(value);
-        StoredTile const stored = codec.encode(tileOf(0, Samples(16 * 16, sample)));
-        EXPECT_EQ(stored.value, sample);
-        EXPECT_TRUE(stored.data.empty());
-        EXPECT_EQ(codec.decode(stored), Samples(16 * 16, sample));
-    }
-    Samples almost(16 * 16, 5);
-    almost.back() = 6;
-    EXPECT_FALSE(codec.encode(tileOf(0, almost)).value);
-}
-
-// A picture of 36 samples a side has bands of 20: of tile 1, four columns lie in the band.
-TEST(TileCodecTest, BeyondTheBandThereIsZeroWhateverTheValue) {
-    TileCodec codec(infoOf(36));
-    Samples samples(16 * 16, 0);
-    for (size_t y = 0; y < 16; ++y)
-        for (size_t x = 0; x < 4; ++x)
-            samples[y * 16 + x] = 7;
-    StoredTile const stored = codec.encode({{1, Band::HL, 0, 1, 0}, {4, 16}, samples});
-    EXPECT_EQ(stored.value, std::int16_t{7});
-    EXPECT_EQ(codec.decode(stored), samples);
-}
-
-TEST(TileCodecTest, WhatIsDamagedIsNotDecoded) {
-    TileCodec codec(infoOf(1000));
-    StoredTile const whole = codec.encode(tileOf(0, noise(1)));
-    StoredTile damaged = whole;
-    damaged.crc ^= 1u;
-    EXPECT_FALSE(codec.decode(damaged));
-    damaged = whole;
-    damaged.data.resize(damaged.data.size() - 1);
-    EXPECT_FALSE(codec.decode(damaged));
-    damaged = whole;
-    damaged.data.clear();
-    EXPECT_FALSE(codec.decode(damaged));
-    damaged.value = std::int16_t{3};
-    EXPECT_FALSE(codec.decode(damaged));
-}
-
 TEST(CompressionPoolTest, EveryTileComesOutOnceWhateverTheNumberOfJobs) {
     constexpr size_t kTiles = 500;
     for (size_t const jobs : {1u, 2u, 7u}) {

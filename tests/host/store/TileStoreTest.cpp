@@ -3,13 +3,10 @@
 #include "host/HostError.h"
 #include "host/store/Sqlite.h"
 #include "host/store/StoreCheck.h"
-#include "host/store/TileCodec.h"
 #include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
-#include <zstd.h>
 
 #include <sys/stat.h>
 
@@ -122,70 +119,11 @@ TEST_F(TileStoreTest, OtherFilesAreNoStore) {
     expectFailure(Kind::NoStore, {"is no tile store"});
 }
 
-TEST_F(TileStoreTest, ANewerVersionIsNamed) {
-    change("PRAGMA user_version = 3");
-    expectFailure(Kind::NewerStore, {"version 3", "up to 2"});
-}
-
-// Two's complement, all low bytes before all high ones.
-TEST_F(TileStoreTest, AStoreOfVersion1IsRead) {
-    TileAddress const address{1, Band::HL, 1, 1, 1};
-    std::vector<std::int16_t> samples(32 * 32);
-    std::vector<std::uint8_t> bytes(2 * samples.size());
-    for (size_t i = 0; i < samples.size(); ++i) {
-        samples[i] = static_cast<std::int16_t>(static_cast<int>(i * 7919 % 65536) - 32768);
-        bytes[i] = static_cast<std::uint8_t>(samples[i] & 0xff);
-        bytes[samples.size() + i] = static_cast<std::uint8_t>((samples[i] >> 8) & 0xff);
-    }
-    std::vector<std::uint8_t> data(ZSTD_compressBound(bytes.size()));
-    data.resize(ZSTD_compress(data.data(), data.size(), bytes.data(), bytes.size(), 3));
-    {
-        sqlite::Database database(path_, sqlite::Database::Mode::ReadWrite);
-        sqlite::Statement update(database, "UPDATE tiles SET value = NULL, crc = ?, data = ? WHERE id = ?");
-        update.bind(1, static_cast<std::int64_t>(crc32(0, bytes.data(), static_cast<uInt>(bytes.size()))));
-        update.bind(2, data);
-        update.bind(3, (((((std::int64_t{1} << 24) + 1) << 24) + 1) * 8 + 1) * 4 + 1);
-        update.step();
-    }
-    change("PRAGMA user_version = 1");
-    EXPECT_EQ(TileStore(path_).tile(address), samples);
-}
-
-// Every value that a sample may have, in the order of the codes that it is stored as.
-TEST_F(TileStoreTest, SamplesOfAnyValueComeBack) {
-    info_.tileSize = 256;
-    info_.width = info_.height = 1000;
-    TileCodec codec(info_);
-    RawTile tile{{1, Band::HL, 0, 0, 0}, {256, 256}, std::vector<std::int16_t>(65536)};
-    for (int i = 0; i < 65536; ++i)
-        tile.samples[static_cast<size_t>(i)] = static_cast<std::int16_t>(i % 2 == 0 ? i / 2 : -i / 2 - 1);
-    StoredTile const stored = codec.encode(tile);
-    EXPECT_EQ(codec.decode(stored), tile.samples);
-    // The codes count up, so their low bytes do; a frame of zstd gives them back.
-    std::vector<std::uint8_t> bytes(2 * 65536);
-    ASSERT_EQ(ZSTD_decompress(bytes.data(), bytes.size(), stored.data.data(), stored.data.size()), bytes.size());
-    for (size_t i = 0; i < 65536; ++i)
-        ASSERT_EQ(bytes[i] + 256u * bytes[65536 + i], i);
-}
-
 TEST_F(TileStoreTest, ATruncatedFileIsDamaged) {
     for (unsigned const share : {99u, 50u}) {
         truncateFile(path_, share);
         expectFailure(Kind::DamagedStore, {"damaged", "import the picture again"});
     }
-}
-
-TEST_F(TileStoreTest, MissingAndImpossibleDescriptionsAreDamage) {
-    change("UPDATE meta SET value = '33' WHERE key = 'tileSize'");
-    expectFailure(Kind::DamagedStore, {"tileSize is odd"});
-    change("UPDATE meta SET value = '0' WHERE key = 'width'");
-    expectFailure(Kind::DamagedStore, {"width cannot be '0'"});
-    change("UPDATE meta SET value = '7x' WHERE key = 'width'");
-    expectFailure(Kind::DamagedStore, {"width cannot be '7x'"});
-    change("DELETE FROM meta WHERE key = 'width'");
-    expectFailure(Kind::DamagedStore, {"does not say its width"});
-    change("DROP TABLE meta");
-    expectFailure(Kind::DamagedStore, {"meta"});
 }
 
 TEST_F(TileStoreTest, ALockedFileIsNamed) {
@@ -241,17 +179,6 @@ TEST_F(TileStoreTest, MissingAndSurplusTilesAndWrongValuesAreFound) {
     EXPECT_EQ(checked().damages, 3u);
     change("UPDATE tiles SET value = 70000 WHERE id = (SELECT max(id) FROM tiles)");
     EXPECT_EQ(checked().damages, 3u);
-}
-
-// The index is made for another condition, and then said to be for the right one.
-TEST_F(TileStoreTest, AnIndexThatDoesNotFitTheTilesIsFound) {
-    change("PRAGMA writable_schema = ON; UPDATE sqlite_master SET sql = replace(sql, 'value IS NULL OR ', '')"
-           " WHERE name = 'tiles_with_data'; PRAGMA writable_schema = RESET; REINDEX tiles_with_data;"
-           "PRAGMA writable_schema = ON; UPDATE sqlite_master SET sql = replace(sql, 'value <> 0', 'value IS NULL OR"
-           " value <> 0') WHERE name = 'tiles_with_data'");
-    StoreCheckResult const result = checked();
-    EXPECT_EQ(result.damages, 1u);
-    EXPECT_NE(result.descriptions.at(0).find("index of level 1"), std::string::npos) << result.descriptions.at(0);
 }
 
 TEST_F(TileStoreTest, OfManyDamagesTheFirstAreDescribed) {

@@ -165,7 +165,7 @@ TEST_F(HolesGLTest, DamagedResidualBitsAreHolesWhereTheyAreNeeded) {
     shown->enhance(steps);
     EXPECT_TRUE(completed(*shown, wanted) == striped(toned, wanted, tileAt(1, 0)));
     EXPECT_TRUE(shown->hasHoles());
-    EXPECT_THROW(StoreRenderer(instance_, path(), {}, 16)
+    EXPECT_THROW(StoreRenderer(instance_, path(), {}, {}, 16)
                      .render(
                          Zoom(), false, {0, 0, 1100, 300}, [](std::uint8_t const*, std::size_t) {},
                          [](std::size_t, std::size_t) {}),
