@@ -20,6 +20,7 @@ public:
         NewerStore,
         LockedStore,
         NoDisplay,
+        OutOfMemory,
     };
 
     /// `text` may hold names and texts out of files and messages of other libraries: what() is onOneLine() of it.

@@ -54,6 +54,7 @@ ExitCode exitCodeOf(HostError::Kind kind) {
     case HostError::Kind::Usage:
         return kExitUsage;
     case HostError::Kind::InexactGl:
+    case HostError::Kind::OutOfMemory:
         return kExitInternalError;
     }
     return kExitInternalError;

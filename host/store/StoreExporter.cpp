@@ -3,8 +3,11 @@
 #include "host/HostError.h"
 #include "host/TiffWriter.h"
 #include "host/store/ColourPlanes.h"
+#include "host/store/StoreMemory.h"
 #include "host/store/StoredPlane.h"
 
+#include <array>
+#include <cstdio>
 #include <deque>
 #include <filesystem>
 
@@ -17,11 +20,28 @@ void requireOtherFile(std::string const& path, TileStore const& store) {
                         "cannot write '" + path + "': it is the tile store itself; choose another name");
 }
 
+// A wide picture of flat parts is a small file: what its rows take is known before any of it is taken.
+void requireMemory(TileStore const& store) {
+    size_t const needed = storememory::exportBytes(store.info());
+    size_t const available = storememory::availableBytes();
+    if (needed <= available) return;
+    auto const gigabytes = [](size_t bytes) {
+        std::array<char, 32> text{};
+        std::snprintf(text.data(), text.size(), "%.1f GB", static_cast<double>(bytes) / 1e9);
+        return std::string(text.data());
+    };
+    throw HostError(HostError::Kind::OutOfMemory, "exporting '" + store.path() + "' may take " + gigabytes(needed) +
+                                                      " of memory for rows of " + std::to_string(store.info().width) +
+                                                      " pixels, more than the " + gigabytes(available) +
+                                                      " that there are; draw parts of it with velmora render");
+}
+
 } // namespace
 
 void exportStore(TileStore& store, std::string const& path, ExportProgress const& progress) {
     StoreInfo const& info = store.info();
     requireOtherFile(path, store);
+    requireMemory(store);
     TiffWriter tiff(path,
                     {info.width, info.height, info.bands, info.bits, info.micronsPerPixelX, info.micronsPerPixelY});
     std::deque<StoredPlane> planes;

@@ -9,5 +9,5 @@
 using ExportProgress = std::function<void(size_t doneRows, size_t allRows)>;
 
 /// Writes the picture that the store was made from into a TIFF file, sample for sample, in strips. Throws what TileStore,
-/// TiffWriter and progress throw; a failed export leaves nothing behind.
+/// TiffWriter and progress throw, and HostError (out of memory) before it has taken any; a failed export leaves nothing behind.
 void exportStore(TileStore& store, std::string const& path, ExportProgress const& progress);

@@ -7,20 +7,35 @@ TileRowReader::TileRowReader(TileStore& store, size_t level, Band band, size_t p
 
 void TileRowReader::next(Sample* row) {
     if (given_ == held_) read();
-    std::copy_n(&rows_[given_ * extent_.width], extent_.width, row);
+    size_t const side = store_.info().tileSize;
+    size_t left = extent_.width;
+    for (Tile const& tile : tiles_) {
+        size_t const width = std::min(side, left);
+        if (tile.value)
+            std::fill_n(row, width, *tile.value);
+        else
+            std::copy_n(&tile.samples[given_ * side], width, row);
+        row += width;
+        left -= width;
+    }
     ++given_;
 }
 
 void TileRowReader::read() {
-    size_t const side = store_.info().tileSize;
-    for (next_.column = 0; next_.column * side < extent_.width; ++next_.column) {
-        Extent const filled = storegeometry::filledPart(store_.info(), next_);
-        rows_.resize(filled.height * extent_.width);
-        std::vector<Sample> const samples = store_.tile(next_);
-        for (size_t y = 0; y < filled.height; ++y)
-            std::copy_n(&samples[y * side], filled.width, &rows_[y * extent_.width + next_.column * side]);
-        held_ = filled.height;
-    }
+    tiles_.clear();
+    for (next_.column = 0; next_.column * store_.info().tileSize < extent_.width; ++next_.column)
+        tiles_.push_back(tile());
+    held_ = std::min(store_.info().tileSize, extent_.height - next_.row * store_.info().tileSize);
     ++next_.row;
     given_ = 0;
+}
+
+TileRowReader::Tile TileRowReader::tile() {
+    auto const value = store_.uniformValue(next_);
+    if (value) return {value, {}};
+    Tile tile{std::nullopt, store_.tile(next_)};
+    // Of a low picture's tiles most is beyond its end.
+    tile.samples.resize(storegeometry::filledPart(store_.info(), next_).height * store_.info().tileSize);
+    tile.samples.shrink_to_fit();
+    return tile;
 }

@@ -3,9 +3,11 @@
 #include "host/store/TileStore.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
-/// The rows of a band of one plane from the top, read from the store a row of tiles at a time.
+/// The rows of a band of one plane from the top, read from the store a row of tiles at a time. Tiles of one value take no
+/// memory.
 class TileRowReader {
 public:
     using Sample = wavelet53::Sample;
@@ -16,12 +18,18 @@ public:
     void next(Sample* row);
 
 private:
+    struct Tile {
+        std::optional<Sample> value;
+        std::vector<Sample> samples; // rows of tileSize; empty where there is a value
+    };
+
     void read();
+    Tile tile();
 
     TileStore& store_;
     TileAddress next_;
     Extent extent_;
-    std::vector<Sample> rows_;
-    size_t held_ = 0; // rows in rows_
-    size_t given_ = 0;
+    std::vector<Tile> tiles_;
+    size_t held_ = 0;  // rows in tiles_
+    size_t given_ = 0; // of those
 };

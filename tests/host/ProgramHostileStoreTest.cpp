@@ -91,3 +91,19 @@ TEST_F(ProgramHostileStoreTest, AFileThatTheDiskDoesNotGiveIsExitCode3) {
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_NE(result.err.find("cannot read '/proc/self/mem': Input/output error"), std::string::npos) << result.err;
 }
+
+// Of a flat picture, wider than any machine has memory for should it not be flat.
+TEST_F(ProgramHostileStoreTest, AnExportThatTakesMoreMemoryThanThereIsIsExitCode1) {
+    ImportOptions options;
+    options.tileSize = 2048;
+    testpictures::import(testpictures::picture(40, 30, 1, 8, Content::Flat), path_, options);
+    storefiles::change(path_, "UPDATE meta SET value = '8000000' WHERE key = 'width';"
+                              "UPDATE meta SET value = '2048' WHERE key = 'height';"
+                              "WITH RECURSIVE r(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM r LIMIT 8000)"
+                              " INSERT INTO tiles SELECT (1 << 60) + n, 0, 0, NULL FROM r");
+    storefiles::sealDescription(path_);
+    auto const result = run({"export", path_, out_});
+    EXPECT_EQ(result.exitCode, 1) << result.err;
+    EXPECT_NE(result.err.find("of memory for rows of 8000000 pixels"), std::string::npos) << result.err;
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vlm"});
+}

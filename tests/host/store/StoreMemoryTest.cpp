@@ -1,0 +1,109 @@
+#include "host/store/StoreMemory.h"
+
+#include "host/HostError.h"
+#include "host/store/StoreExporter.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/host/store/StoreFiles.h"
+#include "tests/host/store/TestPictures.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sys/resource.h>
+#include <sys/sysinfo.h>
+
+namespace {
+
+StoreInfo infoOf(size_t width, size_t height, size_t bands, size_t bits) {
+    StoreInfo info;
+    info.width = width;
+    info.height = height;
+    info.bands = bands;
+    info.bits = bits;
+    info.residualBits = bits == 16 ? 3 : 0;
+    info.tileSize = 256;
+    return info;
+}
+
+// What the process may take, for as long as it lives.
+class AddressLimit {
+public:
+    explicit AddressLimit(rlim_t bytes) {
+        getrlimit(RLIMIT_AS, &before_);
+        rlimit const limit{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_AS, &limit);
+    }
+    AddressLimit(AddressLimit const&) = delete;
+    AddressLimit& operator=(AddressLimit const&) = delete;
+    ~AddressLimit() { setrlimit(RLIMIT_AS, &before_); }
+
+private:
+    rlimit before_{};
+};
+
+} // namespace
+
+// 10000 pixels, so bands of 5002 samples in 20 tiles of 256, at one level. Of 2 bytes each: a row of the plane, 14 of the
+// bands, and of each of the four bands a row of tiles.
+TEST(StoreMemoryTest, AnExportTakesRowsOfTheWaveletAndRowsOfTiles) {
+    size_t const plane = 2 * (10000 + 14 * 5002 + 4 * 20 * 256 * 256);
+    EXPECT_EQ(storememory::exportBytes(infoOf(10000, 5000, 1, 8)), plane + 10000);
+    EXPECT_EQ(storememory::exportBytes(infoOf(10000, 5000, 3, 8)), 3 * plane + 30000);
+}
+
+// Level 2: bands of 2504 samples in 10 tiles, and LL there.
+TEST(StoreMemoryTest, EachLevelHasItsOwn) {
+    StoreInfo info = infoOf(10000, 5000, 1, 8);
+    info.levels = 2;
+    EXPECT_EQ(storememory::exportBytes(info),
+              2 * (10000 + 14 * 5002 + 3 * 20 * 256 * 256 + 14 * 2504 + 4 * 10 * 256 * 256) + 10000);
+}
+
+// 40 tiles of the picture's own samples.
+TEST(StoreMemoryTest, ResidualsHaveTheirOwn) {
+    size_t const plane = 2 * (10000 + 14 * 5002 + 4 * 20 * 256 * 256);
+    EXPECT_EQ(storememory::exportBytes(infoOf(10000, 5000, 1, 16)), plane + 2 * (10000 + 40 * 256 * 256) + 20000);
+}
+
+TEST(StoreMemoryTest, ALowPicturesTilesAreNotFull) {
+    EXPECT_EQ(storememory::exportBytes(infoOf(10000, 10, 1, 8)), 2 * (10000 + 14 * 5002 + 4 * 20 * 256 * 8) + 10000)
+        << "bands of 8 rows";
+}
+
+TEST(StoreMemoryTest, ThereIsWhatTheMachineHasOrWhatTheProcessMayTake) {
+    struct sysinfo machine {};
+    ASSERT_EQ(sysinfo(&machine), 0);
+    size_t const all = machine.totalram * machine.mem_unit;
+    rlimit limit{};
+    getrlimit(RLIMIT_AS, &limit);
+    EXPECT_EQ(storememory::availableBytes(), std::min<size_t>(all, limit.rlim_cur));
+    size_t const half = all / 2;
+    AddressLimit const less(half);
+    EXPECT_EQ(storememory::availableBytes(), half);
+}
+
+// A flat picture of 134217728 x 2048 pixels is a file of few megabytes; should its tiles all have data, a row of them would
+// have 550 GB.
+TEST(StoreMemoryTest, AnExportForWhichThereIsNoMemoryTakesNone) {
+    TemporaryFolder const folder;
+    std::string const path = folder.path("a.store");
+    ImportOptions options;
+    options.tileSize = 2048;
+    testpictures::import(testpictures::picture(40, 30, 1, 8, testpictures::Content::Flat), path, options);
+    storefiles::change(path,
+                       "UPDATE meta SET value = '134217728' WHERE key = 'width';"
+                       "UPDATE meta SET value = '2048' WHERE key = 'height';"
+                       "WITH RECURSIVE r(n) AS (SELECT 4 UNION ALL SELECT n + 4 FROM r LIMIT 140000)"
+                       " INSERT OR IGNORE INTO tiles SELECT (1 << 53) + (n / 16) * 32 + n % 16, 0, 0, NULL FROM r");
+    storefiles::sealDescription(path);
+    TileStore store(path);
+    ASSERT_GT(storememory::exportBytes(store.info()), 550'000'000'000);
+    try {
+        exportStore(store, folder.path("out.tif"), [](size_t, size_t) {});
+        FAIL() << "it is exported";
+    } catch (HostError const& error) {
+        EXPECT_EQ(error.kind(), HostError::Kind::OutOfMemory);
+        EXPECT_NE(std::string(error.what()).find("rows of 134217728 pixels"), std::string::npos) << error.what();
+    }
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"a.store"});
+}
