@@ -3,12 +3,26 @@
 #include "host/Threads.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
-CompressionPool::CompressionPool(StoreInfo const& info, size_t jobs) : info_(info) {
+namespace {
+
+CompressionPool::EncoderMaker codecsFor(StoreInfo const& info) {
+    return [info]() -> CompressionPool::Encoder {
+        auto const codec = std::make_shared<TileCodec>(info);
+        return [codec](RawTile const& tile) { return codec->encode(tile); };
+    };
+}
+
+} // namespace
+
+CompressionPool::CompressionPool(StoreInfo const& info, size_t jobs) : CompressionPool(codecsFor(info), jobs) {}
+
+CompressionPool::CompressionPool(EncoderMaker maker, size_t jobs) : maker_(std::move(maker)) {
     threads_ = startThreads(std::max<size_t>(jobs, 1), [this](size_t) { work(); });
     maxWaiting_ = kWaitingTilesAJob * std::max<size_t>(threads_.size(), 1);
-    if (threads_.empty()) ownCodec_.emplace(info);
+    if (threads_.empty()) ownEncoder_ = maker_();
 }
 
 CompressionPool::~CompressionPool() {
@@ -20,8 +34,8 @@ CompressionPool::~CompressionPool() {
 }
 
 void CompressionPool::add(RawTile&& tile) {
-    if (ownCodec_) {
-        finished_.push_back(ownCodec_->encode(tile));
+    if (ownEncoder_) {
+        finished_.push_back(ownEncoder_(tile));
         return;
     }
     std::unique_lock<std::mutex> lock(mutex_);
@@ -53,7 +67,7 @@ void CompressionPool::work() {
 }
 
 void CompressionPool::compressTiles() {
-    TileCodec codec(info_);
+    Encoder const encode = maker_();
     while (true) {
         std::unique_lock<std::mutex> lock(mutex_);
         tileWaits_.wait(lock, [this] { return !waiting_.empty() || closed_; });
@@ -62,7 +76,7 @@ void CompressionPool::compressTiles() {
         waiting_.pop_front();
         roomWaits_.notify_one();
         lock.unlock();
-        StoredTile stored = codec.encode(tile);
+        StoredTile stored = encode(tile);
         lock.lock();
         finished_.push_back(std::move(stored));
     }

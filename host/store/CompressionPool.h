@@ -5,8 +5,8 @@
 #include <condition_variable>
 #include <deque>
 #include <exception>
+#include <functional>
 #include <mutex>
-#include <optional>
 #include <thread>
 #include <vector>
 
@@ -20,7 +20,16 @@
 /// Where the system gives fewer threads than are asked for, those do the work; where it gives none, add() does.
 class CompressionPool {
 public:
+    static constexpr size_t kWaitingTilesAJob = 16;
+
+    /// What makes of a tile what is stored. Each thread has one of its own, which it makes itself.
+    using Encoder = std::function<StoredTile(RawTile const&)>;
+    using EncoderMaker = std::function<Encoder()>;
+
+    /// Tiles of a store are encoded by TileCodec.
     CompressionPool(StoreInfo const& info, size_t jobs);
+    /// jobs: threads; for 0 there is one.
+    CompressionPool(EncoderMaker maker, size_t jobs);
     /// Waits for the tiles in work; those that wait are dropped.
     ~CompressionPool();
     CompressionPool(CompressionPool const&) = delete;
@@ -34,14 +43,12 @@ public:
     std::vector<StoredTile> finish();
 
 private:
-    static constexpr size_t kWaitingTilesAJob = 16;
-
     void work();
     void compressTiles();
     void endThreads();
 
-    StoreInfo info_;
-    std::optional<TileCodec> ownCodec_; // where there are no threads
+    EncoderMaker maker_;
+    Encoder ownEncoder_; // where there are no threads
     size_t maxWaiting_ = kWaitingTilesAJob;
     std::mutex mutex_;
     std::condition_variable tileWaits_; // or closed_
