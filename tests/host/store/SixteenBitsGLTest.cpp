@@ -142,7 +142,7 @@ protected:
 
     // What a TIFF of the store holds.
     Codes ofStore(Zoom const& zoom, Region const& region, std::size_t bands) const {
-        StoreRenderer renderer(instance_, path(), {}, 16);
+        StoreRenderer renderer(instance_, path(), {}, {}, 16);
         Bytes bytes;
         renderer.render(
             zoom, false, region,
