@@ -20,9 +20,9 @@ constexpr size_t kMaxJobs = 1024;
 constexpr auto kAutoLevels = "auto";
 
 constexpr auto kExamples = R"(Examples:
-  velmora import slide.tif slide.store                 the whole image, without loss
-  velmora import --built-in map.store                  the built-in picture
-  velmora import scan.tif scan.store --tile 512 --jobs 4
+  velmora import slide.tif slide.vlm                 the whole image, without loss
+  velmora import --built-in map.vlm                  the built-in picture
+  velmora import scan.tif scan.vlm --tile 512 --jobs 4
 
 The store keeps the wavelet bands of the image as tiles. The image is read once, in strips: memory
 grows with its width, not with its height.)";

@@ -38,7 +38,7 @@ constexpr auto kExamples = R"(Examples:
   velmora render slide.tif -o view.png -r 8000,6000,1920,1080 --tile 512
   velmora render scan16.tif -o view.png --gamma 2.2,300,9000 --sharpen 1
   velmora render slide.tif -o small.tif --zoom 0.1 --smooth
-  velmora render slide.store -o part.png -r 8000,6000,1920,1080 --zoom 0.5
+  velmora render slide.vlm -o part.png -r 8000,6000,1920,1080 --zoom 0.5
 
 Filters run one after the other in the order given, each as often as it is given. A region is
 that part of the whole picture enhanced. Alpha stays as it is. Of 16 bits filters look at 15, and

@@ -19,7 +19,7 @@ constexpr auto kExamples = R"(Examples:
   velmora view photo.tif                       pan and zoom through an image or a store
   velmora info                                 what the GL driver can do
   velmora verify                               whether every filter is exact on it
-  velmora import photo.tif photo.store         keep an image as a lossless tile store
+  velmora import photo.tif photo.vlm           keep an image as a lossless tile store
   velmora render --help                        more about one command
 
 )";

@@ -68,7 +68,7 @@ TEST_F(ProgramErrorsGLTest, MoreFiltersThanAPartHasRoomForIsExitCode2) {
 TEST_F(ProgramErrorsGLTest, ZoomThatCannotBeIsExitCode2) {
     for (char const* const zoom : {"0", "-1", "33", "nan", "half"})
         expectFailure(runVelmora({"render", image_, "-o", view(), "--zoom", zoom}), 2, {"--zoom", zoom});
-    std::string const store = folder_.path("a.store");
+    std::string const store = folder_.path("a.vlm");
     ASSERT_EQ(runVelmora({"import", image_, store, "--levels", "2"}).exitCode, 0);
     before_ = folder_.names();
     expectFailure(runVelmora({"render", store, "-o", view(), "--zoom", "0.126"}), 2, {"2 levels", "0.126984"});
@@ -117,7 +117,7 @@ TEST_F(ProgramErrorsGLTest, AFullDiskIsExitCode6AndLeavesNoPicture) {
 }
 
 TEST_F(ProgramErrorsGLTest, AStoreThatCannotBeReadIsExitCode10To12) {
-    std::string const store = folder_.path("a.store");
+    std::string const store = folder_.path("a.vlm");
     testimages::writePattern8(image_, "", 300, 200, 3);
     ASSERT_EQ(runVelmora({"import", image_, store, "--tile", "32"}).exitCode, 0);
     before_ = folder_.names();
@@ -139,11 +139,11 @@ TEST_F(ProgramErrorsGLTest, AStoreThatCannotBeReadIsExitCode10To12) {
 }
 
 TEST_F(ProgramErrorsGLTest, AStoreCutOffIsExitCode10) {
-    std::string const store = folder_.path("a.store");
+    std::string const store = folder_.path("a.vlm");
     ASSERT_EQ(runVelmora({"import", image_, store}).exitCode, 0);
     before_ = folder_.names();
     truncateFile(store, 70);
-    expectFailure(runVelmora({"render", store, "-o", view()}), 10, {"a.store", "damaged"});
+    expectFailure(runVelmora({"render", store, "-o", view()}), 10, {"a.vlm", "damaged"});
 }
 
 // The child loses the GL implementation that it was to run on, and finds no other.

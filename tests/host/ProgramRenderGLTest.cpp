@@ -171,7 +171,7 @@ TEST_F(ProgramRenderGLTest, AnInterruptedRunLeavesNothingBehind) {
 
 TEST_F(ProgramRenderGLTest, TiffHoldsThePixelsOfThePng) {
     std::string const image = folder_.path("a.png");
-    std::string const store = folder_.path("a.store");
+    std::string const store = folder_.path("a.vlm");
     for (size_t bands = 1; bands <= 4; ++bands) {
         testimages::writePattern8(image, "", kWidth, kHeight, bands);
         ASSERT_EQ(runVelmora({"import", image, store, "--force"}).exitCode, 0);
@@ -220,7 +220,7 @@ TEST_F(ProgramRenderGLTest, AnImageAtAnyZoomShowsItsNearestPixels) {
 
 TEST_F(ProgramRenderGLTest, RegionOfAStoreIsTheFilesAtZoomOneAndALevelBelow) {
     std::string const file = folder_.path("a.png");
-    std::string const store = folder_.path("a.store");
+    std::string const store = folder_.path("a.vlm");
     std::string const view = folder_.path("view.png");
     testimages::writePattern8(file, "", kWidth, kHeight, 3);
     ASSERT_EQ(runVelmora({"import", file, store, "--tile", "64"}).exitCode, 0);

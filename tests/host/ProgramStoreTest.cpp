@@ -31,7 +31,7 @@ protected:
         auto const result = runVelmora({"import", image_, store_, "--tile", "64"});
         ASSERT_EQ(result.exitCode, 0) << result.err;
         before_ = folder_.names();
-        ASSERT_EQ(before_, (Names{"a.png", "a.store"}));
+        ASSERT_EQ(before_, (Names{"a.png", "a.vlm"}));
     }
 
     // One line on stderr that holds the words, and no file made.
@@ -57,7 +57,7 @@ protected:
 
     TemporaryFolder folder_;
     std::string image_ = path("a.png");
-    std::string store_ = path("a.store");
+    std::string store_ = path("a.vlm");
     Names before_;
 };
 
@@ -84,7 +84,7 @@ TEST_F(ProgramStoreTest, AnImageComesBackSampleForSample) {
         EXPECT_EQ(ImageReader(path("out.tif"), ImageReader::Samples::kAsStored).sampleBytes(),
                   ImageReader(image, ImageReader::Samples::kAsStored).sampleBytes());
     }
-    EXPECT_EQ(folder_.names(), (Names{"a.png", "a.store", "b.tif", "out.tif"}));
+    EXPECT_EQ(folder_.names(), (Names{"a.png", "a.vlm", "b.tif", "out.tif"}));
 }
 
 TEST_F(ProgramStoreTest, TheResolutionIsKept) {
@@ -147,10 +147,10 @@ TEST_F(ProgramStoreTest, WrongUsageIsExitCode2) {
 TEST_F(ProgramStoreTest, EveryFailureHasItsExitCode) {
     expectFailure(runVelmora({"import", path("none.tif"), store_}), 3, {"none.tif", "no such file"});
     expectFailure(runVelmora({"import", folder_.path(), store_}), 4, {"folder"});
-    expectFailure(runVelmora({"import", image_, path("none/a.store")}), 6, {"none/a.store", "No such"});
+    expectFailure(runVelmora({"import", image_, path("none/a.vlm")}), 6, {"none/a.vlm", "No such"});
     expectFailure(runVelmora({"import", image_, folder_.path()}), 6, {"regular file"});
     for (std::string const command : {"check", "info"}) {
-        expectFailure(runVelmora({command, path("none.store")}), 3, {"none.store", "no such file"});
+        expectFailure(runVelmora({command, path("none.vlm")}), 3, {"none.vlm", "no such file"});
         expectFailure(runVelmora({command, image_}), 9, {"no tile store", "velmora import"});
     }
     expectFailure(runVelmora({"export", image_, path("out.tif")}), 9, {"no tile store"});
@@ -162,14 +162,14 @@ TEST_F(ProgramStoreTest, ANewerStoreIsExitCode11) {
     import();
     change("UPDATE meta SET value = '7' WHERE key = 'version'; PRAGMA user_version = 7");
     storefiles::sealDescription(store_);
-    expectReadersFail(11, {"a.store", "version 7", "newer velmora"});
+    expectReadersFail(11, {"a.vlm", "version 7", "newer velmora"});
 }
 
 TEST_F(ProgramStoreTest, ALockedStoreIsExitCode12) {
     import();
     sqlite::Database writer(store_, sqlite::Database::Mode::ReadWrite);
     writer.execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE");
-    expectReadersFail(12, {"a.store", "locked", "try again"});
+    expectReadersFail(12, {"a.vlm", "locked", "try again"});
     writer.execute("ROLLBACK; PRAGMA locking_mode = NORMAL; PRAGMA user_version");
     EXPECT_EQ(runVelmora({"check", store_}).exitCode, 0);
 }
@@ -178,7 +178,7 @@ TEST_F(ProgramStoreTest, AStoreCutOffIsExitCode10) {
     import();
     for (unsigned const share : {99u, 60u, 20u}) {
         truncateFile(store_, share);
-        expectReadersFail(10, {"a.store", "damaged", "import the picture again"});
+        expectReadersFail(10, {"a.vlm", "damaged", "import the picture again"});
     }
 }
 
@@ -187,11 +187,11 @@ TEST_F(ProgramStoreTest, AStoreThatIsOverwrittenIsExitCode9Or10) {
     std::string const whole = readFile(store_);
     // Behind the header: the pages of the description and of the tiles.
     writeFile(store_, whole.substr(0, 100) + std::string(whole.size() - 100, '\x55'));
-    expectReadersFail(10, {"a.store", "damaged"});
+    expectReadersFail(10, {"a.vlm", "damaged"});
     writeFile(store_, std::string(whole.size(), '\x55'));
-    expectReadersFail(9, {"a.store", "no tile store"});
+    expectReadersFail(9, {"a.vlm", "no tile store"});
     writeFile(store_, "");
-    expectReadersFail(9, {"a.store", "no tile store"});
+    expectReadersFail(9, {"a.vlm", "no tile store"});
 }
 
 TEST_F(ProgramStoreTest, AFolderOrFileThatMustNotBeWrittenToIsRead) {
@@ -205,8 +205,8 @@ TEST_F(ProgramStoreTest, AFolderOrFileThatMustNotBeWrittenToIsRead) {
     EXPECT_EQ(runVelmora({"check", store_}).exitCode, 0);
     EXPECT_EQ(runVelmora({"export", store_, elsewhere.path("out.tif")}).exitCode, 0);
     EXPECT_EQ(pixelsOf(elsewhere.path("out.tif")), pixelsOf(image_));
-    expectFailure(runVelmora({"import", image_, store_, "--force"}), 6, {"a.store", "Permission denied"});
-    expectFailure(runVelmora({"import", image_, path("b.store")}), 6, {"b.store", "Permission denied"});
+    expectFailure(runVelmora({"import", image_, store_, "--force"}), 6, {"a.vlm", "Permission denied"});
+    expectFailure(runVelmora({"import", image_, path("b.vlm")}), 6, {"b.vlm", "Permission denied"});
     expectFailure(runVelmora({"export", store_, path("out.tif")}), 6, {"out.tif", "Permission denied"});
     std::filesystem::permissions(folder_.path(), std::filesystem::perms::owner_all);
     EXPECT_EQ(runVelmora({"check", store_}).exitCode, 0);
@@ -217,10 +217,10 @@ TEST_F(ProgramStoreTest, FilesThatMustNotBeReadAreExitCode3Or4) {
     import();
     std::filesystem::permissions(store_, std::filesystem::perms::none);
     for (std::string const command : {"info", "check"})
-        expectFailure(runVelmora({command, store_}), 3, {"a.store", "Permission denied"});
-    expectFailure(runVelmora({"export", store_, path("out.tif")}), 3, {"a.store", "Permission denied"});
+        expectFailure(runVelmora({command, store_}), 3, {"a.vlm", "Permission denied"});
+    expectFailure(runVelmora({"export", store_, path("out.tif")}), 3, {"a.vlm", "Permission denied"});
     std::filesystem::permissions(image_, std::filesystem::perms::none);
-    expectFailure(runVelmora({"import", image_, path("b.store")}), 4, {"a.png", "Permission denied"});
+    expectFailure(runVelmora({"import", image_, path("b.vlm")}), 4, {"a.png", "Permission denied"});
 }
 
 // Its own output is a file here.
@@ -245,7 +245,7 @@ TEST_F(ProgramStoreTest, NeitherImportNorExportReplacesWhatItReads) {
     expectFailure(runVelmora({"import", image_, image_, "--force"}), 6, {"it is the image itself"});
     EXPECT_EQ(readFile(image_), before);
     import();
-    std::filesystem::create_symlink("a.store", path("link"));
+    std::filesystem::create_symlink("a.vlm", path("link"));
     before_ = folder_.names();
     expectFailure(runVelmora({"export", store_, path("link")}), 6, {"it is the tile store itself"});
     EXPECT_EQ(runVelmora({"check", store_}).exitCode, 0);
@@ -253,7 +253,7 @@ TEST_F(ProgramStoreTest, NeitherImportNorExportReplacesWhatItReads) {
 
 TEST_F(ProgramStoreTest, AFullDiskIsExitCode6AndLeavesNothing) {
     size_t const maxFileBytes = 60000;
-    expectFailure(runVelmora({"import", image_, store_}, {}, maxFileBytes), 6, {"a.store", "File too large"});
+    expectFailure(runVelmora({"import", image_, store_}, {}, maxFileBytes), 6, {"a.vlm", "File too large"});
     // In the middle of the import, too, where more has been written than SQLite keeps in memory.
     std::mt19937 random(1);
     std::string noise = "P6\n1500 1000\n255\n";
@@ -261,12 +261,12 @@ TEST_F(ProgramStoreTest, AFullDiskIsExitCode6AndLeavesNothing) {
         noise += static_cast<char>(random());
     writeFile(path("noise.ppm"), noise);
     before_ = folder_.names();
-    expectFailure(runVelmora({"import", path("noise.ppm"), store_}, {}, 4'000'000), 6, {"a.store", "File too large"});
+    expectFailure(runVelmora({"import", path("noise.ppm"), store_}, {}, 4'000'000), 6, {"a.vlm", "File too large"});
     std::filesystem::remove(path("noise.ppm"));
     import();
     std::string const before = readFile(store_);
     expectFailure(runVelmora({"export", store_, path("out.tif")}, {}, 2000), 6, {"out.tif", "File too large"});
-    expectFailure(runVelmora({"import", image_, store_, "--force"}, {}, 2000), 6, {"a.store", "File too large"});
+    expectFailure(runVelmora({"import", image_, store_, "--force"}, {}, 2000), 6, {"a.vlm", "File too large"});
     EXPECT_EQ(readFile(store_), before);
 }
 
@@ -297,7 +297,7 @@ TEST_F(ProgramStoreTest, AnImportShortOfMemoryEndsWithALine) {
         auto const result = runVelmora({"import", image_, store_, "--tile", "64"},
                                        {{"LD_PRELOAD", VELMORA_NO_MEMORY}, {"VELMORA_FAILING_NEW", std::to_string(n)}});
         if (result.exitCode == 0) {
-            EXPECT_EQ(folder_.names(), (Names{"a.png", "a.store"}));
+            EXPECT_EQ(folder_.names(), (Names{"a.png", "a.vlm"}));
             break;
         }
         ++failed;

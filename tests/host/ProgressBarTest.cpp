@@ -72,7 +72,7 @@ TEST(ProgressBarTest, RateIsInMillionsOfPixelsASecond) {
 TEST(ProgressBarTest, ALineWithPixelsAStepSaysTheRate) {
     PseudoTerminal const terminal;
     if (terminal.stream() == nullptr) GTEST_SKIP() << kNoTerminal;
-    ProgressBar bar("a.store", terminal.stream(), 1000000);
+    ProgressBar bar("a.vlm", terminal.stream(), 1000000);
     bar.update(2, 2);
     EXPECT_NE(terminal.writtenUpTo(" Mpixel/s").find("] 100%  "), std::string::npos);
 }

@@ -115,13 +115,13 @@ protected:
         auto const picture = exported();
         EXPECT_TRUE(!picture || *picture == picture_) << "another picture comes out";
         EXPECT_TRUE(noticed || picture) << "the check finds nothing, but it cannot be exported";
-        EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.store"});
+        EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.vlm"});
     }
 
     void writeBit(size_t bit) const { writeFile(path_, storefiles::withBit(whole_, bit)); }
 
     TemporaryFolder folder_;
-    std::string path_ = folder_.path("a.store");
+    std::string path_ = folder_.path("a.vlm");
     std::string tiff_ = folder_.path("out.tif");
     Picture picture_;
     std::string whole_;
@@ -281,7 +281,7 @@ protected:
     }
 
     TemporaryFolder folder_;
-    std::string path_ = folder_.path("a.store");
+    std::string path_ = folder_.path("a.vlm");
 };
 
 } // namespace

@@ -20,7 +20,7 @@ testpictures::Picture whole(std::string const& path) {
 class FormatsTest : public testing::TestWithParam<Format> {
 protected:
     void expectRoundTrip(std::string const& picture) const {
-        std::string const path = folder_.path("a.store");
+        std::string const path = folder_.path("a.vlm");
         importStore([&] { return formatpictures::open(picture); }, path, ImportOptions(), [](size_t, size_t) {});
         TileStore store(path);
         StoreCheckResult const checked = checkStore(store, [](size_t, size_t) {});

@@ -24,11 +24,11 @@ Picture exported(std::string const& path) {
 // Every sample of the picture comes back out of the store.
 void expectRoundTrip(Picture const& picture, ImportOptions const& options) {
     TemporaryFolder const folder;
-    std::string const path = folder.path("a.store");
+    std::string const path = folder.path("a.vlm");
     testpictures::import(picture, path, options);
     EXPECT_TRUE(exported(path) == picture) << picture.width << " x " << picture.height << ", " << picture.bands
                                            << " bands of " << picture.bits << " bits, tiles of " << options.tileSize;
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.store", "a.store.tif"}));
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.vlm", "a.vlm.tif"}));
 }
 
 ImportOptions optionsOf(size_t tileSize, std::optional<size_t> levels, size_t jobs) {

@@ -52,7 +52,7 @@ protected:
     }
 
     TemporaryFolder folder_;
-    std::string path_ = folder_.path("a.store");
+    std::string path_ = folder_.path("a.vlm");
     ImportOptions options_;
     StoreInfo info_;
 };
@@ -98,7 +98,7 @@ TEST_F(TileStoreTest, AReadOnlyFileInAReadOnlyFolderOpens) {
     chmod(folder_.path().c_str(), 0555);
     EXPECT_EQ(checked().damages, 0u);
     chmod(folder_.path().c_str(), 0755);
-    EXPECT_EQ(folder_.names(), Names{"a.store"});
+    EXPECT_EQ(folder_.names(), Names{"a.vlm"});
 }
 
 TEST_F(TileStoreTest, AMissingFileIsNamed) {
@@ -198,7 +198,7 @@ TEST_F(TileStoreTest, AnImportLeavesAnExistingFileAloneUnlessToldOtherwise) {
     options_.replace = true;
     testpictures::import(picture, path_, options_);
     EXPECT_EQ(TileStore(path_).info().width, 10u);
-    EXPECT_EQ(folder_.names(), Names{"a.store"});
+    EXPECT_EQ(folder_.names(), Names{"a.vlm"});
 }
 
 TEST_F(TileStoreTest, AnImportThatIsStoppedLeavesNothing) {
@@ -210,7 +210,7 @@ TEST_F(TileStoreTest, AnImportThatIsStoppedLeavesNothing) {
                                      if (done >= stopAt) throw Stop();
                                  }),
                      Stop);
-    EXPECT_EQ(folder_.names(), Names{"a.store"});
+    EXPECT_EQ(folder_.names(), Names{"a.vlm"});
 }
 
 TEST_F(TileStoreTest, AFolderThatIsNotThereIsAnUnwritableOutput) {

@@ -30,7 +30,7 @@ protected:
     void expectEveryLevel(testpictures::Picture const& picture, std::size_t tileSize,
                           std::optional<std::size_t> levels = std::nullopt) const;
 
-    std::string path() const { return folder_.path("a.store"); }
+    std::string path() const { return folder_.path("a.vlm"); }
 
     static constexpr std::size_t kTileBudgetBytes = 64 * 1000 * 1000;
 

@@ -38,7 +38,7 @@ protected:
         return picturetile::over(level, {0, 0, extent.width, extent.height});
     }
 
-    std::string path() const { return folder_.path("a.store"); }
+    std::string path() const { return folder_.path("a.vlm"); }
     std::shared_ptr<SampleCache> cache(std::size_t bytes = kCacheBytes) const {
         return std::make_shared<SampleCache>(bytes);
     }

@@ -28,8 +28,8 @@ testpictures::Picture twoValues(std::size_t side, std::size_t rowsOfFirst, std::
 
 TonePoints pointsOf(testpictures::Picture const& picture, ImportOptions const& options = {}) {
     TemporaryFolder const folder;
-    testpictures::import(picture, folder.path("a.store"), options);
-    TileStore store(folder.path("a.store"));
+    testpictures::import(picture, folder.path("a.vlm"), options);
+    TileStore store(folder.path("a.vlm"));
     return tonePoints(store);
 }
 
