@@ -1,6 +1,7 @@
 // The shortest way from pixels to a picture: store a tile, draw it into a target, read it back.
+#include "GlContext.h" // any current OpenGL ES 3 context will do
+
 #include "gles3renderbackend/Gles3RenderBackend.h"
-#include "host/EglContext.h" // any current OpenGL ES 3 context will do
 #include "renderbackend/Filter.h"
 #include "renderbackend/RenderBackendInstance.h"
 #include "renderbackend/RenderContext.h"
@@ -36,7 +37,7 @@ std::vector<unsigned char> drawOneTile(std::vector<unsigned char> const& rgba, s
 
 int main() {
     try {
-        EglContext const context;
+        GlContext const context;
         std::vector<unsigned char> tile(256 * 256 * 4);
         for (size_t i = 0; i < tile.size(); ++i)
             tile[i] = static_cast<unsigned char>(i * 7 + i / 1024);

@@ -1,7 +1,8 @@
 // Decoders fill tiles on threads of their own, while one GL thread hands out the room, uploads and draws.
 // docs/THREADS.md says which thread may do what, and when.
+#include "GlContext.h" // any current OpenGL ES 3 context will do
+
 #include "gles3renderbackend/Gles3RenderBackend.h"
-#include "host/EglContext.h" // any current OpenGL ES 3 context will do
 #include "renderbackend/ConcurrentStagingBuffer.h"
 #include "renderbackend/Filter.h"
 #include "renderbackend/RenderBackendInstance.h"
@@ -105,7 +106,7 @@ struct NoSurface : RenderContext {
 } // namespace
 
 int main() try {
-    EglContext const context;
+    GlContext const context;
     NoSurface const surface;
     Gles3RenderBackend backend;
     auto const gl = backend.createInstance(surface);
