@@ -5,21 +5,19 @@
 
 namespace {
 
-// One connection writes, through a log that goes into the file from time to time and for good in finish(): a store without
-// its log can be read from folders that nobody may write to. Nothing is synchronised on the way, for a file under a
-// temporary name is thrown away after a failure, never repaired; TemporaryOutput writes it to the disk before it gets its
-// name. Pages of 4 KiB: of the last one of a tile, which has some 10 KiB, half is empty.
+// Nothing is kept for a way back, and nothing is synchronised on the way: a file under a temporary name is thrown away
+// after a failure, never repaired, and TemporaryOutput writes it to the disk before it gets its name. So there is no other
+// file beside it that a killed import could leave, and each page is written once. Pages of 4 KiB: of the last one of a
+// tile, which has some 10 KiB, half is empty.
 constexpr auto kSettings = R"(
     PRAGMA page_size = 4096;
     PRAGMA locking_mode = EXCLUSIVE;
-    PRAGMA journal_mode = WAL;
+    PRAGMA journal_mode = OFF;
     PRAGMA synchronous = OFF;
     BEGIN;
 )";
 
 static_assert(storeformat::kPageBytes == 4096);
-
-constexpr size_t kTilesACommit = 1024;
 
 storeformat::IndexChecksums checksumsOf(sqlite::Database& database, size_t levels) {
     storeformat::IndexChecksums checksums(levels + 1);
@@ -61,7 +59,6 @@ void TileStoreWriter::write(StoredTile const& tile) {
         }
         insert_->step();
         insert_->reset();
-        if (++tiles_ % kTilesACommit == 0) database_->execute("COMMIT; BEGIN");
     });
 }
 
@@ -71,7 +68,6 @@ void TileStoreWriter::finish() {
         database_->execute(storeschema::kDataIndex);
         describe();
         database_->execute("COMMIT");
-        database_->execute("PRAGMA journal_mode = DELETE");
     });
     database_.reset();
     output_.finish();

@@ -29,5 +29,4 @@ private:
     StoreInfo info_;
     std::optional<sqlite::Database> database_;
     std::optional<sqlite::Statement> insert_;
-    size_t tiles_ = 0; // written
 };
