@@ -1,9 +1,10 @@
 #pragma once
 
+#include "host/OutputFile.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
 
 /// Writes a picture file row by row, so that a picture of any size passes through.
 ///
@@ -25,10 +26,7 @@ public:
     virtual void finish() = 0;
 };
 
-/// Whether a picture of that name is to be a TIFF: it ends in .tif or .tiff, in any case.
-bool namesTiff(std::string const& path);
-
-/// A TIFF where the name is that of one, else a PNG. bands: 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA; bits: 8 or 16. Throws
-/// HostError (unwritable output), also where the name is that of something other than a regular file.
-std::unique_ptr<PictureWriter> makePictureWriter(std::string const& path, size_t width, size_t height, size_t bands,
+/// A TIFF where the name ends in .tif or .tiff, a PNG where it ends in .png, in any case. bands: 1 grey, 2 grey and alpha,
+/// 3 RGB, 4 RGBA; bits: 8 or 16. Throws what requireUsable throws, also for any other ending.
+std::unique_ptr<PictureWriter> makePictureWriter(OutputFile const& file, size_t width, size_t height, size_t bands,
                                                  size_t bits = 8);

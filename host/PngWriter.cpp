@@ -1,16 +1,14 @@
 #include "host/PngWriter.h"
 
-#include "host/HostError.h"
 #include "host/TemporaryOutput.h"
 
 #include <png.h>
 
 #include <array>
-#include <cerrno>
 #include <csetjmp>
 #include <cstdio>
-#include <cstring>
-#include <unistd.h>
+#include <exception>
+#include <vector>
 
 namespace {
 
@@ -69,62 +67,80 @@ bool writeEnd(png_structp png, png_infop info) {
 } // namespace
 
 struct PngWriter::State {
-    explicit State(std::string const& path) : output(path) {
-        // Of its own: closing it must leave the output's open.
-        int const descriptor = dup(output.descriptor());
-        file = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
-        if (file != nullptr) return;
-        int const reason = errno;
-        if (descriptor >= 0) close(descriptor);
-        throw output.failure(reason);
-    }
+    explicit State(OutputFile const& file) : output(file) { bytes.reserve(kBufferBytes); }
     State(State const&) = delete;
     State& operator=(State const&) = delete;
+    ~State() { png_destroy_write_struct(&png, &info); }
 
-    ~State() {
-        png_destroy_write_struct(&png, &info);
-        if (file != nullptr) std::fclose(file);
+    void add(png_const_bytep data, size_t count) {
+        bytes.insert(bytes.end(), data, data + count);
+        if (bytes.size() >= kBufferBytes) flush();
     }
 
-    HostError pngFailure() const {
-        return errno == ENOSPC || errno == EFBIG ? output.failure(errno) : output.failure(pngMessage.data());
+    void flush() {
+        output.write(bytes.data(), bytes.size());
+        bytes.clear();
     }
+
+    // What a write has thrown, or else what libpng says.
+    [[noreturn]] void fail() const {
+        if (thrown) std::rethrow_exception(thrown);
+        throw output.failure(std::string(pngMessage.data()));
+    }
+
+    static constexpr size_t kBufferBytes = 64 * 1024;
 
     TemporaryOutput output;
-    std::FILE* file = nullptr;
+    std::vector<std::uint8_t> bytes; // to be written
+    std::exception_ptr thrown;
     size_t rowBytes = 0;
     png_structp png = nullptr;
     png_infop info = nullptr;
     std::array<char, 256> pngMessage{};
 };
 
-PngWriter::PngWriter(std::string const& path, size_t width, size_t height, size_t bands, size_t bits)
-    : state_(std::make_unique<State>(path)) {
-    if (width > kMaxSide || height > kMaxSide) throw state_->output.failure("the picture is too large for a PNG");
-    state_->rowBytes = width * bands * bits / 8;
-    state_->png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state_->pngMessage, onError, onWarning);
-    if (state_->png != nullptr) state_->info = png_create_info_struct(state_->png);
-    if (state_->info == nullptr) throw state_->output.failure("libpng does not start");
-    png_init_io(state_->png, state_->file);
-    errno = 0;
-    if (!writeHeader(state_->png, state_->info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height),
+namespace {
+
+// No exception may pass through libpng: it is kept until libpng has returned.
+template <class Writer>
+void onWrite(png_structp png, png_bytep data, size_t count) {
+    auto* const writer = static_cast<Writer*>(png_get_io_ptr(png));
+    try {
+        writer->add(data, count);
+        return;
+    } catch (...) {
+        writer->thrown = std::current_exception();
+    }
+    png_error(png, "the file cannot be written");
+}
+
+void onFlush(png_structp) {}
+
+} // namespace
+
+PngWriter::PngWriter(OutputFile const& file, size_t width, size_t height, size_t bands, size_t bits)
+    : state_(std::make_unique<State>(file)) {
+    State& state = *state_;
+    if (width > kMaxSide || height > kMaxSide) throw state.output.failure("the picture is too large for a PNG");
+    state.rowBytes = width * bands * bits / 8;
+    state.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state.pngMessage, onError, onWarning);
+    if (state.png != nullptr) state.info = png_create_info_struct(state.png);
+    if (state.info == nullptr) throw state.output.failure("libpng does not start");
+    png_set_write_fn(state.png, &state, onWrite<State>, onFlush);
+    if (!writeHeader(state.png, state.info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height),
                      colourType(bands), static_cast<int>(bits)))
-        throw state_->pngFailure();
+        state.fail();
 }
 
 PngWriter::~PngWriter() = default;
 
 void PngWriter::writeRows(std::uint8_t const* rows, size_t count) {
-    errno = 0;
-    if (!writePngRows(state_->png, rows, state_->rowBytes, count)) throw state_->pngFailure();
+    if (!writePngRows(state_->png, rows, state_->rowBytes, count)) state_->fail();
 }
 
 void PngWriter::finish() {
     State& state = *state_;
-    errno = 0;
-    if (!writeEnd(state.png, state.info)) throw state.pngFailure();
-    int const closed = std::fclose(state.file);
-    state.file = nullptr;
-    if (closed != 0) throw state.output.failure(errno);
+    if (!writeEnd(state.png, state.info)) state.fail();
+    state.flush();
     state.output.finish();
 }

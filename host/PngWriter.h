@@ -5,9 +5,9 @@
 /// A PNG file of 8 or 16 bits a sample.
 class PngWriter final : public PictureWriter {
 public:
-    /// bands: 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA. Throws HostError (unwritable output), also where the name is that
-    /// of something other than a regular file.
-    PngWriter(std::string const& path, size_t width, size_t height, size_t bands, size_t bits = 8);
+    /// bands: 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA; bits: 8 or 16. Throws what requireUsable throws, and HostError
+    /// (unwritable output).
+    PngWriter(OutputFile const& file, size_t width, size_t height, size_t bands, size_t bits = 8);
     ~PngWriter() override;
 
     void writeRows(std::uint8_t const* rows, size_t count) override;

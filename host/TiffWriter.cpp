@@ -38,8 +38,8 @@ size_t rowBytesOf(TiffWriter::Format const& format) {
 } // namespace
 
 struct TiffWriter::State {
-    State(std::string const& path, Format const& tiffFormat)
-        : output(path), format(tiffFormat), rowsPerStrip(std::max<size_t>(kStripBytes / rowBytesOf(format), 1)) {
+    State(OutputFile const& file, Format const& tiffFormat)
+        : output(file), format(tiffFormat), rowsPerStrip(std::max<size_t>(kStripBytes / rowBytesOf(format), 1)) {
         // Of its own: closing it must leave the output's open.
         int const descriptor = dup(output.descriptor());
         if (descriptor < 0) throw output.failure(errno);
@@ -48,7 +48,7 @@ struct TiffWriter::State {
         TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
         TIFFOpenOptionsSetErrorHandlerExtR(options, keepMessage, &message);
         TIFFOpenOptionsSetWarningHandlerExtR(options, dropMessage, nullptr);
-        tiff = TIFFFdOpenExt(descriptor, path.c_str(), big ? "w8" : "w", options);
+        tiff = TIFFFdOpenExt(descriptor, file.path.c_str(), big ? "w8" : "w", options);
         TIFFOpenOptionsFree(options);
         if (tiff != nullptr) return;
         close(descriptor);
@@ -60,8 +60,10 @@ struct TiffWriter::State {
         if (tiff != nullptr) TIFFClose(tiff);
     }
 
+    // Of a failed write libtiff says where it was; the system says why.
     HostError failure() const {
-        return errno == ENOSPC || errno == EFBIG ? output.failure(errno) : output.failure(message.data());
+        int const reason = errno;
+        return reason != 0 ? output.failure(reason) : output.failure(std::string(message.data()));
     }
 
     template <class... Values>
@@ -107,7 +109,8 @@ struct TiffWriter::State {
     std::vector<std::uint8_t> strip;
 };
 
-TiffWriter::TiffWriter(std::string const& path, Format const& format) : state_(std::make_unique<State>(path, format)) {
+TiffWriter::TiffWriter(OutputFile const& file, Format const& format) : state_(std::make_unique<State>(file, format)) {
+    errno = 0;
     state_->setFields();
 }
 

@@ -15,8 +15,8 @@ public:
         double micronsPerPixelY = 0;
     };
 
-    /// Throws HostError (unwritable output), also where the name is that of something other than a regular file.
-    TiffWriter(std::string const& path, Format const& format);
+    /// Throws what requireUsable throws, and HostError (unwritable output).
+    TiffWriter(OutputFile const& file, Format const& format);
     ~TiffWriter() override;
 
     void writeRows(std::uint8_t const* rows, size_t count) override;

@@ -10,17 +10,25 @@
 
 namespace {
 
+constexpr auto kExamples = R"(Example:
+  velmora export slide.vlm copy.tif   the same samples again)";
+
 struct Options {
     std::string store;
     std::string output;
+    bool force = false;
 };
 
 void exportTiff(Options const& options) {
+    OutputFile file(options.output);
+    file.replace = options.force;
+    file.sources = {options.store};
+    requireUsable(file, OutputFile::Ending::Tiff);
     TileStore store(options.store, interruption::throwIfNoted);
     StoreInfo const& info = store.info();
     {
         ProgressBar bar(options.output, stderr, info.width);
-        exportStore(store, options.output, [&](size_t done, size_t total) {
+        exportStore(store, file, [&](size_t done, size_t total) {
             interruption::throwIfNoted();
             bar.update(done, total);
         });
@@ -36,7 +44,9 @@ void addExportCommand(CLI::App& program) {
     auto const options = std::make_shared<Options>();
     auto* const command =
         program.add_subcommand("export", "Write the image of a tile store, sample for sample, into a TIFF file");
+    command->footer(kExamples);
     command->add_option("STORE", options->store, "The tile store")->required()->type_name("");
-    command->add_option("OUTPUT", options->output, "The TIFF file to write")->required()->type_name("");
+    command->add_option("OUTPUT", options->output, "The file to write, .tif or .tiff")->required()->type_name("");
+    command->add_flag("--force", options->force, "Replace a file that has the output's name");
     command->callback([options] { exportTiff(*options); });
 }

@@ -1,6 +1,7 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/PictureFiles.h"
 #include "host/HostError.h"
+#include "host/OutputFile.h"
 #include "host/TerminalText.h"
 #include "host/store/StoreImporter.h"
 
@@ -12,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace {
@@ -50,11 +52,11 @@ Files filesOf(Options const& options) {
     return {options.builtIn ? "" : options.names.front(), options.names.back()};
 }
 
-void requireOtherFile(Files const& files) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(files.image, files.store, ignored))
-        throw HostError(HostError::Kind::UnwritableOutput,
-                        "cannot write '" + files.store + "': it is the image itself; choose another name");
+void requireUsableStore(Files const& files, bool replace) {
+    OutputFile store(files.store);
+    store.replace = replace;
+    store.sources = picturefiles::sourcesOf(files.image);
+    requireUsable(store, OutputFile::Ending::NotOfAPicture);
 }
 
 std::optional<size_t> levelsOf(std::string const& text) {
@@ -75,8 +77,9 @@ std::string checkEven(std::string const& text) {
 
 void import(Options const& options) {
     Files const files = filesOf(options);
-    requireOtherFile(files);
+    requireUsableStore(files, options.import.replace);
     ImportOptions importOptions = options.import;
+    importOptions.sources = picturefiles::sourcesOf(files.image);
     importOptions.sourceName = picturefiles::nameOf(files.image);
     importOptions.levels = levelsOf(options.levels);
 
@@ -84,11 +87,12 @@ void import(Options const& options) {
     StoreInfo const info = picturefiles::importWithProgress(files.image, files.store, importOptions);
     std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;
     double const megapixels = static_cast<double>(info.width) * static_cast<double>(info.height) / 1e6;
+    std::error_code gone; // somebody may have taken it away already
+    auto const bytes = std::filesystem::file_size(files.store, gone);
     std::printf("%s: %zu x %zu pixels of %s in %zu levels, %ju bytes in %.2f s, %.1f Mpixel/s\n",
                 terminalText(files.store).c_str(), info.width, info.height,
                 terminalText(importOptions.sourceName).c_str(), info.levels,
-                static_cast<std::uintmax_t>(std::filesystem::file_size(files.store)), seconds.count(),
-                megapixels / seconds.count());
+                static_cast<std::uintmax_t>(gone ? 0 : bytes), seconds.count(), megapixels / seconds.count());
 }
 
 } // namespace
@@ -97,7 +101,7 @@ void addImportCommand(CLI::App& program) {
     auto const options = std::make_shared<Options>();
     auto* const command = program.add_subcommand("import", "Make a lossless tile store of an image");
     command->footer(kExamples);
-    command->add_option("NAMES", options->names, "IMAGE, any that libvips reads, and STORE, the file to make")
+    command->add_option("NAMES", options->names, "IMAGE, any that libvips reads, and STORE, the file to make, .vlm")
         ->type_name("")
         ->required();
     command->add_flag("--built-in", options->builtIn, "Import the built-in picture; the only name is STORE");

@@ -26,6 +26,10 @@ std::string picturefiles::nameOf(std::string const& image) {
     return image.empty() ? "the built-in picture" : std::filesystem::path(image).filename().string();
 }
 
+std::vector<std::string> picturefiles::sourcesOf(std::string const& image) {
+    return image.empty() ? std::vector<std::string>{} : std::vector<std::string>{image};
+}
+
 PictureOpener picturefiles::openerOf(std::string const& image) {
     return [image]() -> std::unique_ptr<PixelSource> {
         if (image.empty()) return std::make_unique<BuiltInPicture>();
@@ -56,6 +60,14 @@ bool picturefiles::isUsableStore(std::string const& path) {
     }
 }
 
+ImportOptions picturefiles::cacheOptions(std::string const& image) {
+    ImportOptions options;
+    options.replace = true;
+    options.sourceName = nameOf(image);
+    options.sources = sourcesOf(image);
+    return options;
+}
+
 StoreInfo picturefiles::importWithProgress(std::string const& image, std::string const& store,
                                            ImportOptions const& options) {
     // Rows are counted, pixels are shown: the bar knows the width once the picture is open.
@@ -75,9 +87,6 @@ std::string picturefiles::storeOf(std::string const& image) {
     if (!image.empty() && TileStore::isStore(image)) return image;
     std::string store = cachedStore(image);
     if (isUsableStore(store)) return store;
-    ImportOptions options;
-    options.replace = true;
-    options.sourceName = nameOf(image);
-    importWithProgress(image, store, options);
+    importWithProgress(image, store, cacheOptions(image));
     return store;
 }

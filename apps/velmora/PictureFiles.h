@@ -3,6 +3,7 @@
 #include "host/store/StoreImporter.h"
 
 #include <string>
+#include <vector>
 
 /// What the commands are given as IMAGE: a file, or nothing for the built-in picture; and the store of it that is kept
 /// in the user's cache.
@@ -10,6 +11,9 @@ namespace picturefiles {
 
 /// For a person, without folders.
 std::string nameOf(std::string const& image);
+
+/// The files that an output made of it is made of.
+std::vector<std::string> sourcesOf(std::string const& image);
 
 /// Opens it with the samples that the file has.
 PictureOpener openerOf(std::string const& image);
@@ -20,6 +24,9 @@ std::string cachedStore(std::string const& image);
 
 /// Whether the file is a store that can be read: another version of the program may have made it.
 bool isUsableStore(std::string const& path);
+
+/// What an import of the image into a store in the cache takes.
+ImportOptions cacheOptions(std::string const& image);
 
 /// Makes a store, with a bar that shows how far it is. Throws what importStore throws, and where the user interrupts.
 StoreInfo importWithProgress(std::string const& image, std::string const& store, ImportOptions const& options);

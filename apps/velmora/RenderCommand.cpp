@@ -47,6 +47,7 @@ end in 8; 16 bits are shown as their upper byte.)";
 struct Options {
     std::string image;
     std::string output;
+    bool force = false;
     std::string region;
     size_t tileSize = 256;
     double zoom = 1.0;
@@ -54,6 +55,13 @@ struct Options {
     std::size_t bits = 0; // as many as make sense
     std::vector<enhancement::Step> steps;
 };
+
+OutputFile outputOf(Options const& options) {
+    OutputFile file(options.output);
+    file.replace = options.force;
+    file.sources = picturefiles::sourcesOf(options.image);
+    return file;
+}
 
 std::unique_ptr<PixelSource> openSource(Options const& options, ImageReader::Samples samples) {
     if (options.image.empty()) return std::make_unique<BuiltInPicture>();
@@ -101,7 +109,7 @@ struct Shape {
     size_t bits;
 };
 
-double drawInto(std::string const& output, Shape const& shape, size_t tileBytes, Draw const& draw) {
+double drawInto(OutputFile const& output, Shape const& shape, size_t tileBytes, Draw const& draw) {
     // Before the context: an output that cannot be written is known at once.
     auto const file = makePictureWriter(output, shape.width, shape.height, shape.bands, shape.bits);
     SurfacelessContext context;
@@ -110,7 +118,7 @@ double drawInto(std::string const& output, Shape const& shape, size_t tileBytes,
 
     auto const start = std::chrono::steady_clock::now();
     {
-        ProgressBar bar(output, stderr);
+        ProgressBar bar(output.path, stderr);
         draw(
             instance, [&file](std::uint8_t const* rows, size_t count) { file->writeRows(rows, count); },
             [&bar](size_t done, size_t total) {
@@ -139,8 +147,9 @@ void renderImage(Options const& options) {
     // Without a filter 16 bits are shown as they are: their upper byte.
     if (source->sampleBytes() == 2 && options.steps.empty() && shape.bits == 8)
         source = openSource(options, ImageReader::Samples::kEightBits);
-    double const seconds = drawInto(
-        options.output, shape, kTileBudgetBytes, [&](auto const& instance, auto const& write, auto const& progress) {
+    double const seconds =
+        drawInto(outputOf(options), shape, kTileBudgetBytes,
+                 [&](auto const& instance, auto const& write, auto const& progress) {
             if (options.steps.empty())
                 RegionRenderer(instance, options.tileSize).render(*source, region, write, progress);
             else
@@ -166,7 +175,7 @@ void renderStore(Options const& options, std::string const& store) {
     Shape const shape = {region.width, region.height, EnhancedRenderer::bandsOf(info.bands, options.steps),
                          bitsOf(options, info.bits)};
     double const seconds =
-        drawInto(options.output, shape, kBandBudgetBytes,
+        drawInto(outputOf(options), shape, kBandBudgetBytes,
                  [&](auto const& instance, auto const& write, auto const& progress) {
                      StoreRenderer(instance, store, options.steps, interruption::throwIfNoted, shape.bits)
                          .render(zoom, options.smooth, region, write, progress);
@@ -178,6 +187,8 @@ void renderStore(Options const& options, std::string const& store) {
 }
 
 void render(Options const& options) {
+    // At once: an image may have to be imported first, which takes its time.
+    requireUsable(outputOf(options), OutputFile::Ending::PngOrTiff);
     // An image has no levels: a store of it does. At its own size reading the region is all that it takes.
     if (TileStore::isStore(options.image))
         renderStore(options, options.image);
@@ -220,9 +231,10 @@ void addRenderCommand(CLI::App& program) {
         ->type_name("");
     command
         ->add_option("-o,--output", options->output,
-                     "The file to write: a TIFF where it ends in .tif or .tiff, else a PNG")
+                     "The file to write: a TIFF where it ends in .tif or .tiff, a PNG where it ends in .png")
         ->required()
         ->type_name("FILE");
+    command->add_flag("--force", options->force, "Replace a file that has the output's name");
     command->add_option("-r,--region", options->region, "The part to draw, in pixels; without it the whole image")
         ->type_name("X,Y,W,H")
         ->check(checkRegion);

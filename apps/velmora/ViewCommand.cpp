@@ -1,6 +1,7 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/FilterOptions.h"
 #include "apps/velmora/Interruption.h"
+#include "apps/velmora/PictureFiles.h"
 #include "apps/velmora/view/Viewer.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -110,6 +112,16 @@ void returnFreedTiles() {
 #endif
 }
 
+// All of them, before a window opens.
+void requireScreenshots(ViewerOptions const& options) {
+    std::vector<std::string> names;
+    if (!options.screenshot.empty()) names.push_back(options.screenshot);
+    for (Script::Line const& line : options.script)
+        if (line.deed == Script::Deed::Screenshot) names.push_back(line.text);
+    for (std::string const& name : names)
+        requireUsable(options.outputOf(name), OutputFile::Ending::Png);
+}
+
 void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
     returnFreedTiles();
     options.picture.hostBytes = tileBytes(memory.host * kMegabyte);
@@ -120,6 +132,8 @@ void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
     options.picture.threads = options.importJobs;
     options.picture.showHoles = true;
     options.picture.interruption = interruption::throwIfNoted;
+    options.sources = picturefiles::sourcesOf(options.image);
+    requireScreenshots(options);
     Viewer(options).run();
 }
 
@@ -148,8 +162,10 @@ void addViewCommand(CLI::App& program) {
         ->type_name("N")
         ->check(CLI::Range(std::size_t{1}, kMaxJobs));
     command->add_flag("--bare", options->bare, "Nothing over the picture");
-    command->add_option("--screenshot", options->screenshot, "Write the window to a PNG file once it is complete, quit")
+    command
+        ->add_option("--screenshot", options->screenshot, "Write the window to a .png file once it is complete, quit")
         ->type_name("FILE");
+    command->add_flag("--force", options->force, "Screenshots may replace files that are there");
     command->add_option("--script", texts->script, "Do what a text file says, line by line")->type_name("FILE");
     command->add_flag("--report", options->report, "Print times, frames and memory at the end");
     addFilterOptions(*command);

@@ -1,6 +1,5 @@
 #include "host/store/StoreExporter.h"
 
-#include "host/HostError.h"
 #include "host/TiffWriter.h"
 #include "host/store/ColourPlanes.h"
 #include "host/store/StoreMemory.h"
@@ -9,16 +8,8 @@
 #include <array>
 #include <cstdio>
 #include <deque>
-#include <filesystem>
 
 namespace {
-
-void requireOtherFile(std::string const& path, TileStore const& store) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(path, store.path(), ignored))
-        throw HostError(HostError::Kind::UnwritableOutput,
-                        "cannot write '" + path + "': it is the tile store itself; choose another name");
-}
 
 // A wide picture of flat parts is a small file: what its rows take is known before any of it is taken.
 void requireMemory(TileStore const& store) {
@@ -38,11 +29,11 @@ void requireMemory(TileStore const& store) {
 
 } // namespace
 
-void exportStore(TileStore& store, std::string const& path, ExportProgress const& progress) {
+void exportStore(TileStore& store, OutputFile file, ExportProgress const& progress) {
     StoreInfo const& info = store.info();
-    requireOtherFile(path, store);
+    file.sources.push_back(store.path());
     requireMemory(store);
-    TiffWriter tiff(path,
+    TiffWriter tiff(file,
                     {info.width, info.height, info.bands, info.bits, info.micronsPerPixelX, info.micronsPerPixelY});
     std::deque<StoredPlane> planes;
     std::deque<TileRowReader> residuals;

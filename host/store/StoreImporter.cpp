@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <array>
 #include <deque>
-#include <filesystem>
 
 namespace {
 
@@ -47,8 +46,8 @@ StoreInfo infoOf(PixelSource const& source, ImportOptions const& options, size_t
 // The way of the samples from the picture's rows into the file. Only the thread that calls it talks to the file.
 class Import {
 public:
-    Import(std::string const& path, StoreInfo const& info, size_t jobs)
-        : info_(info), writer_(path, info), pool_(info, jobs), planes_(info) {
+    Import(OutputFile const& file, StoreInfo const& info, size_t jobs)
+        : info_(info), writer_(file, info), pool_(info, jobs), planes_(info) {
         auto const sink = [this](RawTile&& tile) { put(std::move(tile)); };
         for (size_t plane = 0; plane < info.bands; ++plane) {
             transforms_.emplace_back(info, plane, sink);
@@ -99,13 +98,6 @@ private:
     std::deque<TileRowCutter> residuals_;
 };
 
-void requireNoFile(std::string const& path) {
-    std::error_code ignored;
-    if (std::filesystem::is_regular_file(path, ignored))
-        throw HostError(HostError::Kind::UnwritableOutput,
-                        "'" + path + "' exists already; choose another name, or replace it with --force");
-}
-
 void requireSize(PixelSource const& source) {
     if (source.width() > StoreInfo::kMaxSide || source.height() > StoreInfo::kMaxSide)
         throw HostError(HostError::Kind::UnreadableImage, "the picture is too large: a tile store has up to " +
@@ -117,7 +109,10 @@ void requireSize(PixelSource const& source) {
 
 StoreInfo importStore(PictureOpener const& open, std::string const& path, ImportOptions const& options,
                       ImportProgress const& progress) {
-    if (!options.replace) requireNoFile(path);
+    OutputFile file(path);
+    file.replace = options.replace;
+    file.sources = options.sources;
+    requireUsable(file);
     auto source = open();
     requireSize(*source);
     std::deque<size_t> residualBits = source->sampleBytes() == 2 ? std::deque<size_t>{3, 5} : std::deque<size_t>{0};
@@ -125,7 +120,7 @@ StoreInfo importStore(PictureOpener const& open, std::string const& path, Import
         StoreInfo info = infoOf(*source, options, residualBits.front());
         residualBits.pop_front();
         try {
-            Import(path, info, threadsFor(options.jobs)).run(*source, progress);
+            Import(file, info, threadsFor(options.jobs)).run(*source, progress);
             return info;
         } catch (CoefficientOverflow const&) {
             if (residualBits.empty()) throw;

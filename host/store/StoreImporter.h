@@ -6,15 +6,17 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 class PixelSource;
 
 struct ImportOptions {
-    size_t tileSize = 256;        ///< samples a side, even, StoreInfo::kMinTileSize to kMaxTileSize
-    std::optional<size_t> levels; ///< 1 to StoreInfo::kMaxLevels; without: storegeometry::autoLevels
-    size_t jobs = 0;              ///< threads that compress; 0: as many as the machine has cores
-    bool replace = false;         ///< a file that has the store's name already
-    std::string sourceName;       ///< goes into the store
+    size_t tileSize = 256;            ///< samples a side, even, StoreInfo::kMinTileSize to kMaxTileSize
+    std::optional<size_t> levels;     ///< 1 to StoreInfo::kMaxLevels; without: storegeometry::autoLevels
+    size_t jobs = 0;                  ///< threads that compress; 0: as many as the machine has cores
+    bool replace = false;             ///< a file that has the store's name already
+    std::string sourceName;           ///< goes into the store
+    std::vector<std::string> sources; ///< the picture's files, as OutputFile::sources
 };
 
 /// Opens the picture; called again where the picture has to be read a second time.
@@ -28,7 +30,7 @@ using ImportProgress = std::function<void(size_t doneRows, size_t allRows)>;
 /// Samples of 16 bits leave their lowest 3 bits outside the wavelet, so that its coefficients fit in 16 bits. Where one
 /// does not all the same, the import starts over with 5.
 ///
-/// Throws HostError: unwritable output, also where the file exists and is not to be replaced; what the picture throws;
-/// what progress throws. A failed import leaves nothing, under the store's name neither.
+/// Throws what requireUsable throws; HostError (unwritable output); what the picture throws; what progress throws. A failed
+/// import leaves nothing, under the store's name neither.
 StoreInfo importStore(PictureOpener const& open, std::string const& path, ImportOptions const& options,
                       ImportProgress const& progress);

@@ -42,7 +42,7 @@ void TileStoreWriter::translated(Action const& action) const {
     }
 }
 
-TileStoreWriter::TileStoreWriter(std::string const& path, StoreInfo const& info) : output_(path), info_(info) {
+TileStoreWriter::TileStoreWriter(OutputFile const& file, StoreInfo const& info) : output_(file), info_(info) {
     translated([&] { create(); });
 }
 

@@ -9,10 +9,11 @@
 #include <string>
 
 /// Writes the file of a tile store. It takes its name in finish() only; a writer that is destroyed before that leaves
-/// nothing behind. One thread at a time. Every operation throws HostError (unwritable output).
+/// nothing behind. One thread at a time. Every operation throws HostError (unwritable output); the constructor also what
+/// requireUsable throws.
 class TileStoreWriter {
 public:
-    TileStoreWriter(std::string const& path, StoreInfo const& info);
+    TileStoreWriter(OutputFile const& file, StoreInfo const& info);
 
     /// Each tile once, in any order.
     void write(StoredTile const& tile);

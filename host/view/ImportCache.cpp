@@ -1,5 +1,6 @@
 #include "host/view/ImportCache.h"
 
+#include "host/Fnv1a.h"
 #include "host/HostError.h"
 
 #include <array>
@@ -8,18 +9,6 @@
 #include <system_error>
 
 namespace fs = std::filesystem;
-
-namespace {
-
-// FNV-1a (Fowler, Noll, Vo) of 64 bits.
-std::uint64_t hashOf(std::string const& text) {
-    std::uint64_t hash = 0xcbf29ce484222325u;
-    for (char const c : text)
-        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3u;
-    return hash;
-}
-
-} // namespace
 
 fs::path importcache::folder(std::string const& cacheHome, std::string const& home) {
     // Relative paths there are to be ignored.
@@ -30,7 +19,7 @@ fs::path importcache::folder(std::string const& cacheHome, std::string const& ho
 
 std::string importcache::storeName(std::string const& stem, std::string const& identity) {
     std::array<char, 32> digits{};
-    std::snprintf(digits.data(), digits.size(), "%016" PRIx64, hashOf(identity));
+    std::snprintf(digits.data(), digits.size(), "%016" PRIx64, fnv1a(identity));
     return stem + "-" + digits.data() + ".vlm";
 }
 

@@ -25,9 +25,7 @@ TEST(PictureWriterTest, TheEndOfTheNameDecidesTheFormat) {
                                                                                        {"a.b.Tiff", "TIFF"},
                                                                                        {"a.png", "PNG"},
                                                                                        {"a.PNG", "PNG"},
-                                                                                       {"a.tif.png", "PNG"},
-                                                                                       {"tif", "PNG"},
-                                                                                       {"a.tifs", "PNG"}}) {
+                                                                                       {"a.tif.png", "PNG"}}) {
         auto const writer = makePictureWriter(folder.path(name), 31, 17, 3);
         writer->writeRows(pixels.samples.data(), 17);
         writer->finish();
@@ -41,7 +39,9 @@ TEST(PictureWriterTest, SixteenBitsComeBackAsTheyWere) {
     for (size_t bands = 1; bands <= 4; ++bands) {
         auto const samples = testimages::pattern16(31, 17, bands);
         for (std::string const name : {"a.png", "a.tif"}) {
-            auto const writer = makePictureWriter(folder.path(name), 31, 17, bands, 16);
+            OutputFile file(folder.path(name));
+            file.replace = true;
+            auto const writer = makePictureWriter(file, 31, 17, bands, 16);
             auto const* const bytes = reinterpret_cast<std::uint8_t const*>(samples.data());
             writer->writeRows(bytes, 5);
             writer->writeRows(bytes + 2 * 5 * 31 * bands, 12);
@@ -51,12 +51,27 @@ TEST(PictureWriterTest, SixteenBitsComeBackAsTheyWere) {
     }
 }
 
+TEST(PictureWriterTest, OtherEndsAreRefusedWithThoseThatThereAre) {
+    TemporaryFolder const folder;
+    for (std::string const name : {"a.jpg", "a.tifs", "a.png.vlm", "a", "tif", ".png", "a.png~"})
+        try {
+            makePictureWriter(folder.path(name), 31, 17, 3);
+            ADD_FAILURE() << name;
+        } catch (HostError const& error) {
+            EXPECT_EQ(error.kind(), HostError::Kind::Usage);
+            EXPECT_NE(std::string(error.what()).find(".png, .tif or .tiff"), std::string::npos) << error.what();
+        }
+    EXPECT_TRUE(folder.names().empty());
+}
+
 TEST(PictureWriterTest, OneThatIsNotFinishedLeavesTheOldFile) {
     TemporaryFolder const folder;
     auto const pixels = testimages::pattern8(200, 300, 4);
     for (std::string const name : {"a.png", "a.tif"}) {
         writeFile(folder.path(name), "old");
-        makePictureWriter(folder.path(name), 200, 300, 4)->writeRows(pixels.samples.data(), 299);
+        OutputFile file(folder.path(name));
+        file.replace = true;
+        makePictureWriter(file, 200, 300, 4)->writeRows(pixels.samples.data(), 299);
         EXPECT_EQ(readFile(folder.path(name)), "old");
     }
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.png", "a.tif"}));

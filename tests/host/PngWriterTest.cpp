@@ -20,8 +20,14 @@ void write(PngWriter& png, Pixels const& pixels, size_t rowsAtOnce) {
         png.writeRows(&pixels.samples[y * pixels.width * pixels.bands], std::min(rowsAtOnce, pixels.height - y));
 }
 
+OutputFile over(std::string const& path) {
+    OutputFile file(path);
+    file.replace = true;
+    return file;
+}
+
 void write(std::string const& path, Pixels const& pixels, size_t rowsAtOnce = 7) {
-    PngWriter png(path, pixels.width, pixels.height, pixels.bands);
+    PngWriter png(over(path), pixels.width, pixels.height, pixels.bands);
     write(png, pixels, rowsAtOnce);
     png.finish();
 }
@@ -60,10 +66,17 @@ TEST(PngWriterTest, AnUnfinishedFileIsRemovedAndTheOldOneStays) {
     TemporaryFolder const folder;
     writeFile(folder.path("a.png"), "old");
     {
-        PngWriter png(folder.path("a.png"), 20, 20, 3);
+        PngWriter png(over(folder.path("a.png")), 20, 20, 3);
         EXPECT_EQ(folder.names().size(), 2u);
     }
     EXPECT_EQ(folder.names(), Names{"a.png"});
+    EXPECT_EQ(readFile(folder.path("a.png")), "old");
+}
+
+TEST(PngWriterTest, AFileOfTheSameNameStaysUnlessItMayBeReplaced) {
+    TemporaryFolder const folder;
+    writeFile(folder.path("a.png"), "old");
+    EXPECT_EQ(failureKind([&] { PngWriter(folder.path("a.png"), 2, 2, 3); }), HostError::Kind::UnwritableOutput);
     EXPECT_EQ(readFile(folder.path("a.png")), "old");
 }
 
@@ -107,7 +120,7 @@ TEST(PngWriterTest, AFolderIsAnUnwritableOutput) {
 
 // A rename would take the place of the device.
 TEST(PngWriterTest, ADeviceIsAnUnwritableOutput) {
-    EXPECT_EQ(failureKind([] { PngWriter("/dev/null", 2, 2, 3); }), HostError::Kind::UnwritableOutput);
+    EXPECT_EQ(failureKind([] { PngWriter(over("/dev/null"), 2, 2, 3); }), HostError::Kind::UnwritableOutput);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 

@@ -93,7 +93,7 @@ protected:
 
     Pixels rendered(Words const& filters, std::string const& region = "") const {
         std::string const view = folder_.path("view.png");
-        Words words = {"render", file(), "-o", view};
+        Words words = {"render", file(), "-o", view, "--force"};
         if (!region.empty()) words.insert(words.end(), {"-r", region});
         words.insert(words.end(), filters.begin(), filters.end());
         auto const result = runVelmora(words);

@@ -33,7 +33,7 @@ protected:
     void expectCrop(std::string const& file, Region const& region, size_t tile) const {
         std::string const view = folder_.path("view.png");
         auto const result =
-            runVelmora({"render", file, "-o", view, "-r", toText(region), "--tile", std::to_string(tile)});
+            runVelmora({"render", file, "-o", view, "--force", "-r", toText(region), "--tile", std::to_string(tile)});
         ASSERT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, "") << "no progress where stderr is no terminal";
         EXPECT_EQ(testimages::difference(testimages::readByVips(view),
@@ -44,7 +44,7 @@ protected:
 
     void expectSameInTiffAndPng(std::vector<std::string> const& options, size_t bands) const {
         for (std::string const name : {"view.png", "view.TIF"}) {
-            std::vector<std::string> arguments = {"render", "-o", folder_.path(name)};
+            std::vector<std::string> arguments = {"render", "-o", folder_.path(name), "--force"};
             arguments.insert(arguments.end(), options.begin(), options.end());
             auto const result = runVelmora(arguments);
             ASSERT_EQ(result.exitCode, 0) << result.err;
@@ -154,7 +154,7 @@ TEST_F(ProgramRenderGLTest, AnInterruptedRunLeavesNothingBehind) {
         SCOPED_TRACE(name);
         TemporaryFolder const folder;
         writeFile(folder.path(name), "old");
-        Process render({"render", "-o", folder.path(name)});
+        Process render({"render", "-o", folder.path(name), "--force"});
         auto const giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         // The second file is the temporary one: the work has begun.
         while (folder.names().size() < 2 && render.running() && std::chrono::steady_clock::now() < giveUp)
@@ -210,7 +210,8 @@ TEST_F(ProgramRenderGLTest, AnImageAtAnyZoomShowsItsNearestPixels) {
     ASSERT_EQ(runVelmora({"render", store, "-o", folder_.path("again.png"), "--zoom", "0.71"}).exitCode, 0);
     EXPECT_EQ(readFile(folder_.path("again.png")), readFile(view));
     auto const made = std::filesystem::last_write_time(store);
-    ASSERT_EQ(runVelmora({"render", file, "-o", view, "--zoom", "3", "-r", "100,50,40,30"}, cache).exitCode, 0);
+    ASSERT_EQ(runVelmora({"render", file, "-o", view, "--force", "--zoom", "3", "-r", "100,50,40,30"}, cache).exitCode,
+              0);
     EXPECT_EQ(std::filesystem::last_write_time(store), made);
     Pixels const large = testimages::readByVips(view);
     EXPECT_EQ(large.width, 120u);
@@ -230,11 +231,12 @@ TEST_F(ProgramRenderGLTest, RegionOfAStoreIsTheFilesAtZoomOneAndALevelBelow) {
               "");
 
     // Samples of a quarter's level are four pixels apart: 101 to 480 meet those from 25 to 120, 57 to 347 from 14 to 86.
-    ASSERT_EQ(runVelmora({"render", store, "-o", view, "-r", "101,57,380,291", "--zoom", "0.25"}).exitCode, 0);
+    ASSERT_EQ(runVelmora({"render", store, "-o", view, "--force", "-r", "101,57,380,291", "--zoom", "0.25"}).exitCode,
+              0);
     Pixels const quarter = testimages::readByVips(view);
     EXPECT_EQ(quarter.width, 96u);
     EXPECT_EQ(quarter.height, 73u);
-    ASSERT_EQ(runVelmora({"render", store, "-o", view, "--zoom", "0.25"}).exitCode, 0);
+    ASSERT_EQ(runVelmora({"render", store, "-o", view, "--force", "--zoom", "0.25"}).exitCode, 0);
     EXPECT_EQ(testimages::difference(quarter, testimages::crop(testimages::readByVips(view), 25, 14, 96, 73)), "");
 }
 

@@ -77,7 +77,7 @@ TEST_F(ProgramStoreTest, AnImageComesBackSampleForSample) {
         ASSERT_EQ(imported.exitCode, 0) << imported.err;
         EXPECT_EQ(imported.err, "") << "no progress where stderr is no terminal";
         EXPECT_EQ(imported.out.rfind(store_ + ": ", 0), 0u) << imported.out;
-        auto const exported = runVelmora({"export", store_, path("out.tif")});
+        auto const exported = runVelmora({"export", store_, path("out.tif"), "--force"});
         ASSERT_EQ(exported.exitCode, 0) << exported.err;
         EXPECT_EQ(exported.err, "");
         EXPECT_EQ(pixelsOf(path("out.tif")), pixelsOf(image));
@@ -242,12 +242,12 @@ TEST_F(ProgramStoreTest, AnExistingFileIsReplacedOnlyByForce) {
 
 TEST_F(ProgramStoreTest, NeitherImportNorExportReplacesWhatItReads) {
     std::string const before = readFile(image_);
-    expectFailure(runVelmora({"import", image_, image_, "--force"}), 6, {"it is the image itself"});
+    expectFailure(runVelmora({"import", image_, image_, "--force"}), 6, {"it is the input itself"});
     EXPECT_EQ(readFile(image_), before);
     import();
-    std::filesystem::create_symlink("a.vlm", path("link"));
+    std::filesystem::create_symlink("a.vlm", path("link.tif"));
     before_ = folder_.names();
-    expectFailure(runVelmora({"export", store_, path("link")}), 6, {"it is the tile store itself"});
+    expectFailure(runVelmora({"export", store_, path("link.tif"), "--force"}), 6, {"it is the input itself"});
     EXPECT_EQ(runVelmora({"check", store_}).exitCode, 0);
 }
 

@@ -16,7 +16,9 @@ namespace {
 using Names = std::vector<std::string>;
 
 void write(std::string const& path, Pixels const& pixels, size_t rows) {
-    TiffWriter tiff(path, {pixels.width, pixels.height, pixels.bands, 8, 0, 0});
+    OutputFile file(path);
+    file.replace = true;
+    TiffWriter tiff(file, {pixels.width, pixels.height, pixels.bands, 8, 0, 0});
     for (size_t y = 0; y < rows; ++y)
         tiff.writeRows(&pixels.samples[std::min(y, pixels.height - 1) * pixels.width * pixels.bands], 1);
     tiff.finish();

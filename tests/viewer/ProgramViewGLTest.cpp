@@ -41,7 +41,7 @@ protected:
 
     // The window at the end.
     testimages::Pixels shown(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.end(), {"--screenshot", path("shown.png")});
+        arguments.insert(arguments.end(), {"--screenshot", path("shown.png"), "--force"});
         auto const result = view(arguments);
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, "");
@@ -51,7 +51,7 @@ protected:
     // The window after a script, whose last line has to be a screenshot under the name shown.png.
     testimages::Pixels after(std::string const& text, std::vector<std::string> arguments) const {
         arguments.insert(arguments.end(),
-                         {"--script", script(text + "wait\nscreenshot " + path("shown.png") + "\nquit\n")});
+                         {"--force", "--script", script(text + "wait\nscreenshot " + path("shown.png") + "\nquit\n")});
         auto const result = view(arguments);
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, "");
@@ -275,7 +275,7 @@ TEST_F(ProgramViewGLTest, APictureThatIsBeingImportedIsSeen) {
     std::string text;
     for (int i = 0; i < 600; ++i)
         text += "sleep 100\nscreenshot " + path("growing.png") + "\n";
-    Process process({"view", "--size", "300x300", "--bare", "--script", script(text)}, environment());
+    Process process({"view", "--size", "300x300", "--bare", "--force", "--script", script(text)}, environment());
     bool seen = false;
     while (process.running() && !seen) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -379,6 +379,44 @@ TEST_F(ProgramViewGLTest, NoOtherFileIsWritten) {
     shown({store});
     EXPECT_FALSE(std::filesystem::exists("imgui.ini"));
     EXPECT_TRUE(cached().empty()) << "and none of a store";
+}
+
+TEST_F(ProgramViewGLTest, AScreenshotReplacesFilesOnlyByForceAndNeverTheInput) {
+    std::string const store = makeStore("a.vlm", 70, 50);
+    writeFile(path("b.png"), "mine");
+    expectFailure(view({store, "--screenshot", path("b.png")}), 6, {"b.png", "exists already", "--force"});
+    expectFailure(view({store, "--script", script("screenshot " + path("b.png"))}), 6, {"b.png", "exists already"});
+    EXPECT_EQ(readFile(path("b.png")), "mine");
+    EXPECT_EQ(view({store, "--screenshot", path("b.png"), "--force"}).exitCode, 0);
+    EXPECT_EQ(testimages::readByVips(path("b.png")).width, 1280u);
+
+    testimages::writePattern8(path("c.png"), "", 40, 30, 3);
+    std::filesystem::create_symlink("c.png", path("link.png"));
+    std::string const before = readFile(path("c.png"));
+    for (std::string const name : {"c.png", "link.png"}) {
+        expectFailure(view({path("c.png"), "--screenshot", path(name), "--force"}), 6, {"it is the input itself"});
+        expectFailure(view({path("c.png"), "--force", "--script", script("screenshot " + path(name))}), 6,
+                      {"it is the input itself"});
+    }
+    EXPECT_EQ(readFile(path("c.png")), before);
+    EXPECT_TRUE(cached().empty()) << "refused before anything is done";
+}
+
+TEST_F(ProgramViewGLTest, AScreenshotIsAPngFile) {
+    std::string const store = makeStore("a.vlm", 70, 50);
+    for (std::string const name : {"b.tif", "b.jpg", "b"}) {
+        expectFailure(view({store, "--screenshot", path(name)}), 2, {name, ".png"});
+        expectFailure(view({store, "--script", script("screenshot " + path(name))}), 2, {name, ".png"});
+        EXPECT_FALSE(std::filesystem::exists(path(name)));
+    }
+    expectFailure(view({store, "--screenshot", "/dev/null"}), 6, {"it is a device"});
+}
+
+TEST_F(ProgramViewGLTest, AScreenshotIsAsPrivateAsThePicture) {
+    std::string const store = makeStore("a.vlm", 70, 50);
+    std::filesystem::permissions(store, std::filesystem::perms(0600));
+    EXPECT_EQ(view({store, "--screenshot", path("b.png")}).exitCode, 0);
+    EXPECT_EQ(std::filesystem::status(path("b.png")).permissions(), std::filesystem::perms(0600));
 }
 
 TEST_F(ProgramViewGLTest, EveryFailureHasItsExitCode) {

@@ -22,7 +22,8 @@ protected:
     Shown after(std::string const& text, std::vector<std::string> arguments) const {
         std::string const file = path("shown.png");
         arguments.insert(arguments.begin(), "view");
-        arguments.insert(arguments.end(), {"--script", script(text + "wait\nscreenshot " + file + "\nsleep 600000\n")});
+        arguments.insert(arguments.end(),
+                         {"--force", "--script", script(text + "wait\nscreenshot " + file + "\nsleep 600000\n")});
         Process process(arguments, environment());
         while (process.running() && !std::filesystem::exists(file))
             std::this_thread::sleep_for(std::chrono::milliseconds(5));

@@ -38,10 +38,8 @@ Viewer::Viewer(ViewerOptions const& options)
 }
 
 void Viewer::startImport(std::string const& store) {
-    ImportOptions options;
-    options.replace = true;
+    ImportOptions options = picturefiles::cacheOptions(options_.image);
     options.jobs = options_.importJobs;
-    options.sourceName = picturefiles::nameOf(options_.image);
     importedStore_ = store;
     import_ = std::make_unique<ImportJob>(picturefiles::openerOf(options_.image), store, options);
 }
@@ -196,7 +194,7 @@ void Viewer::handle(SDL_Event const& event) {
     settled_ = false;
 }
 
-void Viewer::screenshot(std::string const& file) {
+void Viewer::screenshot(std::string const& name) {
     Extent const size = frame();
     if (size.width == 0 || size.height == 0)
         throw HostError(HostError::Kind::Usage, "no screenshot of a minimised window");
@@ -206,7 +204,7 @@ void Viewer::screenshot(std::string const& file) {
     else
         drawImport(size);
     std::vector<std::uint8_t> const pixels = window_.readPixels();
-    PngWriter png(file, size.width, size.height, 3);
+    PngWriter png(options_.outputOf(name), size.width, size.height, 3);
     png.writeRows(pixels.data(), size.height);
     png.finish();
     if (showing_ && showing_->hasHoles() && damagedScreenshot_.empty()) damagedScreenshot_ = file;

@@ -44,7 +44,7 @@ private:
     void draw(Extent const& size);
     void note(bool newPicture);
     void drawImport(Extent const& size);
-    void screenshot(std::string const& file);
+    void screenshot(std::string const& name);
     bool settled() const { return settled_; }
     Extent frame() const { return window_.pixels(); }
 

@@ -2,6 +2,7 @@
 
 #include "apps/velmora/view/Script.h"
 #include "host/Enhancement.h"
+#include "host/OutputFile.h"
 #include "host/view/PictureView.h"
 
 #include <optional>
@@ -26,8 +27,18 @@ struct ViewerOptions {
     bool smooth = false;
     bool bare = false; ///< no overlay
     bool report = false;
-    std::string screenshot; ///< a PNG file; empty: none
+    std::string screenshot;           ///< a PNG file; empty: none
+    bool force = false;               ///< screenshots may replace files
+    std::vector<std::string> sources; ///< files that no screenshot may replace, as OutputFile::sources
     std::optional<Start> start;
     std::vector<enhancement::Step> steps;
     std::vector<Script::Line> script;
+
+    /// A screenshot of that name.
+    OutputFile outputOf(std::string const& name) const {
+        OutputFile file(name);
+        file.replace = force;
+        file.sources = sources;
+        return file;
+    }
 };
