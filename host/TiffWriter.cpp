@@ -31,11 +31,21 @@ int dropMessage(TIFF*, void*, char const*, char const*, va_list) {
     return 1;
 }
 
+// A fraction of two numbers of 32 bits, pixels per centimetre.
+bool isFraction(double micronsPerPixel) {
+    constexpr double kLargest = 4294967295.0;
+    return micronsPerPixel >= kMicronsPerCentimetre / kLargest && micronsPerPixel <= kMicronsPerCentimetre * kLargest;
+}
+
 size_t rowBytesOf(TiffWriter::Format const& format) {
     return format.width * format.bands * format.bits / 8;
 }
 
 } // namespace
+
+bool TiffWriter::Format::hasResolution() const {
+    return isFraction(micronsPerPixelX) && isFraction(micronsPerPixelY);
+}
 
 struct TiffWriter::State {
     State(OutputFile const& file, Format const& tiffFormat)
@@ -85,7 +95,7 @@ struct TiffWriter::State {
             std::uint16_t const alpha = EXTRASAMPLE_UNASSALPHA;
             set(TIFFTAG_EXTRASAMPLES, 1, &alpha);
         }
-        if (format.micronsPerPixelX > 0 && format.micronsPerPixelY > 0) {
+        if (format.hasResolution()) {
             set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
             set(TIFFTAG_XRESOLUTION, kMicronsPerCentimetre / format.micronsPerPixelX);
             set(TIFFTAG_YRESOLUTION, kMicronsPerCentimetre / format.micronsPerPixelY);

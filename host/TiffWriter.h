@@ -13,6 +13,9 @@ public:
         size_t bits = 8;             ///< of a sample: 8 or 16
         double micronsPerPixelX = 0; ///< 0: unknown
         double micronsPerPixelY = 0;
+
+        /// Whether the file will say the size of a pixel: along both axes, as numbers that a TIFF can hold.
+        bool hasResolution() const;
     };
 
     /// Throws what requireUsable throws, and HostError (unwritable output).

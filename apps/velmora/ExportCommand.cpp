@@ -1,5 +1,6 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/Interruption.h"
+#include "apps/velmora/PictureFiles.h"
 #include "host/ProgressBar.h"
 #include "host/TerminalText.h"
 #include "host/store/StoreExporter.h"
@@ -33,7 +34,10 @@ void exportTiff(Options const& options) {
             bar.update(done, total);
         });
     }
-    std::printf("%s: %zu x %zu pixels, %s, %zu bits a sample, of %s\n", terminalText(options.output).c_str(),
+    bool const known = info.micronsPerPixelX > 0 || info.micronsPerPixelY > 0;
+    if (known && !tiffFormatOf(info).hasResolution())
+        picturefiles::tell("the size of a pixel of '" + options.store + "' does not fit in a TIFF; it is left out");
+    std::printf("%s: %zu x %zu pixels, %s, %zu bits per sample, of %s\n", terminalText(options.output).c_str(),
                 info.width, info.height, terminalText(info.interpretation).c_str(), info.bits,
                 terminalText(options.store).c_str());
 }

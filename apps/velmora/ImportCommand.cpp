@@ -80,6 +80,7 @@ void import(Options const& options) {
     requireUsableStore(files, options.import.replace);
     ImportOptions importOptions = options.import;
     importOptions.sources = picturefiles::sourcesOf(files.image);
+    importOptions.note = picturefiles::tell;
     importOptions.sourceName = picturefiles::nameOf(files.image);
     importOptions.levels = levelsOf(options.levels);
 
@@ -90,8 +91,8 @@ void import(Options const& options) {
     std::error_code gone; // somebody may have taken it away already
     auto const bytes = std::filesystem::file_size(files.store, gone);
     std::printf("%s: %zu x %zu pixels of %s in %zu levels, %ju bytes in %.2f s, %.1f Mpixel/s\n",
-                terminalText(files.store).c_str(), info.width, info.height,
-                terminalText(importOptions.sourceName).c_str(), info.levels,
+                terminalText(files.store).c_str(), info.width, info.height, terminalText(info.sourceName).c_str(),
+                info.levels,
                 static_cast<std::uintmax_t>(gone ? 0 : bytes), seconds.count(), megapixels / seconds.count());
 }
 

@@ -60,11 +60,16 @@ bool picturefiles::isUsableStore(std::string const& path) {
     }
 }
 
+void picturefiles::tell(std::string const& line) {
+    std::fprintf(stderr, "velmora: %s\n", onOneLine(line).c_str());
+}
+
 ImportOptions picturefiles::cacheOptions(std::string const& image) {
     ImportOptions options;
     options.replace = true;
     options.sourceName = nameOf(image);
     options.sources = sourcesOf(image);
+    options.note = tell;
     return options;
 }
 

@@ -25,6 +25,9 @@ std::string cachedStore(std::string const& image);
 /// Whether the file is a store that can be read: another version of the program may have made it.
 bool isUsableStore(std::string const& path);
 
+/// A line on stderr that is no failure.
+void tell(std::string const& line);
+
 /// What an import of the image into a store in the cache takes.
 ImportOptions cacheOptions(std::string const& image);
 

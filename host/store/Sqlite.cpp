@@ -61,6 +61,11 @@ std::string immutableUri(std::string const& path) {
     return uri + "?immutable=1";
 }
 
+// To SQLite ":memory:" is no file, and what begins with "file:" is an address.
+std::string fileName(std::string const& path) {
+    return path.rfind('/', 0) == 0 ? path : "./" + path;
+}
+
 } // namespace
 
 struct Database::State {
@@ -74,7 +79,7 @@ struct Database::State {
         int const flags =
             (reads ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX;
         errno = 0;
-        int const code = sqlite3_open_v2((reads ? immutableUri(path) : path).c_str(), &handle, flags, nullptr);
+        int const code = sqlite3_open_v2((reads ? immutableUri(path) : fileName(path)).c_str(), &handle, flags, nullptr);
         if (handle == nullptr) throw std::bad_alloc();
         if (code != SQLITE_OK) fail();
         sqlite3_progress_handler(handle, kStepsACheck, &State::check, this);

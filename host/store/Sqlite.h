@@ -13,6 +13,9 @@ struct sqlite3_stmt;
 /// The little of SQLite that a tile store needs, with owners of its handles.
 namespace sqlite {
 
+/// Of a file's path from the root, without links: SQLite takes 512, less those of "-journal".
+constexpr std::size_t kMaxPathBytes = 504;
+
 class Failure : public std::runtime_error {
 public:
     Failure(std::string const& text, int primaryCode) : std::runtime_error(text), code_(primaryCode) {}
@@ -36,7 +39,7 @@ public:
     enum class Mode { ReadOnly, ReadWrite };
     static constexpr std::size_t kFirstRowBytes = 16 * 1024;
 
-    /// Opens a file that exists.
+    /// Opens a file that exists, of any name.
     Database(std::string const& path, Mode mode, Interruption interruption = {});
     ~Database();
     Database(Database const&) = delete;

@@ -1,6 +1,5 @@
 #include "host/store/StoreExporter.h"
 
-#include "host/TiffWriter.h"
 #include "host/store/ColourPlanes.h"
 #include "host/store/StoreMemory.h"
 #include "host/store/StoredPlane.h"
@@ -29,12 +28,15 @@ void requireMemory(TileStore const& store) {
 
 } // namespace
 
+TiffWriter::Format tiffFormatOf(StoreInfo const& info) {
+    return {info.width, info.height, info.bands, info.bits, info.micronsPerPixelX, info.micronsPerPixelY};
+}
+
 void exportStore(TileStore& store, OutputFile file, ExportProgress const& progress) {
     StoreInfo const& info = store.info();
     file.sources.push_back(store.path());
     requireMemory(store);
-    TiffWriter tiff(file,
-                    {info.width, info.height, info.bands, info.bits, info.micronsPerPixelX, info.micronsPerPixelY});
+    TiffWriter tiff(file, tiffFormatOf(info));
     std::deque<StoredPlane> planes;
     std::deque<TileRowReader> residuals;
     for (size_t plane = 0; plane < info.bands; ++plane) {

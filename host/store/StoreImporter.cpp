@@ -2,6 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/PixelSource.h"
+#include "host/PlainText.h"
 #include "host/Threads.h"
 #include "host/store/ColourPlanes.h"
 #include "host/store/CompressionPool.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <deque>
+#include <sstream>
 
 namespace {
 
@@ -18,8 +20,28 @@ constexpr size_t kStripBytes = 8 * 1024 * 1024;
 constexpr size_t kMaxStripRows = 128;
 constexpr double kMicronsPerMillimetre = 1000;
 
+constexpr size_t kMaxNameBytes = 1024;
+
+// 0 where it is not known, and where no store can hold it.
 double micronsPerPixel(double pixelsPerMillimetre) {
-    return pixelsPerMillimetre > 0 ? kMicronsPerMillimetre / pixelsPerMillimetre : 0;
+    if (!(pixelsPerMillimetre > 0)) return 0;
+    double const microns = kMicronsPerMillimetre / pixelsPerMillimetre;
+    return microns <= StoreInfo::kMaxMicronsPerPixel ? microns : 0;
+}
+
+// Whether it says something else than "not known" that a store has no place for.
+bool isNonsense(double pixelsPerMillimetre) {
+    return pixelsPerMillimetre != 0 && micronsPerPixel(pixelsPerMillimetre) == 0;
+}
+
+void tellOfNonsense(PixelSource const& source, ImportOptions const& options) {
+    double const x = source.pixelsPerMillimetreX();
+    double const y = source.pixelsPerMillimetreY();
+    if (!options.note || !(isNonsense(x) || isNonsense(y))) return;
+    std::ostringstream line;
+    line << "the resolution of '" << plainText(options.sourceName, kMaxNameBytes) << "', " << x << " x " << y
+         << " pixels a millimetre, cannot be; the store says that it is not known";
+    options.note(line.str());
 }
 
 char const* interpretationOf(size_t bands) {
@@ -38,7 +60,7 @@ StoreInfo infoOf(PixelSource const& source, ImportOptions const& options, size_t
     info.levels = options.levels.value_or(storegeometry::autoLevels(info.width, info.height, info.tileSize));
     info.micronsPerPixelX = micronsPerPixel(source.pixelsPerMillimetreX());
     info.micronsPerPixelY = micronsPerPixel(source.pixelsPerMillimetreY());
-    info.sourceName = options.sourceName;
+    info.sourceName = plainText(options.sourceName, kMaxNameBytes);
     info.interpretation = interpretationOf(info.bands);
     return info;
 }
@@ -115,6 +137,7 @@ StoreInfo importStore(PictureOpener const& open, std::string const& path, Import
     requireUsable(file);
     auto source = open();
     requireSize(*source);
+    tellOfNonsense(*source, options);
     std::deque<size_t> residualBits = source->sampleBytes() == 2 ? std::deque<size_t>{3, 5} : std::deque<size_t>{0};
     while (true) {
         StoreInfo info = infoOf(*source, options, residualBits.front());

@@ -15,8 +15,10 @@ struct ImportOptions {
     std::optional<size_t> levels;     ///< 1 to StoreInfo::kMaxLevels; without: storegeometry::autoLevels
     size_t jobs = 0;                  ///< threads that compress; 0: as many as the machine has cores
     bool replace = false;             ///< a file that has the store's name already
-    std::string sourceName;           ///< goes into the store
+    std::string sourceName;           ///< goes into the store, as plainText
     std::vector<std::string> sources; ///< the picture's files, as OutputFile::sources
+    /// Is told, in a line, what of the picture does not go into the store.
+    std::function<void(std::string const& line)> note;
 };
 
 /// Opens the picture; called again where the picture has to be read a second time.
@@ -29,6 +31,8 @@ using ImportProgress = std::function<void(size_t doneRows, size_t allRows)>;
 ///
 /// Samples of 16 bits leave their lowest 3 bits outside the wavelet, so that its coefficients fit in 16 bits. Where one
 /// does not all the same, the import starts over with 5.
+///
+/// A resolution that no store can hold is left out.
 ///
 /// Throws what requireUsable throws; HostError (unwritable output); what the picture throws; what progress throws. A failed
 /// import leaves nothing, under the store's name neither.

@@ -13,6 +13,7 @@ struct StoreInfo {
     static constexpr size_t kMaxTileSize = 2048;
     static constexpr size_t kMaxBands = 4;
     static constexpr size_t kMaxSide = size_t{1} << 27;
+    static constexpr double kMaxMicronsPerPixel = 1e12;
 
     size_t width = 0;            ///< pixels
     size_t height = 0;           ///< pixels

@@ -73,7 +73,6 @@ Meta described(StoreInfo const& info) {
 }
 
 StoreInfo infoOf(Meta const& meta) {
-    constexpr double kMostMicrons = 1e12;
     StoreInfo info;
     info.width = numberOf<size_t>(meta, "width", 1, StoreInfo::kMaxSide);
     info.height = numberOf<size_t>(meta, "height", 1, StoreInfo::kMaxSide);
@@ -82,8 +81,8 @@ StoreInfo infoOf(Meta const& meta) {
     info.residualBits = numberOf<size_t>(meta, "residualBits", 0, 5);
     info.levels = numberOf<size_t>(meta, "levels", 1, StoreInfo::kMaxLevels);
     info.tileSize = numberOf<size_t>(meta, "tileSize", StoreInfo::kMinTileSize, StoreInfo::kMaxTileSize);
-    info.micronsPerPixelX = numberOf<double>(meta, "micronsPerPixelX", 0, kMostMicrons);
-    info.micronsPerPixelY = numberOf<double>(meta, "micronsPerPixelY", 0, kMostMicrons);
+    info.micronsPerPixelX = numberOf<double>(meta, "micronsPerPixelX", 0, StoreInfo::kMaxMicronsPerPixel);
+    info.micronsPerPixelY = numberOf<double>(meta, "micronsPerPixelY", 0, StoreInfo::kMaxMicronsPerPixel);
     info.sourceName = textOf(meta, "sourceName");
     info.interpretation = textOf(meta, "interpretation");
     return info;

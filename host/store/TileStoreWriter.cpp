@@ -3,6 +3,11 @@
 #include "host/store/StoreSchema.h"
 #include "host/store/TileStoreFormat.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
 namespace {
 
 // Nothing is kept for a way back, and nothing is synchronised on the way: a file under a temporary name is thrown away
@@ -31,6 +36,17 @@ storeformat::IndexChecksums checksumsOf(sqlite::Database& database, size_t level
     return checksums;
 }
 
+// SQLite looks at the length of a path with all its folders, and the temporary name is the longer one.
+void requireShortPath(TemporaryOutput const& output, OutputFile const& file) {
+    std::error_code failed;
+    size_t const bytes = std::filesystem::weakly_canonical(file.target(), failed).native().size();
+    size_t const written = std::filesystem::weakly_canonical(output.temporaryName(), failed).native().size();
+    size_t const most = sqlite::kMaxPathBytes - (std::max(written, bytes) - bytes);
+    if (bytes > most)
+        throw output.failure("its path is too long for SQLite: it has " + std::to_string(bytes) +
+                             " bytes with all its folders, and " + std::to_string(most) + " fit");
+}
+
 } // namespace
 
 template <class Action>
@@ -43,7 +59,20 @@ void TileStoreWriter::translated(Action const& action) const {
 }
 
 TileStoreWriter::TileStoreWriter(OutputFile const& file, StoreInfo const& info) : output_(file), info_(info) {
+    requireReadable(file);
     translated([&] { create(); });
+}
+
+void TileStoreWriter::requireReadable(OutputFile const& file) const {
+    requireShortPath(output_, file);
+    storeformat::IndexChecksums const none(info_.levels + 1);
+    try {
+        storeformat::Meta const written = storeformat::toMeta(info_, none);
+        if (storeformat::toMeta(storeformat::fromMeta(written, storeformat::kSchemaVersion), none) == written) return;
+    } catch (std::invalid_argument const& error) {
+        throw output_.failure(std::string("no reader would open it: ") + error.what());
+    }
+    throw output_.failure("a reader would take its description for another one");
 }
 
 void TileStoreWriter::write(StoredTile const& tile) {

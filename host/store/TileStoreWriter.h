@@ -10,7 +10,7 @@
 
 /// Writes the file of a tile store. It takes its name in finish() only; a writer that is destroyed before that leaves
 /// nothing behind. One thread at a time. Every operation throws HostError (unwritable output); the constructor also what
-/// requireUsable throws.
+/// requireUsable throws, and where no reader would open a store with such a description or under such a name.
 class TileStoreWriter {
 public:
     TileStoreWriter(OutputFile const& file, StoreInfo const& info);
@@ -23,6 +23,7 @@ public:
 private:
     template <class Action>
     void translated(Action const& action) const;
+    void requireReadable(OutputFile const& file) const;
     void create();
     void describe();
 

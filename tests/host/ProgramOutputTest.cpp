@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstring>
 #include <deque>
+#include <limits>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -110,6 +112,80 @@ TEST_F(ProgramOutputTest, OutputsAreAsPrivateAsTheirInput) {
         EXPECT_EQ(modeOf(store_), output);
         EXPECT_EQ(modeOf(tiff_), output);
     }
+}
+
+TEST_F(ProgramOutputTest, AStoreOfAnyNameCanBeOpened) {
+    testimages::writePattern8(path("new\nline.png"), "", 30, 20, 3);
+    testimages::writePattern8(path("latin\xe4.png"), "", 30, 20, 3);
+    std::vector<std::pair<std::string, std::string>> const names{{"b c.vlm", image_},
+                                                                 {":memory:", image_},
+                                                                 {"file:b.vlm?mode=memory", image_},
+                                                                 {"b\nc.vlm", path("new\nline.png")},
+                                                                 {"b\xff.vlm", path("latin\xe4.png")},
+                                                                 {"%41.vlm#x", image_},
+                                                                 {std::string(255, 'n'), image_}};
+    // Relative names: these are the ones that SQLite could take for something else.
+    fs::path const before = fs::current_path();
+    fs::current_path(folder_.path());
+    for (auto const& [name, image] : names) {
+        EXPECT_EQ(runVelmora({"import", image, name}).exitCode, 0) << name;
+        EXPECT_TRUE(fs::exists(path(name))) << name;
+        auto const info = runVelmora({"info", name});
+        EXPECT_EQ(info.exitCode, 0) << name << info.err;
+        EXPECT_EQ(std::count(info.out.begin(), info.out.end(), '\n'), 11) << info.out;
+        EXPECT_EQ(runVelmora({"check", name}).exitCode, 0) << name;
+    }
+    fs::current_path(before);
+}
+
+TEST_F(ProgramOutputTest, APathThatIsTooLongForSqliteIsRefused) {
+    std::string folder = folder_.path();
+    while (folder.size() < 470)
+        folder += "/" + std::string(std::min<size_t>(100, 475 - folder.size()), 'd');
+    fs::create_directories(folder);
+    // While it is written its name has 18 bytes more.
+    std::string const fits = folder + "/" + std::string(486 - folder.size() - 1, 'a');
+    EXPECT_EQ(fits.size(), 486u);
+    EXPECT_EQ(runVelmora({"import", image_, fits}).exitCode, 0);
+    EXPECT_EQ(runVelmora({"check", fits}).exitCode, 0);
+    expectRefused({"import", image_, fits + "a"}, kUnwritable, {"487 bytes", "486 fit"});
+    // The same by a shorter way.
+    fs::create_directory_symlink(folder, path("short"));
+    expectRefused({"import", image_, path("short/") + fs::path(fits).filename().string() + "a"}, kUnwritable,
+                  {"487 bytes"});
+}
+
+// A file of libvips's own has pixels per millimetre along x as a float at byte 32, and may say anything. libvips itself
+// takes what is no number above 0 for unknown.
+TEST_F(ProgramOutputTest, AResolutionThatCannotBeIsLeftOutWithAWord) {
+    testimages::writePattern8(path("b.v"), "", 40, 30, 1);
+    std::string file = readFile(path("b.v"));
+    for (float const resolution : {1e-10f, 1e-30f, 1e-45f, std::numeric_limits<float>::infinity()}) {
+        SCOPED_TRACE(resolution);
+        std::memcpy(&file[32], &resolution, sizeof(resolution));
+        writeFile(path("b.v"), file);
+        auto const imported = runVelmora({"import", path("b.v"), path("b.vlm"), "--force"});
+        EXPECT_EQ(imported.exitCode, 0) << imported.err;
+        EXPECT_EQ(imported.err.rfind("velmora: the resolution of 'b.v'", 0), 0u) << imported.err;
+        EXPECT_EQ(std::count(imported.err.begin(), imported.err.end(), '\n'), 1) << imported.err;
+        auto const info = runVelmora({"info", path("b.vlm")});
+        EXPECT_NE(info.out.find("pixel size              unknown\n"), std::string::npos) << info.out << info.err;
+        EXPECT_EQ(runVelmora({"export", path("b.vlm"), tiff_, "--force"}).exitCode, 0);
+    }
+}
+
+TEST_F(ProgramOutputTest, AResolutionThatATiffCannotHoldIsLeftOutWithAWord) {
+    testimages::writePattern8(path("b.v"), "", 40, 30, 1);
+    std::string file = readFile(path("b.v"));
+    float const pixelsPerMillimetre = 1e10f;
+    std::memcpy(&file[32], &pixelsPerMillimetre, sizeof(float));
+    std::memcpy(&file[36], &pixelsPerMillimetre, sizeof(float));
+    writeFile(path("b.v"), file);
+    EXPECT_EQ(runVelmora({"import", path("b.v"), path("b.vlm")}).err, "");
+    auto const exported = runVelmora({"export", path("b.vlm"), tiff_});
+    EXPECT_EQ(exported.exitCode, 0);
+    EXPECT_EQ(exported.err,
+              "velmora: the size of a pixel of '" + path("b.vlm") + "' does not fit in a TIFF; it is left out\n");
 }
 
 TEST_F(ProgramOutputTest, WhatAKilledImportLeavesIsRemovedByTheNextOfTheSameName) {

@@ -57,6 +57,27 @@ TEST(TiffWriterTest, SixteenBitsAndTheResolutionAreReadBackAsWritten) {
     EXPECT_EQ(reader.pixelsPerMillimetreY(), 2000);
 }
 
+TEST(TiffWriterTest, AResolutionThatIsNoFractionOfTwoWordsIsLeftOut) {
+    TemporaryFolder const folder;
+    auto const resolution = [&](double micronsX, double micronsY) {
+        TiffWriter::Format const format{1, 1, 1, 8, micronsX, micronsY};
+        OutputFile file(folder.path("a.tif"));
+        file.replace = true;
+        TiffWriter tiff(file, format);
+        std::uint8_t const pixel = 7;
+        tiff.writeRows(&pixel, 1);
+        tiff.finish();
+        EXPECT_EQ(format.hasResolution(), ImageReader(file.path).pixelsPerMillimetreX() > 0);
+        return ImageReader(file.path).pixelsPerMillimetreX();
+    };
+    EXPECT_DOUBLE_EQ(resolution(1e-5, 1), 1e8);
+    EXPECT_NEAR(resolution(1e12, 1), 1e-9, 1e-10);
+    for (double const nonsense : {0.0, 1e-300, 2e-6, 1e300}) {
+        EXPECT_EQ(resolution(nonsense, 1), 0) << nonsense;
+        EXPECT_EQ(resolution(1, nonsense), 0) << nonsense;
+    }
+}
+
 // Bytes 2 and 3 are the version: 42, or 43 of BigTIFF. The rows of a picture that is never finished need not be there.
 TEST(TiffWriterTest, WhatMayPass4GiBIsBigTiff) {
     TemporaryFolder const folder;

@@ -1,0 +1,139 @@
+// Whatever a picture says of itself: what is written of it can be read, or nothing is written.
+#include "host/HostError.h"
+#include "host/store/TileStore.h"
+#include "host/store/TileStoreWriter.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/host/store/TestPictures.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+using testpictures::Content;
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+class ResolvedSource final : public PixelSource {
+public:
+    ResolvedSource(std::unique_ptr<PixelSource> source, double pixelsPerMillimetreX, double pixelsPerMillimetreY)
+        : source_(std::move(source)), x_(pixelsPerMillimetreX), y_(pixelsPerMillimetreY) {}
+
+    size_t width() const override { return source_->width(); }
+    size_t height() const override { return source_->height(); }
+    size_t bands() const override { return source_->bands(); }
+    double pixelsPerMillimetreX() const override { return x_; }
+    double pixelsPerMillimetreY() const override { return y_; }
+    std::string description() const override { return source_->description(); }
+
+protected:
+    void readInto(Region const& region, std::uint8_t* pixels) override {
+        std::vector<std::uint8_t> buffer;
+        source_->read(region, buffer);
+        std::copy(buffer.begin(), buffer.end(), pixels);
+    }
+
+private:
+    std::unique_ptr<PixelSource> source_;
+    double x_;
+    double y_;
+};
+
+class StoreDescriptionTest : public testing::Test {
+protected:
+    // What is read back of a picture with this resolution and name.
+    StoreInfo imported(double x, double y, std::string const& name = "a.tif") {
+        ImportOptions options;
+        options.replace = true;
+        options.sourceName = name;
+        notes_.clear();
+        options.note = [this](std::string const& line) { notes_.push_back(line); };
+        auto const open = [&] { return std::make_unique<ResolvedSource>(testpictures::source(picture_), x, y); };
+        importStore(open, path_, options, [](size_t, size_t) {});
+        return TileStore(path_).info();
+    }
+
+    StoreInfo plain() const {
+        StoreInfo info;
+        info.width = info.height = 20;
+        info.bands = 1;
+        info.tileSize = 32;
+        return info;
+    }
+
+    void expectRefused(StoreInfo const& info, std::string const& words) const {
+        try {
+            TileStoreWriter const writer(folder_.path("b.vlm"), info);
+            ADD_FAILURE() << words;
+        } catch (HostError const& error) {
+            EXPECT_EQ(error.kind(), HostError::Kind::UnwritableOutput);
+            EXPECT_NE(std::string(error.what()).find(words), std::string::npos) << error.what();
+        }
+        EXPECT_TRUE(folder_.names().empty());
+    }
+
+    TemporaryFolder folder_;
+    std::string path_ = folder_.path("a.vlm");
+    testpictures::Picture picture_ = testpictures::picture(20, 20, 1, 8, Content::Ramp);
+    std::vector<std::string> notes_;
+};
+
+} // namespace
+
+TEST_F(StoreDescriptionTest, AResolutionThatCanBeIsKept) {
+    for (double const microns : {0.25, 1e-300, 1e12, 1e-3, 1.0 / 3}) {
+        StoreInfo const info = imported(1000 / microns, 4000);
+        EXPECT_DOUBLE_EQ(info.micronsPerPixelX, microns);
+        EXPECT_EQ(info.micronsPerPixelY, 0.25);
+        EXPECT_TRUE(notes_.empty());
+    }
+}
+
+TEST_F(StoreDescriptionTest, OneThatCannotBeIsLeftOutWithAWord) {
+    for (double const nonsense : {1e-10, 1e-320, -1.0, -kInfinity, kInfinity, std::nan("")}) {
+        SCOPED_TRACE(nonsense);
+        EXPECT_EQ(imported(nonsense, 4000).micronsPerPixelX, 0);
+        ASSERT_EQ(notes_.size(), 1u);
+        EXPECT_NE(notes_.front().find("the resolution of 'a.tif'"), std::string::npos) << notes_.front();
+        StoreInfo const info = imported(4000, nonsense);
+        EXPECT_EQ(info.micronsPerPixelX, 0.25);
+        EXPECT_EQ(info.micronsPerPixelY, 0);
+        EXPECT_EQ(notes_.size(), 1u);
+    }
+    EXPECT_EQ(imported(0, 0).micronsPerPixelX, 0);
+    EXPECT_TRUE(notes_.empty()) << "it is not known";
+}
+
+TEST_F(StoreDescriptionTest, NamesOfPicturesAreKeptAsPlainText) {
+    EXPECT_EQ(imported(0, 0, "slide 7.tif").sourceName, "slide 7.tif");
+    EXPECT_EQ(imported(0, 0, "").sourceName, "");
+    EXPECT_EQ(imported(0, 0, std::string("a\0b", 3)).sourceName, "a\xef\xbf\xbd"
+                                                                 "b");
+    EXPECT_EQ(imported(0, 0, "a\nb").sourceName, "a\xef\xbf\xbd"
+                                                 "b");
+    EXPECT_EQ(imported(0, 0, "latin\xe4.tif").sourceName, "latin\xef\xbf\xbd.tif");
+    EXPECT_EQ(imported(0, 0, "'; DROP TABLE meta; --").sourceName, "'; DROP TABLE meta; --");
+    EXPECT_EQ(imported(0, 0, std::string(1 << 20, 'x')).sourceName, std::string(1024, 'x'));
+}
+
+TEST_F(StoreDescriptionTest, AWriterRefusesWhatNoReaderWouldOpen) {
+    auto const with = [&](auto member, auto value) {
+        StoreInfo info = plain();
+        info.*member = value;
+        return info;
+    };
+    for (double const microns : {1e13, kInfinity, -1.0, std::nan("")}) {
+        expectRefused(with(&StoreInfo::micronsPerPixelX, microns), "micronsPerPixelX");
+        expectRefused(with(&StoreInfo::micronsPerPixelY, microns), "micronsPerPixelY");
+    }
+    expectRefused(with(&StoreInfo::width, size_t{0}), "width");
+    expectRefused(with(&StoreInfo::height, StoreInfo::kMaxSide + 1), "height");
+    expectRefused(with(&StoreInfo::bands, size_t{5}), "bands");
+    expectRefused(with(&StoreInfo::bits, size_t{12}), "bits");
+    expectRefused(with(&StoreInfo::residualBits, size_t{8}), "residualBits");
+    expectRefused(with(&StoreInfo::levels, size_t{13}), "levels");
+    expectRefused(with(&StoreInfo::tileSize, size_t{33}), "tileSize");
+    EXPECT_NO_THROW(TileStoreWriter(folder_.path("b.vlm"), plain()));
+}
