@@ -4,6 +4,7 @@
 #include "host/BuiltInPicture.h"
 #include "host/HostError.h"
 #include "host/ImageReader.h"
+#include "host/Leftovers.h"
 #include "host/ProgressBar.h"
 #include "host/store/TileStore.h"
 #include "host/view/ImportCache.h"
@@ -41,12 +42,14 @@ std::string picturefiles::cachedStore(std::string const& image) {
     std::string const name = image.empty() ? importcache::storeName("built-in", BuiltInPicture().description())
                                            : importcache::storeName(std::filesystem::path(image));
     auto const folder = importcache::folder(environment("XDG_CACHE_HOME"), environment("HOME"));
-    std::error_code failed;
-    std::filesystem::create_directories(folder, failed);
-    if (failed)
-        throw HostError(HostError::Kind::UnwritableOutput,
-                        "cannot make the folder '" + folder.string() + "': " + failed.message() +
-                            "; name another in XDG_CACHE_HOME, or import the picture with velmora import");
+    if (folder.empty())
+        throw HostError(
+            HostError::Kind::UnwritableOutput,
+            "there is no folder to keep a store of " + nameOf(image) +
+                " in: neither XDG_CACHE_HOME nor HOME names one; set one of them, or import the picture with "
+                "velmora import");
+    importcache::makePrivate(folder);
+    leftovers::removeAll(folder);
     return (folder / name).string();
 }
 

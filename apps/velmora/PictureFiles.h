@@ -18,8 +18,8 @@ std::vector<std::string> sourcesOf(std::string const& image);
 /// Opens it with the samples that the file has.
 PictureOpener openerOf(std::string const& image);
 
-/// The name that the store of an image has in the cache; makes the folder. Throws HostError (missing file, unwritable
-/// output).
+/// The name that the store of an image has in the cache; makes the folder, and removes what killed imports have left
+/// there. Throws HostError (missing file, unwritable output).
 std::string cachedStore(std::string const& image);
 
 /// Whether the file is a store that can be read: another version of the program may have made it.

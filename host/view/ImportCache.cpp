@@ -4,17 +4,50 @@
 #include "host/HostError.h"
 
 #include <array>
+#include <cerrno>
 #include <cinttypes>
 #include <cstdio>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
+
+namespace {
+
+constexpr auto kAdvice = "; name another in XDG_CACHE_HOME, or import the picture with velmora import";
+
+HostError unusable(fs::path const& folder, std::string const& reason) {
+    return HostError(HostError::Kind::UnwritableOutput,
+                     "cannot keep stores in the folder '" + folder.string() + "': " + reason + kAdvice);
+}
+
+// With the folders above it. 0 or a value of errno.
+int make(fs::path const& folder) {
+    if (mkdir(folder.c_str(), S_IRWXU) == 0 || errno == EEXIST) return 0;
+    if (errno != ENOENT || !folder.has_relative_path()) return errno;
+    if (int const reason = make(folder.parent_path()); reason != 0) return reason;
+    return mkdir(folder.c_str(), S_IRWXU) == 0 || errno == EEXIST ? 0 : errno;
+}
+
+} // namespace
+
+void importcache::makePrivate(fs::path const& folder) {
+    struct stat status {};
+    int reason = make(folder);
+    if (reason == 0 && lstat(folder.c_str(), &status) != 0) reason = errno;
+    if (reason != 0) throw unusable(folder, std::generic_category().message(reason));
+    if (!S_ISDIR(status.st_mode)) throw unusable(folder, "it is no folder, or a link to one");
+    if (status.st_uid != geteuid()) throw unusable(folder, "it belongs to another user");
+    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+        throw unusable(folder, "others may write to it; take that from them, chmod go-w");
+}
 
 fs::path importcache::folder(std::string const& cacheHome, std::string const& home) {
     // Relative paths there are to be ignored.
     if (fs::path(cacheHome).is_absolute()) return fs::path(cacheHome) / "velmora";
     if (fs::path(home).is_absolute()) return fs::path(home) / ".cache" / "velmora";
-    return fs::temp_directory_path() / "velmora";
+    return {};
 }
 
 std::string importcache::storeName(std::string const& stem, std::string const& identity) {

@@ -8,8 +8,13 @@
 namespace importcache {
 
 /// The folder "velmora" in `cacheHome`, or else, where that is no absolute path, in the folder .cache of `home`. The
-/// values of XDG_CACHE_HOME and HOME; where neither is of use, one in the folder for temporary files.
+/// values of XDG_CACHE_HOME and HOME; nothing where neither is of use, for any other folder would be everybody's.
 std::filesystem::path folder(std::string const& cacheHome, std::string const& home);
+
+/// Makes the folder, for its owner alone, where it is not there. Throws HostError (unwritable output) where it cannot be
+/// made, and where others could have put stores into it that would be shown for ours: a link, a folder of another user,
+/// one that others may write to.
+void makePrivate(std::filesystem::path const& folder);
 
 /// The name of the store of a picture file: the picture's name and a hash, which changes with the file's absolute
 /// path, its size or the time of its last change. Throws HostError (missing file).

@@ -117,8 +117,38 @@ TEST_F(ProgramOutputGLTest, OutputsAreAsPrivateAsTheirInput) {
     }
     EXPECT_EQ(runVelmora(zoomed("c.png"), {{"XDG_CACHE_HOME", path("cache")}}).exitCode, 0);
     EXPECT_EQ(modeOf(path("c.png")), 0600u);
+    EXPECT_EQ(modeOf(path("cache/velmora")), 0700u);
     for (auto const& store : fs::directory_iterator(path("cache/velmora")))
         EXPECT_EQ(modeOf(store.path()), 0600u);
+}
+
+TEST_F(ProgramOutputGLTest, WithoutAFolderOfTheUsersNoStoreIsKept) {
+    fs::path const everybodys = fs::temp_directory_path() / "velmora";
+    bool const before = fs::exists(everybodys);
+    expectRefused(zoomed("b.png"), kUnwritable, {"a.tif", "XDG_CACHE_HOME", "HOME", "velmora import"},
+                  {{"XDG_CACHE_HOME", ""}, {"HOME", ""}});
+    EXPECT_EQ(fs::exists(everybodys), before);
+    EXPECT_EQ(runVelmora(zoomed("b.png"), {{"XDG_CACHE_HOME", ""}, {"HOME", path("home")}}).exitCode, 0);
+    EXPECT_TRUE(fs::exists(path("home/.cache/velmora")));
+}
+
+TEST_F(ProgramOutputGLTest, AFolderThatOthersCouldHaveFilledKeepsNoStore) {
+    Process::Environment const cache{{"XDG_CACHE_HOME", path("cache")}};
+    fs::create_directories(path("cache/velmora"));
+    fs::permissions(path("cache/velmora"), fs::perms::all);
+    expectRefused(zoomed("b.png"), kUnwritable, {"cache/velmora", "others may write to it"}, cache);
+    fs::rename(path("cache/velmora"), path("elsewhere"));
+    fs::create_symlink(path("elsewhere"), path("cache/velmora"));
+    fs::permissions(path("elsewhere"), fs::perms::owner_all);
+    expectRefused(zoomed("b.png"), kUnwritable, {"cache/velmora", "link"}, cache);
+}
+
+TEST_F(ProgramOutputGLTest, WhatKilledImportsLeaveInTheUsersCacheIsRemoved) {
+    fs::create_directories(path("cache/velmora"));
+    writeFile(path("cache/velmora/.old-0123456789abcdef.vlm.velmora-01234567"), "of a picture that has changed since");
+    EXPECT_EQ(runVelmora(zoomed("b.png"), {{"XDG_CACHE_HOME", path("cache")}}).exitCode, 0);
+    fs::directory_iterator const left(path("cache/velmora"));
+    EXPECT_EQ(std::distance(left, fs::directory_iterator()), 1);
 }
 
 // Every call that concerns the output, which does not hang on the GL implementation: a hundred runs are enough on one.

@@ -5,15 +5,69 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
+
+namespace {
+
+void expectRefused(fs::path const& cache, std::string const& reason) {
+    try {
+        importcache::makePrivate(cache);
+        ADD_FAILURE() << cache;
+    } catch (HostError const& error) {
+        EXPECT_EQ(error.kind(), HostError::Kind::UnwritableOutput);
+        EXPECT_NE(std::string(error.what()).find(reason), std::string::npos) << error.what();
+        EXPECT_NE(std::string(error.what()).find("XDG_CACHE_HOME"), std::string::npos) << error.what();
+    }
+}
+
+} // namespace
 
 TEST(ImportCacheTest, TheFolderIsThatOfTheUsersCaches) {
     EXPECT_EQ(importcache::folder("/c", "/h"), "/c/velmora");
     EXPECT_EQ(importcache::folder("", "/h"), "/h/.cache/velmora");
     EXPECT_EQ(importcache::folder("relative", "/h"), "/h/.cache/velmora");
-    EXPECT_EQ(importcache::folder("", ""), fs::temp_directory_path() / "velmora");
-    EXPECT_EQ(importcache::folder("", "relative"), fs::temp_directory_path() / "velmora");
+    EXPECT_EQ(importcache::folder("", ""), "") << "and none that everybody may write to";
+    EXPECT_EQ(importcache::folder("", "relative"), "");
+}
+
+TEST(ImportCacheTest, ANewFolderIsItsOwnersAlone) {
+    TemporaryFolder const folder;
+    fs::path const cache = folder.path("home/.cache/velmora");
+    importcache::makePrivate(cache);
+    importcache::makePrivate(cache);
+    EXPECT_EQ(fs::status(cache).permissions(), fs::perms::owner_all);
+    EXPECT_EQ(fs::status(folder.path("home")).permissions(), fs::perms::owner_all);
+}
+
+TEST(ImportCacheTest, AFolderThatOthersMayReadIsUsed) {
+    TemporaryFolder const folder;
+    fs::path const cache = folder.path("velmora");
+    fs::create_directory(cache);
+    fs::permissions(cache, fs::perms(0755));
+    EXPECT_NO_THROW(importcache::makePrivate(cache));
+}
+
+TEST(ImportCacheTest, AFolderThatOthersCouldHaveFilledIsRefused) {
+    TemporaryFolder const folder;
+    fs::path const cache = folder.path("velmora");
+    fs::create_directory(cache);
+    for (int const mode : {0777, 0770, 0702, 01777}) {
+        fs::permissions(cache, fs::perms(mode));
+        expectRefused(cache, "others may write to it");
+    }
+    fs::permissions(cache, fs::perms(0700));
+    fs::create_symlink(cache, folder.path("link"));
+    expectRefused(folder.path("link"), "link");
+    writeFile(folder.path("file"), "");
+    expectRefused(folder.path("file"), "no folder");
+    expectRefused(folder.path("file/velmora"), "Not a directory");
+    if (geteuid() != 0) return;
+    constexpr uid_t kSomebody = 12345;
+    ASSERT_EQ(chown(cache.c_str(), kSomebody, kSomebody), 0);
+    expectRefused(cache, "another user");
 }
 
 TEST(ImportCacheTest, TheSameFileHasTheSameName) {
