@@ -84,6 +84,9 @@ struct Database::State {
         if (code != SQLITE_OK) fail();
         sqlite3_progress_handler(handle, kStepsACheck, &State::check, this);
         if (reads) defend();
+        // SQLite is content with reading where it cannot open a file for writing.
+        else if (sqlite3_db_readonly(handle, "main") != 0)
+            throw Failure(errno != 0 ? std::generic_category().message(errno) : "it can only be read", SQLITE_READONLY);
     }
 
     void defend() {

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -18,9 +19,9 @@ namespace {
 using Names = std::vector<std::string>;
 using Arguments = std::vector<std::string>;
 
-// The store of a picture of noise is some hundred pages of SQLite's.
-constexpr size_t kWidth = 300;
-constexpr size_t kHeight = 200;
+// Some dozens of calls write it: each of them is to fail.
+constexpr size_t kWidth = 200;
+constexpr size_t kHeight = 130;
 
 class ProgramFaultsTest : public testing::Test {
 protected:
@@ -81,6 +82,8 @@ protected:
             fault.last = fault.reason == ENOSPC ? Fault::kUntilTheEnd : call;
             auto const result = runFaulty(arguments, fault);
             expectOldOrNew(result, file, old, isWhole);
+            bool const named = result.err.find(std::generic_category().message(fault.reason)) != std::string::npos;
+            EXPECT_TRUE(named || result.exitCode != 6) << result.err;
             bool const gone = result.exitCode != 0 && old.empty();
             EXPECT_EQ(gone ? with(names(), file) : names(), before);
             if (result.exitCode != 0) ++failures;

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -59,6 +60,8 @@ protected:
         }
         EXPECT_EQ(result.exitCode, isOld ? kUnwritable : 0) << result.err;
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), isOld ? 1 : 0) << result.err;
+        bool const named = result.err.find(std::generic_category().message(reason)) != std::string::npos;
+        EXPECT_EQ(named, isOld) << result.err;
     }
 
     std::string image_ = path("a.tif");
