@@ -23,12 +23,17 @@ void interruption::listen() {
         struct sigaction action {};
         action.sa_handler = note;
         sigemptyset(&action.sa_mask);
-        // Writes go on after the signal; the handler is taken off by the first one.
-        action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+        // What waits, as for a pipe that nobody writes to, is not to wait on: it fails, and isNoted() says why. The handler is
+        // taken off by the first signal.
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
     }
 }
 
+bool interruption::isNoted() {
+    return noted != 0;
+}
+
 void interruption::throwIfNoted() {
-    if (noted != 0) throw Interrupted();
+    if (isNoted()) throw Interrupted();
 }

@@ -10,8 +10,12 @@ public:
 
 namespace interruption {
 
-/// From now on SIGINT, SIGTERM and SIGHUP are only noted, each once: a second one ends the program at once.
+/// From now on SIGINT, SIGTERM and SIGHUP are noted, each once: a second one ends the program at once. Calls of the system
+/// that wait fail then.
 void listen();
+
+/// Whether a signal has been noted.
+bool isNoted();
 
 /// Throws Interrupted where a signal has been noted. To be called between the steps of long work.
 void throwIfNoted();

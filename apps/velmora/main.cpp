@@ -34,6 +34,10 @@ ExitCode fail(ExitCode code, std::string const& message) {
     return code;
 }
 
+ExitCode interrupted() {
+    return fail(kExitInterrupted, "interrupted; nothing was written");
+}
+
 // What a command prints may be all that it is for: a full disk behind a redirection is a failure.
 void requireWritten() {
     errno = 0;
@@ -70,13 +74,16 @@ int run(int argc, char** argv) {
 int runReported(int argc, char** argv) {
     try {
         return run(argc, argv);
-    } catch (HostError const& error) {
-        return fail(exitCodeOf(error.kind()), error.what());
     } catch (Interrupted const&) {
-        return fail(kExitInterrupted, "interrupted; nothing was written");
+        return interrupted();
+    } catch (HostError const& error) {
+        // What the signal kept from being done is no failure of its own. So below.
+        if (interruption::isNoted()) return interrupted();
+        return fail(exitCodeOf(error.kind()), error.what());
     } catch (std::bad_alloc const&) {
         return fail(kExitInternalError, "out of memory; choose a smaller region or tile");
     } catch (std::exception const& error) {
+        if (interruption::isNoted()) return interrupted();
         if (isBackendFailure(error))
             return fail(kExitBackendFailure, "the render backend failed: " + formatExceptionMessage(error) +
                                                  "; see velmora info for the driver");
