@@ -1,195 +1,267 @@
 #include "host/ImageReader.h"
 
 #include "host/HostError.h"
-
-#include <vips/vips8>
+#include "host/PixelBands.h"
+#include "host/image/ImageRefusal.h"
+#include "host/image/SampleRange.h"
+#include "host/image/SampleSource.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <sys/stat.h>
-
-using vips::VError;
-using vips::VImage;
-using vips::VRegion;
+#include <numeric>
+#include <utility>
 
 namespace {
 
-// Rows that are asked of libvips at once: enough to keep its tile caches at work, little enough to stay in them.
-constexpr size_t kRowsPerRequest = 64;
+constexpr size_t kPartBytes = 4 * 1024 * 1024; // of the file's samples, which are turned into ours
+constexpr size_t kSkippedRows = 64;            // at once, on the way down to a region
 
-// libvips lives as long as the process: its types cannot be set up a second time.
-class VipsLibrary {
-public:
-    VipsLibrary() {
-        if (VIPS_INIT("velmora") != 0)
-            throw std::runtime_error("libvips does not start: " + onOneLine(vips_error_buffer()));
-        // No operation twice: a file that changes between two readers must be read anew.
-        vips_cache_set_max(0);
-        // Warnings would be second lines beside our own message.
-        constexpr auto kNotErrors = static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE |
-                                                                G_LOG_LEVEL_INFO | G_LOG_LEVEL_DEBUG);
-        g_log_set_handler(
-            "VIPS", kNotErrors, [](gchar const*, GLogLevelFlags, gchar const*, gpointer) {}, nullptr);
-    }
-    VipsLibrary(VipsLibrary const&) = delete;
-    VipsLibrary& operator=(VipsLibrary const&) = delete;
-    ~VipsLibrary() { vips_shutdown(); }
-};
-
-void startVips() {
-    static VipsLibrary const library;
+std::string singular(std::string const& noun) {
+    return noun.substr(0, noun.size() - 1);
 }
 
-void requireFile(std::string const& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) {
-        std::string const reason = errno == ENOENT ? "no such file" : std::strerror(errno);
-        throw HostError(HostError::Kind::MissingFile, "cannot open '" + path + "': " + reason + "; check the path");
-    }
-    if (S_ISDIR(status.st_mode))
-        throw HostError(HostError::Kind::UnreadableImage,
-                        "cannot read '" + path + "': it is a folder; name an image file");
-}
-
-// The text of the exception ends in what earlier attempts left in libvips' buffer: empty it for the next failure.
-HostError unreadable(std::string const& path, VError const& error) {
-    vips_error_clear();
-    return HostError(HostError::Kind::UnreadableImage,
-                     "cannot read '" + path + "': " + onOneLine(error.what()) +
-                         "; check that it is an undamaged image in a format that libvips reads");
-}
-
-VImage open(std::string const& path) {
-    char const* const loader = vips_foreign_find_load(path.c_str());
-    if (loader == nullptr) throw VError();
-    bool const anywhere = (vips_foreign_flags(loader, path.c_str()) & VIPS_FOREIGN_PARTIAL) != 0;
-    auto* const options = VImage::option()
-                              ->set("access", anywhere ? VIPS_ACCESS_RANDOM : VIPS_ACCESS_SEQUENTIAL)
-                              ->set("fail_on", VIPS_FAIL_ON_ERROR);
-    // As a loader's argument, not VImage::new_from_file: that one takes a "[" in a file name for options.
-    VImage image;
-    VImage::call(loader, options->set("filename", path.c_str())->set("out", &image));
-    return image;
-}
-
-bool isPlainColour(VipsInterpretation interpretation) {
-    switch (interpretation) {
-    case VIPS_INTERPRETATION_MULTIBAND:
-    case VIPS_INTERPRETATION_B_W:
-    case VIPS_INTERPRETATION_RGB:
-    case VIPS_INTERPRETATION_sRGB:
-    case VIPS_INTERPRETATION_GREY16:
-    case VIPS_INTERPRETATION_RGB16:
-        return true;
-    default:
-        return false;
-    }
-}
-
-VImage toDisplayColour(VImage const& image) {
-    auto const display = image.bands() <= 2 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB;
-    // Corrects labels that do not fit the samples, such as a three-band "multiband" image. From what stays "multiband",
-    // two bands or more than four, libvips knows no way to a colour.
-    auto const guessed = image.guess_interpretation();
-    auto const label = guessed == VIPS_INTERPRETATION_MULTIBAND ? display : guessed;
-    VImage const labelled = image.copy(VImage::option()->set("interpretation", static_cast<int>(label)));
-    return labelled.colourspace(display).cast(VIPS_FORMAT_UCHAR);
-}
-
-VImage shownSamples(VImage const& image, ImageReader::Samples samples) {
-    bool const plain = image.coding() == VIPS_CODING_NONE && isPlainColour(image.interpretation());
-    if (plain && image.format() == VIPS_FORMAT_UCHAR) return image;
-    if (plain && image.format() == VIPS_FORMAT_USHORT && samples == ImageReader::Samples::kAsStored) return image;
-    // A shifting cast, not vips_colourspace: that one rounds on its way through other spaces.
-    if (plain && image.format() == VIPS_FORMAT_USHORT)
-        return image.cast(VIPS_FORMAT_UCHAR, VImage::option()->set("shift", true));
-    return toDisplayColour(image);
-}
-
-VImage shownBands(VImage const& image) {
-    return image.bands() <= 4 ? image : image.extract_band(0, VImage::option()->set("n", 3));
-}
-
-bool hasResolution(VImage const& image) {
-    bool const whatFilesWithoutGet = image.xres() == 1 && image.yres() == 1;
-    return image.xres() > 0 && image.yres() > 0 && !whatFilesWithoutGet;
-}
-
-std::string describe(VImage const& image) {
-    char const* const interpretation = vips_enum_nick(VIPS_TYPE_INTERPRETATION, image.interpretation());
-    char const* const format = vips_enum_nick(VIPS_TYPE_BAND_FORMAT, image.format());
-    // libvips' own format is opened without a loader.
-    std::string const loader = image.get_typeof(VIPS_META_LOADER) == 0 ? "vips" : image.get_string(VIPS_META_LOADER);
-    return std::to_string(image.bands()) + (image.bands() == 1 ? " band of " : " bands of ") + format + ", " +
-           interpretation + ", " + loader;
+// "samples 3 to 5 of 32-bit float", whose shortest numbers are those of floats.
+std::string rangeText(SampleRange const& range, SampleType type) {
+    return "samples " + imageselection::toText(range.low, type) + " to " + imageselection::toText(range.high, type) +
+           " of " + toText(type) + " as 0 to 65535";
 }
 
 } // namespace
 
-struct ImageReader::State {
-    std::string path;
-    std::string description;
-    VImage image;
-    VRegion region;
+// A file as it has been opened, and the part of it that is taken.
+class ImageReader::Reading {
+public:
+    Reading(std::string const& path, Options options)
+        : options_(std::move(options)), file_(std::make_shared<InputFile>(path, options_.check)) {
+        request_.page = options_.selection.page;
+        request_.asNumbers = !options_.selection.bands.empty() || options_.selection.hasRange();
+        open();
+        imagerefusal::requireMemory(path, facts());
+        imagerefusal::requireSelectable(path, facts(), options_.selection);
+        if (isToBeConverted()) convert();
+        chooseBands();
+        imagerefusal::requireNothingLost(path, facts(), options_.selection, [this] { return samplesText(); });
+        range_ = options_.selection.range;
+        takeNotes();
+    }
+
+    ImageFacts const& facts() const { return source_->facts(); }
+    size_t bands() const { return bands_.size(); }
+    std::vector<std::string> const& notes() const { return notes_; }
+
+    size_t sampleBytes() const {
+        bool const wide = options_.selection.hasRange() || facts().layout.type == SampleType::Unsigned16;
+        return wide && options_.samples == Samples::kAsStored ? 2 : 1;
+    }
+
+    void setCheck(InputFile::Check const& check) { file_->setCheck(check); }
+
+    Selection selection() {
+        settle();
+        Selection chosen;
+        chosen.text = text();
+        if (range_) {
+            chosen.rangeLow = range_->low;
+            chosen.rangeHigh = range_->high;
+        }
+        return chosen;
+    }
+
+    std::string description() const {
+        std::string const count = std::to_string(facts().layout.bands);
+        std::string const what = count + (count == "1" ? " band of " : " bands of ") + toText(facts().layout.type) +
+                                 " samples, " + facts().format;
+        return text().empty() ? what : what + ", " + text();
+    }
+
+    void read(Region const& region, std::uint8_t* pixels) {
+        settle();
+        goDownTo(region.y);
+        size_t const rowPixelBytes = region.width * facts().layout.pixelBytes();
+        size_t const rowsAtOnce = std::clamp<size_t>(kPartBytes / rowPixelBytes, 1, region.height);
+        for (size_t row = 0; row < region.height; row += rowsAtOnce) {
+            Region const part{region.x, region.y + row, region.width, std::min(rowsAtOnce, region.height - row)};
+            readPart(part, pixels + row * region.width * bands_.size() * sampleBytes());
+        }
+        nextRow_ = region.y + region.height;
+    }
+
+private:
+    void open() {
+        source_ = openSamples(file_, request_);
+        nextRow_ = 0;
+    }
+
+    bool isToBeConverted() const {
+        if (!facts().convertible) return false;
+        bool const unasked = !options_.lossless && !request_.asNumbers && !facts().colourSpace.empty();
+        return options_.selection.toSrgb || unasked;
+    }
+
+    void convert() {
+        convertedFrom_ = facts().colourSpace.empty() ? "linear light" : facts().colourSpace;
+        request_.toSrgb = true;
+        open();
+    }
+
+    void chooseBands() {
+        if (options_.selection.bands.empty()) {
+            bands_.resize(facts().layout.bands);
+            std::iota(bands_.begin(), bands_.end(), size_t{0});
+        }
+        for (size_t const band : options_.selection.bands)
+            bands_.push_back(band - 1);
+        isWhole_ = options_.selection.bands.empty();
+    }
+
+    std::string samplesText() {
+        auto const found = samplerange::extremes(*source_, bands_, [this] { file_->check(); });
+        if (!found) return "of which none is a finite number";
+        SampleType const type = facts().layout.type;
+        return "from " + imageselection::toText(found->low, type) + " to " + imageselection::toText(found->high, type);
+    }
+
+    // Knows the range that is to be found out.
+    void settle() {
+        if (!options_.selection.automaticRange || range_) return;
+        auto const found = samplerange::extremes(*source_, bands_, [this] { file_->check(); });
+        if (!found || found->low < -SampleRange::kFarthest || found->high > SampleRange::kFarthest)
+            throw HostError(HostError::Kind::UnreadableImage,
+                            "'" + file_->path() + "' holds " +
+                                (found ? "samples beyond 1e300" : "no sample that is a finite number") +
+                                "; there is no range from the smallest to the largest: choose --range LO,HI");
+        range_ = samplerange::automatic(*found);
+        if (!source_->readsAnywhere()) open();
+    }
+
+    void takeNotes() {
+        std::string const name = "'" + file_->path() + "'";
+        if (!convertedFrom_.empty() && !options_.selection.toSrgb)
+            notes_.push_back(name + " holds " + convertedFrom_ + ", which is converted to sRGB of 8 bits" +
+                             (convertedFrom_ == "scRGB" ? "; what is brighter than white is clipped" : ""));
+        if (!facts().drawn.empty()) notes_.push_back(name + " has no pixels of its own and is " + facts().drawn);
+        if (facts().orientation != 1)
+            notes_.push_back(name + " asks to be turned or mirrored (orientation " +
+                             std::to_string(facts().orientation) + "); its pixels are taken as they lie in the file");
+    }
+
+    // What is known of the selection; a range that is to be found out may not be yet.
+    std::string text() const {
+        std::vector<std::string> parts;
+        if (facts().pages > 1)
+            parts.push_back(singular(facts().pageNoun) + " " + std::to_string(request_.page.value_or(1)) + " of " +
+                            std::to_string(facts().pages));
+        if (!isWhole_)
+            parts.push_back("bands " + imageselection::toText(options_.selection.bands) + " of " +
+                            std::to_string(facts().layout.bands));
+        if (!convertedFrom_.empty()) parts.push_back(convertedFrom_ + " converted to sRGB");
+        if (!facts().drawn.empty()) parts.push_back(facts().drawn);
+        if (range_) parts.push_back(rangeText(*range_, facts().layout.type));
+        std::string text;
+        for (std::string const& part : parts)
+            text += (text.empty() ? "" : "; ") + part;
+        return text;
+    }
+
+    // Rows above a region are read and dropped: decoders that cannot leave them out would hold them all.
+    void goDownTo(size_t y) {
+        if (source_->readsAnywhere()) return;
+        if (y < nextRow_) open();
+        for (; nextRow_ < y; nextRow_ += std::min(kSkippedRows, y - nextRow_)) {
+            file_->check();
+            Region const column{0, nextRow_, 1, std::min(kSkippedRows, y - nextRow_)};
+            samples_.resize(column.height * facts().layout.pixelBytes());
+            source_->read(column, samples_.data());
+        }
+    }
+
+    void readPart(Region const& region, std::uint8_t* pixels) {
+        SampleLayout const& layout = facts().layout;
+        bool const isSame = isWhole_ && !range_ && sampleBytes() == bytesOf(layout.type);
+        if (isSame) return source_->read(region, pixels);
+        size_t const count = region.width * region.height;
+        samples_.resize(count * layout.pixelBytes());
+        source_->read(region, samples_.data());
+        samplerange::toNumbers(samples_.data(), layout, bands_, count, numbers_);
+        for (double const number : numbers_) {
+            std::uint16_t const sample = range_ ? range_->scaled(number) : static_cast<std::uint16_t>(number);
+            bool const isWide = range_ || layout.type == SampleType::Unsigned16;
+            pixels = put(sample, isWide, pixels);
+        }
+    }
+
+    // A sample of 16 bits is shown by its upper byte.
+    std::uint8_t* put(std::uint16_t sample, bool isWide, std::uint8_t* pixels) const {
+        if (sampleBytes() == 1) {
+            *pixels = static_cast<std::uint8_t>(isWide ? sample >> 8 : sample);
+            return pixels + 1;
+        }
+        std::memcpy(pixels, &sample, sizeof(sample));
+        return pixels + sizeof(sample);
+    }
+
+    Options options_;
+    std::shared_ptr<InputFile> file_;
+    SampleRequest request_;
+    std::unique_ptr<SampleSource> source_;
+    std::vector<size_t> bands_; // places in a pixel of the file, in the order of ours
+    bool isWhole_ = true;       // whether these are all bands, as they lie
+    std::string convertedFrom_; // the colour space; empty: colours are the file's
+    std::optional<SampleRange> range_;
+    std::vector<std::string> notes_;
+    size_t nextRow_ = 0; // that a source reads which only goes down
+    std::vector<std::uint8_t> samples_;
+    std::vector<double> numbers_;
 };
 
-ImageReader::ImageReader(std::string const& path, Samples samples) {
-    requireFile(path);
-    startVips();
-    try {
-        VImage const native = open(path);
-        VImage const image = shownBands(shownSamples(native, samples));
-        state_ = std::make_unique<State>(State{path, describe(native), image, VRegion::new_from_image(image)});
-    } catch (VError const& error) {
-        throw unreadable(path, error);
-    }
-}
+ImageReader::ImageReader(std::string const& path, Options options)
+    : reading_(std::make_unique<Reading>(path, std::move(options))) {}
+
+ImageReader::ImageReader(std::string const& path, Samples samples)
+    : ImageReader(path, Options{samples, {}, false, {}}) {}
 
 ImageReader::~ImageReader() = default;
 
 size_t ImageReader::width() const {
-    return static_cast<size_t>(state_->image.width());
+    return reading_->facts().layout.width;
 }
 
 size_t ImageReader::height() const {
-    return static_cast<size_t>(state_->image.height());
+    return reading_->facts().layout.height;
 }
 
 size_t ImageReader::bands() const {
-    return static_cast<size_t>(state_->image.bands());
+    return reading_->bands();
 }
 
 size_t ImageReader::sampleBytes() const {
-    return state_->image.format() == VIPS_FORMAT_USHORT ? 2 : 1;
+    return reading_->sampleBytes();
 }
 
 double ImageReader::pixelsPerMillimetreX() const {
-    return hasResolution(state_->image) ? state_->image.xres() : 0;
+    return reading_->facts().pixelsPerMillimetreX;
 }
 
 double ImageReader::pixelsPerMillimetreY() const {
-    return hasResolution(state_->image) ? state_->image.yres() : 0;
+    return reading_->facts().pixelsPerMillimetreY;
 }
 
 std::string ImageReader::description() const {
-    return state_->description;
+    return reading_->description();
+}
+
+PixelSource::Selection ImageReader::selection() {
+    return reading_->selection();
+}
+
+void ImageReader::whileReading(std::function<void()> const& check) {
+    reading_->setCheck(check);
+}
+
+std::vector<std::string> const& ImageReader::notes() const {
+    return reading_->notes();
 }
 
 void ImageReader::readInto(Region const& region, std::uint8_t* pixels) {
-    size_t const rowBytes = region.width * bands() * sampleBytes();
-    int const x = static_cast<int>(region.x);
-    int const width = static_cast<int>(region.width);
-    try {
-        for (size_t row = 0; row < region.height; row += kRowsPerRequest) {
-            int const y = static_cast<int>(region.y + row);
-            int const rows = static_cast<int>(std::min(kRowsPerRequest, region.height - row));
-            state_->region.prepare(x, y, width, rows);
-            for (int i = 0; i < rows; ++i)
-                std::memcpy(pixels + (row + static_cast<size_t>(i)) * rowBytes, state_->region.addr(x, y + i),
-                            rowBytes);
-        }
-    } catch (VError const& error) {
-        throw unreadable(state_->path, error);
-    }
+    reading_->read(region, pixels);
 }

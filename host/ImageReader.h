@@ -1,33 +1,48 @@
 #pragma once
 
 #include "host/PixelSource.h"
+#include "host/image/ImageSelection.h"
+#include "host/image/InputFile.h"
 
 #include <memory>
 #include <string>
+#include <vector>
 
-/// An image file as pixels of 8 bits, or of 16 where wanted, read with libvips: every format that libvips opens.
+/// A picture file as pixels of 8 bits, or of 16 where wanted.
 ///
 /// What becomes of the file's samples:
 ///
-///     8 bit, 1 to 4 bands, grey or RGB    byte for byte as stored
-///     16 bit unsigned, 1 to 4 bands       the upper byte of each sample, v >> 8; with Samples::kAsStored the sample
-///     CMYK, Lab, XYZ, scRGB, ...          converted by libvips to sRGB, or to grey where there is one colour band
-///     float, signed and 32-bit integers   likewise, values beyond 0..255 clipped
-///     more than four bands                the first three, as RGB
+///     8 and 16 bits, unsigned             as they lie in the file; with Samples::kEightBits 16 bits become v >> 8
+///     floats, signed, 32 bits             refused; a range that is asked for becomes 16 bits
+///     1, 2 and 4 bits, palettes           the 8 bits that they stand for
+///     CMYK, Lab, XYZ, Radiance's scRGB,   converted to sRGB of 8 bits, which notes() say; refused where every sample is to
+///     colours multiplied by alpha         be kept and the conversion is not asked for
+///     several pages, or bands that are    refused; those that are asked for are taken
+///     neither grey nor RGB
 ///
-/// ICC profiles and the orientation tag are not applied: the pixels are the file's. Of several pages or pyramid levels
-/// the first is shown. Tiled formats are read anywhere; of others a row is read once, so regions must go down the
-/// image. A damaged or truncated file is an error, never grey pixels.
+/// Alpha is where the file says so. ICC profiles and the orientation tag are not applied: the pixels are the file's, and
+/// notes() say where a tag asks for another orientation. Of a pyramid the full picture is read. Tiled formats are read
+/// anywhere; of others rows are read once, from the top, so regions must go down the image. A damaged or truncated file is
+/// an error, never grey pixels.
 ///
 /// One thread at a time.
 class ImageReader final : public PixelSource {
 public:
     enum class Samples {
         kEightBits, ///< always 8 bits
-        kAsStored   ///< 16 bits where the file has 16 unsigned bits
+        kAsStored   ///< 16 bits where the file has 16 unsigned bits, or where a range is asked for
     };
 
-    /// Opens the file and reads its header. Throws HostError: missing file, unreadable image.
+    struct Options {
+        Samples samples = Samples::kEightBits;
+        ImageSelection selection;
+        bool lossless = false;       ///< colours are converted only where the selection says so
+        InputFile::Check check = {}; ///< called now and then while the file is read; may throw to stop it
+    };
+
+    /// Opens the file and reads its header. Throws HostError: missing file, unreadable image, usage (the file lacks what is
+    /// selected).
+    ImageReader(std::string const& path, Options options);
     explicit ImageReader(std::string const& path, Samples samples = Samples::kEightBits);
     ~ImageReader() override;
 
@@ -35,15 +50,19 @@ public:
     size_t height() const override;
     size_t bands() const override;
     size_t sampleBytes() const override;
-    /// Resolutions of 1 along both axes, which libvips gives where a file has none, are taken as unknown.
+    /// Where the file says how large a pixel is of what it shows; how large it is to be printed is something else.
     double pixelsPerMillimetreX() const override;
     double pixelsPerMillimetreY() const override;
     std::string description() const override;
+    Selection selection() override;
+    void whileReading(std::function<void()> const& check) override;
+    /// What is done that nobody has asked for, a sentence each: "'a.jpg' is CMYK: its colours are converted to sRGB".
+    std::vector<std::string> const& notes() const;
 
 protected:
     void readInto(Region const& region, std::uint8_t* pixels) override;
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    class Reading;
+    std::unique_ptr<Reading> reading_;
 };

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,18 @@ public:
     virtual double pixelsPerMillimetreY() const { return 0; }
     /// What the picture is, for a person: "RGB, 8 bits a sample".
     virtual std::string description() const = 0;
+
+    /// What has been taken of a file.
+    struct Selection {
+        std::string text;     ///< which part, and what was done to its samples; empty: the whole, sample for sample
+        double rangeLow = 0;  ///< of the file's samples: what has become 0
+        double rangeHigh = 0; ///< and what has become 65535; both 0: samples are the file's
+    };
+    /// May read the whole picture first.
+    virtual Selection selection() { return {}; }
+
+    /// Calls the function now and then while reading takes long; it may throw to stop that.
+    virtual void whileReading(std::function<void()> const& check);
 
     /// Puts the region's pixels into `pixels`, interleaved, rows tightly packed from the top: width * height * bands() *
     /// sampleBytes() bytes. Regions are read from the top of the picture down; going back up may throw. Throws HostError where the

@@ -1,5 +1,7 @@
 #include "apps/velmora/Commands.h"
+#include "apps/velmora/ImageInput.h"
 #include "apps/velmora/Interruption.h"
+#include "apps/velmora/SelectionOptions.h"
 #include "host/HostError.h"
 #include "host/ProgressBar.h"
 #include "host/TerminalText.h"
@@ -12,6 +14,7 @@
 namespace {
 
 StoreCheckResult checkWithProgress(std::string const& path) {
+    imageinput::requireStoreFile(path);
     TileStore store(path, interruption::throwIfNoted);
     ProgressBar bar(path, stderr);
     return checkStore(store, [&](size_t done, size_t total) {
@@ -37,6 +40,6 @@ void check(std::string const& path) {
 void addCheckCommand(CLI::App& program) {
     auto const path = std::make_shared<std::string>();
     auto* const command = program.add_subcommand("check", "Read every tile of a tile store and test its checksum");
-    command->add_option("STORE", *path, "The tile store")->required()->type_name("");
+    command->add_option("STORE", *path, "The tile store")->required()->type_name("")->check(checkNamed);
     command->callback([path] { check(*path); });
 }

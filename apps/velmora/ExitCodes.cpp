@@ -15,7 +15,7 @@ constexpr std::array<Row, 15> kTable{
      {kExitInternalError, "internal error, out of memory, or verify found differences"},
      {kExitUsage, "the command line is not understood"},
      {kExitMissingFile, "an input file cannot be opened or read"},
-     {kExitUnreadableImage, "a file is no image, or is damaged"},
+     {kExitUnreadableImage, "a file is no image, is damaged, or needs an option that takes a part of it"},
      {kExitRegionOutside, "the region does not lie in the picture"},
      {kExitUnwritableOutput, "the output cannot be written"},
      {kExitNoGlContext, "no OpenGL ES 3 context"},

@@ -1,6 +1,8 @@
 #include "apps/velmora/Commands.h"
+#include "apps/velmora/ImageInput.h"
 #include "apps/velmora/Interruption.h"
 #include "apps/velmora/PictureFiles.h"
+#include "apps/velmora/SelectionOptions.h"
 #include "host/ProgressBar.h"
 #include "host/TerminalText.h"
 #include "host/store/StoreExporter.h"
@@ -25,6 +27,7 @@ void exportTiff(Options const& options) {
     file.replace = options.force;
     file.sources = {options.store};
     requireUsable(file, OutputFile::Ending::Tiff);
+    imageinput::requireStoreFile(options.store);
     TileStore store(options.store, interruption::throwIfNoted);
     StoreInfo const& info = store.info();
     {
@@ -49,8 +52,11 @@ void addExportCommand(CLI::App& program) {
     auto* const command =
         program.add_subcommand("export", "Write the image of a tile store, sample for sample, into a TIFF file");
     command->footer(kExamples);
-    command->add_option("STORE", options->store, "The tile store")->required()->type_name("");
-    command->add_option("OUTPUT", options->output, "The file to write, .tif or .tiff")->required()->type_name("");
+    command->add_option("STORE", options->store, "The tile store")->required()->type_name("")->check(checkNamed);
+    command->add_option("OUTPUT", options->output, "The file to write, .tif or .tiff")
+        ->required()
+        ->type_name("")
+        ->check(checkNamed);
     command->add_flag("--force", options->force, "Replace a file that has the output's name");
     command->callback([options] { exportTiff(*options); });
 }

@@ -1,5 +1,7 @@
 #include "apps/velmora/Commands.h"
+#include "apps/velmora/ImageInput.h"
 #include "apps/velmora/PictureFiles.h"
+#include "apps/velmora/SelectionOptions.h"
 #include "host/HostError.h"
 #include "host/OutputFile.h"
 #include "host/TerminalText.h"
@@ -25,7 +27,10 @@ constexpr auto kExamples = R"(Examples:
   velmora import slide.tif slide.vlm                 the whole image, without loss
   velmora import --built-in map.vlm                  the built-in picture
   velmora import scan.tif scan.vlm --tile 512 --jobs 4
+  velmora import ccd.fits ccd.vlm --range auto       floats or 32 bits, as 16 bits
+  velmora import stack.tif z7.vlm --page 7 --bands 4,3,2
 
+What a store would not keep sample for sample is refused, unless an option takes a part of it.
 The store keeps the wavelet bands of the image as tiles. The image is read once, in strips: memory
 grows with its width, not with its height.)";
 
@@ -34,6 +39,7 @@ struct Options {
     bool builtIn = false;
     std::string levels = kAutoLevels;
     ImportOptions import;
+    ImageSelection selection;
 };
 
 struct Files {
@@ -78,6 +84,7 @@ std::string checkEven(std::string const& text) {
 void import(Options const& options) {
     Files const files = filesOf(options);
     requireUsableStore(files, options.import.replace);
+    imageinput::inspect(files.image, options.selection, imageinput::Colours::Kept);
     ImportOptions importOptions = options.import;
     importOptions.sources = picturefiles::sourcesOf(files.image);
     importOptions.note = picturefiles::tell;
@@ -85,15 +92,16 @@ void import(Options const& options) {
     importOptions.levels = levelsOf(options.levels);
 
     auto const start = std::chrono::steady_clock::now();
-    StoreInfo const info = picturefiles::importWithProgress(files.image, files.store, importOptions);
+    StoreInfo const info = picturefiles::importWithProgress(files.image, files.store, importOptions, options.selection);
     std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;
     double const megapixels = static_cast<double>(info.width) * static_cast<double>(info.height) / 1e6;
     std::error_code gone; // somebody may have taken it away already
     auto const bytes = std::filesystem::file_size(files.store, gone);
-    std::printf("%s: %zu x %zu pixels of %s in %zu levels, %ju bytes in %.2f s, %.1f Mpixel/s\n",
+    std::string const part = info.selection.empty() ? "" : " (" + info.selection + ")";
+    std::printf("%s: %zu x %zu pixels of %s%s in %zu levels, %ju bytes in %.2f s, %.1f Mpixel/s\n",
                 terminalText(files.store).c_str(), info.width, info.height, terminalText(info.sourceName).c_str(),
-                info.levels,
-                static_cast<std::uintmax_t>(gone ? 0 : bytes), seconds.count(), megapixels / seconds.count());
+                terminalText(part).c_str(), info.levels, static_cast<std::uintmax_t>(gone ? 0 : bytes), seconds.count(),
+                megapixels / seconds.count());
 }
 
 } // namespace
@@ -102,7 +110,7 @@ void addImportCommand(CLI::App& program) {
     auto const options = std::make_shared<Options>();
     auto* const command = program.add_subcommand("import", "Make a lossless tile store of an image");
     command->footer(kExamples);
-    command->add_option("NAMES", options->names, "IMAGE, any that libvips reads, and STORE, the file to make, .vlm")
+    command->add_option("NAMES", options->names, "IMAGE, any that is read, and STORE, the file to make, .vlm")
         ->type_name("")
         ->required();
     command->add_flag("--built-in", options->builtIn, "Import the built-in picture; the only name is STORE");
@@ -118,6 +126,7 @@ void addImportCommand(CLI::App& program) {
     command->add_option("--jobs", options->import.jobs, "Threads that compress; without it, one a core")
         ->type_name("N")
         ->check(CLI::Range(size_t{1}, kMaxJobs));
+    addSelectionOptions(*command, options->selection);
     command->add_flag("--force", options->import.replace, "Replace a file that has the store's name");
     command->callback([options] { import(*options); });
 }

@@ -1,13 +1,18 @@
 #include "apps/velmora/Commands.h"
+#include "apps/velmora/ImageInput.h"
 #include "apps/velmora/Interruption.h"
+#include "apps/velmora/SelectionOptions.h"
 #include "host/GlInfo.h"
 #include "host/SurfacelessContext.h"
 #include "host/TerminalText.h"
 #include "host/store/TileStore.h"
 
+#include <nlohmann/json.hpp>
+
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <iostream>
 #include <memory>
 
 namespace {
@@ -52,9 +57,7 @@ std::string micronsText(StoreInfo const& store) {
     return text.data();
 }
 
-void storeInfo(std::string const& path) {
-    TileStore const store(path, interruption::throwIfNoted);
-    StoreInfo const& info = store.info();
+void storeInfo(std::string const& path, StoreInfo const& info) {
     auto const number = [](char const* name, size_t value) { printNumber(name, static_cast<std::int64_t>(value)); };
     number("width", info.width);
     number("height", info.height);
@@ -66,16 +69,73 @@ void storeInfo(std::string const& path) {
     number("tiles", storegeometry::totalTiles(info));
     printText("pixel size", micronsText(info));
     printText("made of", info.sourceName);
+    printText("taken of it", info.selection.empty() ? "all, sample for sample" : info.selection);
     number("bytes", std::filesystem::file_size(path));
+}
+
+// Names are those of the store's description.
+void storeJson(std::string const& path, StoreInfo const& info) {
+    nlohmann::ordered_json const report = {{"width", info.width},
+                                           {"height", info.height},
+                                           {"bands", info.bands},
+                                           {"bits", info.bits},
+                                           {"residualBits", info.residualBits},
+                                           {"levels", info.levels},
+                                           {"tileSize", info.tileSize},
+                                           {"tiles", storegeometry::totalTiles(info)},
+                                           {"micronsPerPixelX", info.micronsPerPixelX},
+                                           {"micronsPerPixelY", info.micronsPerPixelY},
+                                           {"sourceName", info.sourceName},
+                                           {"interpretation", info.interpretation},
+                                           {"selection", info.selection},
+                                           {"rangeLow", info.rangeLow},
+                                           {"rangeHigh", info.rangeHigh},
+                                           {"bytes", std::filesystem::file_size(path)}};
+    // A name of a file may hold any bytes.
+    std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
+void glJson() {
+    SurfacelessContext const context;
+    GlInfo const gl = queryGlInfo();
+    nlohmann::ordered_json report = {{"renderer", gl.renderer},
+                                     {"vendor", gl.vendor},
+                                     {"version", gl.version},
+                                     {"shadingLanguageVersion", gl.shadingLanguageVersion},
+                                     {"maxTextureSize", gl.maxTextureSize},
+                                     {"maxViewport", gl.maxViewport},
+                                     {"fragmentTextureUnits", gl.fragmentTextureUnits},
+                                     {"combinedTextureUnits", gl.combinedTextureUnits},
+                                     {"precisions", nlohmann::ordered_json::array()}};
+    for (GlPrecision const& precision : gl.precisions)
+        report["precisions"].push_back({{"stage", precision.stage},
+                                        {"type", precision.type},
+                                        {"range", precision.range},
+                                        {"bits", precision.bits}});
+    std::cout << report.dump(2) << '\n';
+}
+
+struct Options {
+    std::string store;
+    bool json = false;
+};
+
+void info(Options const& options) {
+    if (options.store.empty()) return options.json ? glJson() : glInfo();
+    imageinput::requireStoreFile(options.store);
+    TileStore const store(options.store);
+    options.json ? storeJson(options.store, store.info()) : storeInfo(options.store, store.info());
 }
 
 } // namespace
 
 void addInfoCommand(CLI::App& program) {
-    auto const store = std::make_shared<std::string>();
+    auto const options = std::make_shared<Options>();
     auto* const command = program.add_subcommand(
         "info", "Print the OpenGL ES implementation, its limits and its shader precisions, or what a tile store holds");
-    auto const* const option =
-        command->add_option("STORE", *store, "A tile store; without it the GL implementation is shown")->type_name("");
-    command->callback([store, option] { option->empty() ? glInfo() : storeInfo(*store); });
+    command->add_option("STORE", options->store, "A tile store; without it the GL implementation is shown")
+        ->type_name("")
+        ->check(checkNamed);
+    command->add_flag("--json", options->json, "Print JSON instead of text");
+    command->callback([options] { info(*options); });
 }

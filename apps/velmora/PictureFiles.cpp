@@ -28,19 +28,23 @@ std::string picturefiles::nameOf(std::string const& image) {
 }
 
 std::vector<std::string> picturefiles::sourcesOf(std::string const& image) {
-    return image.empty() ? std::vector<std::string>{} : std::vector<std::string>{image};
+    return image.empty() ? std::vector<std::string>() : std::vector<std::string>{image};
 }
 
-PictureOpener picturefiles::openerOf(std::string const& image) {
-    return [image]() -> std::unique_ptr<PixelSource> {
+PictureOpener picturefiles::openerOf(std::string const& image, ImageSelection const& selection) {
+    ImageReader::Options options;
+    options.samples = ImageReader::Samples::kAsStored;
+    options.selection = selection;
+    options.check = interruption::throwIfNoted;
+    return [image, options]() -> std::unique_ptr<PixelSource> {
         if (image.empty()) return std::make_unique<BuiltInPicture>();
-        return std::make_unique<ImageReader>(image, ImageReader::Samples::kAsStored);
+        return std::make_unique<ImageReader>(image, options);
     };
 }
 
-std::string picturefiles::cachedStore(std::string const& image) {
+std::string picturefiles::cachedStore(std::string const& image, ImageSelection const& selection) {
     std::string const name = image.empty() ? importcache::storeName("built-in", BuiltInPicture().description())
-                                           : importcache::storeName(std::filesystem::path(image));
+                                           : importcache::storeName(std::filesystem::path(image), selection);
     auto const folder = importcache::folder(environment("XDG_CACHE_HOME"), environment("HOME"));
     if (folder.empty())
         throw HostError(
@@ -77,11 +81,11 @@ ImportOptions picturefiles::cacheOptions(std::string const& image) {
 }
 
 StoreInfo picturefiles::importWithProgress(std::string const& image, std::string const& store,
-                                           ImportOptions const& options) {
+                                           ImportOptions const& options, ImageSelection const& selection) {
     // Rows are counted, pixels are shown: the bar knows the width once the picture is open.
     std::unique_ptr<ProgressBar> bar;
     auto const open = [&] {
-        auto picture = openerOf(image)();
+        auto picture = openerOf(image, selection)();
         bar = std::make_unique<ProgressBar>(store, stderr, picture->width());
         return picture;
     };
@@ -91,10 +95,10 @@ StoreInfo picturefiles::importWithProgress(std::string const& image, std::string
     });
 }
 
-std::string picturefiles::storeOf(std::string const& image) {
+std::string picturefiles::storeOf(std::string const& image, ImageSelection const& selection) {
     if (!image.empty() && TileStore::isStore(image)) return image;
-    std::string store = cachedStore(image);
+    std::string store = cachedStore(image, selection);
     if (isUsableStore(store)) return store;
-    importWithProgress(image, store, cacheOptions(image));
+    importWithProgress(image, store, cacheOptions(image), selection);
     return store;
 }

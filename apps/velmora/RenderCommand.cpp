@@ -1,7 +1,9 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/FilterOptions.h"
+#include "apps/velmora/ImageInput.h"
 #include "apps/velmora/Interruption.h"
 #include "apps/velmora/PictureFiles.h"
+#include "apps/velmora/SelectionOptions.h"
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/BuiltInPicture.h"
 #include "host/EnhancedRenderer.h"
@@ -46,6 +48,7 @@ end in 8; 16 bits are shown as their upper byte.)";
 
 struct Options {
     std::string image;
+    ImageSelection selection;
     std::string output;
     bool force = false;
     std::string region;
@@ -65,7 +68,11 @@ OutputFile outputOf(Options const& options) {
 
 std::unique_ptr<PixelSource> openSource(Options const& options, ImageReader::Samples samples) {
     if (options.image.empty()) return std::make_unique<BuiltInPicture>();
-    return std::make_unique<ImageReader>(options.image, samples);
+    ImageReader::Options reading;
+    reading.samples = samples;
+    reading.selection = options.selection;
+    reading.check = interruption::throwIfNoted;
+    return std::make_unique<ImageReader>(options.image, reading);
 }
 
 // Of a sample that is written. A TIFF keeps what the picture has, a PNG is mostly there to be looked at.
@@ -189,11 +196,12 @@ void renderStore(Options const& options, std::string const& store) {
 void render(Options const& options) {
     // At once: an image may have to be imported first, which takes its time.
     requireUsable(outputOf(options), OutputFile::Ending::PngOrTiff);
+    imageinput::inspect(options.image, options.selection, imageinput::Colours::Shown);
     // An image has no levels: a store of it does. At its own size reading the region is all that it takes.
     if (TileStore::isStore(options.image))
         renderStore(options, options.image);
     else if (options.zoom != 1.0)
-        renderStore(options, picturefiles::storeOf(options.image));
+        renderStore(options, picturefiles::storeOf(options.image, options.selection));
     else
         renderImage(options);
 }
@@ -225,15 +233,16 @@ void addRenderCommand(CLI::App& program) {
     auto* const command =
         program.add_subcommand("render", "Draw an image through the backend and write a PNG or TIFF file");
     command->footer(kExamples);
-    command
-        ->add_option("IMAGE", options->image,
-                     "Any image that libvips reads, or a store; without it the built-in picture")
-        ->type_name("");
+    command->add_option("IMAGE", options->image, "Any image that is read, or a store; without it the built-in picture")
+        ->type_name("")
+        ->check(checkNamed);
+    addSelectionOptions(*command, options->selection);
     command
         ->add_option("-o,--output", options->output,
                      "The file to write: a TIFF where it ends in .tif or .tiff, a PNG where it ends in .png")
         ->required()
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(checkNamed);
     command->add_flag("--force", options->force, "Replace a file that has the output's name");
     command->add_option("-r,--region", options->region, "The part to draw, in pixels; without it the whole image")
         ->type_name("X,Y,W,H")

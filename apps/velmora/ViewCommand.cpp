@@ -1,7 +1,9 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/FilterOptions.h"
+#include "apps/velmora/ImageInput.h"
 #include "apps/velmora/Interruption.h"
 #include "apps/velmora/PictureFiles.h"
+#include "apps/velmora/SelectionOptions.h"
 #include "apps/velmora/view/Viewer.h"
 
 #include <algorithm>
@@ -133,7 +135,9 @@ void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
     options.picture.showHoles = true;
     options.picture.interruption = interruption::throwIfNoted;
     options.sources = picturefiles::sourcesOf(options.image);
+    // Before a window opens.
     requireScreenshots(options);
+    imageinput::inspect(options.image, options.selection, imageinput::Colours::Shown);
     Viewer(options).run();
 }
 
@@ -145,10 +149,10 @@ void addViewCommand(CLI::App& program) {
     auto const memory = std::make_shared<Memory>();
     auto* const command = program.add_subcommand("view", "Show an image or a tile store in a window");
     command->footer(kExamples);
-    command
-        ->add_option("IMAGE", options->image,
-                     "Any image that libvips reads, or a store; without it the built-in picture")
-        ->type_name("");
+    command->add_option("IMAGE", options->image, "Any image that is read, or a store; without it the built-in picture")
+        ->type_name("")
+        ->check(checkNamed);
+    addSelectionOptions(*command, options->selection);
     command->add_option("--size", texts->size, "Of the window; without it 1280x800")
         ->type_name("WxH")
         ->check(checkSize);
@@ -164,9 +168,12 @@ void addViewCommand(CLI::App& program) {
     command->add_flag("--bare", options->bare, "Nothing over the picture");
     command
         ->add_option("--screenshot", options->screenshot, "Write the window to a .png file once it is complete, quit")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(checkNamed);
     command->add_flag("--force", options->force, "Screenshots may replace files that are there");
-    command->add_option("--script", texts->script, "Do what a text file says, line by line")->type_name("FILE");
+    command->add_option("--script", texts->script, "Do what a text file says, line by line")
+        ->type_name("FILE")
+        ->check(checkNamed);
     command->add_flag("--report", options->report, "Print times, frames and memory at the end");
     addFilterOptions(*command);
     command->callback([options, texts, memory, command] {

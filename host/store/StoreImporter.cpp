@@ -6,6 +6,7 @@
 #include "host/Threads.h"
 #include "host/store/ColourPlanes.h"
 #include "host/store/CompressionPool.h"
+#include "host/store/ImportMemory.h"
 #include "host/store/PlaneTransform.h"
 #include "host/store/TileStoreWriter.h"
 
@@ -49,7 +50,7 @@ char const* interpretationOf(size_t bands) {
     return kNames.at(bands - 1);
 }
 
-StoreInfo infoOf(PixelSource const& source, ImportOptions const& options, size_t residualBits) {
+StoreInfo infoOf(PixelSource& source, ImportOptions const& options, size_t residualBits) {
     StoreInfo info;
     info.width = source.width();
     info.height = source.height();
@@ -62,6 +63,10 @@ StoreInfo infoOf(PixelSource const& source, ImportOptions const& options, size_t
     info.micronsPerPixelY = micronsPerPixel(source.pixelsPerMillimetreY());
     info.sourceName = plainText(options.sourceName, kMaxNameBytes);
     info.interpretation = interpretationOf(info.bands);
+    auto const selection = source.selection();
+    info.selection = selection.text;
+    info.rangeLow = selection.rangeLow;
+    info.rangeHigh = selection.rangeHigh;
     return info;
 }
 
@@ -142,6 +147,7 @@ StoreInfo importStore(PictureOpener const& open, std::string const& path, Import
     while (true) {
         StoreInfo info = infoOf(*source, options, residualBits.front());
         residualBits.pop_front();
+        requireImportMemory(info);
         try {
             Import(file, info, threadsFor(options.jobs)).run(*source, progress);
             return info;

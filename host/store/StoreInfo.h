@@ -26,6 +26,9 @@ struct StoreInfo {
     double micronsPerPixelY = 0;
     std::string sourceName;     ///< file name of the picture, without folders
     std::string interpretation; ///< of the bands, for a person: "RGB"
+    std::string selection;      ///< which part of the file, and what was done to its samples; empty: all, as they are
+    double rangeLow = 0;        ///< of the file's samples: what has become 0
+    double rangeHigh = 0;       ///< and what has become the highest; both 0: samples are the file's
 };
 
 /// A size in samples or in tiles.

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <charconv>
+#include <limits>
 #include <stdexcept>
 
 namespace {
@@ -69,7 +70,10 @@ Meta described(StoreInfo const& info) {
             {"micronsPerPixelX", toText(info.micronsPerPixelX)},
             {"micronsPerPixelY", toText(info.micronsPerPixelY)},
             {"sourceName", info.sourceName},
-            {"interpretation", info.interpretation}};
+            {"interpretation", info.interpretation},
+            {"selection", info.selection},
+            {"rangeLow", toText(info.rangeLow)},
+            {"rangeHigh", toText(info.rangeHigh)}};
 }
 
 StoreInfo infoOf(Meta const& meta) {
@@ -85,6 +89,12 @@ StoreInfo infoOf(Meta const& meta) {
     info.micronsPerPixelY = numberOf<double>(meta, "micronsPerPixelY", 0, StoreInfo::kMaxMicronsPerPixel);
     info.sourceName = textOf(meta, "sourceName");
     info.interpretation = textOf(meta, "interpretation");
+    // Stores from before these have none of them.
+    if (meta.count("selection") == 0) return info;
+    constexpr double kFarthest = std::numeric_limits<double>::max();
+    info.selection = textOf(meta, "selection");
+    info.rangeLow = numberOf<double>(meta, "rangeLow", -kFarthest, kFarthest);
+    info.rangeHigh = numberOf<double>(meta, "rangeHigh", -kFarthest, kFarthest);
     return info;
 }
 

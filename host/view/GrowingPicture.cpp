@@ -20,6 +20,7 @@ public:
     double pixelsPerMillimetreX() const override { return source_->pixelsPerMillimetreX(); }
     double pixelsPerMillimetreY() const override { return source_->pixelsPerMillimetreY(); }
     std::string description() const override { return source_->description(); }
+    Selection selection() override { return source_->selection(); }
 
 protected:
     void readInto(Region const& region, std::uint8_t* pixels) override {

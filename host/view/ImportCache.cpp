@@ -56,7 +56,7 @@ std::string importcache::storeName(std::string const& stem, std::string const& i
     return stem + "-" + digits.data() + ".vlm";
 }
 
-std::string importcache::storeName(fs::path const& picture) {
+std::string importcache::storeName(fs::path const& picture, ImageSelection const& selection) {
     std::error_code failed;
     fs::path const absolute = fs::canonical(picture, failed);
     auto const size = failed ? 0 : fs::file_size(absolute, failed);
@@ -67,7 +67,7 @@ std::string importcache::storeName(fs::path const& picture) {
     std::string const separator(1, '\0');
     // File systems allow names of 255 bytes.
     constexpr size_t kMaxStem = 200;
-    return storeName(absolute.stem().string().substr(0, kMaxStem), absolute.string() + separator +
-                                                                       std::to_string(size) + separator +
-                                                                       std::to_string(time.time_since_epoch().count()));
+    return storeName(absolute.stem().string().substr(0, kMaxStem),
+                     absolute.string() + separator + std::to_string(size) + separator +
+                         std::to_string(time.time_since_epoch().count()) + separator + selection.identity());
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/image/ImageSelection.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -17,8 +19,8 @@ std::filesystem::path folder(std::string const& cacheHome, std::string const& ho
 void makePrivate(std::filesystem::path const& folder);
 
 /// The name of the store of a picture file: the picture's name and a hash, which changes with the file's absolute
-/// path, its size or the time of its last change. Throws HostError (missing file).
-std::string storeName(std::filesystem::path const& picture);
+/// path, its size or the time of its last change, and with the part of it that is taken. Throws HostError (missing file).
+std::string storeName(std::filesystem::path const& picture, ImageSelection const& selection = {});
 
 /// The same for what is no file, from a text that says which it is.
 std::string storeName(std::string const& stem, std::string const& identity);

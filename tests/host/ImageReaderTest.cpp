@@ -6,6 +6,9 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+#include <cstring>
+#include <limits>
+
 using testimages::Pixels;
 using vips::VImage;
 
@@ -154,56 +157,172 @@ TEST_F(ImageReaderTest, AFileThatChangedIsReadAnew) {
     }
 }
 
-TEST_F(ImageReaderTest, FloatingPointGreyIsClippedTo8Bits) {
-    std::vector<float> const samples{-5.0f, 0.0f, 7.0f, 200.0f, 255.0f, 900.0f};
-    VImage::new_from_memory(const_cast<float*>(samples.data()), samples.size() * sizeof(float), 6, 1, 1,
-                            VIPS_FORMAT_FLOAT)
-        .copy(VImage::option()->set("interpretation", static_cast<int>(VIPS_INTERPRETATION_B_W)))
-        .write_to_file(path("a.tif").c_str());
-    EXPECT_EQ(readAll(path("a.tif")).samples, (std::vector<std::uint8_t>{0, 0, 7, 200, 255, 255}));
-}
-
-// Frames of an instrument: bands that stand for no colour, of samples that are no bytes.
-TEST_F(ImageReaderTest, FloatingPointBandsWithoutColourAreClippedTo8Bits) {
-    std::vector<float> const samples{-5.0f, 3.0f, 900.0f, 1.0f, 2.0f, 4.0f, 7.0f, 255.0f, 80.0f, 5.0f, 6.0f, 8.0f};
-    for (auto const& [bands, expected] : std::vector<std::pair<int, std::vector<std::uint8_t>>>{
-             {2, {0, 3, 255, 1, 2, 4, 7, 255, 80, 5, 6, 8}}, {6, {0, 3, 255, 7, 255, 80}}}) {
-        VImage::new_from_memory(const_cast<float*>(samples.data()), samples.size() * sizeof(float), 12 / bands, 1,
-                                bands, VIPS_FORMAT_FLOAT)
-            .copy(VImage::option()->set("interpretation", static_cast<int>(VIPS_INTERPRETATION_MULTIBAND)))
-            .write_to_file(path("a.v").c_str());
-        EXPECT_EQ(readAll(path("a.v")).samples, expected) << bands;
-    }
-}
-
-TEST_F(ImageReaderTest, CmykIsShownAsRgb) {
-    std::vector<std::uint8_t> const samples{0, 0, 0, 0, 0, 0, 0, 255};
-    VImage::new_from_memory(const_cast<std::uint8_t*>(samples.data()), samples.size(), 2, 1, 4, VIPS_FORMAT_UCHAR)
-        .copy(VImage::option()->set("interpretation", static_cast<int>(VIPS_INTERPRETATION_CMYK)))
-        .write_to_file(path("a.tif").c_str());
-    Pixels const pixels = readAll(path("a.tif"));
-    ASSERT_EQ(pixels.bands, 3u);
-    for (size_t band = 0; band < 3; ++band) {
-        EXPECT_GT(pixels.samples[band], 240) << "paper is white";
-        EXPECT_LT(pixels.samples[3 + band], 60) << "black ink is dark";
-    }
-}
-
-TEST_F(ImageReaderTest, OfMoreThanFourBandsTheFirstThreeAreShown) {
-    testimages::writePattern8(path("a.tif"), "", 40, 30, 6);
-    Pixels const pixels = readAll(path("a.tif"));
-    EXPECT_EQ(testimages::difference(pixels, testimages::pattern8(40, 30, 3)), "");
-}
-
-TEST_F(ImageReaderTest, DescriptionNamesTheNativeFormat) {
+TEST_F(ImageReaderTest, DescriptionNamesBandsSamplesAndFormat) {
     testimages::writePattern16(path("a.png"), "", 4, 4, 3);
-    EXPECT_EQ(ImageReader(path("a.png")).description(), "3 bands of ushort, rgb16, pngload");
+    EXPECT_EQ(ImageReader(path("a.png")).description(), "3 bands of 16-bit unsigned samples, PNG");
+    testimages::writePattern8(path("a.v"), "", 4, 4, 1);
+    EXPECT_EQ(ImageReader(path("a.v")).description(), "1 band of 8-bit unsigned samples, VIPS");
+    ImageReader::Options options;
+    options.selection.bands = {3};
+    EXPECT_EQ(ImageReader(path("a.png"), options).description(),
+              "3 bands of 16-bit unsigned samples, PNG, bands 3 of 3");
 }
 
 TEST_F(ImageReaderTest, LibvipsOwnFormatIsRead) {
     testimages::writePattern8(path("a.v"), "", 40, 30, 3);
     EXPECT_EQ(testimages::difference(readAll(path("a.v")), testimages::pattern8(40, 30, 3)), "");
-    EXPECT_EQ(ImageReader(path("a.v")).description(), "3 bands of uchar, srgb, vips");
+}
+
+// The same file of floats twice: in strips, whose rows go by once, and in tiles.
+class ImageReaderRangeTest : public ImageReaderTest, public testing::WithParamInterface<char const*> {
+protected:
+    static constexpr size_t kWidth = 90;
+    static constexpr size_t kHeight = 200;
+
+    static double sample(size_t x, size_t y) { return static_cast<double>(x) - 2.0 * static_cast<double>(y); }
+
+    static std::uint16_t expected(size_t x, size_t y) {
+        // From -398 to 89, in whole numbers: 487 steps.
+        auto const above = static_cast<std::uint32_t>(sample(x, y) + 398);
+        return static_cast<std::uint16_t>((2 * 65535 * above + 487) / (2 * 487));
+    }
+
+    std::string write() const {
+        std::vector<float> samples;
+        for (size_t y = 0; y < kHeight; ++y)
+            for (size_t x = 0; x < kWidth; ++x)
+                samples.push_back(static_cast<float>(sample(x, y)));
+        VImage::new_from_memory(samples.data(), samples.size() * sizeof(float), kWidth, kHeight, 1, VIPS_FORMAT_FLOAT)
+            .copy(VImage::option()->set("interpretation", static_cast<int>(VIPS_INTERPRETATION_B_W)))
+            .write_to_file((path("a.tif") + GetParam()).c_str());
+        return path("a.tif");
+    }
+
+    static ImageReader::Options automatic(ImageReader::Samples samples = ImageReader::Samples::kAsStored) {
+        ImageReader::Options options;
+        options.samples = samples;
+        options.selection.automaticRange = true;
+        return options;
+    }
+
+    static void expectRow(ImageReader& reader, size_t y) {
+        std::vector<std::uint8_t> bytes;
+        reader.read({0, y, kWidth, 1}, bytes);
+        std::vector<std::uint16_t> row(kWidth);
+        ASSERT_EQ(bytes.size(), 2 * kWidth);
+        std::memcpy(row.data(), bytes.data(), bytes.size());
+        for (size_t x = 0; x < kWidth; ++x)
+            ASSERT_EQ(row[x], expected(x, y)) << x << "," << y;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Layouts, ImageReaderRangeTest,
+                         testing::Values("[compression=lzw]", "[tile,tile-width=64,tile-height=64]"),
+                         [](auto const& test) { return test.index == 0 ? "Strips" : "Tiles"; });
+
+TEST_P(ImageReaderRangeTest, TheRangeIsThatOfTheWholePictureWhateverIsReadFirst) {
+    std::string const file = write();
+    ImageReader asked(file, automatic());
+    EXPECT_EQ(asked.selection().text, "samples -398 to 89 of 32-bit float as 0 to 65535");
+    EXPECT_EQ(asked.selection().rangeLow, -398);
+    EXPECT_EQ(asked.selection().rangeHigh, 89);
+    for (size_t y = 0; y < kHeight; ++y)
+        expectRow(asked, y);
+    ImageReader unasked(file, automatic());
+    expectRow(unasked, 150);
+    EXPECT_EQ(unasked.description(),
+              "1 band of 32-bit float samples, TIFF, samples -398 to 89 of 32-bit float as 0 to 65535");
+}
+
+TEST_P(ImageReaderRangeTest, RowsFartherUpAreReadAgain) {
+    ImageReader reader(write(), automatic());
+    for (size_t const y : {150u, 3u, 199u, 199u, 0u})
+        expectRow(reader, y);
+}
+
+TEST_P(ImageReaderRangeTest, EightBitsAreTheUpperByteOfSixteen) {
+    ImageReader reader(write(), automatic(ImageReader::Samples::kEightBits));
+    EXPECT_EQ(reader.sampleBytes(), 1u);
+    std::vector<std::uint8_t> row;
+    reader.read({0, 7, kWidth, 1}, row);
+    for (size_t x = 0; x < kWidth; ++x)
+        ASSERT_EQ(row[x], expected(x, 7) >> 8) << x;
+}
+
+TEST_F(ImageReaderTest, APictureWithoutAFiniteSampleHasNoRangeOfItsOwn) {
+    std::vector<float> samples(6, std::numeric_limits<float>::quiet_NaN());
+    samples[3] = std::numeric_limits<float>::infinity();
+    auto const write = [&] {
+        VImage::new_from_memory(samples.data(), samples.size() * sizeof(float), 6, 1, 1, VIPS_FORMAT_FLOAT)
+            .copy(VImage::option()->set("interpretation", static_cast<int>(VIPS_INTERPRETATION_B_W)))
+            .write_to_file(path("a.tif").c_str());
+    };
+    write();
+    EXPECT_EQ(std::string(failure(path("a.tif")).what()),
+              "'" + path("a.tif") +
+                  "' holds 32-bit float samples of which none is a finite number; 8 or 16 bits are kept: "
+                  "choose --range LO,HI or --range auto");
+    ImageReader::Options options;
+    options.selection.automaticRange = true;
+    try {
+        ImageReader(path("a.tif"), options).selection();
+        FAIL();
+    } catch (HostError const& error) {
+        EXPECT_EQ(error.kind(), HostError::Kind::UnreadableImage);
+        EXPECT_EQ(std::string(error.what()),
+                  "'" + path("a.tif") +
+                      "' holds no sample that is a finite number; there is no range from the smallest to "
+                      "the largest: choose --range LO,HI");
+    }
+    // One sample is a range of one value.
+    samples[1] = 4;
+    write();
+    ImageReader reader(path("a.tif"), options);
+    EXPECT_EQ(reader.selection().text, "samples 4 to 8 of 32-bit float as 0 to 65535");
+    EXPECT_EQ(readStrips(reader, 1).samples, (std::vector<std::uint8_t>{0, 0, 0, 255, 0, 0}));
+}
+
+TEST_F(ImageReaderTest, SamplesBeyondAnyRangeAreSaid) {
+    std::vector<double> samples{0, -1e301, 5};
+    ImageReader::Options options;
+    options.selection.automaticRange = true;
+    for (int i = 0; i < 2; ++i) {
+        VImage::new_from_memory(samples.data(), samples.size() * sizeof(double), 3, 1, 1, VIPS_FORMAT_DOUBLE)
+            .copy(VImage::option()->set("interpretation", static_cast<int>(VIPS_INTERPRETATION_B_W)))
+            .write_to_file(path("a.v").c_str());
+        ImageReader reader(path("a.v"), options);
+        EXPECT_THROW(reader.selection(), HostError);
+        samples = {0, 1e301, 5};
+    }
+}
+
+// 30 million pixels. libvips would keep all rows down to the region.
+TEST_F(ImageReaderTest, ARegionFarDownTakesNoMemoryForTheRowsAboveIt) {
+    constexpr int kRows = 60000;
+    VImage::black(500, kRows).write_to_file(path("a.jpg").c_str());
+    ImageReader reader(path("a.jpg"));
+    std::vector<std::uint8_t> pixels;
+    reader.read({10, kRows - 50, 400, 50}, pixels);
+    EXPECT_EQ(pixels, std::vector<std::uint8_t>(20000));
+    EXPECT_LT(vips_tracked_get_mem(), 10'000'000u);
+}
+
+TEST_F(ImageReaderTest, ReadingCanBeStoppedOnTheWayDown) {
+    VImage::black(100, 5000).write_to_file(path("a.png").c_str());
+    struct Stopped {};
+    int calls = 0;
+    ImageReader::Options options;
+    options.check = [&calls] {
+        if (++calls > 40) throw Stopped();
+    };
+    ImageReader reader(path("a.png"), options);
+    ASSERT_LT(calls, 40);
+    std::vector<std::uint8_t> pixels;
+    EXPECT_THROW(reader.read({0, 4900, 100, 100}, pixels), Stopped);
+    // And by whoever looks on later.
+    ImageReader other(path("a.png"));
+    other.whileReading([] { throw Stopped(); });
+    EXPECT_THROW(other.read({0, 4900, 100, 100}, pixels), Stopped);
 }
 
 TEST_F(ImageReaderTest, BracketsInAFileNameAreNotOptions) {

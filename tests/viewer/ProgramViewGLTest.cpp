@@ -270,6 +270,28 @@ TEST_F(ProgramViewGLTest, WithoutThreadsAnImageIsImportedAndShownAllTheSame) {
                  testimages::crop(testimages::pattern8(400, 300, 3), 100, 100, 200, 100));
 }
 
+TEST_F(ProgramViewGLTest, EachPartOfAnImageHasAStoreOfItsOwn) {
+    testimages::writePattern8(path("a.tif"), "", 40, 30, 3);
+    auto const pattern = testimages::pattern8(40, 30, 3);
+    auto const wanted = [&](std::size_t red, std::size_t green, std::size_t blue) {
+        testimages::Pixels swapped = pattern;
+        for (std::size_t i = 0; i < swapped.samples.size(); ++i)
+            swapped.samples[i] = pattern.samples[i / 3 * 3 + (i % 3 == 0 ? red : i % 3 == 1 ? green : blue)];
+        return swapped;
+    };
+    std::vector<std::string> const arguments{path("a.tif"), "--bare", "--size", "40x30", "--at", "20,15,1"};
+    auto const with = [&](std::string const& bands) {
+        auto all = arguments;
+        all.insert(all.end(), {"--bands", bands});
+        return all;
+    };
+    expectPixels(shown(arguments), pattern);
+    expectPixels(shown(with("3,1,2")), wanted(2, 0, 1));
+    expectPixels(shown(with("2,2,2")), wanted(1, 1, 1));
+    expectPixels(shown(with("3,1,2")), wanted(2, 0, 1));
+    EXPECT_EQ(cached().size(), 3u);
+}
+
 // The built-in picture takes seconds. It is photographed until there is something of it to be seen.
 TEST_F(ProgramViewGLTest, APictureThatIsBeingImportedIsSeen) {
     std::string text;

@@ -27,9 +27,17 @@ bool ImportJob::done() const {
 }
 
 void ImportJob::run(PictureOpener const& open, std::string const& store, ImportOptions const& options) {
-    auto const watched = [&] { return GrowingPicture::watch(growing_, open()); };
-    auto const progress = [this](size_t doneRows, size_t allRows) {
+    auto const check = [this] {
         if (cancelled_) throw Cancelled();
+    };
+    auto const watched = [&] {
+        auto picture = open();
+        // A picture may be read once before its first row comes.
+        picture->whileReading(check);
+        return GrowingPicture::watch(growing_, std::move(picture));
+    };
+    auto const progress = [&](size_t doneRows, size_t allRows) {
+        check();
         share_ = static_cast<double>(doneRows) / static_cast<double>(allRows);
     };
     try {

@@ -30,7 +30,7 @@ Viewer::Viewer(ViewerOptions const& options)
       instance_(backend_.createInstance(window_)),
       script_(options.script) {
     bool const isStore = !options_.image.empty() && TileStore::isStore(options_.image);
-    std::string const store = isStore ? options_.image : picturefiles::cachedStore(options_.image);
+    std::string const store = isStore ? options_.image : picturefiles::cachedStore(options_.image, options_.selection);
     if (isStore || picturefiles::isUsableStore(store))
         open(store);
     else
@@ -41,7 +41,7 @@ void Viewer::startImport(std::string const& store) {
     ImportOptions options = picturefiles::cacheOptions(options_.image);
     options.jobs = options_.importJobs;
     importedStore_ = store;
-    import_ = std::make_unique<ImportJob>(picturefiles::openerOf(options_.image), store, options);
+    import_ = std::make_unique<ImportJob>(picturefiles::openerOf(options_.image, options_.selection), store, options);
 }
 
 void Viewer::open(std::string const& store) {

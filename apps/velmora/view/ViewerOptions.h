@@ -3,6 +3,7 @@
 #include "apps/velmora/view/Script.h"
 #include "host/Enhancement.h"
 #include "host/OutputFile.h"
+#include "host/image/ImageSelection.h"
 #include "host/view/PictureView.h"
 
 #include <optional>
@@ -18,7 +19,8 @@ struct ViewerOptions {
         double zoom = 1;
     };
 
-    std::string image; ///< an image or a store; empty: the built-in picture
+    std::string image;        ///< an image or a store; empty: the built-in picture
+    ImageSelection selection; ///< of an image
     Extent window{1280, 800};
     PictureView::Options picture;
     std::size_t bandBytes =

@@ -1,14 +1,17 @@
 #include "tests/host/store/FormatPictures.h"
 
 #include "host/ImageReader.h"
+#include "tests/host/TemporaryFolder.h"
 
 #include <vips/vips8>
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 
+using formatpictures::Choice;
 using formatpictures::Format;
 using formatpictures::Located;
 using testpictures::Picture;
@@ -23,17 +26,73 @@ constexpr char const* kRgba = "flower_small.rgba.depth8.pam";
 
 // Samples that a file of the ending is to hold, where they are not those of the picture it is made of.
 VImage prepared(VImage const& image, std::string const& name) {
-    if (name == "CmykJpeg") return image.colourspace(VIPS_INTERPRETATION_CMYK);
+    if (name == "CmykJpeg" || name == "InksOfCmykJpeg") return image.colourspace(VIPS_INTERPRETATION_CMYK);
     if (name == "LabTiff") return image.colourspace(VIPS_INTERPRETATION_LAB);
     if (name == "FloatTiff") return image.cast(VIPS_FORMAT_FLOAT);
     if (name == "FaxTiff") return image.colourspace(VIPS_INTERPRETATION_B_W);
-    if (name == "Radiance") return image.colourspace(VIPS_INTERPRETATION_scRGB);
+    if (name == "Radiance" || name == "LightOfRadiance") return image.colourspace(VIPS_INTERPRETATION_scRGB);
     return image;
 }
 
+// Not read by libvips, in which the product has blocked what it does not need.
+VImage imageOf(std::string const& path) {
+    filesamples::Samples const samples = filesamples::read(path);
+    bool const wide = path.find("depth16") != std::string::npos;
+    std::vector<std::uint8_t> bytes(samples.values.begin(), samples.values.end());
+    std::vector<std::uint16_t> const words(samples.values.begin(), samples.values.end());
+    if (wide) {
+        bytes.resize(2 * words.size());
+        std::memcpy(bytes.data(), words.data(), bytes.size());
+    }
+    VipsInterpretation const grey = wide ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_B_W;
+    VipsInterpretation const colour = wide ? VIPS_INTERPRETATION_RGB16 : VIPS_INTERPRETATION_sRGB;
+    return VImage::new_from_memory(bytes.data(), bytes.size(), static_cast<int>(samples.width),
+                                   static_cast<int>(samples.height), static_cast<int>(samples.bands),
+                                   wide ? VIPS_FORMAT_USHORT : VIPS_FORMAT_UCHAR)
+        .copy(VImage::option()->set("interpretation", static_cast<int>(samples.bands < 3 ? grey : colour)))
+        .copy_memory();
+}
+
+// libvips has no writer of it.
+void writeBmp(std::string const& from, std::string const& to) {
+    filesamples::Samples const samples = filesamples::read(from);
+    std::size_t const rowBytes = (3 * samples.width + 3) / 4 * 4;
+    std::string file = "BM" + std::string(52, '\0');
+    auto const put = [&](std::size_t at, std::size_t bytes, std::size_t value) {
+        for (std::size_t i = 0; i < bytes; ++i)
+            file[at + i] = static_cast<char>(value >> (8 * i));
+    };
+    put(2, 4, file.size() + rowBytes * samples.height);
+    put(10, 4, file.size());
+    put(14, 4, 40);
+    put(18, 4, samples.width);
+    put(22, 4, samples.height);
+    put(26, 2, 1);
+    put(28, 2, 24);
+    for (std::size_t y = samples.height; y-- > 0;) {
+        std::string row;
+        for (std::size_t x = 0; x < samples.width; ++x)
+            for (std::size_t const band : {2U, 1U, 0U})
+                row += static_cast<char>(samples.values[(y * samples.width + x) * 3 + band]);
+        row.resize(rowBytes);
+        file += row;
+    }
+    writeFile(to, file);
+}
+
 void convert(std::string const& from, Format const& format, std::string const& to) {
+    if (std::string(format.ending) == ".bmp") return writeBmp(from, to);
     if (VIPS_INIT("velmora-tests") != 0) throw std::runtime_error("libvips does not start");
-    prepared(VImage::new_from_file(from.c_str()), format.name).write_to_file(to.c_str());
+    prepared(imageOf(from), format.name).write_to_file(to.c_str());
+}
+
+ImageSelection selectionOf(Choice const& choice) {
+    ImageSelection selection;
+    if (choice.page > 0) selection.page = choice.page;
+    if (*choice.bands != '\0') selection.bands = imageselection::parseBands(choice.bands);
+    if (*choice.range != '\0') imageselection::parseRange(choice.range, selection);
+    selection.toSrgb = *choice.converted != '\0';
+    return selection;
 }
 
 } // namespace
@@ -45,7 +104,8 @@ std::vector<Format> const& formatpictures::all() {
         {"JpegOfSeparateScans", "flower_small.q85_444_non_interleaved.jpg", "", 3, 8},
         {"Retina", "retina.jpg", "", 3, 8},
         {"DeepField", "hubble_deep_field.jpg", "", 3, 8},
-        {"CmykJpeg", kRgb, ".jpg", 3, 8},
+        {"CmykJpeg", kRgb, ".jpg", 3, 8, {0, "", "", "an ICC profile of libvips says what inks look like"}},
+        {"InksOfCmykJpeg", kRgb, ".jpg", 3, 8, {0, "4,1,2"}},
 
         {"Tissue", "ihc.png", "", 3, 8},
         {"Portrait", "astronaut.png", "", 3, 8},
@@ -71,8 +131,13 @@ std::vector<Format> const& formatpictures::all() {
         {"ZstdTiff", kRgba, ".tif[compression=zstd]", 4, 8},
         {"PackbitsTiff16", kGrey16, ".tif[compression=packbits]", 1, 16},
         {"FaxTiff", kRgb, ".tif[bitdepth=1,compression=ccittfax4]", 1, 8},
-        {"FloatTiff", kRgb, ".tif", 3, 8},
-        {"LabTiff", kRgb, ".tif", 3, 8},
+        {"FloatTiff", kRgb, ".tif", 3, 16, {0, "", "0,255"}},
+        {"LabTiff",
+         kRgb,
+         ".tif",
+         3,
+         8,
+         {0, "", "", "colours are rounded on their way: ImageReaderTest has the formulas"}},
 
         {"Jp2", "nemo.jp2", "", 3, 8},
         {"J2kCodestream", "goodstuff.j2k", "", 3, 8},
@@ -80,11 +145,12 @@ std::vector<Format> const& formatpictures::all() {
 
         {"JpegXl", "splines.jxl", "", 3, 8},
         {"GreyJpegXl16", "pq_gradient.jxl", "", 1, 16},
-        {"JpegXlWithAlpha", "cropped_traffic_light.jxl", "", 4, 8},
+        {"JpegXlWithAlpha", "cropped_traffic_light.jxl", "", 4, 8, {1}},
+        {"LastFrameOfJpegXl", "cropped_traffic_light.jxl", "", 4, 8, {4}},
         {"JpegXlPhotograph", kRgb, ".jxl[Q=80]", 3, 8},
 
-        {"Gif", "animation_patches.gif", "", 3, 8},
-        {"GifWithAlpha", "traffic_light.gif", "", 4, 8},
+        {"Gif", "animation_patches.gif", "", 3, 8, {1}},
+        {"GifWithAlpha", "traffic_light.gif", "", 4, 8, {1}},
 
         {"Pgm1", "flower_small.g.depth1.pgm", "", 1, 8},
         {"Pgm12", "flower_small.g.depth12.pgm", "", 1, 16},
@@ -96,22 +162,24 @@ std::vector<Format> const& formatpictures::all() {
         {"PamOfGreyAndAlpha12", "flower_small.ga.depth12.pam", "", 2, 16},
         {"PamRgba", "flower_small.rgba.depth8.pam", "", 4, 8},
         {"PamRgba12", "flower_small.rgba.depth12.pam", "", 4, 16},
-        {"FloatPfm", "splines.pfm", "", 3, 8},
+        {"FloatPfm", "splines.pfm", "", 3, 16, {0, "", "auto"}},
 
-        {"Fits16", "multi.fits", "", 1, 16},
+        {"Fits16", "multi.fits", "", 1, 16, {1}},
+        {"LastExtensionOfFits", "multi.fits", "", 1, 16, {3}},
         {"SpectrographFits16", "thar5s.fit", "", 1, 16},
-        {"SignedFits", "simple.fits", "", 1, 8},
-        {"FloatFits", "vimos.fits", "", 1, 8},
-        {"UnsignedFits32", "NOT.fits", "", 1, 8},
-        {"SignedFits32", "image_M12c.fits", "", 1, 8},
-        {"FitsOf17Planes", "VISIR.2004-09-30T03c17c49.095.fits", "", 3, 8},
-        {"FitsOfOneRow", "xspectr.fits", "", 1, 8},
+        {"SignedFits", "simple.fits", "", 1, 16, {0, "", "auto"}},
+        {"FloatFits", "vimos.fits", "", 1, 16, {1, "", "auto"}},
+        {"UnsignedFits32", "NOT.fits", "", 1, 16, {0, "", "9899,124172"}},
+        {"SignedFits32", "image_M12c.fits", "", 1, 16, {0, "", "-10,190"}},
+        {"FitsOf17Planes", "VISIR.2004-09-30T03c17c49.095.fits", "", 3, 16, {0, "17,4,2", "-40.5,1000"}},
+        {"FitsOfOneRow", "xspectr.fits", "", 1, 16, {0, "", "auto"}},
 
         {"Webp", kRgb, ".webp[Q=80]", 3, 8},
         {"LosslessWebpWithAlpha", kRgba, ".webp[lossless]", 4, 8},
         {"Avif", kRgb, ".avif[Q=60]", 3, 8},
         {"Bmp", kRgb, ".bmp", 3, 8},
-        {"Radiance", kRgb, ".hdr", 3, 8},
+        {"Radiance", kRgb, ".hdr", 3, 8, {0, "", "", "light is rounded on its way: ImageReaderTest has the formula"}},
+        {"LightOfRadiance", kRgb, ".hdr", 3, 16, {0, "", "0,1"}},
         {"Vips16", kRgb16, ".v", 3, 16},
     };
     return formats;
@@ -136,15 +204,28 @@ bool formatpictures::areRequired() {
     return std::getenv("VELMORA_REQUIRE_PHOTOGRAPHS") != nullptr;
 }
 
-std::unique_ptr<PixelSource> formatpictures::open(std::string const& path) {
-    return std::make_unique<ImageReader>(path, ImageReader::Samples::kAsStored);
+std::unique_ptr<PixelSource> formatpictures::open(std::string const& path, Choice const& choice) {
+    ImageReader::Options options;
+    options.samples = ImageReader::Samples::kAsStored;
+    options.selection = selectionOf(choice);
+    options.lossless = true;
+    return std::make_unique<ImageReader>(path, options);
 }
 
-Picture formatpictures::middleOf(std::string const& path, std::size_t side) {
-    auto const source = open(path);
+Picture formatpictures::middleOf(std::string const& path, std::size_t side, Choice const& choice) {
+    auto const source = open(path, choice);
     std::size_t const width = std::min(source->width(), side);
     std::size_t const height = std::min(source->height(), side);
     Picture picture{width, height, source->bands(), 8 * source->sampleBytes(), {}};
     source->read({(source->width() - width) / 2, (source->height() - height) / 2, width, height}, picture.bytes);
     return picture;
+}
+
+filesamples::Samples formatpictures::expected(std::string const& path, Choice const& choice) {
+    ImageSelection const selection = selectionOf(choice);
+    filesamples::Samples const whole = filesamples::read(path, selection.page.value_or(1));
+    filesamples::Samples const samples = filesamples::withBands(whole, selection.bands);
+    if (selection.automaticRange)
+        return filesamples::scaled(samples, filesamples::smallest(samples), filesamples::largest(samples));
+    return selection.range ? filesamples::scaled(samples, selection.range->low, selection.range->high) : samples;
 }

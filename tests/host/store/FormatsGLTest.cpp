@@ -22,7 +22,7 @@ TEST_P(FormatPicturesGLTest, EveryLevelIsExact) {
     if (isConverted && !isLongRun()) GTEST_SKIP() << "samples of another one: VELMORA_LONG is not set";
     auto const picture = formatpictures::locate(GetParam(), folder_.path());
     if (picture.missing.empty())
-        expectEveryLevel(formatpictures::middleOf(picture.path, isLongRun() ? 1000 : 150), 64);
+        expectEveryLevel(formatpictures::middleOf(picture.path, isLongRun() ? 1000 : 150, GetParam().choice), 64);
     else if (formatpictures::areRequired())
         FAIL() << picture.missing;
     else

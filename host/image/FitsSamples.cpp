@@ -1,0 +1,212 @@
+#include "host/image/FitsSamples.h"
+
+#include <fitsio.h>
+
+#include <array>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr int kMaxAxes = 9;
+constexpr size_t kWidthAxis = 0;
+constexpr size_t kHeightAxis = 1;
+constexpr size_t kBandAxis = 2;
+constexpr long long kMaxSide = 1LL << 31;
+constexpr long long kMaxBands = 65535;
+
+HostError failure(InputFile const& file, int status) {
+    std::array<char, FLEN_STATUS> text{};
+    fits_get_errstatus(status, text.data());
+    // Its own list of what led there would be kept for the next failure.
+    fits_clear_errmsg();
+    if (status == READ_ERROR) return readFailure(file.path(), text.data());
+    return unreadableImage(file.path(), text.data());
+}
+
+struct Type {
+    int bitpix;
+    SampleType type;
+    int datatype; // what cfitsio is asked for
+};
+
+constexpr std::array<Type, 8> kTypes{{{BYTE_IMG, SampleType::Unsigned8, TBYTE},
+                                      {SBYTE_IMG, SampleType::Signed8, TSBYTE},
+                                      {SHORT_IMG, SampleType::Signed16, TSHORT},
+                                      {USHORT_IMG, SampleType::Unsigned16, TUSHORT},
+                                      {LONG_IMG, SampleType::Signed32, TINT},
+                                      {ULONG_IMG, SampleType::Unsigned32, TUINT},
+                                      {FLOAT_IMG, SampleType::Float32, TFLOAT},
+                                      {DOUBLE_IMG, SampleType::Float64, TDOUBLE}}};
+
+class FitsSamples final : public SampleSource {
+public:
+    FitsSamples(std::shared_ptr<InputFile> file, SampleRequest const& request) : file_(std::move(file)) {
+        int status = 0;
+        // As a name on the disk: cfitsio takes brackets, addresses and compressed files otherwise.
+        if (fits_open_diskfile(&fits_, file_->path().c_str(), READONLY, &status) != 0) throw failure(*file_, status);
+        try {
+            goToPage(request);
+            readHeader();
+        } catch (...) {
+            close();
+            throw;
+        }
+    }
+
+    ~FitsSamples() override { close(); }
+
+    ImageFacts const& facts() const override { return facts_; }
+
+    void read(Region const& region, std::uint8_t* samples) override {
+        size_t const sampleBytes = bytesOf(facts_.layout.type);
+        size_t const bands = facts_.layout.bands;
+        plane_.resize(region.width * region.height * sampleBytes);
+        for (size_t band = 0; band < bands; ++band) {
+            readPlane(region, band);
+            std::uint8_t* to = samples + band * sampleBytes;
+            for (size_t i = 0; i < plane_.size(); i += sampleBytes, to += bands * sampleBytes)
+                std::copy_n(&plane_[i], sampleBytes, to);
+        }
+    }
+
+private:
+    using Axes = std::array<LONGLONG, kMaxAxes>;
+
+    void close() {
+        int status = 0;
+        fits_close_file(fits_, &status);
+        fits_clear_errmsg();
+    }
+
+    void check(int status) const {
+        if (status != 0) throw failure(*file_, status);
+    }
+
+    // Whether the unit that is current holds pixels.
+    bool isPicture() {
+        int status = 0;
+        int type = 0;
+        check(fits_get_hdu_type(fits_, &type, &status));
+        if (type != IMAGE_HDU && fits_is_compressed_image(fits_, &status) == 0) return false;
+        int axes = 0;
+        check(fits_get_img_dim(fits_, &axes, &status));
+        return axes > 0;
+    }
+
+    void goToPage(SampleRequest const& request) {
+        int status = 0;
+        int units = 0;
+        check(fits_get_num_hdus(fits_, &units, &status));
+        std::vector<int> pages;
+        for (int unit = 1; unit <= units; ++unit) {
+            check(fits_movabs_hdu(fits_, unit, nullptr, &status));
+            if (isPicture()) pages.push_back(unit);
+        }
+        if (pages.empty()) throw imageNotRead(file_->path(), "it holds tables, but no picture");
+        facts_.pages = pages.size();
+        facts_.pageNoun = "pictures";
+        size_t const page = requirePage(*file_, request, pages.size(), facts_.pageNoun);
+        check(fits_movabs_hdu(fits_, pages[page - 1], nullptr, &status));
+    }
+
+    void readHeader() {
+        facts_.format = "FITS";
+        int status = 0;
+        int axes = 0;
+        Axes sides{};
+        sides.fill(1);
+        check(fits_get_img_dim(fits_, &axes, &status));
+        if (axes > kMaxAxes) throw unreadableImage(file_->path(), "it has " + std::to_string(axes) + " axes");
+        check(fits_get_img_sizell(fits_, kMaxAxes, sides.data(), &status));
+        for (size_t axis = static_cast<size_t>(axes); axis < sides.size(); ++axis)
+            sides[axis] = 1;
+        setSize(sides);
+        setType();
+        requireData();
+    }
+
+    void setSize(Axes const& sides) {
+        for (size_t axis = kBandAxis + 1; axis < sides.size(); ++axis)
+            if (sides[axis] != 1)
+                throw imageNotRead(file_->path(), "it has " + std::to_string(sides[axis]) + " samples along its axis " +
+                                                      std::to_string(axis + 1) + ", and three axes are read");
+        bool const possible = sides[kWidthAxis] >= 1 && sides[kWidthAxis] <= kMaxSide && sides[kHeightAxis] >= 1 &&
+                              sides[kHeightAxis] <= kMaxSide && sides[kBandAxis] >= 1 && sides[kBandAxis] <= kMaxBands;
+        if (!possible) throw unreadableImage(file_->path(), "its header has no size that a picture can have");
+        SampleLayout& layout = facts_.layout;
+        layout.width = static_cast<size_t>(sides[kWidthAxis]);
+        layout.height = static_cast<size_t>(sides[kHeightAxis]);
+        layout.bands = static_cast<size_t>(sides[kBandAxis]);
+        // It has no word for colours: three planes are customary for red, green and blue.
+        if (layout.bands == 1 || layout.bands == 3) layout.colours = layout.bands;
+    }
+
+    void setType() {
+        int status = 0;
+        int bitpix = 0;
+        // With the scale that the header may have.
+        check(fits_get_img_equivtype(fits_, &bitpix, &status));
+        for (Type const& type : kTypes) {
+            if (type.bitpix != bitpix) continue;
+            facts_.layout.type = type.type;
+            datatype_ = type.datatype;
+            return;
+        }
+        throw imageNotRead(file_->path(), "its samples are integers of 64 bits, which are not read");
+    }
+
+    // A header may say anything.
+    void requireData() {
+        int status = 0;
+        if (fits_is_compressed_image(fits_, &status) != 0) return;
+        int bitpix = 0;
+        LONGLONG header = 0;
+        LONGLONG start = 0;
+        LONGLONG end = 0;
+        check(fits_get_img_type(fits_, &bitpix, &status));
+        check(fits_get_hduaddrll(fits_, &header, &start, &end, &status));
+        SampleLayout const& layout = facts_.layout;
+        auto const sampleBytes = static_cast<std::uint64_t>(std::abs(bitpix) / 8);
+        std::uint64_t const held = file_->size() - std::min(file_->size(), static_cast<std::uint64_t>(start));
+        // Divisions, not products: they may not fit.
+        if (layout.height <= held / sampleBytes / layout.bands / layout.width) return;
+        throw unreadableImage(file_->path(), "its header says " + std::to_string(layout.width) + " x " +
+                                                 std::to_string(layout.height) + " pixels of " +
+                                                 std::to_string(layout.bands) +
+                                                 " bands, which are more than the file holds");
+    }
+
+    void readPlane(Region const& region, size_t band) {
+        std::array<long, kMaxAxes> first{};
+        std::array<long, kMaxAxes> last{};
+        std::array<long, kMaxAxes> step{};
+        first.fill(1);
+        last.fill(1);
+        step.fill(1);
+        first[kWidthAxis] = static_cast<long>(region.x + 1);
+        last[kWidthAxis] = static_cast<long>(region.x + region.width);
+        first[kHeightAxis] = static_cast<long>(region.y + 1);
+        last[kHeightAxis] = static_cast<long>(region.y + region.height);
+        first[kBandAxis] = last[kBandAxis] = static_cast<long>(band + 1);
+        int status = 0;
+        check(fits_read_subset(fits_, datatype_, first.data(), last.data(), step.data(), nullptr, plane_.data(),
+                               nullptr, &status));
+    }
+
+    std::shared_ptr<InputFile> file_;
+    fitsfile* fits_ = nullptr;
+    ImageFacts facts_;
+    int datatype_ = 0;
+    std::vector<std::uint8_t> plane_;
+};
+
+} // namespace
+
+bool fitspicture::is(std::string const& start) {
+    return start.rfind("SIMPLE  =", 0) == 0;
+}
+
+std::unique_ptr<SampleSource> fitspicture::open(std::shared_ptr<InputFile> const& file, SampleRequest const& request) {
+    return std::make_unique<FitsSamples>(file, request);
+}

@@ -1,0 +1,315 @@
+#include "host/image/TiffDirectory.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+#include <utility>
+
+namespace {
+
+constexpr double kMillimetresPerInch = 25.4;
+constexpr double kMillimetresPerCentimetre = 10;
+constexpr size_t kLeastKeptRows = 512; // of a picture in strips: what libvips keeps at least
+
+// libtiff's calls for bytes. Nothing is written and nothing mapped: a file that shrinks meanwhile would end the program.
+struct Client {
+    InputFile* file;
+    std::uint64_t position = 0;
+
+    static Client& of(thandle_t handle) { return *static_cast<Client*>(handle); }
+
+    static tmsize_t read(thandle_t handle, void* bytes, tmsize_t count) {
+        auto const got = of(handle).file->readAt(of(handle).position, bytes, static_cast<size_t>(count));
+        if (got > 0) of(handle).position += static_cast<std::uint64_t>(got);
+        return got;
+    }
+    static tmsize_t write(thandle_t, void*, tmsize_t) { return -1; }
+    static toff_t seek(thandle_t handle, toff_t offset, int whence) {
+        Client& client = of(handle);
+        if (whence == SEEK_SET) client.position = offset;
+        if (whence == SEEK_CUR) client.position += offset;
+        if (whence == SEEK_END) client.position = client.file->size() + offset;
+        return client.position;
+    }
+    static int close(thandle_t) { return 0; }
+    static toff_t size(thandle_t handle) { return of(handle).file->size(); }
+    static int map(thandle_t, void**, toff_t*) { return 0; }
+    static void unmap(thandle_t, void*, toff_t) {}
+};
+
+using Message = std::array<char, 256>;
+
+int keepMessage(TIFF*, void* message, char const*, char const* format, va_list arguments) {
+    auto* const text = static_cast<Message*>(message);
+    std::vsnprintf(text->data(), text->size(), format, arguments);
+    return 1;
+}
+
+int dropMessage(TIFF*, void*, char const*, char const*, va_list) {
+    return 1;
+}
+
+class Tiff {
+public:
+    explicit Tiff(InputFile& file) : client_{&file} {
+        TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
+        TIFFOpenOptionsSetErrorHandlerExtR(options, keepMessage, &message_);
+        TIFFOpenOptionsSetWarningHandlerExtR(options, dropMessage, nullptr);
+        tiff_ = TIFFClientOpenExt(file.path().c_str(), "rmC", &client_, Client::read, Client::write, Client::seek,
+                                  Client::close, Client::size, Client::map, Client::unmap, options);
+        TIFFOpenOptionsFree(options);
+        if (tiff_ == nullptr) throw failure();
+    }
+    Tiff(Tiff const&) = delete;
+    Tiff& operator=(Tiff const&) = delete;
+    ~Tiff() {
+        if (tiff_ != nullptr) TIFFClose(tiff_);
+    }
+
+    TIFF* get() const { return tiff_; }
+
+    template <class Value>
+    Value value(std::uint32_t tag, Value otherwise) const {
+        Value found{};
+        return TIFFGetFieldDefaulted(tiff_, tag, &found) == 1 ? found : otherwise;
+    }
+
+    HostError failure() const {
+        client_.file->rethrow();
+        return unreadableImage(client_.file->path(), message_.front() == 0 ? "it is no TIFF file" : message_.data());
+    }
+
+private:
+    Client client_;
+    Message message_{};
+    TIFF* tiff_ = nullptr;
+};
+
+bool isReduced(Tiff const& tiff) {
+    return (tiff.value<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0) & FILETYPE_REDUCEDIMAGE) != 0;
+}
+
+bool hasSubDirectories(Tiff const& tiff) {
+    std::uint16_t count = 0;
+    toff_t* offsets = nullptr;
+    return TIFFGetField(tiff.get(), TIFFTAG_SUBIFD, &count, &offsets) == 1 && count > 0;
+}
+
+// The directories that are pictures of their own.
+std::vector<size_t> pagesOf(Tiff const& tiff, InputFile const& file) {
+    std::vector<size_t> whole;
+    size_t count = 0;
+    bool more = false;
+    do {
+        if (!isReduced(tiff)) whole.push_back(count);
+        more = more || hasSubDirectories(tiff);
+        ++count;
+    } while (TIFFReadDirectory(tiff.get()) == 1);
+    file.rethrow();
+    if (!whole.empty()) return whole;
+    if (more)
+        throw imageNotRead(file.path(),
+                           "it holds previews of a picture that lies where it is not looked for, as raw files "
+                           "of cameras do; export it as a plain TIFF");
+    // Nothing larger is there.
+    for (size_t i = 0; i < count; ++i)
+        whole.push_back(i);
+    return whole;
+}
+
+struct Meaning {
+    std::uint16_t colourBands;
+    std::string colourSpace;
+    bool convertible;
+};
+
+Meaning meaningOf(Tiff const& tiff, std::uint16_t photometric, std::uint16_t compression, std::uint16_t bands) {
+    switch (photometric) {
+    case PHOTOMETRIC_MINISWHITE:
+    case PHOTOMETRIC_MINISBLACK:
+        return {1, "", false};
+    case PHOTOMETRIC_RGB:
+        return {3, "", false};
+    case PHOTOMETRIC_PALETTE:
+        return {1, "", false};
+    case PHOTOMETRIC_YCBCR:
+        // Of others libvips takes the samples for red, green and blue.
+        if (compression == COMPRESSION_JPEG || compression == COMPRESSION_OJPEG) return {3, "", false};
+        return {3, "YCbCr", false};
+    case PHOTOMETRIC_SEPARATED:
+        if (tiff.value<std::uint16_t>(TIFFTAG_INKSET, INKSET_CMYK) == INKSET_CMYK && bands >= 4)
+            return {4, "CMYK", true};
+        return {bands, "inks", false};
+    case PHOTOMETRIC_CIELAB:
+        return {3, "Lab", true};
+    case PHOTOMETRIC_LOGLUV:
+        return {3, "LogLuv", true};
+    default:
+        return {bands, "colours of TIFF's kind " + std::to_string(photometric), false};
+    }
+}
+
+// Palettes have 16 bits, of which libvips takes the upper 8, or the lower ones of palettes that have no others.
+void describePalette(Tiff const& tiff, TiffDirectory& directory) {
+    std::array<std::uint16_t*, 3> maps{};
+    auto const bits = tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
+    if (bits > 16 || TIFFGetField(tiff.get(), TIFFTAG_COLORMAP, maps.data(), &maps[1], &maps[2]) != 1) return;
+    size_t const count = size_t{1} << bits;
+    std::uint32_t highest = 0;
+    bool grey = true;
+    bool round = false;
+    for (size_t i = 0; i < count; ++i) {
+        grey = grey && maps[0][i] == maps[1][i] && maps[1][i] == maps[2][i];
+        for (std::uint16_t const* const map : maps) {
+            highest = std::max<std::uint32_t>(highest, map[i]);
+            unsigned const low = map[i] & 0xffu;
+            round = round || (low != 0 && low != map[i] >> 8);
+        }
+    }
+    directory.colourBands = grey ? 1 : 3;
+    directory.roundsPalette = bits <= 8 && highest > 0xff && round;
+}
+
+// Where the bytes of tag 338 (extra samples) lie that say that colours have been multiplied: libtiff does not tell.
+class TagFinder {
+public:
+    TagFinder(InputFile& file, std::uint64_t directory) : file_(file) {
+        std::array<std::uint8_t, 4> start{};
+        file_.readAll(0, start.data(), start.size());
+        bigEndian_ = start[0] == 'M';
+        big_ = number(2, 2) == 43;
+        find(directory);
+    }
+
+    std::vector<std::uint64_t> found;
+
+private:
+    std::uint64_t number(std::uint64_t offset, size_t bytes) {
+        std::array<std::uint8_t, 8> raw{};
+        file_.readAll(offset, raw.data(), bytes);
+        std::uint64_t value = 0;
+        for (size_t i = 0; i < bytes; ++i)
+            value |= std::uint64_t{raw[i]} << (8 * (bigEndian_ ? bytes - 1 - i : i));
+        return value;
+    }
+
+    void find(std::uint64_t directory) {
+        size_t const countBytes = big_ ? 8 : 2;
+        size_t const entryBytes = big_ ? 20 : 12;
+        size_t const wordBytes = big_ ? 8 : 4;
+        std::uint64_t const entries = number(directory, countBytes);
+        for (std::uint64_t i = 0; i < entries; ++i) {
+            std::uint64_t const entry = directory + countBytes + i * entryBytes;
+            if (number(entry, 2) != TIFFTAG_EXTRASAMPLES) continue;
+            std::uint64_t const count = number(entry + 4, wordBytes);
+            std::uint64_t const inside = entry + 4 + wordBytes;
+            std::uint64_t const values = 2 * count <= wordBytes ? inside : number(inside, wordBytes);
+            // Of the word the byte that is not 0 anyway.
+            std::uint64_t const low = bigEndian_ ? 1 : 0;
+            for (std::uint64_t word = values; word < values + 2 * count; word += 2)
+                if (number(word, 2) == EXTRASAMPLE_ASSOCALPHA) found.push_back(word + low);
+            return;
+        }
+    }
+
+    InputFile& file_;
+    bool bigEndian_ = false;
+    bool big_ = false;
+};
+
+void describeBands(Tiff const& tiff, InputFile& file, TiffDirectory& directory) {
+    auto const bands = tiff.value<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
+    Meaning meaning = meaningOf(tiff, directory.photometric, directory.compression, bands);
+    directory.colourBands = meaning.colourBands;
+    directory.colourSpace = std::move(meaning.colourSpace);
+    directory.convertible = meaning.convertible;
+    directory.extraBands = static_cast<std::uint16_t>(bands - std::min(bands, meaning.colourBands));
+    if (directory.photometric == PHOTOMETRIC_PALETTE) describePalette(tiff, directory);
+
+    std::uint16_t count = 0;
+    std::uint16_t* kinds = nullptr;
+    if (TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1 || count == 0) return;
+    directory.isMultiplied = std::find(kinds, kinds + count, EXTRASAMPLE_ASSOCALPHA) != kinds + count;
+    directory.hasAlpha = kinds[0] == EXTRASAMPLE_ASSOCALPHA || kinds[0] == EXTRASAMPLE_UNASSALPHA;
+    if (directory.isMultiplied) directory.multipliedTags = TagFinder(file, TIFFCurrentDirOffset(tiff.get())).found;
+}
+
+// What the file must hold at least for so many bytes of a picture; 0 where that cannot be said.
+std::uint64_t mostBytesPerByte(std::uint16_t compression) {
+    switch (compression) {
+    case COMPRESSION_NONE:
+        return 1;
+    case COMPRESSION_PACKBITS:
+        return 64;
+    case COMPRESSION_DEFLATE:
+    case COMPRESSION_ADOBE_DEFLATE:
+        return 1032;
+    case COMPRESSION_LZW:
+        return 2048;
+    default:
+        return 0;
+    }
+}
+
+void describeSize(Tiff const& tiff, InputFile const& file, TiffDirectory& directory) {
+    auto const width = tiff.value<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
+    auto const height = tiff.value<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
+    auto const bits = std::uint64_t{tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1)} *
+                      tiff.value<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
+    directory.tiled = TIFFIsTiled(tiff.get()) != 0;
+    std::uint64_t const rowBytes = (width * bits + 7) / 8;
+    if (directory.tiled) {
+        // Two rows of tiles, decoded; libvips refuses tiles of a side above 10000.
+        directory.heldBytes = 2 * rowBytes * std::min(tiff.value<std::uint32_t>(TIFFTAG_TILELENGTH, 1), 10000u);
+    } else {
+        // Two strips, but rows one at a time where strips are high and bands lie together.
+        std::uint64_t const strip = std::min(tiff.value<std::uint32_t>(TIFFTAG_ROWSPERSTRIP, height), height);
+        bool const together = tiff.value<std::uint16_t>(TIFFTAG_PLANARCONFIG, 1) == PLANARCONFIG_CONTIG &&
+                              directory.photometric != PHOTOMETRIC_YCBCR;
+        directory.heldBytes = 2 * rowBytes * (strip > 128 && together ? 1 : strip);
+        directory.heldBytes = std::max(directory.heldBytes, rowBytes * std::min<std::uint64_t>(height, kLeastKeptRows));
+    }
+    std::uint64_t const most = mostBytesPerByte(directory.compression);
+    if (most != 0 && height != 0 && rowBytes > most * file.size() / height)
+        throw unreadableImage(file.path(), "its header says " + std::to_string(width) + " x " + std::to_string(height) +
+                                               " pixels, which are more than the file holds");
+}
+
+void describeResolution(Tiff const& tiff, TiffDirectory& directory) {
+    double millimetres = 0;
+    switch (tiff.value<std::uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH)) {
+    case RESUNIT_INCH:
+        millimetres = kMillimetresPerInch;
+        break;
+    case RESUNIT_CENTIMETER:
+        millimetres = kMillimetresPerCentimetre;
+        break;
+    default: // numbers that give no more than the shape of a pixel
+        return;
+    }
+    directory.pixelsPerMillimetreX = double{tiff.value<float>(TIFFTAG_XRESOLUTION, 0)} / millimetres;
+    directory.pixelsPerMillimetreY = double{tiff.value<float>(TIFFTAG_YRESOLUTION, 0)} / millimetres;
+}
+
+} // namespace
+
+TiffDirectory TiffDirectory::read(InputFile& file, SampleRequest const& request) {
+    Tiff const tiff(file);
+    std::vector<size_t> const pages = pagesOf(tiff, file);
+    TiffDirectory directory;
+    directory.pages = pages.size();
+    directory.index = pages[requirePage(file, request, pages.size(), "pages") - 1];
+    if (TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(directory.index)) != 1) throw tiff.failure();
+    directory.photometric = tiff.value<std::uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    directory.compression = tiff.value<std::uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    describeBands(tiff, file, directory);
+    describeSize(tiff, file, directory);
+    describeResolution(tiff, directory);
+    char const* description = nullptr;
+    if (TIFFGetField(tiff.get(), TIFFTAG_IMAGEDESCRIPTION, &description) == 1) directory.description = description;
+    return directory;
+}

@@ -1,0 +1,261 @@
+#include "host/image/VipsOpening.h"
+
+#include "host/image/CodecFacts.h"
+#include "host/image/PixelDensity.h"
+#include "host/image/TiffDirectory.h"
+#include "host/image/VipsColours.h"
+#include "host/image/VipsLibrary.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+using vips::VImage;
+using vipslibrary::Loader;
+using vipsopening::Opened;
+
+namespace {
+
+constexpr auto kMultiplied = "colours multiplied by their alpha";
+// libvips keeps as many rows of a slide's tiles, which are at most so high.
+constexpr double kSlideRows = 2.5 * 1024;
+
+// What is known before libvips opens the file, and what it is to be told.
+struct Preparation {
+    std::optional<TiffDirectory> tiff;
+    std::optional<codecfacts::Jpeg2000> jpeg2000;
+    size_t frames = 1;
+    std::vector<std::uint64_t> zeros;
+};
+
+bool is(Loader const& loader, char const* nickname) {
+    return std::strcmp(loader.nickname, nickname) == 0;
+}
+
+bool endsIn(std::string const& text, std::string const& end) {
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+bool isTiff(InputFile& file) {
+    std::array<char, 4> start{};
+    file.readAt(0, start.data(), start.size());
+    std::string const magic(start.begin(), start.end());
+    return magic == std::string("II*\0", 4) || magic == std::string("II+\0", 4) || magic == std::string("MM\0*", 4) ||
+           magic == std::string("MM\0+", 4);
+}
+
+// OpenSlide looks into files of any kind, and is not made for those that mean harm: it sees what may be a slide.
+bool mayBeSlide(InputFile& file) {
+    std::array<char const*, 4> const endings{".mrxs", ".vms", ".vmu", ".svslide"};
+    return isTiff(file) ||
+           std::any_of(endings.begin(), endings.end(), [&](char const* ending) { return endsIn(file.path(), ending); });
+}
+
+bool reads(Loader const& loader, InputFile& file, VipsSource* source) {
+    if (is(loader, "openslideload"))
+        return mayBeSlide(file) && vips_foreign_is_a(loader.nickname, file.path().c_str()) != 0;
+    // libvips takes none whose first directory is damaged for one; then it is a damaged TIFF all the same.
+    if (is(loader, "tiffload")) return isTiff(file);
+    vips_source_rewind(source);
+    return vips_foreign_is_a_source((std::string(loader.nickname) + "_source").c_str(), source) != 0;
+}
+
+Loader const& loaderOf(InputFile& file, VipsSource* source) {
+    for (Loader const& loader : vipslibrary::kLoaders)
+        if (reads(loader, file, source)) return loader;
+    file.rethrow();
+    vips_error_clear();
+    std::string formats = "FITS, PNM, PAM, PFM, BMP, VIPS, JPEG XL";
+    for (Loader const& loader : vipslibrary::kLoaders)
+        formats += std::string(", ") + loader.format;
+    throw HostError(HostError::Kind::UnreadableImage,
+                    "cannot read '" + file.path() + "': it is in none of the formats that " +
+                        "are read, or its start is damaged; convert it to one of " + formats);
+}
+
+Preparation prepare(Loader const& loader, InputFile& file, SampleRequest const& request) {
+    Preparation known;
+    if (is(loader, "pngload")) known.frames = codecfacts::framesOfPng(file);
+    if (is(loader, "jp2kload")) known.jpeg2000 = codecfacts::jpeg2000(file);
+    if (is(loader, "tiffload")) {
+        known.tiff = TiffDirectory::read(file, request);
+        if (request.asNumbers) known.zeros = known.tiff->multipliedTags;
+    }
+    if (known.tiff && known.tiff->roundsPalette)
+        throw imageNotRead(file.path(), "its palette has colours of 16 bits, which are not read; make RGB of it");
+    if (known.jpeg2000 && known.jpeg2000->hasPalette)
+        throw imageNotRead(file.path(), "JPEG 2000 with a palette is not read; make RGB of it");
+    return known;
+}
+
+VImage load(Loader const& loader, InputFile const& file, VipsSource* source, SampleRequest const& request,
+            Preparation const& known) {
+    VImage image;
+    auto* const options =
+        VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR)->set("out", &image);
+    if (known.tiff)
+        options->set("page", static_cast<int>(known.tiff->index));
+    else if (loader.paged && request.page)
+        options->set("page", static_cast<int>(std::min<size_t>(*request.page, 100000)) - 1);
+    // As a loader's argument, not VImage::new_from_file: that one takes a "[" in a file name for options.
+    if (is(loader, "openslideload")) {
+        VImage::call(loader.nickname, options->set("filename", file.path().c_str()));
+        // It has no alpha: what lies between its tiles has a colour of its own.
+        return image.extract_band(0, VImage::option()->set("n", 3));
+    }
+    vips_source_rewind(source);
+    std::string const name = std::string(loader.nickname) + "_source";
+    VImage::call(name.c_str(), options->set("source", vips::VSource(VIPS_SOURCE(source), vips::NOSTEAL)));
+    return image;
+}
+
+// libvips moves JPEG 2000's samples of fewer bits up. Of 8 and 16 bits without sign they stay there, as in other formats that
+// are decoded so; others are numbers that a person chooses a range of.
+VImage withOwnNumbers(VImage const& image, Preparation const& known) {
+    if (!known.jpeg2000 || known.jpeg2000->bits == 0) return image;
+    if (image.format() == VIPS_FORMAT_UCHAR || image.format() == VIPS_FORMAT_USHORT) return image;
+    auto const held = 8 * static_cast<int>(vips_format_sizeof(image.format()));
+    int const shift = held - static_cast<int>(known.jpeg2000->bits);
+    return shift > 0 ? image >> shift : image;
+}
+
+size_t pagesOf(VImage const& image, Loader const& loader, Preparation const& known) {
+    if (known.tiff) return known.tiff->pages;
+    if (loader.paged && image.get_typeof(VIPS_META_N_PAGES) != 0)
+        return static_cast<size_t>(std::max(image.get_int(VIPS_META_N_PAGES), 1));
+    return known.frames;
+}
+
+// Throws where the picture that is wanted cannot be had.
+void requireFrame(InputFile const& file, SampleRequest const& request, Loader const& loader, ImageFacts const& facts) {
+    requirePage(file, request, facts.pages, facts.pageNoun);
+    if (loader.paged || request.page.value_or(1) == 1) return;
+    throw HostError(HostError::Kind::Usage, "of the " + std::to_string(facts.pages) + " " + facts.pageNoun + " of '" +
+                                                file.path() + "' the first alone is read; --page is 1");
+}
+
+void nameBands(Loader const& loader, Preparation const& known, ImageFacts& facts) {
+    SampleLayout& layout = facts.layout;
+    if (known.tiff) {
+        layout.colours = known.tiff->colourSpace.empty() ? known.tiff->colourBands : 0;
+        layout.alpha = known.tiff->hasAlpha;
+        facts.colourSpace = known.tiff->colourSpace;
+        facts.convertible = facts.convertible || known.tiff->convertible;
+        if (known.tiff->isMultiplied) facts.colourSpace = kMultiplied;
+        if (known.tiff->isMultiplied) facts.convertible = true;
+        return;
+    }
+    bool const isScene = is(loader, "radload");
+    // Floats that other formats hold are labelled so too, though they need not be linear.
+    if (facts.colourSpace == "scRGB" && !isScene) facts.colourSpace.clear();
+    layout.alpha = layout.bands == layout.colours + 1;
+    if (known.jpeg2000) layout.alpha = layout.alpha && known.jpeg2000->lastIsAlpha;
+    if (known.jpeg2000 && known.jpeg2000->lastIsMultiplied) facts.colourSpace = kMultiplied;
+}
+
+void setDensity(VImage const& image, Loader const& loader, Preparation const& known, ImageFacts& facts) {
+    using pixeldensity::Origin;
+    if (known.tiff) {
+        if (pixeldensity::setFromOme(facts, known.tiff->description)) return;
+        pixeldensity::set(facts, Origin::Tag, known.tiff->pixelsPerMillimetreX, known.tiff->pixelsPerMillimetreY);
+    } else if (known.jpeg2000) {
+        pixeldensity::set(facts, Origin::Tag, known.jpeg2000->pixelsPerMillimetreX,
+                          known.jpeg2000->pixelsPerMillimetreY);
+    } else if (is(loader, "openslideload")) {
+        // Where a slide does not say them, libvips says 1.
+        if (image.get_typeof("openslide.mpp-x") != 0 && image.get_typeof("openslide.mpp-y") != 0)
+            pixeldensity::set(facts, Origin::Instrument, image.xres(), image.yres());
+    } else if (!is(loader, "pdfload")) {
+        pixeldensity::set(facts, Origin::Hint, image.xres(), image.yres());
+    }
+}
+
+// Deflate makes at most so much of a byte.
+constexpr std::uint64_t kMostOfDeflate = 1032;
+
+// A header may say anything.
+void requirePossible(VImage const& image, Loader const& loader, InputFile const& file) {
+    if (!is(loader, "pngload")) return;
+    auto const height = static_cast<std::uint64_t>(image.height());
+    // Of fewer than 8 bits there are no fewer than an eighth of the bytes.
+    std::uint64_t const rowBytes = static_cast<std::uint64_t>(image.width()) / 8 + 1;
+    if (rowBytes <= kMostOfDeflate * file.size() / height) return;
+    throw unreadableImage(file.path(), "its header says " + std::to_string(image.width()) + " x " +
+                                           std::to_string(height) + " pixels, which are more than the file holds");
+}
+
+// The decoder of HEIF turns pictures itself.
+int ignoredOrientation(VImage const& image, Loader const& loader) {
+    if (is(loader, "heifload")) return 1;
+    int const told = vips_image_get_orientation(image.get_image());
+    if (told != 1 || image.get_typeof(VIPS_META_EXIF_NAME) == 0) return told;
+    // Of PNG libvips keeps the block, and looks for nothing in it.
+    size_t bytes = 0;
+    auto const* const exif = static_cast<std::uint8_t const*>(image.get_blob(VIPS_META_EXIF_NAME, &bytes));
+    return codecfacts::exifOrientation({exif, exif + bytes});
+}
+
+// About what libvips and the decoder hold, as the sources of libvips 8.14 have it.
+std::uint64_t heldBytes(VImage const& image, Loader const& loader, InputFile const& file, Preparation const& known) {
+    auto const width = static_cast<std::uint64_t>(image.width());
+    auto const height = static_cast<std::uint64_t>(image.height());
+    std::uint64_t const rowBytes =
+        width * static_cast<std::uint64_t>(image.bands()) * vips_format_sizeof(image.format());
+    std::uint64_t const whole = rowBytes * height;
+    bool const passes = image.get_typeof("interlaced") != 0;
+    if (known.tiff) return known.tiff->heldBytes;
+    if (is(loader, "openslideload")) return static_cast<std::uint64_t>(kSlideRows * 4) * width;
+    if (is(loader, "jp2kload")) return 3 * rowBytes * std::min<std::uint64_t>(height, 1024) + file.size();
+    if (is(loader, "heifload")) return 3 * whole;
+    if (is(loader, "webpload") || is(loader, "gifload")) return 8 * width * height + file.size();
+    if (is(loader, "jpegload") && passes) return 2 * whole;
+    if (is(loader, "pngload") && passes) return whole;
+    int tileWidth = 0;
+    int tileHeight = 0;
+    int rows = 0;
+    vips_get_tile_size(image.get_image(), &tileWidth, &tileHeight, &rows);
+    return rowBytes * std::min<std::uint64_t>(height, 4 * static_cast<std::uint64_t>(rows));
+}
+
+} // namespace
+
+Opened vipsopening::open(std::shared_ptr<InputFile> const& file, SampleRequest const& request) {
+    auto source = std::make_unique<VipsSourceOfFile>(file, std::vector<std::uint64_t>{});
+    Loader const& loader = loaderOf(*file, source->get());
+    Preparation const known = prepare(loader, *file, request);
+    if (!known.zeros.empty()) source = std::make_unique<VipsSourceOfFile>(file, known.zeros);
+    if (loader.paged && !known.tiff && request.page.value_or(1) > 1) {
+        // How many there are is only known of the first.
+        SampleRequest const first;
+        VImage const whole = load(loader, *file, source->get(), first, known);
+        requirePage(*file, request, pagesOf(whole, loader, known), loader.pageNoun);
+    }
+    VImage const loaded = load(loader, *file, source->get(), request, known);
+
+    Opened opened;
+    ImageFacts& facts = opened.facts;
+    facts.format = loader.format;
+    facts.pageNoun = loader.pageNoun;
+    facts.pages = pagesOf(loaded, loader, known);
+    requireFrame(*file, request, loader, facts);
+    requirePossible(loaded, loader, *file);
+    facts.orientation = ignoredOrientation(loaded, loader);
+    facts.heldBytes = heldBytes(loaded, loader, *file, known);
+    if (is(loader, "pdfload")) facts.drawn = "drawn at 72 pixels an inch";
+    setDensity(loaded, loader, known, facts);
+
+    VImage const image = vipscolours::unpacked(withOwnNumbers(loaded, known));
+    vipscolours::describe(image, facts);
+    nameBands(loader, known, facts);
+    opened.image = image;
+    if (request.toSrgb && facts.convertible) {
+        opened.image = vipscolours::toSrgb(image);
+        vipscolours::describe(opened.image, facts);
+        facts.layout.alpha = facts.layout.bands == facts.layout.colours + 1;
+    }
+    opened.readsAnywhere = known.tiff ? known.tiff->tiled : loader.readsAnywhere;
+    opened.source = std::move(source);
+    return opened;
+}

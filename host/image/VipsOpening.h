@@ -1,0 +1,23 @@
+#pragma once
+
+#include "host/image/SampleSource.h"
+#include "host/image/VipsSource.h"
+
+#include <vips/vips8>
+
+#include <memory>
+
+/// A file opened by libvips, and what it says of itself.
+namespace vipsopening {
+
+struct Opened {
+    std::unique_ptr<VipsSourceOfFile> source; ///< before the image, which reads from it
+    vips::VImage image;
+    ImageFacts facts;
+    bool readsAnywhere = false;
+};
+
+/// Throws HostError (unreadable image; usage), vips::VError.
+Opened open(std::shared_ptr<InputFile> const& file, SampleRequest const& request);
+
+} // namespace vipsopening

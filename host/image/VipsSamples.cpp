@@ -1,0 +1,98 @@
+#include "host/image/VipsSamples.h"
+
+#include "host/HostError.h"
+#include "host/image/VipsLibrary.h"
+#include "host/image/VipsOpening.h"
+
+#include <vips/vips8>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+using vips::VError;
+using vips::VImage;
+using vips::VRegion;
+
+namespace {
+
+// Rows that are asked of libvips at once: enough to keep its tile caches at work, little enough to stay in them.
+constexpr size_t kRowsPerRequest = 64;
+
+// The text of the exception ends in what earlier attempts left in libvips' buffer: empty it for the next failure.
+HostError unreadable(InputFile const& file, std::string const& text) {
+    vips_error_clear();
+    file.rethrow();
+    return unreadableImage(file.path(), onOneLine(text));
+}
+
+// What decoders of JPEG say of bytes between two parts of a file, which hold nothing.
+bool isHarmless(std::string const& complaint) {
+    return complaint.find("extraneous bytes") != std::string::npos;
+}
+
+class VipsSamples final : public SampleSource {
+public:
+    VipsSamples(std::shared_ptr<InputFile> file, SampleRequest const& request)
+        : file_(std::move(file)),
+          opened_(vipsopening::open(file_, request)),
+          region_(regionOf(*file_, opened_.image)) {}
+
+    ImageFacts const& facts() const override { return opened_.facts; }
+    bool readsAnywhere() const override { return opened_.readsAnywhere; }
+
+    void read(Region const& region, std::uint8_t* samples) override {
+        size_t const rowBytes = region.width * facts().layout.pixelBytes();
+        auto const x = static_cast<int>(region.x);
+        auto const width = static_cast<int>(region.width);
+        for (size_t row = 0; row < region.height; row += kRowsPerRequest) {
+            auto const y = static_cast<int>(region.y + row);
+            auto const rows = static_cast<int>(std::min(kRowsPerRequest, region.height - row));
+            prepare(x, y, width, rows);
+            for (int i = 0; i < rows; ++i)
+                std::memcpy(samples + (row + static_cast<size_t>(i)) * rowBytes, region_.addr(x, y + i), rowBytes);
+        }
+    }
+
+private:
+    static VRegion regionOf(InputFile const& file, VImage const& image) {
+        try {
+            return VRegion::new_from_image(image);
+        } catch (VError const& error) {
+            throw unreadable(file, error.what());
+        }
+    }
+
+    void prepare(int x, int y, int width, int rows) {
+        file_->check();
+        try {
+            region_.prepare(x, y, width, rows);
+        } catch (VError const& error) {
+            throw unreadable(*file_, error.what());
+        }
+        file_->rethrow();
+        // Decoders go on with grey where data is damaged, and say so here.
+        std::string const complaint = vips_error_buffer();
+        if (complaint.empty()) return;
+        vips_error_clear();
+        if (!isHarmless(complaint)) throw unreadable(*file_, complaint);
+    }
+
+    std::shared_ptr<InputFile> file_;
+    vipsopening::Opened opened_;
+    VRegion region_;
+};
+
+} // namespace
+
+std::unique_ptr<SampleSource> vipssamples::open(std::shared_ptr<InputFile> const& file, SampleRequest const& request) {
+    vipslibrary::start();
+    try {
+        auto source = std::make_unique<VipsSamples>(file, request);
+        file->rethrow();
+        vips_error_clear();
+        return source;
+    } catch (VError const& error) {
+        throw unreadable(*file, error.what());
+    }
+}

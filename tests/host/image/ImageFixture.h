@@ -1,0 +1,113 @@
+#pragma once
+
+#include "host/HostError.h"
+#include "host/ImageReader.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/host/reading/FileSamples.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+/// A folder for picture files, and ways to read them.
+class ImageFixture : public testing::Test {
+protected:
+    using Options = ImageReader::Options;
+    using Samples = filesamples::Samples;
+
+    std::string path(std::string const& name) const { return folder_.path(name); }
+
+    /// Samples as the file has them, and nothing lost.
+    static Options lossless() {
+        Options options;
+        options.samples = ImageReader::Samples::kAsStored;
+        options.lossless = true;
+        return options;
+    }
+    static Options withPage(size_t page) {
+        Options options = lossless();
+        options.selection.page = page;
+        return options;
+    }
+    static Options withBands(std::vector<size_t> const& bands) {
+        Options options = lossless();
+        options.selection.bands = bands;
+        return options;
+    }
+    static Options withRange(double low, double high) {
+        Options options = lossless();
+        options.selection.range = SampleRange{low, high};
+        return options;
+    }
+    static Options withAutomaticRange() {
+        Options options = lossless();
+        options.selection.automaticRange = true;
+        return options;
+    }
+    static Options toSrgb() {
+        Options options = lossless();
+        options.selection.toSrgb = true;
+        return options;
+    }
+    /// As a picture is shown: colours are converted.
+    static Options shown() {
+        Options options = lossless();
+        options.lossless = false;
+        return options;
+    }
+
+    static Samples samplesOf(PixelSource& source, Region const& region) {
+        std::vector<std::uint8_t> pixels;
+        source.read(region, pixels);
+        Samples samples{region.width, region.height, source.bands(), {}};
+        for (size_t i = 0; i < pixels.size(); i += source.sampleBytes()) {
+            std::uint16_t wide = pixels[i];
+            if (source.sampleBytes() == 2) std::memcpy(&wide, &pixels[i], sizeof(wide));
+            samples.values.push_back(wide);
+        }
+        return samples;
+    }
+
+    static Samples readAll(std::string const& path, Options const& options = lossless()) {
+        ImageReader reader(path, options);
+        return samplesOf(reader, {0, 0, reader.width(), reader.height()});
+    }
+
+    static std::vector<double> valuesOf(std::string const& path, Options const& options = lossless()) {
+        return readAll(path, options).values;
+    }
+
+    /// What opening and reading the whole file fails with.
+    static HostError failure(std::string const& path, Options const& options = lossless()) {
+        try {
+            readAll(path, options);
+        } catch (HostError const& error) {
+            return error;
+        }
+        throw std::logic_error(path + " was read without an error");
+    }
+
+    static std::string refusal(std::string const& path, Options const& options = lossless()) {
+        HostError const error = failure(path, options);
+        EXPECT_EQ(error.kind(), HostError::Kind::UnreadableImage) << error.what();
+        return error.what();
+    }
+
+    static std::string misuse(std::string const& path, Options const& options) {
+        HostError const error = failure(path, options);
+        EXPECT_EQ(error.kind(), HostError::Kind::Usage) << error.what();
+        return error.what();
+    }
+
+    static bool has(std::string const& text, std::string const& part) { return text.find(part) != std::string::npos; }
+
+    /// Equal to what the independent reader says.
+    static void expectOwnSamples(std::string const& path, Options const& options = lossless(), size_t page = 1) {
+        EXPECT_EQ(filesamples::difference(readAll(path, options), filesamples::read(path, page)), "") << path;
+    }
+
+    TemporaryFolder folder_;
+};

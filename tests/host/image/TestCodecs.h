@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// Files of formats that cannot be written out by hand, for what libvips' writers do not make of them.
+namespace testcodecs {
+
+struct Jpeg2000 {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t bits = 8;
+    bool isSigned = false;
+    std::vector<std::vector<int>> components;
+};
+
+/// A codestream without loss.
+std::string jpeg2000(std::string const& path, Jpeg2000 const& picture);
+
+/// A box of JPEG 2000's files: its length, its name, what it holds.
+std::string box(std::string const& name, std::string const& content);
+
+/// A number of some bytes, the highest first.
+std::string number(std::uint64_t value, size_t bytes);
+
+/// A file around a codestream: `boxes` lie in its header, behind the size of the picture and its colour space.
+std::string jp2File(std::string const& codestream, Jpeg2000 const& picture, std::string const& boxes);
+
+struct JpegXl {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t colours = 3;
+    std::uint32_t bits = 8; ///< 32: floats
+    bool alpha = false;
+    bool otherChannel = false;
+    int orientation = 1;
+    std::vector<std::vector<std::uint8_t>>
+        frames; ///< interleaved samples in the machine's byte order; more than one: an animation
+};
+
+/// JPEG XL without loss.
+std::string jpegXl(JpegXl const& picture);
+
+} // namespace testcodecs

@@ -1,0 +1,80 @@
+// What a store says of the part of a file that it was made of.
+#include "host/store/Sqlite.h"
+#include "host/store/TileStore.h"
+#include "tests/host/TemporaryFolder.h"
+#include "tests/host/store/TestPictures.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+// A picture, and what it says of itself.
+class PartSource final : public PixelSource {
+public:
+    PartSource(std::unique_ptr<PixelSource> source, Selection part)
+        : source_(std::move(source)), part_(std::move(part)) {}
+
+    size_t width() const override { return source_->width(); }
+    size_t height() const override { return source_->height(); }
+    size_t bands() const override { return source_->bands(); }
+    std::string description() const override { return source_->description(); }
+    Selection selection() override { return part_; }
+
+protected:
+    void readInto(Region const& region, std::uint8_t* pixels) override {
+        std::vector<std::uint8_t> buffer;
+        source_->read(region, buffer);
+        std::copy(buffer.begin(), buffer.end(), pixels);
+    }
+
+private:
+    std::unique_ptr<PixelSource> source_;
+    Selection part_;
+};
+
+class SelectionTest : public testing::Test {
+protected:
+    StoreInfo imported(PixelSource::Selection const& part) const {
+        auto const picture = testpictures::picture(20, 10, 1, 8, testpictures::Content::Noise);
+        ImportOptions options;
+        options.replace = true;
+        StoreInfo const said =
+            importStore([&] { return std::make_unique<PartSource>(testpictures::source(picture), part); }, store_,
+                        options, [](size_t, size_t) {});
+        StoreInfo const read = TileStore(store_).info();
+        EXPECT_EQ(said.selection, read.selection);
+        EXPECT_EQ(said.rangeLow, read.rangeLow);
+        EXPECT_EQ(said.rangeHigh, read.rangeHigh);
+        return read;
+    }
+
+    void change(std::string const& statement) const {
+        sqlite::Database(store_, sqlite::Database::Mode::ReadWrite).execute(statement);
+    }
+
+    TemporaryFolder folder_;
+    std::string store_ = folder_.path("a.vlm");
+};
+
+} // namespace
+
+TEST_F(SelectionTest, IsKeptToTheLastBit) {
+    StoreInfo const info = imported({"page 3 of 15; samples", -3.5000000000000004, 1e300});
+    EXPECT_EQ(info.selection, "page 3 of 15; samples");
+    EXPECT_EQ(info.rangeLow, -3.5000000000000004);
+    EXPECT_EQ(info.rangeHigh, 1e300);
+    EXPECT_EQ(imported({}).selection, "");
+    EXPECT_EQ(imported({}).rangeHigh, 0);
+}
+
+TEST_F(SelectionTest, StoresFromBeforeItHaveNone) {
+    imported({"page 3 of 15", 1, 2});
+    // They had another checksum, or none.
+    change("DELETE FROM meta WHERE key IN ('selection', 'rangeLow', 'rangeHigh', 'crc')");
+    StoreInfo const info = TileStore(store_).info();
+    EXPECT_EQ(info.selection, "");
+    EXPECT_EQ(info.rangeLow, 0);
+    EXPECT_EQ(info.rangeHigh, 0);
+}
