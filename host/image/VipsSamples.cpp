@@ -26,9 +26,11 @@ HostError unreadable(InputFile const& file, std::string const& text) {
     return unreadableImage(file.path(), onOneLine(text));
 }
 
-// What decoders of JPEG say of bytes between two parts of a file, which hold nothing.
+// What decoders of JPEG say of bytes between two parts of a file, which hold nothing, and of a header that says more than it
+// need.
 bool isHarmless(std::string const& complaint) {
-    return complaint.find("extraneous bytes") != std::string::npos;
+    return complaint.find("extraneous bytes") != std::string::npos ||
+           complaint.find("Invalid SOS parameters") != std::string::npos;
 }
 
 class VipsSamples final : public SampleSource {

@@ -322,7 +322,17 @@ TEST_F(CodecReadingTest, BytesThatHoldNothingAreNoDamage) {
     size_t const table = file.find("\xff\xc4");
     ASSERT_NE(table, std::string::npos);
     auto const before = valuesOf(path("a.jpg"));
+    std::string const whole = file;
     file.insert(table, "abc");
+    writeFile(path("a.jpg"), file);
+    EXPECT_EQ(valuesOf(path("a.jpg")), before);
+    // The last numbers of the header of the samples, of which a baseline file makes no use.
+    file = whole;
+    size_t const scan = file.find("\xff\xda");
+    ASSERT_NE(scan, std::string::npos);
+    size_t const components = static_cast<unsigned char>(file[scan + 4]);
+    ASSERT_EQ(file[scan + 6 + 2 * components], 63);
+    file[scan + 6 + 2 * components] = 0;
     writeFile(path("a.jpg"), file);
     EXPECT_EQ(valuesOf(path("a.jpg")), before);
 }

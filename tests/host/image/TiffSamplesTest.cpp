@@ -165,6 +165,12 @@ TEST_F(TiffSamplesTest, ColourSpacesAreRefusedAndConverted) {
             std::vector<std::string>{"'" + tiff_ + "' holds " + one.name + ", which is converted to sRGB of 8 bits"});
         EXPECT_EQ(valuesOf(tiff_, toSrgb()), valuesOf(tiff_, shown()));
     }
+    Directory light = directory(2, 2, 3, std::vector<float>{1, 1, 1, 0, 0, 0, 0.2f, 0.2f, 0.2f, 0.5f, 0.4f, 0.3f});
+    light.photometric = PHOTOMETRIC_LOGLUV;
+    light.compression = COMPRESSION_SGILOG;
+    write({light});
+    EXPECT_TRUE(has(refusal(tiff_), "holds LogLuv;")) << refusal(tiff_);
+    EXPECT_EQ(ImageReader(tiff_, toSrgb()).sampleBytes(), 1u);
 }
 
 TEST_F(TiffSamplesTest, ColourSpacesThatNothingConvertsAreTakenByBands) {
