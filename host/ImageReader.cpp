@@ -105,14 +105,16 @@ private:
     }
 
     void chooseBands() {
-        if (options_.selection.bands.empty()) {
+        if (isWhole()) {
             bands_.resize(facts().layout.bands);
             std::iota(bands_.begin(), bands_.end(), size_t{0});
         }
         for (size_t const band : options_.selection.bands)
             bands_.push_back(band - 1);
-        isWhole_ = options_.selection.bands.empty();
     }
+
+    // Whether all bands are taken as they lie.
+    bool isWhole() const { return options_.selection.bands.empty(); }
 
     std::string samplesText() {
         auto const found = samplerange::extremes(*source_, bands_, [this] { file_->check(); });
@@ -137,7 +139,8 @@ private:
     void takeNotes() {
         std::string const name = "'" + file_->path() + "'";
         if (!convertedFrom_.empty() && !options_.selection.toSrgb)
-            notes_.push_back(name + " holds " + convertedFrom_ + ", which is converted to sRGB of 8 bits" +
+            notes_.push_back(name + " holds " + convertedFrom_ + ": converted to sRGB of " +
+                             std::to_string(8 * bytesOf(facts().layout.type)) + " bits" +
                              (convertedFrom_ == "scRGB" ? "; what is brighter than white is clipped" : ""));
         if (!facts().drawn.empty()) notes_.push_back(name + " has no pixels of its own and is " + facts().drawn);
         if (facts().orientation != 1)
@@ -151,7 +154,7 @@ private:
         if (facts().pages > 1)
             parts.push_back(singular(facts().pageNoun) + " " + std::to_string(request_.page.value_or(1)) + " of " +
                             std::to_string(facts().pages));
-        if (!isWhole_)
+        if (!isWhole())
             parts.push_back("bands " + imageselection::toText(options_.selection.bands) + " of " +
                             std::to_string(facts().layout.bands));
         if (!convertedFrom_.empty()) parts.push_back(convertedFrom_ + " converted to sRGB");
@@ -168,7 +171,6 @@ private:
         if (source_->readsAnywhere()) return;
         if (y < nextRow_) open();
         for (; nextRow_ < y; nextRow_ += std::min(kSkippedRows, y - nextRow_)) {
-            file_->check();
             Region const column{0, nextRow_, 1, std::min(kSkippedRows, y - nextRow_)};
             samples_.resize(column.height * facts().layout.pixelBytes());
             source_->read(column, samples_.data());
@@ -177,7 +179,7 @@ private:
 
     void readPart(Region const& region, std::uint8_t* pixels) {
         SampleLayout const& layout = facts().layout;
-        bool const isSame = isWhole_ && !range_ && sampleBytes() == bytesOf(layout.type);
+        bool const isSame = isWhole() && !range_ && sampleBytes() == bytesOf(layout.type);
         if (isSame) return source_->read(region, pixels);
         size_t const count = region.width * region.height;
         samples_.resize(count * layout.pixelBytes());
@@ -205,7 +207,6 @@ private:
     SampleRequest request_;
     std::unique_ptr<SampleSource> source_;
     std::vector<size_t> bands_; // places in a pixel of the file, in the order of ours
-    bool isWhole_ = true;       // whether these are all bands, as they lie
     std::string convertedFrom_; // the colour space; empty: colours are the file's
     std::optional<SampleRange> range_;
     std::vector<std::string> notes_;

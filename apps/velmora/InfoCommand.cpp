@@ -123,7 +123,7 @@ struct Options {
 void info(Options const& options) {
     if (options.store.empty()) return options.json ? glJson() : glInfo();
     imageinput::requireStoreFile(options.store);
-    TileStore const store(options.store);
+    TileStore const store(options.store, interruption::throwIfNoted);
     options.json ? storeJson(options.store, store.info()) : storeInfo(options.store, store.info());
 }
 

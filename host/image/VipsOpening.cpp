@@ -69,7 +69,7 @@ Loader const& loaderOf(InputFile& file, VipsSource* source) {
     vips_error_clear();
     std::string formats = "FITS, PNM, PAM, PFM, BMP, VIPS, JPEG XL";
     for (Loader const& loader : vipslibrary::kLoaders)
-        formats += std::string(", ") + loader.format;
+        if (!is(loader, "openslideload")) formats += std::string(", ") + loader.format;
     throw HostError(HostError::Kind::UnreadableImage,
                     "cannot read '" + file.path() + "': it is in none of the formats that " +
                         "are read, or its start is damaged; convert it to one of " + formats);
@@ -143,8 +143,9 @@ void nameBands(Loader const& loader, Preparation const& known, ImageFacts& facts
         layout.alpha = known.tiff->hasAlpha;
         facts.colourSpace = known.tiff->colourSpace;
         facts.convertible = facts.convertible || known.tiff->convertible;
-        if (known.tiff->isMultiplied) facts.colourSpace = kMultiplied;
-        if (known.tiff->isMultiplied) facts.convertible = true;
+        if (!known.tiff->isMultiplied) return;
+        facts.colourSpace = kMultiplied;
+        facts.convertible = true;
         return;
     }
     bool const isScene = is(loader, "radload");

@@ -307,6 +307,54 @@ TEST_F(ImageReaderTest, ARegionFarDownTakesNoMemoryForTheRowsAboveIt) {
     EXPECT_LT(vips_tracked_get_mem(), 10'000'000u);
 }
 
+TEST_F(ImageReaderTest, RowsAreReadOnceOnTheWayDown) {
+    testimages::writePattern8(path("a.png"), "", 300, 4000, 3);
+    ImageReader::Options options;
+    int calls = 0;
+    options.check = [&calls] { ++calls; };
+    ImageReader whole(path("a.png"), options);
+    readStrips(whole, 4000);
+    int const atOnce = calls;
+    calls = 0;
+    ImageReader inStrips(path("a.png"), options);
+    readStrips(inStrips, 100);
+    // One more for each strip, and no second start.
+    EXPECT_LT(calls, atOnce + 100);
+}
+
+// More samples than are turned into ours at once, and more bytes.
+TEST_F(ImageReaderTest, ALargeRegionIsThePictureToItsLastRow) {
+    testimages::writePattern8(path("a.png"), "", 1900, 1500, 3);
+    EXPECT_EQ(testimages::difference(readAll(path("a.png"), 1500), testimages::pattern8(1900, 1500, 3)), "");
+    testimages::writePattern16(path("b.png"), "", 1900, 1500, 3);
+    EXPECT_EQ(testimages::difference(readAll(path("b.png"), 1500), testimages::pattern16UpperBytes(1900, 1500, 3)), "");
+}
+
+// Of a picture that goes by once, in formats that libvips reads and in text.
+TEST_F(ImageReaderTest, ARowFarDownIsThatRow) {
+    std::string text = "P2\n1 200\n255\n";
+    for (int y = 0; y < 200; ++y)
+        text += std::to_string(y) + "\n";
+    writeFile(path("a.pgm"), text);
+    testimages::writePattern8(path("a.png"), "", 1, 200, 1);
+    std::vector<std::uint8_t> pixels;
+    for (size_t const y : {1u, 63u, 64u, 65u, 130u, 199u}) {
+        ImageReader(path("a.pgm")).read({0, y, 1, 1}, pixels);
+        EXPECT_EQ(pixels, std::vector<std::uint8_t>{static_cast<std::uint8_t>(y)});
+        ImageReader(path("a.png")).read({0, y, 1, 1}, pixels);
+        EXPECT_EQ(pixels, std::vector<std::uint8_t>{testimages::sample8(0, y, 0)});
+    }
+}
+
+TEST_F(ImageReaderTest, ColoursAreConvertedWhereNothingElseIsAskedFor) {
+    std::vector<std::uint8_t> const inks{0, 0, 0, 0, 0, 0, 0, 255};
+    VImage::new_from_memory(const_cast<std::uint8_t*>(inks.data()), inks.size(), 2, 1, 4, VIPS_FORMAT_UCHAR)
+        .copy(VImage::option()->set("interpretation", static_cast<int>(VIPS_INTERPRETATION_CMYK)))
+        .write_to_file(path("a.tif").c_str());
+    EXPECT_EQ(readAll(path("a.tif")).bands, 3u);
+    EXPECT_EQ(ImageReader(path("a.tif")).notes().size(), 1u);
+}
+
 TEST_F(ImageReaderTest, ReadingCanBeStoppedOnTheWayDown) {
     VImage::black(100, 5000).write_to_file(path("a.png").c_str());
     struct Stopped {};

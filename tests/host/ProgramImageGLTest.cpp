@@ -83,8 +83,7 @@ TEST_F(ProgramImageGLTest, ColoursAreConvertedAndThatIsTold) {
     Directory inks = directory(2, 1, 4, std::vector<std::uint8_t>{0, 0, 0, 0, 0, 0, 0, 255});
     inks.photometric = 5;
     std::string const image = tiff({inks});
-    Samples const drawn =
-        render({}, "velmora: note: '" + image + "' holds CMYK, which is converted to sRGB of 8 bits\n");
+    Samples const drawn = render({}, "velmora: note: '" + image + "' holds CMYK: converted to sRGB of 8 bits\n");
     ASSERT_EQ(drawn.bands, 3u);
     EXPECT_GT(drawn.values[0], 240) << "paper is white";
     EXPECT_LT(drawn.values[3], 60) << "black ink is dark";

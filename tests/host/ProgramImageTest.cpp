@@ -316,7 +316,7 @@ TEST_F(ProgramImageTest, AFileThatOnlyImageMagickReadsIsExitCode4) {
         path("a.ras"), {}, 4,
         "cannot read '" + path("a.ras") +
             "': it is in none of the formats that are read, or its start is damaged; convert it to one of FITS, "
-            "PNM, PAM, PFM, BMP, VIPS, JPEG XL, PNG, WebP, slide, JPEG, TIFF, GIF, JPEG 2000, HEIF, PDF, Radiance");
+            "PNM, PAM, PFM, BMP, VIPS, JPEG XL, PNG, WebP, JPEG, TIFF, GIF, JPEG 2000, HEIF, PDF, Radiance");
 }
 
 // A file of zeros that take no room on the disk.

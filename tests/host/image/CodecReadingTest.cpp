@@ -254,11 +254,10 @@ TEST_F(CodecReadingTest, LightIsConvertedByTheFormula) {
         value = 255 * (linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1 / 2.4) - 0.055);
     }
     EXPECT_EQ(filesamples::difference(readAll(file, toSrgb()), expected, 1), "");
-    EXPECT_EQ(
-        ImageReader(file, shown()).notes(),
-        std::vector<std::string>{"'" + file +
-                                 "' holds scRGB, which is converted to sRGB of 8 bits; what is brighter than white is "
-                                 "clipped"});
+    EXPECT_EQ(ImageReader(file, shown()).notes(),
+              std::vector<std::string>{"'" + file +
+                                       "' holds scRGB: converted to sRGB of 8 bits; what is brighter than white is "
+                                       "clipped"});
     // Or taken as the numbers that it is.
     Samples const own = filesamples::read(file);
     EXPECT_EQ(filesamples::difference(readAll(file, withRange(0, 1.5)), filesamples::scaled(own, 0, 1.5)), "");
@@ -338,10 +337,9 @@ TEST_F(CodecReadingTest, BytesThatHoldNothingAreNoDamage) {
 }
 
 TEST_F(CodecReadingTest, FilesThatOnlyOtherLoadersOfLibvipsTakeAreRefused) {
-    std::string const end =
-        "it is in none of the formats that are read, or its start is damaged; convert it to one of "
-        "FITS, PNM, PAM, PFM, BMP, VIPS, JPEG XL, PNG, WebP, slide, JPEG, TIFF, GIF, JPEG 2000, HEIF, "
-        "PDF, Radiance";
+    std::string const end = "it is in none of the formats that are read, or its start is damaged; convert it to one of "
+                            "FITS, PNM, PAM, PFM, BMP, VIPS, JPEG XL, PNG, WebP, JPEG, TIFF, GIF, JPEG 2000, HEIF, "
+                            "PDF, Radiance";
     // Sun's raster files: ImageMagick reads them. Eight numbers and pixels.
     std::string const sun = number(0x59a66a95, 4) + number(2, 4) + number(1, 4) + number(24, 4) + number(6, 4) +
                             number(1, 4) + number(0, 8) + "abcdef";

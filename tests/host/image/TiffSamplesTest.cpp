@@ -160,9 +160,8 @@ TEST_F(TiffSamplesTest, ColourSpacesAreRefusedAndConverted) {
             EXPECT_EQ(reader.sampleBytes(), 1u);
         }
         EXPECT_EQ(ImageReader(tiff_, toSrgb()).selection().text, one.name + " converted to sRGB");
-        EXPECT_EQ(
-            ImageReader(tiff_, shown()).notes(),
-            std::vector<std::string>{"'" + tiff_ + "' holds " + one.name + ", which is converted to sRGB of 8 bits"});
+        EXPECT_EQ(ImageReader(tiff_, shown()).notes(),
+                  std::vector<std::string>{"'" + tiff_ + "' holds " + one.name + ": converted to sRGB of 8 bits"});
         EXPECT_EQ(valuesOf(tiff_, toSrgb()), valuesOf(tiff_, shown()));
     }
     Directory light = directory(2, 2, 3, std::vector<float>{1, 1, 1, 0, 0, 0, 0.2f, 0.2f, 0.2f, 0.5f, 0.4f, 0.3f});
@@ -171,6 +170,17 @@ TEST_F(TiffSamplesTest, ColourSpacesAreRefusedAndConverted) {
     write({light});
     EXPECT_TRUE(has(refusal(tiff_), "holds LogLuv;")) << refusal(tiff_);
     EXPECT_EQ(ImageReader(tiff_, toSrgb()).sampleBytes(), 1u);
+}
+
+TEST_F(TiffSamplesTest, PlainColoursStayWhatTheyAreWhereAConversionIsAskedFor) {
+    std::vector<std::uint16_t> const wide{7, 300, 65535};
+    for (Directory const& plain : {grey(8), directory(1, 1, 3, wide)}) {
+        write({plain});
+        expectOwnSamples(tiff_, toSrgb());
+        ImageReader reader(tiff_, toSrgb());
+        EXPECT_EQ(reader.selection().text, "");
+        EXPECT_TRUE(reader.notes().empty());
+    }
 }
 
 TEST_F(TiffSamplesTest, ColourSpacesThatNothingConvertsAreTakenByBands) {
