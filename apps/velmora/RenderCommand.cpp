@@ -154,9 +154,8 @@ void renderImage(Options const& options) {
     // Without a filter 16 bits are shown as they are: their upper byte.
     if (source->sampleBytes() == 2 && options.steps.empty() && shape.bits == 8)
         source = openSource(options, ImageReader::Samples::kEightBits);
-    double const seconds =
-        drawInto(outputOf(options), shape, kTileBudgetBytes,
-                 [&](auto const& instance, auto const& write, auto const& progress) {
+    double const seconds = drawInto(
+        outputOf(options), shape, kTileBudgetBytes, [&](auto const& instance, auto const& write, auto const& progress) {
             if (options.steps.empty())
                 RegionRenderer(instance, options.tileSize).render(*source, region, write, progress);
             else
@@ -181,12 +180,11 @@ void renderStore(Options const& options, std::string const& store) {
     Region const region = StoreRenderer::regionAt(info, zoom, wanted);
     Shape const shape = {region.width, region.height, EnhancedRenderer::bandsOf(info.bands, options.steps),
                          bitsOf(options, info.bits)};
-    double const seconds =
-        drawInto(outputOf(options), shape, kBandBudgetBytes,
-                 [&](auto const& instance, auto const& write, auto const& progress) {
-                     StoreRenderer(instance, store, options.steps, interruption::throwIfNoted, shape.bits)
-                         .render(zoom, options.smooth, region, write, progress);
-                 });
+    double const seconds = drawInto(
+        outputOf(options), shape, kBandBudgetBytes, [&](auto const& instance, auto const& write, auto const& progress) {
+            StoreRenderer(instance, store, options.steps, interruption::throwIfNoted, shape.bits)
+                .render(zoom, options.smooth, region, write, progress);
+        });
     report(options, shape, info.width, info.height,
            printableText(info.interpretation) + ", " + std::to_string(info.bits) + " bits, store of " +
                std::to_string(info.levels) + " levels" + (note.empty() ? "" : ", " + note),

@@ -79,7 +79,8 @@ struct Database::State {
         int const flags =
             (reads ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX;
         errno = 0;
-        int const code = sqlite3_open_v2((reads ? immutableUri(path) : fileName(path)).c_str(), &handle, flags, nullptr);
+        int const code =
+            sqlite3_open_v2((reads ? immutableUri(path) : fileName(path)).c_str(), &handle, flags, nullptr);
         if (handle == nullptr) throw std::bad_alloc();
         if (code != SQLITE_OK) fail();
         sqlite3_progress_handler(handle, kStepsACheck, &State::check, this);

@@ -36,7 +36,7 @@ public:
         /// What is damaged is shown as a hole, striped, and so is what cannot be rebuilt or enhanced without it; else it is
         /// thrown.
         bool showHoles = false;
-        bool forCodes = false; ///< of a picture of 16 bits: codes() is wanted, and no frame
+        bool forCodes = false;              ///< of a picture of 16 bits: codes() is wanted, and no frame
         std::function<void()> interruption; ///< called now and then while the store is read on the GL thread; may throw
     };
 

@@ -45,8 +45,8 @@ Interval intervalAt(double zoom, std::size_t start, std::size_t length, std::siz
 } // namespace
 
 StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
-                             std::vector<enhancement::Step> const& steps,
-                             std::function<void()> const& interruption, std::size_t bits)
+                             std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption,
+                             std::size_t bits)
     : view_(instance, storePath, smallBudgets(bits > 8, interruption)),
       bands_(EnhancedRenderer::bandsOf(view_.info().bands, steps)),
       sampleBytes_(bits / 8) {

@@ -161,7 +161,7 @@ TEST_F(ProgramErrorsGLTest, AFailureOfTheBackendIsExitCode8) {
 
 // Whatever has no memory, the program ends with one line and leaves no picture. Allocations of the backend are among them.
 TEST_F(ProgramErrorsGLTest, ADrawingShortOfMemoryEndsWithALine) {
-    std::string const store = folder_.path("a.store");
+    std::string const store = folder_.path("a.vlm");
     ASSERT_EQ(runVelmora({"import", image_, store}).exitCode, 0);
     for (std::string const& picture : {image_, store}) {
         before_ = folder_.names();

@@ -243,9 +243,9 @@ TEST_F(ProgramRenderGLTest, RegionOfAStoreIsTheFilesAtZoomOneAndALevelBelow) {
 TEST_F(ProgramRenderGLTest, WithoutThreadsAStoreIsMadeAndDrawnAllTheSame) {
     Process::Environment const noThreads{{"LD_PRELOAD", VELMORA_NO_THREADS}};
     testimages::writePattern8(folder_.path("a.png"), "", 200, 150, 3);
-    auto const made = runVelmora({"import", folder_.path("a.png"), folder_.path("a.store"), "--jobs", "3"}, noThreads);
+    auto const made = runVelmora({"import", folder_.path("a.png"), folder_.path("a.vlm"), "--jobs", "3"}, noThreads);
     ASSERT_EQ(made.exitCode, 0) << made.err;
-    auto const drawn = runVelmora({"render", folder_.path("a.store"), "-o", folder_.path("view.png")}, noThreads);
+    auto const drawn = runVelmora({"render", folder_.path("a.vlm"), "-o", folder_.path("view.png")}, noThreads);
     ASSERT_EQ(drawn.exitCode, 0) << drawn.err;
     EXPECT_EQ(drawn.err, "");
     EXPECT_EQ(
@@ -282,7 +282,7 @@ protected:
     }
 
     std::string file_ = folder_.path("a.png");
-    std::string store_ = folder_.path("a.store");
+    std::string store_ = folder_.path("a.vlm");
 };
 
 bool contains(std::string const& text, std::string const& word) {

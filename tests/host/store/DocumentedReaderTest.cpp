@@ -54,7 +54,7 @@ struct Kind {
 class DocumentedReaderTest : public testing::TestWithParam<Kind> {
 protected:
     TemporaryFolder folder_;
-    std::string path_ = folder_.path("a.store");
+    std::string path_ = folder_.path("a.vlm");
     std::string tiff_ = folder_.path("out.tif");
 };
 

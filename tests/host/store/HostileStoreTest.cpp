@@ -61,7 +61,7 @@ protected:
     void expectRefused(std::string const& word) {
         std::string const text = opening();
         EXPECT_NE(text.find(word), std::string::npos) << word << " in '" << text << "'";
-        EXPECT_EQ(folder_.names(), Names{"a.store"});
+        EXPECT_EQ(folder_.names(), Names{"a.vlm"});
     }
 
     void make(std::string const& schema) const { hostilestores::makeWith(schema, path_); }
@@ -90,7 +90,7 @@ protected:
     }
 
     TemporaryFolder folder_;
-    std::string path_ = folder_.path("a.store");
+    std::string path_ = folder_.path("a.vlm");
     ImportOptions options_;
     std::clock_t last_ = 0;
 };
@@ -287,7 +287,7 @@ TEST_F(HostileStoreTest, AJournalOrALogBesideItIsNotRead) {
             other, "PRAGMA journal_mode = " + mode, "UPDATE meta SET value = '18' WHERE key = 'width'", suffix);
         ASSERT_GT(beside.size(), 4096u);
         for (std::string const& name : folder_.names())
-            if (name != "a.store") std::filesystem::remove(folder_.path(name));
+            if (name != "a.vlm") std::filesystem::remove(folder_.path(name));
         writeFile(path_ + suffix, beside);
         {
             TileStore store(path_);
@@ -296,7 +296,7 @@ TEST_F(HostileStoreTest, AJournalOrALogBesideItIsNotRead) {
         }
         EXPECT_EQ(readFile(path_), whole);
         EXPECT_EQ(readFile(path_ + suffix), beside);
-        EXPECT_EQ(folder_.names(), (Names{"a.store", "a.store" + suffix}));
+        EXPECT_EQ(folder_.names(), (Names{"a.vlm", "a.vlm" + suffix}));
         std::filesystem::remove(path_ + suffix);
     }
 }

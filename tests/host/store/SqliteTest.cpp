@@ -87,7 +87,7 @@ protected:
     }
 
     TemporaryFolder folder_;
-    std::string path_ = folder_.path("a.store");
+    std::string path_ = folder_.path("a.vlm");
 };
 
 } // namespace

@@ -75,7 +75,7 @@ protected:
     }
 
     TemporaryFolder folder_;
-    std::string path_ = folder_.path("a.store");
+    std::string path_ = folder_.path("a.vlm");
     std::string whole_;
     std::vector<std::int64_t> ids_;
     std::vector<std::vector<std::int16_t>> samples_;
@@ -173,7 +173,7 @@ TEST_P(StoreHeadTest, AFileThatIsLongerIsRead) {
 // What reads as a store of a version that is known is no newer one.
 TEST(NewerStoreTest, AStoreOfALaterVersionIsNamed) {
     TemporaryFolder const folder;
-    std::string const path = folder.path("a.store");
+    std::string const path = folder.path("a.vlm");
     testpictures::import(testpictures::picture(40, 30, 1, 8, Content::Noise), path);
     storefiles::change(path, "UPDATE meta SET value = '4' WHERE key = 'version'; PRAGMA user_version = 4");
     storefiles::sealDescription(path);
@@ -197,8 +197,8 @@ TEST(OtherFilesTest, APipeIsNoStoreAndNobodyWaitsForIt) {
 
 TEST(OtherFilesTest, ALinkToAStoreIsOne) {
     TemporaryFolder const folder;
-    testpictures::import(testpictures::picture(40, 30, 1, 8, Content::Noise), folder.path("a.store"));
-    std::filesystem::create_symlink("a.store", folder.path("link"));
+    testpictures::import(testpictures::picture(40, 30, 1, 8, Content::Noise), folder.path("a.vlm"));
+    std::filesystem::create_symlink("a.vlm", folder.path("link"));
     std::filesystem::create_symlink("round", folder.path("round"));
     EXPECT_TRUE(TileStore::isStore(folder.path("link")));
     EXPECT_EQ(TileStore(folder.path("link")).info().width, 40u);

@@ -86,7 +86,7 @@ TEST(StoreMemoryTest, ThereIsWhatTheMachineHasOrWhatTheProcessMayTake) {
 // have 550 GB.
 TEST(StoreMemoryTest, AnExportForWhichThereIsNoMemoryTakesNone) {
     TemporaryFolder const folder;
-    std::string const path = folder.path("a.store");
+    std::string const path = folder.path("a.vlm");
     ImportOptions options;
     options.tileSize = 2048;
     testpictures::import(testpictures::picture(40, 30, 1, 8, testpictures::Content::Flat), path, options);
@@ -105,5 +105,5 @@ TEST(StoreMemoryTest, AnExportForWhichThereIsNoMemoryTakesNone) {
         EXPECT_EQ(error.kind(), HostError::Kind::OutOfMemory);
         EXPECT_NE(std::string(error.what()).find("rows of 134217728 pixels"), std::string::npos) << error.what();
     }
-    EXPECT_EQ(folder.names(), std::vector<std::string>{"a.store"});
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"a.vlm"});
 }

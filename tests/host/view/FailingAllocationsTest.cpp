@@ -102,7 +102,7 @@ protected:
             [](std::size_t, std::size_t) {});
     }
 
-    std::string path() const { return folder_.path("a.store"); }
+    std::string path() const { return folder_.path("a.vlm"); }
 
     Picture picture_ = testpictures::picture(90, 70, 3, 16, Content::Noise);
     TemporaryFolder folder_;
@@ -192,14 +192,14 @@ TEST_F(FailingAllocationsTest, RegionsOfStores) {
 
 TEST_F(FailingAllocationsTest, Imports) {
     for (Threads const threads : {Threads::This, Threads::Others}) {
-        std::string const made = folder_.path("made.store");
+        std::string const made = folder_.path("made.vlm");
         expectUnharmed([&] { importPicture(made); }, threads,
                        [&] {
                            std::vector<std::string> const names = folder_.names();
-                           bool const isMade = std::find(names.begin(), names.end(), "made.store") != names.end();
+                           bool const isMade = std::find(names.begin(), names.end(), "made.vlm") != names.end();
                            EXPECT_EQ(names.size(), isMade ? 2U : 1U) << "what is not whole stays behind";
                            for (std::string const& name : names)
-                               if (name != "a.store") std::filesystem::remove(folder_.path(name));
+                               if (name != "a.vlm") std::filesystem::remove(folder_.path(name));
                        });
     }
 }

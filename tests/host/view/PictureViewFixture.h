@@ -53,7 +53,7 @@ protected:
     /// Somewhere, also beside the picture.
     View randomView(StoreInfo const& info);
 
-    std::string path() const { return folder_.path("a.store"); }
+    std::string path() const { return folder_.path("a.vlm"); }
 
     static constexpr std::size_t kTileBudgetBytes = 64 * 1000 * 1000;
 
