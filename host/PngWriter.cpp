@@ -7,6 +7,7 @@
 #include <array>
 #include <csetjmp>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <vector>
 

@@ -207,5 +207,5 @@ void Viewer::screenshot(std::string const& name) {
     PngWriter png(options_.outputOf(name), size.width, size.height, 3);
     png.writeRows(pixels.data(), size.height);
     png.finish();
-    if (showing_ && showing_->hasHoles() && damagedScreenshot_.empty()) damagedScreenshot_ = file;
+    if (showing_ && showing_->hasHoles() && damagedScreenshot_.empty()) damagedScreenshot_ = name;
 }
