@@ -1,6 +1,6 @@
 #include "host/HostError.h"
 
-#include "host/TerminalText.h"
+#include "host/PlainText.h"
 
 #include <sstream>
 

@@ -123,15 +123,19 @@ private:
         return "from " + imageselection::toText(found->low, type) + " to " + imageselection::toText(found->high, type);
     }
 
+    [[noreturn]] void refuseRange(std::string const& held) const {
+        throw HostError(HostError::Kind::UnreadableImage,
+                        "'" + file_->path() + "' holds " + held +
+                            "; there is no range from the smallest to the largest: choose --range LO,HI");
+    }
+
     // Knows the range that is to be found out.
     void settle() {
         if (!options_.selection.automaticRange || range_) return;
         auto const found = samplerange::extremes(*source_, bands_, [this] { file_->check(); });
-        if (!found || found->low < -SampleRange::kFarthest || found->high > SampleRange::kFarthest)
-            throw HostError(HostError::Kind::UnreadableImage,
-                            "'" + file_->path() + "' holds " +
-                                (found ? "samples beyond 1e300" : "no sample that is a finite number") +
-                                "; there is no range from the smallest to the largest: choose --range LO,HI");
+        if (!found) refuseRange("no sample that is a finite number");
+        if (found->low < -SampleRange::kFarthest || found->high > SampleRange::kFarthest)
+            refuseRange("samples beyond 1e300");
         range_ = samplerange::automatic(*found);
         if (!source_->readsAnywhere()) open();
     }

@@ -7,7 +7,9 @@
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
+#include <dirent.h>
 #include <fcntl.h>
+#include <memory>
 #include <random>
 #include <sys/stat.h>
 #include <system_error>
@@ -71,14 +73,17 @@ void removeLeftover(fs::path const& path) {
     close(descriptor);
 }
 
+struct CloseFolder {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+
+// Not by std::filesystem: its iterator that throws nothing ends the program where it runs out of memory.
 void removeIn(fs::path const& folder, std::string const& prefix) {
-    std::error_code end;
-    fs::directory_iterator entries(folder, end);
-    while (!end && entries != fs::directory_iterator()) {
-        fs::path const path = entries->path();
-        std::string const name = path.filename().string();
-        entries.increment(end);
-        if (isTemporary(name) && name.rfind(prefix, 0) == 0) removeLeftover(path);
+    std::unique_ptr<DIR, CloseFolder> const entries(opendir(folder.c_str()));
+    if (!entries) return;
+    while (dirent const* const entry = readdir(entries.get())) {
+        std::string const name = entry->d_name;
+        if (isTemporary(name) && name.rfind(prefix, 0) == 0) removeLeftover(folder / name);
     }
 }
 

@@ -1,55 +1,76 @@
 #include "host/PlainText.h"
 
-#include <array>
-#include <cstdint>
+#include <glib.h>
+
+#include <string_view>
 
 namespace {
 
 constexpr auto kReplacement = "\xef\xbf\xbd"; // U+FFFD
 
-std::uint8_t byteAt(std::string const& text, std::size_t index) {
-    return index < text.size() ? static_cast<std::uint8_t>(text[index]) : std::uint8_t{0};
+struct Character {
+    std::string_view bytes; // one, where it is no UTF-8
+    bool shown;
+};
+
+bool isShown(gunichar code) {
+    bool const control = code < 0x20 || (code >= 0x7f && code <= 0x9f);
+    bool const ends = code == 0x2028 || code == 0x2029; // of a line, of a paragraph
+    bool const turns = code == 0x061c || code == 0x200e || code == 0x200f || (code >= 0x202a && code <= 0x202e) ||
+                       (code >= 0x2066 && code <= 0x2069);
+    return !control && !ends && !turns;
 }
 
-// Bytes of a character that begins with this one; 0 where none does.
-std::size_t lengthOf(std::uint8_t first) {
-    if (first < 0x80) return 1;
-    if (first >= 0xc2 && first <= 0xdf) return 2;
-    if (first >= 0xe0 && first <= 0xef) return 3;
-    return first >= 0xf0 && first <= 0xf4 ? 4 : 0;
+Character characterAt(std::string const& text, std::size_t place) {
+    std::string_view const rest = std::string_view(text).substr(place);
+    gunichar const code = g_utf8_get_char_validated(rest.data(), static_cast<gssize>(rest.size()));
+    bool const valid = code <= 0x10ffff; // else one of its error codes, also for a 0
+    return {rest.substr(0, valid ? static_cast<std::size_t>(g_unichar_to_utf8(code, nullptr)) : 1),
+            valid && isShown(code)};
 }
 
-// Bytes of the well-formed character at a place (RFC 3629); 0 where there is none.
-std::size_t characterAt(std::string const& text, std::size_t begin) {
-    std::size_t const length = lengthOf(byteAt(text, begin));
-    std::uint32_t code = byteAt(text, begin) & (length == 1 ? 0x7fU : 0xffU >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        std::uint8_t const next = byteAt(text, begin + i);
-        if ((next & 0xc0) != 0x80) return 0;
-        code = (code << 6) | (next & 0x3fU);
+std::string escaped(std::string_view bytes) {
+    constexpr auto kDigits = "0123456789abcdef";
+    std::string text;
+    for (char const byte : bytes) {
+        auto const number = static_cast<unsigned char>(byte);
+        text += {'\\', 'x', kDigits[number >> 4], kDigits[number & 0xf]};
     }
-    constexpr std::array<std::uint32_t, 5> kSmallest{0, 0, 0x80, 0x800, 0x10000};
-    bool const surrogate = code >= 0xd800 && code <= 0xdfff;
-    return code >= kSmallest.at(length) && code <= 0x10ffff && !surrogate ? length : 0;
-}
-
-// Of one byte, or as Unicode's C1 of two: 0xc2 0x80 to 0xc2 0x9f.
-bool isControl(std::string const& text, std::size_t begin) {
-    std::uint8_t const first = byteAt(text, begin);
-    return first < 0x20 || first == 0x7f || (first == 0xc2 && byteAt(text, begin + 1) < 0xa0);
+    return text;
 }
 
 } // namespace
 
+std::string terminalText(std::string const& text) {
+    std::string shown;
+    for (std::size_t place = 0; place < text.size();) {
+        Character const character = characterAt(text, place);
+        shown += character.shown ? std::string(character.bytes) : escaped(character.bytes);
+        place += character.bytes.size();
+    }
+    return shown;
+}
+
+std::string printableText(std::string const& text, std::size_t most) {
+    std::string shown;
+    std::size_t count = 0;
+    for (std::size_t place = 0; place < text.size(); ++count) {
+        if (count == most) return shown + "...";
+        Character const character = characterAt(text, place);
+        shown += character.shown ? character.bytes : kReplacement;
+        place += character.bytes.size();
+    }
+    return shown;
+}
+
 std::string plainText(std::string const& text, std::size_t maxBytes) {
     std::string plain;
-    for (std::size_t begin = 0; begin < text.size();) {
-        std::size_t const length = characterAt(text, begin);
-        bool const kept = length > 0 && !isControl(text, begin);
-        std::string const next = kept ? text.substr(begin, length) : kReplacement;
+    for (std::size_t place = 0; place < text.size();) {
+        Character const character = characterAt(text, place);
+        std::string_view const next = character.shown ? character.bytes : kReplacement;
         if (plain.size() + next.size() > maxBytes) break;
         plain += next;
-        begin += length > 0 ? length : 1;
+        place += character.bytes.size();
     }
     return plain;
 }

@@ -1,6 +1,6 @@
 #include "host/ProgressBar.h"
 
-#include "host/TerminalText.h"
+#include "host/PlainText.h"
 
 #include <algorithm>
 #include <array>

@@ -3,8 +3,8 @@
 #include "apps/velmora/Interruption.h"
 #include "apps/velmora/SelectionOptions.h"
 #include "host/HostError.h"
+#include "host/PlainText.h"
 #include "host/ProgressBar.h"
-#include "host/TerminalText.h"
 #include "host/store/StoreCheck.h"
 
 #include <cstdio>

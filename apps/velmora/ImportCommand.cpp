@@ -4,7 +4,7 @@
 #include "apps/velmora/SelectionOptions.h"
 #include "host/HostError.h"
 #include "host/OutputFile.h"
-#include "host/TerminalText.h"
+#include "host/PlainText.h"
 #include "host/store/StoreImporter.h"
 
 #include <charconv>

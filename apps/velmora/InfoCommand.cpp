@@ -3,8 +3,8 @@
 #include "apps/velmora/Interruption.h"
 #include "apps/velmora/SelectionOptions.h"
 #include "host/GlInfo.h"
+#include "host/PlainText.h"
 #include "host/SurfacelessContext.h"
-#include "host/TerminalText.h"
 #include "host/store/TileStore.h"
 
 #include <nlohmann/json.hpp>

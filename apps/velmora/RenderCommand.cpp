@@ -10,11 +10,10 @@
 #include "host/HostError.h"
 #include "host/ImageReader.h"
 #include "host/PictureWriter.h"
-#include "host/PrintableText.h"
+#include "host/PlainText.h"
 #include "host/ProgressBar.h"
 #include "host/RegionRenderer.h"
 #include "host/SurfacelessContext.h"
-#include "host/TerminalText.h"
 #include "host/store/TileStore.h"
 #include "host/view/StoreRenderer.h"
 #include "renderbackend/RenderBackendInstance.h"
@@ -79,11 +78,11 @@ std::unique_ptr<PixelSource> openSource(Options const& options, ImageReader::Sam
 std::size_t bitsOf(Options const& options, std::size_t pictureBits) {
     bool const weighed = options.smooth && options.zoom < 1;
     bool const kept = pictureBits == 16 && options.steps.empty() && !weighed;
-    if (options.bits == 16 && !kept)
+    if (options.bits == 16 && pictureBits != 16)
         throw HostError(HostError::Kind::Usage,
-                        pictureBits == 16
-                            ? "filters and --smooth give 8 bits; leave out --bits 16, or them"
-                            : picturefiles::nameOf(options.image) + " has samples of 8 bits; leave out --bits 16");
+                        picturefiles::nameOf(options.image) + " has samples of 8 bits; leave out --bits 16");
+    if (options.bits == 16 && !kept)
+        throw HostError(HostError::Kind::Usage, "filters and --smooth give 8 bits; leave out --bits 16, or them");
     if (options.bits != 0) return options.bits;
     return kept && namesTiff(options.output) ? 16 : 8;
 }

@@ -4,9 +4,9 @@
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/GlInfo.h"
 #include "host/HostError.h"
+#include "host/PlainText.h"
 #include "host/ProgressBar.h"
 #include "host/SurfacelessContext.h"
-#include "host/TerminalText.h"
 #include "renderbackend/RenderBackendInstance.h"
 
 #include <nlohmann/json.hpp>

@@ -80,7 +80,7 @@ double pixelsPerMillimetre(std::string const& element, std::string const& name) 
 } // namespace
 
 void pixeldensity::set(ImageFacts& facts, Origin origin, double pixelsPerMillimetreX, double pixelsPerMillimetreY) {
-    if (!isPossible(pixelsPerMillimetreX) || !isPossible(pixelsPerMillimetreY)) return;
+    if (pixelsPerMillimetreX == 0 || pixelsPerMillimetreY == 0) return; // one of them is not known
     if (!counts(origin, pixelsPerMillimetreX) || !counts(origin, pixelsPerMillimetreY)) return;
     facts.pixelsPerMillimetreX = pixelsPerMillimetreX;
     facts.pixelsPerMillimetreY = pixelsPerMillimetreY;

@@ -13,7 +13,7 @@ enum class Origin {
     Hint        ///< of photographs and pictures on screens: where it is finer than anything is printed
 };
 
-/// Sets the physical size of the facts, or leaves it unknown.
+/// Sets the physical size of the facts, or leaves it unknown. A size that cannot be is set too: who keeps it says so.
 void set(ImageFacts& facts, Origin origin, double pixelsPerMillimetreX, double pixelsPerMillimetreY);
 
 /// The size of pixels in an OME-TIFF's description; sets nothing where it holds none. Whether it did.

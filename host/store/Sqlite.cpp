@@ -45,12 +45,17 @@ constexpr std::array<Setting, 10> kLimits{{{SQLITE_LIMIT_LENGTH, Database::kFirs
 
 constexpr auto kReadingSettings = "PRAGMA mmap_size = 0; PRAGMA query_only = ON; PRAGMA cell_size_check = ON";
 
+// To SQLite ":memory:" is no file, and what begins with "file:" is an address.
+std::string fileName(std::string const& path) {
+    return path.rfind('/', 0) == 0 ? path : "./" + path;
+}
+
 // A name of a file as SQLite takes one that says how to open it.
 std::string immutableUri(std::string const& path) {
     constexpr auto kDigits = "0123456789abcdef";
     // An absolute path follows an empty name of a machine.
     std::string uri = path.rfind('/', 0) == 0 ? "file://" : "file:";
-    for (char const character : path) {
+    for (char const character : fileName(path)) {
         if (character != '%' && character != '?' && character != '#') {
             uri += character;
             continue;
@@ -59,11 +64,6 @@ std::string immutableUri(std::string const& path) {
         uri += {'%', kDigits[byte >> 4], kDigits[byte & 0xf]};
     }
     return uri + "?immutable=1";
-}
-
-// To SQLite ":memory:" is no file, and what begins with "file:" is an address.
-std::string fileName(std::string const& path) {
-    return path.rfind('/', 0) == 0 ? path : "./" + path;
 }
 
 } // namespace

@@ -4,29 +4,7 @@
 #include "host/store/StoreMemory.h"
 #include "host/store/StoredPlane.h"
 
-#include <array>
-#include <cstdio>
 #include <deque>
-
-namespace {
-
-// A wide picture of flat parts is a small file: what its rows take is known before any of it is taken.
-void requireMemory(TileStore const& store) {
-    size_t const needed = storememory::exportBytes(store.info());
-    size_t const available = storememory::availableBytes();
-    if (needed <= available) return;
-    auto const gigabytes = [](size_t bytes) {
-        std::array<char, 32> text{};
-        std::snprintf(text.data(), text.size(), "%.1f GB", static_cast<double>(bytes) / 1e9);
-        return std::string(text.data());
-    };
-    throw HostError(HostError::Kind::OutOfMemory, "exporting '" + store.path() + "' may take " + gigabytes(needed) +
-                                                      " of memory for rows of " + std::to_string(store.info().width) +
-                                                      " pixels, more than the " + gigabytes(available) +
-                                                      " that there are; draw parts of it with velmora render");
-}
-
-} // namespace
 
 TiffWriter::Format tiffFormatOf(StoreInfo const& info) {
     return {info.width, info.height, info.bands, info.bits, info.micronsPerPixelX, info.micronsPerPixelY};
@@ -35,7 +13,7 @@ TiffWriter::Format tiffFormatOf(StoreInfo const& info) {
 void exportStore(TileStore& store, OutputFile file, ExportProgress const& progress) {
     StoreInfo const& info = store.info();
     file.sources.push_back(store.path());
-    requireMemory(store);
+    storememory::requireForExport(info, store.path());
     TiffWriter tiff(file, tiffFormatOf(info));
     std::deque<StoredPlane> planes;
     std::deque<TileRowReader> residuals;

@@ -6,8 +6,8 @@
 #include "host/Threads.h"
 #include "host/store/ColourPlanes.h"
 #include "host/store/CompressionPool.h"
-#include "host/store/ImportMemory.h"
 #include "host/store/PlaneTransform.h"
+#include "host/store/StoreMemory.h"
 #include "host/store/TileStoreWriter.h"
 
 #include <algorithm>
@@ -147,7 +147,7 @@ StoreInfo importStore(PictureOpener const& open, std::string const& path, Import
     while (true) {
         StoreInfo info = infoOf(*source, options, residualBits.front());
         residualBits.pop_front();
-        requireImportMemory(info);
+        storememory::requireForImport(info);
         try {
             Import(file, info, threadsFor(options.jobs)).run(*source, progress);
             return info;

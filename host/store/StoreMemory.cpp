@@ -1,40 +1,68 @@
 #include "host/store/StoreMemory.h"
 
+#include "host/HostError.h"
+#include "host/MemoryBudget.h"
+
 #include <algorithm>
-#include <sys/resource.h>
-#include <unistd.h>
 
 namespace {
 
-constexpr std::size_t kSampleBytes = sizeof(wavelet53::Sample);
-// LevelInverse: six rows of two bands, and the joiner's even and odd samples.
-constexpr std::size_t kRowsOfALevel = 14;
+constexpr std::uint64_t kSampleBytes = sizeof(wavelet53::Sample);
+constexpr std::uint64_t kImportedRows = 24; // of a level: twelve that it keeps, of two bands each
+constexpr std::uint64_t kExportedRows = 14; // of a level: six of two bands, and the joiner's even and odd samples
 
-std::size_t tileRowBytes(StoreInfo const& info, std::size_t level) {
-    Extent const extent = storegeometry::bandExtent(info, level);
-    std::size_t const columns = storegeometry::tileCount(info, level).width;
-    return columns * info.tileSize * std::min(info.tileSize, extent.height) * kSampleBytes;
+std::uint64_t cutTilesBytes(StoreInfo const& info, Extent const& band) {
+    return kSampleBytes * band.width * std::min(info.tileSize, band.height);
 }
 
-std::size_t planeBytes(StoreInfo const& info) {
-    std::size_t bytes = info.width * kSampleBytes + tileRowBytes(info, info.levels);
-    if (info.residualBits > 0) bytes += info.width * kSampleBytes + tileRowBytes(info, 0);
-    for (std::size_t level = 1; level <= info.levels; ++level)
-        bytes +=
-            kRowsOfALevel * storegeometry::bandExtent(info, level).width * kSampleBytes + 3 * tileRowBytes(info, level);
-    return bytes;
+// Whole tiles, also where they reach beyond the band.
+std::uint64_t readTilesBytes(StoreInfo const& info, size_t level) {
+    size_t const rows = std::min(info.tileSize, storegeometry::bandExtent(info, level).height);
+    return kSampleBytes * storegeometry::tileCount(info, level).width * info.tileSize * rows;
 }
 
 } // namespace
 
-std::size_t storememory::exportBytes(StoreInfo const& info) {
-    return info.bands * planeBytes(info) + info.width * info.bands * info.bits / 8;
+std::uint64_t storememory::importBytes(StoreInfo const& info) {
+    std::uint64_t plane = info.residualBits > 0 ? cutTilesBytes(info, {info.width, info.height}) : 0;
+    for (size_t level = 1; level <= info.levels; ++level) {
+        Extent const band = storegeometry::bandExtent(info, level);
+        plane += kImportedRows * kSampleBytes * band.width;
+        plane += (level == info.levels ? 4 : 3) * cutTilesBytes(info, band);
+    }
+    // A row of the picture, and the row that is being split into planes.
+    std::uint64_t const row = info.width * (info.bits / 8 + 2 * kSampleBytes);
+    return info.bands * (plane + row);
 }
 
-std::size_t storememory::availableBytes() {
-    auto const machine =
-        static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    rlimit limit{};
-    getrlimit(RLIMIT_AS, &limit);
-    return limit.rlim_cur == RLIM_INFINITY ? machine : std::min<std::size_t>(machine, limit.rlim_cur);
+std::uint64_t storememory::exportBytes(StoreInfo const& info) {
+    std::uint64_t const row = info.width * kSampleBytes;
+    std::uint64_t plane = row + readTilesBytes(info, info.levels);
+    if (info.residualBits > 0) plane += row + readTilesBytes(info, 0);
+    for (size_t level = 1; level <= info.levels; ++level) {
+        plane += kExportedRows * kSampleBytes * storegeometry::bandExtent(info, level).width;
+        plane += 3 * readTilesBytes(info, level);
+    }
+    return info.bands * (plane + info.width * info.bits / 8);
+}
+
+void storememory::requireForImport(StoreInfo const& info) {
+    std::uint64_t const bytes = importBytes(info);
+    if (bytes <= memorybudget::kPictureBytes) return;
+    throw HostError(HostError::Kind::UnreadableImage,
+                    "'" + info.sourceName + "' is " + std::to_string(info.width) +
+                        " pixels wide: an import with tiles of " + std::to_string(info.tileSize) +
+                        " samples takes about " + memorybudget::toText(bytes) + " of memory, more than the " +
+                        memorybudget::toText(memorybudget::kPictureBytes) +
+                        " that a picture may take; choose a smaller --tile, or cut it into narrower pictures");
+}
+
+void storememory::requireForExport(StoreInfo const& info, std::string const& store) {
+    std::uint64_t const bytes = exportBytes(info);
+    std::uint64_t const available = memorybudget::availableBytes();
+    if (bytes <= available) return;
+    throw HostError(HostError::Kind::OutOfMemory, "exporting '" + store + "' may take " + memorybudget::toText(bytes) +
+                                                      " of memory for rows of " + std::to_string(info.width) +
+                                                      " pixels, more than the " + memorybudget::toText(available) +
+                                                      " that there are; draw parts of it with velmora render");
 }

@@ -2,16 +2,21 @@
 
 #include "host/store/StoreInfo.h"
 
-#include <cstddef>
+#include <cstdint>
+#include <string>
 
-/// What a store's picture takes, before it is taken.
+/// What imports and exports of a picture hold at once, known before any of it is taken: rows of each level and rows of tiles
+/// of each band. They grow with the width and with the size of tiles; beside them are some megabytes that do not.
 namespace storememory {
 
-/// The most that an export holds at once: the rows of all levels that the inverse transform works on, and a row of tiles of
-/// each band.
-std::size_t exportBytes(StoreInfo const& info);
+std::uint64_t importBytes(StoreInfo const& info);
+std::uint64_t exportBytes(StoreInfo const& info);
 
-/// The machine's memory, or what the process may take of it where that is less.
-std::size_t availableBytes();
+/// Throws HostError (unreadable image) where an import takes more than a picture may.
+void requireForImport(StoreInfo const& info);
+
+/// Throws HostError (out of memory) where an export of the store takes more than there is: a wide picture of flat parts is a
+/// small file.
+void requireForExport(StoreInfo const& info, std::string const& store);
 
 } // namespace storememory

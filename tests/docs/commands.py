@@ -2,7 +2,7 @@
 """commands.py ROOT PROGRAM BUILD: the commands in the fenced blocks of README.md, CONTRIBUTING.md and docs/.
 
 Those of velmora run, in their order and for each document in a folder of its own, and must end with 0. The pictures and
-stores of the reader, slide.tif and the like, are pieces of the built-in picture there; a region that lies beyond one is moved
+stores of the reader, slide.tif and the like, are pieces of the built-in picture there, or files of readersfiles.py; a region that lies beyond one is moved
 into it, and a viewer gets a script that ends it. Of other commands what they name must exist: presets, targets, tests,
 scripts and their options.
 """
@@ -16,8 +16,9 @@ import sys
 import tempfile
 
 import documents
+import readersfiles
 
-PICTURE = re.compile(r'[\w-]+\.(tif|tiff|svs|jpg|png|jp2)')
+PICTURE = re.compile(r'[\w.-]+\.(tif|tiff|svs|jpg|png|jp2|fits)')
 STORE = re.compile(r'[\w-]+\.(vlm|store)')
 # Of the built-in picture, for the reader's own ones.
 PIECE = (8192, 2048, 2048, 1536)
@@ -46,6 +47,8 @@ class Reader:
         return self.velmora.run(self.adapted(arguments, files, outputs))
 
     def provide(self, file):
+        if self.provide_special(file):
+            return
         piece = os.path.join(self.folder, 'piece.tif')
         if not os.path.exists(piece):
             self.make('render', '-o', piece, '-r', '%d,%d,%d,%d' % PIECE)
@@ -53,6 +56,19 @@ class Reader:
             self.make('import', piece, file)
         else:
             shutil.copy(piece, os.path.join(self.folder, file))
+
+    def provide_special(self, file):
+        """Whether the file is one of those that hold more than a piece of the built-in picture."""
+        path = os.path.join(self.folder, file)
+        if file.endswith('.fits'):
+            readersfiles.write_frame(path)
+        elif file.endswith('.ome.tif'):
+            readersfiles.write_tiff(path, 15, 1)
+        elif file == 'landsat.tif':
+            readersfiles.write_tiff(path, 1, 11)
+        else:
+            return False
+        return True
 
     def make(self, *arguments):
         failure = self.velmora.run(arguments)

@@ -170,7 +170,8 @@ class Document:
 def exit_codes(root):
     codes = dict(re.findall(r'\b(kExit\w+)\s*=\s*(\d+)', read(os.path.join(root, 'apps/velmora/ExitCodes.h'))))
     switch = without_comments(read(os.path.join(root, 'apps/velmora/ExitCodes.cpp')))
-    return {kind: codes[code] for kind, code in re.findall(r'case HostError::Kind::(\w+):\s*return (\w+);', switch)}
+    groups = re.findall(r'((?:case HostError::Kind::\w+:\s*)+)return (\w+);', switch)
+    return {kind: codes[code] for cases, code in groups for kind in re.findall(r'Kind::(\w+)', cases)}
 
 
 def kinds(root):

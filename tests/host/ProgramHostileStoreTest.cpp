@@ -52,9 +52,10 @@ TEST_F(ProgramHostileStoreTest, EachIsDamageAtOnceAndTakesNoMemory) {
 
 // It would clear the screen, name the window, and turn the text around.
 TEST_F(ProgramHostileStoreTest, WhatItsTextsSayToATerminalIsShownAndNotObeyed) {
-    ImportOptions options;
-    options.sourceName = "\x1b[2J\x1b]0;mine\x07\xe2\x80\xae\xff.tif";
-    testpictures::import(testpictures::picture(40, 30, 1, 8, Content::Noise), path_, options);
+    testpictures::import(testpictures::picture(40, 30, 1, 8, Content::Noise), path_, {});
+    storefiles::change(path_, "UPDATE meta SET value = CAST(x'1b5b324a1b5d303b6d696e6507e280aeff2e746966' AS TEXT)"
+                              " WHERE key = 'sourceName'");
+    storefiles::sealDescription(path_);
     auto const info = run({"info", path_});
     EXPECT_EQ(info.exitCode, 0) << info.err;
     EXPECT_NE(info.out.find("made of                 \\x1b[2J\\x1b]0;mine\\x07\\xe2\\x80\\xae\\xff.tif\n"),

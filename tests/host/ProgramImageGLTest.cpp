@@ -63,7 +63,7 @@ TEST_F(ProgramImageGLTest, PagesBandsAndRangesAreDrawn) {
     five.extraSamples = {0, 0};
     std::string const image = tiff({directory(9, 7, 3, bytes(189, 1)), directory(20, 3, 3, bytes(180, 50)), five});
     EXPECT_EQ(filesamples::difference(render({"--page", "2"}), filesamples::read(image, 2)), "");
-    EXPECT_NE(said_.find(", page 2 of 3) in"), std::string::npos) << said_;
+    EXPECT_NE(said_.find(", page 2 of 3), "), std::string::npos) << said_;
     Samples const third = filesamples::read(image, 3);
     EXPECT_EQ(
         filesamples::difference(render({"--page", "3", "--bands", "5,1,4", "--range", "-100,500"}),

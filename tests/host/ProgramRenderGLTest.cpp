@@ -265,7 +265,7 @@ protected:
 
     std::string rendered(std::vector<std::string> arguments, std::string const& name) const {
         arguments.insert(arguments.begin(), "render");
-        arguments.insert(arguments.end(), {"-o", folder_.path(name)});
+        arguments.insert(arguments.end(), {"-o", folder_.path(name), "--force"});
         auto const result = runVelmora(arguments);
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, "");

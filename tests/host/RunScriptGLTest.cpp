@@ -18,7 +18,9 @@ protected:
     void SetUp() override {
         for (std::string const folder : {"root/scripts", "root/build/run/apps/velmora", "bin", "here", "there"})
             fs::create_directories(path(folder));
-        fs::copy_file(VELMORA_RUN_SCRIPT, path("root/run"));
+        fs::path const script = VELMORA_RUN_SCRIPT;
+        fs::copy_file(script, path("root/run"));
+        fs::copy_file(script.parent_path() / "scripts/usable-path", path("root/scripts/usable-path"));
         fs::create_symlink(VELMORA_PROGRAM, path("root/build/run/apps/velmora/velmora"));
         for (std::string const tool : {"root/scripts/install-packages", "bin/cmake"})
             fs::create_symlink("/bin/true", path(tool));

@@ -4,6 +4,7 @@
 #pragma GCC visibility push(default)
 #include "gles3renderbackend/Gl.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -44,6 +45,7 @@ void died(GLsizei n, GLuint const* names) {
 std::array<unsigned char, std::size_t{8} << 20U> mapped{};
 
 constexpr GLint kMaxTextureSize = 8192;
+GLint unpackAlignment = 4;
 
 } // namespace
 
@@ -92,7 +94,13 @@ GLenum glCheckFramebufferStatus(GLenum) {
     return GL_FRAMEBUFFER_COMPLETE;
 }
 void glGetIntegerv(GLenum name, GLint* value) {
-    *value = name == GL_MAX_TEXTURE_SIZE ? kMaxTextureSize : 0;
+    *value = name == GL_MAX_TEXTURE_SIZE ? kMaxTextureSize : name == GL_UNPACK_ALIGNMENT ? unpackAlignment : 0;
+}
+void glGetBooleanv(GLenum name, GLboolean* values) {
+    std::fill_n(values, name == GL_COLOR_WRITEMASK ? 4 : 1, GLboolean{GL_TRUE});
+}
+GLboolean glIsEnabled(GLenum) {
+    return GL_FALSE;
 }
 void glGetShaderiv(GLuint, GLenum name, GLint* value) {
     *value = name == GL_COMPILE_STATUS ? 1 : 0;
@@ -141,7 +149,9 @@ void glEnableVertexAttribArray(GLuint) {}
 void glFramebufferTexture2D(GLenum, GLenum, GLenum, GLuint, GLint) {}
 void glGenerateMipmap(GLenum) {}
 void glLinkProgram(GLuint) {}
-void glPixelStorei(GLenum, GLint) {}
+void glPixelStorei(GLenum name, GLint value) {
+    if (name == GL_UNPACK_ALIGNMENT) unpackAlignment = value;
+}
 void glScissor(GLint, GLint, GLsizei, GLsizei) {}
 void glShaderSource(GLuint, GLsizei, GLchar const* const*, GLint const*) {}
 void glTexImage2D(GLenum, GLint, GLint, GLsizei, GLsizei, GLint, GLenum, GLenum, void const*) {}

@@ -206,8 +206,8 @@ TEST_F(ProgramViewGLTest, ZoomsAreThoseOfRender) {
 TEST_F(ProgramViewGLTest, AZoomThatIsNoStepIsNamed) {
     std::string const store = makeStore("a.vlm", 700, 500);
     auto const printed = [&](std::string const& zoom) {
-        auto const result =
-            view({store, "--bare", "--size", "100x80", "--at", "300,200," + zoom, "--screenshot", path("a.png")});
+        auto const result = view(
+            {store, "--bare", "--size", "100x80", "--at", "300,200," + zoom, "--screenshot", path("a.png"), "--force"});
         EXPECT_EQ(result.exitCode, 0) << result.err;
         return result.out;
     };

@@ -2,7 +2,7 @@
 
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
-#include "host/PrintableText.h"
+#include "host/PlainText.h"
 #include "host/store/TileStore.h"
 #include "host/view/TonePoints.h"
 

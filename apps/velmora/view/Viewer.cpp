@@ -5,8 +5,8 @@
 #include "apps/velmora/view/Panels.h"
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
+#include "host/PlainText.h"
 #include "host/PngWriter.h"
-#include "host/PrintableText.h"
 #include "host/store/TileStore.h"
 
 #include <algorithm>

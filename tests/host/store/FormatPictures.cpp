@@ -95,6 +95,14 @@ ImageSelection selectionOf(Choice const& choice) {
     return selection;
 }
 
+std::unique_ptr<PixelSource> openAs(ImageReader::Samples samples, std::string const& path, Choice const& choice) {
+    ImageReader::Options options;
+    options.samples = samples;
+    options.selection = selectionOf(choice);
+    options.lossless = true;
+    return std::make_unique<ImageReader>(path, options);
+}
+
 } // namespace
 
 std::vector<Format> const& formatpictures::all() {
@@ -205,11 +213,11 @@ bool formatpictures::areRequired() {
 }
 
 std::unique_ptr<PixelSource> formatpictures::open(std::string const& path, Choice const& choice) {
-    ImageReader::Options options;
-    options.samples = ImageReader::Samples::kAsStored;
-    options.selection = selectionOf(choice);
-    options.lossless = true;
-    return std::make_unique<ImageReader>(path, options);
+    return openAs(ImageReader::Samples::kAsStored, path, choice);
+}
+
+std::unique_ptr<PixelSource> formatpictures::openAsShown(std::string const& path, Choice const& choice) {
+    return openAs(ImageReader::Samples::kEightBits, path, choice);
 }
 
 Picture formatpictures::middleOf(std::string const& path, std::size_t side, Choice const& choice) {

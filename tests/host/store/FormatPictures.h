@@ -49,6 +49,8 @@ bool areRequired();
 
 /// Every sample of a file, of 16 bits where it has 16, or of what is chosen of it.
 std::unique_ptr<PixelSource> open(std::string const& path, Choice const& choice = {});
+/// The same as 8 bits.
+std::unique_ptr<PixelSource> openAsShown(std::string const& path, Choice const& choice);
 /// The middle of it, at most `side` pixels wide and high.
 testpictures::Picture middleOf(std::string const& path, std::size_t side, Choice const& choice = {});
 

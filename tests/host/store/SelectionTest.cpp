@@ -2,6 +2,7 @@
 #include "host/store/Sqlite.h"
 #include "host/store/TileStore.h"
 #include "tests/host/TemporaryFolder.h"
+#include "tests/host/store/StoreFiles.h"
 #include "tests/host/store/TestPictures.h"
 
 #include <gtest/gtest.h>
@@ -71,8 +72,8 @@ TEST_F(SelectionTest, IsKeptToTheLastBit) {
 
 TEST_F(SelectionTest, StoresFromBeforeItHaveNone) {
     imported({"page 3 of 15", 1, 2});
-    // They had another checksum, or none.
-    change("DELETE FROM meta WHERE key IN ('selection', 'rangeLow', 'rangeHigh', 'crc')");
+    change("DELETE FROM meta WHERE key IN ('selection', 'rangeLow', 'rangeHigh')");
+    storefiles::sealDescription(store_);
     StoreInfo const info = TileStore(store_).info();
     EXPECT_EQ(info.selection, "");
     EXPECT_EQ(info.rangeLow, 0);

@@ -204,7 +204,7 @@ TEST_P(SixteenBitFormatsGLTest, FileStoreWindowAndRegionShowTheSame) {
         if (formatpictures::areRequired()) FAIL() << located.missing;
         GTEST_SKIP() << located.missing;
     }
-    Picture const picture = formatpictures::middleOf(located.path, kMostPixels);
+    Picture const picture = formatpictures::middleOf(located.path, kMostPixels, GetParam().choice);
     ASSERT_EQ(picture.bits, 16U);
     import(picture, 128);
     // Each of the others in turn.
@@ -212,11 +212,11 @@ TEST_P(SixteenBitFormatsGLTest, FileStoreWindowAndRegionShowTheSame) {
     std::vector<Steps> const some = {{}, allSteps()[other]};
     expectOneRule(picture, isLongRun() ? allSteps() : some);
     // What the reader itself makes of the file.
-    ImageReader eightBits(located.path, ImageReader::Samples::kEightBits);
-    Region const middle = {(eightBits.width() - picture.width) / 2, (eightBits.height() - picture.height) / 2,
+    auto const eightBits = formatpictures::openAsShown(located.path, GetParam().choice);
+    Region const middle = {(eightBits->width() - picture.width) / 2, (eightBits->height() - picture.height) / 2,
                            picture.width, picture.height};
     Bytes shown;
-    eightBits.read(middle, shown);
+    eightBits->read(middle, shown);
     EXPECT_TRUE(shown == upperBytesOf(picture).bytes);
 }
 

@@ -1,6 +1,9 @@
 #include "host/store/StoreMemory.h"
 
 #include "host/HostError.h"
+#include "host/MemoryBudget.h"
+#include "host/store/ColourPlanes.h"
+#include "host/store/PlaneTransform.h"
 #include "host/store/StoreExporter.h"
 #include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/StoreFiles.h"
@@ -14,15 +17,33 @@
 
 namespace {
 
-StoreInfo infoOf(size_t width, size_t height, size_t bands, size_t bits) {
+StoreInfo infoOf(size_t width, size_t height, size_t bands, size_t bits, size_t tileSize = 256) {
     StoreInfo info;
     info.width = width;
     info.height = height;
     info.bands = bands;
     info.bits = bits;
     info.residualBits = bits == 16 ? 3 : 0;
-    info.tileSize = 256;
+    info.tileSize = tileSize;
+    info.sourceName = "wide.tif";
     return info;
+}
+
+StoreInfo allLevelsOf(size_t width, size_t height, size_t bands, size_t bits, size_t tileSize) {
+    StoreInfo info = infoOf(width, height, bands, bits, tileSize);
+    info.levels = storegeometry::autoLevels(width, height, tileSize);
+    return info;
+}
+
+// What the parts of an import have room for, counted by themselves.
+std::uint64_t heldBytes(StoreInfo const& info) {
+    std::uint64_t samples = 0;
+    for (size_t plane = 0; plane < info.bands; ++plane) {
+        samples += PlaneTransform(info, plane, [](RawTile&&) {}).bufferedSamples();
+        if (info.residualBits > 0)
+            samples += TileRowCutter(info, 0, Band::Residual, plane, [](RawTile&&) {}).bufferedSamples();
+    }
+    return 2 * samples + info.width * info.bands * (info.bits / 8 + 4);
 }
 
 // What the process may take, for as long as it lives.
@@ -76,10 +97,10 @@ TEST(StoreMemoryTest, ThereIsWhatTheMachineHasOrWhatTheProcessMayTake) {
     size_t const all = machine.totalram * machine.mem_unit;
     rlimit limit{};
     getrlimit(RLIMIT_AS, &limit);
-    EXPECT_EQ(storememory::availableBytes(), std::min<size_t>(all, limit.rlim_cur));
+    EXPECT_EQ(memorybudget::availableBytes(), std::min<size_t>(all, limit.rlim_cur));
     size_t const half = all / 2;
     AddressLimit const less(half);
-    EXPECT_EQ(storememory::availableBytes(), half);
+    EXPECT_EQ(memorybudget::availableBytes(), half);
 }
 
 // A flat picture of 134217728 x 2048 pixels is a file of few megabytes; should its tiles all have data, a row of them would
@@ -106,4 +127,58 @@ TEST(StoreMemoryTest, AnExportForWhichThereIsNoMemoryTakesNone) {
         EXPECT_NE(std::string(error.what()).find("rows of 134217728 pixels"), std::string::npos) << error.what();
     }
     EXPECT_EQ(folder.names(), std::vector<std::string>{"a.vlm"});
+}
+
+TEST(StoreMemoryTest, AnImportTakesWhatItsPartsHold) {
+    for (size_t const tileSize : {16u, 64u, 256u, 2048u})
+        for (size_t const bands : {1u, 3u, 4u})
+            for (size_t const bits : {8u, 16u})
+                for (size_t const height : {1u, 40u, 3000u}) {
+                    StoreInfo const info = allLevelsOf(5000, height, bands, bits, tileSize);
+                    EXPECT_EQ(storememory::importBytes(info), heldBytes(info))
+                        << tileSize << " " << bands << " " << bits << " " << height;
+                }
+}
+
+TEST(StoreMemoryTest, ImportsOfWhatPeopleHaveFit) {
+    EXPECT_NO_THROW(storememory::requireForImport(allLevelsOf(300000, 300000, 4, 16, 256)));
+    EXPECT_NO_THROW(storememory::requireForImport(allLevelsOf(800000, 500000, 3, 8, 256)));
+}
+
+TEST(StoreMemoryTest, AnImportThatTakesMoreIsRefusedAndSmallerTilesAreTheWayOut) {
+    StoreInfo info = allLevelsOf(8000000, 1000, 3, 8, 256);
+    try {
+        storememory::requireForImport(info);
+        FAIL();
+    } catch (HostError const& error) {
+        EXPECT_EQ(error.kind(), HostError::Kind::UnreadableImage);
+        EXPECT_EQ(
+            std::string(error.what()),
+            "'wide.tif' is 8000000 pixels wide: an import with tiles of 256 samples takes about " +
+                memorybudget::toText(storememory::importBytes(info)) +
+                " of memory, more than the 4.0 GB that a picture may take; choose a smaller --tile, or cut it into "
+                "narrower pictures");
+    }
+    info.tileSize = 16;
+    EXPECT_NO_THROW(storememory::requireForImport(info));
+}
+
+TEST(StoreMemoryTest, TheBudgetItselfIsEnoughForAnImport) {
+    StoreInfo info = allLevelsOf(1, 1000000, 1, 8, 256);
+    std::uint64_t const each = storememory::importBytes(allLevelsOf(2000000, 1000000, 1, 8, 256)) / 2000000;
+    // The widest picture that fits, found by halving.
+    size_t fits = 1;
+    size_t refused = 2 * memorybudget::kPictureBytes / each;
+    while (refused - fits > 1) {
+        info = allLevelsOf((fits + refused) / 2, 1000000, 1, 8, 256);
+        (storememory::importBytes(info) <= 4'000'000'000 ? fits : refused) = info.width;
+    }
+    EXPECT_NO_THROW(storememory::requireForImport(allLevelsOf(fits, 1000000, 1, 8, 256)));
+    EXPECT_THROW(storememory::requireForImport(allLevelsOf(refused, 1000000, 1, 8, 256)), HostError);
+}
+
+TEST(MemoryBudgetTest, IsToldInGigabytes) {
+    EXPECT_EQ(memorybudget::toText(4'000'000'000), "4.0 GB");
+    EXPECT_EQ(memorybudget::toText(12'340'000'000), "12.3 GB");
+    EXPECT_EQ(memorybudget::toText(50'000'000), "0.1 GB");
 }
