@@ -27,7 +27,7 @@ enhancement::Step parsed(std::string const& text) {
 }
 
 constexpr std::array<FilterOption, 6> kFilters = {{
-    {"--sharpen", "G", "Unsharp mask of gain G; on 16 bits whole gains only", parsed<enhancement::parseSharpen>},
+    {"--sharpen", "G", "Unsharp mask of gain G, in steps of 1/32", parsed<enhancement::parseSharpen>},
     {"--matrix", "M1,...,M9[,S]", "Colour matrix, row by row (M1 M2 M3 make red), times strength S",
      parsed<enhancement::parseColourMatrix>},
     {"--gamma", "G,BLACK,WHITE",
