@@ -19,7 +19,7 @@ constexpr size_t kTexels = 16;
 constexpr int kRunsPerFinish = 64;
 constexpr std::array<GLfloat, 4> kUpright = {1, 0, 0, 1};
 
-// One wavelet step: two bands of 16-bit samples, two samples a texel, become rows of twice the width.
+// One wavelet step: two bands of 16-bit samples, two samples per texel, become rows of twice the width.
 Filter waveletFilter(RenderBackendInstance& instance) {
     Filter filter("FilterFirIH53LeGall16", 0, 0, 0, 0, 0, 1, 0, 1, 2, 1, 1, 1, 2, RenderBackend::NEAREST);
     instance.createFilterInstance(filter);

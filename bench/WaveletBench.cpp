@@ -1,5 +1,5 @@
 // One level of the inverse 5/3 wavelet, four bands to 1024 x 1024 samples: two vertical steps and a horizontal one.
-//   ours       through executeFilter, two samples of 16 bits a texel
+//   ours       through executeFilter, two samples of 16 bits per texel
 //   bytepairs  the same passes in bare GL with the filter written on byte pairs, high and low byte apart with carries
 //              between them, as is usual on GLES 2: ours reads whole samples and splits them at the end
 //   processor  arrays of 16-bit numbers, loops that the compiler vectorises, one thread
@@ -17,7 +17,7 @@
 namespace {
 
 constexpr size_t kOutput = 1024;
-constexpr size_t kBand = kOutput / 2 + 2; // samples a side of a band, see description::filterFirIH53LeGall16()
+constexpr size_t kBand = kOutput / 2 + 2; // samples per side of a band, see description::filterFirIH53LeGall16()
 
 using Samples = std::vector<std::int16_t>;
 

@@ -15,9 +15,9 @@ namespace conformance {
 
 /// How the texels of a target are meant; the logical widths follow from it.
 enum class Layout {
-    kRgb8,           ///< one pixel a texel, a target without alpha
-    kRgba8,          ///< one pixel a texel
-    kOneChannel16,   ///< two samples a texel
+    kRgb8,           ///< one pixel per texel, a target without alpha
+    kRgba8,          ///< one pixel per texel
+    kOneChannel16,   ///< two samples per texel
     kThreeChannel16, ///< one pixel in two texels
     kFourChannel16   ///< one pixel in two texels, all of their bytes
 };

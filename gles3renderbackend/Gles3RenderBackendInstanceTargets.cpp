@@ -249,13 +249,13 @@ std::vector<unsigned char> Gles3RenderBackendInstance::getPixels(size_t target, 
     requireReadRectangle(rect, kGetPixelsVector);
     size_t const checked = getPixelsBufferSize(target, rect);
     Gles3Target const& found = findOrMakeTarget(target);
-    // RGBA32 delivers 4 bytes a texel: a vector that had to grow for them would be copied.
+    // RGBA32 delivers 4 bytes per texel: a vector that had to grow for them would be copied.
     std::vector<unsigned char> pixels(found.format() == RenderBackend::RGBA32 ? checked / 3 * 4 : checked);
     found.getPixels(pixels, rect[0], rect[2], rect[1], rect[3]);
     return pixels;
 }
 
-// Deliberate: 3 bytes a texel whatever the format is, the same count that reading checks for.
+// Deliberate: 3 bytes per texel whatever the format is, the same count that reading checks for.
 size_t Gles3RenderBackendInstance::getPixelsBufferSize(size_t target, std::vector<size_t> const& rect) const {
     requireReadRectangle(rect, kGetPixelsBufferSize);
     return findOrMakeTarget(target).texelWidth(rect[1]) * rect[3] * 3;

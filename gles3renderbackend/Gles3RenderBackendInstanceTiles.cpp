@@ -31,7 +31,7 @@ void Gles3RenderBackendInstance::setTile(size_t tile, std::vector<unsigned char>
     // The entry comes first, and stays, empty, when the size is refused.
     Gles3Texture& texture = textureCache_->get(key);
     texture.setPixels(pixels, textureSizeOfTile(size, true), offset);
-    // Deliberate: accounted by the size as given, so a 16-bit tile costs one byte a pixel.
+    // Deliberate: accounted by the size as given, so a 16-bit tile costs one byte per pixel.
     textureCache_->setSize(key, size[0] * size[1] * size[2]);
 }
 

@@ -49,7 +49,7 @@ ClaheTables claheTables(std::vector<std::int16_t> const& samples, int width, int
 /// stand at [0, 20), [20, 60), [60, 100) ... along each axis.
 std::int16_t claheInterpolated(ClaheTables const& tables, int x, int y, std::size_t bin);
 
-/// The whole filter on four samples a pixel. The clip limit goes through single precision and is at least 1. Pixels
+/// The whole filter on four samples per pixel. The clip limit goes through single precision and is at least 1. Pixels
 /// left of x0 and above y0 keep their value (x0 is 40 where the filter's invalidLeft is 40 or more, else 0; y0
 /// likewise); tables are over the whole buffer all the same. Below 41 pixels in either direction nothing changes.
 std::vector<std::int16_t> clahe(std::vector<std::int16_t> samples, int width, int height, double clip, int x0, int y0);

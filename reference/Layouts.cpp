@@ -155,7 +155,7 @@ Planes3 unpackThreeChannel16Unsigned(Texels const& texels) {
 }
 
 Texels packFourChannel16(std::vector<std::int16_t> const& samples, int widthPixels, int heightPixels) {
-    if (samples.size() != count(widthPixels, heightPixels, 4)) throw std::invalid_argument("four samples a pixel");
+    if (samples.size() != count(widthPixels, heightPixels, 4)) throw std::invalid_argument("four samples per pixel");
     Texels texels(2 * widthPixels, heightPixels);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         auto const pair = encodePair(samples[i]);

@@ -32,7 +32,7 @@ public:
     virtual size_t targetOrTileId() const;
 
     RenderBackend::BufferType type() const { return type_; }
-    /// {width in texels, height, bytes a texel} of the texture that the buffer fills.
+    /// {width in texels, height, bytes per texel} of the texture that the buffer fills.
     std::vector<size_t> const& size() const { return size_; }
 
 private:

@@ -14,9 +14,9 @@ class VELMORA_EXPORT RenderBackend {
 public:
     /// Texel layout of a texture or target.
     enum ImageFormatType : std::uint32_t {
-        RGB24 = 0,     ///< three bytes a texel: red, green, blue
-        RGBA32 = 1,    ///< four bytes a texel; also the carrier of packed 16-bit samples
-        GRAY8 = 2,     ///< one byte a texel, a luminance texture: cannot be rendered to on OpenGL ES 3
+        RGB24 = 0,     ///< three bytes per texel: red, green, blue
+        RGBA32 = 1,    ///< four bytes per texel; also the carrier of packed 16-bit samples
+        GRAY8 = 2,     ///< one byte per texel, a luminance texture: cannot be rendered to on OpenGL ES 3
         UNDEFINED = 3, ///< "the format that the backend was constructed with"
     };
 

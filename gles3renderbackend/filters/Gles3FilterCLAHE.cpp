@@ -21,7 +21,7 @@ constexpr size_t kBytesPerPixel = 8;
 void requireFourComponents(Gles3Target const& target) {
     bool const twoTexels = target.physicalPerLogical() == kTexelsPerPixel && target.logicalPerPhysical() == 1;
     if (target.ownSurface() == 0 || target.format() != RenderBackend::RGBA32 || !twoTexels)
-        throw VelmoraException("CLAHE needs targets of 48 or 64 bits a pixel in RGBA32", kDraw);
+        throw VelmoraException("CLAHE needs targets of 48 or 64 bits per pixel in RGBA32", kDraw);
 }
 
 // Rows of `width` pixels, four components each, in the machine's own 16-bit numbers.

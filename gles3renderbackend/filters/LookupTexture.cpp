@@ -12,7 +12,7 @@ namespace {
 
 constexpr size_t kLowDepth = 8;      // the largest depth of the 8-bit program
 constexpr size_t kRowEntries = 2048; // every OpenGL ES 3 implementation has textures that wide
-constexpr size_t kBands = 3;         // one a channel
+constexpr size_t kBands = 3;         // one per channel
 
 } // namespace
 

@@ -16,7 +16,7 @@ struct TexelFormat {
 /// Empty for UNDEFINED and for values outside the enumeration.
 std::optional<TexelFormat> texelFormat(RenderBackend::ImageFormatType format);
 
-/// The layout with that many bytes a texel; empty for counts other than 1, 3 and 4.
+/// The layout with that many bytes per texel; empty for counts other than 1, 3 and 4.
 std::optional<RenderBackend::ImageFormatType> formatOfBytes(size_t bytesPerTexel);
 
 /// GL's minifying and magnifying filters.

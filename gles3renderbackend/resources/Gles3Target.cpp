@@ -149,7 +149,7 @@ void Gles3Target::clearRect(float r, float g, float b, float a, size_t x, size_t
 
 size_t Gles3Target::getPixels(void* buffer, size_t n, size_t x, size_t y, size_t width, size_t height) const {
     size_t const texels = texelWidth(width);
-    // Deliberate: 3 bytes a texel for every format. Hosts size their buffers by it; it must not be tightened.
+    // Deliberate: 3 bytes per texel for every format. Hosts size their buffers by it; it must not be tightened.
     size_t const required = height * texels * 3;
     if (n < required)
         throw VelmoraException("buffer too small provided " + std::to_string(n) +

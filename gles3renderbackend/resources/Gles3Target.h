@@ -48,7 +48,7 @@ public:
     void clearRect(float r, float g, float b, float a, size_t x, size_t y, size_t width, size_t height) const;
 
     /// Reads a rectangle into `buffer`, a capacity of n bytes, and returns the bytes written, rows in GL's order. x and
-    /// y count texels, width logical pixels. The capacity is checked with 3 bytes a texel whatever the format is: an
+    /// y count texels, width logical pixels. The capacity is checked with 3 bytes per texel whatever the format is: an
     /// RGBA32 target writes 4, which the caller must provide. Leaves the framebuffer bound and the pack alignment
     /// changed.
     size_t getPixels(void* buffer, size_t n, size_t x, size_t y, size_t width, size_t height) const;

@@ -13,7 +13,7 @@ class Gles3Pbo;
 
 /// A 2D texture of 8-bit channels. Copies share the GL texture, the last one deletes it. GL thread only.
 ///
-/// Size vectors are {width, height, bytes a texel}, in texels. Every operation binds the texture to GL_TEXTURE_2D of
+/// Size vectors are {width, height, bytes per texel}, in texels. Every operation binds the texture to GL_TEXTURE_2D of
 /// the active unit and leaves it bound. Unpack alignment is 1 from the first upload on: the buffer form of setPixels
 /// relies on it, as rows in an upload buffer follow each other without padding. docs/GL_STATE.md: what else counts.
 class Gles3Texture : public virtual Canvas {
@@ -21,7 +21,7 @@ public:
     /// A GL name without an image: size 0 by 0, RGBA32, NEAREST.
     Gles3Texture();
 
-    /// size needs {width, height}; the bytes a texel follow from the format. A size of 0 in either direction makes a
+    /// size needs {width, height}; the bytes per texel follow from the format. A size of 0 in either direction makes a
     /// texture without an image; an empty pixel vector allocates an image that is not filled.
     Gles3Texture(std::vector<std::uint8_t> const& pixels, std::vector<size_t> const& size,
                  RenderBackend::ImageFormatType textureFormat, RenderBackend::ImageFiltering filtering);

@@ -41,7 +41,7 @@ inline size_t texels(Scene const& scene, size_t pixels) {
 }
 
 inline Picture tilePicture(Scene const& scene, size_t tile) {
-    // A 16-bit tile arrives as two bytes a sample, two samples a texel.
+    // A 16-bit tile arrives as two bytes per sample, two samples per texel.
     size_t const texelBytes = scene.tileComponents == 3 ? 3 : 4;
     return noise(texels(scene, scene.tileSize[0]), scene.tileSize[1], texelBytes, static_cast<std::uint32_t>(tile) + 1);
 }

@@ -38,7 +38,7 @@ Picture sourcePicture(BlitRun const& run) {
     return noise(texels(run, run.sourceSize[0]), run.sourceSize[1], 4, 1);
 }
 
-// What a target of fewer bytes a texel keeps of a picture.
+// What a target of fewer bytes per texel keeps of a picture.
 Picture kept(Picture const& picture, size_t bytesPerTexel) {
     Picture result(picture.width, picture.height, bytesPerTexel);
     for (size_t y = 0; y < picture.height; ++y)

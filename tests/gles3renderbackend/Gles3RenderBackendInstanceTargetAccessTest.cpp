@@ -213,7 +213,7 @@ TEST_F(Gles3RenderBackendInstanceTargetAccessTest, GetPixelsTakesXWidthYHeight) 
 }
 
 TEST_F(Gles3RenderBackendInstanceTargetAccessTest, GetPixelsRoundsPackedWidthsUpAndPassesPositionsOn) {
-    size_t const target = create({200, 80}, 16, RenderBackend::RGBA32); // two pixels a texel
+    size_t const target = create({200, 80}, 16, RenderBackend::RGBA32); // two pixels per texel
     EXPECT_EQ(instance->getPixels(target, {11, 101, 7, 2}).size(), 51U * 2 * 4);
     EXPECT_EQ(gl.last("glReadPixels").text(), "glReadPixels(11, 7, 51, 2, GL_RGBA, GL_UNSIGNED_BYTE, data)");
 }

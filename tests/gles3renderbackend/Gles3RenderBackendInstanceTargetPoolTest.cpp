@@ -123,7 +123,7 @@ TEST_F(Gles3RenderBackendInstanceTargetPoolTest, PackedTargetIsReusedForWiderPix
 
 TEST_F(Gles3RenderBackendInstanceTargetPoolTest, TargetThatHoldsNoWholeNumberOfPixelsIsNotReused) {
     auto const erased = pooled({{201, 10}, {202, 10}}, 24, RenderBackend::RGB24);
-    size_t const id = create({100, 10}, 48, RenderBackend::RGB24); // two texels a pixel
+    size_t const id = create({100, 10}, 48, RenderBackend::RGB24); // two texels per pixel
     EXPECT_EQ(framebuffer(id), erased[1]) << "201 texels are no pairs";
     EXPECT_EQ(gles().target(id).logicalSize(), (Sizes{101, 10}));
 }

@@ -188,12 +188,12 @@ TEST_F(Gles3RenderBackendInstanceTargetsTest, TooLargeRequestNamesTheLimitInWhol
     std::vector<Row> const rows = {
         {"too wide", 4096, {4097, 10}, 32, RenderBackend::RGBA32, "width: 4000 & height: 4000"},
         {"too high", 4096, {10, 4097}, 32, RenderBackend::RGBA32, "width: 4000 & height: 4000"},
-        {"three pixels a texel", 4096, {12291, 10}, 8, RenderBackend::RGB24, "width: 12000 & height: 4000"},
-        {"two texels a pixel", 4096, {2049, 10}, 48, RenderBackend::RGB24, "width: 2000 & height: 4000"},
-        {"three texels a pixel: 4096 / 3", 4096, {1366, 10}, 96, RenderBackend::RGBA32, "width: 1000 & height: 4000"},
+        {"three pixels per texel", 4096, {12291, 10}, 8, RenderBackend::RGB24, "width: 12000 & height: 4000"},
+        {"two texels per pixel", 4096, {2049, 10}, 48, RenderBackend::RGB24, "width: 2000 & height: 4000"},
+        {"three texels per pixel: 4096 / 3", 4096, {1366, 10}, 96, RenderBackend::RGBA32, "width: 1000 & height: 4000"},
         {"limit a multiple of 1000", 3000, {3001, 10}, 32, RenderBackend::RGBA32, "width: 3000 & height: 3000"},
         {"limit below 1000", 64, {65, 10}, 32, RenderBackend::RGBA32, "width: 0 & height: 0"},
-        {"limit below 1000, 24 pixels a texel", 64, {1560, 10}, 1, RenderBackend::RGB24, "width: 1000 & height: 0"},
+        {"limit below 1000, 24 pixels per texel", 64, {1560, 10}, 1, RenderBackend::RGB24, "width: 1000 & height: 0"},
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(row.name);

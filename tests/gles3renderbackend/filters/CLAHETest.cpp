@@ -15,7 +15,7 @@ using Samples = std::vector<std::int16_t>;
 
 constexpr std::int16_t kOthers = -4321;
 
-/// Four samples a pixel; the first from first to last, the others noise.
+/// Four samples per pixel; the first from first to last, the others noise.
 Samples noise(int width, int height, std::uint32_t randomStart, int first = -100, int last = 400) {
     std::mt19937 random(randomStart);
     Samples samples(static_cast<size_t>(width) * static_cast<size_t>(height) * 4);

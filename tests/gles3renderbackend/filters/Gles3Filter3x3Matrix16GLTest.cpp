@@ -166,7 +166,7 @@ TEST_F(Gles3Filter3x3Matrix16GLTest, PartsLandAtEvenTexelsWhole) {
     }
 }
 
-// A target of four bytes a pixel counts texels as logical pixels: a clip of one is one texel.
+// A target of four bytes per pixel counts texels as logical pixels: a clip of one is one texel.
 TEST_F(Gles3Filter3x3Matrix16GLTest, ColumnParityIsThatOfTheLayoutNotOfTheDestination) {
     Texels const texels = packThreeChannel16(randomPlanes(9, 4, 9, -8000, 8000));
     FilterRun const run{{{rig.uploaded(texels, Layout::kRgba8), 0, 0, false}}, 18, 4, 1, 0, 0, 0, {0, 0}};

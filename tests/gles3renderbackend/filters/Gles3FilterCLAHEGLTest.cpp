@@ -246,7 +246,7 @@ TEST_F(Gles3FilterCLAHEGLTest, TargetsOfOtherLayoutsAreRefusedAsSourceAndAsDesti
             std::string const failure = failureOf([&, from = source, to = destination] {
                 rig.run(filter, {{{from, 0, 0, false}}, 50, 50}, to, clipLimit(3.0));
             });
-            EXPECT_EQ(failure.rfind("#Name:CLAHE needs targets of 48 or 64 bits a pixel in RGBA32#Location:", 0), 0U)
+            EXPECT_EQ(failure.rfind("#Name:CLAHE needs targets of 48 or 64 bits per pixel in RGBA32#Location:", 0), 0U)
                 << failure;
         }
     }

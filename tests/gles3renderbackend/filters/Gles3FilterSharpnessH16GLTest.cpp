@@ -99,7 +99,7 @@ TEST_F(Gles3FilterSharpnessH16GLTest, PartsLandAtEvenTexelsWhole) {
     }
 }
 
-// A target of four bytes a pixel counts texels as logical pixels: a clip of one is one texel.
+// A target of four bytes per pixel counts texels as logical pixels: a clip of one is one texel.
 TEST_F(Gles3FilterSharpnessH16GLTest, ColumnParityIsThatOfTheLayoutNotOfTheDestination) {
     Texels const texels = packThreeChannel16(randomPlanes(10, 4, 9, 0, 1023));
     size_t const source = rig.uploaded(texels, Layout::kRgba8);

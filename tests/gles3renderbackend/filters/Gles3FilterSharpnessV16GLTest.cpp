@@ -207,7 +207,7 @@ TEST_F(Gles3FilterSharpnessV16GLTest, PartsOfInputsThatStandApartLandAtEvenTexel
     }
 }
 
-// Targets of four bytes a pixel count texels as logical pixels: a clip of one is one texel.
+// Targets of four bytes per pixel count texels as logical pixels: a clip of one is one texel.
 TEST_F(Gles3FilterSharpnessV16GLTest, ColumnParityIsThatOfTheLayoutNotOfTheDestination) {
     Texels const source = packThreeChannel16(randomPlanes(10, 4, 22, 0, 1023));
     Texels const blurred = anyBlur(10, 4, 23);

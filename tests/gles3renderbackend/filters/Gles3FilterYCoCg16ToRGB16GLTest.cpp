@@ -105,7 +105,7 @@ TEST_F(Gles3FilterYCoCg16ToRGB16GLTest, PartsLandAtEvenTexelsWhole) {
 TEST_F(Gles3FilterYCoCg16ToRGB16GLTest, ColumnParityIsThatOfTheLayoutNotOfTheDestination) {
     Texels const yCoCg = packThreeChannel16(randomPlanes(8, 5, 3, -300, 300));
     Texels const whole = yCoCg16ToRgb16(yCoCg);
-    // A target of four bytes a pixel counts texels as logical pixels: a clip of one is one texel.
+    // A target of four bytes per pixel counts texels as logical pixels: a clip of one is one texel.
     size_t const source = rig.uploaded(yCoCg, Layout::kRgba8);
     FilterRun const run{{{source, 0, 0, false}}, 16, 5, 1, 0, 0, 0, {0, 0}};
     EXPECT_TRUE(rig.givesWithin(description::filterYCoCg16ToRGB16(), run, cropped(whole, 1, 0, 15, 5), Layout::kRgba8));

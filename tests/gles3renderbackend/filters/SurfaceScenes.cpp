@@ -80,7 +80,7 @@ Scene copy(Layout layout) {
     return pointwise(noise(kWidth, kHeight, 1), layout, same);
 }
 
-// Rows and columns beyond the texture read its edge, two samples a texel.
+// Rows and columns beyond the texture read its edge, two samples per texel.
 Plane continued(Plane const& plane, int columns, int rows) {
     Plane out(plane.width + columns, plane.height + rows);
     for (int y = 0; y < out.height; ++y) {

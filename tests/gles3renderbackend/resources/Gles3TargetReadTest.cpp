@@ -55,7 +55,7 @@ TEST_F(Gles3TargetReadTest, TheRequiredSizeCountsTexelsOfAPackedTarget) {
               "size_t height) const");
 }
 
-// Required: 3 bytes a texel for every format, although an RGBA read writes 4.
+// Required: 3 bytes per texel for every format, although an RGBA read writes 4.
 TEST_F(Gles3TargetReadTest, ABufferOfThreeBytesATexelIsAcceptedForFourBytesATexel) {
     Gles3Target const made = target(RenderBackend::RGBA32);
     Bytes buffer(80);
@@ -207,7 +207,7 @@ TEST_F(Gles3TargetReadTest, TheVectorFormCutsAVectorThatIsTooLarge) {
     EXPECT_EQ(pixels, (Bytes{1, 2, 3, 4, 5, 6}));
 }
 
-// Required: the vector form is held to the same 3 bytes a texel, counted by the vector's capacity.
+// Required: the vector form is held to the same 3 bytes per texel, counted by the vector's capacity.
 TEST_F(Gles3TargetReadTest, TheVectorFormPassesTheCapacity) {
     Gles3Target const made = target(RenderBackend::GRAY8);
     preferReading(GL_ALPHA);

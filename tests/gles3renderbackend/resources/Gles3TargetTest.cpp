@@ -201,7 +201,7 @@ TEST_F(Gles3TargetTest, ClearRectTruncatesPositionsRoundsWidthsUpAndScalesRows) 
     for (auto const& row :
          {Row{"101 of 102 logical pixels take 51 texels", {102, 20}, 2, 1, {0, 0, 101, 20}, "glScissor(0, 0, 51, 20)"},
           Row{"an odd position is truncated", {102, 20}, 2, 1, {3, 1, 1, 1}, "glScissor(1, 1, 1, 1)"},
-          Row{"two texels a pixel", {25, 20}, 1, 2, {3, 0, 4, 2}, "glScissor(6, 0, 8, 2)"},
+          Row{"two texels per pixel", {25, 20}, 1, 2, {3, 0, 4, 2}, "glScissor(6, 0, 8, 2)"},
           Row{"three quarters", {68, 20}, 4, 3, {5, 0, 5, 1}, "glScissor(3, 0, 4, 1)"},
           Row{"rows are truncated", {51, 30}, 1, 1, {0, 4, 1, 5}, "glScissor(0, 2, 1, 3)"},
           Row{"rows are spread", {51, 10}, 1, 1, {0, 4, 1, 5}, "glScissor(0, 8, 1, 10)"}}) {

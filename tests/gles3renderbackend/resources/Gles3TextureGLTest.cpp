@@ -53,7 +53,7 @@ TEST_F(Gles3TextureGLTest, EveryByteOfAnRgbaTextureArrives) {
     EXPECT_TRUE(pixelsEqual(drawn(16, 16), pixels, 16));
 }
 
-// 3 and 1 bytes a texel and odd widths: rows follow each other without padding.
+// 3 and 1 bytes per texel and odd widths: rows follow each other without padding.
 TEST_F(Gles3TextureGLTest, AnRgbTextureIsOpaque) {
     auto const pixels = numberedBytes(7 * 5 * 3);
     source().setPixels(pixels, {7, 5, 3});

@@ -12,7 +12,7 @@ inline std::vector<std::uint8_t> numberedBytes(size_t count, size_t randomStart 
     return bytes;
 }
 
-/// A picture of `bytesPerTexel` bytes a texel, the tests' own model of a texture or target.
+/// A picture of `bytesPerTexel` bytes per texel, the tests' own model of a texture or target.
 struct Picture {
     size_t width;
     size_t height;
