@@ -41,6 +41,8 @@ void importcache::makePrivate(fs::path const& folder) {
     if (status.st_uid != geteuid()) throw unusable(folder, "it belongs to another user");
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
         throw unusable(folder, "others may write to it; take that from them, chmod go-w");
+    // Its names say which pictures its owner has looked at. Not every file system knows permissions.
+    if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0) chmod(folder.c_str(), S_IRWXU);
 }
 
 fs::path importcache::folder(std::string const& cacheHome, std::string const& home) {

@@ -13,7 +13,7 @@ namespace importcache {
 /// values of XDG_CACHE_HOME and HOME; nothing where neither is of use, for any other folder would be everybody's.
 std::filesystem::path folder(std::string const& cacheHome, std::string const& home);
 
-/// Makes the folder, for its owner alone, where it is not there. Throws HostError (unwritable output) where it cannot be
+/// Makes the folder its owner's alone, and makes it where it is not there. Throws HostError (unwritable output) where it cannot be
 /// made, and where others could have put stores into it that would be shown for ours: a link, a folder of another user,
 /// one that others may write to.
 void makePrivate(std::filesystem::path const& folder);
