@@ -2,6 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/PixelBands.h"
+#include "host/PlainText.h"
 #include "host/image/ImageRefusal.h"
 #include "host/image/SampleRange.h"
 #include "host/image/SampleSource.h"
@@ -68,8 +69,7 @@ public:
     }
 
     std::string description() const {
-        std::string const count = std::to_string(facts().layout.bands);
-        std::string const what = count + (count == "1" ? " band of " : " bands of ") + toText(facts().layout.type) +
+        std::string const what = counted(facts().layout.bands, "band") + " of " + toText(facts().layout.type) +
                                  " samples, " + facts().format;
         return text().empty() ? what : what + ", " + text();
     }
@@ -99,7 +99,7 @@ private:
     }
 
     void convert() {
-        convertedFrom_ = facts().colourSpace.empty() ? "linear light" : facts().colourSpace;
+        convertedFrom_ = facts().colourSpace.empty() ? kLinearLight : facts().colourSpace;
         request_.toSrgb = true;
         open();
     }
@@ -145,7 +145,7 @@ private:
         if (!convertedFrom_.empty() && !options_.selection.toSrgb)
             notes_.push_back(name + " holds " + convertedFrom_ + ": converted to sRGB of " +
                              std::to_string(8 * bytesOf(facts().layout.type)) + " bits" +
-                             (convertedFrom_ == "scRGB" ? "; what is brighter than white is clipped" : ""));
+                             (convertedFrom_ == kLinearLight ? "; what is brighter than white is clipped" : ""));
         if (!facts().drawn.empty()) notes_.push_back(name + " has no pixels of its own and is " + facts().drawn);
         if (facts().orientation != 1)
             notes_.push_back(name + " asks to be turned or mirrored (orientation " +
@@ -159,8 +159,8 @@ private:
             parts.push_back(singular(facts().pageNoun) + " " + std::to_string(request_.page.value_or(1)) + " of " +
                             std::to_string(facts().pages));
         if (!isWhole())
-            parts.push_back("bands " + imageselection::toText(options_.selection.bands) + " of " +
-                            std::to_string(facts().layout.bands));
+            parts.push_back((bands() == 1 ? "band " : "bands ") + imageselection::toText(options_.selection.bands) +
+                            " of " + std::to_string(facts().layout.bands));
         if (!convertedFrom_.empty()) parts.push_back(convertedFrom_ + " converted to sRGB");
         if (!facts().drawn.empty()) parts.push_back(facts().drawn);
         if (range_) parts.push_back(rangeText(*range_, facts().layout.type));

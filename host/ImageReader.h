@@ -15,7 +15,7 @@
 ///     8 and 16 bits, unsigned             as they lie in the file; with Samples::kEightBits 16 bits become v >> 8
 ///     floats, signed, 32 bits             refused; a range that is asked for becomes 16 bits
 ///     1, 2 and 4 bits, palettes           the 8 bits that they stand for
-///     CMYK, Lab, XYZ, Radiance's scRGB,   converted to sRGB of 8 bits, which notes() say; refused where every sample is to
+///     CMYK, Lab, XYZ, Radiance's light,   converted to sRGB of 8 bits, which notes() say; refused where every sample is to
 ///     colours multiplied by alpha         be kept and the conversion is not asked for
 ///     several pages, or bands that are    refused; those that are asked for are taken
 ///     neither grey nor RGB

@@ -74,3 +74,7 @@ std::string plainText(std::string const& text, std::size_t maxBytes) {
     }
     return plain;
 }
+
+std::string counted(std::size_t number, std::string const& noun) {
+    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}

@@ -29,10 +29,11 @@ void check(std::string const& path) {
         std::printf("%s\n", terminalText(description).c_str());
     if (result.damages > 0)
         throw HostError(HostError::Kind::DamagedStore, "the tile store '" + path + "' is damaged in " +
-                                                           std::to_string(result.damages) +
-                                                           " places; import the picture again, or restore the file "
+                                                           counted(result.damages, "place") +
+                                                           "; import the picture again, or restore the file "
                                                            "from a copy");
-    std::printf("%s: %zu tiles, all as they were written\n", terminalText(path).c_str(), result.tiles);
+    std::printf("%s: %s, all as they were written\n", terminalText(path).c_str(),
+                counted(result.tiles, "tile").c_str());
 }
 
 } // namespace

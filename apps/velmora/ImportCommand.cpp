@@ -78,7 +78,7 @@ std::string checkLevels(std::string const& text) {
 }
 
 std::string checkEven(std::string const& text) {
-    return (text.back() - '0') % 2 == 0 ? "" : "a tile has an even number of samples a side";
+    return (text.back() - '0') % 2 == 0 ? "" : "a tile has an even number of samples per side";
 }
 
 void import(Options const& options) {
@@ -98,10 +98,10 @@ void import(Options const& options) {
     std::error_code gone; // somebody may have taken it away already
     auto const bytes = std::filesystem::file_size(files.store, gone);
     std::string const part = info.selection.empty() ? "" : " (" + info.selection + ")";
-    std::printf("%s: %zu x %zu pixels of %s%s in %zu levels, %ju bytes in %.2f s, %.1f Mpixel/s\n",
+    std::printf("%s: %zu x %zu pixels of %s%s in %s, %ju bytes in %.2f s, %.1f Mpixel/s\n",
                 terminalText(files.store).c_str(), info.width, info.height, terminalText(info.sourceName).c_str(),
-                terminalText(part).c_str(), info.levels, static_cast<std::uintmax_t>(gone ? 0 : bytes), seconds.count(),
-                megapixels / seconds.count());
+                terminalText(part).c_str(), counted(info.levels, "level").c_str(),
+                static_cast<std::uintmax_t>(gone ? 0 : bytes), seconds.count(), megapixels / seconds.count());
 }
 
 } // namespace
@@ -111,8 +111,7 @@ void addImportCommand(CLI::App& program) {
     auto* const command = program.add_subcommand("import", "Make a lossless tile store of an image");
     command->footer(kExamples);
     command->add_option("NAMES", options->names, "IMAGE, any that is read, and STORE, the file to make, .vlm")
-        ->type_name("")
-        ->required();
+        ->type_name("");
     command->add_flag("--built-in", options->builtIn, "Import the built-in picture; the only name is STORE");
     command->add_option("--tile", options->import.tileSize, "Side of a tile in samples, even")
         ->capture_default_str()
@@ -123,7 +122,7 @@ void addImportCommand(CLI::App& program) {
         ->capture_default_str()
         ->type_name("N")
         ->check(checkLevels);
-    command->add_option("--jobs", options->import.jobs, "Threads that compress; without it, one a core")
+    command->add_option("--jobs", options->import.jobs, "Threads that compress; without it, one per core")
         ->type_name("N")
         ->check(CLI::Range(size_t{1}, kMaxJobs));
     addSelectionOptions(*command, options->selection);

@@ -62,7 +62,7 @@ void storeInfo(std::string const& path, StoreInfo const& info) {
     number("width", info.width);
     number("height", info.height);
     printText("bands", std::to_string(info.bands) + ", " + info.interpretation);
-    number("bits a sample", info.bits);
+    number("bits per sample", info.bits);
     number("bits outside wavelet", info.residualBits);
     number("levels", info.levels);
     number("tile size", info.tileSize);

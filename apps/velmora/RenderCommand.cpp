@@ -167,7 +167,7 @@ Zoom zoomOf(Options const& options, StoreInfo const& info) {
     Zoom const smallest = Zoom::nearest(0.0, info.levels);
     if (options.zoom >= smallest.value()) return Zoom::nearest(options.zoom, info.levels);
     throw HostError(HostError::Kind::Usage, picturefiles::nameOf(options.image) + " has " +
-                                                std::to_string(info.levels) + " levels; --zoom is at least " +
+                                                counted(info.levels, "level") + "; --zoom is at least " +
                                                 toText(smallest.value()));
 }
 
@@ -186,7 +186,7 @@ void renderStore(Options const& options, std::string const& store) {
         });
     report(options, shape, info.width, info.height,
            printableText(info.interpretation) + ", " + std::to_string(info.bits) + " bits, store of " +
-               std::to_string(info.levels) + " levels" + (note.empty() ? "" : ", " + note),
+               counted(info.levels, "level") + (note.empty() ? "" : ", " + note),
            seconds);
 }
 

@@ -92,7 +92,7 @@ std::size_t tileBytes(std::size_t memory) {
 }
 
 // Of the GPU's: five eighths for rebuilt tiles, a quarter for the bands that they are made of, the rest for frames and for
-// what lies between them. The backend counts a byte a sample of a band, which has two.
+// what lies between them. The backend counts one byte per sample of a band, which has two.
 void share(std::size_t gpuMemory, ViewerOptions& options) {
     options.picture.gpuBytes = gpuMemory / 8 * 5;
     options.bandBytes = gpuMemory / 8;
@@ -156,13 +156,13 @@ void addViewCommand(CLI::App& program) {
     command->add_option("--size", texts->size, "Of the window; without it 1280x800")
         ->type_name("WxH")
         ->check(checkSize);
-    command->add_option("--at", texts->at, "The pixel in the middle, and pixels of the screen a pixel of the picture")
+    command->add_option("--at", texts->at, "The pixel in the middle, and pixels of the screen per pixel of the picture")
         ->type_name("X,Y,ZOOM")
         ->check(checkStart);
     command->add_flag("--smooth", options->smooth, "Weigh samples where the picture is shown smaller");
     addMemoryOption(*command, "--memory", memory->host, "For the program and tiles that are read");
     addMemoryOption(*command, "--gpu-memory", memory->gpu, "For tiles that are rebuilt");
-    command->add_option("--jobs", options->importJobs, "Threads that read tiles; without it, one a core")
+    command->add_option("--jobs", options->importJobs, "Threads that read tiles; without it, one per core")
         ->type_name("N")
         ->check(CLI::Range(std::size_t{1}, kMaxJobs));
     command->add_flag("--bare", options->bare, "Nothing over the picture");

@@ -47,6 +47,12 @@ void requireWritten() {
                         (errno != 0 ? std::strerror(errno) : "an earlier write failed") + "; free some space");
 }
 
+// With the command, where there is one: its help has what is wrong.
+std::string nameOf(CLI::App const& program) {
+    auto const commands = program.get_subcommands();
+    return commands.empty() ? "velmora" : "velmora " + commands.front()->get_name();
+}
+
 int run(int argc, char** argv) {
     CLI::App program(kDescription, "velmora");
     program.set_version_flag("--version", "velmora " VELMORA_VERSION, "Print the version and exit");
@@ -63,7 +69,7 @@ int run(int argc, char** argv) {
         program.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return program.exit(error);
-        return fail(kExitUsage, std::string(error.what()) + "; see velmora --help");
+        return fail(kExitUsage, std::string(error.what()) + "; see " + nameOf(program) + " --help");
     }
     requireWritten();
     // Checked here: the parser's own test would hide that a command is misspelt.

@@ -92,7 +92,7 @@ void readHeaderBox(InputFile& file, Box const& header, codecfacts::Jpeg2000& fac
     }
 }
 
-// The codestream's first segment: sizes, then a byte a component.
+// The codestream's first segment: sizes, then one byte per component.
 void readCodestream(InputFile& file, std::uint64_t start, codecfacts::Jpeg2000& facts) {
     if (number(file, start, 4) != 0xff4fff51) return;
     facts.bits = static_cast<size_t>(number(file, start + 42, 1) & 0x7f) + 1;

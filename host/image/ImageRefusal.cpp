@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "host/MemoryBudget.h"
 #include "host/PixelBands.h"
+#include "host/PlainText.h"
 
 #include <algorithm>
 #include <vector>
@@ -38,22 +39,22 @@ struct Refusal {
 
     std::string taken() const {
         if (pages) return "one of them is taken";
-        if (colours && samples) return "grey or RGB of 8 or 16 bits is taken";
-        if (samples) return "8 or 16 bits are kept";
+        if (colours && samples) return "grey or RGB of unsigned 8 or 16 bits is taken";
+        if (samples) return "unsigned samples of 8 or 16 bits are kept";
         return "grey or RGB is taken, with alpha or without";
     }
 };
 
 std::string bandsText(SampleLayout const& layout) {
-    std::string const count = std::to_string(layout.bands) + " bands";
+    std::string const count = counted(layout.bands, "band");
     if (layout.colours == 0 || layout.bands <= layout.colours) return count;
     std::string const colours = layout.colours == 1 ? "grey" : "RGB";
     size_t const others = layout.bands - layout.colours - (layout.alpha ? 1 : 0);
-    return count + ", " + colours + (layout.alpha ? " with alpha" : "") + " and " + std::to_string(others) +
-           (others == 1 ? " other" : " others");
+    return count + ", " + colours + (layout.alpha ? " with alpha" : "") + " and " + counted(others, "other");
 }
 
 std::string bandsOption(SampleLayout const& layout) {
+    if (layout.bands == 1) return "--bands 1";
     return layout.bands < 3 ? "--bands I or I,A (1 to " + std::to_string(layout.bands) + ", A is alpha)"
                             : "--bands I or I,J,K (1 to " + std::to_string(layout.bands) + ")";
 }
@@ -96,14 +97,14 @@ void imagerefusal::requireSelectable(std::string const& path, ImageFacts const& 
         throw unfit("--to-srgb converts colours, --bands and --range take samples as numbers; choose one of them");
     for (size_t const band : selection.bands)
         if (band > facts.layout.bands)
-            throw unfit("'" + path + "' has no band " + std::to_string(band) + "; --bands are 1 to " +
-                        std::to_string(facts.layout.bands));
+            throw unfit("'" + path + "' has no band " + std::to_string(band) + "; --bands are 1" +
+                        (facts.layout.bands == 1 ? "" : " to " + std::to_string(facts.layout.bands)));
     if (!selection.hasRange()) return;
     bool const takesAlpha = selection.bands.empty() ? facts.layout.alpha : pixelbands::hasAlpha(selection.bands.size());
     if (takesAlpha)
         throw unfit("'" + path +
-                    "': --range takes no alpha, which has no other values than its own; choose bands of "
-                    "colour alone, for example --bands " +
+                    "' is taken with alpha, which --range cannot scale; choose bands of colour alone, for example "
+                    "--bands " +
                     (facts.layout.colours == 1 ? "1" : "1,2,3"));
 }
 

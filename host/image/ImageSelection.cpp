@@ -65,13 +65,11 @@ void imageselection::parseRange(std::string const& text, ImageSelection& selecti
     std::vector<std::string> const parts = partsOf(text);
     auto const low = numberOf<double>(parts.front());
     auto const high = numberOf<double>(parts.back());
-    if (parts.size() != 2 || !low || !high)
+    if (parts.size() != 2 || !low || !high || std::isnan(*low) || std::isnan(*high))
         throw std::invalid_argument("'" + text + "' is no range; write LO,HI, for example 0,4095, or auto");
-    if (!(*low < *high))
-        throw std::invalid_argument("the range '" + text + "' is empty; write the smaller number first");
-    // What is no number at all has failed the test above.
+    if (*low >= *high) throw std::invalid_argument("the range '" + text + "' is empty; write the smaller number first");
     if (std::abs(*low) > SampleRange::kFarthest || std::abs(*high) > SampleRange::kFarthest)
-        throw std::invalid_argument("the range '" + text + "' reaches beyond 1e300");
+        throw std::invalid_argument("the range '" + text + "' reaches beyond 1e300; choose a smaller one");
     selection.range = SampleRange{*low, *high};
 }
 

@@ -9,7 +9,7 @@ namespace pixeldensity {
 
 enum class Origin {
     Instrument, ///< what a slide scanner or a microscope says of its own pixels: always
-    Tag,        ///< TIFF's resolution: where it is finer than 72 dots an inch and none that is customary for printing
+    Tag,        ///< TIFF's resolution: where it is finer than 72 dots per inch and none that is customary for printing
     Hint        ///< of photographs and pictures on screens: where it is finer than anything is printed
 };
 

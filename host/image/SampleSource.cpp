@@ -17,6 +17,7 @@ std::unique_ptr<SampleSource> openSamples(std::shared_ptr<InputFile> const& file
     std::array<std::uint8_t, 16> start{};
     auto const got = file->readAt(0, start.data(), start.size());
     file->rethrow();
+    if (got == 0) throw imageNotRead(file->path(), "the file is empty; copy or save the picture once more");
     std::string const magic(start.begin(), start.begin() + std::max<std::int64_t>(got, 0));
     if (fitspicture::is(magic)) return fitspicture::open(file, request);
     if (pnmfile::is(magic)) return pnmfile::open(file, request);

@@ -10,6 +10,9 @@
 #include <optional>
 #include <string>
 
+/// The name of the colour space whose samples are amounts of light, and may be more than white.
+constexpr auto kLinearLight = "linear light";
+
 /// How the samples of a pixel lie, and what they stand for.
 struct SampleLayout {
     size_t width = 0;  ///< pixels
@@ -36,7 +39,7 @@ struct ImageFacts {
     int orientation = 1;             ///< of the tag that viewers turn by, where it is ignored; 1: upright
     double pixelsPerMillimetreX = 0; ///< where the file says a physical size; 0 where not
     double pixelsPerMillimetreY = 0; ///<
-    std::string drawn;               ///< how pixels were made where the file has none: "drawn at 72 pixels an inch"
+    std::string drawn;               ///< how pixels were made where the file has none: "drawn at 72 pixels per inch"
     std::uint64_t heldBytes = 0;     ///< about what the decoder holds while it reads, beside a few rows
 };
 

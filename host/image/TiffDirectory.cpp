@@ -238,6 +238,20 @@ void describeBands(Tiff const& tiff, InputFile& file, TiffDirectory& directory) 
     if (directory.isMultiplied) directory.multipliedTags = TagFinder(file, TIFFCurrentDirOffset(tiff.get())).found;
 }
 
+// libvips would call them damaged.
+void requireReadSamples(Tiff const& tiff, InputFile const& file) {
+    auto const bits = tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
+    auto const format = tiff.value<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+    if (format == SAMPLEFORMAT_COMPLEXINT || format == SAMPLEFORMAT_COMPLEXIEEEFP)
+        throw imageNotRead(file.path(), "complex numbers in a TIFF are not read; save their real parts alone");
+    bool const isFloat = format == SAMPLEFORMAT_IEEEFP;
+    std::array<unsigned, 6> const read{1, 2, 4, 8, 16, 32};
+    if (isFloat ? bits == 32 : std::find(read.begin(), read.end(), bits) != read.end()) return;
+    throw imageNotRead(file.path(), std::string(isFloat ? "floats" : "samples") + " of " + std::to_string(bits) +
+                                        " bits in a TIFF are not read; save it with " +
+                                        (isFloat || bits > 16 ? "32" : "16") + " bits per sample");
+}
+
 // What the file must hold at least for so many bytes of a picture; 0 where that cannot be said.
 std::uint64_t mostBytesPerByte(std::uint16_t compression) {
     switch (compression) {
@@ -306,6 +320,7 @@ TiffDirectory TiffDirectory::read(InputFile& file, SampleRequest const& request)
     if (TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(directory.index)) != 1) throw tiff.failure();
     directory.photometric = tiff.value<std::uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
     directory.compression = tiff.value<std::uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    requireReadSamples(tiff, file);
     describeBands(tiff, file, directory);
     describeSize(tiff, file, directory);
     describeResolution(tiff, directory);

@@ -82,7 +82,7 @@ void nameBands(std::uint32_t interpretation, ImageFacts& facts) {
         facts.colourSpace = "CMYK";
         return;
     case 28:
-        facts.colourSpace = "scRGB";
+        facts.colourSpace = kLinearLight;
         return;
     default:
         facts.colourSpace = "libvips' colour space " + std::to_string(interpretation);

@@ -150,7 +150,7 @@ void nameBands(Loader const& loader, Preparation const& known, ImageFacts& facts
     }
     bool const isScene = is(loader, "radload");
     // Floats that other formats hold are labelled so too, though they need not be linear.
-    if (facts.colourSpace == "scRGB" && !isScene) facts.colourSpace.clear();
+    if (facts.colourSpace == kLinearLight && !isScene) facts.colourSpace.clear();
     layout.alpha = layout.bands == layout.colours + 1;
     if (known.jpeg2000) layout.alpha = layout.alpha && known.jpeg2000->lastIsAlpha;
     if (known.jpeg2000 && known.jpeg2000->lastIsMultiplied) facts.colourSpace = kMultiplied;
@@ -244,7 +244,7 @@ Opened vipsopening::open(std::shared_ptr<InputFile> const& file, SampleRequest c
     requirePossible(loaded, loader, *file);
     facts.orientation = ignoredOrientation(loaded, loader);
     facts.heldBytes = heldBytes(loaded, loader, *file, known);
-    if (is(loader, "pdfload")) facts.drawn = "drawn at 72 pixels an inch";
+    if (is(loader, "pdfload")) facts.drawn = "drawn at 72 pixels per inch";
     setDensity(loaded, loader, known, facts);
 
     VImage const image = vipscolours::unpacked(withOwnNumbers(loaded, known));

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <sstream>
 #include <utility>
 
 using vips::VError;
@@ -18,12 +19,28 @@ namespace {
 
 // Rows that are asked of libvips at once: enough to keep its tile caches at work, little enough to stay in them.
 constexpr size_t kRowsPerRequest = 64;
+constexpr auto kSourceName = "source_custom: "; // libvips' name for files that are read through calls of ours
+
+// What decoders say, line by line, without the names of their functions: "vipspng: libpng read error". What the calls that
+// read the file add to it is left out where there is more.
+std::string complaintOf(std::string const& text) {
+    std::istringstream lines(text);
+    std::string complaint;
+    std::string last;
+    for (std::string line; std::getline(lines, line);) {
+        size_t const end = line.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_");
+        bool const named = end != std::string::npos && end > 0 && line.compare(end, 2, ": ") == 0;
+        last = named ? line.substr(end + 2) : line;
+        if (line.rfind(kSourceName, 0) != 0) complaint += last + "\n";
+    }
+    return onOneLine(complaint.empty() ? last : complaint);
+}
 
 // The text of the exception ends in what earlier attempts left in libvips' buffer: empty it for the next failure.
 HostError unreadable(InputFile const& file, std::string const& text) {
     vips_error_clear();
     file.rethrow();
-    return unreadableImage(file.path(), onOneLine(text));
+    return unreadableImage(file.path(), complaintOf(text));
 }
 
 // What decoders of JPEG say of bytes between two parts of a file, which hold nothing, and of a header that says more than it

@@ -32,6 +32,8 @@ def value(literal):
 def joined_literals(expression):
     """The text of an expression of literals and other things, with a GAP for each of those; None without a literal."""
     expression = re.sub(r'\bstd::string\((%s)\)' % LITERAL, r'\1', expression)
+    expression = re.sub(r'\bcounted\([^"()]*, "(\w+)"\)(?:\s*\+\s*("))?',
+                        lambda found: 'number + " %ss%s' % (found.group(1), '' if found.group(2) else '"'), expression)
     parts = re.findall(r'%s|[^"]+' % LITERAL, expression)
     if not any(part.startswith('"') for part in parts):
         return None
@@ -117,6 +119,11 @@ class Sources:
                 message = joined_literals(first_argument(text, found.end()))
                 if message is not None:
                     yield found.group(1), message, path
+            # Of functions that make one of a text.
+            for made in re.finditer(r'\bHostError (\w+)\(std::string const& (\w+)\) \{\s*return HostError\('
+                                    r'(?:HostError::)?Kind::(\w+), \2\);', text):
+                for found in re.finditer(r'\bthrow %s\(' % made.group(1), text):
+                    yield made.group(3), joined_literals(first_argument(text, found.end())), path
 
 
 def is_sentence(text):

@@ -165,7 +165,7 @@ TEST_F(ImageReaderTest, DescriptionNamesBandsSamplesAndFormat) {
     ImageReader::Options options;
     options.selection.bands = {3};
     EXPECT_EQ(ImageReader(path("a.png"), options).description(),
-              "3 bands of 16-bit unsigned samples, PNG, bands 3 of 3");
+              "3 bands of 16-bit unsigned samples, PNG, band 3 of 3");
 }
 
 TEST_F(ImageReaderTest, LibvipsOwnFormatIsRead) {
@@ -258,10 +258,11 @@ TEST_F(ImageReaderTest, APictureWithoutAFiniteSampleHasNoRangeOfItsOwn) {
             .write_to_file(path("a.tif").c_str());
     };
     write();
-    EXPECT_EQ(std::string(failure(path("a.tif")).what()),
-              "'" + path("a.tif") +
-                  "' holds 32-bit float samples of which none is a finite number; 8 or 16 bits are kept: "
-                  "choose --range LO,HI or --range auto");
+    EXPECT_EQ(
+        std::string(failure(path("a.tif")).what()),
+        "'" + path("a.tif") +
+            "' holds 32-bit float samples of which none is a finite number; unsigned samples of 8 or 16 bits are kept: "
+            "choose --range LO,HI or --range auto");
     ImageReader::Options options;
     options.selection.automaticRange = true;
     try {

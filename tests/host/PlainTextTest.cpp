@@ -138,3 +138,9 @@ TEST(TerminalTextTest, MessagesAreWhatATerminalMayShow) {
                  "'a\\x1b[2J\\xff' is\\x09not; there");
     EXPECT_EQ(onOneLine("\x1b[2J\n\n  b "), "\\x1b[2J; b");
 }
+
+TEST(CountedTest, OneIsNoPlural) {
+    EXPECT_EQ(counted(0, "level"), "0 levels");
+    EXPECT_EQ(counted(1, "level"), "1 level");
+    EXPECT_EQ(counted(12, "level"), "12 levels");
+}

@@ -40,16 +40,20 @@ protected:
         EXPECT_EQ(folder_.names(), before);
     }
 
-    // The same for each of the three commands that take an image.
+    // The same for each of the three commands that take an image, whose name the line may have for COMMAND.
     void expectRefused(std::string const& image, Arguments const& options, int exitCode,
                        std::string const& line) const {
         auto const with = [&](Arguments command) {
             command.insert(command.end(), options.begin(), options.end());
             return command;
         };
-        expectFailure(with({"import", image, path("new.vlm")}), exitCode, line);
-        expectFailure(with({"render", image, "-o", path("new.png")}), exitCode, line);
-        expectFailure(with({"view", image}), exitCode, line, {{"XDG_CACHE_HOME", path("cache")}});
+        auto const lineOf = [&](std::string const& command) {
+            size_t const place = line.find("COMMAND");
+            return place == std::string::npos ? line : line.substr(0, place) + command + line.substr(place + 7);
+        };
+        expectFailure(with({"import", image, path("new.vlm")}), exitCode, lineOf("import"));
+        expectFailure(with({"render", image, "-o", path("new.png")}), exitCode, lineOf("render"));
+        expectFailure(with({"view", image}), exitCode, lineOf("view"), {{"XDG_CACHE_HOME", path("cache")}});
     }
 
     // What the import says, and what comes out of the store.
@@ -113,12 +117,13 @@ TEST_F(ProgramImageTest, OtherSamplesThanTheStoresAreTakenByRange) {
     std::string const image = tiff({floats()});
     expectRefused(image, {}, 4,
                   "'" + image +
-                      "' holds 32-bit float samples from -3.5 to 124172; 8 or 16 bits are kept: choose --range "
+                      "' holds 32-bit float samples from -3.5 to 124172; unsigned samples of 8 or 16 bits are kept: "
+                      "choose --range "
                       "LO,HI or --range auto");
     filesamples::Samples const own = filesamples::read(image);
     std::string const all = "samples -3.5 to 124172 of 32-bit float as 0 to 65535";
     std::string const said = import(image, {"--range", "auto"});
-    EXPECT_EQ(said.rfind(store_ + ": 3 x 2 pixels of a.tif (" + all + ") in 1 levels, ", 0), 0u) << said;
+    EXPECT_EQ(said.rfind(store_ + ": 3 x 2 pixels of a.tif (" + all + ") in 1 level, ", 0), 0u) << said;
     expectTaken(all, -3.5, 124172);
     expectStored(filesamples::scaled(own, -3.5, 124172));
     import(image, {"--range", "-1,17"});
@@ -148,7 +153,7 @@ TEST_F(ProgramImageTest, BandsAreTakenByTheirNumbers) {
                       "--bands I or I,J,K (1 to 5)");
     expectRefused(image, {"--bands", "3,6,1"}, 2, "'" + image + "' has no band 6; --bands are 1 to 5");
     for (auto const& [text, bands, said] : std::vector<std::tuple<std::string, std::vector<size_t>, std::string>>{
-             {"5", {5}, "bands 5 of 5"},
+             {"5", {5}, "band 5 of 5"},
              {"4,3,2", {4, 3, 2}, "bands 4,3,2 of 5"},
              {"4,3,2,1", {4, 3, 2, 1}, "bands 4,3,2 and alpha 1 of 5"},
              {"2,5", {2, 5}, "bands 2 and alpha 5 of 5"}}) {
@@ -203,7 +208,7 @@ TEST_F(ProgramImageTest, AnOrientationThatIsIgnoredIsTold) {
 
 TEST_F(ProgramImageTest, OptionsThatMeanNothingAreExitCode2) {
     std::string const image = tiff({grey(1)});
-    std::string const end = "; see velmora --help";
+    std::string const end = "; see velmora COMMAND --help";
     expectRefused(image, {"--bands", "0"}, 2,
                   "--bands: '0' names no bands; write I or I,J,K, counted from 1, and one more that is to be alpha" +
                       end);
@@ -253,6 +258,15 @@ TEST_F(ProgramImageTest, AnEmptyNameIsNoFile) {
         EXPECT_NE(result.err.find("empty"), std::string::npos) << result.err;
         EXPECT_EQ(folder_.names(), before);
     }
+}
+
+TEST_F(ProgramImageTest, NamesThatAreLeftOutAreAskedFor) {
+    for (Arguments const& arguments : {Arguments{"import"}, Arguments{"import", "a.tif"}})
+        expectFailure(arguments, 2,
+                      "an image and a store have to be named, or --built-in and a store; see velmora import --help");
+    expectFailure({"import", "--built-in"}, 2,
+                  "--built-in takes one name, that of the store; see velmora import --help");
+    expectFailure({}, 2, "no command given; see velmora --help");
 }
 
 // Nobody writes to it: who opens it waits for ever.

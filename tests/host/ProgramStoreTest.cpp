@@ -123,13 +123,13 @@ TEST_F(ProgramStoreTest, CheckReadsEveryTile) {
     EXPECT_EQ(whole.out, store_ + ": " + std::to_string(tiles) + " tiles, all as they were written\n");
     change("UPDATE tiles SET crc = crc + 1 WHERE id = (SELECT max(id) FROM tiles)");
     auto const damaged = runVelmora({"check", store_});
-    expectFailure(damaged, 10, {"damaged in 1 places"});
+    expectFailure(damaged, 10, {"damaged in 1 place;"});
     EXPECT_NE(damaged.out.find("tile 0,0 of HH, plane 2, level 2"), std::string::npos) << damaged.out;
     expectFailure(runVelmora({"export", store_, path("out.tif")}), 10, {"tile 0,0 of HH, plane 2, level 2"});
 }
 
 TEST_F(ProgramStoreTest, WrongUsageIsExitCode2) {
-    expectFailure(runVelmora({"import"}), 2, {"NAMES"});
+    expectFailure(runVelmora({"import"}), 2, {"an image and a store have to be named"});
     expectFailure(runVelmora({"import", image_}), 2, {"an image and a store", "--built-in"});
     expectFailure(runVelmora({"import", image_, store_, "more"}), 2, {"an image and a store"});
     expectFailure(runVelmora({"import", "", store_}), 2, {"empty"});

@@ -67,7 +67,7 @@ testimages::Pixels toPixels(VImage const& image) {
         pixels.samples.assign(first, first + bytes);
     }
     g_free(memory);
-    if (pixels.samples.empty()) throw std::runtime_error("neither 8 nor 16 bits a sample");
+    if (pixels.samples.empty()) throw std::runtime_error("neither 8 nor 16 bits per sample");
     return pixels;
 }
 

@@ -144,9 +144,9 @@ TEST_F(CodecReadingTest, PagesOfAPdfAreDrawnAndThatIsTold) {
     ImageReader reader(file, withPage(2));
     EXPECT_EQ(reader.width(), 30u);
     EXPECT_EQ(reader.height(), 30u);
-    EXPECT_EQ(reader.selection().text, "page 2 of 2; drawn at 72 pixels an inch");
+    EXPECT_EQ(reader.selection().text, "page 2 of 2; drawn at 72 pixels per inch");
     EXPECT_EQ(reader.notes(),
-              std::vector<std::string>{"'" + file + "' has no pixels of its own and is drawn at 72 pixels an inch"});
+              std::vector<std::string>{"'" + file + "' has no pixels of its own and is drawn at 72 pixels per inch"});
     EXPECT_EQ(reader.pixelsPerMillimetreX(), 0);
     write("a.pdf", pdf(1));
     EXPECT_EQ(ImageReader(file, lossless()).width(), 20u);
@@ -247,17 +247,18 @@ TEST_F(CodecReadingTest, LightIsConvertedByTheFormula) {
         .write_to_file(path("a.hdr").c_str());
     std::string const file = path("a.hdr");
     EXPECT_EQ(refusal(file),
-              "'" + file + "' holds scRGB; grey or RGB is taken, with alpha or without: choose --to-srgb");
+              "'" + file + "' holds linear light; grey or RGB is taken, with alpha or without: choose --to-srgb");
     Samples expected = filesamples::read(file);
     for (double& value : expected.values) {
         double const linear = std::min(value, 1.0);
         value = 255 * (linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1 / 2.4) - 0.055);
     }
     EXPECT_EQ(filesamples::difference(readAll(file, toSrgb()), expected, 1), "");
-    EXPECT_EQ(ImageReader(file, shown()).notes(),
-              std::vector<std::string>{"'" + file +
-                                       "' holds scRGB: converted to sRGB of 8 bits; what is brighter than white is "
-                                       "clipped"});
+    EXPECT_EQ(
+        ImageReader(file, shown()).notes(),
+        std::vector<std::string>{"'" + file +
+                                 "' holds linear light: converted to sRGB of 8 bits; what is brighter than white is "
+                                 "clipped"});
     // Or taken as the numbers that it is.
     Samples const own = filesamples::read(file);
     EXPECT_EQ(filesamples::difference(readAll(file, withRange(0, 1.5)), filesamples::scaled(own, 0, 1.5)), "");
@@ -298,6 +299,19 @@ TEST_F(CodecReadingTest, DamageInTheMiddleIsAnErrorAndNotGrey) {
             file[i] = static_cast<char>(0xff - (i % 7));
         writeFile(path(name), file);
         EXPECT_TRUE(has(refusal(path(name)), "undamaged")) << name;
+    }
+}
+
+// Functions of libvips and its calls for bytes are nothing that a person knows.
+TEST_F(CodecReadingTest, ErrorsOfDecodersNameNoFunctions) {
+    for (std::string const name : {"a.jpg", "a.png", "a.webp", "a.gif", "a.jp2", "a.avif"}) {
+        testimages::writePattern8(path(name), "", 160, 120, 3);
+        truncateFile(path(name), 50);
+        std::string const text = refusal(path(name));
+        for (std::string const function : {"source_", "load", "vips", "Vips", "webp: ", "heif: "})
+            EXPECT_FALSE(has(text.substr(text.rfind(name)), function)) << text;
+        EXPECT_TRUE(has(text, "': ") && !has(text, "': ;") && has(text, "; check that it is an undamaged image"))
+            << text;
     }
 }
 
@@ -349,11 +363,12 @@ TEST_F(CodecReadingTest, FilesThatOnlyOtherLoadersOfLibvipsTakeAreRefused) {
              {"a.csv", "1,2\n3,4\n"},
              {"a.mat", "2 2\n1 2\n3 4\n"},
              {"a.dat", std::string(3000, '\x07')},
-             {"a.miff", "id=ImageMagick  version=1.0\n"},
-             {"a.png", ""}}) {
+             {"a.miff", "id=ImageMagick  version=1.0\n"}}) {
         std::string const file = write(name, content);
         EXPECT_EQ(refusal(file), "cannot read '" + file + "': " + end);
     }
+    std::string const empty = write("a.png", "");
+    EXPECT_EQ(refusal(empty), "cannot read '" + empty + "': the file is empty; copy or save the picture once more");
 }
 
 TEST_F(CodecReadingTest, NothingIsReadByALoaderThatIsBlocked) {

@@ -56,12 +56,12 @@ TEST(ImageSelectionTest, ARangeIsTwoNumbersOrAuto) {
     EXPECT_TRUE(automatic.automaticRange);
     EXPECT_TRUE(automatic.hasRange());
     EXPECT_FALSE(automatic.range);
-    for (std::string const text : {"", "1", "1,", ",2", "1,2,3", "a,b", "1 ,2", "1,2x", "automatic"})
+    for (std::string const text : {"", "1", "1,", ",2", "1,2,3", "a,b", "1 ,2", "1,2x", "automatic", "nan,1", "1,nan"})
         EXPECT_EQ(wrongRange(text), "'" + text + "' is no range; write LO,HI, for example 0,4095, or auto");
-    for (std::string const text : {"2,2", "3,2", "nan,1", "1,nan"})
+    for (std::string const text : {"2,2", "3,2"})
         EXPECT_EQ(wrongRange(text), "the range '" + text + "' is empty; write the smaller number first");
     for (std::string const text : {"0,inf", "-inf,0", "0,1.1e300", "-1.1e300,0"})
-        EXPECT_EQ(wrongRange(text), "the range '" + text + "' reaches beyond 1e300");
+        EXPECT_EQ(wrongRange(text), "the range '" + text + "' reaches beyond 1e300; choose a smaller one");
 }
 
 TEST(ImageSelectionTest, EachSelectionHasAnIdentityOfItsOwn) {

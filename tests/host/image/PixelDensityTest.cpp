@@ -122,7 +122,7 @@ TEST_F(PixelDensityTest, TiffSaysItWithAUnit) {
     EXPECT_EQ(tiff(RESUNIT_NONE, 40000), 0);
     EXPECT_EQ(tiff(0, 0), 0);
     EXPECT_EQ(tiff(RESUNIT_INCH, 300), 0);
-    EXPECT_EQ(tiff(RESUNIT_CENTIMETER, 118.11), 0) << "300 dots an inch, converted";
+    EXPECT_EQ(tiff(RESUNIT_CENTIMETER, 118.11), 0) << "300 dots per inch, converted";
     EXPECT_EQ(tiff(RESUNIT_CENTIMETER, 10), 0) << "what libvips writes where nothing is known";
 }
 

@@ -247,7 +247,7 @@ TEST_F(VipsFileTest, BandsAreWhatLibvipsCallsThem) {
                             Case{1, 27, ""},
                             Case{4, 15, "CMYK"},
                             Case{3, 12, "XYZ"},
-                            Case{3, 28, "scRGB"},
+                            Case{3, 28, "linear light"},
                             Case{3, 13, "libvips' colour space 13"}}) {
         write(file(1, 1, one.bands, 0, one.interpretation, std::string(one.bands, 'a')));
         if (one.refused.empty())

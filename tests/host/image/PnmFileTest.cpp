@@ -55,7 +55,7 @@ TEST_F(PnmFileTest, AFewBitsOfSixteenStayTheNumbersThatTheyAre) {
     write("P5\n2 1\n15\n\x0f\x03");
     EXPECT_EQ(values(), (std::vector<double>{15, 3}));
     write("P5\n2 1\n256\n" + std::string("\x01\x00\x00\x07", 4));
-    EXPECT_EQ(values(), (std::vector<double>{256, 7})) << "two bytes a sample from 256 on";
+    EXPECT_EQ(values(), (std::vector<double>{256, 7})) << "two bytes per sample from 256 on";
 }
 
 TEST_F(PnmFileTest, CommentsAndBlanksOfAnyKindLieInTheHeader) {

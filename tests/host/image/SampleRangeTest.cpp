@@ -84,6 +84,12 @@ TEST(SampleRangeTest, WholeNumbersOfAnyRangeAreAsExactAsIntegers) {
     }
 }
 
+TEST(SampleRangeTest, TheRangeOfAllCodesKeepsWholeNumbers) {
+    SampleRange const range{0, 65535};
+    for (unsigned code = 0; code <= 65535; ++code)
+        ASSERT_EQ(range.scaled(code), code);
+}
+
 TEST(SampleRangeTest, TheFarthestRangeHolds) {
     SampleRange const range{-SampleRange::kFarthest, SampleRange::kFarthest};
     EXPECT_EQ(range.scaled(-SampleRange::kFarthest), 0);

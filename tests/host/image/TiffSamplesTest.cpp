@@ -106,7 +106,8 @@ TEST_F(TiffSamplesTest, SignedFloatAndLongSamplesAreRefusedAndTakenByRange) {
     auto const expectRange = [&](auto const& samples, std::string const& what, std::string const& type) {
         write({directory(static_cast<std::uint32_t>(samples.size()), 1, 1, samples)});
         EXPECT_EQ(refusal(tiff_),
-                  "'" + tiff_ + "' holds " + what + "; 8 or 16 bits are kept: choose --range LO,HI or --range auto");
+                  "'" + tiff_ + "' holds " + what +
+                      "; unsigned samples of 8 or 16 bits are kept: choose --range LO,HI or --range auto");
         Samples const own = filesamples::read(tiff_);
         double const low = filesamples::smallest(own);
         double const high = filesamples::largest(own);
@@ -134,7 +135,7 @@ TEST_F(TiffSamplesTest, FloatsOfRgbAreNoLightUnlessTheUserSaysSo) {
     write({directory(1, 1, 3, std::vector<float>{0.25f, 17, 255})});
     EXPECT_EQ(refusal(tiff_, shown()),
               "'" + tiff_ +
-                  "' holds 32-bit float samples from 0.25 to 255; 8 or 16 bits are kept: choose "
+                  "' holds 32-bit float samples from 0.25 to 255; unsigned samples of 8 or 16 bits are kept: choose "
                   "--range LO,HI or --range auto, or --to-srgb for light from 0 to 1");
     // 0.25 of white is 137 in sRGB: 255 * (1.055 * 0.25^(1/2.4) - 0.055) is 136.96.
     EXPECT_EQ(valuesOf(tiff_, toSrgb()), (std::vector<double>{137, 255, 255}));
@@ -232,7 +233,7 @@ TEST_F(TiffSamplesTest, RangesAndBandsGoTogether) {
     EXPECT_EQ(refusal(tiff_),
               "'" + tiff_ +
                   "' holds 5 bands, RGB and 2 others and 32-bit float samples from -7.25 to 51.75; grey or "
-                  "RGB of 8 or 16 bits is taken: choose --bands I or I,J,K (1 to 5) and --range LO,HI or "
+                  "RGB of unsigned 8 or 16 bits is taken: choose --bands I or I,J,K (1 to 5) and --range LO,HI or "
                   "--range auto");
     // Of the bands that are chosen.
     EXPECT_TRUE(has(refusal(tiff_, withBands({2})), "samples from -6.25 to 48.75"));
@@ -241,18 +242,18 @@ TEST_F(TiffSamplesTest, RangesAndBandsGoTogether) {
     Samples const own = filesamples::withBands(filesamples::read(tiff_), {2});
     EXPECT_EQ(filesamples::difference(readAll(tiff_, options), filesamples::scaled(own, -6.25, 48.75)), "");
     EXPECT_EQ(ImageReader(tiff_, options).selection().text,
-              "bands 2 of 5; samples -6.25 to 48.75 of 32-bit float as 0 to 65535");
+              "band 2 of 5; samples -6.25 to 48.75 of 32-bit float as 0 to 65535");
 }
 
 TEST_F(TiffSamplesTest, RangesTakeNoAlpha) {
     write({rgba({EXTRASAMPLE_UNASSALPHA})});
     EXPECT_EQ(misuse(tiff_, withRange(0, 100)),
               "'" + tiff_ +
-                  "': --range takes no alpha, which has no other values than its own; choose bands of colour "
+                  "' is taken with alpha, which --range cannot scale; choose bands of colour "
                   "alone, for example --bands 1,2,3");
     Options options = withRange(0, 100);
     options.selection.bands = {3, 4};
-    EXPECT_TRUE(has(misuse(tiff_, options), "takes no alpha"));
+    EXPECT_TRUE(has(misuse(tiff_, options), "is taken with alpha"));
     options.selection.bands = {1, 2, 3};
     EXPECT_EQ(ImageReader(tiff_, options).bands(), 3u);
 }
@@ -296,6 +297,35 @@ TEST_F(TiffSamplesTest, BitsAndPalettesOfBytesAreExpandedWithoutAWord) {
             indexed.palette[256 * band + i] = static_cast<std::uint16_t>(257 * (255 - i));
     write({indexed});
     EXPECT_EQ(valuesOf(tiff_), (std::vector<double>{255, 253, 254}));
+}
+
+// libvips takes them for damage.
+TEST_F(TiffSamplesTest, SamplesOfBitsThatTiffIsNotReadWithAreNamed) {
+    auto const expectNotRead = [&](std::uint16_t bits, std::uint16_t format, std::string const& line) {
+        Directory odd = directory(8, 1, 1, std::vector<std::uint8_t>(bits));
+        odd.bits = bits;
+        odd.sampleFormat = format;
+        write({odd});
+        EXPECT_EQ(refusal(tiff_), "cannot read '" + tiff_ + "': " + line);
+    };
+    std::string const end = " bits in a TIFF are not read; save it with ";
+    expectNotRead(12, SAMPLEFORMAT_UINT, "samples of 12" + end + "16 bits per sample");
+    expectNotRead(24, SAMPLEFORMAT_UINT, "samples of 24" + end + "32 bits per sample");
+    expectNotRead(64, SAMPLEFORMAT_INT, "samples of 64" + end + "32 bits per sample");
+    expectNotRead(16, SAMPLEFORMAT_IEEEFP, "floats of 16" + end + "32 bits per sample");
+    expectNotRead(64, SAMPLEFORMAT_IEEEFP, "floats of 64" + end + "32 bits per sample");
+    expectNotRead(64, SAMPLEFORMAT_COMPLEXIEEEFP,
+                  "complex numbers in a TIFF are not read; save their real parts alone");
+    expectNotRead(32, SAMPLEFORMAT_COMPLEXINT, "complex numbers in a TIFF are not read; save their real parts alone");
+}
+
+TEST_F(TiffSamplesTest, OneBandIsTheOnlyOneToChoose) {
+    Directory mosaic = directory(2, 2, 1, bytes(4));
+    mosaic.photometric = 32803;
+    write({mosaic});
+    EXPECT_TRUE(has(refusal(tiff_), "choose --bands 1")) << refusal(tiff_);
+    EXPECT_FALSE(has(refusal(tiff_), "1 to 1")) << refusal(tiff_);
+    EXPECT_EQ(misuse(tiff_, withBands({2})), "'" + tiff_ + "' has no band 2; --bands are 1");
 }
 
 TEST_F(TiffSamplesTest, APaletteThatBytesCannotHoldIsRefused) {

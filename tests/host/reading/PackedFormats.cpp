@@ -10,7 +10,7 @@ using filesamples::Samples;
 
 namespace {
 
-// Four bytes a pixel in runs: red, green, blue and their common exponent, each for a whole row.
+// Four bytes per pixel in runs: red, green, blue and their common exponent, each for a whole row.
 Bytes radianceRow(Bytes const& bytes, size_t& at, size_t width) {
     Bytes row(4 * width);
     if (bytes.at(at) != 2 || bytes.at(at + 1) != 2) {

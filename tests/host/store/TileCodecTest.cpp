@@ -83,7 +83,7 @@ TEST(TileCodecTest, ATileOfOneValueIsKeptAsThatValue) {
     EXPECT_FALSE(codec.encode(tileOf(0, almost)).value);
 }
 
-// A picture of 36 samples a side has bands of 20: of tile 1, four columns lie in the band.
+// A picture of 36 samples per side has bands of 20: of tile 1, four columns lie in the band.
 TEST(TileCodecTest, BeyondTheBandThereIsZeroWhateverTheValue) {
     TileCodec codec(infoOf(36));
     Samples samples(16 * 16, 0);
@@ -155,7 +155,7 @@ TEST(TileCodecTest, ChecksumsOfOlderVersionsAreOfTheBytesAlone) {
     }
 }
 
-// Of a picture of 36 samples a side, which has bands of 20: tile 1 has four columns of the band, then 0.
+// Of a picture of 36 samples per side, which has bands of 20: tile 1 has four columns of the band, then 0.
 TEST(TileCodecTest, ChecksumsOfOlderVersionsAreOfTheBandsPart) {
     TileCodec codec(infoOf(36), 2);
     Bytes bytes(kTileBytes);
