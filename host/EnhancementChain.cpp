@@ -37,7 +37,7 @@ Layout layoutOf(unsigned depth) {
     return depth == kShownDepth ? Layout::kRgba8 : Layout::kDeep;
 }
 
-// A picture has at most 2^16 codes a sample; of fewer bits the lower ones are gone.
+// A picture has at most 2^16 codes per sample; of fewer bits the lower ones are gone.
 std::uint64_t codeAt(std::uint64_t code, unsigned depth) {
     return code >> (kFileDepth - depth);
 }

@@ -24,7 +24,7 @@
 /// GL thread only. Throws VelmoraException.
 class EnhancementChain {
 public:
-    /// Pixels a side of the largest part that goes through the GPU, with what is read around it: a pixel of 16 bits
+    /// Side in pixels of the largest part that goes through the GPU, with what is read around it: a pixel of 16 bits
     /// takes two texels, and every OpenGL ES 3 has textures of 2048.
     static constexpr std::size_t kMaxSide = 1020;
     /// Parts start at multiples of this, as the regions of the equalisation do.

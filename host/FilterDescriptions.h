@@ -14,7 +14,7 @@
 /// is drawn, output pixel (x, y) comes from input pixel (x, y) alone.
 namespace description {
 
-/// Horizontal step of the inverse 5/3 wavelet: inputs low band L and high band H, M samples a row each, M even along x
+/// Horizontal step of the inverse 5/3 wavelet: inputs low band L and high band H, M samples per row each, M even along x
 /// where the bands are textures of their own. H is cut one column earlier than L:
 ///
 ///     L[a]  L[a+1]  ...  L[a+M-1]          x[2a] x[2a+1] ...  x[2a+2M-5]
@@ -49,9 +49,9 @@ Filter filter1x16ToRGB8();
 
 /// Three planes of one 16-bit channel (c0, c1, c2) to pixels of three channels:
 ///
-///     c0 [ 0 | 1 ] [ 2 | 3 ]              two pixels a texel
+///     c0 [ 0 | 1 ] [ 2 | 3 ]              two pixels per texel
 ///     c1 [ 0 | 1 ] [ 2 | 3 ]      ->      [0 even][0 odd][1 even][1 odd][2 even] ...
-///     c2 [ 0 | 1 ] [ 2 | 3 ]              two texels a pixel
+///     c2 [ 0 | 1 ] [ 2 | 3 ]              two texels per pixel
 ///
 /// Twice the source column equals the destination offset (texels) modulo 4.
 Filter filterInterleave16();

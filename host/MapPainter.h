@@ -17,7 +17,7 @@ class MapPainter {
 public:
     explicit MapPainter(std::int64_t side);
 
-    /// RGB of the pixels (x, y), (x + 1, y), ...; moisture: one value a pixel.
+    /// RGB of the pixels (x, y), (x + 1, y), ...; moisture: one value per pixel.
     void paintRow(std::int64_t x, std::int64_t y, HeightRows const& heights, std::vector<std::int64_t> const& moisture,
                   std::uint8_t* rgb) const;
 
@@ -27,5 +27,5 @@ private:
     Colour const& tint(std::int64_t height) const;
 
     std::int64_t side_;
-    std::vector<Colour> tints_; // one a metre
+    std::vector<Colour> tints_; // one per metre
 };

@@ -20,8 +20,8 @@
 class PictureTargets {
 public:
     enum class Layout {
-        kRgba8, ///< one pixel a texel
-        kPlane, ///< one 16-bit channel, two pixels a texel; widths are even
+        kRgba8, ///< one pixel per texel
+        kPlane, ///< one 16-bit channel, two pixels per texel; widths are even
         kDeep   ///< three 16-bit channels, one pixel in two texels
     };
 

@@ -27,7 +27,7 @@ public:
     /// Pixels per millimetre along x and along y; 0 where it is not known.
     virtual double pixelsPerMillimetreX() const { return 0; }
     virtual double pixelsPerMillimetreY() const { return 0; }
-    /// What the picture is, for a person: "RGB, 8 bits a sample".
+    /// What the picture is, for a person: "3 bands of 8-bit unsigned samples, PNG".
     virtual std::string description() const = 0;
 
     /// What has been taken of a file.

@@ -2,7 +2,7 @@
 
 #include "host/PictureWriter.h"
 
-/// A PNG file of 8 or 16 bits a sample.
+/// A PNG file of 8 or 16 bits per sample.
 class PngWriter final : public PictureWriter {
 public:
     /// bands: 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA; bits: 8 or 16. Throws what requireUsable throws, and HostError

@@ -12,7 +12,7 @@
 /// Draws nothing where the stream is no terminal. A class of our own: Debian packages no C++ library for it.
 class ProgressBar {
 public:
-    /// pixelsPerStep: where it is not 0, the line says how many million pixels a second are done.
+    /// pixelsPerStep: where it is not 0, the line says how many million pixels per second are done.
     ProgressBar(std::string const& title, std::FILE* stream, size_t pixelsPerStep = 0);
     /// Wipes the line.
     ~ProgressBar();
@@ -20,7 +20,7 @@ public:
     ProgressBar(ProgressBar const&) = delete;
     ProgressBar& operator=(ProgressBar const&) = delete;
 
-    /// done of total steps; redraws at most ten times a second.
+    /// done of total steps; redraws at most ten times per second.
     void update(size_t done, size_t total);
 
     /// The line for a share of the work, without rate and time left.

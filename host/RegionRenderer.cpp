@@ -128,7 +128,7 @@ RegionRenderer::RegionRenderer(std::shared_ptr<RenderBackendInstance> instance, 
     : instance_(std::move(instance)), tileSize_(tileSize) {
     if (tileSize < kMinTileSize || tileSize > kMaxTileSize)
         throw std::invalid_argument("a tile has " + std::to_string(kMinTileSize) + " to " +
-                                    std::to_string(kMaxTileSize) + " pixels a side");
+                                    std::to_string(kMaxTileSize) + " pixels per side");
 }
 
 size_t RegionRenderer::stripRows(size_t y, size_t width, size_t tileHeight) {

@@ -37,7 +37,7 @@ public:
     static constexpr size_t kMaxBlockPixels = 2048;
     static constexpr size_t kMaxStripBytes = 64 * 1024 * 1024;
 
-    /// Uses one tile and one target of the instance at a time, and gives them back. tileSize: pixels a side,
+    /// Uses one tile and one target of the instance at a time, and gives them back. tileSize: pixels per side,
     /// kMinTileSize to kMaxTileSize.
     RegionRenderer(std::shared_ptr<RenderBackendInstance> instance, size_t tileSize);
 

@@ -129,7 +129,7 @@ void requireSize(PixelSource const& source) {
     if (source.width() > StoreInfo::kMaxSide || source.height() > StoreInfo::kMaxSide)
         throw HostError(HostError::Kind::UnreadableImage, "the picture is too large: a tile store has up to " +
                                                               std::to_string(StoreInfo::kMaxSide) +
-                                                              " pixels a side; import a part of it");
+                                                              " pixels per side; import a part of it");
 }
 
 } // namespace

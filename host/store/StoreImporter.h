@@ -11,7 +11,7 @@
 class PixelSource;
 
 struct ImportOptions {
-    size_t tileSize = 256;            ///< samples a side, even, StoreInfo::kMinTileSize to kMaxTileSize
+    size_t tileSize = 256;            ///< samples per side, even, StoreInfo::kMinTileSize to kMaxTileSize
     std::optional<size_t> levels;     ///< 1 to StoreInfo::kMaxLevels; without: storegeometry::autoLevels
     size_t jobs = 0;                  ///< threads that compress; 0: as many as the machine has cores
     bool replace = false;             ///< a file that has the store's name already

@@ -21,7 +21,7 @@ struct StoreInfo {
     size_t bits = 8;             ///< of a sample: 8 or 16
     size_t residualBits = 0;     ///< lowest bits of each sample that stay outside the wavelet
     size_t levels = 1;           ///< of the wavelet, 1 to kMaxLevels
-    size_t tileSize = 256;       ///< samples a side, even
+    size_t tileSize = 256;       ///< samples per side, even
     double micronsPerPixelX = 0; ///< 0: unknown
     double micronsPerPixelY = 0;
     std::string sourceName;     ///< file name of the picture, without folders

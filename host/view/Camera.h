@@ -46,7 +46,7 @@ public:
     void magnify(double factor, Place const& about);
     /// So many fourths of an octave, but at least one step of Zoom a fourth.
     void step(int fourths, Place const& about);
-    /// The zoom nearest to so many pixels a pixel of the picture.
+    /// The zoom nearest to so many pixels per pixel of the picture.
     void magnifyTo(double value, Place const& about);
     /// The largest zoom at which the whole picture is seen, or the smallest there is; the picture in the middle.
     void fit();

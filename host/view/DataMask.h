@@ -15,7 +15,7 @@ public:
     DataMask(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, EmptyAreas& emptyAreas,
              StoreInfo const& info);
 
-    /// A byte a pixel of the view, rows from the top: 255 where there is data, else 0, off by less than 8 pixels.
+    /// One byte per pixel of the view, rows from the top: 255 where there is data, else 0, off by less than 8 pixels.
     std::vector<std::uint8_t> draw(View const& view);
 
 private:

@@ -8,6 +8,6 @@ struct ScaleBar {
     std::string text;  ///< "50 µm", in UTF-8
 };
 
-/// The longest bar of at most `maxPixels` pixels of the screen. zoom: pixels of the screen a pixel of the picture.
+/// The longest bar of at most `maxPixels` pixels of the screen. zoom: pixels of the screen per pixel of the picture.
 /// micronsPerPixel: of the picture; 0: not known, the bar then counts whole pixels of the picture.
 ScaleBar scaleBar(double maxPixels, double zoom, double micronsPerPixel);

@@ -33,7 +33,7 @@ protected:
         return path("script.txt");
     }
 
-    /// What a window shows whose upper left corner is at x, y of the picture, at so many whole pixels a pixel.
+    /// What a window shows whose upper left corner is at x, y of the picture, at so many whole pixels per pixel.
     testimages::Pixels expected(std::int64_t x, std::int64_t y, std::size_t width, std::size_t height,
                                 std::int64_t zoom = 1) const {
         testimages::Pixels pixels{width, height, 3, {}};

@@ -4,6 +4,6 @@
 
 #include <string>
 
-/// The pixels of a window as the program xwd writes them: 32 bits a pixel, in one go.
+/// The pixels of a window as the program xwd writes them: 32 bits per pixel, in one go.
 /// Throws std::runtime_error for anything else.
 testimages::Pixels readXwd(std::string const& path);
