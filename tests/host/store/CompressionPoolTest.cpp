@@ -179,11 +179,18 @@ TEST(CompressionPoolTest, AReaderThatIsFasterWaits) {
 TEST(CompressionPoolTest, WithoutJobsThereIsOne) {
     Gate gate;
     gate.open();
-    CompressionPool pool(gate.encoders(), 0);
+    std::atomic<bool> isReaders{false};
+    CompressionPool pool(
+        [&, reader = std::this_thread::get_id()] {
+            if (std::this_thread::get_id() == reader) isReaders = true;
+            return gate.encoders()();
+        },
+        0);
     for (size_t column = 0; column < 40; ++column)
         pool.add(tileOf(column, noise(1)));
     EXPECT_EQ(pool.finish().size(), 40u);
     EXPECT_EQ(gate.makers(), 1u);
+    EXPECT_FALSE(isReaders) << "a thread, not the reader's own";
 }
 
 TEST(CompressionPoolTest, TilesThatWaitAtItsEndAreDropped) {
@@ -217,6 +224,25 @@ TEST(CompressionPoolTest, WhatAThreadThrowsReachesTheReader) {
         EXPECT_THROW(pool.take(), std::runtime_error);
         EXPECT_THROW(pool.finish(), std::runtime_error);
     }
+}
+
+TEST(CompressionPoolTest, AReaderThatWaitsForRoomIsToldWhatAThreadThrows) {
+    constexpr size_t kRoom = 1 + 16; // in work and waiting
+    std::atomic<size_t> added{0};
+    CompressionPool pool(
+        [&] {
+            return [&](RawTile const&) -> StoredTile {
+                while (added < kRoom)
+                    std::this_thread::sleep_for(1ms);
+                // The reader is about to wait: nobody will ever make room.
+                std::this_thread::sleep_for(50ms);
+                throw std::runtime_error("zstd fails");
+            };
+        },
+        1);
+    for (; added < kRoom; ++added)
+        pool.add(tileOf(added, noise(1)));
+    EXPECT_THROW(pool.add(tileOf(kRoom, noise(1))), std::runtime_error);
 }
 
 TEST(CompressionPoolTest, WhatTheLastTileThrowsReachesTheReaderAtTheEnd) {

@@ -66,6 +66,9 @@ TEST_F(SelectionTest, IsKeptToTheLastBit) {
     EXPECT_EQ(info.selection, "page 3 of 15; samples");
     EXPECT_EQ(info.rangeLow, -3.5000000000000004);
     EXPECT_EQ(info.rangeHigh, 1e300);
+    StoreInfo const below = imported({"samples", -9, -0.5});
+    EXPECT_EQ(below.rangeLow, -9);
+    EXPECT_EQ(below.rangeHigh, -0.5);
     EXPECT_EQ(imported({}).selection, "");
     EXPECT_EQ(imported({}).rangeHigh, 0);
 }
