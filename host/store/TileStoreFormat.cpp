@@ -115,9 +115,8 @@ void requireChecksum(Meta const& meta, std::int64_t version) {
 
 // The version in the file's head lies under no checksum.
 void requireVersion(Meta const& meta, std::int64_t version) {
-    bool const sealed = version >= storeformat::kSealedVersion;
-    if (!sealed && meta.count(kVersion) == 0) return;
-    if (!sealed || textOf(meta, kVersion) != std::to_string(version))
+    if (version < storeformat::kSealedVersion && meta.count(kVersion) == 0) return;
+    if (textOf(meta, kVersion) != std::to_string(version))
         throw std::invalid_argument("its head says version " + std::to_string(version) + ", its description " +
                                     textOf(meta, kVersion));
 }

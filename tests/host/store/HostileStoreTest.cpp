@@ -201,8 +201,15 @@ TEST_F(HostileStoreTest, ImpossibleDescriptionsAreNamed) {
         expectRefused("does not say its " + key);
     }
     writeFile(path_, whole);
-    storefiles::change(path_, "DELETE FROM meta WHERE key = 'crc'");
-    expectRefused("does not say its crc");
+    for (std::int64_t const version : {3, 2}) {
+        if (version == 2) {
+            writeFile(path_, whole);
+            storefiles::rewriteAs(2, path_);
+            EXPECT_EQ(opening(), "");
+        }
+        storefiles::change(path_, "DELETE FROM meta WHERE key = 'crc'");
+        expectRefused("does not say its crc");
+    }
 }
 
 TEST_F(HostileStoreTest, EntriesThatAreNotKnownAreUnderTheChecksumToo) {
