@@ -67,6 +67,9 @@ TEST_F(PictureViewGLTest, FramesLargerThanAPieceHaveNoSeamsEither) {
         View const wanted = {Zoom::nearest(zoom, info.levels), -10, -3, 1900, 50, false};
         EXPECT_TRUE(completed(view, wanted) == frameOf(levels, wanted)) << describe(wanted);
     }
+    // Of all pieces the ones that read most: 63 samples for 32 pixels, from the last pixel of 32 on.
+    View const most = {Zoom::nearest(32.0 / 63, info.levels), 31, 0, 384, 20, false};
+    EXPECT_TRUE(completed(view, most) == frameOf(levels, most));
 }
 
 TEST_F(PictureViewGLTest, OnceAFrameWasShownNoBackgroundIsWithinThePicture) {
@@ -227,28 +230,33 @@ TEST_F(PictureViewGLTest, SmoothFlatPicturesStayFlatUpToTheirEdges) {
 }
 
 TEST_F(PictureViewGLTest, SmoothPixelsLieBetweenTheSamplesAround) {
-    Picture const picture = testpictures::picture(301, 200, 1, 8, Content::Noise);
+    Picture const picture = testpictures::picture(901, 200, 1, 8, Content::Noise);
     StoreInfo const info = import(picture);
     Level const level = levelsOf(picture, 0)[0];
     PictureView view(instance_, path(), options());
-    View const wanted = {Zoom::nearest(0.6, info.levels), 0, 0, 180, 120, true};
-    Bytes const frame = completed(view, wanted);
-    double const step = static_cast<double>(wanted.zoom.samples()) / static_cast<double>(wanted.zoom.pixels());
-    for (std::size_t y = 0; y < wanted.height; ++y) {
-        for (std::size_t x = 0; x < wanted.width; ++x) {
-            double const column = (static_cast<double>(x) + 0.5) * step - 0.5;
-            double const row = (static_cast<double>(y) + 0.5) * step - 0.5;
-            auto const at = [&](double i, double j) {
-                auto const clampedX = static_cast<std::size_t>(std::clamp(i, 0.0, 300.0));
-                auto const clampedY = static_cast<std::size_t>(std::clamp(j, 0.0, 199.0));
-                return static_cast<double>(level.bytes[clampedY * level.width + clampedX]);
-            };
-            double const left = std::floor(column);
-            double const top = std::floor(row);
-            double const upper = at(left, top) + (at(left + 1, top) - at(left, top)) * (column - left);
-            double const lower = at(left, top + 1) + (at(left + 1, top + 1) - at(left, top + 1)) * (column - left);
-            // GPUs weigh with 8 bits or more along each axis.
-            ASSERT_NEAR(frame[4 * (y * wanted.width + x)], upper + (lower - upper) * (row - top), 2.5) << x << "," << y;
+    Zoom const zoom = Zoom::nearest(0.6, info.levels);
+    double const step = static_cast<double>(zoom.samples()) / static_cast<double>(zoom.pixels());
+    auto const at = [&](double x, double y) {
+        auto const clampedX = static_cast<std::size_t>(std::clamp(x, 0.0, 900.0));
+        auto const clampedY = static_cast<std::size_t>(std::clamp(y, 0.0, 199.0));
+        return static_cast<double>(level.bytes[clampedY * level.width + clampedX]);
+    };
+    // The whole, of more than a piece; and parts that begin where samples and pixels do together, and beside that.
+    for (View const& wanted :
+         {View{zoom, 0, 0, 540, 120, true}, View{zoom, 32, 32, 50, 40, true}, View{zoom, 31, 65, 50, 40, true}}) {
+        Bytes const frame = completed(view, wanted);
+        for (std::size_t y = 0; y < wanted.height; ++y) {
+            for (std::size_t x = 0; x < wanted.width; ++x) {
+                double const column = (static_cast<double>(wanted.x) + static_cast<double>(x) + 0.5) * step - 0.5;
+                double const row = (static_cast<double>(wanted.y) + static_cast<double>(y) + 0.5) * step - 0.5;
+                double const left = std::floor(column);
+                double const top = std::floor(row);
+                double const upper = at(left, top) + (at(left + 1, top) - at(left, top)) * (column - left);
+                double const lower = at(left, top + 1) + (at(left + 1, top + 1) - at(left, top + 1)) * (column - left);
+                // GPUs weigh with 8 bits or more along each axis.
+                ASSERT_NEAR(frame[4 * (y * wanted.width + x)], upper + (lower - upper) * (row - top), 2.5)
+                    << describe(wanted) << ": " << x << "," << y;
+            }
         }
     }
 }
