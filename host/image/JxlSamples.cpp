@@ -1,12 +1,16 @@
 #include "host/image/JxlSamples.h"
 
+#include "host/Threads.h"
+
 #include <jxl/decode.h>
-#include <jxl/thread_parallel_runner.h>
+#include <jxl/parallel_runner.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <fcntl.h>
+#include <new>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -36,16 +40,37 @@ private:
     int kept_;
 };
 
+// Calls `work` for each number from `begin` up to `end`, on threads: those that the system gives, and the caller's own.
+// libjxl's own way of it ends the program where the system gives fewer threads than it wants.
+JxlParallelRetCode runOnThreads(void* /*runner*/, void* picture, JxlParallelRunInit init, JxlParallelRunFunction work,
+                                std::uint32_t begin, std::uint32_t end) {
+    if (begin >= end) return 0;
+    size_t const helpers = std::min<size_t>(threadsFor(0), end - begin) - 1;
+    JxlParallelRetCode const code = init(picture, helpers + 1);
+    if (code != 0) return code;
+    std::atomic<std::uint64_t> next{begin};
+    auto const run = [&](size_t thread) {
+        for (std::uint64_t number = next++; number < end; number = next++)
+            work(picture, static_cast<std::uint32_t>(number), thread);
+    };
+    std::vector<std::thread> threads;
+    try {
+        threads = startThreads(helpers, [&](size_t helper) { run(helper + 1); });
+    } catch (std::bad_alloc const&) {
+        threads.clear(); // none was started
+    }
+    run(0);
+    for (std::thread& thread : threads)
+        thread.join();
+    return 0;
+}
+
 // A decoder that is fed from a file.
 class Stream {
 public:
     Stream(InputFile& file, int events)
-        : file_(file),
-          runner_(JxlThreadParallelRunnerCreate(nullptr, JxlThreadParallelRunnerDefaultNumWorkerThreads()),
-                  JxlThreadParallelRunnerDestroy),
-          decoder_(JxlDecoderCreate(nullptr), JxlDecoderDestroy),
-          part_(kPartBytes) {
-        require(JxlDecoderSetParallelRunner(decoder_.get(), JxlThreadParallelRunner, runner_.get()));
+        : file_(file), decoder_(JxlDecoderCreate(nullptr), JxlDecoderDestroy), part_(kPartBytes) {
+        require(JxlDecoderSetParallelRunner(decoder_.get(), runOnThreads, nullptr));
         require(JxlDecoderSubscribeEvents(decoder_.get(), events));
     }
 
@@ -86,7 +111,6 @@ private:
     }
 
     InputFile& file_;
-    std::unique_ptr<void, decltype(&JxlThreadParallelRunnerDestroy)> runner_;
     std::unique_ptr<JxlDecoder, decltype(&JxlDecoderDestroy)> decoder_;
     std::vector<std::uint8_t> part_;
     std::uint64_t offset_ = 0;

@@ -1,6 +1,9 @@
 // JPEG XL and JPEG 2000, of which libvips does not tell all: frames, channels, which of them is alpha.
 #include "tests/host/image/ImageFixture.h"
 #include "tests/host/image/TestCodecs.h"
+#include "tests/support/FailingThreads.h"
+
+#include <thread>
 
 using testcodecs::box;
 using testcodecs::number;
@@ -32,6 +35,26 @@ TEST_F(JxlAndJp2ReadingTest, JpegXlHasItsSamplesAndFrames) {
         EXPECT_EQ(valuesOf(file, withPage(page)),
                   std::vector<double>(picture.frames[page - 1].begin(), picture.frames[page - 1].end()));
     EXPECT_TRUE(has(misuse(file, withPage(4)), "--page is 1 to 3"));
+}
+
+// Of several groups of 256 x 256 pixels, which threads take one by one.
+TEST_F(JxlAndJp2ReadingTest, JpegXlIsReadWithTheThreadsThatTheSystemGives) {
+    testcodecs::JpegXl picture;
+    picture.width = 700;
+    picture.height = 600;
+    picture.colours = 1;
+    picture.frames.emplace_back();
+    for (size_t i = 0; i < 700 * 600; ++i)
+        picture.frames[0].push_back(static_cast<std::uint8_t>(i * i / 700 + i));
+    std::string const file = write("a.jxl", testcodecs::jpegXl(picture));
+    std::vector<double> const values(picture.frames[0].begin(), picture.frames[0].end());
+    EXPECT_TRUE(valuesOf(file) == values);
+    for (size_t const given : {0u, 1u}) {
+        ThreadLimit const limit(given);
+        EXPECT_TRUE(valuesOf(file) == values) << given;
+        // With one core none is asked for.
+        EXPECT_EQ(ThreadLimit::refused() > 0, std::thread::hardware_concurrency() > 1) << given;
+    }
 }
 
 TEST_F(JxlAndJp2ReadingTest, JpegXlOfAnyBandsAndBitsIsRead) {
