@@ -1,11 +1,14 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/ImageInput.h"
+#include "apps/velmora/Interruption.h"
 #include "apps/velmora/PictureFiles.h"
 #include "apps/velmora/SelectionOptions.h"
 #include "host/HostError.h"
 #include "host/OutputFile.h"
 #include "host/PlainText.h"
+#include "host/image/InputFile.h"
 #include "host/store/StoreImporter.h"
+#include "host/store/TileStore.h"
 
 #include <charconv>
 #include <chrono>
@@ -65,6 +68,13 @@ void requireUsableStore(Files const& files, bool replace) {
     requireUsable(store, OutputFile::Ending::NotOfAPicture);
 }
 
+// Before a reader of images calls it one of no known format.
+void requireNoStore(std::string const& image) {
+    if (image.empty() || !TileStore::isStore(image)) return;
+    TileStore const store(image, interruption::throwIfNoted);
+    throw imageNotRead(image, "it is a tile store already; copy it, or make a picture of it with velmora export");
+}
+
 std::optional<size_t> levelsOf(std::string const& text) {
     size_t levels = 0;
     auto const end = std::from_chars(text.data(), text.data() + text.size(), levels);
@@ -84,6 +94,7 @@ std::string checkEven(std::string const& text) {
 void import(Options const& options) {
     Files const files = filesOf(options);
     requireUsableStore(files, options.import.replace);
+    requireNoStore(files.image);
     imageinput::inspect(files.image, options.selection, imageinput::Colours::Kept);
     ImportOptions importOptions = options.import;
     importOptions.sources = picturefiles::sourcesOf(files.image);

@@ -156,6 +156,11 @@ TEST_F(ProgramStoreTest, EveryFailureHasItsExitCode) {
     expectFailure(runVelmora({"export", image_, path("out.tif")}), 9, {"no tile store"});
     import();
     expectFailure(runVelmora({"export", store_, path("none/out.tif")}), 6, {"none/out.tif"});
+    expectFailure(runVelmora({"import", store_, path("b.vlm")}), 4, {"a tile store already", "velmora export"});
+    change("UPDATE meta SET value = '0' WHERE key = 'width'");
+    expectFailure(runVelmora({"import", store_, path("b.vlm")}), 10, {"damaged"});
+    change("PRAGMA application_id = 0");
+    expectFailure(runVelmora({"import", store_, path("b.vlm")}), 9, {"no tile store"});
 }
 
 TEST_F(ProgramStoreTest, ANewerStoreIsExitCode11) {
