@@ -111,7 +111,6 @@ class Sources:
         return [sentence for part in passed or [re.sub(r'\bVELMORA_\w+\([^;]*;', '', text)]
                 for sentence in map(joined_literals, re.findall(r'(?:%s\s*)+' % LITERAL, part)) if is_sentence(sentence)]
 
-
     def host_errors(self):
         """(kind, text, where) of every HostError that is constructed with a text of its own."""
         for path, text in self.texts.items():
@@ -144,8 +143,13 @@ def fits(first, second):
 class Document:
     def __init__(self, path):
         self.rows = []
+        self.stray = []  # numbers of rows that belong to no table, for there is no head above them
         section = ''
-        for number, line in enumerate(read(path).split('\n'), 1):
+        lines = read(path).split('\n')
+        for number, line in enumerate(lines, 1):
+            begins = line.startswith('|') and not lines[number - 2].startswith('|')
+            if begins and not re.fullmatch(r'\|[|: -]*-[|: -]*', lines[number]):
+                self.stray.append(number)
             if line.startswith('## '):
                 section = line[3:]
             cells = [cell.strip() for cell in re.split(r'(?<!\\)\|', line)[1:-1]]
@@ -189,7 +193,7 @@ def kinds(root):
 def compare(root):
     sources = Sources(root, LIBRARIES)
     document = Document(os.path.join(root, 'docs/ERRORS.md'))
-    faults = []
+    faults = ['docs/ERRORS.md:%d: a row without the head of its table' % number for number in document.stray]
     built = sources.names()
     written = list(document.names())
     for number, span, text in written:
