@@ -95,7 +95,7 @@ TEST(ProgressBarTest, TerminalSeesTheBarAndAWipedLineAtTheEnd) {
 
 TEST(ProgressBarTest, ATitleIsShownAndNotObeyed) {
     PseudoTerminal const terminal;
-    ASSERT_NE(terminal.stream(), nullptr);
+    if (terminal.stream() == nullptr) GTEST_SKIP() << kNoTerminal;
     ProgressBar bar("a\x1b[2J.png", terminal.stream());
     bar.update(2, 2);
     EXPECT_NE(terminal.writtenUpTo("100%").find("a\\x1b[2J.png  ["), std::string::npos);
