@@ -214,10 +214,10 @@ TEST_F(TemporaryOutputTest, NobodyMayReadAnUnfinishedFileWhoMayNotReadTheSource)
 }
 
 TEST_F(TemporaryOutputTest, AnotherGroupThanTheSourcesHasNoMoreThanEverybody) {
-    if (geteuid() != 0) GTEST_SKIP() << "only root gives files to groups";
     writeFile(path("source"), "");
     constexpr gid_t kGroup = 12345;
-    ASSERT_EQ(chown(path("source").c_str(), static_cast<uid_t>(-1), kGroup), 0);
+    if (chown(path("source").c_str(), static_cast<uid_t>(-1), kGroup) != 0)
+        GTEST_SKIP() << "files cannot be given to another group";
     for (auto const& [source, output] :
          std::vector<std::pair<mode_t, mode_t>>{{0640, 0600}, {0644, 0644}, {0604, 0600}}) {
         chmod(path("source").c_str(), source);
