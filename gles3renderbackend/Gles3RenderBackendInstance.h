@@ -37,8 +37,9 @@ public:
     /// Also throws "Invalid rectangle". All of it under clear's location.
     void clearRect(size_t target, std::vector<size_t> const& color, std::vector<size_t> const& rect) override;
 
-    /// Throws "Target does not exist", "Instance for Filter <name> not available" and "No integer physical coordinate
-    /// for logical coordinate"; nothing is drawn then. Leaves the framebuffer, the program, the viewport, the quad's
+    /// Throws "Target does not exist", "Instance for Filter <name> not available", "fewer sources than the filter has
+    /// inputs" for a filter with more than one, and "No integer physical coordinate for logical coordinate"; nothing is
+    /// drawn then. Leaves the framebuffer, the program, the viewport, the quad's
     /// buffers and the last tile's texture bound. A tile that is drawn becomes the most recently used.
     void drawTiles(size_t target, Filter const& tileShader, std::vector<size_t> const& range,
                    std::vector<size_t> const& canvasRange, std::vector<size_t> const& tileSize,
@@ -101,11 +102,12 @@ public:
     void createFilterInstance(Filter& filter) override;
     /// Throws "Instance for Filter <name> not available" for a filter that was destroyed already.
     void destroyFilterInstance(Filter& filter) override;
-    /// Throws "Instance for Filter <name> not available" and "a range needs its start: values 0 and 2" before any GL
-    /// call; "Filter parameters cast failed" and "bad parameters cast", for envelopes that are not this backend's, with
-    /// source and target bound and nothing drawn. The sampler's unit is set in the program that was current before:
-    /// where none was, GL_INVALID_OPERATION is pending afterwards, and the mask is drawn all the same. The starts of
-    /// the range are taken as unsigned numbers: there are none below 0.
+    /// Throws "Instance for Filter <name> not available", "a range needs its start: values 0 and 2" and "fewer sources
+    /// than the filter has inputs", for a filter with more than one, before any GL call; "Filter parameters cast
+    /// failed" and "bad parameters cast", for envelopes that are not this backend's, with source and target bound and
+    /// nothing drawn. The sampler's unit is set in the program that was current before: where none was,
+    /// GL_INVALID_OPERATION is pending afterwards, and the mask is drawn all the same. The starts of the range are taken
+    /// as unsigned numbers: there are none below 0.
     void maskRange(size_t source, size_t target, Filter const& maskShader, std::vector<size_t> const& range,
                    SingleFilterParameters const& params) override;
 

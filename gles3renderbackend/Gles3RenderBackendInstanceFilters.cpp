@@ -84,9 +84,7 @@ void Gles3RenderBackendInstance::executeFilter(Filter const& filter, std::vector
     if (shader == nullptr)
         throw VelmoraException("Instance for Filter <" + filter.name() + "> not available", kExecuteFilter);
     if (offset.size() < 2) throw VelmoraException("an offset needs two values: x, y", kExecuteFilter);
-    // An input without a source would show whatever texture its unit was left with.
-    if (sources.size() < std::min(filter.numTexturesIn(), shader->sampledInputs()))
-        throw VelmoraException("fewer sources than the filter has inputs", kExecuteFilter);
+    shader->requireSources(sources.size(), filter, kExecuteFilter);
     shader->draw(sources, inputW, inputH, destination, clipLeft, clipRight, clipTop, clipBottom, params, offset, *this,
                  filter);
 }

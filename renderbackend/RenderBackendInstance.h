@@ -47,8 +47,9 @@ public:
     /// Fills a rectangle of a target. rect: {x, y, width, height} in logical pixels.
     virtual void clearRect(size_t target, std::vector<size_t> const& color, std::vector<size_t> const& rect) = 0;
 
-    /// Draws cached tiles into a target, one quad per tile; a tile that is not cached is drawn transparent black. No
-    /// parameters are sent: a filter that has some draws with what its last run left in its program.
+    /// Draws cached tiles into a target, one quad per tile; a tile that is not cached is drawn transparent black. The
+    /// filter has one input. No parameters are sent: a filter that has some draws with what its last run left in its
+    /// program, a table filter with whatever texture is bound to unit 1.
     /// range: {x0, x1, y0, y1}, inclusive, the region of the image that fills the viewport, in logical pixels;
     /// canvasRange: the same order, of which x0 and y0 are the origin of the tile grid; tileSize: {width, height} in
     /// logical pixels; blockCoords: a {column, row} per tile, at least as many as blocks, not tested; blocks: tile ids;
@@ -78,8 +79,9 @@ public:
     ///
     /// Erase a tile before it is set in another size. Onto a stored one
     ///   - a size that is as large or larger in either direction makes a new texture, as for a new tile;
-    ///   - a smaller one in both directions goes into the upper left corner of an RGBA texture (stored with 4 components,
-    ///     or 1), which keeps its size and is drawn whole. Four bytes per texel are read, whatever the components say;
+    ///   - a smaller one in both directions goes into the upper left corner of an RGBA texture (stored with 4
+    ///     components, or 1), which keeps its size and is drawn whole. Four bytes per texel are read, whatever the
+    ///     components say;
     ///   - the same onto an RGB texture is refused by GL: the old pixels stay and GL_INVALID_OPERATION is pending.
     ///
     /// Throws "Can't set tile pixels with this size" for other components, "pixel vector is shorter than its size says"
@@ -140,8 +142,8 @@ public:
     /// clips cut logical pixels off the output; offset: {x, y}, texels of the destination where the output starts. The
     /// destination is none of the sources: what a target shows that samples itself is up to GL. On the host's surface,
     /// target 0, rows are mirrored, so that the first one is at the top, and offset.y counts from the top; the filters
-    /// without a model-view (FilterRGBA8ToYCoCg16, both colour matrices, both passes of the 16-bit sharpening) keep GL's
-    /// order there as well.
+    /// without a model-view (FilterRGBA8ToYCoCg16, both colour matrices, both passes of the 16-bit sharpening) keep
+    /// GL's order there as well.
     virtual void executeFilter(Filter const& filter, std::vector<FilterSource> const& sources, size_t inputW,
                                size_t inputH, size_t destination, size_t clipLeft, size_t clipRight, size_t clipTop,
                                size_t clipBottom, SingleFilterParameters const& params,
@@ -155,8 +157,8 @@ public:
     /// Draws the shape of a MaskFilterParams into a target, coloured from `source`, which is another target. range:
     /// {x0, x1, y0, y1} of the target in image coordinates, of which x0 and y0 count: cell coordinates of the shape,
     /// one to a texel of the target, also where a texel holds several pixels or a pixel takes several texels. On the
-    /// host's surface, target 0, the rows are mirrored. The record's envelopes are what dataEnvelopes returned, less its
-    /// const:
+    /// host's surface, target 0, the rows are mirrored. The record's envelopes are what dataEnvelopes returned, less
+    /// its const:
     ///
     ///     params.envelopes = std::const_pointer_cast<DataEnvelopes>(instance.dataEnvelopes(id));
     ///

@@ -8,7 +8,9 @@
 #include "gles3renderbackend/resources/ShaderCompiler.h"
 #include "gles3renderbackend/resources/UnitQuad.h"
 #include "renderbackend/Precondition.h"
+#include "renderbackend/VelmoraException.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <locale>
 #include <sstream>
@@ -90,6 +92,11 @@ void Gles3Shader::prepareLocations() {
         inputs_.push_back(lookUpInput(input));
     while (inputLocations(sampledInputs_).sampler != -1)
         ++sampledInputs_;
+}
+
+void Gles3Shader::requireSources(size_t sources, Filter const& filter, char const* location) const {
+    if (sources < std::min(filter.numTexturesIn(), sampledInputs_))
+        throw VelmoraException("fewer sources than the filter has inputs", location);
 }
 
 void Gles3Shader::setGeometry(double x, double y, double w, double h) {

@@ -49,8 +49,10 @@ public:
     /// The GL name of the program, 0 where there is none.
     GLuint program() const { return program_ ? *program_ : 0; }
 
-    /// Inputs that the program samples: "s_texture00", "s_texture01" and so on, up to the first name that it lacks.
-    size_t sampledInputs() const { return sampledInputs_; }
+    /// Throws VelmoraException "fewer sources than the filter has inputs" under `location` where the program samples an
+    /// input of `filter`, the caller's description, that has no source: it would show whatever texture its unit was
+    /// left with. The program samples "s_texture00", "s_texture01" and so on, up to the first name that it lacks.
+    void requireSources(size_t sources, Filter const& filter, char const* location) const;
 
     /// For whoever keeps the shader in a table that the instance owns: a shader that held its instance would keep both
     /// alive for ever.
@@ -115,5 +117,5 @@ private:
     GLint outputSize_ = -1;
     GLint position_ = -1;
     std::vector<InputLocations> inputs_;
-    size_t sampledInputs_ = 0;
+    size_t sampledInputs_ = 0; // of a table filter one more than inputs: its table
 };

@@ -121,6 +121,31 @@ TEST_F(Gles3RenderBackendInstanceFilterSafetyTest, SourcesBeyondTheInputsAreBoun
     EXPECT_EQ(gl.draws().back().uniforms.at("s_texture00"), (std::vector<float>{0}));
 }
 
+// They have one source for the filter, whatever it wants.
+TEST_F(Gles3RenderBackendInstanceFilterSafetyTest, TilesAndMasksAreRefusedForAFilterOfMoreInputs) {
+    size_t const target = rgbaTarget(8, 8);
+    auto const drawTiles = [&](Filter const& filter) {
+        return failureOf([&] {
+            instance->drawTiles(target, filter, {0, 7, 0, 7}, {0, 0, 0, 0}, {8, 8}, {{0, 0}}, {1}, {});
+        });
+    };
+    auto const maskRange = [&](Filter const& filter) {
+        return failureOf([&] { instance->maskRange(target, 0, filter, {0, 7, 0, 7}, MaskFilterParams()); });
+    };
+    std::string const refused = "#Name:fewer sources than the filter has inputs#Location:void "
+                                "Gles3RenderBackendInstance::";
+    Filter const interleave = instantiated(withInputs("FilterInterleave16", 3));
+    EXPECT_EQ(drawTiles(interleave).find(refused + "drawTiles("), 0U) << drawTiles(interleave);
+    EXPECT_TRUE(gl.draws().empty());
+    gl.forgetCalls();
+    EXPECT_EQ(maskRange(interleave).find(refused + "maskRange("), 0U) << maskRange(interleave);
+    EXPECT_TRUE(gl.calls().empty());
+    // Unit 1 holds the table.
+    EXPECT_EQ(drawTiles(instantiated(withInputs("FilterBlackWhiteGamma8", 1))), kNoFailure);
+    EXPECT_EQ(maskRange(instantiated(withInputs("MaskFilter4x8", 1))).find("#Name:bad parameters cast#"), 0U)
+        << "one source is enough";
+}
+
 // The filter has a check, and words, of its own.
 TEST_F(Gles3RenderBackendInstanceFilterSafetyTest, FilterWithoutAProgramReportsItsMissingSourceItself) {
     Filter const clahe = instantiated(withInputs("FilterCLAHE", 1));
