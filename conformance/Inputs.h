@@ -39,7 +39,7 @@ constexpr std::uint32_t kColourParts = 256;
 /// As many random colours.
 reference::Texels randomColours(std::uint32_t randomStart);
 
-/// Four 16-bit components a pixel: the first from -100 to 400 with a slope across, the others any.
+/// Four 16-bit components per pixel: the first from -100 to 400 with a slope across, the others any.
 reference::Texels greySlope(int widthPixels, int height, std::uint32_t randomStart);
 
 /// Columns and rows of one channel.

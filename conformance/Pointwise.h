@@ -21,8 +21,8 @@ struct Pointwise {
 void expectEach(Trial& trial, Filter const& filter, Pointwise const& pointwise,
                 std::vector<reference::Texels> const& inputs, SingleFilterParameters const& params = {});
 
-/// Over noise wherever it lies: strips of one row and of one pixel per row that are as long as the trial's strips, and a
-/// part of a picture that lands at another place of a larger one, clipped.
+/// Over noise wherever it lies: strips of one row and of one pixel per row that are as long as the trial's strips, and
+/// a part of a picture that lands at another place of a larger one, clipped.
 void expectEverywhere(Trial& trial, Filter const& filter, Pointwise const& pointwise,
                       SingleFilterParameters const& params = {});
 

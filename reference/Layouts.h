@@ -7,8 +7,8 @@
 
 // The byte layouts in which samples travel through 8-bit RGBA textures. Rows lie in memory order: row y is row y.
 //
-//   8 bit               one pixel per texel                     R       G       B       A
-//   one channel, 16     two samples per texel, 2k and 2k+1      low     high    low     high
+//   8 bit               one pixel per texel                   R       G       B       A
+//   one channel, 16     two samples per texel, 2k and 2k+1    low     high    low     high
 //   three channels, 16  one pixel in two texels     even      c0 low  c0 high c1 low  255
 //                                                   odd       c1 high c2 low  c2 high 255
 //   four channels, 16   one pixel in two texels     even      c0 low  c0 high c1 low  c1 high

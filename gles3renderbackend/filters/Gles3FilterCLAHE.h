@@ -5,9 +5,9 @@
 /// Contrast-limited adaptive histogram equalisation of the first of four 16-bit components; see CLAHE. Computes on the
 /// CPU: it has no GL program. With a FilterClaheParams.
 ///
-/// Source and destination are targets of 48 or 64 bits per pixel in RGBA32, a pixel in two texels of which all eight bytes
-/// count: four components, little-endian. The histograms are those of the whole input area; the other components pass
-/// through. An area smaller than 41 pixels in either direction passes through as it is.
+/// Source and destination are targets of 48 or 64 bits per pixel in RGBA32, a pixel in two texels of which all eight
+/// bytes count: four components, little-endian. The histograms are those of the whole input area; the other components
+/// pass through. An area smaller than 41 pixels in either direction passes through as it is.
 class Gles3FilterCLAHE : public Gles3Shader {
 public:
     explicit Gles3FilterCLAHE(Filter& filter);

@@ -177,7 +177,7 @@ TEST_F(Gles3RenderBackendInstanceDrawingTest, SpreadPixelsWidenTheViewport) {
 }
 
 TEST_F(Gles3RenderBackendInstanceDrawingTest, EachOfTheSixQuotientsMustBeWhole) {
-    // Three pixels per texel across and, which only a host with targets of its own can have, two rows a texel.
+    // Three pixels per texel across and, which only a host with targets of its own can have, two rows per texel.
     size_t const target = packedTarget();
     gles().target(target).repack({99, 60}, 3, 1);
     struct Row {
