@@ -8,6 +8,7 @@
 #include "host/image/SampleSource.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <numeric>
 #include <utility>
@@ -67,6 +68,8 @@ public:
         }
         return chosen;
     }
+
+    Lost const& lost() const { return lost_; }
 
     std::string description() const {
         std::string const what = counted(facts().layout.bands, "band") + " of " + toText(facts().layout.type) +
@@ -189,10 +192,18 @@ private:
         samples_.resize(count * layout.pixelBytes());
         source_->read(region, samples_.data());
         samplerange::toNumbers(samples_.data(), layout, bands_, count, numbers_);
+        if (range_) countLost();
         for (double const number : numbers_) {
             std::uint16_t const sample = range_ ? range_->scaled(number) : static_cast<std::uint16_t>(number);
             bool const isWide = range_ || layout.type == SampleType::Unsigned16;
             pixels = put(sample, isWide, pixels);
+        }
+    }
+
+    void countLost() {
+        for (double const number : numbers_) {
+            if (std::isnan(number)) ++lost_.notNumbers;
+            if (number < range_->low || number > range_->high) ++lost_.clipped;
         }
     }
 
@@ -214,6 +225,7 @@ private:
     std::string convertedFrom_; // the colour space; empty: colours are the file's
     std::optional<SampleRange> range_;
     std::vector<std::string> notes_;
+    Lost lost_;
     size_t nextRow_ = 0; // that a source reads which only goes down
     std::vector<std::uint8_t> samples_;
     std::vector<double> numbers_;
@@ -257,6 +269,10 @@ std::string ImageReader::description() const {
 
 PixelSource::Selection ImageReader::selection() {
     return reading_->selection();
+}
+
+PixelSource::Lost ImageReader::lost() const {
+    return reading_->lost();
 }
 
 void ImageReader::whileReading(std::function<void()> const& check) {

@@ -55,6 +55,7 @@ public:
     double pixelsPerMillimetreY() const override;
     std::string description() const override;
     Selection selection() override;
+    Lost lost() const override;
     void whileReading(std::function<void()> const& check) override;
     /// What is done that nobody has asked for, a sentence each: "'a.jpg' is CMYK: its colours are converted to sRGB".
     std::vector<std::string> const& notes() const;

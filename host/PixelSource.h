@@ -39,6 +39,15 @@ public:
     /// May read the whole picture first.
     virtual Selection selection() { return {}; }
 
+    /// Samples that a range did not keep as they were, of all that have been read.
+    struct Lost {
+        std::uint64_t clipped = 0;    ///< they lay beyond it
+        std::uint64_t notNumbers = 0; ///< and became 0
+
+        bool any() const { return clipped > 0 || notNumbers > 0; }
+    };
+    virtual Lost lost() const { return {}; }
+
     /// Calls the function now and then while reading takes long; it may throw to stop that.
     virtual void whileReading(std::function<void()> const& check);
 

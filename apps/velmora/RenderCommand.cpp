@@ -160,6 +160,10 @@ void renderImage(Options const& options) {
             else
                 EnhancedRenderer(instance, options.steps).render(*source, region, write, progress);
         });
+    // Without numbers: what filters read around a part is read again for its neighbours.
+    if (source->lost().any())
+        picturefiles::tell("what of " + picturefiles::nameOf(options.image) +
+                           " lies beyond the range is clipped, what is no number is drawn as 0");
     report(options, shape, source->width(), source->height(), source->description(), seconds);
 }
 

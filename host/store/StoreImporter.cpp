@@ -45,6 +45,18 @@ void tellOfNonsense(PixelSource const& source, ImportOptions const& options) {
     options.note(line.str());
 }
 
+void tellOfLost(PixelSource const& source, ImportOptions const& options) {
+    PixelSource::Lost const lost = source.lost();
+    if (!options.note || !lost.any()) return;
+    std::string line = "'" + plainText(options.sourceName, kMaxNameBytes) + "': ";
+    if (lost.clipped > 0) line += counted(lost.clipped, "sample") + " beyond the range clipped";
+    if (lost.clipped > 0 && lost.notNumbers > 0) line += ", ";
+    if (lost.notNumbers > 0)
+        line += counted(lost.notNumbers, "sample") + (lost.notNumbers == 1 ? " that is" : " that are") +
+                " no number made 0";
+    options.note(line);
+}
+
 char const* interpretationOf(size_t bands) {
     constexpr std::array<char const*, StoreInfo::kMaxBands> kNames{"grey", "grey and alpha", "RGB", "RGBA"};
     return kNames.at(bands - 1);
@@ -150,6 +162,7 @@ StoreInfo importStore(PictureOpener const& open, std::string const& path, Import
         storememory::requireForImport(info);
         try {
             Import(file, info, threadsFor(options.jobs)).run(*source, progress);
+            tellOfLost(*source, options);
             return info;
         } catch (CoefficientOverflow const&) {
             if (residualBits.empty()) throw;

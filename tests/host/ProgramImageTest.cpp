@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <limits>
 #include <numeric>
 #include <thread>
 
@@ -126,9 +127,24 @@ TEST_F(ProgramImageTest, OtherSamplesThanTheStoresAreTakenByRange) {
     EXPECT_EQ(said.rfind(store_ + ": 3 x 2 pixels of a.tif (" + all + ") in 1 level, ", 0), 0u) << said;
     expectTaken(all, -3.5, 124172);
     expectStored(filesamples::scaled(own, -3.5, 124172));
-    import(image, {"--range", "-1,17"});
+    // -3.5 below, 124172 above.
+    import(image, {"--range", "-1,17"}, "velmora: 'a.tif': 2 samples beyond the range clipped\n");
     expectTaken("samples -1 to 17 of 32-bit float as 0 to 65535", -1, 17);
     expectStored(filesamples::scaled(own, -1, 17));
+}
+
+TEST_F(ProgramImageTest, WhatARangeDoesNotKeepIsCountedAndTold) {
+    float const none = std::numeric_limits<float>::quiet_NaN();
+    float const infinity = std::numeric_limits<float>::infinity();
+    std::string const image =
+        tiff({directory(4, 2, 1, std::vector<float>{none, 1, 2, none, -infinity, infinity, 9, none})});
+    import(image, {"--range", "1,8"},
+           "velmora: 'a.tif': 3 samples beyond the range clipped, 3 samples that are no number made 0\n");
+    import(image, {"--range", "auto"},
+           "velmora: 'a.tif': 2 samples beyond the range clipped, 3 samples that are no number made 0\n");
+    std::string const finite = tiff({directory(3, 1, 1, std::vector<float>{none, 1, 2})});
+    import(finite, {"--range", "auto"}, "velmora: 'a.tif': 1 sample that is no number made 0\n");
+    import(finite, {"--range", "auto"}, "velmora: 'a.tif': 1 sample that is no number made 0\n");
 }
 
 TEST_F(ProgramImageTest, OneOfSeveralPagesIsTaken) {
