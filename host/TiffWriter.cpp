@@ -1,14 +1,12 @@
 #include "host/TiffWriter.h"
 
 #include "host/TemporaryOutput.h"
+#include "host/TiffMessage.h"
 
 #include <tiffio.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdarg>
-#include <cstdio>
 #include <unistd.h>
 #include <vector>
 
@@ -18,18 +16,6 @@ constexpr double kMicronsPerCentimetre = 10000;
 constexpr size_t kStripBytes = 256 * 1024;
 // Deflate may make noise a little larger: well below the 4 GiB that a classic TIFF reaches.
 constexpr size_t kMaxClassicBytes = size_t{7} << 29;
-
-using Message = std::array<char, 256>;
-
-int keepMessage(TIFF*, void* message, char const*, char const* format, va_list arguments) {
-    auto* const text = static_cast<Message*>(message);
-    std::vsnprintf(text->data(), text->size(), format, arguments);
-    return 1;
-}
-
-int dropMessage(TIFF*, void*, char const*, char const*, va_list) {
-    return 1;
-}
 
 // A fraction of two numbers of 32 bits, pixels per centimetre.
 bool isFraction(double micronsPerPixel) {
@@ -55,11 +41,7 @@ struct TiffWriter::State {
         if (descriptor < 0) throw output.failure(errno);
         errno = 0;
         bool const big = rowBytesOf(format) * format.height > kMaxClassicBytes;
-        TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
-        TIFFOpenOptionsSetErrorHandlerExtR(options, keepMessage, &message);
-        TIFFOpenOptionsSetWarningHandlerExtR(options, dropMessage, nullptr);
-        tiff = TIFFFdOpenExt(descriptor, file.path.c_str(), big ? "w8" : "w", options);
-        TIFFOpenOptionsFree(options);
+        tiff = TIFFFdOpenExt(descriptor, file.path.c_str(), big ? "w8" : "w", message.options().get());
         if (tiff != nullptr) return;
         close(descriptor);
         throw failure();
@@ -73,7 +55,7 @@ struct TiffWriter::State {
     // Of a failed write libtiff says where it was; the system says why.
     HostError failure() const {
         int const reason = errno;
-        return reason != 0 ? output.failure(reason) : output.failure(std::string(message.data()));
+        return reason != 0 ? output.failure(reason) : output.failure(std::string(message.text()));
     }
 
     template <class... Values>
@@ -112,7 +94,7 @@ struct TiffWriter::State {
 
     TemporaryOutput output;
     Format format;
-    Message message{};
+    TiffMessage message;
     TIFF* tiff = nullptr;
     size_t rowsPerStrip;
     size_t rows = 0; // so far

@@ -1,11 +1,11 @@
 #include "host/image/TiffDirectory.h"
 
+#include "host/TiffMessage.h"
+
 #include <tiffio.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdarg>
-#include <cstdio>
 #include <memory>
 #include <utility>
 
@@ -41,27 +41,11 @@ struct Client {
     static void unmap(thandle_t, void*, toff_t) {}
 };
 
-using Message = std::array<char, 256>;
-
-int keepMessage(TIFF*, void* message, char const*, char const* format, va_list arguments) {
-    auto* const text = static_cast<Message*>(message);
-    std::vsnprintf(text->data(), text->size(), format, arguments);
-    return 1;
-}
-
-int dropMessage(TIFF*, void*, char const*, char const*, va_list) {
-    return 1;
-}
-
 class Tiff {
 public:
     explicit Tiff(InputFile& file) : client_{&file} {
-        TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
-        TIFFOpenOptionsSetErrorHandlerExtR(options, keepMessage, &message_);
-        TIFFOpenOptionsSetWarningHandlerExtR(options, dropMessage, nullptr);
         tiff_ = TIFFClientOpenExt(file.path().c_str(), "rmC", &client_, Client::read, Client::write, Client::seek,
-                                  Client::close, Client::size, Client::map, Client::unmap, options);
-        TIFFOpenOptionsFree(options);
+                                  Client::close, Client::size, Client::map, Client::unmap, message_.options().get());
         if (tiff_ == nullptr) throw failure();
     }
     Tiff(Tiff const&) = delete;
@@ -80,12 +64,12 @@ public:
 
     HostError failure() const {
         client_.file->rethrow();
-        return unreadableImage(client_.file->path(), message_.front() == 0 ? "it is no TIFF file" : message_.data());
+        return unreadableImage(client_.file->path(), *message_.text() == 0 ? "it is no TIFF file" : message_.text());
     }
 
 private:
     Client client_;
-    Message message_{};
+    TiffMessage message_;
     TIFF* tiff_ = nullptr;
 };
 

@@ -1,5 +1,6 @@
 #include "host/store/CompressionPool.h"
 
+#include "tests/host/store/TestTiles.h"
 #include "tests/support/FailingThreads.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@
 #include <condition_variable>
 #include <map>
 #include <mutex>
-#include <random>
 #include <stdexcept>
 #include <thread>
 
@@ -17,27 +17,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-using Samples = std::vector<std::int16_t>;
-
-StoreInfo infoOf(size_t side) {
-    StoreInfo info;
-    info.width = info.height = side;
-    info.bands = 1;
-    info.tileSize = 16;
-    return info;
-}
-
-Samples noise(unsigned number) {
-    std::mt19937 random(number);
-    Samples samples(16 * 16);
-    for (auto& sample : samples)
-        sample = static_cast<std::int16_t>(random());
-    return samples;
-}
-
-RawTile tileOf(size_t column, Samples const& samples) {
-    return {{1, Band::HL, 0, column, 0}, {16, 16}, samples};
-}
+using testtiles::infoOf;
+using testtiles::noise;
+using testtiles::Samples;
+using testtiles::tileOf;
 
 } // namespace
 

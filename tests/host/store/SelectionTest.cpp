@@ -2,6 +2,7 @@
 #include "host/store/Sqlite.h"
 #include "host/store/TileStore.h"
 #include "tests/host/TemporaryFolder.h"
+#include "tests/host/store/SourceOf.h"
 #include "tests/host/store/StoreFiles.h"
 #include "tests/host/store/TestPictures.h"
 
@@ -12,26 +13,14 @@
 namespace {
 
 // A picture, and what it says of itself.
-class PartSource final : public PixelSource {
+class PartSource final : public SourceOf {
 public:
     PartSource(std::unique_ptr<PixelSource> source, Selection part)
-        : source_(std::move(source)), part_(std::move(part)) {}
+        : SourceOf(std::move(source)), part_(std::move(part)) {}
 
-    size_t width() const override { return source_->width(); }
-    size_t height() const override { return source_->height(); }
-    size_t bands() const override { return source_->bands(); }
-    std::string description() const override { return source_->description(); }
     Selection selection() override { return part_; }
 
-protected:
-    void readInto(Region const& region, std::uint8_t* pixels) override {
-        std::vector<std::uint8_t> buffer;
-        source_->read(region, buffer);
-        std::copy(buffer.begin(), buffer.end(), pixels);
-    }
-
 private:
-    std::unique_ptr<PixelSource> source_;
     Selection part_;
 };
 

@@ -3,6 +3,7 @@
 #include "host/store/TileStore.h"
 #include "host/store/TileStoreWriter.h"
 #include "tests/host/TemporaryFolder.h"
+#include "tests/host/store/SourceOf.h"
 #include "tests/host/store/TestPictures.h"
 
 #include <gtest/gtest.h>
@@ -16,27 +17,15 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-class ResolvedSource final : public PixelSource {
+class ResolvedSource final : public SourceOf {
 public:
     ResolvedSource(std::unique_ptr<PixelSource> source, double pixelsPerMillimetreX, double pixelsPerMillimetreY)
-        : source_(std::move(source)), x_(pixelsPerMillimetreX), y_(pixelsPerMillimetreY) {}
+        : SourceOf(std::move(source)), x_(pixelsPerMillimetreX), y_(pixelsPerMillimetreY) {}
 
-    size_t width() const override { return source_->width(); }
-    size_t height() const override { return source_->height(); }
-    size_t bands() const override { return source_->bands(); }
     double pixelsPerMillimetreX() const override { return x_; }
     double pixelsPerMillimetreY() const override { return y_; }
-    std::string description() const override { return source_->description(); }
-
-protected:
-    void readInto(Region const& region, std::uint8_t* pixels) override {
-        std::vector<std::uint8_t> buffer;
-        source_->read(region, buffer);
-        std::copy(buffer.begin(), buffer.end(), pixels);
-    }
 
 private:
-    std::unique_ptr<PixelSource> source_;
     double x_;
     double y_;
 };

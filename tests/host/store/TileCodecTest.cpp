@@ -1,37 +1,20 @@
 #include "host/store/TileCodec.h"
 
+#include "tests/host/store/TestTiles.h"
+
 #include <gtest/gtest.h>
 #include <zlib.h>
 #include <zstd.h>
 
-#include <random>
-
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-using Samples = std::vector<std::int16_t>;
+using testtiles::infoOf;
+using testtiles::noise;
+using testtiles::Samples;
+using testtiles::tileOf;
 
 constexpr size_t kTileBytes = 2 * 16 * 16;
-
-StoreInfo infoOf(size_t side) {
-    StoreInfo info;
-    info.width = info.height = side;
-    info.bands = 1;
-    info.tileSize = 16;
-    return info;
-}
-
-Samples noise(unsigned number) {
-    std::mt19937 random(number);
-    Samples samples(16 * 16);
-    for (auto& sample : samples)
-        sample = static_cast<std::int16_t>(random());
-    return samples;
-}
-
-RawTile tileOf(size_t column, Samples const& samples) {
-    return {{1, Band::HL, 0, column, 0}, {16, 16}, samples};
-}
 
 // That of the tile at column 3 of HL at level 1, the lowest byte first.
 Bytes const kKey{3 * 32 % 256 + 4, 0, 0, 0, 0, 0, 1 << 5, 0};
