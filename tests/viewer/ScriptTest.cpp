@@ -62,6 +62,28 @@ TEST_F(ScriptTest, ALineIsADeed) {
     EXPECT_EQ(lines[3].deed, Script::Deed::Wait);
 }
 
+TEST_F(ScriptTest, WhatCannotBeReadIsNamed) {
+    TemporaryFolder const folder;
+    auto const expectUnread = [](std::string const& path, HostError::Kind kind, std::string const& word) {
+        try {
+            Script::read(path);
+            ADD_FAILURE() << path;
+        } catch (HostError const& error) {
+            EXPECT_EQ(error.kind(), kind);
+            EXPECT_NE(std::string(error.what()).find(path), std::string::npos) << error.what();
+            EXPECT_NE(std::string(error.what()).find(word), std::string::npos) << error.what();
+        }
+    };
+    expectUnread(folder.path("none.txt"), HostError::Kind::MissingFile, "no such file");
+    expectUnread(folder.path(), HostError::Kind::MissingFile, "it is a folder");
+    expectUnread("/proc/self/mem", HostError::Kind::MissingFile, "Input/output error");
+    expectUnread("/dev/zero", HostError::Kind::Usage, "more than a million bytes");
+    writeFile(folder.path("a.txt"), "wait\n#" + std::string(500'000, 'x') + "\nquit");
+    EXPECT_EQ(Script::read(folder.path("a.txt")).size(), 2u);
+    writeFile(folder.path("a.txt"), "");
+    EXPECT_TRUE(Script::read(folder.path("a.txt")).empty());
+}
+
 TEST_F(ScriptTest, WhatIsWrongIsNamedWithItsLine) {
     expectRefused("wait\n\ndance 3\n", {"walk.txt, line 3", "'dance'"});
     expectRefused("wheel 1 2\n", {"line 1", "3 whole numbers"});

@@ -1,15 +1,20 @@
 #include "apps/velmora/view/Script.h"
 
 #include "host/HostError.h"
+#include "host/image/InputFile.h"
 
 #include <SDL.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -25,6 +30,8 @@ constexpr Range kNotches{-1000, 1000};
 constexpr Range kSide{1, 16384};
 constexpr Range kMilliseconds{0, 3'600'000};
 constexpr Range kNone{0, 0};
+
+constexpr std::size_t kMaxBytes = 1'000'000;
 
 struct Form {
     char const* word;
@@ -107,6 +114,10 @@ private:
     std::string where_;
 };
 
+HostError cannotOpen(std::string const& path, std::string const& reason) {
+    return {HostError::Kind::MissingFile, "cannot open '" + path + "': " + reason + "; check the path"};
+}
+
 } // namespace
 
 std::vector<Script::Line> Script::parse(std::string const& text, std::string const& name) {
@@ -121,9 +132,19 @@ std::vector<Script::Line> Script::parse(std::string const& text, std::string con
     return lines;
 }
 
+// Pipes are read too, such as those that shells make.
 std::vector<Script::Line> Script::read(std::string const& path) {
+    std::error_code failed;
+    if (std::filesystem::is_directory(path, failed)) throw cannotOpen(path, "it is a folder");
     std::ifstream file(path);
-    std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file.good() && !file.eof()) throw HostError(HostError::Kind::MissingFile, "cannot open '" + path + "'");
+    if (!file.is_open()) throw cannotOpen(path, errno == ENOENT ? "no such file" : std::strerror(errno));
+    std::string text;
+    std::array<char, 4096> part{};
+    while (file.read(part.data(), part.size()), file.gcount() > 0) {
+        text.append(part.data(), static_cast<std::size_t>(file.gcount()));
+        if (text.size() > kMaxBytes)
+            throw HostError(HostError::Kind::Usage, path + " is no script: it has more than a million bytes");
+    }
+    if (file.bad()) throw readFailure(path, std::strerror(errno));
     return parse(text, path);
 }
