@@ -229,6 +229,17 @@ TEST_F(PictureViewGLTest, SmoothFlatPicturesStayFlatUpToTheirEdges) {
     }
 }
 
+TEST_F(PictureViewGLTest, FromOneOnSmoothShowsTheSamplesThemselves) {
+    Picture const picture = testpictures::picture(301, 200, 3, 8, Content::Noise);
+    StoreInfo const info = import(picture);
+    auto const levels = levelsOf(picture, info.levels);
+    PictureView view(instance_, path(), options());
+    for (double const zoom : {0.5, 1.0, 2.0, 7.0}) {
+        View const wanted = {Zoom::nearest(zoom, info.levels), 9, 5, 100, 60, true};
+        EXPECT_TRUE(completed(view, wanted) == frameOf(levels, wanted)) << describe(wanted);
+    }
+}
+
 TEST_F(PictureViewGLTest, SmoothPixelsLieBetweenTheSamplesAround) {
     Picture const picture = testpictures::picture(901, 200, 1, 8, Content::Noise);
     StoreInfo const info = import(picture);
