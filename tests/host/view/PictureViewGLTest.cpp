@@ -241,20 +241,23 @@ TEST_F(PictureViewGLTest, FromOneOnSmoothShowsTheSamplesThemselves) {
 }
 
 TEST_F(PictureViewGLTest, SmoothPixelsLieBetweenTheSamplesAround) {
-    Picture const picture = testpictures::picture(901, 200, 1, 8, Content::Noise);
+    Picture const picture = testpictures::picture(897, 198, 1, 8, Content::Noise);
     StoreInfo const info = import(picture);
     Level const level = levelsOf(picture, 0)[0];
     PictureView view(instance_, path(), options());
     Zoom const zoom = Zoom::nearest(0.6, info.levels);
     double const step = static_cast<double>(zoom.samples()) / static_cast<double>(zoom.pixels());
     auto const at = [&](double x, double y) {
-        auto const clampedX = static_cast<std::size_t>(std::clamp(x, 0.0, 900.0));
-        auto const clampedY = static_cast<std::size_t>(std::clamp(y, 0.0, 199.0));
+        auto const clampedX = static_cast<std::size_t>(std::clamp(x, 0.0, 896.0));
+        auto const clampedY = static_cast<std::size_t>(std::clamp(y, 0.0, 197.0));
         return static_cast<double>(level.bytes[clampedY * level.width + clampedX]);
     };
-    // The whole, of more than a piece; and parts that begin where samples and pixels do together, and beside that.
+    // The whole, of more than a piece, whose last pixels lie behind the middle of the last samples; and parts that begin
+    // where samples and pixels do together, and beside that.
+    ASSERT_EQ(view.sizeAt(zoom).width, 542U);
+    ASSERT_EQ(view.sizeAt(zoom).height, 120U);
     for (View const& wanted :
-         {View{zoom, 0, 0, 540, 120, true}, View{zoom, 32, 32, 50, 40, true}, View{zoom, 31, 65, 50, 40, true}}) {
+         {View{zoom, 0, 0, 542, 120, true}, View{zoom, 32, 32, 50, 40, true}, View{zoom, 31, 65, 50, 40, true}}) {
         Bytes const frame = completed(view, wanted);
         for (std::size_t y = 0; y < wanted.height; ++y) {
             for (std::size_t x = 0; x < wanted.width; ++x) {
