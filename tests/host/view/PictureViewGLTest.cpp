@@ -345,8 +345,12 @@ TEST_F(PictureViewGLTest, ViewsWithoutPixelsOrBesideThePictureAreComplete) {
     EXPECT_TRUE(view.complete());
     EXPECT_TRUE(view.pixels().empty());
     EXPECT_TRUE(view.dataMask().empty());
-    view.show({Zoom(), 100, 0, 30, 20, false});
-    EXPECT_TRUE(view.complete());
-    EXPECT_EQ(backgroundPixels(view.pixels()), 600U);
+    for (View const& beside : {View{Zoom(), 100, 0, 30, 20, false}, View{Zoom(), -30, 0, 30, 20, false},
+                               View{Zoom(), 0, 100, 30, 20, false}, View{Zoom(), 0, -20, 30, 20, false}}) {
+        view.show(beside);
+        EXPECT_TRUE(view.complete()) << describe(beside);
+        EXPECT_EQ(backgroundPixels(view.pixels()), 600U);
+        EXPECT_EQ(view.statistics().waiting, 0U) << "nothing is read for it";
+    }
     EXPECT_EQ(view.sizeAt(Zoom::nearest(0.5, info.levels)).width, 50U);
 }
