@@ -13,9 +13,10 @@ constexpr char const* kBadCell = "#Name:a cell needs two coordinates: column and
                                  "DataEnvelopes::set(std::vector<uint8_t> const& id, Data const& data)";
 
 class Gles3DataEnvelopesFailureTest : public BackendRecordingTest {
-protected:
+public:
     ~Gles3DataEnvelopesFailureTest() override { letAllocationsSucceed(); }
 
+protected:
     Bytes meshOf(std::shared_ptr<DataEnvelopes const> const& set) const {
         return gl.buffer(dynamic_cast<Gles3DataEnvelopes const&>(*set).vertexBuffer().buffer()).bytes;
     }

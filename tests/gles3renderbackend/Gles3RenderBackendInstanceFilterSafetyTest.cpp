@@ -36,9 +36,10 @@ Filter withInputs(std::string const& name, size_t inputs) {
 }
 
 class Gles3RenderBackendInstanceFilterSafetyTest : public BackendRecordingTest {
-protected:
+public:
     ~Gles3RenderBackendInstanceFilterSafetyTest() override { letAllocationsSucceed(); }
 
+protected:
     // The filter of a host whose program declares these samplers.
     Filter sampling(std::string const& samplers, size_t inputs) {
         instance.reset();

@@ -8,9 +8,10 @@ namespace {
 using namespace backendtest;
 
 class Gles3RenderBackendInstanceTargetPoolTest : public BackendRecordingTest {
-protected:
+public:
     ~Gles3RenderBackendInstanceTargetPoolTest() override { letAllocationsSucceed(); }
 
+protected:
     size_t create(Sizes const& size, size_t bits = 32, RenderBackend::ImageFormatType format = RenderBackend::RGBA32,
                   RenderBackend::ImageFiltering filtering = RenderBackend::NEAREST) const {
         return instance->createTarget(size, bits, false, filtering, format);

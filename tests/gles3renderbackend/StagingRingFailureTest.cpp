@@ -7,9 +7,10 @@ namespace {
 using namespace backendtest;
 
 class StagingRingFailureTest : public StagingRingRecordingTest {
-protected:
+public:
     ~StagingRingFailureTest() override { letAllocationsSucceed(); }
 
+protected:
     // With a pixel buffer bound, GL would take the pixels' address for an offset into it.
     void expectTilesFromHostMemoryToArrive() {
         EXPECT_EQ(gl.boundBuffer(GL_PIXEL_UNPACK_BUFFER), 0U);

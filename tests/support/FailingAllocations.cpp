@@ -4,8 +4,6 @@
 #include <cstdlib>
 #include <new>
 
-using failing_allocations::Threads;
-
 namespace {
 
 enum class Mode { Off, This, Others };

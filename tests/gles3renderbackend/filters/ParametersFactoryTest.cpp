@@ -84,7 +84,7 @@ TEST_F(ParametersFactoryTest, RecordThatAFilterMakesIsOneThatItReads) {
 TEST_F(ParametersFactoryTest, FactoryOfTheHostIsKept) {
     for (auto const& row : kRows) {
         Filter description = namedFilter(row.name);
-        auto const own = std::make_shared<FilterClaheParams>();
+        auto own = std::make_shared<FilterClaheParams>();
         description.setParametersFactory([own] { return own; });
         EXPECT_EQ(instantiated(description).getParametersObject(), own) << row.name;
     }
