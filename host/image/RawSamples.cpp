@@ -82,7 +82,7 @@ void IndexedSamples::read(Region const& region, std::uint8_t* samples) {
         file_->readAll(rowOffset(raw_, facts_.layout.height, region.y + row) + firstByte, row_.data(), row_.size());
         for (size_t x = region.x; x < region.x + region.width; ++x, samples += bands) {
             size_t const bit = x * bits_ - firstByte * 8;
-            size_t const index = (row_[bit / 8] >> (8 - bits_ - bit % 8)) & ((1u << bits_) - 1);
+            size_t const index = size_t{row_[bit / 8]} >> (8 - bits_ - bit % 8) & ((size_t{1} << bits_) - 1);
             std::copy_n(&colours_[index * bands], bands, samples);
         }
     }
