@@ -113,6 +113,40 @@ TEST_F(PictureViewGLTest, WhereNothingIsThereYetTheBackgroundIsShownAtAnyZoom) {
     }
 }
 
+// Level 2 has been seen, level 1 and the picture itself have not.
+TEST_F(PictureViewGLTest, WhatIsNotThereYetIsTheCoarserLevelEnlarged) {
+    Picture const picture = testpictures::picture(2600, 2300, 3, 8, Content::Noise);
+    StoreInfo const info = import(picture, 256);
+    auto const levels = levelsOf(picture, info.levels);
+    auto const enlarged = [&](std::size_t level) {
+        Level result{levels[level].width, levels[level].height, 3, {}};
+        std::size_t const halvings = 2 - level;
+        for (std::size_t y = 0; y < result.height; ++y)
+            for (std::size_t x = 0; x < result.width; ++x) {
+                auto const* const sample = &levels[2].bytes[3 * ((y >> halvings) * levels[2].width + (x >> halvings))];
+                result.bytes.insert(result.bytes.end(), sample, sample + 3);
+            }
+        return result;
+    };
+    std::vector<Level> const shown{enlarged(0), enlarged(1), levels[2]};
+    for (double const zoom : {1.0, 0.7, 3.0, 0.5, 0.4}) {
+        PictureView view(instance_, path(), options());
+        Zoom const coarse = Zoom::nearest(0.25, info.levels);
+        completed(view, {coarse, 0, 0, view.sizeAt(coarse).width, view.sizeAt(coarse).height, false});
+        Zoom const fine = Zoom::nearest(zoom, info.levels);
+        // About the corner of four tiles of level 2, whose pixels begin anywhere in its samples, and the picture's end.
+        Extent const all = view.sizeAt(fine);
+        auto const corner = static_cast<std::int64_t>(2048 * fine.value());
+        for (View const& wanted :
+             {View{fine, corner - 37, corner - 22, 90, 70, false}, View{fine, 401, 303, 61, 43, false},
+              View{fine, static_cast<std::int64_t>(all.width) - 41, static_cast<std::int64_t>(all.height) - 31, 50, 40,
+                   false}}) {
+            view.show(wanted);
+            EXPECT_TRUE(view.pixels() == frameOf(shown, wanted)) << describe(wanted);
+        }
+    }
+}
+
 TEST_F(PictureViewGLTest, SmallestBudgetsGiveTheSamePixels) {
     Picture const picture = testpictures::picture(701, 600, 3, 8, Content::Noise);
     StoreInfo const info = import(picture);
