@@ -2,4 +2,5 @@
 
 #include "GlslSources.h"
 
-Gles3BlitFilter8::Gles3BlitFilter8(Filter& filter) : Gles3Shader(glsl::common_vert, glsl::copy_frag, filter) {}
+Gles3BlitFilter8::Gles3BlitFilter8(Filter& filter)
+    : Gles3Shader(glsl::Gles3BlitFilter8_vert, glsl::copy_frag, filter) {}

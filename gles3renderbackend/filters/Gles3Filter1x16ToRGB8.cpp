@@ -3,6 +3,6 @@
 #include "GlslSources.h"
 
 Gles3Filter1x16ToRGB8::Gles3Filter1x16ToRGB8(Filter& filter)
-    : Gles3Shader(glsl::texelWidth_vert, glsl::Gles3Filter1x16ToRGB8_frag, filter) {
+    : Gles3Shader(glsl::Gles3Filter1x16ToRGB8_vert, glsl::Gles3Filter1x16ToRGB8_frag, filter) {
     setAlignXIn(2);
 }

@@ -3,4 +3,4 @@
 #include "GlslSources.h"
 
 Gles3Filter3x16To4x8::Gles3Filter3x16To4x8(Filter& filter)
-    : Gles3Shader(glsl::halfStepPair_vert, glsl::Gles3Filter3x16To4x8_frag, filter) {}
+    : Gles3Shader(glsl::Gles3Filter3x16To4x8_vert, glsl::Gles3Filter3x16To4x8_frag, filter) {}

@@ -8,7 +8,7 @@
 #include <cstdlib>
 
 Gles3Filter3x3Matrix16::Gles3Filter3x3Matrix16(Filter& filter)
-    : Gles3Shader(glsl::prevCurrNextNoModelView_vert, glsl::Gles3Filter3x3Matrix16_frag, filter) {
+    : Gles3Shader(glsl::Gles3Filter3x3Matrix16_vert, glsl::Gles3Filter3x3Matrix16_frag, filter) {
     offerParameters<Filter3x3MatrixParams>();
 }
 

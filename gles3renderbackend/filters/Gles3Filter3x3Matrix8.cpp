@@ -6,7 +6,7 @@
 #include "GlslSources.h"
 
 Gles3Filter3x3Matrix8::Gles3Filter3x3Matrix8(Filter& filter)
-    : Gles3Shader(glsl::noModelView_vert, glsl::Gles3Filter3x3Matrix8_frag, filter) {
+    : Gles3Shader(glsl::Gles3Filter3x3Matrix8_vert, glsl::Gles3Filter3x3Matrix8_frag, filter) {
     offerParameters<Filter3x3MatrixParams>();
 }
 

@@ -3,7 +3,7 @@
 #include "GlslSources.h"
 
 Gles3FilterFirIV53LeGall16::Gles3FilterFirIV53LeGall16(Filter& filter)
-    : Gles3Shader(glsl::twoInputsAlongY_vert, glsl::Gles3FilterFirIV53LeGall16_frag, filter) {
+    : Gles3Shader(glsl::Gles3FilterFirIV53LeGall16_vert, glsl::Gles3FilterFirIV53LeGall16_frag, filter) {
     setAlignXIn(2);
     setAlignXOut(2);
 }

@@ -4,6 +4,6 @@
 
 #include "GlslSources.h"
 
-Gles3FilterMask::Gles3FilterMask(Filter& filter) : Gles3Shader(glsl::mask_vert, glsl::copy_frag, filter) {
+Gles3FilterMask::Gles3FilterMask(Filter& filter) : Gles3Shader(glsl::Gles3FilterMask_vert, glsl::copy_frag, filter) {
     offerParameters<MaskFilterParams>(); // read by maskRange: the program itself has no parameters
 }

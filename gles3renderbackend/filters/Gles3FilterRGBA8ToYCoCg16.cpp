@@ -3,4 +3,4 @@
 #include "GlslSources.h"
 
 Gles3FilterRGBA8ToYCoCg16::Gles3FilterRGBA8ToYCoCg16(Filter& filter)
-    : Gles3Shader(glsl::noModelView_vert, glsl::Gles3FilterRGBA8ToYCoCg16_frag, filter) {}
+    : Gles3Shader(glsl::Gles3FilterRGBA8ToYCoCg16_vert, glsl::Gles3FilterRGBA8ToYCoCg16_frag, filter) {}

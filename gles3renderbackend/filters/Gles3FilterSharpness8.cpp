@@ -6,7 +6,7 @@
 #include "GlslSources.h"
 
 Gles3FilterSharpness8::Gles3FilterSharpness8(Filter& filter)
-    : Gles3Shader(glsl::neighbourhood_vert, glsl::Gles3FilterSharpness8_frag, filter) {
+    : Gles3Shader(glsl::Gles3FilterSharpness8_vert, glsl::Gles3FilterSharpness8_frag, filter) {
     offerParameters<FilterSharpness8Params>();
 }
 

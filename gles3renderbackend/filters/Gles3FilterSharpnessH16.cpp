@@ -3,4 +3,4 @@
 #include "GlslSources.h"
 
 Gles3FilterSharpnessH16::Gles3FilterSharpnessH16(Filter& filter)
-    : Gles3Shader(glsl::prevCurrNextNoModelView_vert, glsl::Gles3FilterSharpnessH16_frag, filter) {}
+    : Gles3Shader(glsl::Gles3FilterSharpnessH16_vert, glsl::Gles3FilterSharpnessH16_frag, filter) {}

@@ -6,7 +6,7 @@
 #include "GlslSources.h"
 
 Gles3FilterSharpnessV16::Gles3FilterSharpnessV16(Filter& filter)
-    : Gles3Shader(glsl::sourceAndBlur_vert, glsl::Gles3FilterSharpnessV16_frag, filter) {
+    : Gles3Shader(glsl::Gles3FilterSharpnessV16_vert, glsl::Gles3FilterSharpnessV16_frag, filter) {
     offerParameters<FilterSharpness16Params>();
 }
 

@@ -3,4 +3,4 @@
 #include "GlslSources.h"
 
 Gles3FilterYCoCg16ToRGBA8::Gles3FilterYCoCg16ToRGBA8(Filter& filter)
-    : Gles3Shader(glsl::halfStepPair_vert, glsl::Gles3FilterYCoCg16ToRGBA8_frag, filter) {}
+    : Gles3Shader(glsl::Gles3FilterYCoCg16ToRGBA8_vert, glsl::Gles3FilterYCoCg16ToRGBA8_frag, filter) {}

@@ -32,7 +32,7 @@ constexpr Mutant kWaveletsAndCopies[] = {
      "(even.x + even.y) / 2.0", "packing takes the floor again, and nothing is left but a half", Fate::kEquivalent},
     {"noStepToTheCentre", "FilterFirIH53LeGall16", "Gles3FilterFirIH53LeGall16.frag", "mix(0.25, -0.25, odd)", "0.0",
      "a quarter of a texel beside its centre nearest sampling still hits it", Fate::kEquivalent},
-    {"highBandReadAsTheLowOne", "FilterFirIH53LeGall16", "vertex/twoInputsAlongX.vert",
+    {"highBandReadAsTheLowOne", "FilterFirIH53LeGall16", "shared/vertex/input01.glsl",
      "a_texRange01.zw * a_texturecoordinates01 + a_texRange01.xy",
      "a_texRange00.zw * a_texturecoordinates01 + a_texRange00.xy", "inputs lie at places of their own"},
     {"samplesSwapped", "FilterFirIH53LeGall16", "shared/samplePair.glsl", "bytes.yw)) + bytes.xz",
@@ -71,8 +71,8 @@ constexpr Mutant kWaveletsAndCopies[] = {
      "(even + nextEven) / 2.0", "packing takes the floor again, and nothing is left but a half", Fate::kEquivalent},
     {"parityWithoutTheOffset", "FilterFirIV53LeGall16", "shared/rowParity.glsl", "gl_FragCoord.y + a_outputSize.y",
      "gl_FragCoord.y", "rows count from what is clipped"},
-    {"stepsAlongX", "FilterFirIV53LeGall16", "vertex/twoInputsAlongY.vert", "a_texRange01.xy, a_texscale01.y",
-     "a_texRange01.xy, a_texscale01.x", "one row of the high band is as high as its own texels"},
+    {"stepsAlongX", "FilterFirIV53LeGall16", "Gles3FilterFirIV53LeGall16.vert", "inInput01(), a_texscale01.y",
+     "inInput01(), a_texscale01.x", "one row of the high band is as high as its own texels"},
     {"bytesOfTheFirstPlaneSwapped", "FilterInterleave16", "Gles3FilterInterleave16.frag",
      "mix(tex0.rg, tex0.ba, oddEven)", "mix(tex0.gr, tex0.ab, oddEven)", "low byte before high byte"},
     {"bytesOfTheThirdPlaneSwapped", "FilterInterleave16", "Gles3FilterInterleave16.frag", "vec3(c1.y, c2)",
@@ -86,7 +86,7 @@ constexpr Mutant kWaveletsAndCopies[] = {
     {"noStepToTheCentre", "FilterInterleave16", "Gles3FilterInterleave16.frag",
      "0.375 - 0.25 * lowHigh - 0.5 * oddEven", "0.0",
      "three eighths of a texel beside its centre nearest sampling still hits it", Fate::kEquivalent},
-    {"thirdPlaneFromItsFirstTexel", "FilterInterleave16", "vertex/threeInputs.vert",
+    {"thirdPlaneFromItsFirstTexel", "FilterInterleave16", "shared/vertex/input02.glsl",
      "a_texturecoordinates02 + a_texRange02.xy", "a_texturecoordinates02", "inputs lie at places of their own"},
     {"offsetInMediump", "FilterInterleave16", "shared/outputSize.glsl", "uniform highp vec4 a_outputSize",
      "uniform mediump vec4 a_outputSize", "columns beyond 2048 need highp", Fate::kDiffersInHalfPrecision},
@@ -94,11 +94,11 @@ constexpr Mutant kWaveletsAndCopies[] = {
      "texture2D(s_texture00, v_texCoord00).bgra", "a copy keeps its bytes in place"},
     {"samplerInLowp", "BlitFilter3x16", "copy.frag", "uniform highp sampler2D", "uniform lowp sampler2D",
      "16-bit floats still round to the right byte where nothing is computed", Fate::kEquivalent},
-    {"fromTheFirstTexel", "BlitFilter3x16", "vertex/common.vert", "a_texturecoordinates00 + a_texRange00.xy",
+    {"fromTheFirstTexel", "BlitFilter3x16", "shared/vertex/input00.glsl", "a_texturecoordinates00 + a_texRange00.xy",
      "a_texturecoordinates00", "the input's part starts where the range says"},
-    {"clipSpaceForTextureSpace", "MaskFilter4x8", "vertex/mask.vert", "0.5 * (gl_Position.xy + 1.0)",
-     "0.5 * gl_Position.xy", "clip space starts at -1, texture space at 0"},
-    {"fromTheFirstTexel", "MaskFilter4x8", "vertex/mask.vert", "v_texCoord00 + a_texRange00.xy", "v_texCoord00",
+    {"clipSpaceForTextureSpace", "MaskFilter4x8", "Gles3FilterMask.vert", "0.5 * (vertex.xy + 1.0)", "0.5 * vertex.xy",
+     "clip space starts at -1, texture space at 0"},
+    {"fromTheFirstTexel", "MaskFilter4x8", "Gles3FilterMask.vert", "underneath + a_texRange00.xy", "underneath",
      "the part inside of the borders starts where the range says"},
 };
 
@@ -112,11 +112,11 @@ constexpr Mutant kConversions[] = {
      "high bytes from 128 on are negative"},
     {"signOffByOne", "Filter1x16ToRGB8", "shared/unscaledBytes.glsl", "257.00392 * step", "257.0 * step",
      "-1 becomes 0 and so do all below: the target clamps either way", Fate::kEquivalent},
-    {"heightForWidth", "Filter1x16ToRGB8", "vertex/texelWidth.vert", "a_texscale00.x)", "a_texscale00.y)",
+    {"heightForWidth", "Filter1x16ToRGB8", "Gles3Filter1x16ToRGB8.vert", "a_texscale00.x)", "a_texscale00.y)",
      "the step to the centre is along x"},
     {"highBytesSwapped", "Filter3x16To4x8", "Gles3Filter3x16To4x8.frag", "vec3(even.g, odd.rb)", "vec3(even.g, odd.br)",
      "c1's high byte opens the odd texel, c2's ends it"},
-    {"evenTexelTwice", "Filter3x16To4x8", "vertex/halfStepPair.vert", "v_texCoord01 = v_texCoord00 + stepX",
+    {"evenTexelTwice", "Filter3x16To4x8", "shared/vertex/texelPair.glsl", "v_texCoord01 = v_texCoord00 + stepX",
      "v_texCoord01 = v_texCoord00", "the second half of a pixel lies in the next texel"},
     {"samplerInLowp", "FilterYCoCg16ToRGBA8", "Gles3FilterYCoCg16ToRGBA8.frag", "uniform highp sampler2D",
      "uniform lowp sampler2D", "large coefficients that cancel need highp texels", Fate::kDiffersInHalfPrecision},
@@ -138,7 +138,7 @@ constexpr Mutant kConversions[] = {
      "t is Y less half of Cg"},
     {"pairOfTheEvenColumnAlways", "FilterYCoCg16ToRGB16", "Gles3FilterYCoCg16ToRGB16.frag",
      "mix(v_texCoordNext, v_texCoordCurr, odd)", "v_texCoordNext", "an odd column is the second half of its pixel"},
-    {"previousIsNext", "FilterYCoCg16ToRGB16", "vertex/prevCurrNext.vert", "v_texCoordPrev = v_texCoordCurr -",
+    {"previousIsNext", "FilterYCoCg16ToRGB16", "shared/vertex/prevCurrNext.glsl", "v_texCoordPrev = v_texCoordCurr -",
      "v_texCoordPrev = v_texCoordCurr +", "the previous texel lies to the left"},
     {"thirdChannelSwapped", "FilterYCoCg16ToRGB16", "shared/pixelInTwoTexels.glsl", "vec3(first.a, second.rg)",
      "vec3(first.a, second.gr)", "low byte before high byte"},
@@ -157,7 +157,7 @@ constexpr Mutant kConversions[] = {
      "channels in the order Y, Co, Cg"},
     {"halfOfCgRoundsUp", "FilterRGBA8ToYCoCg16", "Gles3FilterRGBA8ToYCoCg16.frag", "floor(cg / 2.0)", "ceil(cg / 2.0)",
      "halves round down"},
-    {"rangeIgnored", "FilterRGBA8ToYCoCg16", "vertex/noModelView.vert", "a_texRange00.zw * a_texturecoordinates00",
+    {"rangeIgnored", "FilterRGBA8ToYCoCg16", "shared/vertex/input00.glsl", "a_texRange00.zw * a_texturecoordinates00",
      "a_texturecoordinates00", "the input's part ends where the range says"},
 };
 
@@ -174,9 +174,9 @@ constexpr Mutant kEnhancements[] = {
      "a channel of 1 is the byte 255"},
     {"texelsNotRounded", "FilterSharpness8", "shared/bytes.glsl", "floor(255.0 * texel + 0.5)", "floor(255.0 * texel)",
      "the half is for GPUs where 255 times b / 255 falls short of b; here it does not", Fate::kEquivalent},
-    {"leftTipTooNear", "FilterSharpness8", "vertex/neighbourhood.vert", "c - 2.0 * w)", "c - w)",
+    {"leftTipTooNear", "FilterSharpness8", "Gles3FilterSharpness8.vert", "c - 2.0 * w)", "c - w)",
      "the tips lie two texels away"},
-    {"bottomLeftIsBottomRight", "FilterSharpness8", "vertex/neighbourhood.vert", "vec4(c - w, c + h - w)",
+    {"bottomLeftIsBottomRight", "FilterSharpness8", "Gles3FilterSharpness8.vert", "vec4(c - w, c + h - w)",
      "vec4(c - w, c + h + w)", "each corner once"},
     {"leftTapWeighsLess", "FilterSharpnessH16", "Gles3FilterSharpnessH16.frag", "13.0 * tap(even, -1.0)",
      "12.0 * tap(even, -1.0)", "weights are symmetric and sum up to 64"},
@@ -188,8 +188,8 @@ constexpr Mutant kEnhancements[] = {
      "samples end at 1023"},
     {"negativeSamplesStay", "FilterSharpnessH16", "shared/tenBits.glsl", "clamp(values, 0.0, 1023.0)",
      "min(values, 1023.0)", "negative samples count as 0"},
-    {"previousIsCurrent", "FilterSharpnessH16", "vertex/prevCurrNextNoModelView.vert",
-     "v_texCoordPrev = v_texCoordCurr - vec2(a_texscale00.x, 0.0)", "v_texCoordPrev = v_texCoordCurr",
+    {"previousIsCurrent", "FilterSharpnessH16", "shared/vertex/prevCurrNext.glsl",
+     "v_texCoordPrev = v_texCoordCurr - stepX", "v_texCoordPrev = v_texCoordCurr",
      "the previous texel lies to the left"},
     {"roundsDown", "FilterSharpnessV16", "Gles3FilterSharpnessV16.frag", "a_gain * byte0 + 65536.0", "a_gain * byte0",
      "results round to the nearest"},
@@ -201,7 +201,7 @@ constexpr Mutant kEnhancements[] = {
      "4095.0 * source - blur", "the blur is scaled by 4096"},
     {"middleByteWithoutCarry", "FilterSharpnessV16", "Gles3FilterSharpnessV16.frag", "a_gain * byte1 + carry0",
      "a_gain * byte1", "carries go up from byte to byte"},
-    {"stepOfTheSource", "FilterSharpnessV16", "vertex/sourceAndBlur.vert", "v_texscale01 = a_texscale01",
+    {"stepOfTheSource", "FilterSharpnessV16", "Gles3FilterSharpnessV16.vert", "v_texscale01 = a_texscale01",
      "v_texscale01 = a_texscale00", "the blur has texels of its own size"},
     {"secondByteWeighsLess", "Filter3x3Matrix16", "Gles3Filter3x3Matrix16.frag", "1.0, 256.0, 65536.0",
      "1.0, 255.0, 65536.0", "bytes weigh powers of 256"},
@@ -291,33 +291,43 @@ constexpr Mutant kPrecisions[] = {
      "a middle between entries beyond 1024 needs more than 11 bits", Fate::kDiffersInHalfPrecision},
 };
 
-// Step 3 of a vertex stage, which turns y round on the host's surface and only there.
-constexpr char const* kStep3 = "gl_Position.xy = a_modelView * gl_Position.xy;";
-// The step put into a stage that lacks it.
+// The mirroring, which a stage of its own takes out or puts in.
+constexpr char const* kMirror = "mirrored(onTarget())";
+constexpr char const* kKeep = "onTarget()";
 constexpr char const* kMain = "void main() {";
-constexpr char const* kMainWithStep3 = "uniform highp mat2 a_modelView;\n"
-                                       "void steps1And2();\n"
-                                       "void main() {\n"
-                                       "    steps1And2();\n"
-                                       "    gl_Position.xy = a_modelView * gl_Position.xy;\n"
-                                       "}\n"
-                                       "void steps1And2() {";
+constexpr char const* kMainThenMirror = "uniform highp mat2 a_modelView;\n"
+                                        "void withoutMirror();\n"
+                                        "void main() {\n"
+                                        "    withoutMirror();\n"
+                                        "    gl_Position.xy = a_modelView * gl_Position.xy;\n"
+                                        "}\n"
+                                        "void withoutMirror() {";
 constexpr char const* kMirrored = "its pictures stand upright on the host's surface";
 constexpr char const* kNotMirrored = "its rows stay in GL's order on the host's surface";
 
 constexpr Mutant kOrientations[] = {
-    {"notMirrored", "BlitFilter4x8", "vertex/common.vert", kStep3, "", kMirrored},
-    {"notMirrored", "MaskFilter4x8", "vertex/mask.vert", kStep3, "", kMirrored},
-    {"notMirrored", "FilterYCoCg16ToRGB16", "vertex/prevCurrNext.vert", kStep3, "", kMirrored},
-    {"notMirrored", "FilterYCoCg16ToRGBA8", "vertex/halfStepPair.vert", kStep3, "", kMirrored},
-    {"notMirrored", "Filter1x16ToRGB8", "vertex/texelWidth.vert", kStep3, "", kMirrored},
-    {"notMirrored", "FilterFirIH53LeGall16", "vertex/twoInputsAlongX.vert", kStep3, "", kMirrored},
-    {"notMirrored", "FilterFirIV53LeGall16", "vertex/twoInputsAlongY.vert", kStep3, "", kMirrored},
-    {"notMirrored", "FilterInterleave16", "vertex/threeInputs.vert", kStep3, "", kMirrored},
-    {"notMirrored", "FilterSharpness8", "vertex/neighbourhood.vert", kStep3, "", kMirrored},
-    {"mirrored", "Filter3x3Matrix8", "vertex/noModelView.vert", kMain, kMainWithStep3, kNotMirrored},
-    {"mirrored", "FilterSharpnessH16", "vertex/prevCurrNextNoModelView.vert", kMain, kMainWithStep3, kNotMirrored},
-    {"mirrored", "FilterSharpnessV16", "vertex/sourceAndBlur.vert", kMain, kMainWithStep3, kNotMirrored},
+    {"notMirrored", "BlitFilter4x8", "Gles3BlitFilter8.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "MaskFilter4x8", "Gles3FilterMask.vert", "mirrored(vertex)", "vertex", kMirrored},
+    {"notMirrored", "FilterYCoCg16ToRGB16", "Gles3FilterYCoCg16ToRGB16.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "FilterYCoCg16ToRGBA8", "Gles3FilterYCoCg16ToRGBA8.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "Filter3x16To4x8", "Gles3Filter3x16To4x8.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "Filter1x16ToRGB8", "Gles3Filter1x16ToRGB8.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "FilterFirIH53LeGall16", "Gles3FilterFirIH53LeGall16.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "FilterFirIV53LeGall16", "Gles3FilterFirIV53LeGall16.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "FilterInterleave16", "Gles3FilterInterleave16.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "FilterSharpness8", "Gles3FilterSharpness8.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "FilterTruncate16", "Gles3FilterTruncate16.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "FilterBlackWhiteGamma8", "lookup8.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "FilterLinear16TosRGB8", "lookup16.vert", kMirror, kKeep, kMirrored},
+    {"withoutModelView", "FilterInterleave16", "shared/vertex/mirrored.glsl", "a_modelView * vertex.xy", "vertex.xy",
+     kMirrored},
+    {"atTheOrigin", "BlitFilter4x8", "shared/vertex/onTarget.glsl", "a_position + a_geometry.xy", "a_position",
+     "the output starts where the geometry says"},
+    {"mirrored", "Filter3x3Matrix8", "Gles3Filter3x3Matrix8.vert", kMain, kMainThenMirror, kNotMirrored},
+    {"mirrored", "FilterRGBA8ToYCoCg16", "Gles3FilterRGBA8ToYCoCg16.vert", kMain, kMainThenMirror, kNotMirrored},
+    {"mirrored", "Filter3x3Matrix16", "Gles3Filter3x3Matrix16.vert", kMain, kMainThenMirror, kNotMirrored},
+    {"mirrored", "FilterSharpnessH16", "Gles3FilterSharpnessH16.vert", kMain, kMainThenMirror, kNotMirrored},
+    {"mirrored", "FilterSharpnessV16", "Gles3FilterSharpnessV16.vert", kMain, kMainThenMirror, kNotMirrored},
 };
 
 } // namespace

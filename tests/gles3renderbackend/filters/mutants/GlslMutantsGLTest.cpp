@@ -23,9 +23,10 @@ std::string textOf(std::filesystem::path const& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-ShaderEdit::Stage stageOf(std::string const& file) {
-    return std::filesystem::path(file).extension() == ".vert" ? ShaderEdit::Stage::kVertex
-                                                              : ShaderEdit::Stage::kFragment;
+// The pieces of vertex stages lie in a folder of their own.
+ShaderEdit::Stage stageOf(std::filesystem::path const& file) {
+    bool const isVertex = file.extension() == ".vert" || file.parent_path().filename() == "vertex";
+    return isVertex ? ShaderEdit::Stage::kVertex : ShaderEdit::Stage::kFragment;
 }
 
 bool equalsReference(std::vector<FilterComparison> const& comparisons, FilterRig& rig) {

@@ -114,7 +114,7 @@ TEST_F(SamplePackingGLTest, DecodingTakesHighBytesAsTwosComplement) {
     }
     auto const input = backend_.makeTarget(256, 256);
     backend_->target(input).setPixels(source, {256, 256, 4});
-    Gles3Shader shader(glsl::test_prevCurrNext, glsl::test_samplePair, filter_);
+    Gles3Shader shader(glsl::test_Gles3FilterYCoCg16ToRGB16, glsl::test_samplePair, filter_);
     auto const pixels = run(shader, {{{input, 0, 0, true}}, 256, 256, backend_.makeTarget(256, 256)});
     EXPECT_TRUE(pixelsEqual(pixels, expected, 256));
 }
@@ -172,7 +172,7 @@ TEST_F(SamplePackingGLTest, APixelOfThreeChannelsIsTakenApartAndPutTogether) {
     }
     auto const input = backend_.makeTarget(kWidth, kHeight, 64);
     backend_->target(input).setPixels(source, {2 * kWidth, kHeight, 4});
-    Gles3Shader shader(glsl::test_prevCurrNext, glsl::test_pixelInTwoTexels, filter_);
+    Gles3Shader shader(glsl::test_Gles3FilterYCoCg16ToRGB16, glsl::test_pixelInTwoTexels, filter_);
     auto const destination = backend_.makeTarget(kWidth, kHeight, 64);
     auto const pixels = run(shader, {{{input, 0, 0, false}}, kWidth, kHeight, destination});
     EXPECT_TRUE(pixelsEqual(pixels, expected, 2 * kWidth));

@@ -1,11 +1,7 @@
 #version 100
-// a_geometry comes first: uniforms get their locations in this order, and one at location 0 counts as missing.
-uniform highp vec4 a_geometry;
-uniform highp mat2 a_modelView;
-uniform highp vec4 a_texRange00;
+#include "shared/vertex/mirrored.glsl"
+#include "shared/vertex/input00.glsl"
 uniform highp vec2 a_texscale00;
-attribute highp vec2 a_position;
-attribute highp vec2 a_texturecoordinates00;
 varying highp vec2 v_texCoord00;
 varying highp vec4 v_texCoordT_TL;
 varying highp vec4 v_texCoordL_BL;
@@ -16,7 +12,7 @@ varying highp vec4 v_texCoordBB_RR;
 
 // The coordinates of the twelve texels around the centre c, two to a varying: top (T), left (L), bottom (B), right (R).
 void main() {
-    highp vec2 c = a_texRange00.zw * a_texturecoordinates00 + a_texRange00.xy;
+    highp vec2 c = inInput00();
     highp vec2 w = vec2(a_texscale00.x, 0.0);
     highp vec2 h = vec2(0.0, a_texscale00.y);
     v_texCoord00 = c;
@@ -26,6 +22,5 @@ void main() {
     v_texCoordR_TR = vec4(c + w, c - h + w);
     v_texCoordTT_LL = vec4(c - 2.0 * h, c - 2.0 * w);
     v_texCoordBB_RR = vec4(c + 2.0 * h, c + 2.0 * w);
-    gl_Position = vec4(a_geometry.zw * a_position + a_geometry.xy, 1.0, 1.0);
-    gl_Position.xy = a_modelView * gl_Position.xy;
+    gl_Position = mirrored(onTarget());
 }

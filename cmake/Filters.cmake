@@ -1,26 +1,36 @@
-# Embeds the GLSL stages of the filters as constant strings.
+# The filters: their classes, their names and their GLSL stages, which are embedded as constant strings.
 #
-#   velmora_filter(Gles3BlitFilter8 VERTEX common FRAGMENT Gles3BlitFilter8)   names a filter class and its two stages
-#   (TEMPLATE: a class template, which has a header only)
-#   velmora_embed_glsl(target)                                                 embeds every stage named so far, once
+#   velmora_filter(Gles3BlitFilter8 NAMES BlitFilter3x8 BlitFilter4x8)   a class, and the names that make it
+#     STAGES copy   stages of its own name, filters/Gles3BlitFilter8.vert and .frag, need no word: these are others
+#     TEMPLATE      a class template, which has a header only
+#   velmora_add_filters(target)   adds the classes, the stages and the registry of all filters named so far
 #
-# A stage STEM is filters/vertex/STEM.vert or filters/STEM.vert, and filters/STEM.frag. Includes are expanded by
-# EmbedGlslStage.cmake. The expanded texts stay in the build folder for glslangValidator and for the tests.
+# Includes of stages are expanded by EmbedGlslStage.cmake. The expanded texts stay in the build folder for glslangValidator
+# and for the tests.
 set(VELMORA_GLSL_DIR ${PROJECT_BINARY_DIR}/glsl)
 set_property(GLOBAL PROPERTY VELMORA_FILTER_SOURCES "")
+set_property(GLOBAL PROPERTY VELMORA_FILTER_INCLUDES "")
+set_property(GLOBAL PROPERTY VELMORA_FILTER_NAMES "")
 set_property(GLOBAL PROPERTY VELMORA_GLSL_STAGES "")
 
 function(velmora_filter class)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "TEMPLATE" "" "VERTEX;FRAGMENT")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "TEMPLATE" "" "NAMES;STAGES")
   set_property(GLOBAL APPEND PROPERTY VELMORA_FILTER_SOURCES filters/${class}.h)
   if(NOT arg_TEMPLATE)
     set_property(GLOBAL APPEND PROPERTY VELMORA_FILTER_SOURCES filters/${class}.cpp)
   endif()
-  foreach(stem IN LISTS arg_VERTEX)
-    set_property(GLOBAL APPEND PROPERTY VELMORA_GLSL_STAGES ${stem}.vert)
+  if(arg_NAMES)
+    set_property(GLOBAL APPEND_STRING PROPERTY VELMORA_FILTER_INCLUDES "#include \"gles3renderbackend/filters/${class}.h\"\n")
+  endif()
+  foreach(name IN LISTS arg_NAMES)
+    set_property(GLOBAL APPEND_STRING PROPERTY VELMORA_FILTER_NAMES "    add<${class}>(registry, \"${name}\");\n")
   endforeach()
-  foreach(stem IN LISTS arg_FRAGMENT)
-    set_property(GLOBAL APPEND PROPERTY VELMORA_GLSL_STAGES ${stem}.frag)
+  foreach(stem IN LISTS class arg_STAGES)
+    foreach(stage ${stem}.vert ${stem}.frag)
+      if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/filters/${stage})
+        set_property(GLOBAL APPEND PROPERTY VELMORA_GLSL_STAGES ${stage})
+      endif()
+    endforeach()
   endforeach()
 endfunction()
 
@@ -36,7 +46,7 @@ function(velmora_glsl_includes source root out)
   set(${out} ${found} PARENT_SCOPE)
 endfunction()
 
-function(velmora_embed_glsl target)
+function(velmora_add_filters target)
   get_property(sources GLOBAL PROPERTY VELMORA_FILTER_SOURCES)
   get_property(stages GLOBAL PROPERTY VELMORA_GLSL_STAGES)
   list(REMOVE_DUPLICATES stages)
@@ -46,11 +56,7 @@ function(velmora_embed_glsl target)
   set(folder ${CMAKE_CURRENT_SOURCE_DIR}/filters)
   set(declarations "")
   foreach(stage IN LISTS stages)
-    if(EXISTS ${folder}/vertex/${stage})
-      set(source ${folder}/vertex/${stage})
-    else()
-      set(source ${folder}/${stage})
-    endif()
+    set(source ${folder}/${stage})
     string(REPLACE "." "_" name ${stage})
     velmora_glsl_includes(${source} ${folder} snippets)
     add_custom_command(
@@ -68,7 +74,13 @@ function(velmora_embed_glsl target)
     CONFIGURE
     OUTPUT ${VELMORA_GLSL_DIR}/GlslSources.h
     CONTENT
-      "#pragma once\n// Written by cmake/EmbedGlsl.cmake: one constant text a GLSL stage, FILE.vert as FILE_vert.\n#include <string>\n\nnamespace glsl {\n${declarations}}\n"
+      "#pragma once\n// Written by cmake/Filters.cmake: one constant text per GLSL stage, FILE.vert as FILE_vert.\n#include <string>\n\nnamespace glsl {\n${declarations}}\n"
     @ONLY)
   target_include_directories(${target} PRIVATE ${VELMORA_GLSL_DIR})
+
+  get_property(VELMORA_FILTER_INCLUDES GLOBAL PROPERTY VELMORA_FILTER_INCLUDES)
+  get_property(VELMORA_FILTER_NAMES GLOBAL PROPERTY VELMORA_FILTER_NAMES)
+  set(registry ${PROJECT_BINARY_DIR}/gles3renderbackend/FilterRegistry.cpp)
+  configure_file(FilterRegistry.cpp.in ${registry} @ONLY)
+  target_sources(${target} PRIVATE ${registry})
 endfunction()
