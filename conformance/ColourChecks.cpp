@@ -1,46 +1,25 @@
-// Colour transforms, conversions and truncation: each output pixel from one input pixel.
+// Conversions, colour transforms and truncation: each output pixel from one input pixel.
 #include "conformance/Checks.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
 #include "host/FilterDescriptions.h"
-#include "reference/ColourMatrix.h"
 #include "reference/SixteenToEight.h"
 #include "reference/Truncate16.h"
 #include "reference/YCoCgR.h"
 #include "renderbackend/FilterParameters.h"
 
-#include <functional>
-#include <random>
+#include <algorithm>
+#include <array>
+#include <utility>
+#include <vector>
 
 namespace conformance {
 
 namespace {
 
-using reference::Matrix3;
 using reference::packThreeChannel16;
 using reference::Planes3;
 using reference::Texels;
-
-constexpr std::uint32_t kRandomParts = 4;
-constexpr std::size_t kFewBits = 3;
-
-// All 2^24 colours, or a random sample of 2^18.
-void expectColours(Trial& trial, Filter const& filter, Pointwise const& pointwise,
-                   SingleFilterParameters const& params = {},
-                   std::function<Texels(Texels const&)> const& before = nullptr) {
-    std::uint32_t const parts = trial.full() ? kColourParts : kRandomParts;
-    for (std::uint32_t part = 0; part < parts; ++part) {
-        Texels const picture = trial.full() ? colours(part) : randomColours(part);
-        expectEach(trial, filter, pointwise, {before ? before(picture) : picture}, params);
-    }
-}
-
-// Every sample in every channel, boundaries against each other, noise.
-std::vector<Texels> threeChannelPictures() {
-    return {packThreeChannel16(everySampleThrice()),        packThreeChannel16(everySampleOfChannel(0, 1)),
-            packThreeChannel16(everySampleOfChannel(1, 2)), packThreeChannel16(everySampleOfChannel(2, 3)),
-            packThreeChannel16(boundaryTriples()),          packThreeChannel16(randomPlanes(1024, 5, 4))};
-}
 
 // What an 8-bit target shows unclamped, and some beside it.
 constexpr std::int32_t kBelowBytes = -60;
@@ -50,123 +29,146 @@ Texels pixelsAroundBytes(int width, int height, std::uint32_t randomStart) {
     return packThreeChannel16(randomPlanes(width / 2, height, randomStart, kBelowBytes, kAboveBytes));
 }
 
-Filter3x3MatrixParams times(Matrix3 const& matrix, double strength) {
-    Filter3x3MatrixParams params;
-    params.matrix = matrix;
-    params.scale = strength;
-    return params;
+Texels samplesAroundBytes(int width, int height, std::uint32_t randomStart) {
+    return reference::packOneChannel16(randomPlane(2 * width, height, randomStart, kBelowBytes, kAboveBytes));
 }
 
-constexpr Matrix3 kIdentity = {1024, 0, 0, 0, 1024, 0, 0, 0, 1024};
-constexpr Matrix3 kWarm = {1300, 20, -60, -200, 1050, 90, -76, -46, 994};
+// Every sample in every channel beside some around the bytes, boundaries against each other, bytes of any kind in the
+// places that hold none. Then every sample among all others.
+std::vector<Texels> threeChannelPictures(Trial const& trial) {
+    std::vector<Texels> pictures = {packThreeChannel16(boundaryTriples()), randomTexels(64, 40, 6),
+                                    packThreeChannel16(randomPlanes(64, 40, 7, -300, 300))};
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        Planes3 planes = randomPlanes(256, 256, 8, -300, 300);
+        planes[channel] = everySample();
+        pictures.push_back(packThreeChannel16(planes));
+    }
+    if (!trial.thorough()) return pictures;
+    for (std::uint32_t channel = 0; channel < 3; ++channel)
+        pictures.push_back(packThreeChannel16(everySampleOfChannel(channel, channel + 1)));
+    pictures.push_back(packThreeChannel16(everySampleThrice()));
+    pictures.push_back(packThreeChannel16(randomPlanes(1024, 5, 4)));
+    return pictures;
+}
 
-} // namespace
+// Large coefficients that meet in the range of a byte, where every unit shows: green, or blue in every other pixel.
+Texels cancellingCoefficients() {
+    Planes3 const rgb = randomPlanes(256, 128, 12, -20, 275);
+    Planes3 yCoCg = randomPlanes(256, 128, 13, -16000, 16000);
+    for (std::size_t i = 0; i < rgb[0].samples.size(); ++i) {
+        std::int32_t const halfCg = (yCoCg[2].samples[i] + 32768) / 2 - 16384;
+        std::int32_t const halfCo = (yCoCg[1].samples[i] + 32768) / 2 - 16384;
+        yCoCg[0].samples[i] =
+            i % 2 == 0 ? rgb[1].samples[i] - yCoCg[2].samples[i] + halfCg : rgb[2].samples[i] + halfCo + halfCg;
+    }
+    return packThreeChannel16(yCoCg);
+}
 
+// The two others over all of their values, the third one random.
+std::vector<Texels> pairsOfChannels() {
+    std::vector<Texels> pictures(3, randomTexels(256, 256, 1));
+    for (std::size_t fixed = 0; fixed < pictures.size(); ++fixed) {
+        for (std::size_t i = 0; i < 65536; ++i) {
+            pictures[fixed].bytes[4 * i + (fixed + 1) % 3] = static_cast<std::uint8_t>(i >> 8);
+            pictures[fixed].bytes[4 * i + (fixed + 2) % 3] = static_cast<std::uint8_t>(i);
+        }
+    }
+    return pictures;
+}
+
+// The same samples onto targets with and without alpha.
 void check1x16ToRGB8(Trial& trial) {
     Filter const filter = trial.prepared(description::filter1x16ToRGB8());
-    Pointwise const grey = {Layout::kOneChannel16, Layout::kRgb8, reference::oneChannel16ToRgb8,
-                            [](int width, int height, std::uint32_t randomStart) {
-                                return reference::packOneChannel16(
-                                    randomPlane(2 * width, height, randomStart, kBelowBytes, kAboveBytes));
-                            }};
-    expectEach(trial, filter, grey,
-               {reference::packOneChannel16(everySample()), randomTexels(37, 11, 1), randomTexels(1024, 3, 2)});
-    expectEverywhere(trial, filter, grey);
+    for (Layout const out : {Layout::kRgb8, Layout::kRgba8}) {
+        Pointwise const grey = {Layout::kOneChannel16, out, reference::oneChannel16ToRgb8, samplesAroundBytes};
+        expectEach(trial, filter, grey, {reference::packOneChannel16(everySample())});
+        if (trial.thorough()) expectEach(trial, filter, grey, {randomTexels(37, 11, 1), randomTexels(1024, 3, 2)});
+        expectEverywhere(trial, filter, grey);
+    }
 }
 
 void check3x16To4x8(Trial& trial) {
     Filter const filter = trial.prepared(description::filter3x16To4x8());
     Pointwise const shown = {Layout::kThreeChannel16, Layout::kRgba8, reference::threeChannel16ToRgba8,
                              pixelsAroundBytes};
-    expectEach(trial, filter, shown, threeChannelPictures());
+    expectEach(trial, filter, shown, threeChannelPictures(trial));
     expectEverywhere(trial, filter, shown);
 }
 
 void checkRGBA8ToYCoCg16(Trial& trial) {
     Filter const filter = trial.prepared(description::filterRGBA8ToYCoCg16());
     Pointwise const forward = {Layout::kRgba8, Layout::kThreeChannel16, reference::rgba8ToYCoCg16};
-    expectColours(trial, filter, forward);
+    expectEach(trial, filter, forward, {randomColours(1)});
     expectEverywhere(trial, filter, forward);
+    if (!trial.thorough()) return;
+    expectEach(trial, filter, forward, pairsOfChannels());
+    expectColours(trial, filter, forward);
 }
 
 void checkYCoCg16ToRGBA8(Trial& trial) {
     Filter const filter = trial.prepared(description::filterYCoCg16ToRGBA8());
     Pointwise const inverse = {Layout::kThreeChannel16, Layout::kRgba8, reference::yCoCg16ToRgba8, pixelsAroundBytes};
-    expectEach(trial, filter, inverse, threeChannelPictures());
-    expectColours(trial, filter, inverse, {}, reference::rgba8ToYCoCg16);
+    expectEach(trial, filter, inverse, threeChannelPictures(trial));
+    expectEach(trial, filter, inverse, {cancellingCoefficients()});
     expectEverywhere(trial, filter, inverse);
+    if (trial.thorough()) expectColours(trial, filter, inverse, {}, reference::rgba8ToYCoCg16);
 }
 
 void checkYCoCg16ToRGB16(Trial& trial) {
     Filter const filter = trial.prepared(description::filterYCoCg16ToRGB16());
     Pointwise const inverse = {Layout::kThreeChannel16, Layout::kThreeChannel16, reference::yCoCg16ToRgb16};
-    expectEach(trial, filter, inverse, threeChannelPictures());
-    expectColours(trial, filter, inverse, {}, reference::rgba8ToYCoCg16);
+    expectEach(trial, filter, inverse, threeChannelPictures(trial));
     expectEverywhere(trial, filter, inverse);
+    if (!trial.thorough()) return;
+    expectHalvesOfPixels(trial, filter, inverse);
+    expectColours(trial, filter, inverse, {}, reference::rgba8ToYCoCg16);
+}
+
+struct Truncation {
+    std::size_t bits;
+    bool rounding;
+};
+
+Pointwise truncating(Truncation const& truncation) {
+    return {Layout::kOneChannel16, Layout::kOneChannel16, [=](Texels const& samples) {
+                return reference::truncate16(samples, truncation.bits, truncation.rounding);
+            }};
+}
+
+FilterTruncate16Params paramsOf(Truncation const& truncation) {
+    FilterTruncate16Params params;
+    params.shift = truncation.bits;
+    params.rounding = truncation.rounding;
+    return params;
+}
+
+// Every value, whose neighbours in a texel share a high byte, and noise, whose neighbours share nothing.
+void expectTruncated(Trial& trial, Filter const& filter, Truncation const& truncation) {
+    std::vector<Texels> inputs = {reference::packOneChannel16(everySample())};
+    if (trial.thorough()) inputs.push_back(randomTexels(61, 47, 3));
+    expectEach(trial, filter, truncating(truncation), inputs, paramsOf(truncation));
 }
 
 void checkTruncate16(Trial& trial) {
     Filter const filter = trial.prepared(description::filterTruncate16());
-    for (std::size_t bits = 0; bits <= 16; ++bits) {
-        for (bool const rounding : {false, true}) {
-            FilterTruncate16Params params;
-            params.shift = bits;
-            params.rounding = rounding;
-            Pointwise const truncation = {Layout::kOneChannel16, Layout::kOneChannel16, [=](Texels const& samples) {
-                                              return reference::truncate16(samples, bits, rounding);
-                                          }};
-            // Every value, whose neighbours in a texel share a high byte, and noise, whose neighbours share nothing.
-            expectEach(trial, filter, truncation, {reference::packOneChannel16(everySample()), randomTexels(61, 47, 3)},
-                       params);
-            if (bits == kFewBits) expectEverywhere(trial, filter, truncation, params);
-        }
+    std::vector<std::size_t> depths = {0, 1, 4, 11, 15, 16};
+    if (trial.thorough()) depths.insert(depths.end(), {2, 3, 5, 6, 7, 8, 9, 10, 12, 13, 14});
+    for (std::size_t const bits : depths) {
+        for (bool const rounding : {false, true})
+            expectTruncated(trial, filter, {bits, rounding});
     }
+    std::vector<Truncation> everywhere = {{3, true}};
+    if (trial.thorough()) everywhere.insert(everywhere.end(), {{3, false}, {5, true}});
+    for (Truncation const& truncation : everywhere)
+        expectEverywhere(trial, filter, truncating(truncation), paramsOf(truncation));
 }
 
-void check3x3Matrix8(Trial& trial) {
-    Filter const filter = trial.prepared(description::filter3x3Matrix8());
-    auto const by = [](Matrix3 const& matrix, double strength) {
-        return Pointwise{Layout::kRgba8, Layout::kRgba8,
-                         [=](Texels const& image) { return reference::matrix8(image, matrix, strength); }};
-    };
-    expectColours(trial, filter, by(kWarm, 1.0), times(kWarm, 1.0));
-    expectColours(trial, filter, by(kIdentity, 0.5), times(kIdentity, 0.5));
-    expectEverywhere(trial, filter, by(kWarm, 1.0), times(kWarm, 1.0));
-    std::mt19937 random(8);
-    for (int i = 0; i < 24; ++i) {
-        std::int32_t const range = i % 2 == 0 ? 1200 : 20000;
-        Matrix3 matrix{};
-        for (auto& coefficient : matrix)
-            coefficient = static_cast<std::int32_t>(random() % static_cast<std::uint32_t>(2 * range)) - range;
-        expectEach(trial, filter, by(matrix, -0.77), {randomTexels(61, 47, 9)}, times(matrix, -0.77));
-    }
-}
+} // namespace
 
-void check3x3Matrix16(Trial& trial) {
-    Filter const filter = trial.prepared(description::filter3x3Matrix16());
-    auto const by = [](Matrix3 const& matrix, double strength) {
-        return Pointwise{Layout::kThreeChannel16, Layout::kThreeChannel16,
-                         [=](Texels const& texels) { return reference::matrix16(texels, matrix, strength); },
-                         [](int width, int height, std::uint32_t randomStart) {
-                             return packThreeChannel16(randomPlanes(width / 2, height, randomStart, -8192, 8191));
-                         }};
-    };
-    auto const expectMatrix = [&](Planes3 const& pixels, Matrix3 const& matrix, double strength) {
-        expectEach(trial, filter, by(matrix, strength), {packThreeChannel16(pixels)}, times(matrix, strength));
-    };
-    expectMatrix(everySampleThrice(), kIdentity, 1.0);
-    // Rows of coefficients that keep every sum of three samples within 16384.
-    for (Matrix3 const& matrix : {Matrix3{170, -1, 100, -171, 255, -200, 150, 256, 211},
-                                  {-512, 0, 1, 0, 511, 0, 0, 1, -510},
-                                  {1, 2, 3, 4, 5, 6, 7, 8, 9}})
-        expectMatrix(everySampleThrice(), matrix, 1.0);
-    expectMatrix(boundaryTriples(), {170, -1, 100, -171, 255, -200, 150, 256, 211}, 1.0);
-    expectEverywhere(trial, filter, by(kWarm, 1.0), times(kWarm, 1.0));
-    std::uint32_t const rounds = trial.full() ? 64 : 2;
-    for (std::uint32_t i = 0; i < rounds; ++i) {
-        expectMatrix(randomPlanes(256, 256, 3 * i, -8192, 8191), kWarm, 1.0);
-        expectMatrix(randomPlanes(256, 256, 500 + 3 * i, -8192, 8191), kWarm, -0.37);
-    }
+Checks colourChecks() {
+    return {{"Filter1x16ToRGB8", check1x16ToRGB8},         {"Filter3x16To4x8", check3x16To4x8},
+            {"FilterRGBA8ToYCoCg16", checkRGBA8ToYCoCg16}, {"FilterYCoCg16ToRGBA8", checkYCoCg16ToRGBA8},
+            {"FilterYCoCg16ToRGB16", checkYCoCg16ToRGB16}, {"FilterTruncate16", checkTruncate16}};
 }
 
 } // namespace conformance

@@ -71,6 +71,12 @@ int texelsOf(Layout layout, int widthPixels) {
     return widthPixels;
 }
 
+reference::Texels shown(reference::Texels texels, Layout layout) {
+    for (std::size_t i = 3; layout == Layout::kRgb8 && i < texels.bytes.size(); i += 4)
+        texels.bytes[i] = 255;
+    return texels;
+}
+
 FilterRunner::FilterRunner(std::shared_ptr<RenderBackendInstance> instance) : instance_(std::move(instance)) {}
 
 FilterRunner::~FilterRunner() {
@@ -159,11 +165,7 @@ Comparison FilterRunner::compareWithin(Filter const& filter, FilterRun const& ru
     size_t const destination = uploaded(whole, layout);
     this->run(filter, run, destination, params);
     blit(expected, 0, 0, expected.width, expected.height, whole, x, y);
-    if (layout == Layout::kRgb8) {
-        for (size_t i = 3; i < whole.bytes.size(); i += 4)
-            whole.bytes[i] = 255;
-    }
-    return {read(destination), whole};
+    return {read(destination), shown(whole, layout)};
 }
 
 void FilterRunner::eraseTargets() {

@@ -26,6 +26,9 @@ std::size_t logicalWidth(Layout layout, int widthTexels);
 /// The other way: the texels of a row of pixels, which ends with a whole texel.
 int texelsOf(Layout layout, int widthPixels);
 
+/// What a target of the layout shows of texels: without alpha, opaque pixels.
+reference::Texels shown(reference::Texels texels, Layout layout);
+
 /// One run of a filter. Everything counts logical pixels but the offset, which counts texels of the destination.
 struct FilterRun {
     std::vector<FilterSource> sources;

@@ -14,9 +14,16 @@ struct Tally {
     std::string firstDifference;      ///< where the first one lies, for a person; empty where there is none
 };
 
+/// How deep a trial goes; each depth runs what the one before runs, or more of its kind.
+enum class Depth {
+    kSharp,    ///< small pointed pictures, together sharp enough to notice every wrong word in a filter's GLSL
+    kThorough, ///< and every value, strips as long as textures get, parts at many places, odd sizes and parameters
+    kFull      ///< and the exhaustive sets instead of samples of them
+};
+
 /// How much a trial runs.
 struct Scope {
-    bool full = false; ///< the exhaustive sets instead of samples of them
+    Depth depth = Depth::kThorough;
     /// The longest side that a texture can have and a viewport can show; at least 2048 on OpenGL ES 3.
     int longestTexels = 2048;
 };
@@ -30,9 +37,10 @@ public:
     Trial(Trial const&) = delete;
     Trial& operator=(Trial const&) = delete;
 
-    bool full() const { return scope_.full; }
-    /// Sides of strips in texels, as long as coordinates must stay apart: 8192, and the longest there is. Multiples of
-    /// four, so that every layout fills them.
+    bool thorough() const { return scope_.depth != Depth::kSharp; }
+    bool full() const { return scope_.depth == Depth::kFull; }
+    /// Sides of strips in texels, as long as coordinates must stay apart: 8192, and the longest there is; a sharp trial
+    /// has one, longer than floats of 16 bits count. Multiples of four, so that every layout fills them.
     std::vector<int> stripLengths() const;
     FilterRunner& runner() { return runner_; }
     Tally const& tally() const { return tally_; }

@@ -31,7 +31,9 @@ using VerificationProgress = std::function<void(std::string const& filter, std::
 std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, Scope const& scope,
                             VerificationProgress const& progress);
 
-/// The same for one of the names.
+/// The same for one of the names. A name without runs is an outcome too, whose failure says where they go.
 Outcome verifyFilter(std::string const& name, FilterRunner& runner, Scope const& scope);
+/// The names that have runs.
+std::vector<std::string> namesWithRuns();
 
 } // namespace conformance

@@ -59,7 +59,7 @@ Totals totalsOf(std::vector<Outcome> const& outcomes) {
 std::vector<Outcome> outcomes(Options const& options, SurfacelessContext& context, GlInfo const& gl) {
     Gles3RenderBackend backend(RenderBackend::RGBA32, kTileBudgetBytes);
     ProgressBar bar("verifying", stderr);
-    conformance::Scope const scope = {options.full,
+    conformance::Scope const scope = {options.full ? conformance::Depth::kFull : conformance::Depth::kThorough,
                                       std::min({gl.maxTextureSize, gl.maxViewport[0], gl.maxViewport[1]})};
     return conformance::verify(backend.createInstance(context), scope,
                                [&](std::string const&, std::size_t done, std::size_t total) {

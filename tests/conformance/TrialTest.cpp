@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -47,11 +48,32 @@ TEST_F(TrialTest, PixelsAreThoseOfTheLayout) {
 }
 
 TEST_F(TrialTest, StripsAreAsLongAsTexturesGetInWholePixelsOfEveryLayout) {
-    auto const lengths = [&](int longestTexels) { return Trial(runner_, {false, longestTexels}).stripLengths(); };
+    auto const lengths = [&](int longestTexels) {
+        return Trial(runner_, {conformance::Depth::kThorough, longestTexels}).stripLengths();
+    };
     EXPECT_EQ(lengths(2048), std::vector<int>{2048});
     EXPECT_EQ(lengths(8192), std::vector<int>{8192});
     EXPECT_EQ(lengths(16384), (std::vector<int>{8192, 16384}));
     EXPECT_EQ(lengths(32767), (std::vector<int>{8192, 32764}));
+}
+
+TEST_F(TrialTest, ASharpTrialsStripIsLongerThanFloatsOf16BitsCountAndNoLongerThanTexturesGet) {
+    auto const lengths = [&](int longestTexels) {
+        return Trial(runner_, {conformance::Depth::kSharp, longestTexels}).stripLengths();
+    };
+    EXPECT_EQ(lengths(2048), std::vector<int>{2048});
+    EXPECT_EQ(lengths(4110), std::vector<int>{4108});
+    EXPECT_EQ(lengths(16384), std::vector<int>{4112});
+}
+
+TEST_F(TrialTest, EachDepthGoesFurtherThanTheOneBefore) {
+    auto const at = [&](conformance::Depth depth) {
+        Trial const trial(runner_, {depth});
+        return std::pair{trial.thorough(), trial.full()};
+    };
+    EXPECT_EQ(at(conformance::Depth::kSharp), std::pair(false, false));
+    EXPECT_EQ(at(conformance::Depth::kThorough), std::pair(true, false));
+    EXPECT_EQ(at(conformance::Depth::kFull), std::pair(true, true));
 }
 
 TEST_F(TrialTest, PictureOfAnotherSizeIsNoDifferenceButAnError) {

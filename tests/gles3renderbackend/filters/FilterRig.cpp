@@ -3,6 +3,9 @@
 #include "gles3renderbackend/Gl.h"
 #include "tests/support/PixelMatchers.h"
 
+#include <algorithm>
+#include <array>
+
 namespace filtertest {
 
 namespace {
@@ -20,6 +23,19 @@ int FilterRig::maxTextureSize() {
     GLint size = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &size);
     return size;
+}
+
+void FilterRig::makeCopies() {
+    for (Layout const layout :
+         {Layout::kRgb8, Layout::kRgba8, Layout::kOneChannel16, Layout::kThreeChannel16, Layout::kFourChannel16})
+        uploaded(reference::Texels(2, 1), layout);
+    eraseTargets();
+}
+
+conformance::Scope FilterRig::scope(conformance::Depth depth) {
+    std::array<GLint, 2> viewport{};
+    glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport.data());
+    return {depth, std::min({maxTextureSize(), viewport[0], viewport[1]})};
 }
 
 ::testing::AssertionResult FilterRig::gives(Filter const& description, std::vector<size_t> const& sources,

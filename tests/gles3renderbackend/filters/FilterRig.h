@@ -1,6 +1,7 @@
 #pragma once
 
 #include "conformance/FilterRunner.h"
+#include "conformance/Trial.h"
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
 #include "tests/gles3renderbackend/BackendFixture.h"
@@ -38,10 +39,15 @@ public:
                                            reference::Texels const& expected, Layout layout,
                                            SingleFilterParameters const& params = {});
 
+    /// Makes the copies that pictures go in through; shaders that are edited later are the filter's alone.
+    void makeCopies();
+
     static size_t logicalWidth(Layout layout, int widthTexels) {
         return conformance::logicalWidth(layout, widthTexels);
     }
     static int maxTextureSize();
+    /// A trial of this depth, with strips as long as this implementation draws them.
+    static conformance::Scope scope(conformance::Depth depth);
 };
 
 class FilterGLTest : public ::testing::Test {

@@ -1,9 +1,9 @@
+#include "conformance/TableFilter.h"
 #include "host/FilterDescriptions.h"
 #include "reference/TableLookup.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
-#include "tests/gles3renderbackend/filters/TableFilter.h"
 #include "tests/support/PixelMatchers.h"
 
 #include <algorithm>
@@ -12,6 +12,7 @@ namespace {
 
 using namespace filtertest;
 using backendtest::failureOf;
+using conformance::tableFilter;
 using reference::gammaTable;
 using reference::packThreeChannel16;
 using reference::Planes3;

@@ -1,14 +1,15 @@
+#include "conformance/TableFilter.h"
 #include "host/FilterDescriptions.h"
 #include "reference/TableLookup.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
-#include "tests/gles3renderbackend/filters/TableFilter.h"
 #include "tests/support/PixelMatchers.h"
 
 namespace {
 
 using namespace filtertest;
 using backendtest::failureOf;
+using conformance::tableFilter;
 using reference::packThreeChannel16;
 using reference::srgbTable;
 using reference::tableLookup16;

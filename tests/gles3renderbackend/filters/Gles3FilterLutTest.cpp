@@ -1,12 +1,12 @@
 #include "gles3renderbackend/filters/Gles3FilterLut.h"
 
+#include "conformance/TableFilter.h"
 #include "gles3renderbackend/filters/Gles3FilterBlackWhiteGamma8.h"
 #include "gles3renderbackend/filters/Gles3FilterLinear16TosRGB8.h"
 #include "gles3renderbackend/filters/Gles3FilterLinearTo8bitSRGB.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/BackendFixture.h"
 #include "tests/gles3renderbackend/FailingAllocation.h"
-#include "tests/gles3renderbackend/filters/TableFilter.h"
 #include "tests/support/RecordingGlTest.h"
 
 #include <cmath>
@@ -15,7 +15,7 @@
 namespace {
 
 using backendtest::failureOf;
-using filtertest::tableFilter;
+using conformance::tableFilter;
 using Bytes = std::vector<std::uint8_t>;
 using Record = ComparableSingleFilterParameters<std::string>;
 

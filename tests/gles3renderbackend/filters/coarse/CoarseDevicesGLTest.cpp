@@ -1,18 +1,15 @@
 // What `velmora verify` says of GPUs that keep coordinates in 16 bits: every filter that they spoil is told.
 #include "conformance/Verification.h"
-#include "gles3renderbackend/Gl.h"
 #include "host/FilterDescriptions.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
 #include "tests/gles3renderbackend/filters/coarse/CoarseDevice.h"
 
 #include <algorithm>
-#include <array>
 #include <tuple>
 
 namespace {
 
 using filtertest::FilterRig;
-using filtertest::Layout;
 using Quantity = CoarseDevice::Quantity;
 
 // The filters that a device cannot spoil, for their stages read nothing of what it keeps.
@@ -55,21 +52,9 @@ bool reads(std::string const& filter, Quantity quantity) {
     return quantity == Quantity::kVaryings ? !isIn(kWithoutVaryings, filter) : !isIn(kWithoutFragCoord, filter);
 }
 
-conformance::Scope everydayScope() {
-    std::array<GLint, 2> viewport{};
-    glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport.data());
-    return {false, std::min({FilterRig::maxTextureSize(), viewport[0], viewport[1]})};
-}
-
 class CoarseDevicesGLTest : public ::testing::TestWithParam<std::tuple<CoarseDevice, std::string>> {
 protected:
-    CoarseDevicesGLTest() {
-        // The copies that pictures go in through are compiled now, by the real device.
-        for (Layout const layout :
-             {Layout::kRgb8, Layout::kRgba8, Layout::kOneChannel16, Layout::kThreeChannel16, Layout::kFourChannel16})
-            rig.uploaded(reference::Texels(2, 1), layout);
-        rig.eraseTargets();
-    }
+    CoarseDevicesGLTest() { rig.makeCopies(); }
 
     FilterRig rig;
 };
@@ -77,7 +62,8 @@ protected:
 TEST_P(CoarseDevicesGLTest, IsToldWhereItSpoilsAResult) {
     auto const& [device, filter] = GetParam();
     ShaderEdit const edit(ShaderEdit::Stage::kFragment, emulating(device));
-    conformance::Outcome const outcome = conformance::verifyFilter(filter, rig, everydayScope());
+    conformance::Outcome const outcome =
+        conformance::verifyFilter(filter, rig, FilterRig::scope(conformance::Depth::kThorough));
     ASSERT_EQ(outcome.failure, "");
     ASSERT_EQ(edit.replacements() > 0, reads(filter, device.quantity)) << "its stage reads something else now";
     if (reads(filter, device.quantity) && device.tooCoarse)

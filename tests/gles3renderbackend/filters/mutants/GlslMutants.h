@@ -14,7 +14,7 @@ enum class Fate {
 /// One deliberate fault in the GLSL text of one filter.
 struct Mutant {
     char const* name;   ///< unique
-    char const* filter; ///< one that runs it, by its name in FilterComparisons.cpp
+    char const* filter; ///< one that runs it
     char const* file;   ///< below gles3renderbackend/filters
     char const* search; ///< stands in the file, and in the filter's stage, exactly once
     char const* replacement;

@@ -4,9 +4,9 @@
 
 #include <string>
 
-namespace filtertest {
+namespace conformance {
 
-/// A table filter at any input depth, also one that its canonical description does not have.
+/// A filter through a table at any input depth, also one that its canonical description does not have.
 inline Filter tableFilter(std::string const& name, size_t bitDepth) {
     bool const deep = bitDepth > 8;
     return {name,
@@ -37,4 +37,4 @@ inline Filter tableFilter(std::string const& name, size_t bitDepth) {
             RenderBackend::NEAREST};
 }
 
-} // namespace filtertest
+} // namespace conformance
