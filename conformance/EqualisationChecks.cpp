@@ -36,9 +36,9 @@ FilterClaheParams clippedAt(double clip) {
 
 // In targets of 48 and of 64 bits a pixel, which hold the same texels.
 void expectEqualised(Trial& trial, Filter const& filter, Texels const& texels, double clip) {
+    Texels const expected = equalised(texels, clip);
     for (Layout const layout : {Layout::kFourChannel16, Layout::kThreeChannel16})
-        trial.expect(filter, {trial.runner().uploaded(texels, layout)}, equalised(texels, clip), layout,
-                     clippedAt(clip));
+        trial.expect(filter, {trial.runner().uploaded(texels, layout)}, expected, layout, clippedAt(clip));
 }
 
 // Regions count from the first pixel of the part.

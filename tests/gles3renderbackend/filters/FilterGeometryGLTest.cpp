@@ -11,6 +11,7 @@
 namespace {
 
 using namespace filtertest;
+using reference::Plane;
 using reference::Planes3;
 
 class FilterGeometryGLTest : public FilterGLTest {};
@@ -18,6 +19,32 @@ class FilterGeometryGLTest : public FilterGLTest {};
 TEST_F(FilterGeometryGLTest, EveryDescriptionIsInstantiated) {
     for (auto const& name : description::names())
         EXPECT_NE(rig.instantiated(description::byName(name)).instanceKey(), nullptr) << name;
+}
+
+struct Alignment {
+    char const* filter;
+    size_t columnsIn;
+    size_t columnsOut;
+};
+
+// Two samples of 16 bits share a texel.
+TEST_F(FilterGeometryGLTest, SamplesComeAndGoInPairs) {
+    for (Alignment const& row : {Alignment{"FilterFirIH53LeGall16", 2, 2},
+                                 {"FilterFirIV53LeGall16", 2, 2},
+                                 {"Filter1x16ToRGB8", 2, 1},
+                                 {"FilterInterleave16", 2, 1}}) {
+        Filter const filter = rig.instantiated(description::byName(row.filter));
+        EXPECT_EQ(filter.alignXIn(), row.columnsIn) << row.filter;
+        EXPECT_EQ(filter.alignXOut(), row.columnsOut) << row.filter;
+        EXPECT_EQ(filter.effectiveAlignX(), 2U) << row.filter;
+        EXPECT_EQ(filter.alignYIn(), 1U) << row.filter;
+        EXPECT_EQ(filter.alignYOut(), 1U) << row.filter;
+    }
+}
+
+TEST_F(FilterGeometryGLTest, WiderInputStrideWinsOverTheAlignmentOfTwo) {
+    Filter description("FilterFirIH53LeGall16", 0, 4, 0, 0, 0, 4, 0, 1, 2, 1, 1, 1, 2, RenderBackend::NEAREST);
+    EXPECT_EQ(rig.instantiated(description).effectiveAlignX(), 4U);
 }
 
 // Within two pixels of the edge the taps reach out of the picture; everywhere else they do not.
@@ -31,18 +58,28 @@ TEST_F(FilterGeometryGLTest, SharpeningEightBitsYieldsWhatTheTapsReach) {
 }
 
 TEST_F(FilterGeometryGLTest, BothPassesOfSixteenBitSharpeningJoinAtTheirBorders) {
-    Planes3 const picture = randomPlanes(21, 13, 2, -50, 1100);
-    size_t const source = rig.uploaded(picture);
-    size_t const blur = rig.target(Layout::kThreeChannel16, 2 * 17, 13);
-    rig.run(rig.instantiated(description::filterSharpnessH16()), {{{source, 0, 0, false}}, 21, 13}, blur);
-    FilterSharpness16Params params;
-    params.gain = 2.0;
-    FilterRun const run{{{source, 2, 0, false}, {blur, 0, 0, false}}, 17, 13, 0, 0, 0, 0, {2, 1}};
-    Planes3 sharp;
-    for (size_t c = 0; c < sharp.size(); ++c)
-        sharp[c] = filtertest::cropped(sharpness16(picture[c], params.gain, 0), 2, 2, 17, 9);
-    EXPECT_TRUE(rig.givesWithin(description::filterSharpnessV16(), run, packThreeChannel16(sharp),
-                                Layout::kThreeChannel16, params));
+    constexpr int kWidth = 39;
+    constexpr int kHeight = 27;
+    auto const flat = [](std::int32_t value) {
+        return Plane(kWidth, kHeight, std::vector<std::int32_t>(size_t{kWidth} * kHeight, value));
+    };
+    auto const expectSharp = [&](Planes3 const& picture, double gain) {
+        size_t const source = rig.uploaded(picture);
+        size_t const blur = rig.target(Layout::kThreeChannel16, 2 * (kWidth - 4), kHeight);
+        rig.run(rig.instantiated(description::filterSharpnessH16()), {{{source, 0, 0, false}}, kWidth, kHeight}, blur);
+        FilterSharpness16Params params;
+        params.gain = gain;
+        FilterRun const run{{{source, 2, 0, false}, {blur, 0, 0, false}}, kWidth - 4, kHeight, 0, 0, 0, 0, {2, 1}};
+        Planes3 sharp;
+        for (size_t c = 0; c < sharp.size(); ++c)
+            sharp[c] = filtertest::cropped(sharpness16(picture[c], params.gain, 0), 2, 2, kWidth - 4, kHeight - 4);
+        EXPECT_TRUE(rig.givesWithin(description::filterSharpnessV16(), run, packThreeChannel16(sharp),
+                                    Layout::kThreeChannel16, params))
+            << gain;
+    };
+    for (double const gain : {1.0, 2.0, 3.0, -1.0})
+        expectSharp(randomPlanes(kWidth, kHeight, 15, -50, 1100), gain);
+    expectSharp({flat(0), flat(777), flat(1023)}, 30.0);
 }
 
 // Tiles cut at multiples of a region and read with one region of their neighbours.
