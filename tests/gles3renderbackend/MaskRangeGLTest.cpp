@@ -281,8 +281,8 @@ TEST_F(BorderedMaskGLTest, BordersMoveThePartOfALargerSource) {
 
 // The cases above would notice a vertex stage that left out either half of the range.
 TEST_F(BorderedMaskGLTest, RangeMissingInTheVertexStageShows) {
-    for (std::string const half : {"a_texRange00.zw * v_texCoord00", "v_texCoord00 + a_texRange00.xy"}) {
-        ShaderEdit const edit(ShaderEdit::Stage::kVertex, "a_texRange00.zw * v_texCoord00 + a_texRange00.xy", half);
+    for (std::string const half : {"a_texRange00.zw * underneath", "underneath + a_texRange00.xy"}) {
+        ShaderEdit const edit(ShaderEdit::Stage::kVertex, "a_texRange00.zw * underneath + a_texRange00.xy", half);
         EXPECT_FALSE(showsItsPart()) << "with no more than " << half;
         EXPECT_EQ(edit.replacements(), 1U);
     }
