@@ -25,7 +25,7 @@ struct Outcome {
 /// Called before each filter: its name, how many are done, how many there are. May throw to stop.
 using VerificationProgress = std::function<void(std::string const& filter, std::size_t done, std::size_t total)>;
 
-/// Runs every built-in filter name against its plain integer model, in the order in which the backend registers them.
+/// Runs every built-in filter name against its plain integer model, in the order of their descriptions.
 /// A filter that the backend cannot run is an outcome like another. GL thread only; uses targets and tile ids of the
 /// instance and gives them back, and empties its pool of erased targets.
 std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, Scope const& scope,
