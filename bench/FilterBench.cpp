@@ -3,6 +3,7 @@
 // arithmetic written plainly, on whole numbers. An iteration is one run into an output of 1024 x 1024 pixels and ends with
 // glFinish.
 #include "bench/Benchmarks.h"
+#include "bench/FilterReads.h"
 #include "bench/GlBenchContext.h"
 #include "bench/RawPass.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
@@ -15,14 +16,6 @@ namespace {
 
 constexpr size_t kSide = 1024;
 constexpr GLsizei kTableEntries = 256;
-
-// Texels that a fragment reads: of the first input, of each further one, of a table.
-struct Reads {
-    char const* filter;
-    size_t first;
-    size_t further = 0;
-    size_t table = 0;
-};
 
 // FilterYCoCg16ToRGBA8 as one would write it first: whole bytes, whole values, the formulas.
 constexpr char const* kPlainYCoCgToRgb = R"(
@@ -37,36 +30,6 @@ void main() {
     gl_FragColor = vec4(b + yCoCg.y, yCoCg.z + t, b, 255.0) / 255.0;
 }
 )";
-
-// All but FilterCLAHE, which does not draw.
-constexpr std::array<Reads, 26> kReads = {{
-    {"FilterFirIH53LeGall16", 2, 2},
-    {"FilterFirIV53LeGall16", 2, 3},
-    {"BlitFilter1x16", 1},
-    {"BlitFilter3x16", 1},
-    {"BlitFilter3x8", 1},
-    {"BlitFilter4x8", 1},
-    {"Filter1x16ToRGB8", 1},
-    {"FilterInterleave16", 1, 1},
-    {"FilterYCoCg16ToRGBA8", 2},
-    {"FilterYCoCg16ToRGB16", 2},
-    {"Filter3x16To4x8", 2},
-    {"FilterSharpness8", 13},
-    {"FilterSharpnessH16", 10},
-    {"FilterSharpnessV16", 2, 10},
-    {"FilterLinear8ToSRGB8", 1, 0, 3},
-    {"FilterLinear16ToSRGB8", 2, 0, 3},
-    {"MaskFilter3x8", 1},
-    {"MaskFilter4x8", 1},
-    {"MaskFilter3x16", 1},
-    {"FilterLinear16TosRGB8", 2, 0, 3},
-    {"FilterTruncate16", 1},
-    {"Filter3x3Matrix8", 1},
-    {"Filter3x3Matrix16", 2},
-    {"FilterRemoveAlpha8", 1},
-    {"FilterBlackWhiteGamma8", 1, 0, 3},
-    {"FilterRGBA8ToYCoCg16", 1},
-}};
 
 size_t inputExtent(size_t borders, size_t numerator, size_t denominator) {
     return (kSide + borders) * denominator / numerator;
@@ -102,7 +65,7 @@ public:
     void preparePlainYCoCgToRgb() { prepare(kPlainYCoCgToRgb, {passInput(sources_[0].target)}); }
 
     // The sum of as many texels, side by side.
-    void preparePlain(Reads const& reads) {
+    void preparePlain(FilterReads const& reads) {
         std::vector<rawGl::PassInput> inputs;
         std::ostringstream fragment;
         fragment << "void main() {\n    gl_FragColor = vec4(0.0)";
@@ -192,10 +155,11 @@ void measureOurs(benchmark::State& state, GlBenchContext const& context, std::st
 
 void registerFilters(GlBenchContext const& context) {
     Clock const clock = drawingClock(context);
-    for (Reads const& reads : kReads) {
-        std::string const name = reads.filter;
+    for (std::string const& name : description::names()) {
         registerGl(clock, "filter/ours/" + name,
                    [&context, name](benchmark::State& state) { measureOurs(state, context, name); });
+        FilterReads const& reads = filterReads(name);
+        if (!reads.draws()) continue;
         registerGl(clock, "filter/plain/" + name, [&context, reads](benchmark::State& state) {
             FilterScene scene(context, reads.filter);
             scene.preparePlain(reads);
@@ -207,6 +171,4 @@ void registerFilters(GlBenchContext const& context) {
         scene.preparePlainYCoCgToRgb();
         measure(state, context, scene, [](FilterScene const& plain) { plain.runPlain(); });
     });
-    registerGl(clock, "filter/ours/FilterCLAHE",
-               [&context](benchmark::State& state) { measureOurs(state, context, "FilterCLAHE"); });
 }

@@ -5,12 +5,15 @@
 #     TEMPLATE      a class template, which has a header only
 #   velmora_add_filters(target)   adds the classes, the stages and the registry of all filters named so far
 #
+# The global property VELMORA_FILTER_NAMES is the list of names, for the tests.
+#
 # Includes of stages are expanded by EmbedGlslStage.cmake. The expanded texts stay in the build folder for glslangValidator
 # and for the tests.
 set(VELMORA_GLSL_DIR ${PROJECT_BINARY_DIR}/glsl)
 set_property(GLOBAL PROPERTY VELMORA_FILTER_SOURCES "")
 set_property(GLOBAL PROPERTY VELMORA_FILTER_INCLUDES "")
 set_property(GLOBAL PROPERTY VELMORA_FILTER_NAMES "")
+set_property(GLOBAL PROPERTY VELMORA_FILTER_REGISTRATIONS "")
 set_property(GLOBAL PROPERTY VELMORA_GLSL_STAGES "")
 
 function(velmora_filter class)
@@ -23,7 +26,9 @@ function(velmora_filter class)
     set_property(GLOBAL APPEND_STRING PROPERTY VELMORA_FILTER_INCLUDES "#include \"gles3renderbackend/filters/${class}.h\"\n")
   endif()
   foreach(name IN LISTS arg_NAMES)
-    set_property(GLOBAL APPEND_STRING PROPERTY VELMORA_FILTER_NAMES "    add<${class}>(registry, \"${name}\");\n")
+    set_property(GLOBAL APPEND PROPERTY VELMORA_FILTER_NAMES ${name})
+    set_property(GLOBAL APPEND_STRING PROPERTY VELMORA_FILTER_REGISTRATIONS
+                        "    add<${class}>(registry, \"${name}\");\n")
   endforeach()
   foreach(stem IN LISTS class arg_STAGES)
     foreach(stage ${stem}.vert ${stem}.frag)
@@ -79,7 +84,7 @@ function(velmora_add_filters target)
   target_include_directories(${target} PRIVATE ${VELMORA_GLSL_DIR})
 
   get_property(VELMORA_FILTER_INCLUDES GLOBAL PROPERTY VELMORA_FILTER_INCLUDES)
-  get_property(VELMORA_FILTER_NAMES GLOBAL PROPERTY VELMORA_FILTER_NAMES)
+  get_property(VELMORA_FILTER_REGISTRATIONS GLOBAL PROPERTY VELMORA_FILTER_REGISTRATIONS)
   set(registry ${PROJECT_BINARY_DIR}/gles3renderbackend/FilterRegistry.cpp)
   configure_file(FilterRegistry.cpp.in ${registry} @ONLY)
   target_sources(${target} PRIVATE ${registry})

@@ -3,7 +3,6 @@
 #include "renderbackend/FilterParameters.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <memory>
 #include <stdexcept>
@@ -56,8 +55,8 @@ struct NamedDescription {
     Filter (*make)();
 };
 
-// In the order in which the backend registers them.
-constexpr std::array<NamedDescription, 27> kDescriptions = {{
+// In the order in which hosts list them.
+constexpr NamedDescription kDescriptions[] = {
     {"FilterFirIH53LeGall16", description::filterFirIH53LeGall16},
     {"FilterFirIV53LeGall16", description::filterFirIV53LeGall16},
     {"BlitFilter1x16", description::blitFilter1x16},
@@ -85,7 +84,7 @@ constexpr std::array<NamedDescription, 27> kDescriptions = {{
     {"FilterBlackWhiteGamma8", description::filterBlackWhiteGamma8},
     {"FilterRGBA8ToYCoCg16", description::filterRGBA8ToYCoCg16},
     {"FilterCLAHE", [] { return description::filterCLAHE(); }},
-}};
+};
 
 } // namespace
 
@@ -234,8 +233,8 @@ std::vector<std::string> const& description::names() {
 }
 
 Filter description::byName(std::string const& name) {
-    auto const found = std::find_if(kDescriptions.begin(), kDescriptions.end(),
+    auto const found = std::find_if(std::begin(kDescriptions), std::end(kDescriptions),
                                     [&](NamedDescription const& entry) { return entry.name == name; });
-    if (found == kDescriptions.end()) throw std::out_of_range("no built-in filter has the name " + name);
+    if (found == std::end(kDescriptions)) throw std::out_of_range("no built-in filter has the name " + name);
     return found->make();
 }

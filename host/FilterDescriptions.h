@@ -136,7 +136,7 @@ struct Borders {
 /// Pixels left of and above a border of 40 or more are not equalised; smaller ones are equalised and left out.
 Filter filterCLAHE(Borders const& borders = {});
 
-/// All 27 names, in the order in which the backend registers them.
+/// All names, in the order in which hosts list them.
 std::vector<std::string> const& names();
 
 /// The description of a name, with default depths and borders. Throws std::out_of_range for a name that is none.

@@ -246,6 +246,12 @@ void colourSurface(RenderBackendInstance& instance) {
     return pixelsEqual(instance.getPixels(0, {0, kSide, 0, kSide}), expected.bytes, kSide);
 }
 
+bool isMask(std::string const& name) {
+    Filter const filter = description::byName(name);
+    return filter.supportsParameters() &&
+           std::dynamic_pointer_cast<MaskFilterParams>(filter.getParametersObject()) != nullptr;
+}
+
 // The mask's shape covers texels (2, 1) to (8, 4) of a source as large as the surface.
 ::testing::AssertionResult maskAppearsOnSurface(FilterRig& rig, std::string const& name) {
     Texels const source = noise(kSide, kSide, 18);
@@ -277,8 +283,13 @@ OnSurface orientationOf(std::string const& filter) {
 }
 
 ::testing::AssertionResult appearsOnSurface(FilterRig& rig, std::string const& filter) {
+    if (isMask(filter)) return maskAppearsOnSurface(rig, filter);
     auto const found = scenes().find(filter);
-    if (found == scenes().end()) return maskAppearsOnSurface(rig, filter);
+    if (found == scenes().end()) {
+        return ::testing::AssertionFailure()
+               << filter << " has no scene on the host's surface: add it to scenes() of SurfaceScenes.cpp, and to "
+               << "orientationOf() where its rows stay in GL's order";
+    }
     Scene const scene = found->second();
     FilterRun run;
     for (Input const& input : scene.inputs)

@@ -1,6 +1,9 @@
 // Do the runs beside the models notice a fault? Each case puts one into the GLSL of a filter and looks.
 #include "gles3renderbackend/Gl.h"
 #include "conformance/Verification.h"
+#include "gles3renderbackend/FilterRegistry.h"
+#include "gles3renderbackend/resources/Gles3Shader.h"
+#include "host/FilterDescriptions.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
 #include "tests/gles3renderbackend/filters/SurfaceScenes.h"
 #include "tests/gles3renderbackend/filters/mutants/GlslMutants.h"
@@ -89,6 +92,23 @@ std::string nameOf(::testing::TestParamInfo<Mutant> const& info) {
 
 INSTANTIATE_TEST_SUITE_P(Table, GlslMutantGLTest, ::testing::ValuesIn(glslMutants()), nameOf);
 
+class FilterMutantsGLTest : public ::testing::TestWithParam<std::string> {};
+
+TEST_P(FilterMutantsGLTest, EveryFilterHasAMutantThatIsNoticed) {
+    Gles3RenderBackend::FilterRegistry registry;
+    registerBuiltInFilters(registry);
+    Filter filter = description::byName(GetParam());
+    if (registry.create(GetParam(), filter)->program() == 0) return; // computed without GLSL
+    auto const& mutants = glslMutants();
+    EXPECT_TRUE(
+        std::any_of(mutants.begin(), mutants.end(),
+                    [](Mutant const& mutant) { return mutant.filter == GetParam() && mutant.fate == Fate::kDiffers; }))
+        << GetParam() << " has no fault that its runs must notice: add one to GlslMutants.cpp";
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FilterMutantsGLTest, ::testing::ValuesIn(description::names()),
+                         [](auto const& row) { return row.param; });
+
 // A new file is in no mutant yet.
 TEST(GlslMutantsGLTest, EveryFileOfGlslHasAMutantThatIsNoticed) {
     std::set<std::string> files;
@@ -100,7 +120,8 @@ TEST(GlslMutantsGLTest, EveryFileOfGlslHasAMutantThatIsNoticed) {
         std::string const extension = entry.path().extension();
         if (extension != ".frag" && extension != ".vert" && extension != ".glsl") continue;
         ++seen;
-        EXPECT_EQ(files.count(std::filesystem::relative(entry.path(), kGlsl)), 1U) << entry.path();
+        EXPECT_EQ(files.count(std::filesystem::relative(entry.path(), kGlsl)), 1U)
+            << entry.path() << " has no fault that is noticed: add one to GlslMutants.cpp";
     }
     EXPECT_GT(seen, 0U);
 }
