@@ -32,7 +32,7 @@ Trial::~Trial() {
 
 std::vector<int> Trial::stripLengths() const {
     int const longest = scope_.longestTexels / 4 * 4;
-    if (!thorough()) return {std::min(kBeyondHalfPrecision, longest)};
+    if (!thorough() && !scope_.longStrips) return {std::min(kBeyondHalfPrecision, longest)};
     if (longest <= kCommonLength) return {longest};
     return {kCommonLength, longest};
 }

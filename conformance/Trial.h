@@ -26,6 +26,8 @@ struct Scope {
     Depth depth = Depth::kThorough;
     /// The longest side that a texture can have and a viewport can show; at least 2048 on OpenGL ES 3.
     int longestTexels = 2048;
+    /// A sharp trial too has strips as long as that: where it is about places, not about values.
+    bool longStrips = false;
 };
 
 /// One filter's trial: runs it, and counts the bytes that differ from what a plain integer model gives.

@@ -64,6 +64,8 @@ TEST_F(TrialTest, ASharpTrialsStripIsLongerThanFloatsOf16BitsCountAndNoLongerTha
     EXPECT_EQ(lengths(2048), std::vector<int>{2048});
     EXPECT_EQ(lengths(4110), std::vector<int>{4108});
     EXPECT_EQ(lengths(16384), std::vector<int>{4112});
+    Trial const aboutPlaces(runner_, {conformance::Depth::kSharp, 16384, true});
+    EXPECT_EQ(aboutPlaces.stripLengths(), (std::vector<int>{8192, 16384}));
 }
 
 TEST_F(TrialTest, EachDepthGoesFurtherThanTheOneBefore) {
