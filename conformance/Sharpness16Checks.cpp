@@ -1,5 +1,6 @@
 // The two passes of the unsharp mask on 16-bit pixels.
 #include "conformance/Checks.h"
+#include "conformance/Gain.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
 #include "host/FilterDescriptions.h"
@@ -86,17 +87,7 @@ void checkSharpnessH16(Trial& trial) {
     if (trial.thorough()) expectThoroughBlur(trial, filter);
 }
 
-struct Gain {
-    double gain;
-    std::int32_t shiftBits = 0;
-};
-
-FilterSharpness16Params paramsOf(Gain const& gain) {
-    FilterSharpness16Params params;
-    params.gain = gain.gain;
-    params.shiftBits = gain.shiftBits;
-    return params;
-}
+constexpr auto paramsOf = recordOf<FilterSharpness16Params>;
 
 // The picture, and what the first pass might have made of it.
 struct Passes {

@@ -1,5 +1,6 @@
 // The unsharp mask on 8-bit pixels.
 #include "conformance/Checks.h"
+#include "conformance/Gain.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
 #include "host/FilterDescriptions.h"
@@ -19,17 +20,7 @@ using reference::Texels;
 
 constexpr int kReach = 2; // texels that the taps reach to each side
 
-struct Gain {
-    double gain;
-    std::int32_t shiftBits = 0;
-};
-
-FilterSharpness8Params paramsOf(Gain const& gain) {
-    FilterSharpness8Params params;
-    params.gain = gain.gain;
-    params.shiftBits = gain.shiftBits;
-    return params;
-}
+constexpr auto paramsOf = recordOf<FilterSharpness8Params>;
 
 // Differences too small for a clamp to hide a wrong rounding.
 Texels gentleSlopes(int width, int height, int range) {

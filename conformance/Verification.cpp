@@ -16,7 +16,8 @@ Checks const& catalogue() {
         Checks checks;
         for (auto const& subject : {copyChecks(), maskChecks(), waveletChecks(), colourChecks(), matrixChecks(),
                                     sharpness8Checks(), sharpness16Checks(), toneChecks(), equalisationChecks()})
-            checks.insert(subject.begin(), subject.end());
+            for (auto const& entry : subject)
+                if (!checks.insert(entry).second) throw std::logic_error("two checks are called " + entry.first);
         return checks;
     }();
     return all;
