@@ -32,7 +32,7 @@ Check const& runsOf(std::string const& name) {
 
 // Not every exception is of the backend, whose texts have parts with names. A failure without a text would count as none.
 std::string textOf(std::exception const& error) {
-    std::string const report = formatExceptionMessage(error);
+    std::string report = formatExceptionMessage(error);
     if (!report.empty()) return report;
     std::string const text = error.what();
     return text.empty() ? "an exception without a text" : text;
