@@ -7,8 +7,8 @@
 
 class GlBenchContext;
 
-// A benchmark is named WHAT/WHO/CASE. WHO is "ours", or a baseline that RatioReporter sets against it: "raw", the same work
-// in bare GL calls, or what else the benchmark's own file says.
+// A benchmark is named WHAT/WHO/CASE. WHO is "ours", or a baseline that RatioReporter sets against it: "raw", the same
+// work in bare GL calls, or what else the benchmark's own file says.
 void registerEnvelopes();
 void registerLruMap();
 void registerDrawTiles(GlBenchContext const& context);
@@ -19,8 +19,8 @@ void registerFilters(GlBenchContext const& context);
 void registerWavelet(GlBenchContext const& context);
 void registerClahe();
 
-/// Cpu: of the calling thread, less noisy where everything happens on it. Process: of all threads, where the driver draws
-/// on some of them. Wall: where neither sees the work.
+/// Cpu: of the calling thread, less noisy where everything happens on it. Process: of all threads, where the driver
+/// draws on some of them. Wall: where neither sees the work.
 enum class Clock { Wall, Cpu, Process };
 
 /// The clock for what a benchmark draws.

@@ -1,8 +1,8 @@
 // Envelopes of a million cells and of a million rectangles, on the processor alone.
 //
-// mergeCells: shuffled cells into rectangles. The baseline sorts the cells by row and column and sweeps over them once, with
-// the same rule, so that both must find the same rectangles. "blobs" are discs that overlap, "dust" is cells drawn one by one,
-// few of which touch.
+// mergeCells: shuffled cells into rectangles. The baseline sorts the cells by row and column and sweeps over them once,
+// with the same rule, so that both must find the same rectangles. "blobs" are discs that overlap, "dust" is cells drawn
+// one by one, few of which touch.
 //
 // coverage: 0, 1 or 2 for a window over a million rectangles. The baseline enumerates those that meet the window with a
 // bulk-loaded R-tree of Boost.Geometry and adds up their cells.

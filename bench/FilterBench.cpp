@@ -1,13 +1,13 @@
 // Every filter beside a plain pass: a highp fragment stage that reads as many texels of the same textures for an output
-// of the same size and writes their sum. What a filter needs more is its arithmetic; for one filter also beside the same
-// arithmetic written plainly, on whole numbers. An iteration is one run into an output of 1024 x 1024 pixels and ends with
-// glFinish.
+// of the same size and writes their sum. What a filter needs more is its arithmetic; for one filter also beside the
+// same arithmetic written plainly, on whole numbers. An iteration is one run into an output of 1024 x 1024 pixels and
+// ends with glFinish.
 #include "bench/Benchmarks.h"
 #include "bench/FilterReads.h"
 #include "bench/GlBenchContext.h"
 #include "bench/RawPass.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 
 #include <memory>
 #include <sstream>

@@ -6,8 +6,8 @@
 #include <stdexcept>
 #include <string>
 
-/// Texels that a filter's fragment reads: of the first input, of each further one, of a table. The pass that it is measured
-/// beside reads as many. A filter that does not draw reads none, and nothing stands beside it.
+/// Texels that a filter's fragment reads: of the first input, of each further one, of a table. The pass that it is
+/// measured beside reads as many. A filter that does not draw reads none, and nothing stands beside it.
 struct FilterReads {
     char const* filter = nullptr;
     std::size_t first = 0;

@@ -2,7 +2,7 @@
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
-#include "host/EglContext.h"
+#include "host/gl/EglContext.h"
 #include "renderbackend/Filter.h"
 #include "renderbackend/RenderContext.h"
 

@@ -22,10 +22,10 @@ struct OwnBaseline {
     std::string title;
 };
 
-/// Prints like the console reporter and, after the run, one line "WHAT/ours/CASE vs PEER" for each benchmark and each of
-/// its baselines WHAT/PEER/CASE: both times, the ratio of the two, and whether that meets a figure. Times are those of
-/// the fastest repetition; "disturbed" is by how much the median is slower, in percent, the larger of the two: where it is
-/// large, the machine did other things.
+/// Prints like the console reporter and, after the run, one line "WHAT/ours/CASE vs PEER" for each benchmark and each
+/// of its baselines WHAT/PEER/CASE: both times, the ratio of the two, and whether that meets a figure. Times are those
+/// of the fastest repetition; "disturbed" is by how much the median is slower, in percent, the larger of the two: where
+/// it is large, the machine did other things.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
     RatioReporter(std::vector<Figure> figures, std::vector<std::string> peers, std::vector<OwnBaseline> ownBaselines);

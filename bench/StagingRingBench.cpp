@@ -1,8 +1,8 @@
 // The upload ring beside a ring of pixel buffers in bare GL and beside uploads from client memory.
 //
-// All four have the same shape: the GL thread reserves room for a tile in one of four blocks of 4 MiB, one or two workers
-// copy the tile into it, and the GL thread puts a block into textures when it is full and its last worker is done; it
-// waits busily where all four are taken. What differs is whose code that is, and what a block is made of:
+// All four have the same shape: the GL thread reserves room for a tile in one of four blocks of 4 MiB, one or two
+// workers copy the tile into it, and the GL thread puts a block into textures when it is full and its last worker is
+// done; it waits busily where all four are taken. What differs is whose code that is, and what a block is made of:
 //
 //   ours         concurrentStagingBuffer, write, and synchronizeConcurrentStagingBuffer once the write has returned
 //   raw          mapped pixel buffers, glTexImage2D; no checks, and the sampling is not set again

@@ -8,7 +8,7 @@
 #include "bench/GlBenchContext.h"
 #include "bench/RawPass.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 
 #include <cstring>
 #include <memory>

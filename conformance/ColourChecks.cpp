@@ -2,7 +2,7 @@
 #include "conformance/Checks.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "reference/SixteenToEight.h"
 #include "reference/Truncate16.h"
 #include "reference/YCoCgR.h"

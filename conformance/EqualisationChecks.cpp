@@ -2,7 +2,7 @@
 #include "conformance/Checks.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "reference/Blit.h"
 #include "reference/Clahe.h"
 #include "renderbackend/FilterParameters.h"

@@ -1,7 +1,7 @@
 #include "conformance/FilterRunner.h"
 
 #include "conformance/Inputs.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "reference/Blit.h"
 
 #include <stdexcept>

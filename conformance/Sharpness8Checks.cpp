@@ -3,7 +3,7 @@
 #include "conformance/Gain.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "reference/Blit.h"
 #include "reference/Sharpness8.h"
 #include "renderbackend/FilterParameters.h"

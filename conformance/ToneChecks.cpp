@@ -3,7 +3,7 @@
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
 #include "conformance/TableFilter.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "reference/TableLookup.h"
 #include "renderbackend/FilterParameters.h"
 

@@ -1,7 +1,7 @@
 #include "conformance/Verification.h"
 
 #include "conformance/Checks.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "renderbackend/VelmoraException.h"
 
 #include <chrono>
@@ -30,7 +30,8 @@ Check const& runsOf(std::string const& name) {
                                    "conformance/...Checks.cpp");
 }
 
-// Not every exception is of the backend, whose texts have parts with names. A failure without a text would count as none.
+// Not every exception is of the backend, whose texts have parts with names. A failure without a text would count as
+// none.
 std::string textOf(std::exception const& error) {
     std::string report = formatExceptionMessage(error);
     if (!report.empty()) return report;

@@ -2,7 +2,7 @@
 #include "conformance/Checks.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "reference/Blit.h"
 #include "reference/Interleave16.h"
 #include "reference/LeGall53Plane.h"
@@ -93,7 +93,8 @@ void expectBandParts(Trial& trial, Filter const& filter, InverseStep inverse, st
         expectBandPart(trial, filter, inverse, {part, part.x, part.y});
 }
 
-// M samples of each band give 2 * M - 4: strips of outputs as long as the trial's strips, from bands of half the length.
+// M samples of each band give 2 * M - 4: strips of outputs as long as the trial's strips, from bands of half the
+// length.
 void checkHorizontalStep(Trial& trial) {
     Filter const filter = trial.prepared(description::filterFirIH53LeGall16());
     InverseStep const inverse = reference::inverseFilter53Horizontal;

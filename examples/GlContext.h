@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <string>
 
-/// An OpenGL ES 3 context without a window, current on this thread while the object lives: what the examples have in place
-/// of a host's own. Any current context will do for the backend.
+/// An OpenGL ES 3 context without a window, current on this thread while the object lives: what the examples have in
+/// place of a host's own. Any current context will do for the backend.
 class GlContext {
 public:
     /// Throws std::runtime_error.

@@ -106,8 +106,8 @@ public:
     /// than the filter has inputs", for a filter with more than one, before any GL call; "Filter parameters cast
     /// failed" and "bad parameters cast", for envelopes that are not this backend's, with source and target bound and
     /// nothing drawn. The sampler's unit is set in the program that was current before: where none was,
-    /// GL_INVALID_OPERATION is pending afterwards, and the mask is drawn all the same. The starts of the range are taken
-    /// as unsigned numbers: there are none below 0.
+    /// GL_INVALID_OPERATION is pending afterwards, and the mask is drawn all the same. The starts of the range are
+    /// taken as unsigned numbers: there are none below 0.
     void maskRange(size_t source, size_t target, Filter const& maskShader, std::vector<size_t> const& range,
                    SingleFilterParameters const& params) override;
 

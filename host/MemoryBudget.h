@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-/// What a picture may take of the machine's memory: headers can say any size, and a program that tries to hold it takes the
-/// machine down with it.
+/// What a picture may take of the machine's memory: headers can say any size, and a program that tries to hold it takes
+/// the machine down with it.
 namespace memorybudget {
 
 /// While it is read or imported.

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <string>
 
-// Texts out of files, which may hold anything, made fit to be shown or kept. What is not shown as it is: bytes that are no
-// UTF-8 (RFC 3629), control characters, and marks that end lines or turn the direction of writing. Texts that hold none of
-// these stay as they are.
+// Texts out of files, which may hold anything, made fit to be shown or kept. What is not shown as it is: bytes that are
+// no UTF-8 (RFC 3629), control characters, and marks that end lines or turn the direction of writing. Texts that hold
+// none of these stay as they are.
 
 /// For a terminal: bytes that are not shown stand as \x1b. A text that has been through it stays the same.
 std::string terminalText(std::string const& text);

@@ -5,8 +5,8 @@
 #include <thread>
 #include <vector>
 
-/// Threads of `work`, which is told which of them it runs on: 0, 1, ... `count` of them, or as many as the system gives,
-/// perhaps none. The caller joins them. Throws std::bad_alloc, before the first thread is started.
+/// Threads of `work`, which is told which of them it runs on: 0, 1, ... `count` of them, or as many as the system
+/// gives, perhaps none. The caller joins them. Throws std::bad_alloc, before the first thread is started.
 std::vector<std::thread> startThreads(std::size_t count, std::function<void(std::size_t thread)> const& work);
 
 /// `wanted` threads, or where that is 0 one for each core.

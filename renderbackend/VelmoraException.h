@@ -10,10 +10,11 @@
 
 /// Every failure of the backend. what() is a tagged text that a machine can take apart:
 ///
-///     #Name:could not map PBO range#Location:void* Gles3Pbo::mapRange(size_t offset, size_t size)#Description:out of memory
+///     #Name:could not map PBO range#Location:void* Gles3Pbo::mapRange(size_t offset, size_t size)
+///     #Description:out of memory
 ///
-/// The name says what failed, the location is the signature of the operation that failed. A field ends at the next "#",
-/// so a field's text must not hold one. formatExceptionMessage() turns the text into lines for a person.
+/// on one line. The name says what failed, the location is the signature of the operation that failed. A field ends at
+/// the next "#", so a field's text must not hold one. formatExceptionMessage() turns the text into lines for a person.
 class VELMORA_EXPORT VelmoraException : public std::runtime_error {
 public:
     /// Takes a message that is already tagged, unchanged.

@@ -1,10 +1,10 @@
 #include "apps/velmora/Commands.h"
-#include "apps/velmora/ImageInput.h"
-#include "apps/velmora/Interruption.h"
 #include "apps/velmora/SelectionOptions.h"
+#include "apps/velmora/shared/ImageInput.h"
+#include "apps/velmora/shared/Interruption.h"
+#include "apps/velmora/shared/ProgressBar.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
-#include "host/ProgressBar.h"
 #include "host/store/StoreCheck.h"
 
 #include <cstdio>

@@ -1,10 +1,10 @@
 #include "apps/velmora/Commands.h"
-#include "apps/velmora/ImageInput.h"
-#include "apps/velmora/Interruption.h"
-#include "apps/velmora/PictureFiles.h"
 #include "apps/velmora/SelectionOptions.h"
+#include "apps/velmora/shared/ImageInput.h"
+#include "apps/velmora/shared/Interruption.h"
+#include "apps/velmora/shared/PictureFiles.h"
+#include "apps/velmora/shared/ProgressBar.h"
 #include "host/PlainText.h"
-#include "host/ProgressBar.h"
 #include "host/store/StoreExporter.h"
 
 #include <cstdio>

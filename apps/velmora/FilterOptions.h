@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Enhancement.h"
+#include "host/filter/Enhancement.h"
 
 #include <CLI/CLI.hpp>
 

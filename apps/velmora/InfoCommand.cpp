@@ -1,10 +1,10 @@
 #include "apps/velmora/Commands.h"
-#include "apps/velmora/ImageInput.h"
-#include "apps/velmora/Interruption.h"
 #include "apps/velmora/SelectionOptions.h"
-#include "host/GlInfo.h"
+#include "apps/velmora/shared/ImageInput.h"
+#include "apps/velmora/shared/Interruption.h"
 #include "host/PlainText.h"
-#include "host/SurfacelessContext.h"
+#include "host/gl/GlInfo.h"
+#include "host/gl/SurfacelessContext.h"
 #include "host/store/TileStore.h"
 
 #include <nlohmann/json.hpp>

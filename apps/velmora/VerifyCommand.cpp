@@ -1,12 +1,12 @@
 #include "apps/velmora/Commands.h"
-#include "apps/velmora/Interruption.h"
+#include "apps/velmora/shared/Interruption.h"
+#include "apps/velmora/shared/ProgressBar.h"
 #include "conformance/Verification.h"
 #include "gles3renderbackend/Gles3RenderBackend.h"
-#include "host/GlInfo.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
-#include "host/ProgressBar.h"
-#include "host/SurfacelessContext.h"
+#include "host/gl/GlInfo.h"
+#include "host/gl/SurfacelessContext.h"
 #include "renderbackend/RenderBackendInstance.h"
 
 #include <nlohmann/json.hpp>

@@ -1,9 +1,9 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/FilterOptions.h"
-#include "apps/velmora/ImageInput.h"
-#include "apps/velmora/Interruption.h"
-#include "apps/velmora/PictureFiles.h"
 #include "apps/velmora/SelectionOptions.h"
+#include "apps/velmora/shared/ImageInput.h"
+#include "apps/velmora/shared/Interruption.h"
+#include "apps/velmora/shared/PictureFiles.h"
 #include "apps/velmora/view/Viewer.h"
 
 #include <algorithm>
@@ -91,8 +91,8 @@ std::size_t tileBytes(std::size_t memory) {
     return std::max(memory, kProgramBytes + kLeastTileBytes) - kProgramBytes;
 }
 
-// Of the GPU's: five eighths for rebuilt tiles, a quarter for the bands that they are made of, the rest for frames and for
-// what lies between them. The backend counts one byte per sample of a band, which has two.
+// Of the GPU's: five eighths for rebuilt tiles, a quarter for the bands that they are made of, the rest for frames and
+// for what lies between them. The backend counts one byte per sample of a band, which has two.
 void share(std::size_t gpuMemory, ViewerOptions& options) {
     options.picture.gpuBytes = gpuMemory / 8 * 5;
     options.bandBytes = gpuMemory / 8;
@@ -105,8 +105,8 @@ void addMemoryOption(CLI::App& command, char const* name, std::size_t& megabytes
         ->check(CLI::Range(std::size_t{1}, kMaxMegabytes));
 }
 
-// Tiles come and go for as long as the window is open. glibc would keep their memory in its heaps, which fall to pieces:
-// with blocks of their own it goes back to the system.
+// Tiles come and go for as long as the window is open. glibc would keep their memory in its heaps, which fall to
+// pieces: with blocks of their own it goes back to the system.
 void returnFreedTiles() {
 #ifdef __GLIBC__
     constexpr int kTileBytes = 128 * 1024;

@@ -1,6 +1,6 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/ExitCodes.h"
-#include "apps/velmora/Interruption.h"
+#include "apps/velmora/shared/Interruption.h"
 #include "renderbackend/VelmoraException.h"
 
 #include <cerrno>

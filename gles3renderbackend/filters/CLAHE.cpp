@@ -37,8 +37,8 @@ struct Corners {
     std::array<Sides, CLAHE::kBins> lower;
 };
 
-// One row of a cell, `right` pixels from its left side and `below` rows from its top. In steps of their own, so that the
-// compiler does the arithmetic on many pixels at once.
+// One row of a cell, `right` pixels from its left side and `below` rows from its top. In steps of their own, so that
+// the compiler does the arithmetic on many pixels at once.
 void equaliseRow(std::int16_t* pixels, size_t width, Corners const& corners, size_t right, size_t below) {
     constexpr size_t kMaxWidth = CLAHE::kRegionSize;
     std::array<Sides, kMaxWidth> upper; // NOLINT(*-member-init): all that is read is written first

@@ -5,13 +5,14 @@
 #include <cstdint>
 #include <vector>
 
-/// Contrast-limited adaptive histogram equalisation (Zuiderveld, Graphics Gems IV, 1994) of the first component of signed
-/// 16-bit pixels, in place, as 256 grey values: samples below 0 count as 0, above 255 as 255. No GL; any one thread.
+/// Contrast-limited adaptive histogram equalisation (Zuiderveld, Graphics Gems IV, 1994) of the first component of
+/// signed 16-bit pixels, in place, as 256 grey values: samples below 0 count as 0, above 255 as 255. No GL; any one
+/// thread.
 ///
 /// The image is cut into regions of 40 x 40 pixels from its first pixel on. Each full region gets a mapping from its
 /// clipped histogram; a partial one at the right or bottom edge takes its neighbour's. A pixel's value is interpolated
-/// between the mappings of the four regions whose centres surround it, that is, inside a grid of cells shifted by half a
-/// region:
+/// between the mappings of the four regions whose centres surround it, that is, inside a grid of cells shifted by half
+/// a region:
 ///
 ///     regions   0........40........80        mapping of region i holds at its centre, 40 * i + 20
 ///     cells     0..20........60....80        cells at the edges see one region twice

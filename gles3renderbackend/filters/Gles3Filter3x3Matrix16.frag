@@ -4,9 +4,9 @@ precision mediump float;
 #include "shared/pixelInTwoTexels.glsl"
 // A colour matrix in fixed point on pixels of three signed 16-bit channels, 1024 = 1.0:
 //   out[j] = (e[j] * red + e[3 + j] * green + e[6 + j] * blue) / 1024, rounded half away from zero
-// A coefficient arrives as its four bytes, all of its sign; matrix j holds one coefficient per column. The products need
-// more than the 24 bits of a float, so samples enter as high and low byte and meet again after a carry. Exact while the
-// magnitudes of an output's three coefficients add up to less than 65536 (64.0).
+// A coefficient arrives as its four bytes, all of its sign; matrix j holds one coefficient per column. The products
+// need more than the 24 bits of a float, so samples enter as high and low byte and meet again after a carry. Exact
+// while the magnitudes of an output's three coefficients add up to less than 65536 (64.0).
 uniform highp sampler2D s_texture00;
 uniform highp mat4 a_matrix4x4_32_1;
 uniform highp mat4 a_matrix4x4_32_2;

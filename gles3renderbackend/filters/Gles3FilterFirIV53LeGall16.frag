@@ -3,8 +3,8 @@ precision highp float;
 #include "shared/samplePair.glsl"
 #include "shared/packValues.glsl"
 #include "shared/rowParity.glsl"
-// One vertical step of the inverse 5/3 lifting (Le Gall and Tabatabai 1988), on whole numbers; a texel's two samples are
-// two columns side by side:
+// One vertical step of the inverse 5/3 lifting (Le Gall and Tabatabai 1988), on whole numbers; a texel's two samples
+// are two columns side by side:
 //   x[2n]     = L[n] - floor((H[n] + H[n+1] + 2) / 4)
 //   x[2n + 1] = H[n+1] + floor((x[2n] + x[2n+2]) / 2)
 // H is the high band as fetched, which starts one row before L.

@@ -11,7 +11,8 @@ varying highp vec3 v_texCoord01;
 varying highp vec3 v_texCoord02;
 
 void main() {
-    // Assumed: the device keeps gl_FragCoord in 32 bits. The language grants it mediump only, which ends at column 1023.
+    // Assumed: the device keeps gl_FragCoord in 32 bits. The language grants it mediump only, which ends at column
+    // 1023.
     highp float column = gl_FragCoord.x + a_outputSize.x;
     highp float lowHigh = floor(mod(column, 2.0));       // which texel of the pixel: 0 1 0 1
     highp float oddEven = floor(mod(column, 4.0) / 2.0); // which pixel of the input texel: 0 0 1 1

@@ -4,7 +4,8 @@
 
 #include <string>
 
-/// Black point, white point and gamma from linear codes of the filter's input depth. With a FilterLinear16TosRGB8Params.
+/// Black point, white point and gamma from linear codes of the filter's input depth. With a
+/// FilterLinear16TosRGB8Params.
 class Gles3FilterLinear16TosRGB8 : public Gles3FilterLut<std::string> {
 public:
     explicit Gles3FilterLinear16TosRGB8(Filter& filter);

@@ -24,8 +24,8 @@ public:
         : Gles3Shader(lookup::vertexSource(filter.bitDepthIn()), lookup::fragmentSource(filter.bitDepthIn()), filter) {}
 
     /// Binds the table to unit 1. Throws VelmoraException for a record that is no ComparableSingleFilterParameters<T>,
-    /// std::length_error for a table that has not 2^bitDepthIn entries; the tables kept are as before then, and where memory
-    /// runs out.
+    /// std::length_error for a table that has not 2^bitDepthIn entries; the tables kept are as before then, and where
+    /// memory runs out.
     void uploadParameters(SingleFilterParameters const& params) override {
         glActiveTexture(GL_TEXTURE1);
         if (dynamic_cast<ComparableSingleFilterParameters<T> const*>(&params) == nullptr)

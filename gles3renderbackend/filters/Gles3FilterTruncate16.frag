@@ -1,8 +1,8 @@
 #version 100
 precision highp float;
 #include "shared/samplePair.glsl"
-// Magnitudes are cut to multiples of a_divisor = 2^bits, toward zero; a_constant, the middle of what was cut, is added to
-// those that are not zero then:
+// Magnitudes are cut to multiples of a_divisor = 2^bits, toward zero; a_constant, the middle of what was cut, is added
+// to those that are not zero then:
 //   m = floor(|v| / d) * d,  m += c where m > 0,  v = sign(v) * m
 uniform highp sampler2D s_texture00;
 uniform highp float a_divisor;

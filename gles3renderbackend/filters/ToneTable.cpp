@@ -47,8 +47,8 @@ std::vector<std::uint8_t> toneTable::gamma(size_t bitDepth, double gamma, std::u
     Toe const toe(gamma);
 
     std::vector<std::uint8_t> table(size, 0);
-    // Deliberate: the toe ends at this index, not at black plus it, so a black point shortens it. Near gamma 1 the index
-    // passes the white point, where the curve ends in any case.
+    // Deliberate: the toe ends at this index, not at black plus it, so a black point shortens it. Near gamma 1 the
+    // index passes the white point, where the curve ends in any case.
     double const toeIndex = std::round(toe.threshold * range);
     size_t const toeEnd = toeIndex < static_cast<double>(whiteCode) ? static_cast<size_t>(toeIndex) : whiteCode;
     auto const position = [&](size_t code) { return static_cast<double>(code - blackCode) / range; };

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-/// A vertex or index buffer. Copies share the GL buffer, the last one deletes it. GL thread only. Every operation
-/// binds the buffer, GL_ELEMENT_ARRAY_BUFFER to its own target and anything else to GL_ARRAY_BUFFER, and leaves it bound.
+/// A vertex or index buffer. Copies share the GL buffer, the last one deletes it. GL thread only. Every operation binds
+/// the buffer, GL_ELEMENT_ARRAY_BUFFER to its own target and anything else to GL_ARRAY_BUFFER, and leaves it bound.
 class Gles3Buffer {
 public:
     explicit Gles3Buffer(GLenum target, GLenum usage = GL_STATIC_DRAW);

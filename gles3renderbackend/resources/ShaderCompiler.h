@@ -12,6 +12,6 @@ struct CompiledProgram {
     std::map<std::string, GLint> uniforms;
 };
 
-/// Compiles and links, the fragment stage first. Throws VelmoraException with GL's log; a stage that does not compile is
-/// listed with numbered lines. Nothing is left in GL where it throws; where it does not, the program alone is.
+/// Compiles and links, the fragment stage first. Throws VelmoraException with GL's log; a stage that does not compile
+/// is listed with numbered lines. Nothing is left in GL where it throws; where it does not, the program alone is.
 CompiledProgram compileProgram(std::string const& vertexSource, std::string const& fragmentSource);

@@ -2,8 +2,8 @@
 
 #include "host/HostError.h"
 #include "host/MemoryBudget.h"
-#include "host/PixelBands.h"
 #include "host/PlainText.h"
+#include "host/image/PixelBands.h"
 
 #include <algorithm>
 #include <vector>

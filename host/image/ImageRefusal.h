@@ -16,8 +16,8 @@ void requireSelectable(std::string const& path, ImageFacts const& facts, ImageSe
 /// The smallest and the largest sample of what is selected: "from 3 to 5", or what there is instead.
 using SamplesText = std::function<std::string()>;
 
-/// Throws HostError (unreadable image) where something would be lost without having been asked for. The text of the samples
-/// is only made where it is needed.
+/// Throws HostError (unreadable image) where something would be lost without having been asked for. The text of the
+/// samples is only made where it is needed.
 void requireNothingLost(std::string const& path, ImageFacts const& facts, ImageSelection const& selection,
                         SamplesText const& samples);
 

@@ -1,6 +1,6 @@
 #include "host/image/ImageSelection.h"
 
-#include "host/PixelBands.h"
+#include "host/image/PixelBands.h"
 
 #include <array>
 #include <charconv>

@@ -9,14 +9,14 @@
 #include <string>
 #include <utility>
 
-/// Throws a HostError of this kind where there is something under the name that is no regular file: opening a pipe waits
-/// for somebody who writes to it, and what libraries read has to be sought in.
+/// Throws a HostError of this kind where there is something under the name that is no regular file: opening a pipe
+/// waits for somebody who writes to it, and what libraries read has to be sought in.
 void requireRegularFile(std::string const& path, HostError::Kind kind);
 
 /// A regular file that is read at any place.
 ///
-/// It serves libraries that call back: readAt() lets no exception out. What kept it from reading is thrown by rethrow(),
-/// once the library has come back with an error of its own. One thread at a time.
+/// It serves libraries that call back: readAt() lets no exception out. What kept it from reading is thrown by
+/// rethrow(), once the library has come back with an error of its own. One thread at a time.
 class InputFile {
 public:
     /// Called before each reading; may throw to stop it.
@@ -33,8 +33,8 @@ public:
 
     /// Bytes that have been read: fewer than `count` only at the end of the file, -1 after a failure.
     std::int64_t readAt(std::uint64_t offset, void* bytes, size_t count) noexcept;
-    /// All of them. Throws HostError: missing file where the system cannot read them, unreadable image where the file ends
-    /// before; and what the check throws.
+    /// All of them. Throws HostError: missing file where the system cannot read them, unreadable image where the file
+    /// ends before; and what the check throws.
     void readAll(std::uint64_t offset, void* bytes, size_t count);
 
     /// Throws what kept readAt() from reading, where it has ever failed.

@@ -4,7 +4,8 @@
 
 #include <string>
 
-/// Which densities of picture files say how large a pixel of the thing shown is. Most say how large it is to be printed.
+/// Which densities of picture files say how large a pixel of the thing shown is. Most say how large it is to be
+/// printed.
 namespace pixeldensity {
 
 enum class Origin {

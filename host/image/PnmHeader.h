@@ -24,7 +24,8 @@ struct PnmHeader {
     static PnmHeader read(InputFile& file, std::uint64_t offset);
 };
 
-/// The characters of a file, one after the other. A class of its own for pictures that are written out as decimal numbers.
+/// The characters of a file, one after the other. A class of its own for pictures that are written out as decimal
+/// numbers.
 class FileCharacters {
 public:
     FileCharacters(InputFile& file, std::uint64_t offset) : file_(file), blockStart_(offset) {}

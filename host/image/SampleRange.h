@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
-/// Samples that become 16 bits: `low` becomes 0, `high` 65535, and what lies between them in proportion, rounded, halves up.
-/// What lies beyond is clipped; what is no number becomes 0.
+/// Samples that become 16 bits: `low` becomes 0, `high` 65535, and what lies between them in proportion, rounded,
+/// halves up. What lies beyond is clipped; what is no number becomes 0.
 struct SampleRange {
     /// Neither end may be farther from 0: their distance, times 65535, is a number then.
     static constexpr double kFarthest = 1e300;
@@ -25,8 +25,8 @@ namespace samplerange {
 void toNumbers(std::uint8_t const* samples, SampleLayout const& layout, std::vector<size_t> const& bands, size_t pixels,
                std::vector<double>& numbers);
 
-/// The smallest and the largest finite sample of some bands of a picture; nothing where none is finite. Reads the whole.
-/// `check` is called between its parts and may throw.
+/// The smallest and the largest finite sample of some bands of a picture; nothing where none is finite. Reads the
+/// whole. `check` is called between its parts and may throw.
 std::optional<SampleRange> extremes(SampleSource& source, std::vector<size_t> const& bands,
                                     InputFile::Check const& check);
 

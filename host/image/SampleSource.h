@@ -54,8 +54,8 @@ public:
     virtual ImageFacts const& facts() const = 0;
     /// Whether regions may be read in any order. If not, they go down the picture, and a row is read once.
     virtual bool readsAnywhere() const { return true; }
-    /// A region that lies in the picture: all bands, interleaved, rows tightly packed from the top. Throws HostError, and
-    /// what the check of the file throws.
+    /// A region that lies in the picture: all bands, interleaved, rows tightly packed from the top. Throws HostError,
+    /// and what the check of the file throws.
     virtual void read(Region const& region, std::uint8_t* samples) = 0;
 };
 
@@ -66,7 +66,8 @@ struct SampleRequest {
     bool asNumbers = false;     ///< bands as they lie in the file, even where colours have been multiplied by alpha
 };
 
-/// Opens a picture file of any format that is read. Throws HostError: unreadable image; usage, where there is no such page.
+/// Opens a picture file of any format that is read. Throws HostError: unreadable image; usage, where there is no such
+/// page.
 std::unique_ptr<SampleSource> openSamples(std::shared_ptr<InputFile> const& file, SampleRequest const& request);
 
 /// The page's number, checked. Throws HostError (usage).

@@ -1,6 +1,6 @@
 #include "host/image/TiffDirectory.h"
 
-#include "host/TiffMessage.h"
+#include "host/image/TiffMessage.h"
 
 #include <tiffio.h>
 
@@ -15,7 +15,8 @@ constexpr double kMillimetresPerInch = 25.4;
 constexpr double kMillimetresPerCentimetre = 10;
 constexpr size_t kLeastKeptRows = 512; // of a picture in strips: what libvips keeps at least
 
-// libtiff's calls for bytes. Nothing is written and nothing mapped: a file that shrinks meanwhile would end the program.
+// libtiff's calls for bytes. Nothing is written and nothing mapped: a file that shrinks meanwhile would end the
+// program.
 struct Client {
     InputFile* file;
     std::uint64_t position = 0;

@@ -10,8 +10,8 @@ namespace vipscolours {
 /// Samples as numbers, where libvips has them packed.
 vips::VImage unpacked(vips::VImage const& image);
 
-/// Sets the layout, and the colour space where it is neither grey nor RGB. Alpha is left out: libvips takes any band for it.
-/// Throws vips::VError (complex numbers).
+/// Sets the layout, and the colour space where it is neither grey nor RGB. Alpha is left out: libvips takes any band
+/// for it. Throws vips::VError (complex numbers).
 void describe(vips::VImage const& image, ImageFacts& facts);
 
 /// To sRGB, or to grey where there is one colour band, of 8 bits; plain colours stay as they are.

@@ -6,8 +6,8 @@
 /// libvips, as far as this program lets files reach it.
 namespace vipslibrary {
 
-/// A loader of libvips that may read files. Others are blocked: some are there for other uses than pictures, and those for
-/// which nobody vouches take any file that nothing else knows.
+/// A loader of libvips that may read files. Others are blocked: some are there for other uses than pictures, and those
+/// for which nobody vouches take any file that nothing else knows.
 struct Loader {
     char const* nickname;  ///< "pngload"
     char const* className; ///< "VipsForeignLoadPng"

@@ -111,8 +111,8 @@ VImage load(Loader const& loader, InputFile const& file, VipsSource* source, Sam
     return image;
 }
 
-// libvips moves JPEG 2000's samples of fewer bits up. Of 8 and 16 bits without sign they stay there, as in other formats that
-// are decoded so; others are numbers that a person chooses a range of.
+// libvips moves JPEG 2000's samples of fewer bits up. Of 8 and 16 bits without sign they stay there, as in other
+// formats that are decoded so; others are numbers that a person chooses a range of.
 VImage withOwnNumbers(VImage const& image, Preparation const& known) {
     if (!known.jpeg2000 || known.jpeg2000->bits == 0) return image;
     if (image.format() == VIPS_FORMAT_UCHAR || image.format() == VIPS_FORMAT_USHORT) return image;

@@ -21,8 +21,8 @@ namespace {
 constexpr size_t kRowsPerRequest = 64;
 constexpr auto kSourceName = "source_custom: "; // libvips' name for files that are read through calls of ours
 
-// What decoders say, line by line, without the names of their functions: "vipspng: libpng read error". What the calls that
-// read the file add to it is left out where there is more.
+// What decoders say, line by line, without the names of their functions: "vipspng: libpng read error". What the calls
+// that read the file add to it is left out where there is more.
 std::string complaintOf(std::string const& text) {
     std::istringstream lines(text);
     std::string complaint;
@@ -43,8 +43,8 @@ HostError unreadable(InputFile const& file, std::string const& text) {
     return unreadableImage(file.path(), complaintOf(text));
 }
 
-// What decoders of JPEG say of bytes between two parts of a file, which hold nothing, and of a header that says more than it
-// need.
+// What decoders of JPEG say of bytes between two parts of a file, which hold nothing, and of a header that says more
+// than it need.
 bool isHarmless(std::string const& complaint) {
     return complaint.find("extraneous bytes") != std::string::npos ||
            complaint.find("Invalid SOS parameters") != std::string::npos;

@@ -4,8 +4,8 @@
 
 #include <memory>
 
-/// The formats that libvips decodes: JPEG, PNG, WebP, GIF, TIFF, HEIF, JPEG 2000, JPEG XL, Radiance, PDF, and slides through
-/// OpenSlide. ICC profiles and orientation tags are not applied.
+/// The formats that libvips decodes: JPEG, PNG, WebP, GIF, TIFF, HEIF, JPEG 2000, JPEG XL, Radiance, PDF, and slides
+/// through OpenSlide. ICC profiles and orientation tags are not applied.
 namespace vipssamples {
 
 /// Throws HostError (unreadable image; usage).

@@ -8,8 +8,8 @@
 #include <memory>
 #include <vector>
 
-/// A file as libvips' decoders read it: through InputFile, so that a failure of the disk is known as one, a check can stop
-/// any decoder, and nothing is mapped into memory, where a failure ends the program.
+/// A file as libvips' decoders read it: through InputFile, so that a failure of the disk is known as one, a check can
+/// stop any decoder, and nothing is mapped into memory, where a failure ends the program.
 class VipsSourceOfFile {
 public:
     /// Bytes of the file at `zeros` are read as 0.

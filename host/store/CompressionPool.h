@@ -14,8 +14,8 @@
 ///
 ///     one thread     add() -> waiting_ -> workers -> finished_ -> take()     the same thread
 ///
-/// Everything that is shared lies behind one mutex. add() waits while kWaitingTilesAJob tiles a job wait already, so that
-/// a reader that is faster than the compression does not fill the memory.
+/// Everything that is shared lies behind one mutex. add() waits while kWaitingTilesAJob tiles a job wait already, so
+/// that a reader that is faster than the compression does not fill the memory.
 ///
 /// Where the system gives fewer threads than are asked for, those do the work; where it gives none, add() does.
 class CompressionPool {

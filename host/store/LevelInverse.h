@@ -5,8 +5,8 @@
 #include <functional>
 #include <vector>
 
-/// One level of the inverse transform of a plane, row by row from the top: columns first, then rows. It asks for rows of
-/// the bands as it needs them and holds two of each.
+/// One level of the inverse transform of a plane, row by row from the top: columns first, then rows. It asks for rows
+/// of the bands as it needs them and holds two of each.
 class LevelInverse {
 public:
     using Sample = wavelet53::Sample;

@@ -16,8 +16,8 @@ public:
 /// One level of the forward transform of a plane, row by row: rows first, then columns.
 ///
 /// Rows of the plane go in from the top, rows of the bands come out as soon as the rows below them that they need are
-/// there. Whatever the plane's height, it holds the nine rows that mirroring at the bottom may need, already split along
-/// x: a mirrored row is split like the row that it mirrors.
+/// there. Whatever the plane's height, it holds the nine rows that mirroring at the bottom may need, already split
+/// along x: a mirrored row is split like the row that it mirrors.
 class LevelTransform {
 public:
     using Sample = wavelet53::Sample;

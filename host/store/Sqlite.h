@@ -34,8 +34,8 @@ using Interruption = std::function<void()>;
 class Database {
 public:
     /// ReadOnly is for files that may come from anywhere and that nobody changes: SQLite takes no locks, looks for no
-    /// journal and no log beside the file, makes none, maps no memory, and runs nothing that the file's schema says. Its
-    /// rows have at most kFirstRowBytes until limitRows().
+    /// journal and no log beside the file, makes none, maps no memory, and runs nothing that the file's schema says.
+    /// Its rows have at most kFirstRowBytes until limitRows().
     enum class Mode { ReadOnly, ReadWrite };
     static constexpr std::size_t kFirstRowBytes = 16 * 1024;
 

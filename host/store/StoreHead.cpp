@@ -33,8 +33,8 @@ struct Field {
     char const* name;
 };
 
-// A log beside the file would be made, or believed, where the first two say 2. The size of the cache would be taken from
-// the file.
+// A log beside the file would be made, or believed, where the first two say 2. The size of the cache would be taken
+// from the file.
 constexpr std::array<Field, 10> kFields{{{18, 1, 1, "write version"},
                                          {19, 1, 1, "read version"},
                                          {20, 1, 0, "reserved bytes of a page"},

@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <string>
 
-/// The first 100 bytes of a store's file: SQLite's own head. They lie under no checksum, and several of them change what
-/// SQLite makes of all others, or which files it looks for beside this one: so they are compared with what a store has,
-/// byte for byte, before SQLite sees the file.
+/// The first 100 bytes of a store's file: SQLite's own head. They lie under no checksum, and several of them change
+/// what SQLite makes of all others, or which files it looks for beside this one: so they are compared with what a store
+/// has, byte for byte, before SQLite sees the file.
 namespace storehead {
 
 struct Head {

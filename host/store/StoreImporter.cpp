@@ -1,9 +1,9 @@
 #include "host/store/StoreImporter.h"
 
 #include "host/HostError.h"
-#include "host/PixelSource.h"
 #include "host/PlainText.h"
 #include "host/Threads.h"
+#include "host/image/PixelSource.h"
 #include "host/store/ColourPlanes.h"
 #include "host/store/CompressionPool.h"
 #include "host/store/PlaneTransform.h"

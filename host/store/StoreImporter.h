@@ -34,7 +34,7 @@ using ImportProgress = std::function<void(size_t doneRows, size_t allRows)>;
 ///
 /// A resolution that no store can hold is left out.
 ///
-/// Throws what requireUsable throws; HostError (unwritable output); what the picture throws; what progress throws. A failed
-/// import leaves nothing, under the store's name neither.
+/// Throws what requireUsable throws; HostError (unwritable output); what the picture throws; what progress throws. A
+/// failed import leaves nothing, under the store's name neither.
 StoreInfo importStore(PictureOpener const& open, std::string const& path, ImportOptions const& options,
                       ImportProgress const& progress);

@@ -119,7 +119,8 @@ struct TileCodec::State {
         return withBytes(keyChecksum(address), stored.data(), stored.size());
     }
 
-    // Most uniform tiles of a store have the same value and fill their place: the sum over all their bytes is taken once.
+    // Most uniform tiles of a store have the same value and fill their place: the sum over all their bytes is taken
+    // once.
     std::uint32_t checksumOfUniformBytes(TileAddress const& address, std::int16_t value) {
         Extent const filled = storegeometry::filledPart(info, address);
         std::array<size_t, 3> const which{static_cast<std::uint16_t>(value), filled.width, filled.height};

@@ -16,10 +16,10 @@ struct StoredTile {
     std::vector<std::uint8_t> data;    ///< empty where there is a value
 };
 
-/// Samples to what is stored, and back. Samples 0, -1, 1, -2, 2, ... become 0, 1, 2, 3, 4, ..., so that the sign of a small
-/// one lies in its low byte; the bytes of a tile are the low bytes of all samples, then all high bytes, which are mostly 0.
-/// They are compressed with zstd. Stores of version 1 have the samples as they are, in two's complement. Before version 3
-/// checksums are those of the bytes alone, also of a tile that has one value.
+/// Samples to what is stored, and back. Samples 0, -1, 1, -2, 2, ... become 0, 1, 2, 3, 4, ..., so that the sign of a
+/// small one lies in its low byte; the bytes of a tile are the low bytes of all samples, then all high bytes, which are
+/// mostly 0. They are compressed with zstd. Stores of version 1 have the samples as they are, in two's complement.
+/// Before version 3 checksums are those of the bytes alone, also of a tile that has one value.
 ///
 /// One thread at a time; each thread has one of its own.
 class TileCodec {

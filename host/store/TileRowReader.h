@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
-/// The rows of a band of one plane from the top, read from the store a row of tiles at a time. Tiles of one value take no
-/// memory.
+/// The rows of a band of one plane from the top, read from the store a row of tiles at a time. Tiles of one value take
+/// no memory.
 class TileRowReader {
 public:
     using Sample = wavelet53::Sample;

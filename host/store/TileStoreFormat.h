@@ -15,8 +15,8 @@ namespace storeformat {
 constexpr std::int64_t kApplicationId = 0x564c4d53;
 /// What is written. A reader opens files of this version and of older ones.
 constexpr std::int64_t kSchemaVersion = 3;
-/// From this version on the signs of samples lie in their lowest bits, pages have kPageBytes, and a file has an index of
-/// the places with data and a checksum of its description.
+/// From this version on the signs of samples lie in their lowest bits, pages have kPageBytes, and a file has an index
+/// of the places with data and a checksum of its description.
 constexpr std::int64_t kFoldedSignsVersion = 2;
 /// From this version on a tile's checksum is also of its key, and the description has the version and checksums of the
 /// index.

@@ -11,9 +11,9 @@
 namespace {
 
 // Nothing is kept for a way back, and nothing is synchronised on the way: a file under a temporary name is thrown away
-// after a failure, never repaired, and TemporaryOutput writes it to the disk before it gets its name. So there is no other
-// file beside it that a killed import could leave, and each page is written once. Pages of 4 KiB: of the last one of a
-// tile, which has some 10 KiB, half is empty.
+// after a failure, never repaired, and TemporaryOutput writes it to the disk before it gets its name. So there is no
+// other file beside it that a killed import could leave, and each page is written once. Pages of 4 KiB: of the last one
+// of a tile, which has some 10 KiB, half is empty.
 constexpr auto kSettings = R"(
     PRAGMA page_size = 4096;
     PRAGMA locking_mode = EXCLUSIVE;

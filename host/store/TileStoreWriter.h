@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/TemporaryOutput.h"
+#include "host/output/TemporaryOutput.h"
 #include "host/store/Sqlite.h"
 #include "host/store/TileCodec.h"
 
@@ -9,8 +9,8 @@
 #include <string>
 
 /// Writes the file of a tile store. It takes its name in finish() only; a writer that is destroyed before that leaves
-/// nothing behind. One thread at a time. Every operation throws HostError (unwritable output); the constructor also what
-/// requireUsable throws, and where no reader would open a store with such a description or under such a name.
+/// nothing behind. One thread at a time. Every operation throws HostError (unwritable output); the constructor also
+/// what requireUsable throws, and where no reader would open a store with such a description or under such a name.
 class TileStoreWriter {
 public:
     TileStoreWriter(OutputFile const& file, StoreInfo const& info);

@@ -127,7 +127,8 @@ std::optional<PicturePixel> Camera::pixelAt(Place const& inFrame) const {
     Extent const whole = size();
     if (x < 0 || y < 0 || x >= static_cast<std::int64_t>(whole.width) || y >= static_cast<std::int64_t>(whole.height))
         return std::nullopt;
-    // At the end of a picture the last pixel may show less than half of a sample's width, beyond the middle of the last.
+    // At the end of a picture the last pixel may show less than half of a sample's width, beyond the middle of the
+    // last.
     auto const pixel = [this](std::int64_t shown, std::size_t pixels) {
         return std::min(zoom_.sampleAt(static_cast<std::size_t>(shown)) << zoom_.level(), pixels - 1);
     };

@@ -7,8 +7,8 @@
 #include <set>
 #include <string>
 
-/// What a view has found damaged in its store, and what cannot be rebuilt for it: each tile whose bands are damaged, and all
-/// finer ones below it.
+/// What a view has found damaged in its store, and what cannot be rebuilt for it: each tile whose bands are damaged,
+/// and all finer ones below it.
 class Damages {
 public:
     /// tolerated: they are noted, else thrown on.

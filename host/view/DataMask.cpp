@@ -1,6 +1,6 @@
 #include "host/view/DataMask.h"
 
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "host/view/FrameComposer.h"
 #include "renderbackend/FilterParameters.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/PictureTargets.h"
+#include "host/filter/PictureTargets.h"
 #include "host/view/EmptyAreas.h"
 #include "host/view/Zoom.h"
 

@@ -60,8 +60,8 @@ DataEnvelopes const& EmptyAreas::envelopes(std::size_t bandLevel) {
     return *level.envelopes;
 }
 
-// Several views may share an instance, and none can erase its sets there: those of a view that has gone are replaced by the
-// next one's.
+// Several views may share an instance, and none can erase its sets there: those of a view that has gone are replaced by
+// the next one's.
 EmptyAreas::Id EmptyAreas::idOf(std::size_t bandLevel) const {
     Id id = {'l', static_cast<unsigned char>(bandLevel)};
     for (unsigned shift = 0; shift < 64; shift += 8)

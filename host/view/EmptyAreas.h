@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/TileNumbers.h"
+#include "host/filter/TileNumbers.h"
 #include "host/store/TileStore.h"
 #include "host/view/PictureTile.h"
 #include "renderbackend/DataEnvelopes.h"

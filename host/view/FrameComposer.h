@@ -21,8 +21,8 @@ public:
     FrameComposer(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, ShownTiles& tiles,
                   StoreInfo const& info);
 
-    /// Of the view's size. Where a tile is not there, the finest coarser one is shown; the background where there is none.
-    /// Holes, in pixels of the picture at the view's zoom, are striped.
+    /// Of the view's size. Where a tile is not there, the finest coarser one is shown; the background where there is
+    /// none. Holes, in pixels of the picture at the view's zoom, are striped.
     OwnedTarget draw(View const& view, std::array<std::uint8_t, 3> const& background, std::vector<Region> const& holes);
 
     /// What a view shows of the whole picture at its zoom, in pixels; of no size where it shows nothing.

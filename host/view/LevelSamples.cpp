@@ -1,7 +1,7 @@
 #include "host/view/LevelSamples.h"
 
-#include "host/DeepTexels.h"
-#include "host/PixelBands.h"
+#include "host/filter/DeepTexels.h"
+#include "host/image/PixelBands.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/EnhancementChain.h"
+#include "host/filter/EnhancementChain.h"
 #include "host/view/PictureTiles.h"
 
 #include <cstddef>
@@ -15,9 +15,9 @@
 ///                                          +-->  q << residualBits | residual
 ///     residual bits   of level 0 alone   --+
 ///
-/// Coarser levels have no residual bits: 0 in their place keeps their codes on the picture's own scale. Where the wavelet
-/// leaves that scale its ends are taken. No filter adds two pictures, so this goes through the host. GL thread only. Throws
-/// VelmoraException.
+/// Coarser levels have no residual bits: 0 in their place keeps their codes on the picture's own scale. Where the
+/// wavelet leaves that scale its ends are taken. No filter adds two pictures, so this goes through the host. GL thread
+/// only. Throws VelmoraException.
 class LevelSamples {
 public:
     LevelSamples(PictureTargets& targets, PictureTiles& tiles, StoreInfo const& info);

@@ -1,6 +1,6 @@
 #include "host/view/PictureTile.h"
 
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 
 #include <algorithm>
 

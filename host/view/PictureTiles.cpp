@@ -1,8 +1,8 @@
 #include "host/view/PictureTiles.h"
 
-#include "host/FilterDescriptions.h"
-#include "host/PixelBands.h"
 #include "host/Quietly.h"
+#include "host/filter/FilterDescriptions.h"
+#include "host/image/PixelBands.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/PictureTargets.h"
+#include "host/filter/PictureTargets.h"
 #include "host/view/KeptTiles.h"
 #include "host/view/TileLoader.h"
 
@@ -11,7 +11,8 @@
 #include <set>
 #include <vector>
 
-/// A part of a plane of a level in a target of one 16-bit channel: its first column is region.x, its first row region.y.
+/// A part of a plane of a level in a target of one 16-bit channel: its first column is region.x, its first row
+/// region.y.
 struct PlanePart {
     OwnedTarget target;
     Region region;
@@ -29,8 +30,8 @@ struct PlanePart {
 ///                 |
 ///     level 0    samples --- colour ---> pixels of the picture
 ///
-/// Level k is the low band that level k + 1 of the store was made into. What comes out is exact: the store continues the
-/// bands beyond the picture's edge, so no edge is a case of its own. GL thread only. Throws VelmoraException.
+/// Level k is the low band that level k + 1 of the store was made into. What comes out is exact: the store continues
+/// the bands beyond the picture's edge, so no edge is a case of its own. GL thread only. Throws VelmoraException.
 class PictureTiles {
 public:
     PictureTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, StoreInfo const& info);

@@ -1,8 +1,8 @@
 #include "host/view/PictureView.h"
 
-#include "host/FilterDescriptions.h"
 #include "host/HostError.h"
-#include "host/PixelBands.h"
+#include "host/filter/FilterDescriptions.h"
+#include "host/image/PixelBands.h"
 #include "host/store/TileStore.h"
 #include "host/view/Damages.h"
 #include "host/view/DataMask.h"
@@ -116,8 +116,8 @@ struct PictureView::State {
             loaded = damages.cannotBeRebuilt(loaded->first) ? waiting.erase(loaded) : std::next(loaded);
     }
 
-    // Where all that wait are for parents that are not there, one must go, or no parent could come: the finest, which is
-    // needed last. It is asked for again.
+    // Where all that wait are for parents that are not there, one must go, or no parent could come: the finest, which
+    // is needed last. It is asked for again.
     bool makeRoom() {
         if (waiting.size() < kMaxWaiting) return false;
         waiting.erase(waiting.begin());

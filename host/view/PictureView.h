@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Enhancement.h"
+#include "host/filter/Enhancement.h"
 #include "host/store/StoreInfo.h"
 #include "host/view/Zoom.h"
 #include "renderbackend/RenderBackendInstance.h"
@@ -14,15 +14,16 @@
 #include <string>
 #include <vector>
 
-/// Shows a store: threads read and decompress the tiles that a view needs, the GPU rebuilds the levels from them, runs the
-/// enhancements and draws a frame.
+/// Shows a store: threads read and decompress the tiles that a view needs, the GPU rebuilds the levels from them, runs
+/// the enhancements and draws a frame.
 ///
 ///     show(view)      says what is wanted; what waits and is not wanted any more is dropped
 ///     advance(time)   takes in what the threads have finished, for about so long
 ///     frame()         draws what is there: where a level is not there yet, the next coarser one that is
 ///
-/// The first frame after show() may be the background alone; from the moment the coarsest level is there, no pixel inside
-/// the picture is. A frame that is complete() does not depend on what was shown before, on the budgets or on the threads.
+/// The first frame after show() may be the background alone; from the moment the coarsest level is there, no pixel
+/// inside the picture is. A frame that is complete() does not depend on what was shown before, on the budgets or on the
+/// threads.
 ///
 /// GL thread only. Every operation throws HostError, what TileStore throws, and VelmoraException.
 class PictureView {
@@ -33,8 +34,8 @@ public:
         std::size_t gpuBytes = 256 * 1000 * 1000;  ///< for rebuilt tiles; what one frame needs may be more
         bool coarserFirst = true;                  ///< coarser levels are made fit to be shown too
         std::array<std::uint8_t, 3> background = {32, 32, 32};
-        /// What is damaged is shown as a hole, striped, and so is what cannot be rebuilt or enhanced without it; else it is
-        /// thrown.
+        /// What is damaged is shown as a hole, striped, and so is what cannot be rebuilt or enhanced without it; else
+        /// it is thrown.
         bool showHoles = false;
         bool forCodes = false;              ///< of a picture of 16 bits: codes() is wanted, and no frame
         std::function<void()> interruption; ///< called now and then while the store is read on the GL thread; may throw
@@ -74,14 +75,14 @@ public:
     std::size_t frame();
     /// frame(), read back: width * height RGBA pixels, rows from the top.
     std::vector<std::uint8_t> pixels();
-    /// Of a view that is made for it, lies within the picture and is complete: its samples, 16 bits, width * height pixels
-    /// of the picture's bands, interleaved, rows from the top; not enhanced, each the nearest. Those of coarser levels are
-    /// on the picture's own scale.
+    /// Of a view that is made for it, lies within the picture and is complete: its samples, 16 bits, width * height
+    /// pixels of the picture's bands, interleaved, rows from the top; not enhanced, each the nearest. Those of coarser
+    /// levels are on the picture's own scale.
     std::vector<std::uint16_t> codes();
     /// Draws the last frame into the host's surface, upright, its upper left corner at the surface's.
     void present();
-    /// width * height bytes: 255 where the store has coefficients other than 0 for the view's level, else 0, off by less
-    /// than 8 pixels: a mask that the backend draws from the data envelopes. Rows from the top.
+    /// width * height bytes: 255 where the store has coefficients other than 0 for the view's level, else 0, off by
+    /// less than 8 pixels: a mask that the backend draws from the data envelopes. Rows from the top.
     std::vector<std::uint8_t> dataMask();
 
     struct Statistics {

@@ -12,7 +12,8 @@ namespace shownalpha {
 /// The pixels of the whole picture at a zoom that show samples of the zoom's level.
 Region pixelsOf(Zoom const& zoom, Region const& samples);
 
-/// Puts the alpha of pixels of the picture, which lie in the view, into the view's RGBA texels, out of a tile that is there.
+/// Puts the alpha of pixels of the picture, which lie in the view, into the view's RGBA texels, out of a tile that is
+/// there.
 void put(std::vector<std::uint8_t>& rgba, View const& view, Region const& pixels, PictureTargets const& targets,
          PlanePart const& plane, unsigned depth);
 

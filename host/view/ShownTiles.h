@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/EnhancementChain.h"
+#include "host/filter/EnhancementChain.h"
 #include "host/view/LevelSamples.h"
 #include "host/view/PictureTiles.h"
 

@@ -1,7 +1,7 @@
 #include "host/view/StoreRenderer.h"
 
-#include "host/EnhancedRenderer.h"
-#include "host/PixelBands.h"
+#include "host/filter/EnhancedRenderer.h"
+#include "host/image/PixelBands.h"
 #include "host/view/PictureTile.h"
 
 #include <algorithm>

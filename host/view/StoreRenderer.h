@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/Enhancement.h"
-#include "host/RegionRenderer.h"
+#include "host/filter/Enhancement.h"
+#include "host/filter/RegionRenderer.h"
 #include "host/view/PictureView.h"
 
 #include <cstddef>
@@ -10,12 +10,13 @@
 #include <string>
 #include <vector>
 
-/// Draws a region of a stored picture at a zoom, in parts, each as a PictureView that is complete, and hands out pixels of
-/// 8 bits, or, of a picture of 16 without enhancements, its samples. What comes out does not depend on the region: a window that shows the same has the same pixels. GL thread only.
+/// Draws a region of a stored picture at a zoom, in parts, each as a PictureView that is complete, and hands out pixels
+/// of 8 bits, or, of a picture of 16 without enhancements, its samples. What comes out does not depend on the region: a
+/// window that shows the same has the same pixels. GL thread only.
 class StoreRenderer {
 public:
-    /// Opens the store; interruption: as PictureView's. bits: 8, or 16 where the picture has them and there are no steps.
-    /// Throws HostError where the steps read too much around a pixel, and what TileStore throws.
+    /// Opens the store; interruption: as PictureView's. bits: 8, or 16 where the picture has them and there are no
+    /// steps. Throws HostError where the steps read too much around a pixel, and what TileStore throws.
     StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
                   std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption = {},
                   std::size_t bits = 8);
@@ -27,7 +28,8 @@ public:
     /// The pixels at a zoom that show a region of the picture, a part of one counted as whole.
     static Region regionAt(StoreInfo const& info, Zoom const& zoom, Region const& region);
 
-    /// region: in pixels of the picture at this zoom. smooth: of 8 bits only. Throws what store, sink and progress throw, and VelmoraException.
+    /// region: in pixels of the picture at this zoom. smooth: of 8 bits only. Throws what store, sink and progress
+    /// throw, and VelmoraException.
     void render(Zoom const& zoom, bool smooth, Region const& region, RegionRenderer::RowSink const& sink,
                 RegionRenderer::Progress const& progress);
 

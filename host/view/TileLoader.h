@@ -23,9 +23,9 @@ struct LoadedTile {
 ///
 ///     one thread    want() -> waiting_ -> threads: inWork_ -> finished_ -> take()    the same thread
 ///
-/// Everything that is shared lies behind one mutex. The threads rest while kFinishedTiles are finished and not taken, so
-/// that a GL thread that is slower than they are does not fill the memory. Nothing is allocated on the way of a tile but
-/// by reading it, so that a thread cannot fail otherwise.
+/// Everything that is shared lies behind one mutex. The threads rest while kFinishedTiles are finished and not taken,
+/// so that a GL thread that is slower than they are does not fill the memory. Nothing is allocated on the way of a tile
+/// but by reading it, so that a thread cannot fail otherwise.
 ///
 /// Where the system gives fewer threads than are asked for, those do the work; where it gives none, take() does.
 class TileLoader {
@@ -37,8 +37,8 @@ public:
     TileLoader(TileLoader const&) = delete;
     TileLoader& operator=(TileLoader const&) = delete;
 
-    /// The tiles to read, the first one first, in place of those that still wait. Tiles that are in work or finished stay
-    /// so and are not read twice. Where it throws, what waited before still waits.
+    /// The tiles to read, the first one first, in place of those that still wait. Tiles that are in work or finished
+    /// stay so and are not read twice. Where it throws, what waited before still waits.
     void want(std::vector<TileJob> const& jobs);
     /// A tile that is finished, the one that was finished first, or that could not be read; empty where there is none.
     /// Such a tile may be wanted again.

@@ -1,6 +1,6 @@
 // The catalogue of runs beside the list of filters.
 #include "conformance/Verification.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "gles3renderbackend/FilterRegistry.h"
 #include "gles3renderbackend/filters/Gles3FilterLinear16TosRGB8.h"
 #include "gles3renderbackend/filters/Gles3FilterLinearTo8bitSRGB.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "tests/gles3renderbackend/BackendFixture.h"
 #include "tests/support/RecordingGlTest.h"
 
@@ -62,7 +62,7 @@ TEST_F(Gles3RenderBackendFilterRegistryTest, RegisteredFiltersAreTheDescribedOne
     for (std::string const& name : registeredNames()) {
         EXPECT_TRUE(registry.has(name)) << name;
         EXPECT_EQ(described.count(name), 1U)
-            << name << " is registered and not described: add a function and a row to host/FilterDescriptions";
+            << name << " is registered and not described: add a function and a row to host/filter/FilterDescriptions";
     }
     for (std::string const& name : described)
         EXPECT_EQ(registeredNames().count(name), 1U)

@@ -133,9 +133,9 @@ TEST_F(Gles3RenderBackendInstanceDrawingTest, SecondOfFourTilesCoversTheLowerRig
 }
 
 TEST_F(Gles3RenderBackendInstanceDrawingTest, TileIsPlacedRelativeToTheRangeAndTheGrid) {
-    // Grid at (100, 200): cell (3, 2) starts at (100 + 3 * 50, 200 + 2 * 40) = (250, 280). The range is 200 x 160 pixels
-    // from (150, 240) on.
-    // x = -1 + 2 * (250 - 150) / 200, y = -1 + 2 * (280 - 240) / 160, extent 2 * 50 / 200 by 2 * 40 / 160.
+    // Grid at (100, 200): cell (3, 2) starts at (100 + 3 * 50, 200 + 2 * 40) = (250, 280). The range is 200 x 160
+    // pixels from (150, 240) on. x = -1 + 2 * (250 - 150) / 200, y = -1 + 2 * (280 - 240) / 160, extent 2 * 50 / 200 by
+    // 2 * 40 / 160.
     EXPECT_EQ(geometryOf({150, 349, 240, 399}, {100, 999, 200, 999}, {50, 40}, {3, 2}),
               (Geometry{0, -0.5F, 0.5F, 0.5F}));
 }

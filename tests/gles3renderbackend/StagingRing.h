@@ -13,8 +13,8 @@
 
 namespace backendtest {
 
-/// Ends the test program, as failed, where a wait that has no time limit of its own lasts too long: nobody can end it from
-/// outside, so the tests after it do not run either.
+/// Ends the test program, as failed, where a wait that has no time limit of its own lasts too long: nobody can end it
+/// from outside, so the tests after it do not run either.
 class Watchdog {
 public:
     explicit Watchdog(char const* wait, std::chrono::seconds limit = std::chrono::seconds(120))

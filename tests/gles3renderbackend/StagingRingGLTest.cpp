@@ -40,7 +40,8 @@ protected:
                 pool.run([&buffer = *staged.back(), &tiles, tile] { buffer.write(tilePicture(tiles, tile).bytes, 0); });
                 bool const due = tiles.synchronizedAt != 0 && tile % tiles.synchronizedAt == tiles.synchronizedAt - 1;
                 if (!due && tile + 1 != count) continue;
-                // It lies in the open buffer, whose writers are waited for: nobody writes it any more when it is destroyed.
+                // It lies in the open buffer, whose writers are waited for: nobody writes it any more when it is
+                // destroyed.
                 EXPECT_TRUE(instance->synchronizeConcurrentStagingBuffer(std::move(staged.back())));
                 staged.pop_back();
             }

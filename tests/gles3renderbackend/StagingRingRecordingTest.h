@@ -28,8 +28,8 @@ inline Sizes const kTwoTexels = {2, 1, 3}; // 6 bytes
 
 } // namespace backendtest
 
-/// The upload ring step by step, over the recording GL: who writes when is written down in each test. A second thread is
-/// only there where a wait has to end, and the outcome does not depend on when it runs.
+/// The upload ring step by step, over the recording GL: who writes when is written down in each test. A second thread
+/// is only there where a wait has to end, and the outcome does not depend on when it runs.
 class StagingRingRecordingTest : public BackendRecordingTest {
 protected:
     backendtest::Staged reserve(size_t tile, backendtest::Sizes const& size) const {

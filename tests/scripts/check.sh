@@ -12,7 +12,7 @@ for program in git cmake clang-format-14; do
 [[ ! -e $work/fails/${0##*/} ]]
 TEXT
 done
-for script in install-packages fetch-angle fetch-photographs fetch-format-pictures tidy; do
+for script in install-packages fetch-angle fetch-photographs fetch-format-pictures layout tidy; do
     standIn "$script" <<'TEXT'
 [[ ! -e $work/fails/${0##*/} ]]
 TEXT
@@ -67,7 +67,7 @@ for program in install-packages fetch-angle cmake; do
     hasNot "the calls where $program fails" "$(calls)" run-tests
     rm "$work/fails/$program"
 done
-for program in clang-format-14 tidy; do
+for program in clang-format-14 layout tidy; do
     touch "$work/fails/$program"
     check
     is "the exit code where $program fails" "$status" 1

@@ -17,6 +17,8 @@ touch host/part.sh
 
 run scripts/sources cpp
 is 'the list of C++ files' "$out" $'host/A.cpp\nhost/A.h\nhost/a folder/B.cpp'
+run scripts/sources glsl
+is 'the list of shader pieces' "$out" 'host/x.glsl'
 run scripts/sources shell
 is 'the list of shell scripts' "$out" $'check\nhost/part.sh\nscripts/other\nscripts/sources'
 # Whoever has configured in the sources themselves.

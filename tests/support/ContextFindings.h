@@ -3,8 +3,9 @@
 #include <string>
 #include <vector>
 
-/// What GL contexts were left with. Tests of a host make contexts of their own, and nobody can ask those that are gone: so a
-/// context is looked at whenever another one, or none, becomes current in its place (InterposedGl.cpp sees to that).
+/// What GL contexts were left with. Tests of a host make contexts of their own, and nobody can ask those that are gone:
+/// so a context is looked at whenever another one, or none, becomes current in its place (InterposedGl.cpp sees to
+/// that).
 namespace context_findings {
 
 /// Looks at the current context, if there is one, and notes what is wrong with it.

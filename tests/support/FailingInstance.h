@@ -16,9 +16,9 @@ struct StandInFailure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// An instance that hands every operation on to another one, counts them, and fails one of them on demand: any operation
-/// of the backend may fail, if only for want of memory. Allocations that are to fail (FailingAllocations.h) do so outside of
-/// the operations only.
+/// An instance that hands every operation on to another one, counts them, and fails one of them on demand: any
+/// operation of the backend may fail, if only for want of memory. Allocations that are to fail (FailingAllocations.h)
+/// do so outside of the operations only.
 class FailingInstance final : public RenderBackendInstance {
 public:
     enum class When {

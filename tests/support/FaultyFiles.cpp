@@ -1,5 +1,5 @@
-// Calls of the system that fail: loaded before the C library, it counts the calls that write files, or name them, and does
-// at a certain one what the environment asks for. tests/host/Faults.h makes that environment.
+// Calls of the system that fail: loaded before the C library, it counts the calls that write files, or name them, and
+// does at a certain one what the environment asks for. tests/apps/velmora/Faults.h makes that environment.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/mman.h>

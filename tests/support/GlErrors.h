@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-/// Announces a GL error that the test provokes on purpose. It must come, once or more often; every other error fails the test.
+/// Announces a GL error that the test provokes on purpose. It must come, once or more often; every other error fails
+/// the test.
 void expectGlError(GLenum code);
 
 /// The GL errors since the last look, without those that a test reads with glGetError itself.

@@ -1,14 +1,15 @@
 #pragma once
 
-#include "host/EglContext.h"
+#include "host/gl/EglContext.h"
 
 #include <memory>
 #include <string>
 
 /// The GL implementation that a test program runs on, chosen by its environment.
 ///
-/// VELMORA_EXPECT_RENDERER: a pattern as of a file name that GL_RENDERER must match, so that a run that fell back to another driver is noticed.
-/// VELMORA_REQUIRE_GL=1: a missing implementation is a failure, otherwise its tests are skipped.
+/// VELMORA_EXPECT_RENDERER: a pattern as of a file name that GL_RENDERER must match, so that a run that fell back to
+/// another driver is noticed. VELMORA_REQUIRE_GL=1: a missing implementation is a failure, otherwise its tests are
+/// skipped.
 struct GlImplementation {
     std::unique_ptr<EglContext> context; // null: not there
     std::string description;             // renderer and version, or why it is not there

@@ -9,7 +9,8 @@
 #include <cstdlib>
 #include <iostream>
 
-// The leak report comes at the exit, when a driver that was closed has no symbols any more. Kept open, its frames have names.
+// The leak report comes at the exit, when a driver that was closed has no symbols any more. Kept open, its frames have
+// names.
 #if defined(__SANITIZE_ADDRESS__)
 extern "C" __attribute__((visibility("default"))) int dlclose(void*) {
     return 0;

@@ -1,7 +1,7 @@
 // What the main of a host's tests looks at after each test would be found.
 #include "gles3renderbackend/Gl.h"
 #include "gles3renderbackend/Gles3RenderBackend.h"
-#include "host/SurfacelessContext.h"
+#include "host/gl/SurfacelessContext.h"
 #include "renderbackend/RenderBackendInstance.h"
 #include "tests/support/ContextFindings.h"
 #include "tests/support/LivingGlObjects.h"

@@ -1,5 +1,5 @@
-// The main of GL tests that stand where a host stands: they link the shared library, read files and make contexts of their
-// own. After each test it looks at what that left behind.
+// The main of GL tests that stand where a host stands: they link the shared library, read files and make contexts of
+// their own. After each test it looks at what that left behind.
 #include "tests/support/ContextFindings.h"
 #include "tests/support/GlErrors.h"
 #include "tests/support/GlImplementation.h"

@@ -65,8 +65,8 @@ std::vector<std::string> findingsSince(Snapshot const& before) {
 
 } // namespace living_gl_objects
 
-// The linker sends each call of glX to __wrap_glX and each call of __real_glX to the GL library: it demands these names.
-// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
+// The linker sends each call of glX to __wrap_glX and each call of __real_glX to the GL library: it demands these
+// names. NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" {
 
 void __real_glGenTextures(GLsizei n, GLuint* names);

@@ -9,13 +9,15 @@
 #include <string>
 #include <vector>
 
-/// A stand-in for the GL library: it defines the gl* functions, records each call, keeps as much state as a call sequence can be judged by,
-/// and plays scripted answers. Nothing is drawn. One recorder a process, used on the thread that runs the tests.
+/// A stand-in for the GL library: it defines the gl* functions, records each call, keeps as much state as a call
+/// sequence can be judged by, and plays scripted answers. Nothing is drawn. One recorder a process, used on the thread
+/// that runs the tests.
 ///
 ///     gl.failNext("glMapBufferRange", GL_OUT_OF_MEMORY);
 ///     EXPECT_THROW(pbo.mapRange(0, kRingBufferBytes), VelmoraException);
 ///     EXPECT_EQ(gl.last("glMapBufferRange").text(),
-///               "glMapBufferRange(GL_PIXEL_UNPACK_BUFFER, 0, 4194304, GL_MAP_WRITE_BIT | GL_MAP_INVALIDATE_BUFFER_BIT)");
+///               "glMapBufferRange(GL_PIXEL_UNPACK_BUFFER, 0, 4194304, "
+///               "GL_MAP_WRITE_BIT | GL_MAP_INVALIDATE_BUFFER_BIT)");
 class RecordingGl {
 public:
     struct Argument {
@@ -157,8 +159,8 @@ public:
     std::vector<float> const& clearColor() const;
 
     // Scripts.
-    /// The call after the next `skip` calls of the function fails: it does nothing, raises the error (none: raises nothing) and answers null,
-    /// 0, GL_FALSE, names 0, or, for glCheckFramebufferStatus, GL_FRAMEBUFFER_UNSUPPORTED.
+    /// The call after the next `skip` calls of the function fails: it does nothing, raises the error (none: raises
+    /// nothing) and answers null, 0, GL_FALSE, names 0, or, for glCheckFramebufferStatus, GL_FRAMEBUFFER_UNSUPPORTED.
     void failNext(std::string const& name, GLenum error = GL_NO_ERROR, size_t skip = 0);
     /// The next shader of this type does not compile / the next program does not link, with this log.
     void failCompile(GLenum shaderType, std::string const& infoLog);
@@ -169,17 +171,19 @@ public:
     void setFramebufferStatus(GLenum status);
     /// What each glReadPixels delivers from now on, from the start, rows without padding. Without a script: zeros.
     void setReadPixels(std::vector<std::uint8_t> const& pixels);
-    /// The next linked program has these. Without a script a program has what its sources declare, used or not, each kind with
-    /// locations from 0 in the order of declaration, vertex stage first.
+    /// The next linked program has these. Without a script a program has what its sources declare, used or not, each
+    /// kind with locations from 0 in the order of declaration, vertex stage first.
     void scriptProgram(std::vector<Active> const& attributes, std::vector<Active> const& uniforms);
-    /// In programs linked from now on, the variable of this name is at this location, and whichever was there takes its place.
+    /// In programs linked from now on, the variable of this name is at this location, and whichever was there takes its
+    /// place.
     void placeUniform(std::string const& name, GLint location);
 
-    // Errors: a call that GL would refuse raises an error here too, and the test fails unless glGetError reads it or the test expects it.
+    // Errors: a call that GL would refuse raises an error here too, and the test fails unless glGetError reads it or
+    // the test expects it.
     /// GL_NO_ERROR stands for what GL passes over in silence but no right program does, such as deleting a name twice.
     void expectError(GLenum error);
-    /// Errors that nobody read or expected, expected ones that did not come, vertex attribute arrays left enabled, scripts that were not
-    /// reached. Empty: all in order.
+    /// Errors that nobody read or expected, expected ones that did not come, vertex attribute arrays left enabled,
+    /// scripts that were not reached. Empty: all in order.
     std::vector<std::string> findings() const;
 
 private:

@@ -1,4 +1,5 @@
-// Shaders, programs and uniforms of the recording GL. Nothing is compiled: a program has what its sources declare, or what a test scripted.
+// Shaders, programs and uniforms of the recording GL. Nothing is compiled: a program has what its sources declare, or
+// what a test scripted.
 #include "tests/support/RecordingGlState.h"
 
 #include <algorithm>

@@ -126,7 +126,8 @@ AtWork record(char const* name, Arguments const&... arguments) {
     return atWork;
 }
 
-/// Memory of `size` bytes at `pointer`: client memory, or bytes of the buffer bound to `target`. Null and an error when GL would refuse.
+/// Memory of `size` bytes at `pointer`: client memory, or bytes of the buffer bound to `target`. Null and an error when
+/// GL would refuse.
 std::uint8_t* pixelMemory(GLenum target, void const* pointer, size_t size);
 
 } // namespace recording

@@ -1,5 +1,5 @@
-// velmora-require-gl [COMMAND ARGUMENT...]: runs the command if the GL implementation that the environment names is there. Otherwise says
-// why not and ends with the code of a skipped or, where one is required, a failed test.
+// velmora-require-gl [COMMAND ARGUMENT...]: runs the command if the GL implementation that the environment names is
+// there. Otherwise says why not and ends with the code of a skipped or, where one is required, a failed test.
 #include "tests/support/GlImplementation.h"
 
 #include <unistd.h>

@@ -4,8 +4,8 @@
 #include <functional>
 #include <string>
 
-/// Changes shader texts on their way to GL, so that a test sees a filter run with a fault in it. The tests' linker sends
-/// glShaderSource here (the list is in CMakeLists.txt); the product has no hook for it. One edit at a time.
+/// Changes shader texts on their way to GL, so that a test sees a filter run with a fault in it. The tests' linker
+/// sends glShaderSource here (the list is in CMakeLists.txt); the product has no hook for it. One edit at a time.
 class ShaderEdit {
 public:
     enum class Stage { kVertex, kFragment };

@@ -1,6 +1,7 @@
-// late-writer [write-again]: a host that writes a tile into the upload ring from a second thread, over the recording GL.
-// With "write-again" the host is wrong: when its write has returned, and the ring has counted it as done, it writes into
-// the same room once more, while GL may be reading it. ThreadSanitizer has to say so, otherwise it watches nothing.
+// late-writer [write-again]: a host that writes a tile into the upload ring from a second thread, over the recording
+// GL. With "write-again" the host is wrong: when its write has returned, and the ring has counted it as done, it writes
+// into the same room once more, while GL may be reading it. ThreadSanitizer has to say so, otherwise it watches
+// nothing.
 #include "tests/gles3renderbackend/BackendFixture.h"
 #include "tests/support/RecordingGl.h"
 

@@ -34,7 +34,7 @@ void ImportJob::run(PictureOpener const& open, std::string const& store, ImportO
         auto picture = open();
         // A picture may be read once before its first row comes.
         picture->whileReading(check);
-        return GrowingPicture::watch(growing_, std::move(picture));
+        return ImportPreview::watch(growing_, std::move(picture));
     };
     auto const progress = [&](size_t doneRows, size_t allRows) {
         check();

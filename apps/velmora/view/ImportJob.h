@@ -1,7 +1,7 @@
 #pragma once
 
+#include "apps/velmora/view/ImportPreview.h"
 #include "host/store/StoreImporter.h"
-#include "host/view/GrowingPicture.h"
 
 #include <atomic>
 #include <exception>
@@ -24,12 +24,12 @@ public:
     bool done() const;
     /// Of the rows, the share that has been read.
     double share() const { return share_; }
-    GrowingPicture const& picture() const { return *growing_; }
+    ImportPreview const& picture() const { return *growing_; }
 
 private:
     void run(PictureOpener const& open, std::string const& store, ImportOptions const& options);
 
-    std::shared_ptr<GrowingPicture> growing_ = std::make_shared<GrowingPicture>();
+    std::shared_ptr<ImportPreview> growing_ = std::make_shared<ImportPreview>();
     std::atomic<double> share_{0};
     std::atomic<bool> cancelled_{false};
     std::atomic<bool> done_{false};

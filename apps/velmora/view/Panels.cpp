@@ -1,6 +1,6 @@
 #include "apps/velmora/view/Panels.h"
 
-#include "host/view/ScaleBar.h"
+#include "apps/velmora/view/ScaleBar.h"
 
 #include <imgui.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "apps/velmora/view/OverlayTexture.h"
-#include "host/Enhancement.h"
+#include "host/filter/Enhancement.h"
 #include "host/view/Camera.h"
 #include "host/view/PictureView.h"
 

@@ -3,10 +3,10 @@
 #include "apps/velmora/view/Controls.h"
 #include "apps/velmora/view/OverlayTexture.h"
 #include "apps/velmora/view/Panels.h"
+#include "apps/velmora/view/StepSwitches.h"
 #include "apps/velmora/view/ViewerOptions.h"
 #include "host/view/Camera.h"
 #include "host/view/PictureView.h"
-#include "host/view/StepSwitches.h"
 
 #include <array>
 #include <cstdint>

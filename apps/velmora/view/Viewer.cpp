@@ -1,12 +1,12 @@
 #include "apps/velmora/view/Viewer.h"
 
-#include "apps/velmora/Interruption.h"
-#include "apps/velmora/PictureFiles.h"
+#include "apps/velmora/shared/Interruption.h"
+#include "apps/velmora/shared/PictureFiles.h"
 #include "apps/velmora/view/Panels.h"
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
-#include "host/PngWriter.h"
+#include "host/output/PngWriter.h"
 #include "host/store/TileStore.h"
 
 #include <algorithm>
@@ -143,7 +143,7 @@ void Viewer::draw(Extent const& size) {
 }
 
 void Viewer::drawImport(Extent const& size) {
-    GrowingPicture::Image const image = import_->picture().takeNew(growingSeen_);
+    ImportPreview::Image const image = import_->picture().takeNew(growingSeen_);
     if (!image.rgba.empty()) growing_.set(image.rgba, {image.width, image.height});
     glBindFramebuffer(GL_FRAMEBUFFER, 0);
     glDisable(GL_SCISSOR_TEST);

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "apps/velmora/view/Script.h"
-#include "host/Enhancement.h"
-#include "host/OutputFile.h"
+#include "host/filter/Enhancement.h"
 #include "host/image/ImageSelection.h"
+#include "host/output/OutputFile.h"
 #include "host/view/PictureView.h"
 
 #include <optional>

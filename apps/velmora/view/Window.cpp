@@ -27,8 +27,8 @@ void wishForGles3() {
     SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
 }
 
-// Started once and never ended: with its end SDL unloads the GL driver, and what the driver keeps until the program's end
-// would be lost.
+// Started once and never ended: with its end SDL unloads the GL driver, and what the driver keeps until the program's
+// end would be lost.
 void startSdl() {
     // On X11 too the context comes from EGL, as the backend's GL library does.
     SDL_SetHint(SDL_HINT_VIDEO_X11_FORCE_EGL, "1");

@@ -1,5 +1,5 @@
-// Loads the backend through a plugin with RTLD_LOCAL, as scripting languages and large programs load theirs, and catches
-// by its type what is thrown inside.
+// Loads the backend through a plugin with RTLD_LOCAL, as scripting languages and large programs load theirs, and
+// catches by its type what is thrown inside.
 #include "HostContext.h"
 
 #include "renderbackend/VelmoraException.h"

@@ -1,6 +1,6 @@
 #include "bench/FilterReads.h"
 
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 
 #include <gtest/gtest.h>
 

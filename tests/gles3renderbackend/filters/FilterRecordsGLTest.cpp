@@ -1,5 +1,5 @@
 // A record that another filter reads is refused, and nothing is drawn.
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"

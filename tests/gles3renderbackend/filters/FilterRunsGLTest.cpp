@@ -1,6 +1,6 @@
 // Every filter over all of its runs beside its plain integer model, as `velmora verify` does.
 #include "conformance/Verification.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
 #include "tests/support/LongRun.h"
 

@@ -1,6 +1,6 @@
 // Which way up pictures come out on the host's surface, target 0: the rows of a window count from the top, those of GL
 // from the bottom.
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"
 #include "tests/gles3renderbackend/filters/SurfaceScenes.h"

@@ -1,4 +1,4 @@
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "reference/Blit.h"
 #include "reference/Clahe.h"
 #include "renderbackend/FilterParameters.h"

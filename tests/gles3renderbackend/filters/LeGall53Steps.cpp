@@ -1,6 +1,6 @@
 #include "tests/gles3renderbackend/filters/LeGall53Steps.h"
 
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 
 namespace filtertest {
 

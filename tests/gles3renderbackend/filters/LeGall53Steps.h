@@ -4,8 +4,8 @@
 
 namespace filtertest {
 
-/// A stretch of band samples along one axis: low ones from `start` on, high ones from `start - 1` on. The reconstruction
-/// yields the samples 2 * start to 2 * start + 2 * count - 5 of the image.
+/// A stretch of band samples along one axis: low ones from `start` on, high ones from `start - 1` on. The
+/// reconstruction yields the samples 2 * start to 2 * start + 2 * count - 5 of the image.
 struct Stretch {
     int start;
     int count;

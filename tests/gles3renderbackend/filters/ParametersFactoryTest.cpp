@@ -1,6 +1,6 @@
 // The record that each filter class offers to those who do not know it.
 #include "gles3renderbackend/resources/Gles3Shader.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/BackendRecordingTest.h"
 

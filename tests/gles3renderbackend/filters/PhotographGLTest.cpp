@@ -1,8 +1,8 @@
-// A photograph through the lossless chain and back: RGB -> YCoCg-R -> five levels of 5/3 on the processor, then wavelet,
-// interleaving and colour transform on the GPU. Not one byte may differ.
+// A photograph through the lossless chain and back: RGB -> YCoCg-R -> five levels of 5/3 on the processor, then
+// wavelet, interleaving and colour transform on the GPU. Not one byte may differ.
 #include "gles3renderbackend/Gl.h"
-#include "host/FilterDescriptions.h"
-#include "host/ImageReader.h"
+#include "host/filter/FilterDescriptions.h"
+#include "host/image/ImageReader.h"
 #include "reference/LeGall53Plane.h"
 #include "reference/YCoCgR.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"

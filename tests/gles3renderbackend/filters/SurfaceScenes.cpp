@@ -1,6 +1,6 @@
 #include "tests/gles3renderbackend/filters/SurfaceScenes.h"
 
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "reference/Blit.h"
 #include "reference/ColourMatrix.h"
 #include "reference/Interleave16.h"

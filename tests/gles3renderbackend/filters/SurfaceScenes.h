@@ -4,8 +4,8 @@
 
 #include <string>
 
-/// Filters drawn onto the host's surface, target 0. There a logical pixel is a texel whatever the layout, so the sources
-/// are sampled whole, and the output has just as many texels as they make.
+/// Filters drawn onto the host's surface, target 0. There a logical pixel is a texel whatever the layout, so the
+/// sources are sampled whole, and the output has just as many texels as they make.
 namespace filtertest {
 
 enum class OnSurface {

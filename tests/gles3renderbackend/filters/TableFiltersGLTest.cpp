@@ -1,6 +1,6 @@
 // What filters that look results up do beside looking them up.
 #include "conformance/TableFilter.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "reference/TableLookup.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"

@@ -1,6 +1,6 @@
 #include "gles3renderbackend/FilterRegistry.h"
 #include "gles3renderbackend/resources/Gles3Shader.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 
 #include <gtest/gtest.h>
 
@@ -14,8 +14,8 @@ bool isGuarded(std::string const& name) {
 
 class UniformLocationsGLTest : public ::testing::TestWithParam<std::string> {};
 
-// A guarded uniform at location 0 is never set, and then nothing is drawn. Locations follow the order of declaration on the drivers known,
-// hence a_geometry, which is not guarded, stands first in every vertex stage.
+// A guarded uniform at location 0 is never set, and then nothing is drawn. Locations follow the order of declaration on
+// the drivers known, hence a_geometry, which is not guarded, stands first in every vertex stage.
 TEST_P(UniformLocationsGLTest, NoGuardedUniformIsAtLocationZero) {
     Gles3RenderBackend::FilterRegistry registry;
     registerBuiltInFilters(registry);

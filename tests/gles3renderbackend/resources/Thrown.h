@@ -4,7 +4,8 @@
 #include <string>
 #include <typeinfo>
 
-/// The whole text of the exception that the action throws. Of another type than Exception itself, or no exception: a text that says so.
+/// The whole text of the exception that the action throws. Of another type than Exception itself, or no exception: a
+/// text that says so.
 template <class Exception, class Action>
 std::string thrownBy(Action const& action) {
     try {

@@ -1,8 +1,8 @@
 // Formats that are decoded: what of them is taken, what refused, and that damage is an error.
-#include "tests/host/TestImages.h"
 #include "tests/host/image/ImageFixture.h"
 #include "tests/host/image/TestCodecs.h"
 #include "tests/host/image/TestTiff.h"
+#include "tests/support/TestImages.h"
 
 #include <tiffio.h>
 #include <vips/vips8>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "host/HostError.h"
-#include "host/ImageReader.h"
-#include "tests/host/TemporaryFolder.h"
-#include "tests/host/reading/FileSamples.h"
+#include "host/image/ImageReader.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/reading/FileSamples.h"
 
 #include <gtest/gtest.h>
 

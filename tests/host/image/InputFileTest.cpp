@@ -1,6 +1,6 @@
 #include "host/image/InputFile.h"
 
-#include "tests/host/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

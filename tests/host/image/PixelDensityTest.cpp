@@ -1,9 +1,9 @@
 // Which files say how large a pixel is of what they show.
 #include "host/image/PixelDensity.h"
 
-#include "tests/host/TestImages.h"
 #include "tests/host/image/ImageFixture.h"
 #include "tests/host/image/TestTiff.h"
+#include "tests/support/TestImages.h"
 
 #include <tiffio.h>
 #include <vips/vips8>

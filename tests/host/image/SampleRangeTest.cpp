@@ -1,6 +1,6 @@
 #include "host/image/SampleRange.h"
 
-#include "tests/host/reading/FileSamples.h"
+#include "tests/support/reading/FileSamples.h"
 
 #include <gtest/gtest.h>
 

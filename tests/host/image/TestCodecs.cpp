@@ -1,6 +1,6 @@
 #include "tests/host/image/TestCodecs.h"
 
-#include "tests/host/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <jxl/encode.h>
 #include <openjpeg.h>

@@ -1,5 +1,5 @@
-// Pages and layouts of TIFF files: each is written here with libtiff, and read again without the product where samples are
-// compared.
+// Pages and layouts of TIFF files: each is written here with libtiff, and read again without the product where samples
+// are compared.
 #include "tests/host/image/TiffFixture.h"
 
 #include <tiffio.h>

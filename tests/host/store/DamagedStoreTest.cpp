@@ -1,15 +1,15 @@
 // Whatever happens to the bytes of a store: either it is noticed, or nothing of the picture has changed.
 #include "host/HostError.h"
-#include "host/ImageReader.h"
+#include "host/image/ImageReader.h"
 #include "host/store/StoreCheck.h"
 #include "host/store/StoreExporter.h"
 #include "host/store/TileOrder.h"
 #include "host/store/TileStoreFormat.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/DocumentedReader.h"
 #include "tests/host/store/StoreFiles.h"
 #include "tests/host/store/TestPictures.h"
 #include "tests/support/LongRun.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -9,8 +9,8 @@
 
 struct sqlite3;
 
-/// Reads a tile store as docs/STORE.md describes it, with SQLite, zstd and zlib alone. Slow, and nothing of it is shared
-/// with the product: where the two differ, one of them is wrong, or the description is.
+/// Reads a tile store as docs/STORE.md describes it, with SQLite, zstd and zlib alone. Slow, and nothing of it is
+/// shared with the product: where the two differ, one of them is wrong, or the description is.
 ///
 /// Every operation throws std::runtime_error where the file is not as described.
 class DocumentedReader {

@@ -1,11 +1,11 @@
 // What docs/STORE.md says is what is in the files, in those of older programs too.
 #include "tests/host/store/DocumentedReader.h"
 
-#include "host/ImageReader.h"
+#include "host/image/ImageReader.h"
 #include "host/store/StoreExporter.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/StoreFiles.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "tests/host/store/FormatPictures.h"
 
-#include "host/ImageReader.h"
-#include "tests/host/TemporaryFolder.h"
+#include "host/image/ImageReader.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <vips/vips8>
 

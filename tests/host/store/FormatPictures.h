@@ -1,8 +1,8 @@
 #pragma once
 
-#include "host/PixelSource.h"
-#include "tests/host/reading/FileSamples.h"
+#include "host/image/PixelSource.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/reading/FileSamples.h"
 
 #include <cstddef>
 #include <memory>

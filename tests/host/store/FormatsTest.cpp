@@ -1,10 +1,10 @@
-// Pictures of many formats into stores and out of them again: what comes out is what the files hold, as readers that share
-// nothing with the product see it.
+// Pictures of many formats into stores and out of them again: what comes out is what the files hold, as readers that
+// share nothing with the product see it.
 #include "host/store/StoreCheck.h"
 #include "host/store/StoreExporter.h"
 #include "host/store/StoreImporter.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/FormatPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

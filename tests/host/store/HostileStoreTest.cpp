@@ -4,11 +4,11 @@
 #include "host/store/StoreExporter.h"
 #include "host/store/TileOrder.h"
 #include "host/store/TileStore.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/DocumentedReader.h"
 #include "tests/host/store/HostileStores.h"
 #include "tests/host/store/StoreFiles.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>

@@ -50,8 +50,8 @@ void toRgb(std::vector<std::int64_t>& samples) {
     samples[2] = rgb.b;
 }
 
-// What is stored of samples, interleaved; of planes of any size, which go on mirrored beyond their ends, the first width x
-// height samples.
+// What is stored of samples, interleaved; of planes of any size, which go on mirrored beyond their ends, the first
+// width x height samples.
 using Interleaved = std::vector<std::int64_t>;
 
 Interleaved interleaved(std::vector<Plane> const& planes, std::int64_t width, std::int64_t height) {

@@ -1,10 +1,10 @@
 // What a store says of the part of a file that it was made of.
 #include "host/store/Sqlite.h"
 #include "host/store/TileStore.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/SourceOf.h"
 #include "tests/host/store/StoreFiles.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

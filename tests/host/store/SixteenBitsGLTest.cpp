@@ -1,8 +1,8 @@
-// One rule for what 16 bits show: their upper byte, and with enhancements what these make of 15 bits; the same of a file, of
-// its store, of a window and of a region, at every zoom.
-#include "host/EnhancedRenderer.h"
-#include "host/ImageReader.h"
-#include "host/PixelBands.h"
+// One rule for what 16 bits show: their upper byte, and with enhancements what these make of 15 bits; the same of a
+// file, of its store, of a window and of a region, at every zoom.
+#include "host/filter/EnhancedRenderer.h"
+#include "host/image/ImageReader.h"
+#include "host/image/PixelBands.h"
 #include "host/view/PictureTile.h"
 #include "tests/host/store/FormatPictures.h"
 #include "tests/host/store/LevelModel.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/PixelSource.h"
+#include "host/image/PixelSource.h"
 
 #include <algorithm>
 #include <memory>

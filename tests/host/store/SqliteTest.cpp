@@ -5,8 +5,8 @@
 #include "host/store/StoreCheck.h"
 #include "host/store/StoreErrors.h"
 #include "host/store/TileStore.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>

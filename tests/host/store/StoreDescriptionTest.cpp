@@ -2,9 +2,9 @@
 #include "host/HostError.h"
 #include "host/store/TileStore.h"
 #include "host/store/TileStoreWriter.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/SourceOf.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -16,8 +16,8 @@ void rewriteAs(std::int64_t version, std::string const& path);
 /// After a change of the description: its checksum fits again.
 void sealDescription(std::string const& path);
 
-/// What lies beside a database, under its name with a suffix, while a program changes it with `statements`, and after that
-/// every tile; `mode` is the first thing that it does.
+/// What lies beside a database, under its name with a suffix, while a program changes it with `statements`, and after
+/// that every tile; `mode` is the first thing that it does.
 std::string unfinishedChange(std::string const& path, std::string const& mode, std::string const& statements,
                              std::string const& suffix);
 

@@ -3,10 +3,10 @@
 
 #include "host/HostError.h"
 #include "host/store/StoreExporter.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/DocumentedReader.h"
 #include "tests/host/store/StoreFiles.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

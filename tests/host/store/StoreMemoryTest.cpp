@@ -5,9 +5,9 @@
 #include "host/store/ColourPlanes.h"
 #include "host/store/PlaneTransform.h"
 #include "host/store/StoreExporter.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/StoreFiles.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -64,8 +64,8 @@ private:
 
 } // namespace
 
-// 10000 pixels, so bands of 5002 samples in 20 tiles of 256, at one level. Of 2 bytes each: a row of the plane, 14 of the
-// bands, and of each of the four bands a row of tiles.
+// 10000 pixels, so bands of 5002 samples in 20 tiles of 256, at one level. Of 2 bytes each: a row of the plane, 14 of
+// the bands, and of each of the four bands a row of tiles.
 TEST(StoreMemoryTest, AnExportTakesRowsOfTheWaveletAndRowsOfTiles) {
     size_t const plane = 2 * (10000 + 14 * 5002 + 4 * 20 * 256 * 256);
     EXPECT_EQ(storememory::exportBytes(infoOf(10000, 5000, 1, 8)), plane + 10000);
@@ -103,8 +103,8 @@ TEST(StoreMemoryTest, ThereIsWhatTheMachineHasOrWhatTheProcessMayTake) {
     EXPECT_EQ(memorybudget::availableBytes(), half);
 }
 
-// A flat picture of 134217728 x 2048 pixels is a file of few megabytes; should its tiles all have data, a row of them would
-// have 550 GB.
+// A flat picture of 134217728 x 2048 pixels is a file of few megabytes; should its tiles all have data, a row of them
+// would have 550 GB.
 TEST(StoreMemoryTest, AnExportForWhichThereIsNoMemoryTakesNone) {
     TemporaryFolder const folder;
     std::string const path = folder.path("a.vlm");

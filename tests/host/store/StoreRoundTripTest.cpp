@@ -1,7 +1,7 @@
-#include "host/ImageReader.h"
+#include "host/image/ImageReader.h"
 #include "host/store/StoreExporter.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 #include "host/HostError.h"
 #include "host/store/Sqlite.h"
 #include "host/store/StoreCheck.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

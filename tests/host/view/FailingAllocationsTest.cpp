@@ -1,16 +1,16 @@
-// Each `new` fails in turn, in rendering, in a view and in an import: nothing ends the program, no GL object stays behind,
-// and what lives goes on.
+// Each `new` fails in turn, in rendering, in a view and in an import: nothing ends the program, no GL object stays
+// behind, and what lives goes on.
 #include "tests/support/FailingAllocations.h"
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
-#include "host/EnhancedRenderer.h"
-#include "host/RegionRenderer.h"
+#include "host/filter/EnhancedRenderer.h"
+#include "host/filter/RegionRenderer.h"
 #include "host/view/StoreRenderer.h"
 #include "renderbackend/RenderContext.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
 #include "tests/support/LongRun.h"
 #include "tests/support/NullGl.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -44,8 +44,8 @@ protected:
         testpictures::import(picture_, path, options);
     }
 
-    // Lets the first, the second, ... `new` of the work fail, until none of it is left to fail. `check` after each. Without
-    // VELMORA_LONG many of them are left out: all of the first ones are there.
+    // Lets the first, the second, ... `new` of the work fail, until none of it is left to fail. `check` after each.
+    // Without VELMORA_LONG many of them are left out: all of the first ones are there.
     static void expectUnharmed(Work const& work, Threads threads, Work const& check) {
         std::size_t failures = 0;
         for (std::size_t n = 1;; n += isLongRun() ? 1 : n / 80 + 1) {

@@ -1,7 +1,7 @@
 // Whichever operation of the backend fails, the same drawing on the same instance gives the right bytes afterwards.
-#include "host/EnhancedRenderer.h"
-#include "host/PictureTargets.h"
-#include "host/RegionRenderer.h"
+#include "host/filter/EnhancedRenderer.h"
+#include "host/filter/PictureTargets.h"
+#include "host/filter/RegionRenderer.h"
 #include "host/view/StoreRenderer.h"
 #include "tests/host/view/PictureViewFixture.h"
 #include "tests/support/FailingInstance.h"

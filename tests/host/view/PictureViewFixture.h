@@ -1,10 +1,10 @@
 #pragma once
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
-#include "host/SurfacelessContext.h"
+#include "host/gl/SurfacelessContext.h"
 #include "host/view/PictureView.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

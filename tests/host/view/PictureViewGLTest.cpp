@@ -1,8 +1,8 @@
 // Frames of stores at any zoom and place, byte for byte as the wavelet's formulas and the nearest sample give them.
 #include "tests/host/view/PictureViewFixture.h"
 
-#include "host/EnhancedRenderer.h"
 #include "host/HostError.h"
+#include "host/filter/EnhancedRenderer.h"
 #include "host/view/EmptyAreas.h"
 #include "tests/support/LongRun.h"
 
@@ -175,7 +175,8 @@ TEST_F(PictureViewGLTest, TilesBeyondTheBudgetGo) {
         }
         return most;
     };
-    // Each of these frames needs one tile of each of four levels: 516 x 516 samples of two bytes, 512 x 512 texels of four.
+    // Each of these frames needs one tile of each of four levels: 516 x 516 samples of two bytes, 512 x 512 texels of
+    // four.
     constexpr std::size_t kFrame = 4 * (516 * 516 * 2 + 512 * 512 * 4);
     EXPECT_LE(mostBytes(1), kFrame);
     EXPECT_GT(mostBytes(256 * 1000 * 1000), kFrame) << "there is no budget to exceed";
@@ -286,8 +287,8 @@ TEST_F(PictureViewGLTest, SmoothPixelsLieBetweenTheSamplesAround) {
         auto const clampedY = static_cast<std::size_t>(std::clamp(y, 0.0, 197.0));
         return static_cast<double>(level.bytes[clampedY * level.width + clampedX]);
     };
-    // The whole, of more than a piece, whose last pixels lie behind the middle of the last samples; and parts that begin
-    // where samples and pixels do together, and beside that.
+    // The whole, of more than a piece, whose last pixels lie behind the middle of the last samples; and parts that
+    // begin where samples and pixels do together, and beside that.
     ASSERT_EQ(view.sizeAt(zoom).width, 542U);
     ASSERT_EQ(view.sizeAt(zoom).height, 120U);
     for (View const& wanted :

@@ -1,6 +1,6 @@
 // Views, renderers and a program's own tiles on one instance: none shows what belongs to another.
-#include "host/RegionRenderer.h"
-#include "host/TileNumbers.h"
+#include "host/filter/RegionRenderer.h"
+#include "host/filter/TileNumbers.h"
 #include "host/view/StoreRenderer.h"
 #include "tests/host/view/PictureViewFixture.h"
 

@@ -2,10 +2,10 @@
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/Region.h"
-#include "host/SurfacelessContext.h"
+#include "host/gl/SurfacelessContext.h"
 #include "host/view/StoreRenderer.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

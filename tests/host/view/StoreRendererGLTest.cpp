@@ -1,7 +1,7 @@
 // Regions of stores through the GPU, byte for byte as the wavelet's formulas and the plain colour transform give them.
 #include "tests/host/view/StoreRendererFixture.h"
 
-#include "host/EnhancedRenderer.h"
+#include "host/filter/EnhancedRenderer.h"
 #include "host/view/PictureTile.h"
 #include "tests/host/store/TestPictures.h"
 #include "tests/support/LongRun.h"

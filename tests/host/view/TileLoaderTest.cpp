@@ -2,9 +2,9 @@
 
 #include "host/HostError.h"
 #include "host/store/Sqlite.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
 #include "tests/support/FailingThreads.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

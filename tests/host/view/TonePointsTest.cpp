@@ -1,8 +1,8 @@
 #include "host/view/TonePoints.h"
 
 #include "host/store/TileStore.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -5,8 +5,8 @@
 #include <iosfwd>
 #include <vector>
 
-/// A GPU that keeps some numbers of a fragment in 16 bits, whatever precision the text asks for. Emulated: what the text
-/// reads of them goes through a rounding function.
+/// A GPU that keeps some numbers of a fragment in 16 bits, whatever precision the text asks for. Emulated: what the
+/// text reads of them goes through a rounding function.
 struct CoarseDevice {
     enum class Quantity { kVaryings, kFragCoord };
 

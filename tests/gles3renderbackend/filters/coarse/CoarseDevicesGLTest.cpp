@@ -1,6 +1,6 @@
 // What `velmora verify` says of GPUs that keep coordinates in 16 bits: every filter that they spoil is told.
 #include "conformance/Verification.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
 #include "tests/gles3renderbackend/filters/coarse/CoarseDevice.h"
 
@@ -16,7 +16,8 @@ using Quantity = CoarseDevice::Quantity;
 // Computed on the CPU, it has no stages; all the others read texels where a varying says.
 constexpr char const* kWithoutVaryings = "FilterCLAHE";
 
-// Those that tell columns or rows apart: two samples share a texel, or a pixel has two texels. The others write all alike.
+// Those that tell columns or rows apart: two samples share a texel, or a pixel has two texels. The others write all
+// alike.
 constexpr char const* kWithFragCoord[] = {
     "FilterFirIH53LeGall16", "FilterFirIV53LeGall16", "Filter1x16ToRGB8",
     "FilterInterleave16",    "FilterYCoCg16ToRGB16",  "FilterSharpnessH16",

@@ -3,7 +3,7 @@
 #include "conformance/Verification.h"
 #include "gles3renderbackend/FilterRegistry.h"
 #include "gles3renderbackend/resources/Gles3Shader.h"
-#include "host/FilterDescriptions.h"
+#include "host/filter/FilterDescriptions.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
 #include "tests/gles3renderbackend/filters/SurfaceScenes.h"
 #include "tests/gles3renderbackend/filters/mutants/GlslMutants.h"

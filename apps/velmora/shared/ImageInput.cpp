@@ -1,0 +1,37 @@
+#include "apps/velmora/shared/ImageInput.h"
+
+#include "apps/velmora/shared/Interruption.h"
+#include "host/HostError.h"
+#include "host/image/ImageReader.h"
+#include "host/store/TileStore.h"
+
+#include <cstdio>
+
+namespace {
+
+void requireNoSelection(std::string const& what, ImageSelection const& selection) {
+    if (selection.isEmpty()) return;
+    throw HostError(HostError::Kind::Usage, what +
+                                                " is taken as it is; --page, --bands, --range and --to-srgb choose a "
+                                                "part of an image file: leave them out");
+}
+
+} // namespace
+
+void imageinput::inspect(std::string const& image, ImageSelection const& selection, Colours colours) {
+    if (image.empty()) return requireNoSelection("the built-in picture", selection);
+    requireRegularFile(image, HostError::Kind::UnreadableImage);
+    if (TileStore::isStore(image)) return requireNoSelection("'" + image + "', a tile store,", selection);
+    ImageReader::Options options;
+    options.samples = ImageReader::Samples::kAsStored;
+    options.selection = selection;
+    options.lossless = colours == Colours::Kept;
+    options.check = interruption::throwIfNoted;
+    ImageReader const reader(image, options);
+    for (std::string const& note : reader.notes())
+        std::fprintf(stderr, "velmora: note: %s\n", onOneLine(note).c_str());
+}
+
+void imageinput::requireStoreFile(std::string const& path) {
+    requireRegularFile(path, HostError::Kind::NoStore);
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+/// What a user asks for to see more in a picture. Each is one filter of the backend, or a short chain of them.
+namespace enhancement {
+
+/// Unsharp mask. The gain moves in steps of 1/32, toward zero.
+struct Sharpen {
+    double gain = 1.0;
+};
+
+/// Each row of three gives one output colour: red' = m[0] * red + m[1] * green + m[2] * blue.
+struct ColourMatrix {
+    std::array<double, 9> rows = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+    double strength = 1.0; ///< multiplies every coefficient
+};
+
+/// A black point, a white point and a gamma. On 8-bit pictures the points count linear light, 4096 codes of which 3500
+/// are the white of sRGB; on 16-bit pictures they are codes of the file.
+struct Gamma {
+    double gamma = 1.0;
+    std::uint64_t black = 0;
+    std::uint64_t white = 0;
+};
+
+/// Linear codes to sRGB.
+struct LinearToSrgb {};
+
+/// Contrast-limited adaptive histogram equalisation of the luma. 1.0 is the weakest limit.
+struct Equalise {
+    double clipLimit = 1.0;
+};
+
+/// Cuts samples to multiples of 2^bits, toward zero; bits of the file's own codes. rounding puts the result in the
+/// middle of its step.
+struct Truncate {
+    std::uint32_t bits = 0;
+    bool rounding = false;
+};
+
+using Step = std::variant<Sharpen, ColourMatrix, Gamma, LinearToSrgb, Equalise, Truncate>;
+
+// The texts of the command line: numbers between commas. Each throws std::invalid_argument with a sentence for the
+// user.
+
+/// "G"
+Sharpen parseSharpen(std::string const& text);
+/// "m1,...,m9" or "m1,...,m9,strength"; coefficients from -8 to 8, strength from -8 to 8.
+ColourMatrix parseColourMatrix(std::string const& text);
+/// "G,black,white"
+Gamma parseGamma(std::string const& text);
+/// "CLIP"
+Equalise parseEqualise(std::string const& text);
+/// "BITS" or "BITS,round", 0 to 16 bits
+Truncate parseTruncate(std::string const& text);
+
+} // namespace enhancement

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "host/Region.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class Filter;
+class PixelSource;
+class RenderBackendInstance;
+
+/// Draws a region of a picture through the backend, tile by tile, and hands out what was drawn.
+///
+/// The region is worked through in strips from the top, each strip in blocks from the left:
+///
+///     picture  +-----+-----+-----+-----+     tile grid, counted from the picture's corner
+///              |   +-+-----+-----+--+  |
+///              |   | strip 0  |     |  |     a strip ends on a grid line where it can
+///              +---+-+-----+--+--+--+--+
+///              |   | strip 1  |     |  |     blocks of at most 2048 pixels: what every OpenGL ES 3 can draw into
+///              +---+-+-----+--+--+--+--+
+///
+/// A strip is read once, cut into tiles, drawn block by block and read back. GL thread only.
+class RegionRenderer {
+public:
+    /// `count` finished rows, the next from the top: the bands of the source, interleaved, tightly packed; of 16 bits
+    /// in the machine's byte order.
+    using RowSink = std::function<void(std::uint8_t const* rows, size_t count)>;
+    /// Rows finished so far and rows in all. May throw to stop the work.
+    using Progress = std::function<void(size_t doneRows, size_t allRows)>;
+
+    static constexpr size_t kMinTileSize = 16;
+    static constexpr size_t kMaxTileSize = 2048;
+    static constexpr size_t kMaxBlockPixels = 2048;
+    static constexpr size_t kMaxStripBytes = 64 * 1024 * 1024;
+
+    /// Uses one tile and one target of the instance at a time, and gives them back. tileSize: pixels per side,
+    /// kMinTileSize to kMaxTileSize.
+    RegionRenderer(std::shared_ptr<RenderBackendInstance> instance, size_t tileSize);
+
+    /// What `sink` receives is, byte for byte, the region of the source, of 8 or 16 bits; of 16 tiles are as large as
+    /// blocks. Throws what source, sink and progress throw
+    /// and VelmoraException; the instance's tiles and targets are given back in each case.
+    void render(PixelSource& source, Region const& region, RowSink const& sink, Progress const& progress);
+
+    /// Rows of the strip that starts at row y: as many whole rows of tiles as fit in kMaxStripBytes and in the
+    /// preferred height, or, where not even one fits, as many rows as do.
+    static size_t stripRows(size_t y, size_t width, size_t tileHeight);
+
+private:
+    template <class Blocks>
+    void renderStrips(PixelSource& source, Region const& region, size_t tileHeight, Blocks& blocks, RowSink const& sink,
+                      Progress const& progress);
+
+    std::shared_ptr<RenderBackendInstance> instance_;
+    size_t tileSize_;
+};

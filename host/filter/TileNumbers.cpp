@@ -1,0 +1,56 @@
+#include "host/filter/TileNumbers.h"
+
+#include "host/Quietly.h"
+
+#include <algorithm>
+#include <limits>
+#include <mutex>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+static_assert(std::numeric_limits<std::size_t>::digits == 64, "an owner and 44 bits fit in a number");
+
+// One less than there is room for: the last number of all is one that no operation of the backend erases.
+constexpr std::size_t kOwners = (std::size_t{1} << (64U - TileNumbers::kBits)) - 1;
+
+// Of all instances of the process: instances may share a cache.
+class Owners {
+public:
+    std::size_t take() {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        auto const free = std::find(taken_.begin(), taken_.end(), false);
+        auto const owner = static_cast<std::size_t>(free - taken_.begin());
+        if (owner == kOwners) throw std::length_error("too many users of tile caches");
+        if (free == taken_.end())
+            taken_.push_back(true);
+        else
+            *free = true;
+        return owner;
+    }
+
+    void giveBack(std::size_t owner) {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        taken_[owner] = false;
+    }
+
+private:
+    std::mutex mutex_;
+    std::vector<bool> taken_ = {true}; // 0 is never handed out
+};
+
+Owners& owners() {
+    static Owners instance;
+    return instance;
+}
+
+} // namespace
+
+TileNumbers::TileNumbers(std::shared_ptr<RenderBackendInstance> instance)
+    : instance_(std::move(instance)), owner_(owners().take()), first_(owner_ << kBits) {}
+
+TileNumbers::~TileNumbers() {
+    quietly([this] { instance_->eraseTiles(first_, first_ + (std::size_t{1} << kBits)); });
+    quietly([this] { owners().giveBack(owner_); });
+}

@@ -1,0 +1,110 @@
+#include "host/output/Leftovers.h"
+
+#include "host/Fnv1a.h"
+
+#include <array>
+#include <cerrno>
+#include <cinttypes>
+#include <cstdint>
+#include <cstdio>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <random>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Of this program and of nobody else: rsync's names for files that arrive are ".NAME.XXXXXX".
+constexpr auto kMark = ".velmora-";
+constexpr size_t kDigits = 8;
+
+std::string hex(std::uint64_t number, int digits) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%0*" PRIx64, digits, number);
+    return text.data();
+}
+
+// What the names of a target's temporary files begin with.
+std::string prefixOf(fs::path const& target) {
+    constexpr size_t kMaxName = 200; // of 255 bytes that file systems allow
+    std::string const name = target.filename().string();
+    bool const fits = name.size() <= kMaxName;
+    return "." + (fits ? name : name.substr(0, kMaxName - 17) + "-" + hex(fnv1a(name), 16)) + kMark;
+}
+
+bool isTemporary(std::string const& name) {
+    size_t const mark = name.rfind(kMark);
+    if (name.front() != '.' || mark == std::string::npos) return false;
+    std::string const end = name.substr(mark + std::string(kMark).size());
+    return end.size() == kDigits && end.find_first_not_of("0123456789abcdef") == std::string::npos;
+}
+
+// A lock of the open file itself and not of the process: SQLite's locks on a store's file are of the process, and would
+// go with any descriptor of it that is closed. On one byte, far from the data and from the bytes that SQLite locks,
+// because network file systems may keep others from writing to what is locked.
+bool lock(int descriptor, short kind, int command) {
+    struct flock range {};
+    range.l_type = kind;
+    range.l_whence = SEEK_SET;
+    range.l_start = off_t{1} << 62;
+    range.l_len = 1;
+    int done = 0;
+    while ((done = fcntl(descriptor, command, &range)) != 0 && errno == EINTR) {}
+    return done == 0;
+}
+
+bool locksAreMissing(int errorNumber) {
+    return errorNumber == EINVAL || errorNumber == ENOLCK || errorNumber == ENOSYS || errorNumber == EOPNOTSUPP;
+}
+
+// Where it can be locked nobody writes to it any more. It is locked while it is removed: a writer that has only just
+// made it waits for that.
+void removeLeftover(fs::path const& path) {
+    int const descriptor = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) return;
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && lock(descriptor, F_RDLCK, F_OFD_SETLK))
+        unlink(path.c_str());
+    close(descriptor);
+}
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+
+// Not by std::filesystem: its iterator that throws nothing ends the program where it runs out of memory.
+void removeIn(fs::path const& folder, std::string const& prefix) {
+    std::unique_ptr<DIR, CloseFolder> const entries(opendir(folder.c_str()));
+    if (!entries) return;
+    while (dirent const* const entry = readdir(entries.get())) {
+        std::string const name = entry->d_name;
+        if (isTemporary(name) && name.rfind(prefix, 0) == 0) removeLeftover(folder / name);
+    }
+}
+
+} // namespace
+
+fs::path leftovers::temporaryName(fs::path const& target) {
+    return target.parent_path() / (prefixOf(target) + hex(std::random_device()(), kDigits));
+}
+
+bool leftovers::hold(int descriptor) {
+    if (!lock(descriptor, F_WRLCK, F_OFD_SETLKW) && !locksAreMissing(errno))
+        throw std::system_error(errno, std::generic_category());
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0) throw std::system_error(errno, std::generic_category());
+    return status.st_nlink > 0;
+}
+
+void leftovers::removeOf(fs::path const& target) {
+    removeIn(target.has_parent_path() ? target.parent_path() : fs::path("."), prefixOf(target));
+}
+
+void leftovers::removeAll(fs::path const& folder) {
+    removeIn(folder, "");
+}

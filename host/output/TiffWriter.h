@@ -1,0 +1,31 @@
+#pragma once
+
+#include "host/output/PictureWriter.h"
+
+/// A TIFF file in strips, compressed without loss (deflate with horizontal prediction), as BigTIFF where it may pass
+/// 4 GiB.
+class TiffWriter final : public PictureWriter {
+public:
+    struct Format {
+        size_t width = 0;
+        size_t height = 0;
+        size_t bands = 0;            ///< 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA
+        size_t bits = 8;             ///< of a sample: 8 or 16
+        double micronsPerPixelX = 0; ///< 0: unknown
+        double micronsPerPixelY = 0;
+
+        /// Whether the file will say the size of a pixel: along both axes, as numbers that a TIFF can hold.
+        bool hasResolution() const;
+    };
+
+    /// Throws what requireUsable throws, and HostError (unwritable output).
+    TiffWriter(OutputFile const& file, Format const& format);
+    ~TiffWriter() override;
+
+    void writeRows(std::uint8_t const* rows, size_t count) override;
+    void finish() override;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};

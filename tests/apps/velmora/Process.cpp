@@ -1,0 +1,124 @@
+#include "tests/apps/velmora/Process.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <linux/capability.h>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+int temporaryFile() {
+    std::string name = "/tmp/velmora-output-XXXXXX";
+    int const file = mkstemp(name.data());
+    if (file < 0) throw std::runtime_error("no temporary file");
+    unlink(name.c_str());
+    return file;
+}
+
+std::string contentOf(int file) {
+    std::string content;
+    std::array<char, 4096> buffer{};
+    lseek(file, 0, SEEK_SET);
+    for (ssize_t count = 0; (count = read(file, buffer.data(), buffer.size())) > 0;)
+        content.append(buffer.data(), static_cast<size_t>(count));
+    return content;
+}
+
+void limitFileSize(size_t bytes) {
+    if (bytes == 0) return;
+    rlimit const limit{bytes, bytes};
+    setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+// The loader ends a name in LD_PRELOAD at a blank, and takes folders in LD_LIBRARY_PATH as they are.
+void preload(std::filesystem::path const& library) {
+    char const* const folders = std::getenv("LD_LIBRARY_PATH");
+    std::string const more = folders == nullptr ? "" : std::string(":") + folders;
+    setenv("LD_LIBRARY_PATH", (library.parent_path().string() + more).c_str(), 1);
+    setenv("LD_PRELOAD", library.filename().c_str(), 1);
+}
+
+void change(Process::Environment const& changes) {
+    // Drivers that ask for a window system write a line of their own where this is not set.
+    setenv("XDG_RUNTIME_DIR", "/tmp", 0);
+    // Of a program under AddressSanitizer: a library may be loaded before it, and its leak check does not follow what
+    // SwiftShader's own allocator returns as thread-local storage, which ends it.
+    char const* const options = std::getenv("ASAN_OPTIONS");
+    std::string const more = ":verify_asan_link_order=0:intercept_tls_get_addr=0";
+    setenv("ASAN_OPTIONS", ((options == nullptr ? "" : options) + more).c_str(), 1);
+    for (auto const& [name, value] : changes) {
+        if (value.empty())
+            unsetenv(name.c_str());
+        else if (name == "LD_PRELOAD")
+            preload(value);
+        else
+            setenv(name.c_str(), value.c_str(), 1);
+    }
+}
+
+} // namespace
+
+Process::Process(std::vector<std::string> arguments, Environment const& changes, size_t maxFileBytes)
+    : out_(temporaryFile()), err_(temporaryFile()) {
+    arguments.insert(arguments.begin(), VELMORA_PROGRAM);
+    std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
+    for (auto& argument : arguments)
+        pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    child_ = fork();
+    if (child_ < 0) throw std::runtime_error("no child process");
+    if (child_ > 0) return;
+    dup2(out_, STDOUT_FILENO);
+    dup2(err_, STDERR_FILENO);
+    change(changes);
+    limitFileSize(maxFileBytes);
+    // A shell starts what runs in the background, and nohup all that it runs, with signals ignored.
+    for (int const number : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(number, SIG_DFL);
+    execv(pointers[0], pointers.data());
+    _exit(127);
+}
+
+Process::~Process() {
+    if (child_ > 0) {
+        kill(child_, SIGKILL);
+        waitpid(child_, nullptr, 0);
+    }
+    close(out_);
+    close(err_);
+}
+
+void Process::signal(int number) const {
+    kill(child_, number);
+}
+
+bool Process::running() const {
+    siginfo_t info{};
+    return waitid(P_PID, static_cast<id_t>(child_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == 0;
+}
+
+Process::Result Process::wait() {
+    int status = 0;
+    while (waitpid(child_, &status, 0) < 0 && errno == EINTR) {}
+    child_ = 0;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(out_), contentOf(err_)};
+}
+
+bool makePermissionsCount() {
+    // A set that only counts at an execv: this process keeps what it has.
+    return geteuid() != 0 ||
+           (prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE) == 0 && prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) == 0);
+}
+
+Process::Result runVelmora(std::vector<std::string> const& arguments, Process::Environment const& changes,
+                           size_t maxFileBytes) {
+    return Process(arguments, changes, maxFileBytes).wait();
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+/// The program velmora as a child process. Its environment is this process's, with changes: an empty value removes a
+/// variable.
+class Process {
+public:
+    using Environment = std::map<std::string, std::string>;
+
+    struct Result {
+        int exitCode; ///< -1 where a signal ended it
+        std::string out;
+        std::string err;
+    };
+
+    explicit Process(std::vector<std::string> arguments, Environment const& changes = {}, size_t maxFileBytes = 0);
+    /// Kills it where it still runs.
+    ~Process();
+    Process(Process const&) = delete;
+    Process& operator=(Process const&) = delete;
+
+    void signal(int number) const;
+    bool running() const;
+    Result wait();
+
+private:
+    pid_t child_;
+    int out_;
+    int err_;
+};
+
+/// Takes from processes that are started from now on what lets root write to files against their permissions. False
+/// where that cannot be done.
+bool makePermissionsCount();
+
+/// Runs velmora to its end.
+Process::Result runVelmora(std::vector<std::string> const& arguments, Process::Environment const& changes = {},
+                           size_t maxFileBytes = 0);

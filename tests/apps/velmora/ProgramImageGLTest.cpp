@@ -1,0 +1,120 @@
+// Parts of image files as the program draws them.
+#include "tests/apps/velmora/Process.h"
+#include "tests/host/image/TestTiff.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestImages.h"
+#include "tests/support/reading/FileSamples.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+using filesamples::Samples;
+using testtiff::Directory;
+using testtiff::directory;
+
+namespace {
+
+class ProgramImageGLTest : public testing::Test {
+protected:
+    std::string path(std::string const& name) const { return folder_.path(name); }
+
+    std::string tiff(std::vector<Directory> const& directories) const {
+        testtiff::write(path("a.tif"), directories);
+        return path("a.tif");
+    }
+
+    static std::vector<std::uint8_t> bytes(size_t count, unsigned start) {
+        std::vector<std::uint8_t> made(count);
+        for (size_t i = 0; i < count; ++i)
+            made[i] = static_cast<std::uint8_t>(start + i * 11 + i * i / 90);
+        return made;
+    }
+
+    // What is drawn of the file, and what the program says of it.
+    Samples render(std::vector<std::string> options, std::string const& told = "") {
+        std::filesystem::remove(path("view.png"));
+        options.insert(options.begin(), {"render", path("a.tif"), "-o", path("view.png")});
+        auto const result = runVelmora(options, {{"XDG_CACHE_HOME", path("cache")}});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, told);
+        said_ = result.out;
+        return filesamples::read(path("view.png"));
+    }
+
+    // 16 bits are drawn as their upper bytes.
+    static Samples upperBytes(Samples samples) {
+        for (double& value : samples.values)
+            value = static_cast<double>(static_cast<unsigned>(value) >> 8);
+        return samples;
+    }
+
+    TemporaryFolder folder_;
+    std::string said_;
+};
+
+} // namespace
+
+TEST_F(ProgramImageGLTest, PagesBandsAndRangesAreDrawn) {
+    std::vector<float> floats(300);
+    for (size_t i = 0; i < floats.size(); ++i)
+        floats[i] = static_cast<float>(i) * 3 - 200;
+    Directory five = directory(20, 3, 5, floats);
+    five.extraSamples = {0, 0};
+    std::string const image = tiff({directory(9, 7, 3, bytes(189, 1)), directory(20, 3, 3, bytes(180, 50)), five});
+    EXPECT_EQ(filesamples::difference(render({"--page", "2"}), filesamples::read(image, 2)), "");
+    EXPECT_NE(said_.find(", page 2 of 3), "), std::string::npos) << said_;
+    Samples const third = filesamples::read(image, 3);
+    EXPECT_EQ(
+        filesamples::difference(render({"--page", "3", "--bands", "5,1,4", "--range", "-100,500"},
+                                       "velmora: what of a.tif lies beyond the range is clipped, what is no number is "
+                                       "drawn as 0\n"),
+                                upperBytes(filesamples::scaled(filesamples::withBands(third, {5, 1, 4}), -100, 500))),
+        "");
+    EXPECT_NE(said_.find("page 3 of 3; bands 5,1,4 of 5; samples -100 to 500 of 32-bit float as 0 to 65535"),
+              std::string::npos)
+        << said_;
+    EXPECT_EQ(filesamples::difference(render({"--page", "3", "--bands", "2", "--range", "auto"}),
+                                      upperBytes(filesamples::scaled(filesamples::withBands(third, {2}), -197, 688))),
+              "");
+    // A filter takes the 16 bits: this one does nothing.
+    EXPECT_EQ(filesamples::difference(render({"--page", "2", "--truncate", "0"}), filesamples::read(image, 2)), "");
+}
+
+TEST_F(ProgramImageGLTest, ColoursAreConvertedAndThatIsTold) {
+    Directory inks = directory(2, 1, 4, std::vector<std::uint8_t>{0, 0, 0, 0, 0, 0, 0, 255});
+    inks.photometric = 5;
+    std::string const image = tiff({inks});
+    Samples const drawn = render({}, "velmora: note: '" + image + "' holds CMYK: converted to sRGB of 8 bits\n");
+    ASSERT_EQ(drawn.bands, 3u);
+    EXPECT_GT(drawn.values[0], 240) << "paper is white";
+    EXPECT_LT(drawn.values[3], 60) << "black ink is dark";
+    EXPECT_NE(said_.find("CMYK converted to sRGB"), std::string::npos) << said_;
+    EXPECT_EQ(filesamples::difference(render({"--to-srgb"}), drawn), "") << "and is not told where it is asked for";
+    EXPECT_EQ(filesamples::difference(render({"--bands", "4"}), filesamples::withBands(filesamples::read(image), {4})),
+              "");
+}
+
+// Other zooms than 1 need a store, which is kept.
+TEST_F(ProgramImageGLTest, EachPartOfAFileHasAStoreOfItsOwn) {
+    std::string const image = tiff({directory(9, 7, 1, bytes(63, 1)), directory(9, 7, 1, bytes(63, 100))});
+    auto const enlarged = [&](size_t page) {
+        Samples const small = filesamples::read(image, page);
+        Samples large{18, 14, 1, {}};
+        for (size_t i = 0; i < 18u * 14u; ++i)
+            large.values.push_back(small.values[i / 18 / 2 * 9 + i % 18 / 2]);
+        return large;
+    };
+    auto const stores = [&] {
+        std::filesystem::directory_iterator const cache(path("cache/velmora"));
+        return std::distance(begin(cache), end(cache));
+    };
+    for (size_t const page : {1u, 2u, 1u})
+        EXPECT_EQ(filesamples::difference(render({"--page", std::to_string(page), "--zoom", "2"}), enlarged(page)), "")
+            << page;
+    EXPECT_EQ(stores(), 2);
+    render({"--page", "1", "--range", "0,255", "--zoom", "2"});
+    render({"--page", "1", "--range", "0,256", "--zoom", "2"});
+    render({"--page", "1", "--bands", "1", "--zoom", "2"});
+    EXPECT_EQ(stores(), 5);
+}

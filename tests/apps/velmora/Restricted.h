@@ -1,0 +1,30 @@
+#pragma once
+
+#include "tests/apps/velmora/Process.h"
+
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <sys/resource.h>
+#include <thread>
+#include <vector>
+
+/// Runs velmora with so much memory to address and so much time; a run that takes longer is killed, which is exit code
+/// -1. Under sanitizers, which address terabytes, only the time counts.
+inline Process::Result runRestricted(std::vector<std::string> const& arguments, Process::Environment const& changes,
+                                     [[maybe_unused]] rlim_t addressBytes, std::chrono::seconds time) {
+    rlimit before{};
+    getrlimit(RLIMIT_AS, &before);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    // The child has it from this process.
+    rlimit const limit{addressBytes, before.rlim_max};
+    setrlimit(RLIMIT_AS, &limit);
+#endif
+    Process process(arguments, changes);
+    setrlimit(RLIMIT_AS, &before);
+    auto const end = std::chrono::steady_clock::now() + time;
+    while (process.running() && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    if (process.running()) process.signal(SIGKILL);
+    return process.wait();
+}

@@ -1,0 +1,500 @@
+// The viewer with SDL's driver "offscreen", whose windows are surfaces of EGL that nobody sees. It finds its display
+// among EGL's devices (EGL_EXT_device_enumeration), which Mesa's drivers have and ANGLE has not: on ANGLE there is no
+// window to test, and that the program says so is what is tested there. Its windows keep the surface that they were
+// made with: ProgramViewWindowTest.cpp resizes one.
+#include "tests/apps/velmora/view/ViewerFixture.h"
+
+#include "host/store/Sqlite.h"
+#include "host/store/TileStore.h"
+#include "tests/apps/velmora/Restricted.h"
+#include "tests/host/store/HostileStores.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <sstream>
+#include <thread>
+
+namespace {
+
+bool onAngle() {
+    char const* const expected = std::getenv("VELMORA_EXPECT_RENDERER");
+    return expected != nullptr && std::string(expected).rfind("ANGLE", 0) == 0;
+}
+
+class ProgramViewGLTest : public ViewerFixture {
+protected:
+    void SetUp() override {
+        if (onAngle()) GTEST_SKIP() << "SDL's driver offscreen needs EGL devices, which ANGLE does not list";
+    }
+
+    Process::Environment environment() const {
+        return {{"SDL_VIDEODRIVER", "offscreen"}, {"XDG_CACHE_HOME", path("cache")}};
+    }
+
+    Process::Result view(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), "view");
+        return runVelmora(arguments, environment());
+    }
+
+    // The window at the end.
+    testimages::Pixels shown(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.end(), {"--screenshot", path("shown.png"), "--force"});
+        auto const result = view(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return testimages::readByVips(path("shown.png"));
+    }
+
+    // The window after a script, whose last line has to be a screenshot under the name shown.png.
+    testimages::Pixels after(std::string const& text, std::vector<std::string> arguments) const {
+        arguments.insert(arguments.end(),
+                         {"--force", "--script", script(text + "wait\nscreenshot " + path("shown.png") + "\nquit\n")});
+        auto const result = view(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return testimages::readByVips(path("shown.png"));
+    }
+
+    void expectFailure(Process::Result const& result, int exitCode, std::vector<std::string> const& words) const {
+        EXPECT_EQ(result.exitCode, exitCode) << result.err;
+        EXPECT_EQ(result.err.rfind("velmora: ", 0), 0u) << result.err;
+        for (auto const& word : words)
+            EXPECT_NE(result.err.find(word), std::string::npos) << word << " in " << result.err;
+    }
+
+    std::vector<std::string> cached() const {
+        std::vector<std::string> names;
+        if (std::filesystem::exists(path("cache/velmora")))
+            for (auto const& entry : std::filesystem::directory_iterator(path("cache/velmora")))
+                names.push_back(entry.path().filename().string());
+        return names;
+    }
+};
+
+std::size_t numberAfter(std::string const& text, std::string const& name) {
+    auto const place = text.find(name);
+    if (place == std::string::npos) return 0;
+    std::size_t number = 0;
+    std::istringstream(text.substr(place + name.size())) >> number;
+    return number;
+}
+
+} // namespace
+
+TEST_F(ProgramViewGLTest, ABareWindowShowsThePicturesOwnPixels) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    expectPixels(shown({store, "--bare", "--size", "320x200", "--at", "350,250,1"}), expected(190, 150, 320, 200));
+    expectPixels(shown({store, "--bare", "--size", "321x201", "--at", "10,490,1"}), expected(-150, 390, 321, 201));
+    expectPixels(shown({store, "--bare", "--size", "320x200", "--at", "350,250,5"}), expected(318, 230, 320, 200, 5));
+}
+
+TEST_F(ProgramViewGLTest, PicturesOfAnyShapeAreShown) {
+    for (auto const& [width, height] : std::vector<std::pair<std::size_t, std::size_t>>{{1, 1}, {1, 5000}, {3000, 2}}) {
+        std::string const store = makeStore("a.vlm", width, height);
+        std::string const at = std::to_string(width / 2) + "," + std::to_string(height / 2) + ",1";
+        expectPixels(
+            shown({store, "--bare", "--size", "200x100", "--at", at}),
+            expected(static_cast<std::int64_t>(width / 2) - 100, static_cast<std::int64_t>(height / 2) - 50, 200, 100));
+    }
+}
+
+TEST_F(ProgramViewGLTest, HandAndKeysMoveThePicture) {
+    std::string const store = makeStore("a.vlm", 500, 450);
+    std::vector<std::string> const arguments{store, "--bare", "--size", "320x200", "--at", "250,225,1"};
+    expectPixels(after("drag 100 100 87 131\n", arguments), expected(103, 94, 320, 200));
+    expectPixels(after("wait\nkey right\nkey down\nkey down\n", arguments), expected(130, 175, 320, 200));
+    expectPixels(after("wheel 160 100 4\nwheel 160 100 -9\nkey 1\n", arguments), expected(90, 125, 320, 200));
+    // About the pixel under the cursor: 90 + 20, 125 + 30 stays where it is.
+    expectPixels(after("wheel 20 30 1\n", arguments), expected(100, 140, 320, 200, 2));
+}
+
+TEST_F(ProgramViewGLTest, TheOverlayLeavesThePictureAlone) {
+    std::string const store = makeStore("a.vlm", 500, 450);
+    // Between the panels, which stand in the corners.
+    auto const middle = [](testimages::Pixels const& window) { return testimages::crop(window, 260, 200, 150, 100); };
+    std::vector<std::string> const arguments{store, "--size", "640x480", "--at", "250,225,1"};
+    auto const before = shown(arguments);
+    expectPixels(middle(before), middle(expected(-70, -15, 640, 480)));
+    EXPECT_NE(testimages::difference(before, expected(-70, -15, 640, 480)), "") << "something is drawn over it";
+    expectPixels(middle(after("wait\nkey d\nkey m\nkey ?\nwait\nkey d\nkey m\nkey ?\n", arguments)), middle(before));
+    EXPECT_NE(testimages::difference(middle(after("key ?\n", arguments)), middle(before)), "") << "the help is there";
+}
+
+TEST_F(ProgramViewGLTest, WordsOutOfAFileCannotUpsetThePanels) {
+    // The upper left corner, where the name and the line below it stand.
+    auto const corner = [this](std::string const& sourceName) {
+        ImportOptions options;
+        options.replace = true;
+        options.sourceName = sourceName;
+        testpictures::import(testpictures::picture(300, 200, 3, 8, testpictures::Content::Flat), path("a\xFF\n.vlm"),
+                             options);
+        return testimages::crop(shown({path("a\xFF\n.vlm"), "--size", "640x480"}), 8, 8, 140, 38);
+    };
+    auto const plain = corner("a b");
+    EXPECT_NE(testimages::difference(plain, corner("a c")), "") << "the name is there";
+    std::string const bad = "\xEF\xBF\xBD";
+    expectPixels(corner("a\nb\x1B\xFF"), corner("a" + bad + "b" + bad + bad));
+    expectPixels(corner(std::string(100000, 'x')), corner(std::string(120, 'x') + "..."));
+}
+
+TEST_F(ProgramViewGLTest, AClickInTheSmallPictureGoesThere) {
+    // 200 pixels show 800: the click is 50, 70 of the small picture, which ends 16 before the window's corner.
+    std::string const store = makeStore("a.vlm", 800, 800);
+    int const x = 640 - 16 - 200 + 50;
+    int const y = 480 - 16 - 200 + 70;
+    std::string const place = " " + std::to_string(x) + " " + std::to_string(y);
+    std::string const click = "drag" + place + place;
+    auto const window = after("key 1\nwait\n" + click + "\n", {store, "--size", "640x480"});
+    expectPixels(testimages::crop(window, 270, 190, 100, 100),
+                 testimages::crop(expected(200 - 320, 280 - 240, 640, 480), 270, 190, 100, 100));
+}
+
+TEST_F(ProgramViewGLTest, KeysSwitchEnhancements) {
+    std::string const store = makeStore("a.vlm", 300, 200);
+    std::vector<std::string> const plain{store, "--bare", "--size", "300x200", "--at", "150,100,1"};
+    auto const before = shown(plain);
+    std::vector<testimages::Pixels> all{before};
+    for (std::string const key : {"s", "g", "c"}) {
+        std::string const press = "key " + key + "\n";
+        auto const on = after(press, plain);
+        for (auto const& other : all)
+            EXPECT_NE(testimages::difference(on, other), "") << key;
+        all.push_back(on);
+        std::string twice = press;
+        twice.append("wait\n").append(press);
+        expectPixels(after(twice, plain), before);
+    }
+    // The command line's own, off and on again.
+    auto given = plain;
+    given.insert(given.end(), {"--sharpen", "2"});
+    expectPixels(shown(given), all[1]);
+    expectPixels(after("key s\n", given), before);
+}
+
+TEST_F(ProgramViewGLTest, EnhancementsAreThoseOfRender) {
+    std::string const store = makeStore("a.vlm", 300, 200);
+    std::vector<std::string> const filters{"--clahe", "3", "--gamma", "1.6,200,3000", "--sharpen", "2"};
+    std::vector<std::string> render{"render", store, "-o", path("render.png")};
+    std::vector<std::string> arguments{store, "--bare", "--size", "300x200", "--at", "150,100,1"};
+    render.insert(render.end(), filters.begin(), filters.end());
+    arguments.insert(arguments.end(), filters.begin(), filters.end());
+    ASSERT_EQ(runVelmora(render).exitCode, 0);
+    expectPixels(shown(arguments), testimages::readByVips(path("render.png")));
+}
+
+TEST_F(ProgramViewGLTest, ZoomsAreThoseOfRender) {
+    // Two fifths are 350 x 250 samples of level 1, of which 40 show in 32 pixels: what fits the window.
+    std::string const store = makeStore("a.vlm", 700, 500);
+    ASSERT_EQ(runVelmora({"render", store, "-o", path("render.png"), "--zoom", "0.4"}).exitCode, 0);
+    auto const rendered = testimages::readByVips(path("render.png"));
+    EXPECT_EQ(rendered.width, 280u);
+    std::vector<std::string> arguments{store, "--bare", "--size", "280x200"};
+    expectPixels(shown(arguments), rendered);
+
+    ASSERT_EQ(runVelmora({"render", store, "-o", path("smooth.png"), "--zoom", "0.4", "--smooth"}).exitCode, 0);
+    auto const smooth = testimages::readByVips(path("smooth.png"));
+    EXPECT_NE(testimages::difference(smooth, rendered), "");
+    expectPixels(after("wait\nkey b\n", arguments), smooth);
+    arguments.emplace_back("--smooth");
+    expectPixels(shown(arguments), smooth);
+    expectPixels(after("wait\nkey b\n", arguments), rendered);
+}
+
+TEST_F(ProgramViewGLTest, AZoomThatIsNoStepIsNamed) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    auto const printed = [&](std::string const& zoom) {
+        auto const result = view(
+            {store, "--bare", "--size", "100x80", "--at", "300,200," + zoom, "--screenshot", path("a.png"), "--force"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        return result.out;
+    };
+    EXPECT_EQ(printed("0.75"), "zoom 0.744186, the nearest step to 0.75\n");
+    EXPECT_EQ(printed("0.5"), "");
+    auto const drawn = runVelmora({"render", store, "-o", path("b.png"), "--zoom", "0.75"});
+    EXPECT_NE(drawn.out.find("zoom 0.744186, the nearest step to 0.75"), std::string::npos) << drawn.out;
+}
+
+TEST_F(ProgramViewGLTest, TheAutomaticToneOfDeepPicturesIsAGamma) {
+    // Half of the rows are 800, half 40000: the points are these.
+    picture_ = testpictures::picture(500, 500, 1, 16, testpictures::Content::Flat);
+    std::vector<std::uint16_t> samples(500 * 500, 800);
+    std::fill(samples.begin() + 250 * 500, samples.end(), std::uint16_t{40000});
+    std::memcpy(picture_.bytes.data(), samples.data(), picture_.bytes.size());
+    testpictures::import(picture_, path("a.vlm"));
+    auto const middle = [](testimages::Pixels const& window) { return testimages::crop(window, 200, 190, 150, 100); };
+    std::vector<std::string> arguments{path("a.vlm"), "--size", "640x480", "--at", "250,250,1"};
+    auto const dark = middle(shown(arguments));
+    // The button lies in the panel in the upper right corner.
+    auto const automatic = middle(after("wait\ndrag 403 95 403 95\n", arguments));
+    EXPECT_EQ(automatic.samples.front(), 0) << "black";
+    EXPECT_EQ(automatic.samples.back(), 255) << "white";
+    EXPECT_NE(testimages::difference(automatic, dark), "");
+    expectPixels(middle(after("wait\ndrag 403 95 403 95\nwait\nkey g\n", arguments)), dark);
+    arguments.insert(arguments.end(), {"--gamma", "1,800,40000"});
+    expectPixels(middle(shown(arguments)), automatic);
+}
+
+TEST_F(ProgramViewGLTest, AnImageIsImportedOnce) {
+    testimages::writePattern8(path("a.png"), "", 400, 300, 3);
+    std::vector<std::string> const arguments{path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1"};
+    auto const wanted = testimages::crop(testimages::pattern8(400, 300, 3), 100, 100, 200, 100);
+    expectPixels(shown(arguments), wanted);
+    ASSERT_EQ(cached().size(), 1u);
+    std::string const store = path("cache/velmora/" + cached().front());
+    EXPECT_EQ(TileStore(store).info().sourceName, "a.png");
+    auto const time = std::filesystem::last_write_time(store);
+    expectPixels(shown(arguments), wanted);
+    EXPECT_EQ(std::filesystem::last_write_time(store), time);
+    // What is there under the name and cannot be read is made again.
+    truncateFile(store, 10);
+    expectPixels(shown(arguments), wanted);
+    EXPECT_EQ(cached().size(), 1u);
+    // The image is another one now.
+    testimages::writePattern8(path("a.png"), "", 500, 300, 3);
+    shown(arguments);
+    EXPECT_EQ(cached().size(), 2u);
+}
+
+TEST_F(ProgramViewGLTest, WithoutThreadsAnImageIsImportedAndShownAllTheSame) {
+    testimages::writePattern8(path("a.png"), "", 400, 300, 3);
+    auto withoutThreads = environment();
+    withoutThreads["LD_PRELOAD"] = VELMORA_NO_THREADS;
+    auto const result = runVelmora(
+        {"view", path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1", "--screenshot", path("shown.png")},
+        withoutThreads);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    expectPixels(testimages::readByVips(path("shown.png")),
+                 testimages::crop(testimages::pattern8(400, 300, 3), 100, 100, 200, 100));
+}
+
+TEST_F(ProgramViewGLTest, EachPartOfAnImageHasAStoreOfItsOwn) {
+    testimages::writePattern8(path("a.tif"), "", 40, 30, 3);
+    auto const pattern = testimages::pattern8(40, 30, 3);
+    auto const wanted = [&](std::size_t red, std::size_t green, std::size_t blue) {
+        testimages::Pixels swapped = pattern;
+        for (std::size_t i = 0; i < swapped.samples.size(); ++i)
+            swapped.samples[i] = pattern.samples[i / 3 * 3 + (i % 3 == 0 ? red : i % 3 == 1 ? green : blue)];
+        return swapped;
+    };
+    std::vector<std::string> const arguments{path("a.tif"), "--bare", "--size", "40x30", "--at", "20,15,1"};
+    auto const with = [&](std::string const& bands) {
+        auto all = arguments;
+        all.insert(all.end(), {"--bands", bands});
+        return all;
+    };
+    expectPixels(shown(arguments), pattern);
+    expectPixels(shown(with("3,1,2")), wanted(2, 0, 1));
+    expectPixels(shown(with("2,2,2")), wanted(1, 1, 1));
+    expectPixels(shown(with("3,1,2")), wanted(2, 0, 1));
+    EXPECT_EQ(cached().size(), 3u);
+}
+
+// The built-in picture takes seconds. It is photographed until there is something of it to be seen.
+TEST_F(ProgramViewGLTest, APictureThatIsBeingImportedIsSeen) {
+    std::string text;
+    for (int i = 0; i < 600; ++i)
+        text += "sleep 100\nscreenshot " + path("growing.png") + "\n";
+    Process process({"view", "--size", "300x300", "--bare", "--force", "--script", script(text)}, environment());
+    bool seen = false;
+    while (process.running() && !seen) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        if (!std::filesystem::exists(path("growing.png"))) continue;
+        auto const window = testimages::readByVips(path("growing.png"));
+        // The middle of the uppermost row.
+        seen = window.samples[150 * 3] != kBackground;
+    }
+    EXPECT_TRUE(seen);
+    process.signal(SIGTERM);
+    EXPECT_EQ(process.wait().exitCode, 130);
+}
+
+TEST_F(ProgramViewGLTest, AWindowThatIsClosedStopsItsImport) {
+    auto const result = view({"--size", "300x300", "--script", script("sleep 300\nkey q\n")});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_TRUE(std::filesystem::exists(path("cache/velmora")));
+    EXPECT_TRUE(cached().empty());
+}
+
+TEST_F(ProgramViewGLTest, AnInterruptedImportLeavesNothing) {
+    Process process({"view", "--size", "300x300"}, environment());
+    while (process.running() && cached().empty())
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    process.signal(SIGINT);
+    expectFailure(process.wait(), 130, {"interrupted"});
+    EXPECT_TRUE(cached().empty());
+}
+
+TEST_F(ProgramViewGLTest, AMinimisedWindowDrawsNothingAndComesBack) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    std::vector<std::string> const arguments{store, "--bare", "--size", "320x200", "--at", "350,250,1"};
+    expectPixels(after("wait\nminimise\nsleep 50\nkey right\nrestore\n", arguments), expected(230, 150, 320, 200));
+    expectFailure(view({store, "--script", script("minimise\nsleep 20\nscreenshot " + path("b.png"))}), 2,
+                  {"minimised"});
+    EXPECT_FALSE(std::filesystem::exists(path("b.png")));
+}
+
+TEST_F(ProgramViewGLTest, WaitingForAMinimisedWindowEnds) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    std::vector<std::string> const arguments{store, "--bare", "--size", "320x200", "--at", "350,250,1"};
+    expectPixels(after("minimise\nwait\nwait\nrestore\n", arguments), expected(190, 150, 320, 200));
+    // An import goes on unseen.
+    testimages::writePattern8(path("a.png"), "", 400, 300, 3);
+    expectPixels(
+        after("minimise\nwait\nrestore\n", {path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1"}),
+        testimages::crop(testimages::pattern8(400, 300, 3), 100, 100, 200, 100));
+}
+
+TEST_F(ProgramViewGLTest, NothingIsDrawnWhereNothingChanges) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    for (std::string const pause : {"sleep 1500\n", "minimise\nsleep 1500\nrestore\n"}) {
+        auto const result =
+            view({store, "--size", "320x200", "--report", "--script", script("wait\n" + pause + "quit")});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        std::size_t const frames = numberAfter(result.out, "frames drawn");
+        EXPECT_GE(frames, 1u) << result.out;
+        EXPECT_LE(frames, 40u) << result.out;
+    }
+}
+
+TEST_F(ProgramViewGLTest, TheReportSaysWhatWasMeasured) {
+    std::string const store = makeStore("a.vlm", 700, 500);
+    auto const result = view({store, "--size", "320x200", "--report", "--script", script("wait\nquit\n")});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    for (std::string const name : {"first picture", "full detail", "largest resident memory"})
+        EXPECT_GT(numberAfter(result.out, name), 0u) << result.out;
+}
+
+TEST_F(ProgramViewGLTest, ADamagedStoreIsShownWithStripesAndAScreenshotOfThemIsNoSuccess) {
+    std::string const store = makeStore("a.vlm", 1300, 700);
+    sqlite::Database(store, sqlite::Database::Mode::ReadWrite)
+        .execute("UPDATE tiles SET crc = crc + 1 WHERE id = (SELECT min(id) FROM tiles WHERE data IS NOT NULL)");
+    // The finest tile in the upper left corner: that of 512 x 512 pixels.
+    auto const striped =
+        view({store, "--bare", "--size", "100x80", "--at", "100,100,1", "--screenshot", path("a.png")});
+    EXPECT_EQ(striped.exitCode, 10);
+    EXPECT_EQ(std::count(striped.err.begin(), striped.err.end(), '\n'), 2) << striped.err;
+    EXPECT_NE(striped.err.find("does not match its checksum"), std::string::npos) << striped.err;
+    EXPECT_NE(striped.err.find("striped"), std::string::npos) << striped.err;
+    EXPECT_NE(striped.err.find("a.png' has stripes"), std::string::npos) << striped.err;
+    auto const window = testimages::readByVips(path("a.png"));
+    for (std::size_t i = 0; i < window.samples.size(); i += 3) {
+        ASSERT_EQ(window.samples[i], window.samples[i + 2]);
+        ASSERT_TRUE(window.samples[i] == 0 || window.samples[i] == 255);
+        ASSERT_EQ(window.samples[i + 1], 0);
+    }
+    // Elsewhere it is as it should be.
+    expectPixels(shown({store, "--bare", "--size", "200x100", "--at", "900,600,1"}), expected(800, 550, 200, 100));
+    // Who only looks is told once, and goes on.
+    auto const looked = view({store, "--size", "300x200", "--at", "100,100,1", "--script",
+                              script("wait\nkey s\nwait\nkey o\nwait\nkey m\nwait\nquit\n")});
+    EXPECT_EQ(looked.exitCode, 0) << looked.err;
+    EXPECT_EQ(std::count(looked.err.begin(), looked.err.end(), '\n'), 1) << looked.err;
+    expectFailure(runVelmora({"render", store, "-o", path("b.png")}), 10, {"does not match its checksum"});
+    EXPECT_FALSE(std::filesystem::exists(path("b.png")));
+}
+
+TEST_F(ProgramViewGLTest, NoOtherFileIsWritten) {
+    std::string const store = makeStore("a.vlm", 70, 50);
+    shown({store});
+    EXPECT_FALSE(std::filesystem::exists("imgui.ini"));
+    EXPECT_TRUE(cached().empty()) << "and none of a store";
+}
+
+TEST_F(ProgramViewGLTest, AScreenshotReplacesFilesOnlyByForceAndNeverTheInput) {
+    std::string const store = makeStore("a.vlm", 70, 50);
+    writeFile(path("b.png"), "mine");
+    expectFailure(view({store, "--screenshot", path("b.png")}), 6, {"b.png", "exists already", "--force"});
+    expectFailure(view({store, "--script", script("screenshot " + path("b.png"))}), 6, {"b.png", "exists already"});
+    EXPECT_EQ(readFile(path("b.png")), "mine");
+    EXPECT_EQ(view({store, "--screenshot", path("b.png"), "--force"}).exitCode, 0);
+    EXPECT_EQ(testimages::readByVips(path("b.png")).width, 1280u);
+
+    testimages::writePattern8(path("c.png"), "", 40, 30, 3);
+    std::filesystem::create_symlink("c.png", path("link.png"));
+    std::string const before = readFile(path("c.png"));
+    for (std::string const name : {"c.png", "link.png"}) {
+        expectFailure(view({path("c.png"), "--screenshot", path(name), "--force"}), 6, {"it is the input itself"});
+        expectFailure(view({path("c.png"), "--force", "--script", script("screenshot " + path(name))}), 6,
+                      {"it is the input itself"});
+    }
+    EXPECT_EQ(readFile(path("c.png")), before);
+    EXPECT_TRUE(cached().empty()) << "refused before anything is done";
+}
+
+TEST_F(ProgramViewGLTest, AScreenshotIsAPngFile) {
+    std::string const store = makeStore("a.vlm", 70, 50);
+    for (std::string const name : {"b.tif", "b.jpg", "b"}) {
+        expectFailure(view({store, "--screenshot", path(name)}), 2, {name, ".png"});
+        expectFailure(view({store, "--script", script("screenshot " + path(name))}), 2, {name, ".png"});
+        EXPECT_FALSE(std::filesystem::exists(path(name)));
+    }
+    expectFailure(view({store, "--screenshot", "/dev/null"}), 6, {"it is a device"});
+}
+
+TEST_F(ProgramViewGLTest, AScreenshotIsAsPrivateAsThePicture) {
+    std::string const store = makeStore("a.vlm", 70, 50);
+    std::filesystem::permissions(store, std::filesystem::perms(0600));
+    EXPECT_EQ(view({store, "--screenshot", path("b.png")}).exitCode, 0);
+    EXPECT_EQ(std::filesystem::status(path("b.png")).permissions(), std::filesystem::perms(0600));
+}
+
+TEST_F(ProgramViewGLTest, EveryFailureHasItsExitCode) {
+    std::string const store = makeStore("a.vlm", 70, 50);
+    writeFile(path("text.txt"), "no picture");
+    expectFailure(view({path("none.tif")}), 3, {"none.tif"});
+    expectFailure(view({store, "--script", path("none.txt")}), 3, {"none.txt"});
+    expectFailure(view({path("text.txt")}), 4, {"text.txt"});
+    expectFailure(view({store, "--screenshot", path("none/a.png")}), 6, {"none/a.png"});
+    expectFailure(view({store, "--script", script("dance")}), 2, {"line 1", "dance"});
+    for (std::vector<std::string> const& wrong : std::vector<std::vector<std::string>>{{"--size", "100"},
+                                                                                       {"--size", "0x5"},
+                                                                                       {"--size", "5x5x5"},
+                                                                                       {"--size", "99999x5"},
+                                                                                       {"--at", "1,2"},
+                                                                                       {"--at", "1,2,0"},
+                                                                                       {"--at", "1,2,nan"},
+                                                                                       {"--memory", "0"},
+                                                                                       {"--gpu-memory", "x"},
+                                                                                       {"--jobs", "0"},
+                                                                                       {"--gamma", "1"}})
+        expectFailure(view(wrong), 2, {wrong.front()});
+    truncateFile(store, 60);
+    EXPECT_NE(view({store, "--screenshot", path("b.png")}).exitCode, 0);
+    EXPECT_FALSE(std::filesystem::exists(path("b.png")));
+}
+
+// Drivers address gigabytes, whatever is shown.
+TEST_F(ProgramViewGLTest, FilesThatAreMadeToHoldItUpAreDamageAtOnce) {
+    for (auto const& hostile : hostilestores::all()) {
+        SCOPED_TRACE(hostile.name);
+        std::filesystem::remove(path("a.vlm"));
+        hostile.make(path("a.vlm"));
+        auto const result = runRestricted({"view", path("a.vlm"), "--screenshot", path("b.png")}, environment(),
+                                          8'000'000'000, std::chrono::seconds(30));
+        expectFailure(result, 10, {"is damaged"});
+    }
+    EXPECT_FALSE(std::filesystem::exists(path("b.png")));
+}
+
+TEST(ProgramViewErrorsGLTest, WithoutADisplayRenderIsNamed) {
+    // Without a choice SDL would take to a window that nobody sees, or, where it can, to the console.
+    std::vector<std::string> drivers{"x11"};
+    if (!std::filesystem::exists("/dev/dri")) drivers.emplace_back("");
+    for (std::string const& driver : drivers) {
+        auto const result =
+            runVelmora({"view"}, {{"SDL_VIDEODRIVER", driver}, {"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}});
+        EXPECT_EQ(result.exitCode, 13) << result.err;
+        EXPECT_EQ(result.err.rfind("velmora: no display", 0), 0u) << result.err;
+        EXPECT_NE(result.err.find("velmora render"), std::string::npos) << result.err;
+    }
+}
+
+TEST(ProgramViewErrorsGLTest, WithoutAContextTheDriverIsNamed) {
+    if (!onAngle()) GTEST_SKIP() << "there is one here";
+    auto const result = runVelmora({"view"}, {{"SDL_VIDEODRIVER", "offscreen"}});
+    EXPECT_EQ(result.exitCode, 7) << result.err;
+    EXPECT_NE(result.err.find("no OpenGL ES 3 context for a window"), std::string::npos) << result.err;
+}

@@ -1,0 +1,50 @@
+// A system that runs out of memory: no `new` of the program and of its libraries succeeds from the n-th on since its
+// main began; n comes from the environment.
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <new>
+
+namespace {
+
+std::atomic<bool> hasBegun{false};
+std::atomic<long> counted{0};
+
+long failing() {
+    static char const* const text = std::getenv("VELMORA_FAILING_NEW");
+    static long const number = text == nullptr ? 0 : std::strtol(text, nullptr, 10);
+    return number;
+}
+
+bool isOfProgram(void const* caller) {
+    Dl_info info{};
+    if (dladdr(caller, &info) == 0 || info.dli_fname == nullptr) return false;
+    char const* const slash = std::strrchr(info.dli_fname, '/');
+    char const* const name = slash == nullptr ? info.dli_fname : slash + 1;
+    return std::strcmp(name, "velmora") == 0 || std::strstr(name, "renderbackend") != nullptr;
+}
+
+} // namespace
+
+// What the program does first.
+using Handler = void (*)(int);
+extern "C" __attribute__((visibility("default"))) Handler signal(int number, Handler handler) noexcept {
+    static auto const real = reinterpret_cast<Handler (*)(int, Handler)>(dlsym(RTLD_NEXT, "signal"));
+    hasBegun = true;
+    return real(number, handler);
+}
+
+__attribute__((visibility("default"))) void* operator new(std::size_t bytes) {
+    bool const counts = hasBegun && isOfProgram(__builtin_return_address(0));
+    void* const memory =
+        counts && failing() != 0 && ++counted >= failing() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+__attribute__((visibility("default"))) void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+__attribute__((visibility("default"))) void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}

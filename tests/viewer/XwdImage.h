@@ -1,9 +1,0 @@
-#pragma once
-
-#include "tests/host/TestImages.h"
-
-#include <string>
-
-/// The pixels of a window as the program xwd writes them: 32 bits per pixel, in one go.
-/// Throws std::runtime_error for anything else.
-testimages::Pixels readXwd(std::string const& path);
