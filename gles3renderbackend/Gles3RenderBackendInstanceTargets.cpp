@@ -12,7 +12,7 @@
 
 namespace {
 
-// clearRect reports under this one too, deliberately: hosts know both failures by it.
+// Deliberate: clearRect reports clear's location, by which hosts know both failures.
 constexpr char const* kClear =
     "void Gles3RenderBackendInstance::clear(size_t target, std::vector<size_t> const& color)";
 constexpr char const* kCreateTarget =
@@ -56,7 +56,8 @@ Packing packing(RenderBackend::ImageFormatType format, size_t bits) {
     return {1, bits / texel + (bits % texel != 0 ? 1 : 0)};
 }
 
-// What is left of an arbitrary failure of making a target: its text, but none of our types.
+// Deliberate: any other failure leaves createTarget as a std::exception that is no VelmoraException, with the same
+// text.
 class TargetFailure final : public std::exception {
 public:
     explicit TargetFailure(std::string text) : text_(std::make_shared<std::string const>(std::move(text))) {}

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Staging a tile reports under this one too, deliberately: both refuse the same sizes.
+// Deliberate: staging a tile reports setTile's location, as both refuse the same sizes.
 constexpr char const* kSetTile =
     "void Gles3RenderBackendInstance::setTile(size_t tile, std::vector<unsigned char> const& pixels, "
     "std::vector<size_t> const& size, size_t offset)";

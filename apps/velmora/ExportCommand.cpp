@@ -57,6 +57,6 @@ void addExportCommand(CLI::App& program) {
         ->required()
         ->type_name("")
         ->check(checkNamed);
-    command->add_flag("--force", options->force, "Replace a file that has the output's name");
+    command->add_flag("--force", options->force, "Replace an existing output file");
     command->callback([options] { exportTiff(*options); });
 }

@@ -36,7 +36,7 @@ constexpr std::array<FilterOption, 6> kFilters = {{
     {"--srgb", "", "Linear samples to sRGB", parseSrgb},
     {"--clahe", "CLIP", "Contrast-limited adaptive equalisation of the luma, CLIP 1 or more",
      parsed<enhancement::parseEqualise>},
-    {"--truncate", "BITS[,round]", "Cut off the lower BITS bits, or put them in the middle of their range",
+    {"--truncate", "BITS[,round]", "Clear the lower BITS bits; with ,round set them to the middle of the step",
      parsed<enhancement::parseTruncate>},
 }};
 

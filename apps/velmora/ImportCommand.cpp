@@ -88,7 +88,7 @@ std::string checkLevels(std::string const& text) {
 }
 
 std::string checkEven(std::string const& text) {
-    return (text.back() - '0') % 2 == 0 ? "" : "a tile has an even number of samples per side";
+    return (text.back() - '0') % 2 == 0 ? "" : "the tile size must be even";
 }
 
 void import(Options const& options) {
@@ -121,7 +121,7 @@ void addImportCommand(CLI::App& program) {
     auto const options = std::make_shared<Options>();
     auto* const command = program.add_subcommand("import", "Make a lossless tile store of an image");
     command->footer(kExamples);
-    command->add_option("NAMES", options->names, "IMAGE, any that is read, and STORE, the file to make, .vlm")
+    command->add_option("NAMES", options->names, "IMAGE, the picture to read, and STORE, the file to make, .vlm")
         ->type_name("");
     command->add_flag("--built-in", options->builtIn, "Import the built-in picture; the only name is STORE");
     command->add_option("--tile", options->import.tileSize, "Side of a tile in samples, even")
@@ -133,10 +133,10 @@ void addImportCommand(CLI::App& program) {
         ->capture_default_str()
         ->type_name("N")
         ->check(checkLevels);
-    command->add_option("--jobs", options->import.jobs, "Threads that compress; without it, one per core")
+    command->add_option("--jobs", options->import.jobs, "Threads that compress; default: one per core")
         ->type_name("N")
         ->check(CLI::Range(size_t{1}, kMaxJobs));
     addSelectionOptions(*command, options->selection);
-    command->add_flag("--force", options->import.replace, "Replace a file that has the store's name");
+    command->add_flag("--force", options->import.replace, "Replace an existing store");
     command->callback([options] { import(*options); });
 }

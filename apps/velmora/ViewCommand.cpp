@@ -57,12 +57,12 @@ std::optional<std::array<double, count>> numbersOf(std::string const& text, char
     return stream.peek() == std::char_traits<char>::eof() ? std::optional(numbers) : std::nullopt;
 }
 
-std::optional<Extent> sizeOf(std::string const& text) {
+std::optional<Size> sizeOf(std::string const& text) {
     auto const numbers = numbersOf<2>(text, 'x');
     if (!numbers) return std::nullopt;
     for (double const side : *numbers)
         if (side < 1 || side > kMaxWindowSide || side != std::floor(side)) return std::nullopt;
-    return Extent{static_cast<std::size_t>((*numbers)[0]), static_cast<std::size_t>((*numbers)[1])};
+    return Size{static_cast<std::size_t>((*numbers)[0]), static_cast<std::size_t>((*numbers)[1])};
 }
 
 std::optional<ViewerOptions::Start> startOf(std::string const& text) {
@@ -149,29 +149,29 @@ void addViewCommand(CLI::App& program) {
     auto const memory = std::make_shared<Memory>();
     auto* const command = program.add_subcommand("view", "Show an image or a tile store in a window");
     command->footer(kExamples);
-    command->add_option("IMAGE", options->image, "Any image that is read, or a store; without it the built-in picture")
+    command->add_option("IMAGE", options->image, "An image or a store; default: the built-in picture")
         ->type_name("")
         ->check(checkNamed);
     addSelectionOptions(*command, options->selection);
-    command->add_option("--size", texts->size, "Of the window; without it 1280x800")
-        ->type_name("WxH")
-        ->check(checkSize);
-    command->add_option("--at", texts->at, "The pixel in the middle, and pixels of the screen per pixel of the picture")
+    command->add_option("--size", texts->size, "Window size; default: 1280x800")->type_name("WxH")->check(checkSize);
+    command->add_option("--at", texts->at, "Picture pixel at the centre, and zoom (screen pixels per picture pixel)")
         ->type_name("X,Y,ZOOM")
         ->check(checkStart);
-    command->add_flag("--smooth", options->smooth, "Weigh samples where the picture is shown smaller");
-    addMemoryOption(*command, "--memory", memory->host, "For the program and tiles that are read");
-    addMemoryOption(*command, "--gpu-memory", memory->gpu, "For tiles that are rebuilt");
-    command->add_option("--jobs", options->importJobs, "Threads that read tiles; without it, one per core")
+    command->add_flag("--smooth", options->smooth,
+                      "Zoom below 1: bilinear interpolation instead of the nearest sample");
+    addMemoryOption(*command, "--memory", memory->host, "Memory budget: program plus decompressed tiles");
+    addMemoryOption(*command, "--gpu-memory", memory->gpu, "GPU memory budget: rebuilt tiles");
+    command->add_option("--jobs", options->importJobs, "Threads that read tiles; default: one per core")
         ->type_name("N")
         ->check(CLI::Range(std::size_t{1}, kMaxJobs));
-    command->add_flag("--bare", options->bare, "Nothing over the picture");
+    command->add_flag("--bare", options->bare, "Show the picture without overlay");
     command
-        ->add_option("--screenshot", options->screenshot, "Write the window to a .png file once it is complete, quit")
+        ->add_option("--screenshot", options->screenshot,
+                     "Write the window to a .png file once it is complete, and quit")
         ->type_name("FILE")
         ->check(checkNamed);
-    command->add_flag("--force", options->force, "Screenshots may replace files that are there");
-    command->add_option("--script", texts->script, "Do what a text file says, line by line")
+    command->add_flag("--force", options->force, "Screenshots may replace existing files");
+    command->add_option("--script", texts->script, "Run a viewer script: a text file, one action per line")
         ->type_name("FILE")
         ->check(checkNamed);
     command->add_flag("--report", options->report, "Print times, frames and memory at the end");

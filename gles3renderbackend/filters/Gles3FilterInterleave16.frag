@@ -1,8 +1,8 @@
 #version 100
 precision lowp float;
 #include "shared/outputSize.glsl"
-// Three planes of 16-bit samples, two a texel, become pixels of three channels, one in two texels: an input texel spans
-// four output texels. The bytes pass through untouched.
+// Three planes of 16-bit samples, two per texel, become pixels of three channels, one in two texels: an input texel
+// spans four output texels. The bytes pass through untouched.
 uniform highp sampler2D s_texture00;
 uniform highp sampler2D s_texture01;
 uniform highp sampler2D s_texture02;

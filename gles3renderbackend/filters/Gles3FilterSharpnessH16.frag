@@ -23,6 +23,6 @@ void main() {
     highp vec2 even = mix(v_texCoordCurr, v_texCoordPrev, odd);
     highp vec3 blur = tap(even, -2.0) + 13.0 * tap(even, -1.0) + 36.0 * tap(even, 0.0) + 13.0 * tap(even, 1.0) +
                       tap(even, 2.0);
-    // High bytes reach 255 here and mean just that, so they never look negative to the packing.
+    // The blur is unsigned: high bytes 128..255 are no signs, and packPairs adds 256 to negative values only.
     gl_FragColor = halfOfPixel(blur, odd);
 }

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// A lookup table on its way to the GPU.
+/// Uploads lookup tables as textures and names the shader stages that read them.
 namespace lookup {
 
 /// The two programs: for 8-bit pixels, and from 9 bits on for pixels of three 16-bit channels.

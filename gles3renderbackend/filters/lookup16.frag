@@ -2,8 +2,8 @@
 precision highp float;
 #include "shared/pixelInTwoTexels.glsl"
 // Each 16-bit channel finds its output byte in a table of a_maxValue + 1 entries: rows of at most 2048, in three equal
-// bands, one a channel. Entries are addressed at their centres: the plain coordinate value / a_maxValue picks the next
-// entry near the top of large tables. Codes from 32768 on look negative and read entry 0.
+// bands, one per channel. Entries are addressed at their centres: the plain coordinate value / a_maxValue picks the
+// next entry near the top of large tables. Codes from 32768 on look negative and read entry 0.
 uniform highp sampler2D s_texture00;
 uniform highp sampler2D s_texture01;
 uniform highp float a_maxValue;

@@ -9,7 +9,7 @@
 ///
 ///     reading photo.tif  [##########--------------]  42%  0:07 left
 ///
-/// Draws nothing where the stream is no terminal. A class of our own: Debian packages no C++ library for it.
+/// Draws nothing where the stream is no terminal.
 class ProgressBar {
 public:
     /// pixelsPerStep: where it is not 0, the line says how many million pixels per second are done.

@@ -24,9 +24,9 @@ constexpr auto kHelp = "drag, arrows     move\n"
                        "wheel            zoom about the cursor\n"
                        "two fingers      zoom\n"
                        "i or +, o or -   zoom in, out\n"
-                       "1                pixel for pixel\n"
+                       "1                actual size (1:1)\n"
                        "f                the whole picture\n"
-                       "b                weigh samples below 1:1\n"
+                       "b                smooth (bilinear) below 1:1\n"
                        "s                sharpen\n"
                        "g                gamma\n"
                        "c                equalise (CLAHE)\n"
@@ -182,7 +182,7 @@ panels::Wishes panels::draw(Model const& model) {
 
 void panels::drawTiles(Camera const& camera) {
     View const view = camera.view();
-    Extent const whole = camera.size();
+    Size const whole = camera.size();
     ImDrawList& list = *ImGui::GetBackgroundDrawList();
     auto const clipped = [](std::int64_t from, std::size_t frame, std::size_t end) {
         auto const last = std::min(from + static_cast<std::int64_t>(frame), static_cast<std::int64_t>(end));
@@ -216,7 +216,7 @@ void panels::drawMask(OverlayTexture const& mask) {
         toImGui(static_cast<double>(mask.size().width), static_cast<double>(mask.size().height)));
 }
 
-void panels::drawGrowing(OverlayTexture const& picture, Extent const& frame) {
+void panels::drawGrowing(OverlayTexture const& picture, Size const& frame) {
     if (picture.empty()) return;
     auto const width = static_cast<double>(picture.size().width);
     auto const height = static_cast<double>(picture.size().height);
@@ -227,12 +227,12 @@ void panels::drawGrowing(OverlayTexture const& picture, Extent const& frame) {
                                              toImGui(x + width * scale, y + height * scale));
 }
 
-void panels::drawProgress(std::string const& name, double share, Extent const& frame) {
+void panels::drawProgress(std::string const& name, double share, Size const& frame) {
     ImVec2 const bottom = toImGui(static_cast<double>(frame.width) / 2, static_cast<double>(frame.height) - 8);
     ImGui::SetNextWindowPos(bottom, ImGuiCond_Always, {0.5F, 1});
     ImGui::SetNextWindowBgAlpha(0.7F);
     ImGui::Begin("progress", nullptr, kWordFlags);
-    ImGui::Text("importing %s, once", name.c_str());
+    ImGui::Text("importing %s (first time only)", name.c_str());
     ImGui::ProgressBar(static_cast<float>(share), toImGui(320, 0));
     ImGui::End();
 }

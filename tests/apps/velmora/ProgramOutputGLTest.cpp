@@ -154,7 +154,8 @@ TEST_F(ProgramOutputGLTest, WhatKilledImportsLeaveInTheUsersCacheIsRemoved) {
     EXPECT_EQ(std::distance(left, fs::directory_iterator()), 1);
 }
 
-// Every call that concerns the output, which does not hang on the GL implementation: a hundred runs are enough on one.
+// Every call that concerns the output, which does not depend on the GL implementation: a hundred runs are enough on
+// one.
 TEST_F(ProgramOutputGLTest, WhateverFailsThereIsTheOldFileOrTheNewOne) {
     char const* const renderer = std::getenv("VELMORA_EXPECT_RENDERER");
     if (renderer != nullptr && std::string(renderer).rfind("llvmpipe", 0) != 0) GTEST_SKIP() << "it runs on llvmpipe";
