@@ -15,7 +15,6 @@ namespace conformance {
 
 namespace {
 
-using description::Borders;
 using reference::Texels;
 
 constexpr int kFewestEqualised = reference::kClaheRegion + 1; // rows or columns
@@ -34,7 +33,7 @@ FilterClaheParams clippedAt(double clip) {
     return params;
 }
 
-// In targets of 48 and of 64 bits a pixel, which hold the same texels.
+// In targets of 48 and of 64 bits per pixel, which hold the same texels.
 void expectEqualised(Trial& trial, Filter const& filter, Texels const& texels, double clip) {
     Texels const expected = equalised(texels, clip);
     for (Layout const layout : {Layout::kFourChannel16, Layout::kThreeChannel16})
@@ -54,7 +53,7 @@ void expectPart(Trial& trial, Filter const& filter, Part const& part) {
 }
 
 // What borders leave out is read and counted all the same. Below the side of a region it is equalised as well.
-void expectBorders(Trial& trial, Borders const& borders) {
+void expectBorders(Trial& trial, Insets const& borders) {
     constexpr int kWidth = 170;
     constexpr int kHeight = 130;
     Texels const texels = greySlope(kWidth, kHeight, 8);
@@ -96,8 +95,7 @@ void expectThorough(Trial& trial, Filter const& filter) {
         std::vector<std::int16_t> const uniform(std::size_t{50} * 45 * 4, grey);
         expectEqualised(trial, filter, reference::packFourChannel16(uniform, 50, 45), 1.0);
     }
-    for (Borders const& borders :
-         {Borders{40, 0, 0, 0}, {0, 0, 40, 0}, {40, 40, 40, 40}, {80, 5, 47, 9}, {39, 0, 39, 0}})
+    for (Insets const& borders : {Insets{40, 0, 0, 0}, {0, 0, 40, 0}, {40, 40, 40, 40}, {80, 5, 47, 9}, {39, 0, 39, 0}})
         expectBorders(trial, borders);
     for (Part const& part : {Part{0, 0, 66, 54, 0, 0, 0, 0, 2, 1},
                              {7, 3, 66, 54, 0, 0, 0, 0, 1, 0},

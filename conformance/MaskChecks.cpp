@@ -70,7 +70,7 @@ Texels maskedByHand(Masking const& masking, Place place) {
 }
 
 void expectMasked(Trial& trial, Filter const& description, Layout layout, Masking const& masking, Place place) {
-    FilterRunner& runner = trial.runner();
+    TexelRunner& runner = trial.runner();
     std::size_t const from = runner.uploaded(masking.source, layout);
     std::size_t const to = runner.uploaded(masking.target, layout);
     MaskFilterParams params;

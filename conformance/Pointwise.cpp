@@ -78,12 +78,10 @@ Filter withoutBorders(std::string const& name, std::size_t inputs) {
 FilterRun runOf(Part const& part, std::vector<FilterSource> sources) {
     FilterRun run;
     run.sources = std::move(sources);
-    run.width = static_cast<std::size_t>(part.width);
-    run.height = static_cast<std::size_t>(part.height);
-    run.clipLeft = static_cast<std::size_t>(part.clipLeft);
-    run.clipRight = static_cast<std::size_t>(part.clipRight);
-    run.clipTop = static_cast<std::size_t>(part.clipTop);
-    run.clipBottom = static_cast<std::size_t>(part.clipBottom);
+    run.input.width = static_cast<std::size_t>(part.width);
+    run.input.height = static_cast<std::size_t>(part.height);
+    run.clip = {static_cast<std::size_t>(part.clipLeft), static_cast<std::size_t>(part.clipRight),
+                static_cast<std::size_t>(part.clipTop), static_cast<std::size_t>(part.clipBottom)};
     run.offset = {part.toX, part.toY};
     return run;
 }

@@ -59,7 +59,7 @@ void expectColours(Trial& trial, Filter const& filter, Pointwise const& pointwis
                    SingleFilterParameters const& params = {},
                    std::function<reference::Texels(reference::Texels const&)> const& before = nullptr);
 
-/// A filter of pixels in two texels each, run over targets of one texel a pixel, where clips count texels: an odd one
+/// A filter of pixels in two texels each, run over targets of one texel per pixel, where clips count texels: an odd one
 /// starts in the middle of a pixel, and the halves stay in their columns.
 void expectHalvesOfPixels(Trial& trial, Filter const& filter, Pointwise const& pointwise,
                           SingleFilterParameters const& params = {});

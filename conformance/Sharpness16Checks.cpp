@@ -101,7 +101,7 @@ Passes noisy(int width, int height, std::uint32_t randomStart, std::int32_t firs
             randomTexels(2 * width, height, randomStart + 1)};
 }
 
-std::vector<std::size_t> uploaded(FilterRunner& runner, Passes const& passes, Layout layout) {
+std::vector<std::size_t> uploaded(TexelRunner& runner, Passes const& passes, Layout layout) {
     return {runner.uploaded(passes.source, layout), runner.uploaded(passes.blurred, layout)};
 }
 
@@ -115,7 +115,7 @@ void expectSharp(Trial& trial, Filter const& filter, Passes const& passes, Gain 
 // The part starts at its own place in the source, and at this one in the blur.
 void expectPart(Trial& trial, Filter const& filter, Passes const& passes, Part const& part,
                 std::array<int, 2> const& inBlur, double gain) {
-    FilterRunner& runner = trial.runner();
+    TexelRunner& runner = trial.runner();
     std::vector<std::size_t> const targets = uploaded(runner, passes, Layout::kThreeChannel16);
     FilterRun const run =
         runOf(part, {{targets[0], static_cast<std::size_t>(part.x), static_cast<std::size_t>(part.y), false},
@@ -154,7 +154,7 @@ void expectParts(Trial& trial, Filter const& filter) {
         expectPart(trial, filter, passes, part, {part.x - 3, part.y}, 2.0);
 }
 
-// Without borders: rows beyond the texture read its edge. Then targets of one texel a pixel, where a clip of one is
+// Without borders: rows beyond the texture read its edge. Then targets of one texel per pixel, where a clip of one is
 // half a pixel.
 void expectUpToTheEdges(Trial& trial) {
     Filter const filter = trial.prepared(withoutBorders("FilterSharpnessV16", 2));

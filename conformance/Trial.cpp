@@ -22,7 +22,7 @@ std::string placeOf(std::size_t byte, Comparison const& comparison) {
 
 } // namespace
 
-Trial::Trial(FilterRunner& runner, Scope const& scope) : runner_(runner), scope_(scope) {}
+Trial::Trial(TexelRunner& runner, Scope const& scope) : runner_(runner), scope_(scope) {}
 
 Trial::~Trial() {
     runner_.eraseTargets();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "conformance/FilterRunner.h"
+#include "conformance/TexelRunner.h"
 
 #include <cstdint>
 #include <string>
@@ -33,7 +33,7 @@ struct Scope {
 /// One filter's trial: runs it, and counts the bytes that differ from what a plain integer model gives.
 class Trial {
 public:
-    Trial(FilterRunner& runner, Scope const& scope);
+    Trial(TexelRunner& runner, Scope const& scope);
     ~Trial();
 
     Trial(Trial const&) = delete;
@@ -44,7 +44,7 @@ public:
     /// Sides of strips in texels, as long as coordinates must stay apart: 8192, and the longest there is; a sharp trial
     /// has one, longer than floats of 16 bits count. Multiples of four, so that every layout fills them.
     std::vector<int> stripLengths() const;
-    FilterRunner& runner() { return runner_; }
+    TexelRunner& runner() { return runner_; }
     Tally const& tally() const { return tally_; }
 
     /// The filter with its program; the trial gives it back.
@@ -60,7 +60,7 @@ public:
     void count(Comparison const& comparison, Layout layout);
 
 private:
-    FilterRunner& runner_;
+    TexelRunner& runner_;
     Scope scope_;
     std::vector<Filter> filters_;
     std::uint64_t comparisons_ = 0;

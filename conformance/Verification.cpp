@@ -48,7 +48,7 @@ std::vector<std::string> namesWithRuns() {
     return names;
 }
 
-Outcome verifyFilter(std::string const& name, FilterRunner& runner, Scope const& scope) {
+Outcome verifyFilter(std::string const& name, TexelRunner& runner, Scope const& scope) {
     Outcome outcome;
     outcome.filter = name;
     auto const start = std::chrono::steady_clock::now();
@@ -64,12 +64,12 @@ Outcome verifyFilter(std::string const& name, FilterRunner& runner, Scope const&
 }
 
 std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, Scope const& scope,
-                            VerificationProgress const& progress) {
-    FilterRunner runner(instance);
+                            Progress const& progress) {
+    TexelRunner runner(instance);
     std::vector<std::string> const& names = description::names();
     std::vector<Outcome> outcomes;
     for (std::string const& name : names) {
-        progress(name, outcomes.size(), names.size());
+        progress(outcomes.size(), names.size());
         outcomes.push_back(verifyFilter(name, runner, scope));
     }
     return outcomes;

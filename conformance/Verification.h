@@ -1,9 +1,9 @@
 #pragma once
 
 #include "conformance/Trial.h"
+#include "host/Progress.h"
 
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,17 +22,14 @@ struct Outcome {
     bool exact() const { return tally.differingBytes == 0 && failure.empty(); }
 };
 
-/// Called before each filter: its name, how many are done, how many there are. May throw to stop.
-using VerificationProgress = std::function<void(std::string const& filter, std::size_t done, std::size_t total)>;
-
-/// Runs every built-in filter name against its plain integer model, in the order of their descriptions.
-/// A filter that the backend cannot run is an outcome like another. GL thread only; uses targets and tile ids of the
-/// instance and gives them back, and empties its pool of erased targets.
+/// Progress counts filters. Runs every built-in filter name against its plain integer model, in the order of their
+/// descriptions. A filter that the backend cannot run is an outcome like another. GL thread only; uses targets and tile
+/// ids of the instance and gives them back, and empties its pool of erased targets.
 std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, Scope const& scope,
-                            VerificationProgress const& progress);
+                            Progress const& progress);
 
 /// The same for one of the names. A name without runs is an outcome too, whose failure says where they go.
-Outcome verifyFilter(std::string const& name, FilterRunner& runner, Scope const& scope);
+Outcome verifyFilter(std::string const& name, TexelRunner& runner, Scope const& scope);
 /// The names that have runs.
 std::vector<std::string> namesWithRuns();
 

@@ -79,7 +79,7 @@ void expectBandPart(Trial& trial, Filter const& filter, InverseStep inverse, Ban
     int const top = part.clipTop + static_cast<int>(filter.invalidTop());
     Plane const kept = cropped(whole, part.clipLeft, top, whole.width - part.clipLeft - part.clipRight,
                                whole.height - top - part.clipBottom);
-    FilterRunner& runner = trial.runner();
+    TexelRunner& runner = trial.runner();
     auto const at = [](std::size_t source, int x, int y) {
         return FilterSource{source, static_cast<std::size_t>(x), static_cast<std::size_t>(y), false};
     };
@@ -166,7 +166,7 @@ ThreePlanes noisyPlanes(int widthTexels, int height) {
             randomTexels(widthTexels, height, 17)};
 }
 
-std::vector<std::size_t> uploadedPlanes(FilterRunner& runner, ThreePlanes const& planes) {
+std::vector<std::size_t> uploadedPlanes(TexelRunner& runner, ThreePlanes const& planes) {
     return {runner.uploaded(planes[0], Layout::kOneChannel16), runner.uploaded(planes[1], Layout::kOneChannel16),
             runner.uploaded(planes[2], Layout::kOneChannel16)};
 }

@@ -91,7 +91,7 @@ Region chosenRegion(Options const& options, size_t width, size_t height) {
     Region const whole{0, 0, width, height};
     if (options.region.empty()) return whole;
     Region const region = parseRegion(options.region);
-    if (liesIn(region, whole.width, whole.height)) return region;
+    if (liesIn(region, sizeOf(whole))) return region;
     std::string const name = options.image.empty() ? "the built-in picture" : "'" + options.image + "'";
     throw HostError(HostError::Kind::RegionOutside,
                     "the region " + options.region + " leaves " + name + ", which has " + std::to_string(whole.width) +
@@ -105,8 +105,8 @@ std::string toText(double number) {
 }
 
 // Draws into a file of a size, with a bar that shows how far it is. Returns the seconds that it took.
-using Draw = std::function<void(std::shared_ptr<RenderBackendInstance> const& instance,
-                                RegionRenderer::RowSink const& write, RegionRenderer::Progress const& progress)>;
+using Draw = std::function<void(std::shared_ptr<RenderBackendInstance> const& instance, RowSink const& write,
+                                Progress const& progress)>;
 
 struct Shape {
     size_t width;
@@ -234,7 +234,7 @@ void addRenderCommand(CLI::App& program) {
     auto* const command =
         program.add_subcommand("render", "Draw an image through the backend and write a PNG or TIFF file");
     command->footer(kExamples);
-    command->add_option("IMAGE", options->image, "Any image that is read, or a store; without it the built-in picture")
+    command->add_option("IMAGE", options->image, "An image or a store; default: the built-in picture")
         ->type_name("")
         ->check(checkNamed);
     addSelectionOptions(*command, options->selection);
@@ -244,23 +244,22 @@ void addRenderCommand(CLI::App& program) {
         ->required()
         ->type_name("FILE")
         ->check(checkNamed);
-    command->add_flag("--force", options->force, "Replace a file that has the output's name");
-    command->add_option("-r,--region", options->region, "The part to draw, in pixels; without it the whole image")
+    command->add_flag("--force", options->force, "Replace an existing output file");
+    command->add_option("-r,--region", options->region, "The part to draw, in pixels; default: the whole image")
         ->type_name("X,Y,W,H")
         ->check(checkRegion);
     command
         ->add_option("--zoom", options->zoom,
-                     "Pixels drawn per pixel of the picture: a whole number, or below 1 the nearest of 32 steps per "
-                     "halving. Of an "
-                     "image a store is made first")
+                     "Magnification, output pixels per picture pixel: a whole number, or below 1 the nearest of 32 "
+                     "steps per halving. For an image, a store is made first")
         ->capture_default_str()
         ->type_name("Z")
         ->check(checkZoom);
     command
-        ->add_option(
-            "--bits", options->bits,
-            "Of a sample that is written, 8 or 16; without it 16 where the picture has them, the file is a TIFF and "
-            "there is no filter and no --smooth, else 8")
+        ->add_option("--bits", options->bits,
+                     "Bits per sample of the output, 8 or 16; default: 16 where the picture has them, the file is a "
+                     "TIFF and there "
+                     "is no filter and no --smooth, else 8")
         ->type_name("N")
         ->check(CLI::IsMember({8, 16}));
     command
@@ -268,7 +267,8 @@ void addRenderCommand(CLI::App& program) {
         ->capture_default_str()
         ->type_name("PIXELS")
         ->check(CLI::Range(RegionRenderer::kMinTileSize, RegionRenderer::kMaxTileSize));
-    command->add_flag("--smooth", options->smooth, "Zoom below 1: weigh samples instead of taking the nearest one");
+    command->add_flag("--smooth", options->smooth,
+                      "Zoom below 1: bilinear interpolation instead of the nearest sample");
     addFilterOptions(*command);
     command->callback([options, command] {
         options->steps = filterStepsOf(*command);

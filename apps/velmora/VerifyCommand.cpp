@@ -61,11 +61,10 @@ std::vector<Outcome> outcomes(Options const& options, SurfacelessContext& contex
     ProgressBar bar("verifying", stderr);
     conformance::Scope const scope = {options.full ? conformance::Depth::kFull : conformance::Depth::kThorough,
                                       std::min({gl.maxTextureSize, gl.maxViewport[0], gl.maxViewport[1]})};
-    return conformance::verify(backend.createInstance(context), scope,
-                               [&](std::string const&, std::size_t done, std::size_t total) {
-                                   interruption::throwIfNoted();
-                                   bar.update(done, total);
-                               });
+    return conformance::verify(backend.createInstance(context), scope, [&](std::size_t done, std::size_t total) {
+        interruption::throwIfNoted();
+        bar.update(done, total);
+    });
 }
 
 void printRow(std::string const& name, std::uint64_t pixels, std::uint64_t differingBytes, double seconds) {

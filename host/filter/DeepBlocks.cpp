@@ -7,7 +7,7 @@ DeepBlocks::DeepBlocks(std::shared_ptr<RenderBackendInstance> const& instance, s
 
 void DeepBlocks::drawBlock(Region const& block, Region const& strip, std::vector<std::uint8_t> const& pixels,
                            std::vector<std::uint8_t>& out) {
-    using Layout = PictureTargets::Layout;
+    using Layout = SampleLayout;
     std::size_t const even = block.width + block.width % 2; // two samples share a texel
     auto const place = [&](std::size_t x, std::size_t y, std::size_t band) {
         return 2 * (((block.y - strip.y + y) * strip.width + block.x - strip.x + x) * bands_ + band);
@@ -18,8 +18,9 @@ void DeepBlocks::drawBlock(Region const& block, Region const& strip, std::vector
             for (std::size_t x = 0; x < block.width; ++x)
                 std::memcpy(&plane_[2 * (y * even + x)], &pixels[place(x, y, band)], 2);
         }
-        OwnedTarget const drawn = targets_.uploaded(Layout::kPlane, {even, block.height}, plane_);
-        std::vector<unsigned char> const samples = targets_.read(drawn, Layout::kPlane, {0, 0, even, block.height});
+        OwnedTarget const drawn = targets_.upload(Layout::kOneChannel16, {even, block.height}, plane_);
+        std::vector<unsigned char> const samples =
+            targets_.read(drawn, Layout::kOneChannel16, {0, 0, even, block.height});
         for (std::size_t y = 0; y < block.height; ++y) {
             for (std::size_t x = 0; x < block.width; ++x)
                 std::memcpy(&out[place(x, y, band)], &samples[2 * (y * even + x)], 2);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/Region.h"
-#include "host/filter/PictureTargets.h"
+#include "host/Geometry.h"
+#include "host/filter/FilterRunner.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,7 +20,7 @@ public:
                    std::vector<std::uint8_t>& out);
 
 private:
-    PictureTargets targets_;
+    FilterRunner targets_;
     std::size_t bands_;
     std::vector<unsigned char> plane_;
 };

@@ -155,13 +155,13 @@ EnhancedRenderer::EnhancedRenderer(std::shared_ptr<RenderBackendInstance> instan
 
 std::size_t EnhancedRenderer::bandsOf(std::size_t pictureBands, std::vector<enhancement::Step> const& steps) {
     bool const coloured = std::any_of(steps.begin(), steps.end(), [](enhancement::Step const& step) {
-        return std::holds_alternative<enhancement::ColourMatrix>(step);
+        return std::visit([](auto const& one) { return std::decay_t<decltype(one)>::kMayColour; }, step);
     });
     return pixelbands::isGrey(pictureBands) && coloured ? pictureBands + 2 : pictureBands;
 }
 
-void EnhancedRenderer::render(PixelSource& source, Region const& region, RegionRenderer::RowSink const& sink,
-                              RegionRenderer::Progress const& progress) {
+void EnhancedRenderer::render(PixelSource& source, Region const& region, RowSink const& sink,
+                              Progress const& progress) {
     Enhancing enhancing(instance_, steps_, source, region, side_);
     std::size_t const bottom = region.y + region.height;
     for (std::size_t y = region.y; y < bottom;) {

@@ -1,11 +1,16 @@
 #pragma once
 
+#include "host/Geometry.h"
+#include "host/Progress.h"
+#include "host/RowSink.h"
 #include "host/filter/Enhancement.h"
-#include "host/filter/RegionRenderer.h"
 
 #include <cstddef>
 #include <memory>
 #include <vector>
+
+class PixelSource;
+class RenderBackendInstance;
 
 /// Draws a region of a picture through a chain of enhancements and hands out 8-bit pixels. What comes out does not
 /// depend on the region: it is that part of the whole picture enhanced.
@@ -21,8 +26,7 @@ public:
     static std::size_t bandsOf(std::size_t pictureBands, std::vector<enhancement::Step> const& steps);
 
     /// Throws what source, sink and progress throw, and VelmoraException.
-    void render(PixelSource& source, Region const& region, RegionRenderer::RowSink const& sink,
-                RegionRenderer::Progress const& progress);
+    void render(PixelSource& source, Region const& region, RowSink const& sink, Progress const& progress);
 
 private:
     std::shared_ptr<RenderBackendInstance> instance_;

@@ -7,15 +7,22 @@
 #include <vector>
 
 /// What a user asks for to see more in a picture. Each is one filter of the backend, or a short chain of them.
+/// kIsPointwise: an output pixel comes from the input pixel at its place alone. kMayColour: grey may become colour.
 namespace enhancement {
 
 /// Unsharp mask. The gain moves in steps of 1/32, toward zero.
 struct Sharpen {
+    static constexpr bool kIsPointwise = false;
+    static constexpr bool kMayColour = false;
+
     double gain = 1.0;
 };
 
 /// Each row of three gives one output colour: red' = m[0] * red + m[1] * green + m[2] * blue.
 struct ColourMatrix {
+    static constexpr bool kIsPointwise = true;
+    static constexpr bool kMayColour = true;
+
     std::array<double, 9> rows = {1, 0, 0, 0, 1, 0, 0, 0, 1};
     double strength = 1.0; ///< multiplies every coefficient
 };
@@ -23,22 +30,34 @@ struct ColourMatrix {
 /// A black point, a white point and a gamma. On 8-bit pictures the points count linear light, 4096 codes of which 3500
 /// are the white of sRGB; on 16-bit pictures they are codes of the file.
 struct Gamma {
+    static constexpr bool kIsPointwise = true;
+    static constexpr bool kMayColour = false;
+
     double gamma = 1.0;
     std::uint64_t black = 0;
     std::uint64_t white = 0;
 };
 
 /// Linear codes to sRGB.
-struct LinearToSrgb {};
+struct LinearToSrgb {
+    static constexpr bool kIsPointwise = true;
+    static constexpr bool kMayColour = false;
+};
 
 /// Contrast-limited adaptive histogram equalisation of the luma. 1.0 is the weakest limit.
 struct Equalise {
+    static constexpr bool kIsPointwise = false;
+    static constexpr bool kMayColour = false;
+
     double clipLimit = 1.0;
 };
 
 /// Cuts samples to multiples of 2^bits, toward zero; bits of the file's own codes. rounding puts the result in the
 /// middle of its step.
 struct Truncate {
+    static constexpr bool kIsPointwise = true;
+    static constexpr bool kMayColour = false;
+
     std::uint32_t bits = 0;
     bool rounding = false;
 };

@@ -1,8 +1,8 @@
 #include "host/filter/EnhancementChain.h"
 
 #include "host/HostError.h"
-#include "host/filter/DeepTexels.h"
 #include "host/filter/FilterDescriptions.h"
+#include "host/filter/SampleLayout.h"
 #include "renderbackend/FilterParameters.h"
 
 #include <algorithm>
@@ -13,8 +13,7 @@
 namespace {
 
 using namespace enhancement;
-using Layout = PictureTargets::Layout;
-using Size = PictureTargets::Size;
+using Layout = SampleLayout;
 
 constexpr std::size_t kSharpenReach = 2;
 constexpr unsigned kFileDepth = 16;
@@ -25,27 +24,18 @@ constexpr unsigned kMatrixResultBits = 14; // results of the 16-bit matrix are e
 constexpr unsigned kShownDepth = 8;
 constexpr double kOne = 1024.0; // 1.0 in the matrix filters
 
-Size sizeOf(Region const& region) {
-    return {region.width, region.height};
-}
-
 Size evenSizeOf(Region const& region) {
     return {region.width + region.width % 2, region.height};
 }
 
 Layout layoutOf(unsigned depth) {
-    return depth == kShownDepth ? Layout::kRgba8 : Layout::kDeep;
+    return depth == kShownDepth ? Layout::kRgba8 : Layout::kThreeChannel16;
 }
 
 // A picture has at most 2^16 codes per sample; of fewer bits the lower ones are gone.
 std::uint64_t codeAt(std::uint64_t code, unsigned depth) {
     return code >> (kFileDepth - depth);
 }
-
-struct Interval {
-    std::size_t start;
-    std::size_t length;
-};
 
 Interval widened(Interval const& wanted, std::size_t reach, std::size_t end) {
     std::size_t const start = wanted.start - std::min(reach, wanted.start);
@@ -59,10 +49,35 @@ Interval onGrid(Interval const& wanted, std::size_t end) {
     return {start, std::min(blocks * EnhancementChain::kGrid, end - start)};
 }
 
-Interval read(Interval const& wanted, Step const& step, std::size_t end) {
-    if (std::holds_alternative<Sharpen>(step)) return widened(wanted, kSharpenReach, end);
-    if (std::holds_alternative<Equalise>(step)) return widened(onGrid(wanted, end), EnhancementChain::kGrid, end);
+// Along one axis that ends at `end`: what a step reads for what is wanted.
+template <class Step>
+Interval read(Step const& /*step*/, Interval const& wanted, std::size_t /*end*/) {
+    static_assert(Step::kIsPointwise, "say what the step reads around its output");
     return wanted;
+}
+
+Interval read(Sharpen const& /*step*/, Interval const& wanted, std::size_t end) {
+    return widened(wanted, kSharpenReach, end);
+}
+
+Interval read(Equalise const& /*step*/, Interval const& wanted, std::size_t end) {
+    return widened(onGrid(wanted, end), EnhancementChain::kGrid, end);
+}
+
+// The most that read() adds at both sides together.
+template <class Step>
+std::size_t mostRead(Step const& /*step*/) {
+    static_assert(Step::kIsPointwise, "say how much the step reads around its output");
+    return 0;
+}
+
+std::size_t mostRead(Sharpen const& /*step*/) {
+    return 2 * kSharpenReach;
+}
+
+// A step before it may have left the grid at both sides.
+std::size_t mostRead(Equalise const& /*step*/) {
+    return 4 * EnhancementChain::kGrid;
 }
 
 Filter3x3MatrixParams matrixParams(ColourMatrix const& matrix) {
@@ -94,9 +109,12 @@ EnhancementChain::EnhancementChain(std::shared_ptr<RenderBackendInstance> instan
     : instance_(std::move(instance)), targets_(instance_), steps_(std::move(steps)), picture_(picture) {}
 
 Region EnhancementChain::around(Region const& output, Step const& step) const {
-    Interval const x = read({output.x, output.width}, step, picture_.width);
-    Interval const y = read({output.y, output.height}, step, picture_.height);
-    return {x.start, y.start, x.length, y.length};
+    return std::visit(
+        [&](auto const& one) {
+            return regionOf(read(one, {output.x, output.width}, picture_.width),
+                            read(one, {output.y, output.height}, picture_.height));
+        },
+        step);
 }
 
 // What each step starts from, and the output last.
@@ -113,11 +131,8 @@ Region EnhancementChain::inputFor(Region const& output) const {
 
 std::size_t EnhancementChain::partSide(std::vector<Step> const& steps) {
     std::size_t around = 0;
-    for (Step const& step : steps) {
-        if (std::holds_alternative<Sharpen>(step)) around += 2 * kSharpenReach;
-        // A step before it may have left the grid at both sides.
-        if (std::holds_alternative<Equalise>(step)) around += 4 * kGrid;
-    }
+    for (Step const& step : steps)
+        around += std::visit([](auto const& one) { return mostRead(one); }, step);
     return around >= kMaxSide ? 0 : (kMaxSide - around) / kGrid * kGrid;
 }
 
@@ -136,7 +151,7 @@ OwnedTarget EnhancementChain::draw(OwnedTarget input, unsigned depth, Region con
 
 std::vector<unsigned char> EnhancementChain::run8(std::vector<unsigned char> const& rgba, Region const& output) {
     Region const region = inputFor(output);
-    return texels(draw(targets_.uploaded(Layout::kRgba8, sizeOf(region), rgba), kShownDepth, output), output);
+    return texels(draw(targets_.upload(Layout::kRgba8, sizeOf(region), rgba), kShownDepth, output), output);
 }
 
 std::vector<unsigned char> EnhancementChain::run15(Planes const& planes, Region const& output) {
@@ -144,57 +159,35 @@ std::vector<unsigned char> EnhancementChain::run15(Planes const& planes, Region 
 }
 
 OwnedTarget EnhancementChain::draw15(Planes const& planes, Region const& output) {
-    return draw(interleaved(planes, evenSizeOf(inputFor(output)), nullptr), kPlaneDepth, output);
+    return draw(interleave(planes, evenSizeOf(inputFor(output)), nullptr), kPlaneDepth, output);
 }
 
 OwnedTarget EnhancementChain::finish(Part part, Region const& output) {
     std::vector<Region> const regions = regionsUpTo(output);
     for (std::size_t i = 0; i < steps_.size(); ++i)
-        part = apply(std::move(part), steps_[i], regions[i + 1]);
-    return std::move(shownAs8(std::move(part)).target);
+        part = std::visit([&](auto const& step) { return apply(std::move(part), step, regions[i + 1]); }, steps_[i]);
+    return std::move(toShown(std::move(part)).target);
 }
 
 std::vector<unsigned char> EnhancementChain::texels(OwnedTarget const& target, Region const& output) const {
-    return targets_.read(target, Layout::kRgba8, {0, 0, output.width, output.height});
+    return targets_.read(target, Layout::kRgba8, wholeOf(sizeOf(output)));
 }
 
-EnhancementChain::Part EnhancementChain::apply(Part part, Step const& step, Region const& output) {
-    return std::visit(
-        [&](auto const& one) {
-            using Kind = std::decay_t<decltype(one)>;
-            if constexpr (std::is_same_v<Kind, Sharpen>)
-                return sharpened(std::move(part), one, output);
-            else if constexpr (std::is_same_v<Kind, ColourMatrix>)
-                return multiplied(std::move(part), one);
-            else if constexpr (std::is_same_v<Kind, Gamma>)
-                return gammaMapped(std::move(part), one);
-            else if constexpr (std::is_same_v<Kind, LinearToSrgb>)
-                return toSrgb(std::move(part));
-            else if constexpr (std::is_same_v<Kind, Equalise>)
-                return equalised(std::move(part), one, output);
-            else
-                return truncated(std::move(part), one);
-        },
-        step);
-}
-
-EnhancementChain::Part EnhancementChain::sharpened(Part part, Sharpen const& sharpen, Region const& output) {
-    if (part.depth != kShownDepth) part = atDepth(std::move(part), kSharpenDepth);
+EnhancementChain::Part EnhancementChain::apply(Part part, Sharpen const& sharpen, Region const& output) {
+    if (part.depth != kShownDepth) part = toDepth(std::move(part), kSharpenDepth);
     // Where the picture ends the filter would find nothing: its edge pixels go on.
-    PictureTargets::Sides const beyond = {kSharpenReach - (output.x - part.region.x),
-                                          kSharpenReach - (part.region.x + part.region.width - output.x - output.width),
-                                          kSharpenReach - (output.y - part.region.y),
-                                          kSharpenReach -
-                                              (part.region.y + part.region.height - output.y - output.height)};
+    Insets const inside = insetsOf(part.region, output);
+    Insets const beyond = {kSharpenReach - inside.left, kSharpenReach - inside.right, kSharpenReach - inside.top,
+                           kSharpenReach - inside.bottom};
     OwnedTarget const source =
-        targets_.extended(std::move(part.target), layoutOf(part.depth), sizeOf(part.region), beyond);
+        targets_.padEdges(std::move(part.target), layoutOf(part.depth), sizeOf(part.region), beyond);
     Size const read = {output.width + 2 * kSharpenReach, output.height + 2 * kSharpenReach};
-    return part.depth == kShownDepth ? sharpened8(source, read, output, sharpen.gain)
-                                     : sharpened16(source, read, output, sharpen.gain);
+    return part.depth == kShownDepth ? sharpen8(source, read, output, sharpen.gain)
+                                     : sharpen16(source, read, output, sharpen.gain);
 }
 
-EnhancementChain::Part EnhancementChain::sharpened8(OwnedTarget const& source, Size const& read, Region const& output,
-                                                    double gain) {
+EnhancementChain::Part EnhancementChain::sharpen8(OwnedTarget const& source, Size const& read, Region const& output,
+                                                  double gain) {
     FilterSharpness8Params params;
     params.gain = gain;
     OwnedTarget result = targets_.target(Layout::kRgba8, sizeOf(output));
@@ -203,74 +196,70 @@ EnhancementChain::Part EnhancementChain::sharpened8(OwnedTarget const& source, S
     return {std::move(result), output, kShownDepth};
 }
 
-EnhancementChain::Part EnhancementChain::sharpened16(OwnedTarget const& source, Size const& read, Region const& output,
-                                                     double gain) {
+EnhancementChain::Part EnhancementChain::sharpen16(OwnedTarget const& source, Size const& read, Region const& output,
+                                                   double gain) {
     // The filter drops a fraction before it multiplies by 32: so the gain comes 32 times as large, and five bits go
     // again.
     constexpr int kFractionBits = 5;
     FilterSharpness16Params params;
     params.gain = std::trunc(std::ldexp(gain, kFractionBits));
     params.shiftBits = kFractionBits;
-    OwnedTarget const blur = targets_.target(Layout::kDeep, {output.width, read.height});
+    OwnedTarget const blur = targets_.target(Layout::kThreeChannel16, {output.width, read.height});
     targets_.run(targets_.prepared(description::filterSharpnessH16()), {{source.id(), 0, 0, false}}, read, blur);
-    OwnedTarget result = targets_.target(Layout::kDeep, sizeOf(output));
+    OwnedTarget result = targets_.target(Layout::kThreeChannel16, sizeOf(output));
     targets_.run(targets_.prepared(description::filterSharpnessV16()),
                  {{source.id(), kSharpenReach, 0, false}, {blur.id(), 0, 0, false}}, {output.width, read.height},
                  result, params);
     return {std::move(result), output, kSharpenDepth};
 }
 
-EnhancementChain::Part EnhancementChain::multiplied(Part part, ColourMatrix const& matrix) {
-    if (part.depth == kShownDepth)
-        return mapped(part, description::filter3x3Matrix8(), kShownDepth, matrixParams(matrix));
+EnhancementChain::Part EnhancementChain::apply(Part part, ColourMatrix const& matrix, Region const& /*output*/) {
+    if (part.depth == kShownDepth) return map(part, description::filter3x3Matrix8(), kShownDepth, matrixParams(matrix));
     unsigned const depth = std::min(part.depth, roomFor(matrix));
-    part = atDepth(std::move(part), depth);
-    return mapped(part, description::filter3x3Matrix16(), depth, matrixParams(matrix));
+    part = toDepth(std::move(part), depth);
+    return map(part, description::filter3x3Matrix16(), depth, matrixParams(matrix));
 }
 
-EnhancementChain::Part EnhancementChain::gammaMapped(Part part, Gamma const& gamma) {
+EnhancementChain::Part EnhancementChain::apply(Part part, Gamma const& gamma, Region const& /*output*/) {
     if (part.depth == kShownDepth)
-        return mapped(part, description::filterBlackWhiteGamma8(), kShownDepth,
-                      FilterBlackWhiteGamma8Params(gamma.gamma, gamma.black, gamma.white));
-    return mapped(
+        return map(part, description::filterBlackWhiteGamma8(), kShownDepth,
+                   FilterBlackWhiteGamma8Params(gamma.gamma, gamma.black, gamma.white));
+    return map(
         part, description::filterLinear16TosRGB8(part.depth), kShownDepth,
         FilterLinear16TosRGB8Params(gamma.gamma, codeAt(gamma.black, part.depth), codeAt(gamma.white, part.depth)));
 }
 
-EnhancementChain::Part EnhancementChain::toSrgb(Part part) {
+EnhancementChain::Part EnhancementChain::apply(Part part, LinearToSrgb const& /*step*/, Region const& /*output*/) {
     ComparableSingleFilterParameters<unsigned char> const anyKey;
-    return part.depth == kShownDepth
-               ? mapped(part, description::filterLinear8ToSRGB8(), kShownDepth, anyKey)
-               : mapped(part, description::filterLinear16ToSRGB8(part.depth), kShownDepth, anyKey);
+    return part.depth == kShownDepth ? map(part, description::filterLinear8ToSRGB8(), kShownDepth, anyKey)
+                                     : map(part, description::filterLinear16ToSRGB8(part.depth), kShownDepth, anyKey);
 }
 
 // The luma alone: it is the first channel of YCoCg, and the filter leaves the others as they are.
-EnhancementChain::Part EnhancementChain::equalised(Part part, Equalise const& equalise, Region const& output) {
-    part = mapped(shownAs8(std::move(part)), description::filterRGBA8ToYCoCg16(), kFileDepth);
+EnhancementChain::Part EnhancementChain::apply(Part part, Equalise const& equalise, Region const& output) {
+    part = map(toShown(std::move(part)), description::filterRGBA8ToYCoCg16(), kFileDepth);
     FilterClaheParams params;
     params.value = equalise.clipLimit;
     Region const& in = part.region;
-    // No program belongs to it, and its borders are others for each part.
-    OwnedFilter const clahe(instance_,
-                            description::filterCLAHE({output.x - in.x, in.x + in.width - output.x - output.width,
-                                                      output.y - in.y, in.y + in.height - output.y - output.height}));
-    OwnedTarget result = targets_.target(Layout::kDeep, sizeOf(output));
+    // CLAHE has no GL program, and its borders differ for each part, so a new instance is made each time.
+    OwnedFilter const clahe(instance_, description::filterCLAHE(insetsOf(in, output)));
+    OwnedTarget result = targets_.target(Layout::kThreeChannel16, sizeOf(output));
     targets_.run(clahe.filter(), {{part.target.id(), 0, 0, false}}, sizeOf(in), result, params);
-    return mapped({std::move(result), output, kFileDepth}, description::filterYCoCg16ToRGBA8(), kShownDepth);
+    return map({std::move(result), output, kFileDepth}, description::filterYCoCg16ToRGBA8(), kShownDepth);
 }
 
-EnhancementChain::Part EnhancementChain::truncated(Part part, Truncate const& truncate) {
+EnhancementChain::Part EnhancementChain::apply(Part part, Truncate const& truncate, Region const& /*output*/) {
     Truncate atDepth = truncate;
     if (part.depth != kShownDepth) atDepth.bits -= std::min(atDepth.bits, kFileDepth - part.depth);
     // No filter takes three channels apart: the planes go through the host.
-    OwnedTarget deep = interleaved(planesOf(part), evenSizeOf(part.region), &atDepth);
+    OwnedTarget deep = interleave(planesOf(part), evenSizeOf(part.region), &atDepth);
     Part result = {std::move(deep), part.region, part.depth == kShownDepth ? kFileDepth : part.depth};
     if (part.depth != kShownDepth) return result;
-    return mapped(result, description::filter3x16To4x8(), kShownDepth);
+    return map(result, description::filter3x16To4x8(), kShownDepth);
 }
 
-EnhancementChain::Part EnhancementChain::mapped(Part const& part, Filter const& description, unsigned depth,
-                                                SingleFilterParameters const& params) {
+EnhancementChain::Part EnhancementChain::map(Part const& part, Filter const& description, unsigned depth,
+                                             SingleFilterParameters const& params) {
     OwnedTarget result = targets_.target(layoutOf(depth), sizeOf(part.region));
     targets_.run(targets_.prepared(description), {{part.target.id(), 0, 0, false}}, sizeOf(part.region), result,
                  params);
@@ -278,49 +267,49 @@ EnhancementChain::Part EnhancementChain::mapped(Part const& part, Filter const& 
 }
 
 // A power of two is exact in the matrix; the bits that go are rounded.
-EnhancementChain::Part EnhancementChain::atDepth(Part part, unsigned depth) {
+EnhancementChain::Part EnhancementChain::toDepth(Part part, unsigned depth) {
     if (part.depth <= depth) return part;
     double const factor = std::ldexp(1.0, static_cast<int>(depth) - static_cast<int>(part.depth));
     ColourMatrix const scaling = {{factor, 0, 0, 0, factor, 0, 0, 0, factor}, 1.0};
-    return mapped(part, description::filter3x3Matrix16(), depth, matrixParams(scaling));
+    return map(part, description::filter3x3Matrix16(), depth, matrixParams(scaling));
 }
 
 // The upper byte, by a table that rounds (code - black) * 255 / (white - black). With s codes to a byte and the points
 // below, that is byte b from code b * s - 1 + (b - 0.5) / 255 on: b * s is the first whole one.
-EnhancementChain::Part EnhancementChain::shownAs8(Part part) {
+EnhancementChain::Part EnhancementChain::toShown(Part part) {
     if (part.depth == kShownDepth) return part;
     std::uint64_t const codesPerByte = std::uint64_t{1} << (part.depth - kShownDepth);
     std::uint64_t const black = codesPerByte / 2 - 1;
-    return mapped(part, description::filterLinear16TosRGB8(part.depth), kShownDepth,
-                  FilterLinear16TosRGB8Params(1.0, black, black + 255 * codesPerByte + 1));
+    return map(part, description::filterLinear16TosRGB8(part.depth), kShownDepth,
+               FilterLinear16TosRGB8Params(1.0, black, black + 255 * codesPerByte + 1));
 }
 
-OwnedTarget EnhancementChain::interleaved(Planes const& planes, Size const& size, Truncate const* truncate) {
+OwnedTarget EnhancementChain::interleave(Planes const& planes, Size const& size, Truncate const* truncate) {
     std::vector<OwnedTarget> targets;
     std::vector<FilterSource> sources;
     for (auto const& plane : planes) {
-        targets.push_back(targets_.uploaded(Layout::kPlane, size, plane));
+        targets.push_back(targets_.upload(Layout::kOneChannel16, size, plane));
         if (truncate != nullptr) {
             FilterTruncate16Params params;
             params.shift = truncate->bits;
             params.rounding = truncate->rounding;
-            OwnedTarget cut = targets_.target(Layout::kPlane, size);
+            OwnedTarget cut = targets_.target(Layout::kOneChannel16, size);
             targets_.run(targets_.prepared(description::filterTruncate16()), {{targets.back().id(), 0, 0, false}}, size,
                          cut, params);
             targets.back() = std::move(cut);
         }
         sources.push_back({targets.back().id(), 0, 0, false});
     }
-    OwnedTarget result = targets_.target(Layout::kDeep, size);
+    OwnedTarget result = targets_.target(Layout::kThreeChannel16, size);
     targets_.run(targets_.prepared(description::filterInterleave16()), sources, size, result);
     return result;
 }
 
 EnhancementChain::Planes EnhancementChain::planesOf(Part const& part) const {
     bool const deep = part.depth != kShownDepth;
-    std::size_t const pixelBytes = deep ? deeptexels::kPixelBytes : 4;
+    std::size_t const pixelBytes = deep ? samplelayout::bytesPerPixel(SampleLayout::kThreeChannel16) : 4;
     std::vector<unsigned char> const texels =
-        targets_.read(part.target, layoutOf(part.depth), {0, 0, part.region.width, part.region.height});
+        targets_.read(part.target, layoutOf(part.depth), wholeOf(sizeOf(part.region)));
     Size const size = evenSizeOf(part.region);
     Planes planes;
     for (std::size_t channel = 0; channel < planes.size(); ++channel) {
@@ -330,8 +319,8 @@ EnhancementChain::Planes EnhancementChain::planesOf(Part const& part) const {
             for (std::size_t x = 0; x < part.region.width; ++x) {
                 unsigned char const* const pixel = &texels[(y * part.region.width + x) * pixelBytes];
                 unsigned char* const sample = &plane[2 * (y * size.width + x)];
-                sample[0] = pixel[deep ? deeptexels::kPlaces[channel].low : channel];
-                if (deep) sample[1] = pixel[deeptexels::kPlaces[channel].high];
+                sample[0] = pixel[deep ? samplelayout::kThreeChannels[channel].low : channel];
+                if (deep) sample[1] = pixel[samplelayout::kThreeChannels[channel].high];
             }
         }
     }

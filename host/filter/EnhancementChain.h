@@ -1,8 +1,8 @@
 #pragma once
 
-#include "host/Region.h"
+#include "host/Geometry.h"
 #include "host/filter/Enhancement.h"
-#include "host/filter/PictureTargets.h"
+#include "host/filter/FilterRunner.h"
 
 #include <array>
 #include <cstddef>
@@ -31,7 +31,7 @@ public:
     static constexpr std::size_t kGrid = 40;
 
     EnhancementChain(std::shared_ptr<RenderBackendInstance> instance, std::vector<enhancement::Step> steps,
-                     PictureTargets::Size const& picture);
+                     Size const& picture);
 
     /// The part of the picture that is read for `output`.
     Region inputFor(Region const& output) const;
@@ -39,7 +39,7 @@ public:
     /// Side of the largest parts whose input is within kMaxSide, a multiple of kGrid; 0 where the steps read too much.
     static std::size_t partSide(std::vector<enhancement::Step> const& steps);
 
-    /// The same; throws HostError where it is 0.
+    /// partSide(), or HostError (usage) where the steps leave no room.
     static std::size_t requiredPartSide(std::vector<enhancement::Step> const& steps);
 
     /// RGBA texels of `output`, in the upper left corner of a target, from one that holds inputFor(output): RGBA texels
@@ -69,25 +69,24 @@ private:
     OwnedTarget finish(Part part, Region const& output);
     std::vector<unsigned char> texels(OwnedTarget const& target, Region const& output) const;
 
-    Part apply(Part part, enhancement::Step const& step, Region const& output);
-    Part sharpened(Part part, enhancement::Sharpen const& sharpen, Region const& output);
-    Part sharpened8(OwnedTarget const& source, PictureTargets::Size const& read, Region const& output, double gain);
-    Part sharpened16(OwnedTarget const& source, PictureTargets::Size const& read, Region const& output, double gain);
-    Part multiplied(Part part, enhancement::ColourMatrix const& matrix);
-    Part gammaMapped(Part part, enhancement::Gamma const& gamma);
-    Part toSrgb(Part part);
-    Part equalised(Part part, enhancement::Equalise const& equalise, Region const& output);
-    Part truncated(Part part, enhancement::Truncate const& truncate);
+    // One per step. Each reads what around() says.
+    Part apply(Part part, enhancement::Sharpen const& sharpen, Region const& output);
+    Part apply(Part part, enhancement::ColourMatrix const& matrix, Region const& output);
+    Part apply(Part part, enhancement::Gamma const& gamma, Region const& output);
+    Part apply(Part part, enhancement::LinearToSrgb const& step, Region const& output);
+    Part apply(Part part, enhancement::Equalise const& equalise, Region const& output);
+    Part apply(Part part, enhancement::Truncate const& truncate, Region const& output);
 
-    Part mapped(Part const& part, Filter const& description, unsigned depth, SingleFilterParameters const& params = {});
-    Part atDepth(Part part, unsigned depth);
-    Part shownAs8(Part part);
-    OwnedTarget interleaved(Planes const& planes, PictureTargets::Size const& size,
-                            enhancement::Truncate const* truncate);
+    Part sharpen8(OwnedTarget const& source, Size const& read, Region const& output, double gain);
+    Part sharpen16(OwnedTarget const& source, Size const& read, Region const& output, double gain);
+    Part map(Part const& part, Filter const& description, unsigned depth, SingleFilterParameters const& params = {});
+    Part toDepth(Part part, unsigned depth);
+    Part toShown(Part part);
+    OwnedTarget interleave(Planes const& planes, Size const& size, enhancement::Truncate const* truncate);
     Planes planesOf(Part const& part) const;
 
     std::shared_ptr<RenderBackendInstance> instance_;
-    PictureTargets targets_;
+    FilterRunner targets_;
     std::vector<enhancement::Step> steps_;
-    PictureTargets::Size picture_;
+    Size picture_;
 };

@@ -9,35 +9,27 @@
 
 namespace {
 
-// How pixels lie in a texture.
-struct Layout {
-    size_t bitsPerPixel;
-    size_t components;
-    bool isSigned;
-};
-
-constexpr Layout kRgb8{24, 3, false};
-constexpr Layout kRgba8{32, 4, false};
-constexpr Layout kOneChannel16{16, 1, true};
-constexpr Layout kThreeChannel16{48, 3, true};
-constexpr Layout kFourChannel16{64, 4, true};
-
 // What sets a filter apart from the copy of one input.
 struct Geometry {
-    size_t invalidLeft = 0;
-    size_t invalidRight = 0;
-    size_t invalidTop = 0;
-    size_t invalidBottom = 0;
+    Insets invalid;
     size_t scaleX = 1;
     size_t scaleY = 1;
 };
 
-Filter described(std::string const& name, Layout const& in, Layout const& out, size_t bitDepthIn,
-                 Geometry const& geometry = {}, std::vector<bool> const& signedIn = {}) {
-    std::vector<bool> const inputs = signedIn.empty() ? std::vector<bool>{in.isSigned} : signedIn;
-    return Filter(name, geometry.invalidLeft, geometry.invalidRight, geometry.invalidTop, geometry.invalidBottom, 0, 1,
-                  0, 1, geometry.scaleX, 1, geometry.scaleY, 1, inputs.size(), in.bitsPerPixel, out.bitsPerPixel,
-                  in.components, out.components, 1, 1, 1, 1, inputs, out.isSigned, bitDepthIn, RenderBackend::NEAREST);
+Filter described(std::string const& name, SampleLayout in, SampleLayout out, size_t bitDepthIn,
+                 Geometry const& geometry, std::vector<bool> const& signedIn, bool signedOut) {
+    using namespace samplelayout;
+    Insets const& invalid = geometry.invalid;
+    return Filter(name, invalid.left, invalid.right, invalid.top, invalid.bottom, 0, 1, 0, 1, geometry.scaleX, 1,
+                  geometry.scaleY, 1, signedIn.size(), bitsPerPixel(in), bitsPerPixel(out), components(in),
+                  components(out), 1, 1, 1, 1, signedIn, signedOut, bitDepthIn, RenderBackend::NEAREST);
+}
+
+// Samples of 16 bits are signed.
+Filter described(std::string const& name, SampleLayout in, SampleLayout out, size_t bitDepthIn,
+                 Geometry const& geometry = {}, size_t inputs = 1) {
+    return described(name, in, out, bitDepthIn, geometry, std::vector<bool>(inputs, samplelayout::isSigned(in)),
+                     samplelayout::isSigned(out));
 }
 
 template <class Record>
@@ -45,6 +37,8 @@ Filter withParameters(Filter filter) {
     filter.setParametersFactory([] { return std::make_shared<Record>(); });
     return filter;
 }
+
+using Layout = SampleLayout;
 
 constexpr size_t kEightBits = 8;
 constexpr size_t kTenBits = 10; // what sharpening on 16-bit samples looks at
@@ -90,135 +84,146 @@ constexpr NamedDescription kDescriptions[] = {
 
 Filter description::filterFirIH53LeGall16() {
     Geometry geometry;
-    geometry.invalidRight = 4;
+    geometry.invalid.right = 4;
     geometry.scaleX = 2;
-    return described("FilterFirIH53LeGall16", kOneChannel16, kOneChannel16, kSixteenBits, geometry, {true, true});
+    return described("FilterFirIH53LeGall16", Layout::kOneChannel16, Layout::kOneChannel16, kSixteenBits, geometry, 2);
 }
 
 Filter description::filterFirIV53LeGall16() {
     Geometry geometry;
-    geometry.invalidBottom = 4;
+    geometry.invalid.bottom = 4;
     geometry.scaleY = 2;
-    return described("FilterFirIV53LeGall16", kOneChannel16, kOneChannel16, kSixteenBits, geometry, {true, true});
+    return described("FilterFirIV53LeGall16", Layout::kOneChannel16, Layout::kOneChannel16, kSixteenBits, geometry, 2);
 }
 
 Filter description::blitFilter1x16() {
-    return described("BlitFilter1x16", kOneChannel16, kOneChannel16, kSixteenBits);
+    return described("BlitFilter1x16", Layout::kOneChannel16, Layout::kOneChannel16, kSixteenBits);
 }
 
 Filter description::blitFilter3x16() {
-    return described("BlitFilter3x16", kThreeChannel16, kThreeChannel16, kSixteenBits);
+    return described("BlitFilter3x16", Layout::kThreeChannel16, Layout::kThreeChannel16, kSixteenBits);
 }
 
 Filter description::blitFilter3x8() {
-    return described("BlitFilter3x8", kRgb8, kRgb8, kEightBits);
+    return described("BlitFilter3x8", Layout::kRgb8, Layout::kRgb8, kEightBits);
 }
 
 Filter description::blitFilter4x8() {
-    return described("BlitFilter4x8", kRgba8, kRgba8, kEightBits);
+    return described("BlitFilter4x8", Layout::kRgba8, Layout::kRgba8, kEightBits);
+}
+
+Filter description::blitFilter(SampleLayout layout) {
+    switch (layout) {
+    case Layout::kRgb8:
+        return blitFilter3x8();
+    case Layout::kRgba8:
+        return blitFilter4x8();
+    case Layout::kOneChannel16:
+        return blitFilter1x16();
+    case Layout::kThreeChannel16:
+    case Layout::kFourChannel16:
+        break;
+    }
+    return blitFilter3x16();
 }
 
 Filter description::filter1x16ToRGB8() {
-    return described("Filter1x16ToRGB8", kOneChannel16, kRgb8, kSixteenBits);
+    return described("Filter1x16ToRGB8", Layout::kOneChannel16, Layout::kRgb8, kSixteenBits);
 }
 
 Filter description::filterInterleave16() {
-    return described("FilterInterleave16", kOneChannel16, kThreeChannel16, kSixteenBits, {}, {true, true, true});
+    return described("FilterInterleave16", Layout::kOneChannel16, Layout::kThreeChannel16, kSixteenBits, {}, 3);
 }
 
 Filter description::filterYCoCg16ToRGBA8() {
-    return described("FilterYCoCg16ToRGBA8", kThreeChannel16, kRgba8, kSixteenBits);
+    return described("FilterYCoCg16ToRGBA8", Layout::kThreeChannel16, Layout::kRgba8, kSixteenBits);
 }
 
 Filter description::filterYCoCg16ToRGB16() {
-    return described("FilterYCoCg16ToRGB16", kThreeChannel16, kThreeChannel16, kSixteenBits);
+    return described("FilterYCoCg16ToRGB16", Layout::kThreeChannel16, Layout::kThreeChannel16, kSixteenBits);
 }
 
 Filter description::filter3x16To4x8() {
-    return described("Filter3x16To4x8", kThreeChannel16, kRgba8, kSixteenBits);
+    return described("Filter3x16To4x8", Layout::kThreeChannel16, Layout::kRgba8, kSixteenBits);
 }
 
 Filter description::filterSharpness8() {
-    Geometry const geometry{2, 2, 2, 2, 1, 1};
-    return withParameters<FilterSharpness8Params>(described("FilterSharpness8", kRgba8, kRgba8, kEightBits, geometry));
+    Geometry const geometry{{2, 2, 2, 2}, 1, 1};
+    return withParameters<FilterSharpness8Params>(
+        described("FilterSharpness8", Layout::kRgba8, Layout::kRgba8, kEightBits, geometry));
 }
 
+// The blur is unsigned: up to 64 * 1023.
 Filter description::filterSharpnessH16() {
-    Layout blur = kThreeChannel16;
-    blur.isSigned = false; // up to 64 * 1023
-    Geometry geometry;
-    geometry.invalidLeft = 2;
-    geometry.invalidRight = 2;
-    return described("FilterSharpnessH16", kThreeChannel16, blur, kTenBits, geometry);
+    return described("FilterSharpnessH16", Layout::kThreeChannel16, Layout::kThreeChannel16, kTenBits,
+                     {{2, 2, 0, 0}, 1, 1}, {true}, false);
 }
 
 Filter description::filterSharpnessV16() {
-    Geometry geometry;
-    geometry.invalidTop = 2;
-    geometry.invalidBottom = 2;
-    return withParameters<FilterSharpness16Params>(
-        described("FilterSharpnessV16", kThreeChannel16, kThreeChannel16, kTenBits, geometry, {true, false}));
+    return withParameters<FilterSharpness16Params>(described("FilterSharpnessV16", Layout::kThreeChannel16,
+                                                             Layout::kThreeChannel16, kTenBits, {{0, 0, 2, 2}, 1, 1},
+                                                             {true, false}, true));
 }
 
 Filter description::filterLinear8ToSRGB8() {
     return withParameters<ComparableSingleFilterParameters<unsigned char>>(
-        described("FilterLinear8ToSRGB8", kRgba8, kRgba8, kEightBits));
+        described("FilterLinear8ToSRGB8", Layout::kRgba8, Layout::kRgba8, kEightBits));
 }
 
 Filter description::filterLinear16ToSRGB8(size_t bitDepth) {
     return withParameters<ComparableSingleFilterParameters<unsigned char>>(
-        described("FilterLinear16ToSRGB8", kThreeChannel16, kRgba8, bitDepth));
+        described("FilterLinear16ToSRGB8", Layout::kThreeChannel16, Layout::kRgba8, bitDepth));
 }
 
 Filter description::filterLinear16TosRGB8(size_t bitDepth) {
     return withParameters<FilterLinear16TosRGB8Params>(
-        described("FilterLinear16TosRGB8", kThreeChannel16, kRgba8, bitDepth));
+        described("FilterLinear16TosRGB8", Layout::kThreeChannel16, Layout::kRgba8, bitDepth));
 }
 
 Filter description::filterBlackWhiteGamma8() {
     return withParameters<FilterBlackWhiteGamma8Params>(
-        described("FilterBlackWhiteGamma8", kRgba8, kRgba8, kEightBits));
+        described("FilterBlackWhiteGamma8", Layout::kRgba8, Layout::kRgba8, kEightBits));
 }
 
 Filter description::maskFilter3x8() {
-    return withParameters<MaskFilterParams>(described("MaskFilter3x8", kRgb8, kRgb8, kEightBits));
+    return withParameters<MaskFilterParams>(described("MaskFilter3x8", Layout::kRgb8, Layout::kRgb8, kEightBits));
 }
 
 Filter description::maskFilter4x8() {
-    return withParameters<MaskFilterParams>(described("MaskFilter4x8", kRgba8, kRgba8, kEightBits));
+    return withParameters<MaskFilterParams>(described("MaskFilter4x8", Layout::kRgba8, Layout::kRgba8, kEightBits));
 }
 
 Filter description::maskFilter3x16() {
     return withParameters<MaskFilterParams>(
-        described("MaskFilter3x16", kThreeChannel16, kThreeChannel16, kSixteenBits));
+        described("MaskFilter3x16", Layout::kThreeChannel16, Layout::kThreeChannel16, kSixteenBits));
 }
 
 Filter description::filterTruncate16() {
     return withParameters<FilterTruncate16Params>(
-        described("FilterTruncate16", kOneChannel16, kOneChannel16, kSixteenBits));
+        described("FilterTruncate16", Layout::kOneChannel16, Layout::kOneChannel16, kSixteenBits));
 }
 
 Filter description::filter3x3Matrix8() {
-    return withParameters<Filter3x3MatrixParams>(described("Filter3x3Matrix8", kRgba8, kRgba8, kEightBits));
+    return withParameters<Filter3x3MatrixParams>(
+        described("Filter3x3Matrix8", Layout::kRgba8, Layout::kRgba8, kEightBits));
 }
 
 Filter description::filter3x3Matrix16() {
     return withParameters<Filter3x3MatrixParams>(
-        described("Filter3x3Matrix16", kThreeChannel16, kThreeChannel16, kSixteenBits));
+        described("Filter3x3Matrix16", Layout::kThreeChannel16, Layout::kThreeChannel16, kSixteenBits));
 }
 
 Filter description::filterRemoveAlpha8() {
-    return described("FilterRemoveAlpha8", kRgba8, kRgb8, kEightBits);
+    return described("FilterRemoveAlpha8", Layout::kRgba8, Layout::kRgb8, kEightBits);
 }
 
 Filter description::filterRGBA8ToYCoCg16() {
-    return described("FilterRGBA8ToYCoCg16", kRgba8, kThreeChannel16, kEightBits);
+    return described("FilterRGBA8ToYCoCg16", Layout::kRgba8, Layout::kThreeChannel16, kEightBits);
 }
 
-Filter description::filterCLAHE(Borders const& borders) {
-    Geometry const geometry{borders.left, borders.right, borders.top, borders.bottom, 1, 1};
+Filter description::filterCLAHE(Insets const& borders) {
     return withParameters<FilterClaheParams>(
-        described("FilterCLAHE", kFourChannel16, kFourChannel16, kSixteenBits, geometry));
+        described("FilterCLAHE", Layout::kFourChannel16, Layout::kFourChannel16, kSixteenBits, {borders, 1, 1}));
 }
 
 std::vector<std::string> const& description::names() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/Geometry.h"
+#include "host/filter/SampleLayout.h"
 #include "renderbackend/Filter.h"
 
 #include <cstddef>
@@ -42,6 +44,8 @@ Filter blitFilter1x16();
 Filter blitFilter3x16();
 Filter blitFilter3x8();
 Filter blitFilter4x8();
+/// The one that copies pixels of a layout; those of four channels go as whole texels.
+Filter blitFilter(SampleLayout layout);
 
 /// One 16-bit channel as grey pixels, unscaled and clamped to 0..255. Source column and destination offset are of the
 /// same parity.
@@ -115,17 +119,9 @@ Filter filterRemoveAlpha8();
 /// The reversible YCoCg-R transform, 8-bit RGB to three 16-bit channels.
 Filter filterRGBA8ToYCoCg16();
 
-/// Output pixels that a run of the equalisation leaves out at each side.
-struct Borders {
-    size_t left = 0;
-    size_t right = 0;
-    size_t top = 0;
-    size_t bottom = 0;
-};
-
 /// Contrast-limited adaptive histogram equalisation of the first of four 16-bit channels. Regions of 40 x 40 pixels
-/// start at the input's first pixel. With borders of 40, tiles that are cut at multiples of 40 and read with 40 pixels
-/// of their neighbours agree with the whole picture:
+/// start at the input's first pixel. Borders are the output pixels that a run leaves out. With borders of 40, tiles
+/// that are cut at multiples of 40 and read with 40 pixels of their neighbours agree with the whole picture:
 ///
 ///     +--------------+
 ///     | 40 . . . . . |   read and counted
@@ -134,7 +130,7 @@ struct Borders {
 ///     +--------------+
 ///
 /// Pixels left of and above a border of 40 or more are not equalised; smaller ones are equalised and left out.
-Filter filterCLAHE(Borders const& borders = {});
+Filter filterCLAHE(Insets const& borders = {});
 
 /// All names, in the order in which hosts list them.
 std::vector<std::string> const& names();

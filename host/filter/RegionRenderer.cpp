@@ -1,15 +1,9 @@
 #include "host/filter/RegionRenderer.h"
 
-#include "host/Quietly.h"
 #include "host/filter/DeepBlocks.h"
-#include "host/filter/FilterDescriptions.h"
-#include "host/filter/OwnedFilter.h"
-#include "host/filter/OwnedTarget.h"
-#include "host/filter/ScratchTile.h"
-#include "host/filter/TileNumbers.h"
+#include "host/filter/FilterRunner.h"
 #include "host/image/PixelBands.h"
 #include "host/image/PixelSource.h"
-#include "renderbackend/RenderBackendInstance.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -20,104 +14,58 @@ using pixelbands::kTexelBytes;
 
 // Enough rows that a strip is worth its draw and read-back calls, few enough that progress is seen to move.
 constexpr size_t kPreferredStripRows = 512;
-constexpr size_t kTexelBits = 32;
-
-struct TileSize {
-    size_t width;
-    size_t height;
-};
-
-Filter blitFilter(size_t components) {
-    return components == 4 ? description::blitFilter4x8() : description::blitFilter3x8();
-}
-
-// Empties the instance's pool of targets in the end: what was drawn into is large.
-class Pool {
+// One picture's way through the backend: owns the target and the tile in work.
+class ByteBlocks {
 public:
-    explicit Pool(RenderBackendInstance& instance) : instance_(instance) {}
-    Pool(Pool const&) = delete;
-    Pool& operator=(Pool const&) = delete;
-    ~Pool() {
-        quietly([this] { instance_.clearTargets(); });
-    }
-
-private:
-    RenderBackendInstance& instance_;
-};
-
-// One picture's way through the backend: owns the filter's program, the target and the tile in work.
-class Drawing {
-public:
-    Drawing(std::shared_ptr<RenderBackendInstance> const& instance, size_t bands, TileSize tile, size_t width,
-            size_t height)
-        : instance_(*instance),
-          bands_(bands),
+    ByteBlocks(std::shared_ptr<RenderBackendInstance> const& instance, size_t bands, Size const& tile,
+               Size const& largestBlock)
+        : bands_(bands),
           components_(pixelbands::components(bands)),
           tile_(tile),
-          pool_(*instance),
-          numbers_(instance),
-          filter_(instance, blitFilter(components_)),
-          target_(instance, instance->createTarget({width, height}, kTexelBits, false, RenderBackend::NEAREST,
-                                                   RenderBackend::RGBA32)) {}
-
-    Drawing(Drawing const&) = delete;
-    Drawing& operator=(Drawing const&) = delete;
+          runner_(instance),
+          target_(runner_.target(SampleLayout::kRgba8, largestBlock)) {}
 
     /// Draws `block`, a part of `strip` whose pixels are given, and puts it at the same place into `out`.
     void drawBlock(Region const& block, Region const& strip, std::vector<std::uint8_t> const& pixels,
                    std::vector<std::uint8_t>& out) {
         for (size_t row = block.y / tile_.height; row * tile_.height < block.y + block.height; ++row)
             for (size_t column = block.x / tile_.width; column * tile_.width < block.x + block.width; ++column)
-                drawTile({column * tile_.width, row * tile_.height}, block, strip, pixels);
+                drawTile(column * tile_.width, row * tile_.height, block, strip, pixels);
         readBack(block, strip, out);
     }
 
 private:
-    struct Corner {
-        size_t x;
-        size_t y;
-    };
-
     // The block's part of a tile, as a tile of its own: the rest is not in view, and may not even have been read. So no
     // quad leaves the target; softpipe loses pixels on the diagonal of quads that it has to clip.
-    void drawTile(Corner const& tile, Region const& block, Region const& strip,
+    void drawTile(size_t left, size_t top, Region const& block, Region const& strip,
                   std::vector<std::uint8_t> const& pixels) {
-        size_t const x0 = std::max(tile.x, block.x);
-        size_t const x1 = std::min(tile.x + tile_.width, block.x + block.width);
-        size_t const y0 = std::max(tile.y, block.y);
-        size_t const y1 = std::min(tile.y + tile_.height, block.y + block.height);
+        size_t const x0 = std::max(left, block.x);
+        size_t const x1 = std::min(left + tile_.width, block.x + block.width);
+        size_t const y0 = std::max(top, block.y);
+        size_t const y1 = std::min(top + tile_.height, block.y + block.height);
         size_t const width = x1 - x0;
         tilePixels_.resize(width * (y1 - y0) * components_);
         for (size_t y = y0; y < y1; ++y) {
             std::uint8_t const* const from = &pixels[((y - strip.y) * strip.width + (x0 - strip.x)) * bands_];
             pixelbands::widen(from, bands_, &tilePixels_[(y - y0) * width * components_], width);
         }
-        ScratchTile const stored(instance_, numbers_.id(0), tilePixels_, {width, y1 - y0, components_});
-        std::vector<size_t> const range = {x0, x1 - 1, y0, y1 - 1};
-        instance_.drawTiles(target_.id(), filter_.filter(), range, range, {width, y1 - y0}, {{0, 0}}, {stored.id()},
-                            {x0 - block.x, y0 - block.y});
+        runner_.draw(target_, components_ == 4 ? SampleLayout::kRgba8 : SampleLayout::kRgb8, {width, y1 - y0},
+                     tilePixels_, {x0 - block.x, y0 - block.y, width, y1 - y0});
     }
 
-    // The first row drawn is the lowest of the GL surface, which is the first that getPixels delivers: no flip.
+    // The first row drawn is the lowest of the GL surface, which is the first that is read: no flip.
     void readBack(Region const& block, Region const& strip, std::vector<std::uint8_t>& out) {
-        size_t const bytes = block.width * block.height * kTexelBytes;
-        texels_.resize(bytes);
-        size_t const written =
-            instance_.getPixels(texels_.data(), texels_.size(), target_.id(), {0, block.width, 0, block.height});
-        if (written != bytes) throw std::logic_error("the backend returned a picture of another size");
+        runner_.read(target_, SampleLayout::kRgba8, wholeOf(sizeOf(block)), texels_);
         for (size_t row = 0; row < block.height; ++row)
             pixelbands::narrow(&texels_[row * block.width * kTexelBytes],
                                &out[(row * strip.width + block.x - strip.x) * bands_], bands_, block.width);
     }
 
-    RenderBackendInstance& instance_;
     size_t bands_;
     size_t components_;
-    TileSize tile_;
-    Pool pool_; // goes after the target
-    TileNumbers numbers_;
-    OwnedFilter filter_;
-    OwnedTarget target_;
+    Size tile_;
+    FilterRunner runner_;
+    OwnedTarget target_; // goes before the runner
     std::vector<std::uint8_t> tilePixels_;
     std::vector<std::uint8_t> texels_;
 };
@@ -145,10 +93,10 @@ void RegionRenderer::render(PixelSource& source, Region const& region, RowSink c
         return;
     }
     // A tile need not be larger than the picture.
-    TileSize const tile{std::min(tileSize_, source.width()), std::min(tileSize_, source.height())};
+    Size const tile{std::min(tileSize_, source.width()), std::min(tileSize_, source.height())};
     size_t const targetRows = std::min({region.height, std::max(kPreferredStripRows, tile.height), kMaxBlockPixels});
-    Drawing drawing(instance_, source.bands(), tile, std::min(region.width, kMaxBlockPixels), targetRows);
-    renderStrips(source, region, tile.height, drawing, sink, progress);
+    ByteBlocks blocks(instance_, source.bands(), tile, {std::min(region.width, kMaxBlockPixels), targetRows});
+    renderStrips(source, region, tile.height, blocks, sink, progress);
 }
 
 template <class Blocks>

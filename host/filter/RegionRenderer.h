@@ -1,10 +1,11 @@
 #pragma once
 
-#include "host/Region.h"
+#include "host/Geometry.h"
+#include "host/Progress.h"
+#include "host/RowSink.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -26,12 +27,6 @@ class RenderBackendInstance;
 /// A strip is read once, cut into tiles, drawn block by block and read back. GL thread only.
 class RegionRenderer {
 public:
-    /// `count` finished rows, the next from the top: the bands of the source, interleaved, tightly packed; of 16 bits
-    /// in the machine's byte order.
-    using RowSink = std::function<void(std::uint8_t const* rows, size_t count)>;
-    /// Rows finished so far and rows in all. May throw to stop the work.
-    using Progress = std::function<void(size_t doneRows, size_t allRows)>;
-
     static constexpr size_t kMinTileSize = 16;
     static constexpr size_t kMaxTileSize = 2048;
     static constexpr size_t kMaxBlockPixels = 2048;
@@ -41,9 +36,9 @@ public:
     /// kMinTileSize to kMaxTileSize.
     RegionRenderer(std::shared_ptr<RenderBackendInstance> instance, size_t tileSize);
 
-    /// What `sink` receives is, byte for byte, the region of the source, of 8 or 16 bits; of 16 tiles are as large as
-    /// blocks. Throws what source, sink and progress throw
-    /// and VelmoraException; the instance's tiles and targets are given back in each case.
+    /// Progress counts rows. What `sink` receives is, byte for byte, the region of the source, of 8 or 16 bits; of 16
+    /// tiles are as large as blocks. Throws what source, sink and progress throw and VelmoraException; the instance's
+    /// tiles and targets are given back in each case.
     void render(PixelSource& source, Region const& region, RowSink const& sink, Progress const& progress);
 
     /// Rows of the strip that starts at row y: as many whole rows of tiles as fit in kMaxStripBytes and in the

@@ -104,8 +104,8 @@ EGLDisplay initialisedDisplay() {
     throw std::runtime_error("eglInitialize failed on every display: " + tried);
 }
 
-// Found once and never terminated: EGL has one display a platform in a process, and to terminate it would end it for
-// everybody who uses it.
+// Found once and never terminated: EGL shares one display per platform in a process, and eglTerminate would end it for
+// all users.
 EGLDisplay sharedDisplay() {
     static auto* const display = initialisedDisplay();
     return display;

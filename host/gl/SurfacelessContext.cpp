@@ -1,14 +1,12 @@
 #include "host/gl/SurfacelessContext.h"
 
-#include "host/HostError.h"
+#include "host/Failures.h"
 
 #include <stdexcept>
 
 SurfacelessContext::SurfacelessContext() try {
 } catch (std::runtime_error const& error) {
-    throw HostError(HostError::Kind::NoGlContext,
-                    std::string("no OpenGL ES 3 context: ") + error.what() +
-                        "; install a GL driver, for example Debian's libegl1 and libgl1-mesa-dri");
+    throw failures::noGlContext(error.what());
 }
 
 SurfacelessContext::~SurfacelessContext() = default;

@@ -134,7 +134,7 @@ private:
         bool const possible = sides[kWidthAxis] >= 1 && sides[kWidthAxis] <= kMaxSide && sides[kHeightAxis] >= 1 &&
                               sides[kHeightAxis] <= kMaxSide && sides[kBandAxis] >= 1 && sides[kBandAxis] <= kMaxBands;
         if (!possible) throw unreadableImage(file_->path(), "its header has no size that a picture can have");
-        SampleLayout& layout = facts_.layout;
+        SampleFormat& layout = facts_.layout;
         layout.width = static_cast<size_t>(sides[kWidthAxis]);
         layout.height = static_cast<size_t>(sides[kHeightAxis]);
         layout.bands = static_cast<size_t>(sides[kBandAxis]);
@@ -166,7 +166,7 @@ private:
         LONGLONG end = 0;
         check(fits_get_img_type(fits_, &bitpix, &status));
         check(fits_get_hduaddrll(fits_, &header, &start, &end, &status));
-        SampleLayout const& layout = facts_.layout;
+        SampleFormat const& layout = facts_.layout;
         auto const sampleBytes = static_cast<std::uint64_t>(std::abs(bitpix) / 8);
         std::uint64_t const held = file_->size() - std::min(file_->size(), static_cast<std::uint64_t>(start));
         // Divisions, not products: they may not fit.

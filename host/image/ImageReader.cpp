@@ -185,7 +185,7 @@ private:
     }
 
     void readPart(Region const& region, std::uint8_t* pixels) {
-        SampleLayout const& layout = facts().layout;
+        SampleFormat const& layout = facts().layout;
         bool const isSame = isWhole() && !range_ && sampleBytes() == bytesOf(layout.type);
         if (isSame) return source_->read(region, pixels);
         size_t const count = region.width * region.height;

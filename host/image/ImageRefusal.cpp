@@ -45,7 +45,7 @@ struct Refusal {
     }
 };
 
-std::string bandsText(SampleLayout const& layout) {
+std::string bandsText(SampleFormat const& layout) {
     std::string const count = counted(layout.bands, "band");
     if (layout.colours == 0 || layout.bands <= layout.colours) return count;
     std::string const colours = layout.colours == 1 ? "grey" : "RGB";
@@ -53,7 +53,7 @@ std::string bandsText(SampleLayout const& layout) {
     return count + ", " + colours + (layout.alpha ? " with alpha" : "") + " and " + counted(others, "other");
 }
 
-std::string bandsOption(SampleLayout const& layout) {
+std::string bandsOption(SampleFormat const& layout) {
     if (layout.bands == 1) return "--bands 1";
     return layout.bands < 3 ? "--bands I or I,A (1 to " + std::to_string(layout.bands) + ", A is alpha)"
                             : "--bands I or I,J,K (1 to " + std::to_string(layout.bands) + ")";

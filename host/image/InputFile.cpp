@@ -1,5 +1,7 @@
 #include "host/image/InputFile.h"
 
+#include "host/Failures.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -9,11 +11,6 @@
 #include <utility>
 
 namespace {
-
-HostError cannotOpen(std::string const& path, int error) {
-    std::string const reason = error == ENOENT ? "no such file" : std::strerror(error);
-    return HostError(HostError::Kind::MissingFile, "cannot open '" + path + "': " + reason + "; check the path");
-}
 
 // Throws where it is something else than a regular file.
 void requireRegular(std::string const& path, mode_t mode, HostError::Kind kind) {
@@ -33,11 +30,11 @@ void requireRegularFile(std::string const& path, HostError::Kind kind) {
 
 InputFile::InputFile(std::string path, Check check) : path_(std::move(path)), check_(std::move(check)) {
     struct stat status {};
-    if (stat(path_.c_str(), &status) != 0) throw cannotOpen(path_, errno);
+    if (stat(path_.c_str(), &status) != 0) throw failures::cannotOpen(path_, failures::reasonOf(errno));
     requireRegular(path_, status.st_mode, HostError::Kind::UnreadableImage);
     // It may have been replaced by a pipe meanwhile: opening one must not wait.
     descriptor_ = open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor_ < 0) throw cannotOpen(path_, errno);
+    if (descriptor_ < 0) throw failures::cannotOpen(path_, failures::reasonOf(errno));
     if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
         size_ = static_cast<std::uint64_t>(status.st_size);
         return;

@@ -152,7 +152,7 @@ public:
         facts_.pageNoun = "frames";
         facts_.pages = info.have_animation != 0 ? framesOf(*file_) : 1;
         frame_ = requirePage(*file_, request, facts_.pages, facts_.pageNoun) - 1;
-        SampleLayout& layout = facts_.layout;
+        SampleFormat& layout = facts_.layout;
         layout.width = info.xsize;
         layout.height = info.ysize;
         layout.colours = info.num_color_channels;
@@ -166,7 +166,7 @@ public:
 
     void read(Region const& region, std::uint8_t* samples) override {
         if (pixels_.empty()) decode();
-        SampleLayout const& layout = facts_.layout;
+        SampleFormat const& layout = facts_.layout;
         size_t const rowBytes = region.width * layout.pixelBytes();
         for (size_t row = 0; row < region.height; ++row)
             std::memcpy(samples + row * rowBytes,
@@ -175,7 +175,7 @@ public:
 
 private:
     void decode() {
-        SampleLayout const& layout = facts_.layout;
+        SampleFormat const& layout = facts_.layout;
         JxlPixelFormat const format{static_cast<std::uint32_t>(layout.bands), dataTypeOf(layout.type),
                                     JXL_NATIVE_ENDIAN, 0};
         Stream stream(*file_, JXL_DEC_FULL_IMAGE);

@@ -7,7 +7,7 @@ PixelSource::~PixelSource() = default;
 void PixelSource::whileReading(std::function<void()> const&) {}
 
 void PixelSource::read(Region const& region, std::vector<std::uint8_t>& pixels) {
-    if (!liesIn(region, width(), height()))
+    if (!liesIn(region, {width(), height()}))
         throw HostError(HostError::Kind::RegionOutside, "the region " + toText(region) + " leaves the picture of " +
                                                             std::to_string(width()) + " x " + std::to_string(height()) +
                                                             " pixels; choose one inside");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Region.h"
+#include "host/Geometry.h"
 
 #include <cstddef>
 #include <cstdint>

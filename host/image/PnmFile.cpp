@@ -86,7 +86,7 @@ SampleType typeOf(PnmHeader const& header) {
 
 // What a PAM says of its samples, or else what so many of them are in the other files.
 void nameBands(PnmHeader const& header, ImageFacts& facts) {
-    SampleLayout& layout = facts.layout;
+    SampleFormat& layout = facts.layout;
     layout.alpha = endsIn(header.tuple, "_ALPHA");
     if (header.tuple.rfind("RGB", 0) == 0)
         layout.colours = 3;
@@ -109,7 +109,7 @@ ImageFacts factsOf(PnmHeader const& header) {
     return facts;
 }
 
-RawLayout layoutOf(PnmHeader const& header, SampleLayout const& layout) {
+RawLayout layoutOf(PnmHeader const& header, SampleFormat const& layout) {
     RawLayout raw;
     raw.offset = header.pixels;
     raw.rowBytes = header.isBitmap() ? (header.width + 7) / 8 : layout.rowBytes();

@@ -24,7 +24,7 @@ std::uint64_t rowOffset(RawLayout const& raw, size_t height, size_t y) {
     return raw.offset + raw.rowBytes * (raw.bottomUp ? height - 1 - y : y);
 }
 
-void requireRows(InputFile const& file, SampleLayout const& layout, RawLayout const& raw, std::uint64_t lastRowBytes) {
+void requireRows(InputFile const& file, SampleFormat const& layout, RawLayout const& raw, std::uint64_t lastRowBytes) {
     // Divisions, not products: headers may say anything.
     bool const fits = raw.offset <= file.size() && lastRowBytes <= file.size() - raw.offset &&
                       (layout.height - 1) <= (file.size() - raw.offset - lastRowBytes) / raw.rowBytes;

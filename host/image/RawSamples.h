@@ -53,4 +53,4 @@ private:
 /// The place in the file of row y. Shared by both.
 std::uint64_t rowOffset(RawLayout const& raw, size_t height, size_t y);
 /// Throws HostError (unreadable image) where the rows do not lie in the file.
-void requireRows(InputFile const& file, SampleLayout const& layout, RawLayout const& raw, std::uint64_t lastRowBytes);
+void requireRows(InputFile const& file, SampleFormat const& layout, RawLayout const& raw, std::uint64_t lastRowBytes);

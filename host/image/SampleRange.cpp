@@ -11,7 +11,7 @@ constexpr size_t kPartBytes = 4 * 1024 * 1024;
 constexpr double kWhite = 65535;
 
 template <class Sample>
-void convert(std::uint8_t const* samples, SampleLayout const& layout, std::vector<size_t> const& bands, size_t pixels,
+void convert(std::uint8_t const* samples, SampleFormat const& layout, std::vector<size_t> const& bands, size_t pixels,
              double* numbers) {
     for (size_t i = 0; i < pixels; ++i, samples += layout.bands * sizeof(Sample))
         for (size_t const band : bands) {
@@ -32,7 +32,7 @@ std::uint16_t SampleRange::scaled(double sample) const {
     return static_cast<std::uint16_t>(share - whole >= 0.5 ? whole + 1 : whole);
 }
 
-void samplerange::toNumbers(std::uint8_t const* samples, SampleLayout const& layout, std::vector<size_t> const& bands,
+void samplerange::toNumbers(std::uint8_t const* samples, SampleFormat const& layout, std::vector<size_t> const& bands,
                             size_t pixels, std::vector<double>& numbers) {
     numbers.resize(pixels * bands.size());
     switch (layout.type) {
@@ -57,7 +57,7 @@ void samplerange::toNumbers(std::uint8_t const* samples, SampleLayout const& lay
 
 std::optional<SampleRange> samplerange::extremes(SampleSource& source, std::vector<size_t> const& bands,
                                                  InputFile::Check const& check) {
-    SampleLayout const& layout = source.facts().layout;
+    SampleFormat const& layout = source.facts().layout;
     size_t const rowsAtOnce = std::clamp<size_t>(kPartBytes / layout.rowBytes(), 1, layout.height);
     std::vector<std::uint8_t> samples(rowsAtOnce * layout.rowBytes());
     std::vector<double> numbers;

@@ -22,7 +22,7 @@ namespace samplerange {
 
 /// The samples of some bands of pixels, as 64-bit floats, which hold all but integers of more than 53 bits.
 /// `bands`: places of the bands in a pixel, in the order in which they are wanted.
-void toNumbers(std::uint8_t const* samples, SampleLayout const& layout, std::vector<size_t> const& bands, size_t pixels,
+void toNumbers(std::uint8_t const* samples, SampleFormat const& layout, std::vector<size_t> const& bands, size_t pixels,
                std::vector<double>& numbers);
 
 /// The smallest and the largest finite sample of some bands of a picture; nothing where none is finite. Reads the

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Region.h"
+#include "host/Geometry.h"
 #include "host/image/InputFile.h"
 #include "host/image/SampleType.h"
 
@@ -14,7 +14,7 @@
 constexpr auto kLinearLight = "linear light";
 
 /// How the samples of a pixel lie, and what they stand for.
-struct SampleLayout {
+struct SampleFormat {
     size_t width = 0;  ///< pixels
     size_t height = 0; ///< pixels
     size_t bands = 0;  ///< samples of a pixel
@@ -30,7 +30,7 @@ struct SampleLayout {
 
 /// What a file says of a picture in it.
 struct ImageFacts {
-    SampleLayout layout;
+    SampleFormat layout;
     std::string format;              ///< "TIFF"
     size_t pages = 1;                ///< pictures in the file; smaller copies of one are none of their own
     std::string pageNoun = "pages";  ///< what the format calls them

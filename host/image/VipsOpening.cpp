@@ -137,7 +137,7 @@ void requireFrame(InputFile const& file, SampleRequest const& request, Loader co
 }
 
 void nameBands(Loader const& loader, Preparation const& known, ImageFacts& facts) {
-    SampleLayout& layout = facts.layout;
+    SampleFormat& layout = facts.layout;
     if (known.tiff) {
         layout.colours = known.tiff->colourSpace.empty() ? known.tiff->colourBands : 0;
         layout.alpha = known.tiff->hasAlpha;

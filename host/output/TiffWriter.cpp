@@ -36,7 +36,7 @@ bool TiffWriter::Format::hasResolution() const {
 struct TiffWriter::State {
     State(OutputFile const& file, Format const& tiffFormat)
         : output(file), format(tiffFormat), rowsPerStrip(std::max<size_t>(kStripBytes / rowBytesOf(format), 1)) {
-        // Of its own: closing it must leave the output's open.
+        // A duplicate, so that closing the library's handle leaves TemporaryOutput's descriptor open.
         int const descriptor = dup(output.descriptor());
         if (descriptor < 0) throw output.failure(errno);
         errno = 0;

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-// Shifts to the right stand for floors: every compiler that we build with shifts the sign in.
+// `>> n` is floor division by 2^n: right shifts of negative ints are arithmetic on all our compilers (and by C++20).
 
 namespace {
 

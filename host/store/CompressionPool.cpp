@@ -21,7 +21,7 @@ CompressionPool::CompressionPool(StoreInfo const& info, size_t jobs) : Compressi
 
 CompressionPool::CompressionPool(EncoderMaker maker, size_t jobs) : maker_(std::move(maker)) {
     threads_ = startThreads(std::max<size_t>(jobs, 1), [this](size_t) { work(); });
-    maxWaiting_ = kWaitingTilesAJob * std::max<size_t>(threads_.size(), 1);
+    maxWaiting_ = kMaxWaitingTilesPerJob * std::max<size_t>(threads_.size(), 1);
     if (threads_.empty()) ownEncoder_ = maker_();
 }
 

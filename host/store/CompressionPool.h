@@ -14,13 +14,13 @@
 ///
 ///     one thread     add() -> waiting_ -> workers -> finished_ -> take()     the same thread
 ///
-/// Everything that is shared lies behind one mutex. add() waits while kWaitingTilesAJob tiles a job wait already, so
-/// that a reader that is faster than the compression does not fill the memory.
+/// Everything that is shared lies behind one mutex. add() waits while kMaxWaitingTilesPerJob tiles per job wait
+/// already, so that a reader that is faster than the compression does not fill the memory.
 ///
 /// Where the system gives fewer threads than are asked for, those do the work; where it gives none, add() does.
 class CompressionPool {
 public:
-    static constexpr size_t kWaitingTilesAJob = 16;
+    static constexpr size_t kMaxWaitingTilesPerJob = 16;
 
     /// What makes of a tile what is stored. Each thread has one of its own, which it makes itself.
     using Encoder = std::function<StoredTile(RawTile const&)>;
@@ -49,7 +49,7 @@ private:
 
     EncoderMaker maker_;
     Encoder ownEncoder_; // where there are no threads
-    size_t maxWaiting_ = kWaitingTilesAJob;
+    size_t maxWaiting_ = kMaxWaitingTilesPerJob;
     std::mutex mutex_;
     std::condition_variable tileWaits_; // or closed_
     std::condition_variable roomWaits_; // or failure_

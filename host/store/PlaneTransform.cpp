@@ -14,22 +14,22 @@ size_t PlaneTransform::bufferedSamples() const {
     size_t samples = 0;
     for (LevelTransform const& level : levels_)
         samples += level.bufferedSamples();
-    for (TileRowCutter const& cutter : cutters_)
+    for (TileRowWriter const& cutter : cutters_)
         samples += cutter.bufferedSamples();
     return samples;
 }
 
 void PlaneTransform::addLevel(StoreInfo const& info, size_t level, size_t plane, RawTileSink const& sink) {
     auto const cutterOf = [&](Band band) { return &cutters_.emplace_back(info, level, band, plane, sink); };
-    TileRowCutter* const hl = cutterOf(Band::HL);
-    TileRowCutter* const lh = cutterOf(Band::LH);
-    TileRowCutter* const hh = cutterOf(Band::HH);
+    TileRowWriter* const hl = cutterOf(Band::HL);
+    TileRowWriter* const lh = cutterOf(Band::LH);
+    TileRowWriter* const hh = cutterOf(Band::HH);
     std::function<void(Sample const*)> pushLow;
     if (level == info.levels)
         pushLow = [ll = cutterOf(Band::LL)](Sample const* row) { ll->push(row); };
     else
         pushLow = [coarser = &levels_.back()](Sample const* row) { coarser->push(row); };
-    Extent const extent = storegeometry::bandExtent(info, level - 1);
+    Size const extent = storegeometry::bandExtent(info, level - 1);
     levels_.emplace_back(
         extent.width, extent.height,
         [pushLow, hl](Sample const* low, Sample const* high) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/store/LevelTransform.h"
-#include "host/store/TileRowCutter.h"
+#include "host/store/TileRowWriter.h"
 
 #include <deque>
 
@@ -16,7 +16,7 @@ public:
     PlaneTransform& operator=(PlaneTransform const&) = delete;
 
     /// The next row from the top; after the last one every tile has come out. Throws CoefficientOverflow, after which
-    /// it is good for nothing.
+    /// the object must not be used.
     void push(Sample const* row);
 
     /// Samples that its buffers have room for.
@@ -27,5 +27,5 @@ private:
 
     // A deque: levels refer to the one below, and do not move.
     std::deque<LevelTransform> levels_;
-    std::deque<TileRowCutter> cutters_;
+    std::deque<TileRowWriter> cutters_;
 };

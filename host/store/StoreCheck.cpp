@@ -45,7 +45,7 @@ void checkIndex(TileStore& store, size_t level, std::vector<TileAddress> const& 
 
 } // namespace
 
-StoreCheckResult checkStore(TileStore& store, CheckProgress const& progress) {
+StoreCheckResult checkStore(TileStore& store, Progress const& progress) {
     size_t const expected = storegeometry::totalTiles(store.info());
     StoreCheckResult result;
     for (size_t level = 0; level <= store.info().levels; ++level) {
@@ -59,7 +59,7 @@ StoreCheckResult checkStore(TileStore& store, CheckProgress const& progress) {
             });
             if (hasData) places.push_back(place);
         });
-        // What is missing or damaged is not in the index either, and need not be told twice.
+        // Missing and damaged tiles are not in the index either: each would be reported twice.
         if (result.damages == 0) checkIndex(store, level, places, result);
     }
     progress(expected, expected);

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "host/Progress.h"
 #include "host/store/TileStore.h"
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,8 +14,5 @@ struct StoreCheckResult {
     std::vector<std::string> descriptions; ///< of the first kMaxDescribed, one line each
 };
 
-/// Tiles read so far and tiles in all. May throw to stop the check.
-using CheckProgress = std::function<void(size_t doneTiles, size_t allTiles)>;
-
 /// Reads every tile that the store must have. Throws what TileStore throws, but for damaged tiles, which are counted.
-StoreCheckResult checkStore(TileStore& store, CheckProgress const& progress);
+StoreCheckResult checkStore(TileStore& store, Progress const& progress);

@@ -1,8 +1,8 @@
 #include "host/store/StoreExporter.h"
 
 #include "host/store/ColourPlanes.h"
+#include "host/store/PlaneInverse.h"
 #include "host/store/StoreMemory.h"
-#include "host/store/StoredPlane.h"
 
 #include <deque>
 
@@ -10,12 +10,12 @@ TiffWriter::Format tiffFormatOf(StoreInfo const& info) {
     return {info.width, info.height, info.bands, info.bits, info.micronsPerPixelX, info.micronsPerPixelY};
 }
 
-void exportStore(TileStore& store, OutputFile file, ExportProgress const& progress) {
+void exportStore(TileStore& store, OutputFile file, Progress const& progress) {
     StoreInfo const& info = store.info();
     file.sources.push_back(store.path());
     storememory::requireForExport(info, store.path());
     TiffWriter tiff(file, tiffFormatOf(info));
-    std::deque<StoredPlane> planes;
+    std::deque<PlaneInverse> planes;
     std::deque<TileRowReader> residuals;
     for (size_t plane = 0; plane < info.bands; ++plane) {
         planes.emplace_back(store, plane);

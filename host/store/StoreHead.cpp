@@ -1,5 +1,6 @@
 #include "host/store/StoreHead.h"
 
+#include "host/Failures.h"
 #include "host/store/StoreErrors.h"
 #include "host/store/TileStoreFormat.h"
 
@@ -8,7 +9,6 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -64,17 +64,13 @@ private:
     int value_;
 };
 
-std::string systemText(int errorNumber) {
-    return errorNumber == ENOENT ? "no such file" : std::generic_category().message(errorNumber);
-}
-
 Head headOf(Descriptor const& file, std::string const& path) {
     Head head;
     size_t got = 0;
     while (got < head.bytes.size()) {
         ssize_t const count = pread(file.value(), &head.bytes[got], head.bytes.size() - got, static_cast<off_t>(got));
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) throw storeerrors::unreadable(path, systemText(errno));
+        if (count < 0) throw storeerrors::unreadable(path, failures::reasonOf(errno));
         if (count == 0) break;
         got += static_cast<size_t>(count);
     }
@@ -117,9 +113,7 @@ bool isLockedForWriting(Descriptor const& file) {
 
 struct stat statusOf(std::string const& path) {
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0)
-        throw HostError(HostError::Kind::MissingFile,
-                        "cannot open '" + path + "': " + systemText(errno) + "; check the path");
+    if (stat(path.c_str(), &status) != 0) throw failures::cannotOpen(path, failures::reasonOf(errno));
     return status;
 }
 
@@ -147,7 +141,7 @@ Head storehead::read(std::string const& path) {
     struct stat const status = statusOf(path);
     if (!S_ISREG(status.st_mode)) throw storeerrors::noStore(path);
     Descriptor const file(path);
-    if (file.value() < 0) throw storeerrors::unreadable(path, systemText(errno));
+    if (file.value() < 0) throw storeerrors::unreadable(path, failures::reasonOf(errno));
     Head head = headOf(file, path);
     head.fileBytes = static_cast<size_t>(status.st_size);
     size_t const wrong = wrongMarks(head);

@@ -94,7 +94,7 @@ public:
         }
     }
 
-    void run(PixelSource& source, ImportProgress const& progress) {
+    void run(PixelSource& source, Progress const& progress) {
         size_t const rowBytes = info_.width * info_.bands * info_.bits / 8;
         size_t const stripRows = std::clamp<size_t>(kStripBytes / rowBytes, 1, kMaxStripRows);
         std::vector<std::uint8_t> pixels;
@@ -134,7 +134,7 @@ private:
     CompressionPool pool_;
     ColourPlanes planes_;
     std::deque<PlaneTransform> transforms_;
-    std::deque<TileRowCutter> residuals_;
+    std::deque<TileRowWriter> residuals_;
 };
 
 void requireSize(PixelSource const& source) {
@@ -147,7 +147,7 @@ void requireSize(PixelSource const& source) {
 } // namespace
 
 StoreInfo importStore(PictureOpener const& open, std::string const& path, ImportOptions const& options,
-                      ImportProgress const& progress) {
+                      Progress const& progress) {
     OutputFile file(path);
     file.replace = options.replace;
     file.sources = options.sources;

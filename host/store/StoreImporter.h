@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/Progress.h"
 #include "host/store/StoreInfo.h"
 
 #include <functional>
@@ -23,9 +24,6 @@ struct ImportOptions {
 
 /// Opens the picture; called again where the picture has to be read a second time.
 using PictureOpener = std::function<std::unique_ptr<PixelSource>()>;
-/// Rows read so far and rows in all. May throw to stop the import.
-using ImportProgress = std::function<void(size_t doneRows, size_t allRows)>;
-
 /// Makes a tile store of a picture and returns what it holds. The picture is read once, from the top, in strips: memory
 /// grows with its width, not with its height.
 ///
@@ -37,4 +35,4 @@ using ImportProgress = std::function<void(size_t doneRows, size_t allRows)>;
 /// Throws what requireUsable throws; HostError (unwritable output); what the picture throws; what progress throws. A
 /// failed import leaves nothing, under the store's name neither.
 StoreInfo importStore(PictureOpener const& open, std::string const& path, ImportOptions const& options,
-                      ImportProgress const& progress);
+                      Progress const& progress);

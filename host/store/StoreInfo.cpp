@@ -40,15 +40,15 @@ size_t storegeometry::autoLevels(size_t width, size_t height, size_t tileSize) {
     return levels;
 }
 
-Extent storegeometry::bandExtent(StoreInfo const& info, size_t level) {
-    Extent extent{info.width, info.height};
+Size storegeometry::bandExtent(StoreInfo const& info, size_t level) {
+    Size extent{info.width, info.height};
     for (size_t i = 0; i < level; ++i)
         extent = {wavelet53::bandSamples(extent.width), wavelet53::bandSamples(extent.height)};
     return extent;
 }
 
-Extent storegeometry::tileCount(StoreInfo const& info, size_t level) {
-    Extent const extent = bandExtent(info, level);
+Size storegeometry::tileCount(StoreInfo const& info, size_t level) {
+    Size const extent = bandExtent(info, level);
     return {tilesAlong(extent.width, info.tileSize), tilesAlong(extent.height, info.tileSize)};
 }
 
@@ -58,19 +58,19 @@ bool storegeometry::contains(StoreInfo const& info, TileAddress const& address) 
     if (residual != (address.level == 0)) return false;
     if (residual && info.residualBits == 0) return false;
     if (address.band == Band::LL && address.level != info.levels) return false;
-    Extent const tiles = tileCount(info, address.level);
+    Size const tiles = tileCount(info, address.level);
     return address.column < tiles.width && address.row < tiles.height;
 }
 
-Extent storegeometry::filledPart(StoreInfo const& info, TileAddress const& address) {
-    Extent const extent = bandExtent(info, address.level);
+Size storegeometry::filledPart(StoreInfo const& info, TileAddress const& address) {
+    Size const extent = bandExtent(info, address.level);
     return {std::min(info.tileSize, extent.width - address.column * info.tileSize),
             std::min(info.tileSize, extent.height - address.row * info.tileSize)};
 }
 
 size_t storegeometry::totalTiles(StoreInfo const& info) {
     auto const tilesOf = [&](size_t level) {
-        Extent const tiles = tileCount(info, level);
+        Size const tiles = tileCount(info, level);
         return tiles.width * tiles.height * info.bands;
     };
     size_t total = tilesOf(info.levels);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/Geometry.h"
 #include "host/store/Wavelet53.h"
 
 #include <cstddef>
@@ -31,12 +32,6 @@ struct StoreInfo {
     double rangeHigh = 0;       ///< and what has become the highest; both 0: samples are the file's
 };
 
-/// A size in samples or in tiles.
-struct Extent {
-    size_t width = 0;
-    size_t height = 0;
-};
-
 /// First letter: along x. HL is high along x and low along y. Residual: the lowest bits of the picture's own samples.
 enum class Band { LL, HL, LH, HH, Residual };
 
@@ -60,16 +55,16 @@ namespace storegeometry {
 size_t autoLevels(size_t width, size_t height, size_t tileSize);
 
 /// Samples of each band of a level. At level 0 the picture itself. LL of level k is what level k + 1 was made from.
-Extent bandExtent(StoreInfo const& info, size_t level);
+Size bandExtent(StoreInfo const& info, size_t level);
 
 /// Tiles of each band of a level.
-Extent tileCount(StoreInfo const& info, size_t level);
+Size tileCount(StoreInfo const& info, size_t level);
 
 /// Whether the store has such a tile.
 bool contains(StoreInfo const& info, TileAddress const& address);
 
 /// The samples of a tile that lie in its band, from its upper left corner; those beyond are 0.
-Extent filledPart(StoreInfo const& info, TileAddress const& address);
+Size filledPart(StoreInfo const& info, TileAddress const& address);
 
 /// All tiles that the store has.
 size_t totalTiles(StoreInfo const& info);

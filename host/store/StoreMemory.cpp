@@ -11,7 +11,7 @@ constexpr std::uint64_t kSampleBytes = sizeof(wavelet53::Sample);
 constexpr std::uint64_t kImportedRows = 24; // of a level: twelve that it keeps, of two bands each
 constexpr std::uint64_t kExportedRows = 14; // of a level: six of two bands, and the joiner's even and odd samples
 
-std::uint64_t cutTilesBytes(StoreInfo const& info, Extent const& band) {
+std::uint64_t cutTilesBytes(StoreInfo const& info, Size const& band) {
     return kSampleBytes * band.width * std::min(info.tileSize, band.height);
 }
 
@@ -26,7 +26,7 @@ std::uint64_t readTilesBytes(StoreInfo const& info, size_t level) {
 std::uint64_t storememory::importBytes(StoreInfo const& info) {
     std::uint64_t plane = info.residualBits > 0 ? cutTilesBytes(info, {info.width, info.height}) : 0;
     for (size_t level = 1; level <= info.levels; ++level) {
-        Extent const band = storegeometry::bandExtent(info, level);
+        Size const band = storegeometry::bandExtent(info, level);
         plane += kImportedRows * kSampleBytes * band.width;
         plane += (level == info.levels ? 4 : 3) * cutTilesBytes(info, band);
     }

@@ -12,8 +12,8 @@
 
 namespace {
 
-// Higher levels take several times as long for a few per cent. Coefficients of a photograph look like noise: shorter
-// matches are chance and cost more than the bytes alone.
+// Higher levels take several times as long for a few per cent. Coefficients of a photograph look like noise: matches
+// shorter than this are coincidences and cost more than literals.
 constexpr int kCompressionLevel = 1;
 constexpr int kShortestMatch = 7;
 constexpr size_t kMaxUniformChecksums = 64;
@@ -21,30 +21,31 @@ constexpr size_t kMaxUniformChecksums = 64;
 using Bytes = std::vector<std::uint8_t>;
 using Samples = std::vector<std::int16_t>;
 
-std::uint16_t folded(std::int16_t sample) {
+// Zigzag coding: 0, -1, 1, -2, ... become 0, 1, 2, 3, ...
+std::uint16_t zigzagEncoded(std::int16_t sample) {
     return static_cast<std::uint16_t>(sample < 0 ? -2 * sample - 1 : 2 * sample);
 }
 
-std::int16_t unfolded(std::uint16_t code) {
+std::int16_t zigzagDecoded(std::uint16_t code) {
     return static_cast<std::int16_t>(code % 2 == 0 ? code / 2 : -code / 2 - 1);
 }
 
-void toBytes(Samples const& samples, bool fold, Bytes& bytes) {
+void toBytes(Samples const& samples, bool zigzag, Bytes& bytes) {
     size_t const count = samples.size();
     bytes.resize(2 * count);
     for (size_t i = 0; i < count; ++i) {
-        std::uint16_t const code = fold ? folded(samples[i]) : static_cast<std::uint16_t>(samples[i]);
+        std::uint16_t const code = zigzag ? zigzagEncoded(samples[i]) : static_cast<std::uint16_t>(samples[i]);
         bytes[i] = static_cast<std::uint8_t>(code);
         bytes[count + i] = static_cast<std::uint8_t>(code >> 8);
     }
 }
 
-Samples toSamples(Bytes const& bytes, bool fold) {
+Samples toSamples(Bytes const& bytes, bool zigzag) {
     size_t const count = bytes.size() / 2;
     Samples samples(count);
     for (size_t i = 0; i < count; ++i) {
         auto const code = static_cast<std::uint16_t>(bytes[i] | bytes[count + i] << 8);
-        samples[i] = fold ? unfolded(code) : static_cast<std::int16_t>(code);
+        samples[i] = zigzag ? zigzagDecoded(code) : static_cast<std::int16_t>(code);
     }
     return samples;
 }
@@ -70,7 +71,7 @@ std::optional<std::int16_t> uniformValue(RawTile const& tile, size_t side) {
     return value;
 }
 
-Samples uniformSamples(std::int16_t value, Extent const& filled, size_t side) {
+Samples uniformSamples(std::int16_t value, Size const& filled, size_t side) {
     Samples samples(side * side);
     for (size_t y = 0; y < filled.height; ++y)
         std::fill_n(samples.begin() + static_cast<std::ptrdiff_t>(y * side), filled.width, value);
@@ -83,7 +84,7 @@ struct TileCodec::State {
     State(StoreInfo const& storeInfo, std::int64_t fileVersion)
         : info(storeInfo),
           version(fileVersion),
-          fold(version >= storeformat::kFoldedSignsVersion),
+          zigzag(version >= storeformat::kZigzagVersion),
           compressor(ZSTD_createCCtx()),
           decompressor(ZSTD_createDCtx()) {
         if (compressor == nullptr || decompressor == nullptr) {
@@ -122,18 +123,18 @@ struct TileCodec::State {
     // Most uniform tiles of a store have the same value and fill their place: the sum over all their bytes is taken
     // once.
     std::uint32_t checksumOfUniformBytes(TileAddress const& address, std::int16_t value) {
-        Extent const filled = storegeometry::filledPart(info, address);
+        Size const filled = storegeometry::filledPart(info, address);
         std::array<size_t, 3> const which{static_cast<std::uint16_t>(value), filled.width, filled.height};
         auto const known = uniformChecksums.find(which);
         if (known != uniformChecksums.end()) return known->second;
         if (uniformChecksums.size() == kMaxUniformChecksums) uniformChecksums.clear();
-        toBytes(uniformSamples(value, filled, info.tileSize), fold, bytes);
+        toBytes(uniformSamples(value, filled, info.tileSize), zigzag, bytes);
         return uniformChecksums.emplace(which, withBytes(0, bytes.data(), bytes.size())).first->second;
     }
 
     StoreInfo info;
     std::int64_t version;
-    bool fold;
+    bool zigzag;
     ZSTD_CCtx* compressor;
     ZSTD_DCtx* decompressor;
     Bytes bytes;
@@ -151,7 +152,7 @@ StoredTile TileCodec::encode(RawTile const& tile) {
         return stored;
     }
     Bytes& bytes = state_->bytes;
-    toBytes(tile.samples, state_->fold, bytes);
+    toBytes(tile.samples, state_->zigzag, bytes);
     stored.crc = state_->checksumOfBytes(tile.address);
     stored.data.resize(ZSTD_compressBound(bytes.size()));
     size_t const size =
@@ -174,7 +175,7 @@ std::optional<std::vector<std::int16_t>> TileCodec::decode(StoredTile const& til
     size_t const size =
         ZSTD_decompressDCtx(state_->decompressor, bytes.data(), bytes.size(), tile.data.data(), tile.data.size());
     if (size != bytes.size() || state_->checksumOfBytes(tile.address) != tile.crc) return std::nullopt;
-    return toSamples(bytes, state_->fold);
+    return toSamples(bytes, state_->zigzag);
 }
 
 bool TileCodec::isAsWritten(TileAddress const& address, std::int16_t value, std::uint32_t crc) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/store/TileRowCutter.h"
+#include "host/store/TileRowWriter.h"
 #include "host/store/TileStoreFormat.h"
 
 #include <cstdint>

@@ -28,7 +28,7 @@ private:
 
     TileStore& store_;
     TileAddress next_;
-    Extent extent_;
+    Size extent_;
     std::vector<Tile> tiles_;
     size_t held_ = 0;  // rows in tiles_
     size_t given_ = 0; // of those

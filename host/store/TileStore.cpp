@@ -63,7 +63,7 @@ struct TileStore::State {
         auto const schema = storeschema::of(database);
         database.limitSteps(std::numeric_limits<size_t>::max());
         hasIndex = schema == storeschema::Schema::WithIndex;
-        bool const mayLack = schema == storeschema::Schema::WithoutIndex && version < storeformat::kFoldedSignsVersion;
+        bool const mayLack = schema == storeschema::Schema::WithoutIndex && version < storeformat::kZigzagVersion;
         if (!hasIndex && !mayLack) throw damaged(path, "its tables are not those of a store");
     }
 

@@ -108,7 +108,7 @@ void requirePossible(StoreInfo const& info) {
 }
 
 void requireChecksum(Meta const& meta, std::int64_t version) {
-    bool const early = version < storeformat::kFoldedSignsVersion && meta.count(kChecksum) == 0;
+    bool const early = version < storeformat::kZigzagVersion && meta.count(kChecksum) == 0;
     if (!early && textOf(meta, kChecksum) != checksumOf(meta))
         throw std::invalid_argument("its description does not match its checksum");
 }

@@ -17,7 +17,7 @@ constexpr std::int64_t kApplicationId = 0x564c4d53;
 constexpr std::int64_t kSchemaVersion = 3;
 /// From this version on the signs of samples lie in their lowest bits, pages have kPageBytes, and a file has an index
 /// of the places with data and a checksum of its description.
-constexpr std::int64_t kFoldedSignsVersion = 2;
+constexpr std::int64_t kZigzagVersion = 2;
 /// From this version on a tile's checksum is also of its key, and the description has the version and checksums of the
 /// index.
 constexpr std::int64_t kSealedVersion = 3;
@@ -25,7 +25,7 @@ constexpr std::int64_t kSealedVersion = 3;
 constexpr std::size_t kPageBytes = 4096;
 constexpr std::size_t kFirstPageBytes = 16384; // in version 1
 constexpr std::size_t pageBytes(std::int64_t version) {
-    return version < kFoldedSignsVersion ? kFirstPageBytes : kPageBytes;
+    return version < kZigzagVersion ? kFirstPageBytes : kPageBytes;
 }
 
 /// Bytes that a row of the table of tiles takes at the least: its place in a page, its lengths, its key.

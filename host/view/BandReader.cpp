@@ -51,7 +51,7 @@ BandPart BandReader::part(TileAddress const& of, Region const& region) {
     StoreInfo const& info = store_.info();
     BandPart part = {of.band, of.plane, region, std::nullopt, {}};
     std::size_t const side = info.tileSize;
-    Extent const tiles = storegeometry::tileCount(info, of.level);
+    Size const tiles = storegeometry::tileCount(info, of.level);
     std::vector<TileAddress> addresses;
     std::vector<std::optional<std::int16_t>> values;
     Region const& cells = part.region;

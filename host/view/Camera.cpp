@@ -31,7 +31,7 @@ double neighbour(Zoom const& zoom, bool larger) {
 
 } // namespace
 
-Camera::Camera(StoreInfo const& picture, Extent const& frame) : picture_(picture), frame_(frame) {
+Camera::Camera(StoreInfo const& picture, Size const& frame) : picture_(picture), frame_(frame) {
     fit();
 }
 
@@ -45,7 +45,7 @@ View Camera::view() const {
     return view;
 }
 
-void Camera::resize(Extent const& frame) {
+void Camera::resize(Size const& frame) {
     auto const difference = [](std::size_t before, std::size_t after) {
         return static_cast<std::int64_t>(before / 2) - static_cast<std::int64_t>(after / 2);
     };
@@ -90,7 +90,7 @@ void Camera::magnifyTo(double value, Place const& about) {
 void Camera::fit() {
     zoom_ = fitting();
     wanted_ = zoom_.value();
-    Extent const whole = size();
+    Size const whole = size();
     x_ = centred(frame_.width, whole.width);
     y_ = centred(frame_.height, whole.height);
     anchor_.reset();
@@ -124,7 +124,7 @@ Place Camera::frameAt(Place const& inPicture) const {
 std::optional<PicturePixel> Camera::pixelAt(Place const& inFrame) const {
     auto const x = static_cast<std::int64_t>(std::floor(inFrame.x)) + x_;
     auto const y = static_cast<std::int64_t>(std::floor(inFrame.y)) + y_;
-    Extent const whole = size();
+    Size const whole = size();
     if (x < 0 || y < 0 || x >= static_cast<std::int64_t>(whole.width) || y >= static_cast<std::int64_t>(whole.height))
         return std::nullopt;
     // At the end of a picture the last pixel may show less than half of a sample's width, beyond the middle of the
@@ -135,7 +135,7 @@ std::optional<PicturePixel> Camera::pixelAt(Place const& inFrame) const {
     return PicturePixel{pixel(x, picture_.width), pixel(y, picture_.height)};
 }
 
-Extent Camera::size() const {
+Size Camera::size() const {
     return picturetile::pixelExtent(picture_, zoom_);
 }
 
@@ -144,7 +144,7 @@ Zoom Camera::fitting() const {
     double const y = static_cast<double>(frame_.height) / static_cast<double>(picture_.height);
     double const value = std::clamp(std::min(x, y), 1e-9, static_cast<double>(Zoom::kLargest));
     Zoom zoom = Zoom::nearest(value, picture_.levels);
-    auto const tooLarge = [this](Extent const& whole) {
+    auto const tooLarge = [this](Size const& whole) {
         return whole.width > frame_.width || whole.height > frame_.height;
     };
     // The nearest may be the next larger one.
@@ -168,7 +168,7 @@ void Camera::set(Zoom const& zoom, Place const& about) {
 }
 
 void Camera::clamp() {
-    Extent const whole = size();
+    Size const whole = size();
     x_ = clamped(x_, frame_.width, whole.width);
     y_ = clamped(y_, frame_.height, whole.height);
 }

@@ -31,14 +31,14 @@ struct PicturePixel {
 class Camera {
 public:
     /// Of a picture of at least one pixel; shows the whole of it. A frame may be empty, as that of a minimised window.
-    Camera(StoreInfo const& picture, Extent const& frame);
+    Camera(StoreInfo const& picture, Size const& frame);
 
     View view() const;
     Zoom const& zoom() const { return zoom_; }
-    Extent const& frame() const { return frame_; }
+    Size const& frame() const { return frame_; }
 
     /// What was in the middle stays there; what showed the whole picture still does.
-    void resize(Extent const& frame);
+    void resize(Size const& frame);
     /// Moves the picture, to the right and down. What a limit keeps is lost.
     void pan(std::int64_t right, std::int64_t down);
     /// Magnifies by a factor above 0 about a place in the frame, where the same place of the picture stays to half a
@@ -61,7 +61,7 @@ public:
     /// The pixel of the picture that a place of the frame shows; of those that share a sample the first.
     std::optional<PicturePixel> pixelAt(Place const& inFrame) const;
     /// Pixels of the whole picture at the zoom.
-    Extent size() const;
+    Size size() const;
 
 private:
     Zoom fitting() const;
@@ -69,7 +69,7 @@ private:
     void clamp();
 
     StoreInfo picture_;
-    Extent frame_;
+    Size frame_;
     Zoom zoom_;
     double wanted_ = 1; // the magnification asked for, of which zoom_ is the nearest there is
     std::int64_t x_ = 0;

@@ -8,7 +8,7 @@
 
 namespace {
 
-using Layout = PictureTargets::Layout;
+using Layout = SampleLayout;
 
 constexpr std::size_t kCell = 4; // pixels of the view along a cell of the mask
 
@@ -25,12 +25,12 @@ unsigned int cellOf(Zoom const& zoom, std::size_t sample, std::int64_t origin, s
 
 } // namespace
 
-DataMask::DataMask(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, EmptyAreas& emptyAreas,
+DataMask::DataMask(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, EmptyAreas& emptyAreas,
                    StoreInfo const& info)
     : instance_(std::move(instance)), targets_(targets), emptyAreas_(emptyAreas), info_(info) {}
 
 std::vector<std::uint8_t> DataMask::draw(View const& view) {
-    PictureTargets::Size const size = {cellsAlong(view.width), cellsAlong(view.height)};
+    Size const size = {cellsAlong(view.width), cellsAlong(view.height)};
     auto const texels = drawn(cellsOf(view), size);
     std::vector<std::uint8_t> mask(view.width * view.height);
     for (std::size_t y = 0; y < view.height; ++y) {
@@ -56,7 +56,7 @@ DataMask::Cells DataMask::cellsOf(View const& view) {
     return cells;
 }
 
-std::vector<unsigned char> DataMask::drawn(Cells const& cells, PictureTargets::Size const& size) {
+std::vector<unsigned char> DataMask::drawn(Cells const& cells, Size const& size) {
     std::vector<unsigned char> const id = {'m'};
     instance_->dataEnvelopes(id, {{{}, cells}});
     MaskFilterParams params;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/filter/PictureTargets.h"
+#include "host/filter/FilterRunner.h"
 #include "host/view/EmptyAreas.h"
 #include "host/view/Zoom.h"
 
@@ -12,7 +12,7 @@
 class DataMask {
 public:
     /// All of them outlive it.
-    DataMask(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, EmptyAreas& emptyAreas,
+    DataMask(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, EmptyAreas& emptyAreas,
              StoreInfo const& info);
 
     /// One byte per pixel of the view, rows from the top: 255 where there is data, else 0, off by less than 8 pixels.
@@ -22,10 +22,10 @@ private:
     using Cells = std::vector<std::vector<unsigned int>>;
 
     Cells cellsOf(View const& view);
-    std::vector<unsigned char> drawn(Cells const& cells, PictureTargets::Size const& size);
+    std::vector<unsigned char> drawn(Cells const& cells, Size const& size);
 
     std::shared_ptr<RenderBackendInstance> instance_;
-    PictureTargets& targets_;
+    FilterRunner& targets_;
     EmptyAreas& emptyAreas_;
     StoreInfo info_;
 };

@@ -4,7 +4,7 @@
 
 namespace {
 
-using Layout = PictureTargets::Layout;
+using Layout = SampleLayout;
 
 // Pixels of a frame that are scaled at once, and room for their samples: at most 63 to 32 pixels, as many before them,
 // and one at each end. A pixel's middle stays 1/64 of a sample off every border, and SwiftShader, which counts along a
@@ -16,11 +16,6 @@ constexpr std::size_t kCanvas = 840;
 constexpr std::size_t kStripe = 8;
 constexpr std::array<unsigned char, 4> kDarkStripe = {0, 0, 0, 255};
 constexpr std::array<unsigned char, 4> kLightStripe = {255, 0, 255, 255};
-
-struct Interval {
-    std::size_t start;
-    std::size_t length;
-};
 
 Interval shownPart(std::int64_t start, std::size_t length, std::size_t picture) {
     std::int64_t const end = std::min(start + static_cast<std::int64_t>(length), static_cast<std::int64_t>(picture));
@@ -43,23 +38,23 @@ Interval samplesRead(Zoom const& zoom, bool smooth, Interval const& samples, std
 
 } // namespace
 
-FrameComposer::FrameComposer(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets,
-                             ShownTiles& tiles, StoreInfo const& info)
+FrameComposer::FrameComposer(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, ShownTiles& tiles,
+                             StoreInfo const& info)
     : instance_(std::move(instance)), targets_(targets), tiles_(tiles), info_(info) {}
 
 Region FrameComposer::shownPart(StoreInfo const& info, View const& view) {
-    Extent const whole = picturetile::pixelExtent(info, view.zoom);
+    Size const whole = picturetile::pixelExtent(info, view.zoom);
     Interval const x = ::shownPart(view.x, view.width, whole.width);
     Interval const y = ::shownPart(view.y, view.height, whole.height);
     if (x.length == 0 || y.length == 0) return {};
-    return {x.start, y.start, x.length, y.length};
+    return regionOf(x, y);
 }
 
 Region FrameComposer::samplesOf(Zoom const& zoom, Region const& pixels) {
     if (pixels.width == 0) return {};
     Interval const x = ::samplesOf(zoom, pixels.x, pixels.width);
     Interval const y = ::samplesOf(zoom, pixels.y, pixels.height);
-    return {x.start, y.start, x.length, y.length};
+    return regionOf(x, y);
 }
 
 OwnedTarget FrameComposer::draw(View const& view, std::array<std::uint8_t, 3> const& background,
@@ -107,7 +102,7 @@ void FrameComposer::drawPiece(View const& view, Region const& pixels, OwnedTarge
         return;
     }
     bool const smooth = view.smooth && zoom.pixels() < zoom.samples();
-    Extent const level = picturetile::levelExtent(info_, zoom.level());
+    Size const level = picturetile::levelExtent(info_, zoom.level());
     Region const samples = samplesOf(zoom, pixels);
     Interval const x = samplesRead(zoom, smooth, {samples.x, samples.width}, level.width);
     Interval const y = samplesRead(zoom, smooth, {samples.y, samples.height}, level.height);
@@ -136,7 +131,7 @@ OwnedTarget const& FrameComposer::canvas(bool smooth) {
 }
 
 // Beyond the picture its last sample goes on, as textures do that end there. No target is read while it is drawn into.
-void FrameComposer::repeatEdges(OwnedTarget const& canvas, Region const& samples, Extent const& level) {
+void FrameComposer::repeatEdges(OwnedTarget const& canvas, Region const& samples, Size const& level) {
     auto const repeat = [&](Region const& edge, std::size_t x, std::size_t y) {
         OwnedTarget const copy = targets_.target(Layout::kRgba8, {edge.width, edge.height});
         targets_.copy(Layout::kRgba8, canvas, edge, copy, 0, 0);

@@ -18,7 +18,7 @@
 /// VelmoraException.
 class FrameComposer {
 public:
-    FrameComposer(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, ShownTiles& tiles,
+    FrameComposer(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, ShownTiles& tiles,
                   StoreInfo const& info);
 
     /// Of the view's size. Where a tile is not there, the finest coarser one is shown; the background where there is
@@ -37,10 +37,10 @@ private:
     void enlarge(PictureTile const& coarser, OwnedTarget const& texels, Region const& samples, std::size_t level,
                  Region const& area, OwnedTarget const& to);
     void stripe(View const& view, Region const& pixels, OwnedTarget const& frame);
-    void repeatEdges(OwnedTarget const& canvas, Region const& samples, Extent const& level);
+    void repeatEdges(OwnedTarget const& canvas, Region const& samples, Size const& level);
 
     std::shared_ptr<RenderBackendInstance> instance_;
-    PictureTargets& targets_;
+    FilterRunner& targets_;
     ShownTiles& tiles_;
     StoreInfo info_;
     std::vector<std::size_t> background_;

@@ -1,13 +1,13 @@
 #include "host/view/LevelSamples.h"
 
-#include "host/filter/DeepTexels.h"
+#include "host/filter/SampleLayout.h"
 #include "host/image/PixelBands.h"
 
 #include <algorithm>
 
 namespace {
 
-using Layout = PictureTargets::Layout;
+using Layout = SampleLayout;
 
 std::int16_t sampleAt(std::vector<unsigned char> const& bytes, std::size_t index) {
     return static_cast<std::int16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8U);
@@ -15,7 +15,7 @@ std::int16_t sampleAt(std::vector<unsigned char> const& bytes, std::size_t index
 
 } // namespace
 
-LevelSamples::LevelSamples(PictureTargets& targets, PictureTiles& tiles, StoreInfo const& info)
+LevelSamples::LevelSamples(FilterRunner& targets, PictureTiles& tiles, StoreInfo const& info)
     : targets_(targets), tiles_(tiles), info_(info) {}
 
 void LevelSamples::keep(LoadedTile&& loaded) {
@@ -65,13 +65,14 @@ std::uint16_t LevelSamples::codeOf(std::int16_t sample) const {
 void LevelSamples::putColours(Codes& to, PictureTile const& tile, Region const& part) {
     Region const shown = picturetile::shownRegion(info_, tile);
     std::vector<unsigned char> const texels = targets_.read(
-        *tiles_.pixels(tile), Layout::kDeep, {part.x - shown.x, part.y - shown.y, part.width, part.height});
+        *tiles_.pixels(tile), Layout::kThreeChannel16, {part.x - shown.x, part.y - shown.y, part.width, part.height});
     std::size_t const colours = std::min<std::size_t>(to.bands, pixelbands::isGrey(info_.bands) ? 1 : 3);
     unsigned char const* pixel = texels.data();
     for (std::size_t y = part.y; y < part.y + part.height; ++y) {
-        for (std::size_t x = part.x; x < part.x + part.width; ++x, pixel += deeptexels::kPixelBytes) {
+        for (std::size_t x = part.x; x < part.x + part.width;
+             ++x, pixel += samplelayout::bytesPerPixel(SampleLayout::kThreeChannel16)) {
             for (std::size_t band = 0; band < colours; ++band)
-                to.at(x, y, band) = codeOf(deeptexels::sample(pixel, band));
+                to.at(x, y, band) = codeOf(samplelayout::threeChannelSample(pixel, band));
         }
     }
 }
@@ -80,7 +81,7 @@ void LevelSamples::putAlpha(Codes& to, PictureTile const& tile, Region const& pa
     PlanePart const& plane = tiles_.plane(tile, info_.bands - 1);
     Region const& all = plane.region;
     std::vector<unsigned char> const samples =
-        targets_.read(plane.target, Layout::kPlane, {0, 0, all.width, all.height});
+        targets_.read(plane.target, Layout::kOneChannel16, {0, 0, all.width, all.height});
     for (std::size_t y = part.y; y < part.y + part.height; ++y) {
         for (std::size_t x = part.x; x < part.x + part.width; ++x)
             to.at(x, y, to.bands - 1) = codeOf(sampleAt(samples, (y - all.y) * all.width + x - all.x));

@@ -20,7 +20,7 @@
 /// only. Throws VelmoraException.
 class LevelSamples {
 public:
-    LevelSamples(PictureTargets& targets, PictureTiles& tiles, StoreInfo const& info);
+    LevelSamples(FilterRunner& targets, PictureTiles& tiles, StoreInfo const& info);
 
     /// Keeps the residual bits of a tile of level 0.
     void keep(LoadedTile&& loaded);
@@ -51,7 +51,7 @@ private:
     void addResiduals(Codes& to, PictureTile const& tile, Region const& part) const;
     std::uint16_t codeOf(std::int16_t sample) const;
 
-    PictureTargets& targets_;
+    FilterRunner& targets_;
     PictureTiles& tiles_;
     StoreInfo info_;
     std::map<PictureTile, std::vector<BandPart>> residuals_; // of level 0, a part for each band

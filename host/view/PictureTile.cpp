@@ -7,7 +7,7 @@
 namespace {
 
 // `length` samples from the tile's corner on, up to the level's last.
-Region fromCorner(PictureTile const& tile, std::size_t length, Extent const& extent) {
+Region fromCorner(PictureTile const& tile, std::size_t length, Size const& extent) {
     std::size_t const x = tile.column * picturetile::kSide;
     std::size_t const y = tile.row * picturetile::kSide;
     return {x, y, std::min(length, extent.width - x), std::min(length, extent.height - y)};
@@ -24,13 +24,13 @@ Region fromRange(std::vector<std::size_t> const& range) {
 
 } // namespace
 
-Extent picturetile::levelExtent(StoreInfo const& info, std::size_t level) {
+Size picturetile::levelExtent(StoreInfo const& info, std::size_t level) {
     auto const halved = [level](std::size_t length) { return ((length - 1) >> level) + 1; };
     return {halved(info.width), halved(info.height)};
 }
 
-Extent picturetile::pixelExtent(StoreInfo const& info, Zoom const& zoom) {
-    Extent const level = levelExtent(info, zoom.level());
+Size picturetile::pixelExtent(StoreInfo const& info, Zoom const& zoom) {
+    Size const level = levelExtent(info, zoom.level());
     return {zoom.pixelsOf(level.width), zoom.pixelsOf(level.height)};
 }
 
@@ -46,7 +46,7 @@ Region picturetile::bandRegion(StoreInfo const& info, PictureTile const& tile) {
     Region const bands = fromRange(description::filterFirIV53LeGall16().inputRange(
         description::filterFirIH53LeGall16().inputRange(toRange(planeRegion(info, tile)))));
     // Filters count whole steps of their grid, so they ask for a sample more than they read; two samples share a texel.
-    Extent const extent = storegeometry::bandExtent(info, tile.level + 1);
+    Size const extent = storegeometry::bandExtent(info, tile.level + 1);
     return {bands.x, bands.y, std::min(bands.width + bands.width % 2, extent.width - bands.x),
             std::min(bands.height, extent.height - bands.y)};
 }

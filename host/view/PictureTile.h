@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Region.h"
+#include "host/Geometry.h"
 #include "host/store/StoreInfo.h"
 #include "host/view/Zoom.h"
 
@@ -32,9 +32,9 @@ constexpr std::size_t kSide = 512;
 constexpr std::size_t kMargin = 6;
 
 /// Samples of a level that show the picture: half as many at each further one.
-Extent levelExtent(StoreInfo const& info, std::size_t level);
+Size levelExtent(StoreInfo const& info, std::size_t level);
 /// Pixels of the whole picture at a zoom.
-Extent pixelExtent(StoreInfo const& info, Zoom const& zoom);
+Size pixelExtent(StoreInfo const& info, Zoom const& zoom);
 
 /// The tile's samples without the margin, as far as they show the picture.
 Region shownRegion(StoreInfo const& info, PictureTile const& tile);

@@ -9,8 +9,7 @@
 
 namespace {
 
-using Layout = PictureTargets::Layout;
-using Size = PictureTargets::Size;
+using Layout = SampleLayout;
 
 constexpr unsigned kShownDepth = 8;
 // Of a part of a band among the numbers that the tiles of a store take in the instance's cache.
@@ -61,7 +60,7 @@ Filter colourStep(bool grey, bool shown) {
 
 } // namespace
 
-PictureTiles::PictureTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets,
+PictureTiles::PictureTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets,
                            StoreInfo const& info)
     : instance_(std::move(instance)), targets_(targets), info_(info), numbers_(instance_) {}
 
@@ -69,8 +68,8 @@ unsigned PictureTiles::depth() const {
     return static_cast<unsigned>(info_.bits - info_.residualBits);
 }
 
-PictureTargets::Layout PictureTiles::layout() const {
-    return depth() == kShownDepth ? Layout::kRgba8 : Layout::kDeep;
+SampleLayout PictureTiles::layout() const {
+    return depth() == kShownDepth ? Layout::kRgba8 : Layout::kThreeChannel16;
 }
 
 bool PictureTiles::hasParent(PictureTile const& tile) const {
@@ -163,7 +162,7 @@ PlanePart PictureTiles::rebuiltPlane(PictureTile const& tile, std::size_t plane,
     Size const whole = {2 * bands.width - 4, half.height};
     auto const run = [&](Filter const& description, std::vector<FilterSource> const& sources, Size const& input,
                          Size const& output) {
-        OwnedTarget result = targets_.target(Layout::kPlane, output);
+        OwnedTarget result = targets_.target(Layout::kOneChannel16, output);
         targets_.run(targets_.prepared(description), sources, input, result);
         return result;
     };
@@ -180,13 +179,13 @@ PlanePart PictureTiles::rebuiltPlane(PictureTile const& tile, std::size_t plane,
 PlanePart PictureTiles::bandPart(PictureTile const& tile, std::size_t plane, Band band, Value const& value) {
     Region const region = partRegion(info_, tile);
     Region const all = {0, 0, region.width, region.height};
-    PlanePart part = {targets_.target(Layout::kPlane, {region.width, region.height}), region};
+    PlanePart part = {targets_.target(Layout::kOneChannel16, {region.width, region.height}), region};
     if (!value)
-        targets_.drawStored(part.target, Layout::kPlane, numbers_.id(numberOf(tile, plane, band)), all);
+        targets_.drawStored(part.target, Layout::kOneChannel16, numbers_.id(numberOf(tile, plane, band)), all);
     else if (*value != 0) // one texel of two samples is enough where all are the same
-        targets_.draw(part.target, Layout::kPlane, {2, 1}, texelOf(*value), all);
+        targets_.draw(part.target, Layout::kOneChannel16, {2, 1}, texelOf(*value), all);
     else
-        targets_.draw(part.target, Layout::kPlane, {2, 1}, {}, all);
+        targets_.draw(part.target, Layout::kOneChannel16, {2, 1}, {}, all);
     return part;
 }
 
@@ -195,7 +194,7 @@ OwnedTarget PictureTiles::coloured(PictureTile const& tile, std::vector<PlanePar
     Region const shown = picturetile::shownRegion(info_, tile);
     Size const even = {shown.width + shown.width % 2, shown.height};
     auto const plane = [&](std::size_t index) { return source(planes[grey ? 0 : index], shown.x, shown.y); };
-    OwnedTarget const deep = targets_.target(Layout::kDeep, even);
+    OwnedTarget const deep = targets_.target(Layout::kThreeChannel16, even);
     targets_.run(targets_.prepared(description::filterInterleave16()), {plane(0), plane(1), plane(2)}, even, deep);
     Size const size = {shown.width, shown.height};
     OwnedTarget result = targets_.target(layout(), size);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/filter/PictureTargets.h"
+#include "host/filter/FilterRunner.h"
 #include "host/view/KeptTiles.h"
 #include "host/view/TileLoader.h"
 
@@ -34,10 +34,10 @@ struct PlanePart {
 /// the bands beyond the picture's edge, so no edge is a case of its own. GL thread only. Throws VelmoraException.
 class PictureTiles {
 public:
-    PictureTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, StoreInfo const& info);
+    PictureTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, StoreInfo const& info);
 
     /// Of the pixels: RGBA texels where a sample has 8 bits, else three channels of 16.
-    PictureTargets::Layout layout() const;
+    SampleLayout layout() const;
     unsigned depth() const;
 
     bool has(PictureTile const& tile) const { return tiles_.has(tile); }
@@ -78,7 +78,7 @@ private:
     OwnedTarget coloured(PictureTile const& tile, std::vector<PlanePart> const& planes);
 
     std::shared_ptr<RenderBackendInstance> instance_;
-    PictureTargets& targets_;
+    FilterRunner& targets_;
     StoreInfo info_;
     TileNumbers numbers_; // of the bands' parts in the instance's cache
     KeptTiles<Tile> tiles_;

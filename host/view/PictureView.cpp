@@ -19,7 +19,7 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Layout = PictureTargets::Layout;
+using Layout = SampleLayout;
 
 constexpr std::size_t kMaxPoolBytes = 16 * 1000 * 1000;
 constexpr std::size_t kMaxWaiting = 24; // tiles
@@ -229,7 +229,7 @@ struct PictureView::State {
     TileStore store;
     StoreInfo info;
     std::shared_ptr<SampleCache> cache;
-    PictureTargets targets;
+    FilterRunner targets;
     PictureTiles rebuilt;
     LevelSamples deep; // of pictures of 16 bits
     ShownTiles shown;
@@ -257,7 +257,7 @@ StoreInfo const& PictureView::info() const {
     return state_->info;
 }
 
-Extent PictureView::sizeAt(Zoom const& zoom) const {
+Size PictureView::sizeAt(Zoom const& zoom) const {
     return picturetile::pixelExtent(state_->info, zoom);
 }
 

@@ -50,7 +50,7 @@ public:
 
     StoreInfo const& info() const;
     /// Pixels of the whole picture at a zoom.
-    Extent sizeAt(Zoom const& zoom) const;
+    Size sizeAt(Zoom const& zoom) const;
 
     /// Enhancements from now on. Throws HostError (usage) where they read too much around a pixel.
     void enhance(std::vector<enhancement::Step> const& steps);

@@ -15,10 +15,10 @@ Region shownalpha::pixelsOf(Zoom const& zoom, Region const& samples) {
 }
 
 void shownalpha::put(std::vector<std::uint8_t>& rgba, View const& view, Region const& pixels,
-                     PictureTargets const& targets, PlanePart const& plane, unsigned depth) {
+                     FilterRunner const& targets, PlanePart const& plane, unsigned depth) {
     Region const& region = plane.region;
     std::vector<unsigned char> const bytes =
-        targets.read(plane.target, PictureTargets::Layout::kPlane, {0, 0, region.width, region.height});
+        targets.read(plane.target, SampleLayout::kOneChannel16, {0, 0, region.width, region.height});
     auto const toX = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.x) - view.x);
     auto const toY = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.y) - view.y);
     for (std::size_t y = 0; y < pixels.height; ++y) {

@@ -14,7 +14,7 @@ Region pixelsOf(Zoom const& zoom, Region const& samples);
 
 /// Puts the alpha of pixels of the picture, which lie in the view, into the view's RGBA texels, out of a tile that is
 /// there.
-void put(std::vector<std::uint8_t>& rgba, View const& view, Region const& pixels, PictureTargets const& targets,
+void put(std::vector<std::uint8_t>& rgba, View const& view, Region const& pixels, FilterRunner const& targets,
          PlanePart const& plane, unsigned depth);
 
 } // namespace shownalpha

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-using Layout = PictureTargets::Layout;
+using Layout = SampleLayout;
 
-ShownTiles::ShownTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, PictureTiles& tiles,
+ShownTiles::ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, PictureTiles& tiles,
                        LevelSamples& samples, StoreInfo const& info)
     : instance_(std::move(instance)),
       targets_(targets),
@@ -30,10 +30,8 @@ bool ShownTiles::asRebuilt() const {
 
 EnhancementChain& ShownTiles::chain(std::size_t level) {
     auto& chain = chains_[level];
-    Extent const extent = picturetile::levelExtent(info_, level);
-    if (!chain)
-        chain =
-            std::make_unique<EnhancementChain>(instance_, steps_, PictureTargets::Size{extent.width, extent.height});
+    Size const extent = picturetile::levelExtent(info_, level);
+    if (!chain) chain = std::make_unique<EnhancementChain>(instance_, steps_, Size{extent.width, extent.height});
     return *chain;
 }
 
@@ -81,7 +79,7 @@ void ShownTiles::build(PictureTile const& tile) {
 OwnedTarget ShownTiles::drawn(PictureTile const& tile, Region const& piece) {
     EnhancementChain& steps = chain(tile.level);
     Region const region = steps.inputFor(piece);
-    bool const deep = rebuilt_.layout() == Layout::kDeep;
+    bool const deep = rebuilt_.layout() == Layout::kThreeChannel16;
     // Shown as they are, 16 bits need no more than their upper ones.
     if (deep && !steps_.empty()) return steps.draw15(samples_.planes(tile.level, region), piece);
     return steps.draw(input(tile.level, region), rebuilt_.depth(), piece);

@@ -14,7 +14,7 @@
 /// Throws VelmoraException.
 class ShownTiles {
 public:
-    ShownTiles(std::shared_ptr<RenderBackendInstance> instance, PictureTargets& targets, PictureTiles& tiles,
+    ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, PictureTiles& tiles,
                LevelSamples& samples, StoreInfo const& info);
 
     /// The enhancements from now on; drops all tiles. Throws HostError (usage) where they read too much around a pixel.
@@ -41,7 +41,7 @@ private:
     OwnedTarget input(std::size_t level, Region const& region);
 
     std::shared_ptr<RenderBackendInstance> instance_;
-    PictureTargets& targets_;
+    FilterRunner& targets_;
     PictureTiles& rebuilt_;
     LevelSamples& samples_;
     StoreInfo info_;

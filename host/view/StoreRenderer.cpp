@@ -30,11 +30,6 @@ std::size_t upToGrid(std::size_t start, std::size_t grid, std::size_t end) {
     return std::min(start / grid * grid + grid, end);
 }
 
-struct Interval {
-    std::size_t start;
-    std::size_t length;
-};
-
 Interval intervalAt(double zoom, std::size_t start, std::size_t length, std::size_t picture) {
     auto const first = static_cast<std::size_t>(std::floor(static_cast<double>(start) * zoom));
     auto const end = static_cast<std::size_t>(std::ceil(static_cast<double>(start + length) * zoom));
@@ -54,14 +49,14 @@ StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& insta
 }
 
 Region StoreRenderer::regionAt(StoreInfo const& info, Zoom const& zoom, Region const& region) {
-    Extent const whole = picturetile::pixelExtent(info, zoom);
+    Size const whole = picturetile::pixelExtent(info, zoom);
     Interval const x = intervalAt(zoom.value(), region.x, region.width, whole.width);
     Interval const y = intervalAt(zoom.value(), region.y, region.height, whole.height);
     return {x.start, y.start, x.length, y.length};
 }
 
-void StoreRenderer::render(Zoom const& zoom, bool smooth, Region const& region, RegionRenderer::RowSink const& sink,
-                           RegionRenderer::Progress const& progress) {
+void StoreRenderer::render(Zoom const& zoom, bool smooth, Region const& region, RowSink const& sink,
+                           Progress const& progress) {
     std::vector<std::uint8_t> rows;
     std::size_t const bottom = region.y + region.height;
     std::size_t const right = region.x + region.width;

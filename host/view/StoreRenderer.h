@@ -1,7 +1,8 @@
 #pragma once
 
+#include "host/Progress.h"
+#include "host/RowSink.h"
 #include "host/filter/Enhancement.h"
-#include "host/filter/RegionRenderer.h"
 #include "host/view/PictureView.h"
 
 #include <cstddef>
@@ -30,8 +31,7 @@ public:
 
     /// region: in pixels of the picture at this zoom. smooth: of 8 bits only. Throws what store, sink and progress
     /// throw, and VelmoraException.
-    void render(Zoom const& zoom, bool smooth, Region const& region, RegionRenderer::RowSink const& sink,
-                RegionRenderer::Progress const& progress);
+    void render(Zoom const& zoom, bool smooth, Region const& region, RowSink const& sink, Progress const& progress);
 
 private:
     void draw(View const& view, std::uint8_t* out, std::size_t rowPixels);

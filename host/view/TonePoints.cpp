@@ -32,13 +32,13 @@ TonePoints tonePoints(std::vector<std::uint16_t> codes) {
 
 TonePoints tonePoints(TileStore& store) {
     StoreInfo const& info = store.info();
-    Extent const tiles = storegeometry::tileCount(info, info.levels);
+    Size const tiles = storegeometry::tileCount(info, info.levels);
     // What lies beyond the picture in the band continues it mirrored, and counts like the rest.
     std::vector<std::uint16_t> codes;
     for (std::size_t row = 0; row < tiles.height; ++row)
         for (std::size_t column = 0; column < tiles.width; ++column) {
             TileAddress const address{info.levels, Band::LL, 0, column, row};
-            Extent const filled = storegeometry::filledPart(info, address);
+            Size const filled = storegeometry::filledPart(info, address);
             std::vector<std::int16_t> const samples = store.tile(address);
             for (std::size_t y = 0; y < filled.height; ++y)
                 for (std::size_t x = 0; x < filled.width; ++x)

@@ -1,9 +1,11 @@
 // The catalogue of runs beside the list of filters.
 #include "conformance/Verification.h"
 #include "host/filter/FilterDescriptions.h"
+#include "tests/renderbackend/MinimalInstance.h"
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <set>
 
 namespace {
@@ -19,7 +21,8 @@ TEST(CatalogueTest, EveryFilterHasRunsAndNothingElseHas) {
 }
 
 TEST(CatalogueTest, NameWithoutRunsIsAFailureThatSaysWhereTheyGo) {
-    conformance::FilterRunner runner(nullptr);
+    FixedContext context;
+    conformance::TexelRunner runner(std::make_shared<MinimalInstance>(1, context));
     conformance::Outcome const outcome = conformance::verifyFilter("FilterNone", runner, {});
     EXPECT_FALSE(outcome.exact());
     EXPECT_EQ(outcome.tally.pixels, 0U);

@@ -1,7 +1,10 @@
 #include "conformance/Trial.h"
 
+#include "tests/renderbackend/MinimalInstance.h"
+
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -13,8 +16,9 @@ using reference::Texels;
 
 class TrialTest : public ::testing::Test {
 protected:
-    // Counting needs no instance, and there is none.
-    conformance::FilterRunner runner_{nullptr};
+    // Counting asks nothing of it.
+    FixedContext context_;
+    conformance::TexelRunner runner_{std::make_shared<MinimalInstance>(1, context_)};
     Trial trial_{runner_, {}};
     Texels const picture_{2, 2, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}};
 };

@@ -19,7 +19,7 @@ ImportOptions optionsOf(size_t jobs) {
 // Each tile of the plane's band HH at level 1.
 std::vector<std::vector<std::int16_t>> tilesOf(std::string const& path) {
     TileStore store(path);
-    Extent const count = storegeometry::tileCount(store.info(), 1);
+    Size const count = storegeometry::tileCount(store.info(), 1);
     std::vector<std::vector<std::int16_t>> tiles;
     for (size_t row = 0; row < count.height; ++row)
         for (size_t column = 0; column < count.width; ++column)

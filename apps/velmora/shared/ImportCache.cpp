@@ -1,5 +1,6 @@
 #include "apps/velmora/shared/ImportCache.h"
 
+#include "host/Failures.h"
 #include "host/Fnv1a.h"
 #include "host/HostError.h"
 
@@ -63,8 +64,7 @@ std::string importcache::storeName(fs::path const& picture, ImageSelection const
     fs::path const absolute = fs::canonical(picture, failed);
     auto const size = failed ? 0 : fs::file_size(absolute, failed);
     auto const time = failed ? fs::file_time_type() : fs::last_write_time(absolute, failed);
-    if (failed)
-        throw HostError(HostError::Kind::MissingFile, "cannot open '" + picture.string() + "': " + failed.message());
+    if (failed) throw failures::cannotOpen(picture.string(), failures::reasonOf(failed.value()));
     // A path holds no byte 0.
     std::string const separator(1, '\0');
     // File systems allow names of 255 bytes.

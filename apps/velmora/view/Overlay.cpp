@@ -54,7 +54,7 @@ bool Overlay::hasMouse() const {
     return ImGui::GetIO().WantCaptureMouse;
 }
 
-void Overlay::begin(Extent const& frame, double pixelsPerUnit, double secondsSinceLast) {
+void Overlay::begin(Size const& frame, double pixelsPerUnit, double secondsSinceLast) {
     ImGuiIO& io = ImGui::GetIO();
     io.DisplaySize = {static_cast<float>(frame.width), static_cast<float>(frame.height)};
     // ImGui's own letters are of fixed pixels.

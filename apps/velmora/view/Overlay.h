@@ -24,7 +24,7 @@ public:
     bool hasMouse() const;
 
     /// From here to end() ImGui's functions draw.
-    void begin(Extent const& frame, double pixelsPerUnit, double secondsSinceLast);
+    void begin(Size const& frame, double pixelsPerUnit, double secondsSinceLast);
     /// Draws over the host's surface. Leaves framebuffer 0 bound, and the rest of GL's state as it was.
     void end();
 

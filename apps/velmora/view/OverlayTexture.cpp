@@ -6,7 +6,7 @@ OverlayTexture::~OverlayTexture() {
     if (name_ != 0) glDeleteTextures(1, &name_);
 }
 
-void OverlayTexture::set(std::vector<std::uint8_t> const& rgba, Extent const& size) {
+void OverlayTexture::set(std::vector<std::uint8_t> const& rgba, Size const& size) {
     if (name_ == 0) glGenTextures(1, &name_);
     size_ = size;
     glActiveTexture(GL_TEXTURE0);

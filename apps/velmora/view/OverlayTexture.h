@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/store/StoreInfo.h"
+#include "host/Geometry.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -15,15 +15,15 @@ public:
     OverlayTexture& operator=(OverlayTexture const&) = delete;
 
     /// RGBA, rows from the top. Leaves unit 0 active, and the texture bound there.
-    void set(std::vector<std::uint8_t> const& rgba, Extent const& size);
+    void set(std::vector<std::uint8_t> const& rgba, Size const& size);
     void clear() { size_ = {}; }
 
     bool empty() const { return size_.width == 0 || size_.height == 0; }
-    Extent const& size() const { return size_; }
+    Size const& size() const { return size_; }
     /// The GL name.
     unsigned name() const { return name_; }
 
 private:
     unsigned name_ = 0;
-    Extent size_;
+    Size size_;
 };

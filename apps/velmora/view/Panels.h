@@ -51,8 +51,8 @@ constexpr std::size_t kTileSamples = 512;
 void drawMask(OverlayTexture const& mask);
 
 /// A picture that is being imported, as large as the frame allows.
-void drawGrowing(OverlayTexture const& picture, Extent const& frame);
+void drawGrowing(OverlayTexture const& picture, Size const& frame);
 /// How far the import is, 0 to 1.
-void drawProgress(std::string const& name, double share, Extent const& frame);
+void drawProgress(std::string const& name, double share, Size const& frame);
 
 } // namespace panels

@@ -1,5 +1,6 @@
 #include "apps/velmora/view/Script.h"
 
+#include "host/Failures.h"
 #include "host/HostError.h"
 #include "host/image/InputFile.h"
 
@@ -114,10 +115,6 @@ private:
     std::string where_;
 };
 
-HostError cannotOpen(std::string const& path, std::string const& reason) {
-    return {HostError::Kind::MissingFile, "cannot open '" + path + "': " + reason + "; check the path"};
-}
-
 } // namespace
 
 std::vector<Script::Line> Script::parse(std::string const& text, std::string const& name) {
@@ -135,9 +132,9 @@ std::vector<Script::Line> Script::parse(std::string const& text, std::string con
 // Pipes are read too, such as those that shells make.
 std::vector<Script::Line> Script::read(std::string const& path) {
     std::error_code failed;
-    if (std::filesystem::is_directory(path, failed)) throw cannotOpen(path, "it is a folder");
+    if (std::filesystem::is_directory(path, failed)) throw failures::cannotOpen(path, "it is a folder");
     std::ifstream file(path);
-    if (!file.is_open()) throw cannotOpen(path, errno == ENOENT ? "no such file" : std::strerror(errno));
+    if (!file.is_open()) throw failures::cannotOpen(path, failures::reasonOf(errno));
     std::string text;
     std::array<char, 4096> part{};
     while (file.read(part.data(), part.size()), file.gcount() > 0) {

@@ -28,7 +28,7 @@ constexpr enhancement::Gamma kDeepGamma{1.0, 0, kLargestCode};
 } // namespace
 
 Showing::Showing(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
-                 ViewerOptions const& options, Extent const& frame)
+                 ViewerOptions const& options, Size const& frame)
     : store_(store),
       smooth_(options.smooth),
       picture_(instance, store, options.picture),

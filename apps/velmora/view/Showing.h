@@ -18,7 +18,7 @@
 class Showing {
 public:
     Showing(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
-            ViewerOptions const& options, Extent const& frame);
+            ViewerOptions const& options, Size const& frame);
 
     Camera& camera() { return camera_; }
     void command(Controls::Command command);

@@ -70,7 +70,7 @@ void Viewer::turn() {
         import_.reset();
         open(importedStore_);
     }
-    Extent const size = frame();
+    Size const size = frame();
     // Nothing can be seen of a minimised window.
     if (size.width > 0 && size.height > 0) follow(size);
     playScript();
@@ -82,7 +82,7 @@ void Viewer::turn() {
 
 void Viewer::playScript() {
     ScriptPlayer::Viewer viewer;
-    Extent const size = frame();
+    Size const size = frame();
     bool const minimised = size.width == 0 || size.height == 0;
     viewer.complete = settled() || (minimised && showing_);
     viewer.resize = [this](int width, int height) {
@@ -92,7 +92,7 @@ void Viewer::playScript() {
     script_.turn(viewer);
 }
 
-void Viewer::follow(Extent const& size) {
+void Viewer::follow(Size const& size) {
     if (!showing_) return followImport(size);
     if (size.width != showing_->camera().frame().width || size.height != showing_->camera().frame().height)
         showing_->camera().resize(size);
@@ -116,7 +116,7 @@ void Viewer::follow(Extent const& size) {
     }
 }
 
-void Viewer::followImport(Extent const& size) {
+void Viewer::followImport(Size const& size) {
     if (!seen_ && Clock::now() - lastFrame_ < kImportTurn) return;
     seen_ = false;
     drawImport(size);
@@ -131,7 +131,7 @@ void Viewer::note(bool newPicture) {
     if (showing_->complete()) report_.fullDetail();
 }
 
-void Viewer::draw(Extent const& size) {
+void Viewer::draw(Size const& size) {
     auto const now = Clock::now();
     double const sinceLast = std::chrono::duration<double>(now - lastFrame_).count();
     lastFrame_ = now;
@@ -142,7 +142,7 @@ void Viewer::draw(Extent const& size) {
     overlay_.end();
 }
 
-void Viewer::drawImport(Extent const& size) {
+void Viewer::drawImport(Size const& size) {
     ImportPreview::Image const image = import_->picture().takeNew(growingSeen_);
     if (!image.rgba.empty()) growing_.set(image.rgba, {image.width, image.height});
     glBindFramebuffer(GL_FRAMEBUFFER, 0);
@@ -173,7 +173,7 @@ void Viewer::waitForEvents() const {
 
 // How long nothing is to be done unless an event comes.
 std::chrono::milliseconds Viewer::idleTime() const {
-    Extent const size = frame();
+    Size const size = frame();
     bool const visible = size.width > 0 && size.height > 0;
     if (showing_ && visible && !settled_) return std::chrono::milliseconds(0);
     if (script_.active()) return std::chrono::milliseconds(1);
@@ -195,7 +195,7 @@ void Viewer::handle(SDL_Event const& event) {
 }
 
 void Viewer::screenshot(std::string const& name) {
-    Extent const size = frame();
+    Size const size = frame();
     if (size.width == 0 || size.height == 0)
         throw HostError(HostError::Kind::Usage, "no screenshot of a minimised window");
     // What swap() has shown need not be readable any more.

@@ -39,14 +39,14 @@ private:
     void waitForEvents() const;
     std::chrono::milliseconds idleTime() const;
     void playScript();
-    void follow(Extent const& size);
-    void followImport(Extent const& size);
-    void draw(Extent const& size);
+    void follow(Size const& size);
+    void followImport(Size const& size);
+    void draw(Size const& size);
     void note(bool newPicture);
-    void drawImport(Extent const& size);
+    void drawImport(Size const& size);
     void screenshot(std::string const& name);
     bool settled() const { return settled_; }
-    Extent frame() const { return window_.pixels(); }
+    Size frame() const { return window_.pixels(); }
 
     ViewerOptions options_;
     ViewerReport report_;

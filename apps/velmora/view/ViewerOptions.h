@@ -21,7 +21,7 @@ struct ViewerOptions {
 
     std::string image;        ///< an image or a store; empty: the built-in picture
     ImageSelection selection; ///< of an image
-    Extent window{1280, 800};
+    Size window{1280, 800};
     PictureView::Options picture;
     std::size_t bandBytes =
         32 * 1000 * 1000;       ///< budget of the backend's tile cache, which keeps what tiles are made of

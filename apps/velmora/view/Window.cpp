@@ -1,6 +1,7 @@
 #include "apps/velmora/view/Window.h"
 
 #include "gles3renderbackend/Gl.h"
+#include "host/Failures.h"
 #include "host/HostError.h"
 
 namespace {
@@ -11,9 +12,7 @@ HostError noDisplay(std::string const& reason) {
 }
 
 HostError noContext() {
-    return {HostError::Kind::NoGlContext,
-            std::string("no OpenGL ES 3 context for a window: ") + SDL_GetError() +
-                "; install a GL driver, for example Debian's libegl1 and libgl1-mesa-dri"};
+    return failures::noGlContextForWindow(SDL_GetError());
 }
 
 // SDL takes these for the next window and context.
@@ -45,7 +44,7 @@ void startSdl() {
 
 } // namespace
 
-Window::Window(std::string const& title, Extent const& size) {
+Window::Window(std::string const& title, Size const& size) {
     startSdl();
     window_.reset(SDL_CreateWindow(title.c_str(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
                                    static_cast<int>(size.width), static_cast<int>(size.height),
@@ -61,7 +60,7 @@ Window::~Window() {
     if (context_ != nullptr) SDL_GL_DeleteContext(context_);
 }
 
-Extent Window::pixels() const {
+Size Window::pixels() const {
     if (minimised_) return {};
     int width = 0;
     int height = 0;
@@ -94,7 +93,7 @@ void Window::note(SDL_Event const& event) {
     }
 }
 
-void Window::resize(Extent const& size) {
+void Window::resize(Size const& size) {
     SDL_SetWindowSize(window_.get(), static_cast<int>(size.width), static_cast<int>(size.height));
 }
 
@@ -107,7 +106,7 @@ void Window::swap() {
 }
 
 std::vector<std::uint8_t> Window::readPixels() const {
-    Extent const size = pixels();
+    Size const size = pixels();
     std::vector<std::uint8_t> rgba(4 * size.width * size.height);
     glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
     glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);

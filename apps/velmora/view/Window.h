@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/store/StoreInfo.h"
+#include "host/Geometry.h"
 #include "renderbackend/RenderContext.h"
 
 #include <SDL.h>
@@ -18,7 +18,7 @@
 class Window final : public RenderContext {
 public:
     /// size: in units of the window system. Throws HostError: no display, no GL context.
-    Window(std::string const& title, Extent const& size);
+    Window(std::string const& title, Size const& size);
     ~Window() override;
     Window(Window const&) = delete;
     Window& operator=(Window const&) = delete;
@@ -26,12 +26,12 @@ public:
     size_t width() const override { return pixels().width; }
     size_t height() const override { return pixels().height; }
     /// Empty while the window is minimised.
-    Extent pixels() const;
+    Size pixels() const;
     double pixelsPerUnit() const;
 
     /// To be told of every event, to know whether it is minimised.
     void note(SDL_Event const& event);
-    void resize(Extent const& size);
+    void resize(Size const& size);
     void hide();
     /// Shows what has been drawn.
     void swap();

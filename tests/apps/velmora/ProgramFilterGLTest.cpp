@@ -1,5 +1,5 @@
 // The program's filters, byte for byte as chains of plain integer models give them on the whole picture.
-#include "host/Region.h"
+#include "host/Geometry.h"
 #include "reference/Blit.h"
 #include "reference/Clahe.h"
 #include "reference/ColourMatrix.h"

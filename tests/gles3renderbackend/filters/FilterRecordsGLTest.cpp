@@ -68,8 +68,8 @@ TEST_P(FilterRecordsGLTest, RecordOfAnotherFilterIsRefusedAndNothingIsDrawn) {
     FilterRun run;
     for (std::uint32_t i = 0; i < filter.numTexturesIn(); ++i)
         run.sources.push_back({rig.uploaded(randomTexels(100, 50, i), in), 0, 0, false});
-    run.width = conformance::logicalWidth(in, 100);
-    run.height = 50;
+    run.input.width = conformance::logicalWidth(in, 100);
+    run.input.height = 50;
     Layout const out = layoutOf(filter.bitsPerPixelOut());
     Texels const noise = randomTexels(100, 50, 7);
     size_t const destination = rig.uploaded(noise, out);

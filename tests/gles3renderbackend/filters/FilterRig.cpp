@@ -17,7 +17,7 @@ namespace {
 
 } // namespace
 
-FilterRig::FilterRig() : FilterRunner(backend_.createInstance(surface_)) {}
+FilterRig::FilterRig() : TexelRunner(backend_.createInstance(surface_)) {}
 
 int FilterRig::maxTextureSize() {
     GLint size = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "conformance/FilterRunner.h"
+#include "conformance/TexelRunner.h"
 #include "conformance/Trial.h"
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "gles3renderbackend/Gles3RenderBackendInstance.h"
@@ -14,7 +14,6 @@
 
 namespace filtertest {
 
-using conformance::FilterRun;
 using conformance::Layout;
 
 /// A surface and a backend on it; first, so that they outlive what runs on their instance.
@@ -25,7 +24,7 @@ protected:
 };
 
 /// A filter runner with a backend of its own, which tells tests whether pixels are equal.
-class FilterRig : private RigBackend, public conformance::FilterRunner {
+class FilterRig : private RigBackend, public conformance::TexelRunner {
 public:
     FilterRig();
 

@@ -134,8 +134,8 @@ TEST_F(LeGall53ReconstructionGLTest, ThreePlanesAreInterleavedIntoTheirPixels) {
         size_t const ll = rig.uploaded(cut(bands.ll, false, false, plane, x, y));
         run.sources.push_back({level({ll, 0, 0, false}, bands, plane, x, y), 0, 0, false});
     }
-    run.width = 15;
-    run.height = 9;
+    run.input.width = 15;
+    run.input.height = 9;
     EXPECT_TRUE(
         rig.givesWithin(description::filterInterleave16(), run, packThreeChannel16(planes), Layout::kThreeChannel16));
 }

@@ -36,7 +36,7 @@ size_t LeGall53Steps::level(FilterSource const& ll, HighBands const& bands, Stre
     size_t const high = vertical({hl, 0, 0, false}, {hh, 0, 0, false}, x, y);
     size_t const result = horizontal(low, high, x, y.outputs());
     for (size_t const between : {hl, lh, hh, low, high})
-        rig_.instance()->eraseTarget(between);
+        rig_.erase(between);
     return result;
 }
 

@@ -99,17 +99,16 @@ protected:
         FilterRun interleaving;
         for (Pyramid const& pyramid : pyramids)
             interleaving.sources.push_back({reconstructed(pyramid, across, down), 0, 0, false});
-        interleaving.width = static_cast<size_t>(width);
-        interleaving.height = static_cast<size_t>(height);
+        interleaving.input = {static_cast<size_t>(width), static_cast<size_t>(height)};
         size_t const yCoCg = rig.target(Layout::kThreeChannel16, 2 * width, height);
         rig.run(interleave_, interleaving, yCoCg);
         size_t const rgba = rig.target(Layout::kRgba8, width, height);
-        rig.run(toRgba_, {{{yCoCg, 0, 0, false}}, interleaving.width, interleaving.height}, rgba);
+        rig.run(toRgba_, {{{yCoCg, 0, 0, false}}, interleaving.input}, rgba);
         Texels texels = rig.read(rgba);
         for (FilterSource const& plane : interleaving.sources)
-            rig.instance()->eraseTarget(plane.target);
+            rig.erase(plane.target);
         for (size_t const used : {yCoCg, rgba})
-            rig.instance()->eraseTarget(used);
+            rig.erase(used);
         return texels;
     }
 
@@ -145,7 +144,7 @@ private:
                 {current, 0, 0, false},
                 {cut(bands.hl, true, false, x, y), cut(bands.lh, false, true, x, y), cut(bands.hh, true, true, x, y)},
                 x, y);
-            rig.instance()->eraseTarget(current);
+            rig.erase(current);
             current = finer;
         }
         return current;

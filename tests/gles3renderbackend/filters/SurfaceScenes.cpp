@@ -294,8 +294,8 @@ OnSurface orientationOf(std::string const& filter) {
     FilterRun run;
     for (Input const& input : scene.inputs)
         run.sources.push_back({rig.uploaded(input.texels, input.layout), 0, 0, true});
-    run.width = scene.inputW;
-    run.height = scene.inputH;
+    run.input.width = scene.inputW;
+    run.input.height = scene.inputH;
     run.offset = {kX, kY};
     colourSurface(*rig.instance());
     rig.run(rig.instantiated(description::byName(filter)), run, 0, *scene.params);

@@ -11,7 +11,7 @@
 
 namespace {
 
-using Layout = PictureTargets::Layout;
+using Layout = SampleLayout;
 
 class EnhancementChainGLTest : public testing::Test {
 protected:
@@ -24,8 +24,8 @@ protected:
             bytes.push_back(static_cast<unsigned char>(sample & 0xFF));
             bytes.push_back(static_cast<unsigned char>(sample >> 8 & 0xFF));
         }
-        OwnedTarget const plane = targets_.uploaded(Layout::kPlane, {kWidth, height}, bytes);
-        OwnedTarget result = targets_.target(Layout::kDeep, {kWidth, height});
+        OwnedTarget const plane = targets_.upload(Layout::kOneChannel16, {kWidth, height}, bytes);
+        OwnedTarget result = targets_.target(Layout::kThreeChannel16, {kWidth, height});
         FilterSource const source = {plane.id(), 0, 0, false};
         targets_.run(targets_.prepared(description::filterInterleave16()), {source, source, source}, {kWidth, height},
                      result);
@@ -35,7 +35,7 @@ protected:
     SurfacelessContext context_;
     Gles3RenderBackend backend_{RenderBackend::RGBA32, 1000 * 1000};
     std::shared_ptr<RenderBackendInstance> instance_ = backend_.createInstance(context_);
-    PictureTargets targets_{instance_};
+    FilterRunner targets_{instance_};
 };
 
 } // namespace

@@ -40,7 +40,7 @@ std::map<Key, reference::Plane> assembledBands(StoreInfo const& info, Plane64 co
         ++tiles;
         TileAddress const& at = tile.address;
         EXPECT_TRUE(storegeometry::contains(info, at)) << toText(at);
-        Extent const count = storegeometry::tileCount(info, at.level);
+        Size const count = storegeometry::tileCount(info, at.level);
         int const side = static_cast<int>(info.tileSize);
         auto& band = bands
                          .try_emplace({at.level, at.band}, static_cast<int>(count.width) * side,
@@ -115,7 +115,7 @@ TEST_P(PlaneTransformSizesTest, EveryLevelIsRebuiltUpToItsEdgesByTheFiltersAlone
     reference::Plane low = bands.at({c.levels, Band::LL});
     expectPart(low, truth[c.levels], 0, 0);
     for (size_t level = c.levels; level > 0; --level) {
-        Extent const extent = storegeometry::bandExtent(info, level);
+        Size const extent = storegeometry::bandExtent(info, level);
         int const width = static_cast<int>(extent.width);
         int const height = static_cast<int>(extent.height);
         auto const whole = [&](Band band) { return window(bands.at({level, band}), 0, 0, width, height); };
@@ -162,7 +162,7 @@ TEST(PlaneTransformTest, WhatItHoldsDoesNotGrowWithTheHeight) {
     std::vector<Sample> const row(20, 9);
     for (size_t y = 0; y < 5000 - 16; ++y)
         transform.push(row.data());
-    Extent const finest = storegeometry::tileCount(info, 1);
+    Size const finest = storegeometry::tileCount(info, 1);
     EXPECT_GT(tiles, storegeometry::totalTiles(info) - 24 * finest.width);
 }
 

@@ -1,6 +1,7 @@
 // One rule for what 16 bits show: their upper byte, and with enhancements what these make of 15 bits; the same of a
 // file, of its store, of a window and of a region, at every zoom.
 #include "host/filter/EnhancedRenderer.h"
+#include "host/filter/RegionRenderer.h"
 #include "host/image/ImageReader.h"
 #include "host/image/PixelBands.h"
 #include "host/view/PictureTile.h"
@@ -156,9 +157,9 @@ protected:
     // The nearest samples of a level in plain memory.
     static Codes expected(Codes const& level, std::size_t width, std::size_t bands, Zoom const& zoom,
                           Region const& region) {
-        double const samplesAPixel = static_cast<double>(zoom.samples()) / static_cast<double>(zoom.pixels());
+        double const samplesPerPixel = static_cast<double>(zoom.samples()) / static_cast<double>(zoom.pixels());
         auto const sampleAt = [&](std::size_t pixel) {
-            return static_cast<std::size_t>(std::floor((static_cast<double>(pixel) + 0.5) * samplesAPixel));
+            return static_cast<std::size_t>(std::floor((static_cast<double>(pixel) + 0.5) * samplesPerPixel));
         };
         Codes codes;
         for (std::size_t y = region.y; y < region.y + region.height; ++y) {
@@ -286,7 +287,7 @@ TEST_F(SixteenBitCodesGLTest, AStoreGivesTheNearestSamplesAtAnyZoom) {
     auto const levels = levelmodel::codesOf(picture, info.levels);
     for (double const number : {2.0, 0.9, 0.7, 0.5, 0.3, 0.25, 0.0625}) {
         Zoom const zoom = Zoom::nearest(number, info.levels);
-        Extent const all = picturetile::pixelExtent(info, zoom);
+        Size const all = picturetile::pixelExtent(info, zoom);
         std::size_t const width = picturetile::levelExtent(info, zoom.level()).width;
         Region const region = {all.width / 5, all.height / 7, all.width - all.width / 5, all.height - all.height / 7};
         EXPECT_TRUE(ofStore(zoom, region, 4) == expected(levels[zoom.level()], width, 4, zoom, region)) << number;

@@ -41,7 +41,7 @@ std::uint64_t heldBytes(StoreInfo const& info) {
     for (size_t plane = 0; plane < info.bands; ++plane) {
         samples += PlaneTransform(info, plane, [](RawTile&&) {}).bufferedSamples();
         if (info.residualBits > 0)
-            samples += TileRowCutter(info, 0, Band::Residual, plane, [](RawTile&&) {}).bufferedSamples();
+            samples += TileRowWriter(info, 0, Band::Residual, plane, [](RawTile&&) {}).bufferedSamples();
     }
     return 2 * samples + info.width * info.bands * (info.bits / 8 + 4);
 }

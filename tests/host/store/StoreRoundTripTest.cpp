@@ -87,7 +87,7 @@ TEST(StoreRoundTripTest, TheFileDoesNotDependOnTheNumberOfJobsButForItsOrder) {
     testpictures::import(picture, folder.path("4"), optionsOf(32, 3, 4));
     TileStore one(folder.path("1"));
     TileStore four(folder.path("4"));
-    Extent const tiles = storegeometry::tileCount(info, 1);
+    Size const tiles = storegeometry::tileCount(info, 1);
     for (size_t row = 0; row < tiles.height; ++row)
         for (size_t column = 0; column < tiles.width; ++column)
             EXPECT_EQ(one.tile({1, Band::HH, 2, column, row}), four.tile({1, Band::HH, 2, column, row}));
@@ -103,7 +103,7 @@ TEST(StoreRoundTripTest, AFlatPictureHasOnlyUniformTiles) {
         unsigned const sample = ((1u << bits) - 1) / 3;
         EXPECT_EQ(store.uniformValue({3, Band::LL, 0, 0, 0}), sample >> info.residualBits);
         for (size_t level = 1; level <= 3; ++level) {
-            Extent const tiles = storegeometry::tileCount(info, level);
+            Size const tiles = storegeometry::tileCount(info, level);
             for (size_t row = 0; row < tiles.height; ++row)
                 for (size_t column = 0; column < tiles.width; ++column)
                     for (Band const band : {Band::HL, Band::LH, Band::HH})

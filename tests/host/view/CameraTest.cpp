@@ -8,13 +8,13 @@
 
 namespace {
 
-Camera camera(std::size_t width, std::size_t height, Extent const& frame = {800, 600}) {
+Camera camera(std::size_t width, std::size_t height, Size const& frame = {800, 600}) {
     return {storeInfoOf(width, height), frame};
 }
 
 bool wholeIsSeen(Camera const& camera) {
     View const view = camera.view();
-    Extent const size = camera.size();
+    Size const size = camera.size();
     return view.x <= 0 && view.y <= 0 && view.x + static_cast<std::int64_t>(view.width - size.width) >= 0 &&
            view.y + static_cast<std::int64_t>(view.height - size.height) >= 0 && size.width <= view.width &&
            size.height <= view.height;
@@ -28,8 +28,8 @@ void expectMiddleInPicture(Camera const& camera) {
 } // namespace
 
 TEST(CameraTest, StartsWithTheWholePictureInTheMiddle) {
-    for (auto const& size : {Extent{16384, 16384}, Extent{1, 5000}, Extent{5000, 1}, Extent{1, 1}, Extent{799, 600},
-                             Extent{801, 600}, Extent{100000, 333}}) {
+    for (auto const& size : {Size{16384, 16384}, Size{1, 5000}, Size{5000, 1}, Size{1, 1}, Size{799, 600},
+                             Size{801, 600}, Size{100000, 333}}) {
         Camera const c = camera(size.width, size.height);
         EXPECT_TRUE(wholeIsSeen(c)) << size.width << " x " << size.height << ", zoom " << c.zoom().value();
         std::int64_t const left = -c.view().x;
@@ -99,7 +99,7 @@ TEST(CameraTest, EveryStepIsSeenUntilTheLimits) {
 }
 
 TEST(CameraTest, SmallPicturesAreShownPixelForPixelToo) {
-    for (auto const& size : {Extent{1, 1}, Extent{50, 30}, Extent{1, 5000}}) {
+    for (auto const& size : {Size{1, 1}, Size{50, 30}, Size{1, 5000}}) {
         Camera c = camera(size.width, size.height);
         c.magnifyTo(1, c.middle());
         EXPECT_EQ(c.zoom(), Zoom());
@@ -108,7 +108,7 @@ TEST(CameraTest, SmallPicturesAreShownPixelForPixelToo) {
 }
 
 TEST(CameraTest, ThePictureCannotBeLost) {
-    for (auto const& size : {Extent{1, 1}, Extent{1, 5000}, Extent{5000, 1}, Extent{300, 200}, Extent{9000, 7000}})
+    for (auto const& size : {Size{1, 1}, Size{1, 5000}, Size{5000, 1}, Size{300, 200}, Size{9000, 7000}})
         for (double const zoom : {0.01, 0.3, 1.0, 7.0, 32.0})
             for (auto const& [right, down] : {Place{1e9, 1e9}, Place{-1e9, 1e9}, Place{1e9, -1e9}, Place{-1e9, -1e9}}) {
                 Camera c = camera(size.width, size.height);
@@ -127,7 +127,7 @@ TEST(CameraTest, WhatWasInTheMiddleStaysThereWhenTheWindowGrows) {
     Camera c = camera(5000, 4000);
     c.magnifyTo(2, {100, 100});
     Place const before = c.pictureAt(c.middle());
-    for (auto const& size : {Extent{1001, 333}, Extent{64, 2000}, Extent{800, 600}}) {
+    for (auto const& size : {Size{1001, 333}, Size{64, 2000}, Size{800, 600}}) {
         c.resize(size);
         EXPECT_EQ(c.pictureAt(c.middle()).x, before.x);
         EXPECT_EQ(c.pictureAt(c.middle()).y, before.y);

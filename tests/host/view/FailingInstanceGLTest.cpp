@@ -1,6 +1,6 @@
 // Whichever operation of the backend fails, the same drawing on the same instance gives the right bytes afterwards.
 #include "host/filter/EnhancedRenderer.h"
-#include "host/filter/PictureTargets.h"
+#include "host/filter/FilterRunner.h"
 #include "host/filter/RegionRenderer.h"
 #include "host/view/StoreRenderer.h"
 #include "tests/host/view/PictureViewFixture.h"
@@ -112,14 +112,14 @@ TEST_F(FailingInstanceGLTest, StoresAreRightAfterAnyFailure) {
 
 // Tiles of all sizes go into targets one after the other, and none at all, which is to be zeros.
 TEST_F(FailingInstanceGLTest, TargetsAreRightAfterAnyFailure) {
-    using Layout = PictureTargets::Layout;
-    PictureTargets targets(failing_);
+    using Layout = SampleLayout;
+    FilterRunner targets(failing_);
     std::vector<unsigned char> large(4 * 20 * 20);
     for (std::size_t i = 0; i < large.size(); ++i)
         large[i] = static_cast<unsigned char>(i * 7 + 1);
     std::vector<unsigned char> const small(4 * 3 * 2, 99);
     OwnedTarget const target = targets.target(Layout::kRgba8, {20, 20});
-    auto const draw = [&](std::vector<unsigned char> const& pixels, PictureTargets::Size const& size) {
+    auto const draw = [&](std::vector<unsigned char> const& pixels, Size const& size) {
         targets.draw(target, Layout::kRgba8, size, pixels, {0, 0, 20, 20});
         return targets.read(target, Layout::kRgba8, {0, 0, 20, 20});
     };

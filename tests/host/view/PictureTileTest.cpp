@@ -18,7 +18,7 @@ TEST(PictureTileTest, WhatATileIsRebuiltFromLiesInOneTileOfTheNextLevel) {
     for (auto const& [width, height] : {std::pair{1, 1}, {511, 512}, {513, 1025}, {5000, 1}, {1, 5000}, {4099, 7001}}) {
         StoreInfo const info = storeInfoOf(static_cast<std::size_t>(width), static_cast<std::size_t>(height));
         for (std::size_t level = 0; level < info.levels; ++level) {
-            Extent const extent = picturetile::levelExtent(info, level);
+            Size const extent = picturetile::levelExtent(info, level);
             for (PictureTile const& tile : picturetile::over(level, {0, 0, extent.width, extent.height})) {
                 Region const parent = picturetile::planeRegion(info, picturetile::parent(tile));
                 EXPECT_TRUE(within(picturetile::bandRegion(info, tile), parent))
@@ -31,7 +31,7 @@ TEST(PictureTileTest, WhatATileIsRebuiltFromLiesInOneTileOfTheNextLevel) {
 TEST(PictureTileTest, BandsGiveAtLeastTheTilesSamples) {
     StoreInfo const info = storeInfoOf(4099, 7001);
     for (std::size_t level = 0; level < info.levels; ++level) {
-        Extent const extent = picturetile::levelExtent(info, level);
+        Size const extent = picturetile::levelExtent(info, level);
         for (PictureTile const& tile : picturetile::over(level, {0, 0, extent.width, extent.height})) {
             Region const bands = picturetile::bandRegion(info, tile);
             EXPECT_EQ(bands.width % 2, 0U);

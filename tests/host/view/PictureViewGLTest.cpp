@@ -135,7 +135,7 @@ TEST_F(PictureViewGLTest, WhatIsNotThereYetIsTheCoarserLevelEnlarged) {
         completed(view, {coarse, 0, 0, view.sizeAt(coarse).width, view.sizeAt(coarse).height, false});
         Zoom const fine = Zoom::nearest(zoom, info.levels);
         // About the corner of four tiles of level 2, whose pixels begin anywhere in its samples, and the picture's end.
-        Extent const all = view.sizeAt(fine);
+        Size const all = view.sizeAt(fine);
         auto const corner = static_cast<std::int64_t>(2048 * fine.value());
         for (View const& wanted :
              {View{fine, corner - 37, corner - 22, 90, 70, false}, View{fine, 401, 303, 61, 43, false},

@@ -12,7 +12,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 Region wholeOf(StoreInfo const& info, std::size_t level) {
-    Extent const extent = picturetile::levelExtent(info, level);
+    Size const extent = picturetile::levelExtent(info, level);
     return {0, 0, extent.width, extent.height};
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
-#include "host/Region.h"
+#include "host/Geometry.h"
 #include "host/gl/SurfacelessContext.h"
 #include "host/view/StoreRenderer.h"
 #include "tests/host/store/TestPictures.h"

@@ -66,7 +66,7 @@ TEST_F(StoreRendererGLTest, RegionsAreTheirPartOfTheWholeLevel) {
     StoreInfo const info = import(picture, 64, 5);
     std::mt19937 random(11);
     for (std::size_t level = 0; level <= info.levels; ++level) {
-        Extent const extent = picturetile::levelExtent(info, level);
+        Size const extent = picturetile::levelExtent(info, level);
         Bytes const whole = renderedWhole(info, level);
         if (level == 0) {
             EXPECT_TRUE(whole == picture.bytes);

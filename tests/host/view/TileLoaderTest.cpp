@@ -34,7 +34,7 @@ protected:
     }
 
     static std::vector<PictureTile> tilesOf(StoreInfo const& info, std::size_t level) {
-        Extent const extent = picturetile::levelExtent(info, level);
+        Size const extent = picturetile::levelExtent(info, level);
         return picturetile::over(level, {0, 0, extent.width, extent.height});
     }
 

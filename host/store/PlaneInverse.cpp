@@ -1,12 +1,12 @@
-#include "host/store/StoredPlane.h"
+#include "host/store/PlaneInverse.h"
 
-StoredPlane::StoredPlane(TileStore& store, size_t plane) {
+PlaneInverse::PlaneInverse(TileStore& store, size_t plane) {
     // From the coarsest: each level takes its low rows from one that is there already.
     for (size_t level = store.info().levels; level > 0; --level)
         addLevel(store, level, plane);
 }
 
-void StoredPlane::addLevel(TileStore& store, size_t level, size_t plane) {
+void PlaneInverse::addLevel(TileStore& store, size_t level, size_t plane) {
     auto const readerOf = [&](Band band) { return &readers_.emplace_back(store, level, band, plane); };
     TileRowReader* const hl = readerOf(Band::HL);
     TileRowReader* const lh = readerOf(Band::LH);

@@ -1,4 +1,4 @@
-#include "host/Region.h"
+#include "host/Geometry.h"
 
 #include <array>
 #include <charconv>
@@ -13,10 +13,10 @@ std::invalid_argument malformed(std::string const& text) {
 } // namespace
 
 Region parseRegion(std::string const& text) {
-    std::array<size_t, 4> values{};
+    std::array<std::size_t, 4> values{};
     char const* position = text.data();
     char const* const end = position + text.size();
-    for (size_t i = 0; i < values.size(); ++i) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
         if (i > 0 && (position == end || *position++ != ',')) throw malformed(text);
         auto const [next, error] = std::from_chars(position, end, values[i]);
         if (error != std::errc{}) throw malformed(text);
@@ -34,9 +34,9 @@ std::string toText(Region const& region) {
            std::to_string(region.height);
 }
 
-bool liesIn(Region const& region, size_t width, size_t height) {
+bool liesIn(Region const& region, Size const& picture) {
     if (region.width == 0 || region.height == 0) return false;
-    // Differences, not sums: x + width may exceed the largest size_t.
-    return region.x < width && region.width <= width - region.x && region.y < height &&
-           region.height <= height - region.y;
+    // Differences, not sums: x + width may exceed the largest std::size_t.
+    return region.x < picture.width && region.width <= picture.width - region.x && region.y < picture.height &&
+           region.height <= picture.height - region.y;
 }

@@ -6,13 +6,13 @@
 #include <deque>
 
 /// The rows of one plane of a store, rebuilt from all levels of its wavelet, from the top.
-class StoredPlane {
+class PlaneInverse {
 public:
     using Sample = wavelet53::Sample;
 
-    StoredPlane(TileStore& store, size_t plane);
-    StoredPlane(StoredPlane const&) = delete;
-    StoredPlane& operator=(StoredPlane const&) = delete;
+    PlaneInverse(TileStore& store, size_t plane);
+    PlaneInverse(PlaneInverse const&) = delete;
+    PlaneInverse& operator=(PlaneInverse const&) = delete;
 
     /// The next row: as many samples as the picture has in a row. Throws what TileStore::tile throws.
     void next(Sample* row) { levels_.back().next(row); }

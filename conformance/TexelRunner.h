@@ -1,11 +1,8 @@
 #pragma once
 
+#include "host/filter/FilterRunner.h"
 #include "reference/Layouts.h"
-#include "renderbackend/Filter.h"
-#include "renderbackend/FilterSource.h"
-#include "renderbackend/RenderBackendInstance.h"
 
-#include <array>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -13,33 +10,14 @@
 
 namespace conformance {
 
-/// How the texels of a target are meant; the logical widths follow from it.
-enum class Layout {
-    kRgb8,           ///< one pixel per texel, a target without alpha
-    kRgba8,          ///< one pixel per texel
-    kOneChannel16,   ///< two samples per texel
-    kThreeChannel16, ///< one pixel in two texels
-    kFourChannel16   ///< one pixel in two texels, all of their bytes
-};
+using Layout = SampleLayout;
 
+/// Sizes of the models, which are int.
 std::size_t logicalWidth(Layout layout, int widthTexels);
-/// The other way: the texels of a row of pixels, which ends with a whole texel.
 int texelsOf(Layout layout, int widthPixels);
 
 /// What a target of the layout shows of texels: without alpha, opaque pixels.
 reference::Texels shown(reference::Texels texels, Layout layout);
-
-/// One run of a filter. Everything counts logical pixels but the offset, which counts texels of the destination.
-struct FilterRun {
-    std::vector<FilterSource> sources;
-    std::size_t width = 0;
-    std::size_t height = 0;
-    std::size_t clipLeft = 0;
-    std::size_t clipRight = 0;
-    std::size_t clipTop = 0;
-    std::size_t clipBottom = 0;
-    std::array<std::size_t, 2> offset = {0, 0};
-};
 
 /// What a destination holds after a run, and what it should hold.
 struct Comparison {
@@ -47,16 +25,11 @@ struct Comparison {
     reference::Texels expected;
 };
 
-/// The ways into and out of an instance, through its public interface: texels go in as tiles drawn through a blit, run
-/// through one filter, and come back by getPixels. GL thread only; throws what the instance throws.
-class FilterRunner {
+/// Runs filters over the models' pictures: targets by their ids, as filters name their sources. GL thread only; throws
+/// what the instance throws.
+class TexelRunner {
 public:
-    explicit FilterRunner(std::shared_ptr<RenderBackendInstance> instance);
-    /// Gives back the targets and the blits' programs.
-    ~FilterRunner();
-
-    FilterRunner(FilterRunner const&) = delete;
-    FilterRunner& operator=(FilterRunner const&) = delete;
+    explicit TexelRunner(std::shared_ptr<RenderBackendInstance> instance);
 
     /// An empty target.
     std::size_t target(Layout layout, int widthTexels, int heightTexels);
@@ -83,23 +56,23 @@ public:
     Comparison compareWithin(Filter const& filter, FilterRun const& run, reference::Texels const& expected,
                              Layout layout, SingleFilterParameters const& params = {});
 
+    /// Gives back one target.
+    void erase(std::size_t target) { pictures_.erase(target); }
     /// Gives back every target made so far; the next ones are new, and just as large as they are asked for.
     void eraseTargets();
 
-    std::shared_ptr<RenderBackendInstance> const& instance() const { return instance_; }
+    std::shared_ptr<RenderBackendInstance> const& instance() const { return runner_.instance(); }
 
 private:
-    struct Shape {
+    struct Picture {
+        OwnedTarget target;
         Layout layout;
         int width;
         int height;
     };
 
-    void drawTile(std::size_t target, reference::Texels const& texels, Layout layout);
-
-    std::shared_ptr<RenderBackendInstance> instance_;
-    std::map<Layout, Filter> blits_;
-    std::map<std::size_t, Shape> shapes_;
+    FilterRunner runner_;
+    std::map<std::size_t, Picture> pictures_; // by the target's id
 };
 
 } // namespace conformance

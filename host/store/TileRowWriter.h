@@ -9,18 +9,18 @@
 /// A tile before it is compressed.
 struct RawTile {
     TileAddress address;
-    Extent filled;                     ///< the part that lies in the band
+    Size filled;                       ///< the part that lies in the band
     std::vector<std::int16_t> samples; ///< tileSize * tileSize, rows from the top, 0 beyond the filled part
 };
 
 using RawTileSink = std::function<void(RawTile&&)>;
 
 /// Collects the rows of a band of one plane and cuts them into tiles, a row of tiles at a time.
-class TileRowCutter {
+class TileRowWriter {
 public:
     using Sample = wavelet53::Sample;
 
-    TileRowCutter(StoreInfo const& info, size_t level, Band band, size_t plane, RawTileSink sink);
+    TileRowWriter(StoreInfo const& info, size_t level, Band band, size_t plane, RawTileSink sink);
 
     /// The next row of the band from the top; the last row of each row of tiles hands these out.
     void push(Sample const* row);
@@ -33,7 +33,7 @@ private:
 
     StoreInfo info_;
     TileAddress next_;
-    Extent extent_;
+    Size extent_;
     RawTileSink sink_;
     std::vector<Sample> rows_;
     size_t held_ = 0;

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+/// Pixels, samples or tiles along both axes.
+struct Size {
+    std::size_t width = 0;
+    std::size_t height = 0;
+};
+
+/// A rectangle of a picture, from the picture's upper left corner.
+struct Region {
+    std::size_t x = 0;
+    std::size_t y = 0;
+    std::size_t width = 0;
+    std::size_t height = 0;
+};
+
+/// What a region is along one axis.
+struct Interval {
+    std::size_t start = 0;
+    std::size_t length = 0;
+};
+
+/// What lies between a rectangle and a smaller one inside, side by side.
+struct Insets {
+    std::size_t left = 0;
+    std::size_t right = 0;
+    std::size_t top = 0;
+    std::size_t bottom = 0;
+};
+
+inline bool operator==(Size const& a, Size const& b) {
+    return a.width == b.width && a.height == b.height;
+}
+
+inline Size sizeOf(Region const& region) {
+    return {region.width, region.height};
+}
+
+/// The picture of this size, whole.
+inline Region wholeOf(Size const& size) {
+    return {0, 0, size.width, size.height};
+}
+
+inline Region regionOf(Interval const& x, Interval const& y) {
+    return {x.start, y.start, x.length, y.length};
+}
+
+/// Insets of `inner`, which lies in `outer`.
+inline Insets insetsOf(Region const& outer, Region const& inner) {
+    return {inner.x - outer.x, outer.x + outer.width - inner.x - inner.width, inner.y - outer.y,
+            outer.y + outer.height - inner.y - inner.height};
+}
+
+/// Whether the region lies wholly in a picture of this size; a region without pixels lies nowhere.
+bool liesIn(Region const& region, Size const& picture);
+
+/// The region that "X,Y,W,H" names, four decimal whole numbers of which W and H are not 0.
+/// Throws std::invalid_argument with a sentence for the user for any other text.
+Region parseRegion(std::string const& text);
+
+/// "X,Y,W,H".
+std::string toText(Region const& region);
