@@ -20,7 +20,8 @@ protected:
             fs::create_directories(path(folder));
         fs::path const script = VELMORA_RUN_SCRIPT;
         fs::copy_file(script, path("root/run"));
-        fs::copy_file(script.parent_path() / "scripts/usable-path", path("root/scripts/usable-path"));
+        for (std::string const helper : {"scripts/lib.sh", "scripts/usable-path"})
+            fs::copy_file(script.parent_path() / helper, path("root/" + helper));
         fs::create_symlink(VELMORA_PROGRAM, path("root/build/run/apps/velmora/velmora"));
         for (std::string const tool : {"root/scripts/install-packages", "bin/cmake"})
             fs::create_symlink("/bin/true", path(tool));
