@@ -5,8 +5,9 @@ source "$(dirname "${BASH_SOURCE[0]}")/support.sh"
 copyOf scripts
 cat >"$work/repository/scripts/packages.txt" <<'TEXT'
 # a comment
-run    compiler                 # why
-check  tester                   # why
+run,library    compiler         # why
+run            window           # why
+library,check  tester           # why
 check  shell  unless=bash       # there already
 check  helper unless=angle      # fetches ANGLE
 bench  timer
@@ -44,13 +45,13 @@ machine() {
 install() { run "$work/repository/scripts/install-packages" "$@"; }
 aptCalls() { calls | grep '^apt-get'; }
 
-machine compiler tester helper
+machine compiler window tester helper
 install check
 is 'the exit code where nothing is missing' "$status" 0
 is 'what is said where nothing is missing' "$out$err" ''
 is 'what is asked of apt-get where nothing is missing' "$(aptCalls)" ''
 
-machine compiler
+machine compiler window
 install check
 is 'the exit code of an installation' "$status" 0
 has 'the first call' "$(aptCalls | sed -n 1p)" ' update '
@@ -58,7 +59,7 @@ has 'the second call' "$(aptCalls | sed -n 2p)" '--no-install-recommends tester 
 is 'the count of calls' "$(aptCalls | wc -l)" 2
 is 'what is said' "$err" 'check: installing tester helper'
 
-machine compiler
+machine compiler window
 mkdir "$work/angle"
 touch "$work/angle/libEGL.so.1" "$work/angle/libGLESv2.so.2"
 install check
@@ -68,10 +69,21 @@ rm -r "$work/angle"
 
 machine
 install run
-has 'the call for ./run' "$(aptCalls)" '--no-install-recommends compiler'
+has 'the call for ./run' "$(aptCalls)" '--no-install-recommends compiler window'
 hasNot 'the call for ./run' "$(aptCalls)" tester
 
-machine compiler
+machine
+install library
+has 'the call for the preset library' "$(aptCalls)" '--no-install-recommends compiler tester'
+hasNot 'the call for the preset library' "$(aptCalls)" window
+hasNot 'the call for the preset library' "$(aptCalls)" helper
+
+machine compiler window
+install bench
+has 'the call for bench/run' "$(aptCalls)" '--no-install-recommends timer'
+hasNot 'the call for bench/run' "$(aptCalls)" tester
+
+machine compiler window
 echo 'E: Failed to fetch http://somewhere  Temporary failure resolving' >"$work/failure"
 install check
 is 'the exit code without a network' "$status" 1
@@ -79,31 +91,31 @@ has 'what is said without a network' "$(tail -n 1 <<<"$err")" 'check: apt-get up
 
 lock=$work/lists/lock
 held="E: Could not get lock $lock. It is held by process $$ (apt-get)"
-machine compiler
+machine compiler window
 echo "$held" >"$work/failure"
 install check
 is 'the exit code behind a lock that is let go' "$status" 0
 has 'what is said while it waits' "$err" "process $$ (bash) holds the lock $lock"
 [[ -e $work/installed/tester ]] || fail 'nothing was installed behind the lock'
 
-machine compiler
+machine compiler window
 yes "$held" | head -n 100 >"$work/failure"
 install check
 is 'the exit code behind a lock that stays' "$status" 1
 has 'what is said of a lock that stays' "$(tail -n 1 <<<"$err")" "process $$ (bash) has held the lock $lock for"
 hasNot 'what is said of a lock that stays' "$err" network
 
-machine compiler
+machine compiler window
 yes 'E: Could not get lock /var/lib/dpkg/lock-frontend. It is held by process 2000000000 (dpkg)' | head -n 100 >"$work/failure"
 install check
 has 'what is said of a lock whose holder is not to be seen' "$(tail -n 1 <<<"$err")" 'process 2000000000 has held the lock /var/lib/dpkg/lock-frontend for'
 
-machine compiler
+machine compiler window
 STAND_IN_USER=1000 install check
 is 'the exit code with sudo' "$status" 0
 has 'the calls with sudo' "$(calls)" 'sudo -n env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get'
 
-machine compiler
+machine compiler window
 STAND_IN_USER=1000 STAND_IN_REFUSES=1 install check
 is 'the exit code where sudo refuses' "$status" 1
 has 'what is said where sudo refuses' "$err" 'check: sudo refused; as root run: apt-get install tester helper'
