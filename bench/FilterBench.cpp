@@ -158,10 +158,10 @@ void registerFilters(GlBenchContext const& context) {
     for (std::string const& name : description::names()) {
         registerGl(clock, "filter/ours/" + name,
                    [&context, name](benchmark::State& state) { measureOurs(state, context, name); });
-        FilterReads const& reads = filterReads(name);
+        FilterReads const reads = filterReads(name);
         if (!reads.draws()) continue;
-        registerGl(clock, "filter/plain/" + name, [&context, reads](benchmark::State& state) {
-            FilterScene scene(context, reads.filter);
+        registerGl(clock, "filter/plain/" + name, [&context, name, reads](benchmark::State& state) {
+            FilterScene scene(context, name);
             scene.preparePlain(reads);
             measure(state, context, scene, [](FilterScene const& plain) { plain.runPlain(); });
         });

@@ -1,8 +1,11 @@
 # The filters: their classes, their names and their GLSL stages, which are embedded as constant strings.
 #
 #   velmora_filter(Gles3BlitFilter8 NAMES BlitFilter3x8 BlitFilter4x8)   a class, and the names that make it
-#     STAGES copy   stages of its own name, filters/Gles3BlitFilter8.vert and .frag, need no word: these are others
+#     STAGES copy   where filters/ has no Gles3BlitFilter8.vert or no .frag: copy.vert and copy.frag in their place
 #     TEMPLATE      a class template, which has a header only
+#
+# A class without a .cpp has nothing to define but its constructor, which hands the two stages on: that is written for it.
+#
 #   velmora_add_filters(target)   adds the classes, the stages and the registry of all filters named so far
 #
 # The global property VELMORA_FILTER_NAMES is the list of names, for the tests.
@@ -16,11 +19,38 @@ set_property(GLOBAL PROPERTY VELMORA_FILTER_NAMES "")
 set_property(GLOBAL PROPERTY VELMORA_FILTER_REGISTRATIONS "")
 set_property(GLOBAL PROPERTY VELMORA_GLSL_STAGES "")
 
+# The first of the names that has such a stage in filters/.
+function(velmora_filter_stage out extension)
+  foreach(stem IN LISTS ARGN)
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/filters/${stem}.${extension})
+      set(${out} ${stem}_${extension} PARENT_SCOPE)
+      return()
+    endif()
+  endforeach()
+  list(GET ARGN 0 class)
+  message(FATAL_ERROR "filters/${class}.${extension} is not there: add it, or STAGES copy to its velmora_filter line")
+endfunction()
+
+function(velmora_filter_constructor class)
+  velmora_filter_stage(vertex vert ${class} ${ARGN})
+  velmora_filter_stage(fragment frag ${class} ${ARGN})
+  set(source ${PROJECT_BINARY_DIR}/gles3renderbackend/filters/${class}.cpp)
+  file(
+    CONFIGURE
+    OUTPUT ${source}
+    CONTENT
+      "// Written by cmake/Filters.cmake.\n#include \"gles3renderbackend/filters/${class}.h\"\n\n#include \"GlslSources.h\"\n\n${class}::${class}(Filter& filter) : Gles3Shader(glsl::${vertex}, glsl::${fragment}, filter) {}\n"
+    @ONLY)
+  set_property(GLOBAL APPEND PROPERTY VELMORA_FILTER_SOURCES ${source})
+endfunction()
+
 function(velmora_filter class)
   cmake_parse_arguments(PARSE_ARGV 1 arg "TEMPLATE" "" "NAMES;STAGES")
   set_property(GLOBAL APPEND PROPERTY VELMORA_FILTER_SOURCES filters/${class}.h)
-  if(NOT arg_TEMPLATE)
+  if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/filters/${class}.cpp)
     set_property(GLOBAL APPEND PROPERTY VELMORA_FILTER_SOURCES filters/${class}.cpp)
+  elseif(NOT arg_TEMPLATE)
+    velmora_filter_constructor(${class} ${arg_STAGES})
   endif()
   if(arg_NAMES)
     set_property(GLOBAL APPEND_STRING PROPERTY VELMORA_FILTER_INCLUDES "#include \"gles3renderbackend/filters/${class}.h\"\n")

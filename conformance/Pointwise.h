@@ -18,6 +18,9 @@ struct Pointwise {
     std::function<reference::Texels(int, int, std::uint32_t)> noise = nullptr;
 };
 
+/// A picture of its noise, or of any bytes where it has none.
+reference::Texels noiseFor(Pointwise const& pointwise, int width, int height, std::uint32_t randomStart);
+
 /// A part of a picture and what of it is left out, in pixels of the input; where it lands, in texels of the output.
 struct Part {
     int x;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace conformance {
 
@@ -22,7 +23,8 @@ std::string placeOf(std::size_t byte, Comparison const& comparison) {
 
 } // namespace
 
-Trial::Trial(TexelRunner& runner, Scope const& scope) : runner_(runner), scope_(scope) {}
+Trial::Trial(TexelRunner& runner, Scope const& scope, PointwiseVisitor visitor)
+    : runner_(runner), scope_(scope), visitor_(std::move(visitor)) {}
 
 Trial::~Trial() {
     runner_.eraseTargets();

@@ -3,9 +3,15 @@
 #include "conformance/TexelRunner.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace conformance {
+
+struct Pointwise;
+
+/// Is shown a filter, its model and its parameters.
+using PointwiseVisitor = std::function<void(Filter const&, Pointwise const&, SingleFilterParameters const&)>;
 
 /// What was found of one filter.
 struct Tally {
@@ -33,7 +39,8 @@ struct Scope {
 /// One filter's trial: runs it, and counts the bytes that differ from what a plain integer model gives.
 class Trial {
 public:
-    Trial(TexelRunner& runner, Scope const& scope);
+    /// With a visitor no pointwise filter is run: each is shown to the visitor instead, with its program.
+    Trial(TexelRunner& runner, Scope const& scope, PointwiseVisitor visitor = nullptr);
     ~Trial();
 
     Trial(Trial const&) = delete;
@@ -46,6 +53,8 @@ public:
     std::vector<int> stripLengths() const;
     TexelRunner& runner() { return runner_; }
     Tally const& tally() const { return tally_; }
+
+    PointwiseVisitor const& visitor() const { return visitor_; }
 
     /// The filter with its program; the trial gives it back.
     Filter prepared(Filter const& description);
@@ -62,6 +71,7 @@ public:
 private:
     TexelRunner& runner_;
     Scope scope_;
+    PointwiseVisitor visitor_;
     std::vector<Filter> filters_;
     std::uint64_t comparisons_ = 0;
     Tally tally_;

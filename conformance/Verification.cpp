@@ -63,6 +63,13 @@ Outcome verifyFilter(std::string const& name, TexelRunner& runner, Scope const& 
     return outcome;
 }
 
+void visitPointwise(std::string const& name, TexelRunner& runner, PointwiseVisitor const& visitor) {
+    Scope scope;
+    scope.depth = Depth::kSharp;
+    Trial trial(runner, scope, visitor);
+    runsOf(name)(trial);
+}
+
 std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, Scope const& scope,
                             Progress const& progress) {
     TexelRunner runner(instance);

@@ -30,6 +30,8 @@ std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instan
 
 /// The same for one of the names. A name without runs is an outcome too, whose failure says where they go.
 Outcome verifyFilter(std::string const& name, TexelRunner& runner, Scope const& scope);
+/// Shows the pointwise filters that the runs of a name lay everywhere, each once for every layout and record.
+void visitPointwise(std::string const& name, TexelRunner& runner, PointwiseVisitor const& visitor);
 /// The names that have runs.
 std::vector<std::string> namesWithRuns();
 

@@ -5,7 +5,7 @@
 #include "GlslSources.h"
 
 Gles3FilterTruncate16::Gles3FilterTruncate16(Filter& filter)
-    : Gles3Shader(glsl::Gles3FilterTruncate16_vert, glsl::Gles3FilterTruncate16_frag, filter) {
+    : Gles3Shader(glsl::copy_vert, glsl::Gles3FilterTruncate16_frag, filter) {
     offerParameters<FilterTruncate16Params>();
 }
 

@@ -17,7 +17,7 @@ constexpr size_t kBands = 3;         // one per channel
 } // namespace
 
 std::string const& lookup::vertexSource(size_t bitDepth) {
-    return bitDepth <= kLowDepth ? glsl::lookup8_vert : glsl::lookup16_vert;
+    return bitDepth <= kLowDepth ? glsl::copy_vert : glsl::lookup16_vert;
 }
 
 std::string const& lookup::fragmentSource(size_t bitDepth) {

@@ -8,9 +8,10 @@
 #include <string>
 #include <vector>
 
-/// The canonical description of every built-in filter, a function a name: `filterTruncate16` describes
-/// "FilterTruncate16". Ready for Filter::bind() or createFilterInstance(). A filter that reads a parameter record makes
-/// it with getParametersObject(). docs/FILTERS.md says what each one computes, docs/SAMPLE_LAYOUTS.md how pixels lie.
+/// The canonical description of every built-in filter, by byName(), and of those that code of ours makes by a function:
+/// `filterTruncate16` describes "FilterTruncate16". Ready for Filter::bind() or createFilterInstance(). A filter that
+/// reads a parameter record makes it with getParametersObject(). docs/FILTERS.md says what each one computes,
+/// docs/SAMPLE_LAYOUTS.md how pixels lie.
 ///
 /// In the drawings # is an output pixel, . a border that the output lacks. Borders count output pixels; where nothing
 /// is drawn, output pixel (x, y) comes from input pixel (x, y) alone.

@@ -81,6 +81,7 @@ public:
 
     struct Program {
         std::vector<GLuint> attached;
+        std::map<GLenum, std::string> sources; // of the stages that were linked, by their type
         bool linked = false;
         std::string infoLog;
         std::vector<Active> attributes;

@@ -303,6 +303,8 @@ void glLinkProgram(GLuint program) {
         s.linkFailures.pop_front();
         return;
     }
+    for (GLuint const shader : found->attached)
+        found->sources[s.shaders.at(shader).type] = s.shaders.at(shader).source;
     if (s.programScripts.empty()) {
         found->attributes = declared(*found, "attribute");
         found->uniforms = declared(*found, "uniform");

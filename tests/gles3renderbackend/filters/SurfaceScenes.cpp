@@ -1,16 +1,14 @@
 #include "tests/gles3renderbackend/filters/SurfaceScenes.h"
 
+#include "conformance/Pointwise.h"
+#include "conformance/Verification.h"
 #include "host/filter/FilterDescriptions.h"
 #include "reference/Blit.h"
-#include "reference/ColourMatrix.h"
 #include "reference/Interleave16.h"
 #include "reference/LeGall53Plane.h"
 #include "reference/Sharpness16.h"
 #include "reference/Sharpness8.h"
 #include "reference/SixteenToEight.h"
-#include "reference/TableLookup.h"
-#include "reference/Truncate16.h"
-#include "reference/YCoCgR.h"
 #include "renderbackend/DataEnvelopes.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/filters/FilterInputs.h"
@@ -54,8 +52,6 @@ struct Scene {
     std::shared_ptr<SingleFilterParameters> params = std::make_shared<SingleFilterParameters>();
 };
 
-using Model = std::function<Texels(Texels const&)>;
-
 template <class Record, class Field, class Value>
 std::shared_ptr<SingleFilterParameters> with(Field Record::*field, Value const& value) {
     auto params = std::make_shared<Record>();
@@ -67,17 +63,16 @@ Texels noise(int width, int height, std::uint32_t randomStart) {
     return randomTexels(width, height, randomStart);
 }
 
-Scene pointwise(Texels const& input, Layout layout, Model const& model,
-                std::shared_ptr<SingleFilterParameters> params = std::make_shared<SingleFilterParameters>()) {
-    return {{{input, layout}}, kWidth, kHeight, model(input), std::move(params)};
+// Noise through a filter that makes each output pixel of the input pixel at its place.
+Scene pointwise(conformance::Pointwise const& filter) {
+    int const columns = kWidth * conformance::texelsOf(filter.in, 2) / conformance::texelsOf(filter.out, 2);
+    Texels const input = conformance::noiseFor(filter, columns, kHeight, 1);
+    return {{{input, filter.in}}, kWidth, kHeight, filter.model(input)};
 }
 
-Texels same(Texels const& texels) {
-    return texels;
-}
-
-Scene copy(Layout layout) {
-    return pointwise(noise(kWidth, kHeight, 1), layout, same);
+// The surface has an alpha, which the copy to a target without one leaves alone.
+Scene removedAlpha() {
+    return pointwise({Layout::kRgba8, Layout::kRgba8, [](Texels const& texels) { return texels; }});
 }
 
 // Rows and columns beyond the texture read its edge, two samples per texel.
@@ -121,11 +116,6 @@ Texels pixelsOf16Bits(std::int32_t first, std::int32_t last) {
     return packThreeChannel16(randomPlanes(kWidth / 2, kHeight, 8, first, last));
 }
 
-// Twice as wide as what is shown of it.
-Scene shown(Model const& model) {
-    return pointwise(packThreeChannel16(randomPlanes(kWidth, kHeight, 9, -60, 320)), Layout::kThreeChannel16, model);
-}
-
 Scene sharpened8() {
     Texels const image = noise(kWidth, kHeight, 10);
     return {{{image, Layout::kRgba8}},
@@ -150,80 +140,13 @@ Scene sharpened16() {
             with(&FilterSharpness16Params::gain, 2.0)};
 }
 
-constexpr reference::Matrix3 kWarm = {1300, 20, -60, -200, 1050, 90, -76, -46, 994};
-
-std::shared_ptr<SingleFilterParameters> warm() {
-    return with(&Filter3x3MatrixParams::matrix, kWarm);
-}
-
-Scene looked8(reference::ByteTable const& table, std::shared_ptr<SingleFilterParameters> params) {
-    return pointwise(
-        noise(kWidth, kHeight, 12), Layout::kRgba8,
-        [&](Texels const& image) { return reference::tableLookup8(image, table); }, std::move(params));
-}
-
-Scene looked16(reference::ByteTable const& table, std::shared_ptr<SingleFilterParameters> params) {
-    return pointwise(
-        packThreeChannel16(randomPlanes(kWidth, kHeight, 13, 0, 32767)), Layout::kThreeChannel16,
-        [&](Texels const& pixels) { return reference::tableLookup16(pixels, table); }, std::move(params));
-}
-
+// Of the filters that are not pointwise.
 std::map<std::string, std::function<Scene()>> const& scenes() {
-    using Key = ComparableSingleFilterParameters<unsigned char>;
     static std::map<std::string, std::function<Scene()>> const all = {
-        {"FilterFirIH53LeGall16", horizontalStep},
-        {"FilterFirIV53LeGall16", verticalStep},
-        {"BlitFilter1x16", [] { return copy(Layout::kOneChannel16); }},
-        {"BlitFilter3x16", [] { return copy(Layout::kThreeChannel16); }},
-        {"BlitFilter3x8", [] { return copy(Layout::kRgba8); }},
-        {"BlitFilter4x8", [] { return copy(Layout::kRgba8); }},
-        {"FilterRemoveAlpha8", [] { return copy(Layout::kRgba8); }},
-        {"Filter1x16ToRGB8",
-         [] {
-             return pointwise(packOneChannel16(randomPlane(kWidth, kHeight, 14, -60, 320)), Layout::kOneChannel16,
-                              reference::oneChannel16ToRgb8);
-         }},
-        {"FilterInterleave16", interleaving},
-        {"FilterYCoCg16ToRGBA8", [] { return shown(reference::yCoCg16ToRgba8); }},
-        {"FilterYCoCg16ToRGB16",
-         [] { return pointwise(pixelsOf16Bits(-300, 300), Layout::kThreeChannel16, reference::yCoCg16ToRgb16); }},
-        {"Filter3x16To4x8", [] { return shown(reference::threeChannel16ToRgba8); }},
-        {"FilterSharpness8", sharpened8},
-        {"FilterSharpnessH16", blurred},
+        {"FilterFirIH53LeGall16", horizontalStep}, {"FilterFirIV53LeGall16", verticalStep},
+        {"FilterInterleave16", interleaving},      {"FilterRemoveAlpha8", removedAlpha},
+        {"FilterSharpness8", sharpened8},          {"FilterSharpnessH16", blurred},
         {"FilterSharpnessV16", sharpened16},
-        {"FilterLinear8ToSRGB8", [] { return looked8(reference::srgbTable(8), std::make_shared<Key>()); }},
-        {"FilterLinear16ToSRGB8", [] { return looked16(reference::srgbTable(16), std::make_shared<Key>()); }},
-        {"FilterLinear16TosRGB8",
-         [] {
-             return looked16(reference::gammaTable(16, 2.2, 40, 33000),
-                             std::make_shared<FilterLinear16TosRGB8Params>(2.2, 40, 33000));
-         }},
-        {"FilterBlackWhiteGamma8",
-         [] {
-             return looked8(reference::blackWhiteGamma8Table(2.2, 40, 3300),
-                            std::make_shared<FilterBlackWhiteGamma8Params>(2.2, 40, 3300));
-         }},
-        {"FilterTruncate16",
-         [] {
-             return pointwise(
-                 noise(kWidth, kHeight, 15), Layout::kOneChannel16,
-                 [](Texels const& samples) { return reference::truncate16(samples, 4, false); },
-                 with(&FilterTruncate16Params::shift, size_t{4}));
-         }},
-        {"Filter3x3Matrix8",
-         [] {
-             return pointwise(
-                 noise(kWidth, kHeight, 16), Layout::kRgba8,
-                 [](Texels const& image) { return reference::matrix8(image, kWarm, 1.0); }, warm());
-         }},
-        {"Filter3x3Matrix16",
-         [] {
-             return pointwise(
-                 pixelsOf16Bits(-8192, 8191), Layout::kThreeChannel16,
-                 [](Texels const& pixels) { return reference::matrix16(pixels, kWarm, 1.0); }, warm());
-         }},
-        {"FilterRGBA8ToYCoCg16",
-         [] { return pointwise(noise(kWidth / 2, kHeight, 17), Layout::kRgba8, reference::rgba8ToYCoCg16); }},
     };
     return all;
 }
@@ -250,6 +173,24 @@ bool isMask(std::string const& name) {
     Filter const filter = description::byName(name);
     return filter.supportsParameters() &&
            std::dynamic_pointer_cast<MaskFilterParams>(filter.getParametersObject()) != nullptr;
+}
+
+struct Drawing {
+    Filter const& filter;
+    OnSurface orientation;
+    SingleFilterParameters const& params;
+};
+
+::testing::AssertionResult sceneAppearsOnSurface(FilterRig& rig, Drawing const& drawing, Scene const& scene) {
+    FilterRun run;
+    for (Input const& input : scene.inputs)
+        run.sources.push_back({rig.uploaded(input.texels, input.layout), 0, 0, true});
+    run.input.width = scene.inputW;
+    run.input.height = scene.inputH;
+    run.offset = {kX, kY};
+    colourSurface(*rig.instance());
+    rig.run(drawing.filter, run, 0, drawing.params);
+    return surfaceIs(*rig.instance(), surfaceWith(scene.expected, kX, kY, drawing.orientation));
 }
 
 // The mask's shape covers texels (2, 1) to (8, 4) of a source as large as the surface.
@@ -285,21 +226,26 @@ OnSurface orientationOf(std::string const& filter) {
 ::testing::AssertionResult appearsOnSurface(FilterRig& rig, std::string const& filter) {
     if (isMask(filter)) return maskAppearsOnSurface(rig, filter);
     auto const found = scenes().find(filter);
-    if (found == scenes().end()) {
-        return ::testing::AssertionFailure()
-               << filter << " has no scene on the host's surface: add it to scenes() of SurfaceScenes.cpp, and to "
-               << "orientationOf() where its rows stay in GL's order";
+    if (found != scenes().end()) {
+        Scene const scene = found->second();
+        Filter const prepared = rig.instantiated(description::byName(filter));
+        Drawing const drawing = {prepared, orientationOf(filter), *scene.params};
+        return sceneAppearsOnSurface(rig, drawing, scene);
     }
-    Scene const scene = found->second();
-    FilterRun run;
-    for (Input const& input : scene.inputs)
-        run.sources.push_back({rig.uploaded(input.texels, input.layout), 0, 0, true});
-    run.input.width = scene.inputW;
-    run.input.height = scene.inputH;
-    run.offset = {kX, kY};
-    colourSurface(*rig.instance());
-    rig.run(rig.instantiated(description::byName(filter)), run, 0, *scene.params);
-    return surfaceIs(*rig.instance(), surfaceWith(scene.expected, kX, kY, orientationOf(filter)));
+    ::testing::AssertionResult appears = ::testing::AssertionFailure()
+                                         << filter
+                                         << " is not pointwise and has no scene on the host's surface: add it to "
+                                         << "scenes() of SurfaceScenes.cpp";
+    bool isFirst = true;
+    conformance::visitPointwise(
+        filter, rig,
+        [&](Filter const& prepared, conformance::Pointwise const& runs, SingleFilterParameters const& params) {
+            if (!isFirst && !appears) return;
+            isFirst = false;
+            Drawing const drawing = {prepared, orientationOf(filter), params};
+            appears = sceneAppearsOnSurface(rig, drawing, pointwise(runs));
+        });
+    return appears;
 }
 
 ::testing::AssertionResult tileAppearsOnSurface(FilterRig& rig, std::string const& filter) {

@@ -14,11 +14,12 @@ enum class OnSurface {
     kRefused   ///< the filter needs a texture to write into
 };
 
-/// What becomes of a filter there, by its name.
+/// What becomes of a filter there, by its name: mirrored, but for those that are listed.
 OnSurface orientationOf(std::string const& filter);
 
-/// Runs the filter over noise onto a part of the surface, and compares all of the surface with the plain model's texels
-/// there, mirrored or not as it should be, on the colour that it had.
+/// Runs the filter over noise, a pointwise one as its runs beside the model show it, onto a part of the surface, and
+/// compares all of the surface with the plain model's texels there, mirrored or not as it should be, on the colour that
+/// it had.
 ::testing::AssertionResult appearsOnSurface(FilterRig& rig, std::string const& filter);
 
 /// Draws a tile of noise through the filter, a copy, by drawTiles: its rows stay in GL's order.

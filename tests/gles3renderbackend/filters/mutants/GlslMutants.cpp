@@ -314,7 +314,7 @@ constexpr char const* kMirrored = "its pictures stand upright on the host's surf
 constexpr char const* kNotMirrored = "its rows stay in GL's order on the host's surface";
 
 constexpr Mutant kOrientations[] = {
-    {"notMirrored", "BlitFilter4x8", "Gles3BlitFilter8.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "BlitFilter4x8", "copy.vert", kMirror, kKeep, kMirrored},
     {"notMirrored", "MaskFilter4x8", "Gles3FilterMask.vert", "mirrored(vertex)", "vertex", kMirrored},
     {"notMirrored", "FilterYCoCg16ToRGB16", "Gles3FilterYCoCg16ToRGB16.vert", kMirror, kKeep, kMirrored},
     {"notMirrored", "FilterYCoCg16ToRGBA8", "Gles3FilterYCoCg16ToRGBA8.vert", kMirror, kKeep, kMirrored},
@@ -324,8 +324,8 @@ constexpr Mutant kOrientations[] = {
     {"notMirrored", "FilterFirIV53LeGall16", "Gles3FilterFirIV53LeGall16.vert", kMirror, kKeep, kMirrored},
     {"notMirrored", "FilterInterleave16", "Gles3FilterInterleave16.vert", kMirror, kKeep, kMirrored},
     {"notMirrored", "FilterSharpness8", "Gles3FilterSharpness8.vert", kMirror, kKeep, kMirrored},
-    {"notMirrored", "FilterTruncate16", "Gles3FilterTruncate16.vert", kMirror, kKeep, kMirrored},
-    {"notMirrored", "FilterBlackWhiteGamma8", "lookup8.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "FilterTruncate16", "copy.vert", kMirror, kKeep, kMirrored},
+    {"notMirrored", "FilterBlackWhiteGamma8", "copy.vert", kMirror, kKeep, kMirrored},
     {"notMirrored", "FilterLinear16TosRGB8", "lookup16.vert", kMirror, kKeep, kMirrored},
     {"withoutModelView", "FilterInterleave16", "shared/vertex/mirrored.glsl", "a_modelView * vertex.xy", "vertex.xy",
      kMirrored},
