@@ -39,10 +39,45 @@ inline Picture noise(size_t widthTexels, size_t heightTexels, size_t texelBytes,
     return picture;
 }
 
+/// How pixels lie in the texels of a target.
+struct TargetLayout {
+    RenderBackend::ImageFormatType format;
+    size_t bits;               // of a logical pixel
+    size_t pixelsPerTexel = 1; // one of these two is 1
+    size_t texelsPerPixel = 1;
+
+    size_t texels(size_t pixels) const { return pixels * texelsPerPixel / pixelsPerTexel; }
+    size_t pixels(size_t texels) const { return texels * pixelsPerTexel / texelsPerPixel; }
+};
+
+constexpr TargetLayout kRgba8 = {RenderBackend::RGBA32, 32};
+constexpr TargetLayout kRgb8 = {RenderBackend::RGB24, 24};
+constexpr TargetLayout kOneChannel16 = {RenderBackend::RGBA32, 16, 2, 1};
+constexpr TargetLayout kThreeChannels16 = {RenderBackend::RGBA32, 48, 1, 2};
+constexpr TargetLayout kThreeChannels16InRgb = {RenderBackend::RGB24, 48, 1, 2};
+constexpr TargetLayout kThreePixelsInRgb = {RenderBackend::RGB24, 8, 3, 1};
+constexpr TargetLayout kFourPixelsInRgba = {RenderBackend::RGBA32, 8, 4, 1};
+
 /// A texel of one picture into another: a missing alpha is 255, an alpha too many is dropped.
 inline void copyTexel(Picture const& from, size_t fromX, size_t fromY, Picture& to, size_t toX, size_t toY) {
     for (size_t i = 0; i < to.bytesPerTexel; ++i)
         to.texel(toX, toY)[i] = i < from.bytesPerTexel ? from.texel(fromX, fromY)[i] : 255;
+}
+
+inline Picture upsideDown(Picture const& picture) {
+    Picture result = picture;
+    for (size_t y = 0; y < picture.height; ++y)
+        for (size_t x = 0; x < picture.width; ++x)
+            copyTexel(picture, x, y, result, x, picture.height - 1 - y);
+    return result;
+}
+
+/// A surface in one colour, 10, 20, 30, 40, as colourSurface() leaves it.
+inline Picture colouredPicture(size_t widthTexels, size_t heightTexels) {
+    Picture picture(widthTexels, heightTexels, 4);
+    for (size_t i = 0; i < picture.bytes.size(); ++i)
+        picture.bytes[i] = static_cast<unsigned char>(10 * (i % 4 + 1));
+    return picture;
 }
 
 } // namespace backendtest
@@ -71,6 +106,16 @@ protected:
         backendtest::Picture picture(size[0], size[1], bytesPerTexel(gles().target(target).format()));
         picture.bytes = instance->getPixels(target, {0, logicalWidth, 0, size[1]});
         return picture;
+    }
+
+    /// What colouredPicture() holds, on the host's surface.
+    backendtest::Picture colourSurface() const {
+        instance->clear(0, {10, 20, 30, 40});
+        return backendtest::colouredPicture(kSurfaceTexels, kSurfaceTexels);
+    }
+
+    size_t createTarget(backendtest::TargetLayout const& layout, backendtest::Sizes const& size) const {
+        return instance->createTarget(size, layout.bits, false, RenderBackend::NEAREST, layout.format);
     }
 
     /// A target of 8-bit RGBA pixels that holds a picture.

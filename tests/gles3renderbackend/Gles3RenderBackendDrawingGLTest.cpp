@@ -32,13 +32,13 @@ protected:
             cells.push_back(block.cell);
             ids.push_back(block.tile);
         }
-        instance->drawTiles(target, filter, scene.range, {scene.grid[0], 0, scene.grid[1], 0}, scene.tileSize, cells,
-                            ids, scene.offsets);
+        instance->drawTiles(target, filter, scene.range, {scene.gridOrigin[0], 0, scene.gridOrigin[1], 0},
+                            scene.tileSize, cells, ids, scene.offset);
     }
 
     // Draws into a target that is black, or coloured where it may be, and compares all of it.
     void expectDrawnAsByHand(Scene const& scene, size_t target, Picture expected) const {
-        bool const packed = scene.pixelsPerTexel != 1 || scene.texelsPerPixel != 1;
+        bool const packed = scene.layout.pixelsPerTexel != 1 || scene.layout.texelsPerPixel != 1;
         Sizes const color = packed ? Sizes{0, 0, 0, 40} : Sizes{10, 20, 30, 40};
         instance->clear(target, color);
         for (size_t i = 0; i < expected.bytes.size(); ++i)
@@ -56,299 +56,80 @@ class Gles3RenderBackendSceneGLTest : public Gles3RenderBackendDrawingGLTest,
 
 TEST_P(Gles3RenderBackendSceneGLTest, TilesLieWhereTheLoopsPutThem) {
     Scene const& scene = GetParam();
-    size_t const target =
-        instance->createTarget(scene.targetSize, scene.bits, false, RenderBackend::NEAREST, scene.format);
-    expectDrawnAsByHand(scene, target,
-                        Picture(texels(scene, scene.targetSize[0]), scene.targetSize[1], bytesPerTexel(scene.format)));
+    expectDrawnAsByHand(
+        scene, createTarget(scene.layout, scene.targetSize),
+        Picture(scene.layout.texels(scene.targetSize[0]), scene.targetSize[1], bytesPerTexel(scene.layout.format)));
 }
 
-// A grid of columns x rows cells from cell (column, row) on, tiles numbered as they come.
-std::vector<Block> cells(size_t column, size_t row, size_t columns, size_t rows) {
-    std::vector<Block> blocks;
-    for (size_t y = 0; y < rows; ++y)
-        for (size_t x = 0; x < columns; ++x)
-            blocks.push_back({{column + x, row + y}, blocks.size()});
-    return blocks;
+// 41 x 29 texels each, and tiles that do not fill them.
+Scene rgba(char const* name) {
+    return Scene(name).through("BlitFilter4x8").target({41, 29}, kRgba8).tiles({7, 5});
 }
 
-std::vector<Scene> scenes() {
-    auto const rgb = RenderBackend::RGB24;
-    auto const rgba = RenderBackend::RGBA32;
+Scene rgb(char const* name) {
+    return Scene(name).through("BlitFilter3x8").target({41, 29}, kRgb8).tiles({13, 11});
+}
+
+Scene oneChannel(char const* name) {
+    return Scene(name).through("BlitFilter1x16").target({82, 29}, kOneChannel16).tiles({14, 5});
+}
+
+Scene threeChannels(char const* name, TargetLayout const& layout) {
+    return Scene(name).through("BlitFilter3x16").target({23, 29}, layout).tiles({7, 5});
+}
+
+std::vector<Scene> amidTheGrid() {
+    Sizes const large = {53, 47};
+    std::vector<size_t> const odd = {20, 44, 13, 31};
+    std::vector<size_t> const far = {1000300, 1000324, 2000200, 2000214};
+    std::vector<size_t> const amid = {11, 25, 8, 20};
     return {
-        {"RgbaTilesOfOddSizeFillAnRgbaTarget",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         4,
-         {41, 29},
-         {7, 5},
-         {0, 40, 0, 28},
-         {0, 0},
-         {0, 0},
-         cells(0, 0, 6, 6),
-         {}},
-        {"RgbTilesOfOddSizeFillAnRgbTarget",
-         "BlitFilter3x8",
-         rgb,
-         24,
-         1,
-         1,
-         3,
-         {41, 29},
-         {13, 11},
-         {0, 40, 0, 28},
-         {0, 0},
-         {0, 0},
-         cells(0, 0, 4, 3),
-         {}},
-        {"RgbTilesAreOpaqueInAnRgbaTarget",
-         "BlitFilter3x8",
-         rgba,
-         32,
-         1,
-         1,
-         3,
-         {41, 29},
-         {13, 11},
-         {0, 40, 0, 28},
-         {0, 0},
-         {0, 0},
-         cells(0, 0, 4, 3),
-         {}},
-        {"RemovedAlphaLeavesTheColours",
-         "FilterRemoveAlpha8",
-         rgb,
-         24,
-         1,
-         1,
-         4,
-         {41, 29},
-         {13, 11},
-         {0, 40, 0, 28},
-         {0, 0},
-         {0, 0},
-         cells(0, 0, 4, 3),
-         {}},
-        {"RegionInTheMiddleOfTheGridAtAnOddOffset",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         4,
-         {53, 47},
-         {7, 5},
-         {20, 44, 13, 31},
-         {3, 2},
-         {11, 17},
-         cells(1, 1, 7, 6),
-         {}},
-        {"RgbRegionInTheMiddleOfTheGridAtAnOddOffset",
-         "BlitFilter3x8",
-         rgb,
-         24,
-         1,
-         1,
-         3,
-         {53, 47},
-         {13, 11},
-         {20, 44, 13, 31},
-         {3, 2},
-         {11, 17},
-         cells(0, 0, 5, 4),
-         {}},
-        {"RegionLeftOfTheGrid",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         4,
-         {41, 29},
-         {7, 5},
-         {10, 34, 10, 24},
-         {17, 13},
-         {5, 3},
-         cells(0, 0, 4, 4),
-         {}},
-        {"RegionFarFromTheOrigin",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         4,
-         {41, 29},
-         {7, 5},
-         {1000300, 1000324, 2000200, 2000214},
-         {1000003, 2000001},
-         {5, 3},
-         cells(42, 39, 5, 5),
-         {}},
-        {"MissingTilesAreTransparentBlack",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         4,
-         {41, 29},
-         {7, 5},
-         {0, 40, 0, 28},
-         {0, 0},
-         {0, 0},
-         cells(0, 0, 6, 6),
-         {0, 7, 8, 35}},
-        {"MissingTilesAreBlackInAnRgbTarget",
-         "BlitFilter3x8",
-         rgb,
-         24,
-         1,
-         1,
-         3,
-         {41, 29},
-         {13, 11},
-         {0, 40, 0, 28},
-         {0, 0},
-         {0, 0},
-         cells(0, 0, 4, 3),
-         {1, 6}},
-        {"LaterTileOfACellCoversTheEarlierOne",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         4,
-         {41, 29},
-         {7, 5},
-         {0, 40, 0, 28},
-         {0, 0},
-         {0, 0},
-         {{{1, 1}, 1}, {{1, 1}, 2}, {{2, 1}, 2}, {{2, 1}, 1}},
-         {}},
-        {"OneChannelOf16BitsTwoSamplesATexel",
-         "BlitFilter1x16",
-         rgba,
-         16,
-         2,
-         1,
-         1,
-         {82, 29},
-         {14, 5},
-         {0, 81, 0, 28},
-         {0, 0},
-         {0, 0},
-         cells(0, 0, 6, 6),
-         {}},
-        {"OneChannelOf16BitsInTheMiddleOfTheGrid",
-         "BlitFilter1x16",
-         rgba,
-         16,
-         2,
-         1,
-         1,
-         {82, 29},
-         {14, 5},
-         {30, 79, 7, 23},
-         {4, 3},
-         {6, 5},
-         cells(1, 0, 6, 6),
-         {9}},
-        {"ThreeChannelsOf16BitsAPixelInTwoRgbTexels",
-         "BlitFilter3x16",
-         rgb,
-         48,
-         1,
-         2,
-         3,
-         {23, 29},
-         {7, 5},
-         {0, 22, 0, 28},
-         {0, 0},
-         {0, 0},
-         cells(0, 0, 4, 6),
-         {}},
-        {"ThreeChannelsOf16BitsInTheMiddleOfTheGrid",
-         "BlitFilter3x16",
-         rgb,
-         48,
-         1,
-         2,
-         3,
-         {23, 29},
-         {7, 5},
-         {11, 25, 8, 20},
-         {2, 1},
-         {5, 9},
-         cells(0, 0, 5, 5),
-         {7}},
-        {"ThreeChannelsOf16BitsAPixelInTwoRgbaTexels",
-         "BlitFilter3x16",
-         rgba,
-         48,
-         1,
-         2,
-         4,
-         {23, 29},
-         {7, 5},
-         {11, 25, 8, 20},
-         {2, 1},
-         {5, 9},
-         cells(0, 0, 5, 5),
-         {}},
-        {"ThreePixelsOf8BitsInAnRgbTexel",
-         "BlitFilter3x8",
-         rgb,
-         8,
-         3,
-         1,
-         3,
-         {99, 29},
-         {21, 5},
-         {0, 98, 0, 28},
-         {0, 0},
-         {0, 0},
-         cells(0, 0, 5, 6),
-         {}},
-        {"FourPixelsOf8BitsInAnRgbaTexel",
-         "BlitFilter4x8",
-         rgba,
-         8,
-         4,
-         1,
-         4,
-         {100, 29},
-         {20, 5},
-         {24, 83, 6, 22},
-         {4, 1},
-         {12, 7},
-         cells(0, 0, 5, 6),
-         {}},
+        rgba("RegionInTheMiddle").target(large, kRgba8).region(odd, {3, 2}).at({11, 17}).grid(7, 6, {1, 1}),
+        rgb("RegionOfRgbInTheMiddle").target(large, kRgb8).region(odd, {3, 2}).at({11, 17}).grid(5, 4),
+        rgba("RegionLeftOfTheGrid").region({10, 34, 10, 24}, {17, 13}).at({5, 3}).grid(4, 4),
+        rgba("RegionFarFromTheOrigin").region(far, {1000003, 2000001}).at({5, 3}).grid(5, 5, {42, 39}),
+        oneChannel("OneChannel").region({30, 79, 7, 23}, {4, 3}).at({6, 5}).grid(6, 6, {1, 0}).without({9}),
+        threeChannels("InRgb", kThreeChannels16InRgb).region(amid, {2, 1}).at({5, 9}).grid(5, 5).without({7}),
+        threeChannels("InRgba", kThreeChannels16).region(amid, {2, 1}).at({5, 9}).grid(5, 5),
+        rgba("FourPixelsInATexel")
+            .target({100, 29}, kFourPixelsInRgba)
+            .tiles({20, 5})
+            .region({24, 83, 6, 22}, {4, 1})
+            .at({12, 7})
+            .grid(5, 6),
     };
 }
 
+std::vector<Scene> scenes() {
+    return {
+        rgba("RgbaTilesOfOddSizeFillAnRgbaTarget").grid(6, 6),
+        rgb("RgbTilesOfOddSizeFillAnRgbTarget").grid(4, 3),
+        rgb("RgbTilesAreOpaqueInAnRgbaTarget").target({41, 29}, kRgba8).components(3).grid(4, 3),
+        rgb("RemovedAlphaLeavesTheColours").through("FilterRemoveAlpha8").components(4).grid(4, 3),
+        rgba("MissingTilesAreTransparentBlack").grid(6, 6).without({0, 7, 8, 35}),
+        rgb("MissingTilesAreBlackInAnRgbTarget").grid(4, 3).without({1, 6}),
+        rgba("LaterTileOfACellCoversTheEarlierOne").put({{{1, 1}, 1}, {{1, 1}, 2}, {{2, 1}, 2}, {{2, 1}, 1}}),
+        oneChannel("OneChannelOf16BitsTwoSamplesATexel").grid(6, 6),
+        threeChannels("ThreeChannelsOf16BitsAPixelInTwoRgbTexels", kThreeChannels16InRgb).grid(4, 6),
+        rgb("ThreePixelsOf8BitsInAnRgbTexel").target({99, 29}, kThreePixelsInRgb).tiles({21, 5}).grid(5, 6),
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(AmidTheGrid, Gles3RenderBackendSceneGLTest, ::testing::ValuesIn(amidTheGrid()),
+                         [](auto const& row) { return std::string(row.param.name); });
 INSTANTIATE_TEST_SUITE_P(Scenes, Gles3RenderBackendSceneGLTest, ::testing::ValuesIn(scenes()),
                          [](auto const& row) { return std::string(row.param.name); });
 
 TEST_F(Gles3RenderBackendDrawingGLTest, HostsSurfaceTakesTilesInGlsOrderOfRows) {
-    expectDrawnAsByHand({"",
-                         "BlitFilter4x8",
-                         RenderBackend::RGBA32,
-                         32,
-                         1,
-                         1,
-                         4,
-                         {16, 16},
-                         {5, 3},
-                         {4, 14, 2, 11},
-                         {1, 1},
-                         {3, 5},
-                         cells(0, 0, 3, 4),
-                         {4}},
-                        0, Picture(16, 16, 4));
+    Scene const scene = Scene("")
+                            .through("BlitFilter4x8")
+                            .target({16, 16}, kRgba8)
+                            .tiles({5, 3})
+                            .region({4, 14, 2, 11}, {1, 1})
+                            .at({3, 5})
+                            .grid(3, 4)
+                            .without({4});
+    expectDrawnAsByHand(scene, 0, Picture(16, 16, 4));
 }
 
 TEST_F(Gles3RenderBackendDrawingGLTest, TileIsStretchedOverItsCell) {

@@ -11,31 +11,52 @@ namespace {
 
 using namespace backendtest;
 
+// All of the source, to the start of the destination, unless a word says otherwise.
 struct BlitRun {
     char const* name;
-    char const* filter;
-    RenderBackend::ImageFormatType format; // of both targets
-    size_t bits;
-    size_t pixelsPerTexel;
-    size_t texelsPerPixel;
-    Sizes sourceSize; // logical
+    char const* filter = nullptr;
+    TargetLayout layout = kRgba8; // of both targets
+    Sizes sourceSize;             // logical
     Sizes destinationSize;
-    Sizes position;             // in the source, logical
-    Sizes input;                // extent, logical
-    std::array<size_t, 4> clip; // left, right, top, bottom; logical
-    Sizes offset;               // in the destination, texels
+    Sizes position = {0, 0};         // in the source, logical
+    Sizes input;                     // extent, logical
+    std::array<size_t, 4> clip = {}; // left, right, top, bottom; logical
+    Sizes offset = {0, 0};           // in the destination, texels
+
+    explicit BlitRun(char const* runName) : name(runName) {}
+
+    BlitRun& through(char const* filterName, TargetLayout const& targets) {
+        filter = filterName;
+        layout = targets;
+        return *this;
+    }
+    BlitRun& copies(Sizes const& source, Sizes const& destination) {
+        sourceSize = source;
+        destinationSize = destination;
+        input = source;
+        return *this;
+    }
+    BlitRun& part(Sizes const& place, Sizes const& extent) {
+        position = place;
+        input = extent;
+        return *this;
+    }
+    BlitRun& clipped(std::array<size_t, 4> const& sides) {
+        clip = sides;
+        return *this;
+    }
+    BlitRun& at(Sizes const& place) {
+        offset = place;
+        return *this;
+    }
 };
 
 void PrintTo(BlitRun const& run, std::ostream* stream) {
     *stream << run.name;
 }
 
-size_t texels(BlitRun const& run, size_t pixels) {
-    return pixels * run.texelsPerPixel / run.pixelsPerTexel;
-}
-
 Picture sourcePicture(BlitRun const& run) {
-    return noise(texels(run, run.sourceSize[0]), run.sourceSize[1], 4, 1);
+    return noise(run.layout.texels(run.sourceSize[0]), run.sourceSize[1], 4, 1);
 }
 
 // What a target of fewer bytes per texel keeps of a picture.
@@ -50,17 +71,9 @@ Picture kept(Picture const& picture, size_t bytesPerTexel) {
 void copiedByHand(BlitRun const& run, Picture const& source, Picture& destination) {
     auto const [left, right, top, bottom] = run.clip;
     for (size_t y = 0; y < run.input[1] - top - bottom; ++y)
-        for (size_t x = 0; x < texels(run, run.input[0] - left - right); ++x)
-            copyTexel(source, texels(run, run.position[0] + left) + x, run.position[1] + top + y, destination,
+        for (size_t x = 0; x < run.layout.texels(run.input[0] - left - right); ++x)
+            copyTexel(source, run.layout.texels(run.position[0] + left) + x, run.position[1] + top + y, destination,
                       run.offset[0] + x, run.offset[1] + y);
-}
-
-Picture upsideDown(Picture const& picture) {
-    Picture result = picture;
-    for (size_t y = 0; y < picture.height; ++y)
-        for (size_t x = 0; x < picture.width; ++x)
-            copyTexel(picture, x, y, result, x, picture.height - 1 - y);
-    return result;
 }
 
 class Gles3RenderBackendFilterGLTest : public BackendGLTest {
@@ -70,10 +83,6 @@ protected:
                                 run.input[0], run.input[1], destination, run.clip[0], run.clip[1], run.clip[2],
                                 run.clip[3], SingleFilterParameters(), run.offset);
     }
-
-    size_t createTarget(BlitRun const& run, Sizes const& size) const {
-        return instance->createTarget(size, run.bits, false, RenderBackend::NEAREST, run.format);
-    }
 };
 
 class Gles3RenderBackendRunGLTest : public Gles3RenderBackendFilterGLTest,
@@ -82,180 +91,68 @@ class Gles3RenderBackendRunGLTest : public Gles3RenderBackendFilterGLTest,
 TEST_P(Gles3RenderBackendRunGLTest, BlitCopiesWhatTheLoopsCopy) {
     BlitRun const& run = GetParam();
     Picture const filled = sourcePicture(run);
-    Picture const before = noise(texels(run, run.destinationSize[0]), run.destinationSize[1], 4, 2);
-    size_t const source = createTarget(run, run.sourceSize);
-    size_t const destination = createTarget(run, run.destinationSize);
+    Picture const before = noise(run.layout.texels(run.destinationSize[0]), run.destinationSize[1], 4, 2);
+    size_t const source = createTarget(run.layout, run.sourceSize);
+    size_t const destination = createTarget(run.layout, run.destinationSize);
     fill(source, filled, run.sourceSize[0]);
     fill(destination, before, run.destinationSize[0]);
     execute(run, source, destination);
 
-    Picture expected = kept(before, bytesPerTexel(run.format));
+    Picture expected = kept(before, bytesPerTexel(run.layout.format));
     copiedByHand(run, kept(filled, expected.bytesPerTexel), expected);
     EXPECT_TRUE(pixelsEqual(read(destination).bytes, expected.bytes, expected.width, expected.bytesPerTexel));
     Picture const untouched = kept(filled, expected.bytesPerTexel);
     EXPECT_TRUE(pixelsEqual(read(source).bytes, untouched.bytes, untouched.width, untouched.bytesPerTexel));
 }
 
+BlitRun whole(char const* name, char const* filter, TargetLayout const& layout) {
+    return BlitRun(name).through(filter, layout).copies({41, 29}, {41, 29});
+}
+
+// A part, clipped on every side, to a place amid the destination.
+BlitRun amid(char const* name, char const* filter, TargetLayout const& layout) {
+    return BlitRun(name)
+        .through(filter, layout)
+        .copies({41, 29}, {53, 19})
+        .part({7, 5}, {31, 17})
+        .clipped({3, 5, 2, 7})
+        .at({13, 11});
+}
+
+BlitRun amidOneChannel(char const* name) {
+    return amid(name, "BlitFilter1x16", kOneChannel16).copies({82, 29}, {106, 19});
+}
+
+BlitRun amidThreeChannels(char const* name, TargetLayout const& layout) {
+    return amid(name, "BlitFilter3x16", layout).copies({23, 29}, {29, 19}).part({3, 5}, {17, 17}).clipped({1, 4, 2, 7});
+}
+
 std::vector<BlitRun> runs() {
-    auto const rgb = RenderBackend::RGB24;
-    auto const rgba = RenderBackend::RGBA32;
+    Sizes const source = {41, 29};
+    Sizes const other = {23, 31};
     return {
-        {"AllOfARgbaTarget",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         {41, 29},
-         {41, 29},
-         {0, 0},
-         {41, 29},
-         {0, 0, 0, 0},
-         {0, 0}},
-        {"AllOfAnRgbTarget",
-         "BlitFilter3x8",
-         rgb,
-         24,
-         1,
-         1,
-         {41, 29},
-         {41, 29},
-         {0, 0},
-         {41, 29},
-         {0, 0, 0, 0},
-         {0, 0}},
-        {"PartOfTheSource",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         {41, 29},
-         {23, 31},
-         {7, 5},
-         {11, 13},
-         {0, 0, 0, 0},
-         {0, 0}},
-        {"OffsetInTheDestination",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         {41, 29},
-         {23, 31},
-         {0, 0},
-         {11, 13},
-         {0, 0, 0, 0},
-         {9, 17}},
-        {"ClipsOnEverySide",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         {41, 29},
-         {41, 29},
-         {0, 0},
-         {41, 29},
-         {3, 5, 2, 7},
-         {1, 4}},
-        {"PositionClipsAndOffset",
-         "BlitFilter4x8",
-         rgba,
-         32,
-         1,
-         1,
-         {41, 29},
-         {53, 19},
-         {7, 5},
-         {31, 17},
-         {3, 5, 2, 7},
-         {13, 11}},
-        {"PositionClipsAndOffsetOfRgb",
-         "BlitFilter3x8",
-         rgb,
-         24,
-         1,
-         1,
-         {41, 29},
-         {53, 19},
-         {7, 5},
-         {31, 17},
-         {3, 5, 2, 7},
-         {13, 11}},
-        {"RemovedAlpha",
-         "FilterRemoveAlpha8",
-         rgba,
-         32,
-         1,
-         1,
-         {41, 29},
-         {53, 19},
-         {7, 5},
-         {31, 17},
-         {3, 5, 2, 7},
-         {13, 11}},
-        {"OneChannelOf16Bits",
-         "BlitFilter1x16",
-         rgba,
-         16,
-         2,
-         1,
-         {82, 29},
-         {106, 19},
-         {14, 5},
-         {62, 17},
-         {6, 10, 2, 7},
-         {13, 11}},
-        {"OneChannelOf16BitsOddPositionAndClipMakeAnEvenStart",
-         "BlitFilter1x16",
-         rgba,
-         16,
-         2,
-         1,
-         {82, 29},
-         {106, 19},
-         {13, 5},
-         {62, 17},
-         {7, 9, 2, 7},
-         {13, 11}},
-        {"ThreeChannelsOf16Bits",
-         "BlitFilter3x16",
-         rgb,
-         48,
-         1,
-         2,
-         {23, 29},
-         {29, 19},
-         {3, 5},
-         {17, 17},
-         {1, 4, 2, 7},
-         {13, 11}},
-        {"ThreeChannelsOf16BitsInRgba",
-         "BlitFilter3x16",
-         rgba,
-         48,
-         1,
-         2,
-         {23, 29},
-         {29, 19},
-         {3, 5},
-         {17, 17},
-         {1, 4, 2, 7},
-         {13, 11}},
-        {"ThreePixelsATexel",
-         "BlitFilter3x8",
-         rgb,
-         8,
-         3,
-         1,
-         {99, 29},
-         {90, 19},
-         {9, 5},
-         {60, 17},
-         {6, 3, 2, 7},
-         {7, 11}},
+        whole("AllOfARgbaTarget", "BlitFilter4x8", kRgba8),
+        whole("AllOfAnRgbTarget", "BlitFilter3x8", kRgb8),
+        whole("PartOfTheSource", "BlitFilter4x8", kRgba8).copies(source, other).part({7, 5}, {11, 13}),
+        whole("OffsetInTheDestination", "BlitFilter4x8", kRgba8)
+            .copies(source, other)
+            .part({0, 0}, {11, 13})
+            .at({9, 17}),
+        whole("ClipsOnEverySide", "BlitFilter4x8", kRgba8).clipped({3, 5, 2, 7}).at({1, 4}),
+        amid("PositionClipsAndOffset", "BlitFilter4x8", kRgba8),
+        amid("PositionClipsAndOffsetOfRgb", "BlitFilter3x8", kRgb8),
+        amid("RemovedAlpha", "FilterRemoveAlpha8", kRgba8),
+        amidOneChannel("OneChannelOf16Bits").part({14, 5}, {62, 17}).clipped({6, 10, 2, 7}),
+        amidOneChannel("OneChannelOf16BitsOddPositionAndClipMakeAnEvenStart")
+            .part({13, 5}, {62, 17})
+            .clipped({7, 9, 2, 7}),
+        amidThreeChannels("ThreeChannelsOf16Bits", kThreeChannels16InRgb),
+        amidThreeChannels("ThreeChannelsOf16BitsInRgba", kThreeChannels16),
+        amid("ThreePixelsATexel", "BlitFilter3x8", kThreePixelsInRgb)
+            .copies({99, 29}, {90, 19})
+            .part({9, 5}, {60, 17})
+            .clipped({6, 3, 2, 7})
+            .at({7, 11}),
     };
 }
 
@@ -263,13 +160,14 @@ INSTANTIATE_TEST_SUITE_P(Runs, Gles3RenderBackendRunGLTest, ::testing::ValuesIn(
                          [](auto const& row) { return std::string(row.param.name); });
 
 TEST_F(Gles3RenderBackendFilterGLTest, HostsSurfaceShowsTheFirstRowAtItsTop) {
-    BlitRun const run = {"",     "BlitFilter4x8", RenderBackend::RGBA32, 32,    1, 1, {20, 20}, {16, 16},
-                         {2, 3}, {12, 11},        {1, 2, 3, 1},          {3, 5}};
+    BlitRun const run = BlitRun("")
+                            .through("BlitFilter4x8", kRgba8)
+                            .copies({20, 20}, {16, 16})
+                            .part({2, 3}, {12, 11})
+                            .clipped({1, 2, 3, 1})
+                            .at({3, 5});
     Picture const filled = sourcePicture(run);
-    instance->clear(0, {10, 20, 30, 40});
-    Picture expected(16, 16, 4);
-    for (size_t i = 0; i < expected.bytes.size(); ++i)
-        expected.bytes[i] = static_cast<unsigned char>(10 * (i % 4 + 1));
+    Picture expected = colourSurface();
     execute(run, targetOf(filled), 0);
     copiedByHand(run, filled, expected);
     EXPECT_TRUE(pixelsEqual(read(0).bytes, upsideDown(expected).bytes, 16)) << "rows are read bottom up";

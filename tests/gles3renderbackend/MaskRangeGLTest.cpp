@@ -21,32 +21,53 @@ struct Rectangle {
     unsigned int maxY;
 };
 
-struct Scene {
+Sizes const kSize = {38, 23}; // texels; even, for pixels in two texels
+
+// A source and a target of the same size, from the image's first pixel on, unless a word says otherwise.
+struct MaskScene {
     char const* name;
-    char const* filter;
-    RenderBackend::ImageFormatType format; // of both targets
-    size_t bits;                           // of a logical pixel
-    size_t pixelsPerTexel;                 // one of these two is 1
-    size_t texelsPerPixel;
-    Sizes source; // texels
-    Sizes target;
-    size_t xStart;
-    size_t yStart;
-    std::vector<Rectangle> shape;
+    char const* filter = nullptr;
+    TargetLayout layout = kRgba8; // of both targets
+    Sizes sourceSize = kSize;     // texels
+    Sizes targetSize = kSize;
+    size_t xStart = 0;
+    size_t yStart = 0;
+    std::vector<Rectangle> rectangles;
+
+    explicit MaskScene(char const* sceneName) : name(sceneName) {}
+
+    MaskScene& through(char const* filterName, TargetLayout const& targets) {
+        filter = filterName;
+        layout = targets;
+        return *this;
+    }
+    MaskScene& source(Sizes const& size) {
+        sourceSize = size;
+        return *this;
+    }
+    MaskScene& target(Sizes const& size) {
+        targetSize = size;
+        return *this;
+    }
+    MaskScene& from(size_t x, size_t y) {
+        xStart = x;
+        yStart = y;
+        return *this;
+    }
+    MaskScene& shape(std::vector<Rectangle> const& cells) {
+        rectangles = cells;
+        return *this;
+    }
 };
 
-void PrintTo(Scene const& scene, std::ostream* stream) {
+void PrintTo(MaskScene const& scene, std::ostream* stream) {
     *stream << scene.name;
-}
-
-size_t logical(Scene const& scene, size_t texels) {
-    return texels * scene.pixelsPerTexel / scene.texelsPerPixel;
 }
 
 // A rectangle of cells c0 to c1 covers the pixels c0 to c1 - 1. A pixel takes what the source has at its place; beyond
 // its edge the source goes on with its last texels.
-void maskedByHand(Scene const& scene, Picture const& source, Picture& target) {
-    for (auto const& cells : scene.shape)
+void maskedByHand(MaskScene const& scene, Picture const& source, Picture& target) {
+    for (auto const& cells : scene.rectangles)
         for (size_t y = cells.minY; y < cells.maxY; ++y)
             for (size_t x = cells.minX; x < cells.maxX; ++x) {
                 if (x < scene.xStart || y < scene.yStart) continue;
@@ -56,14 +77,6 @@ void maskedByHand(Scene const& scene, Picture const& source, Picture& target) {
                 copyTexel(source, std::min(column, source.width - 1), std::min(row, source.height - 1), target, column,
                           row);
             }
-}
-
-Picture upsideDown(Picture const& picture) {
-    Picture result = picture;
-    for (size_t y = 0; y < picture.height; ++y)
-        for (size_t x = 0; x < picture.width; ++x)
-            copyTexel(picture, x, y, result, x, picture.height - 1 - y);
-    return result;
 }
 
 class MaskRangeGLTest : public BackendGLTest {
@@ -81,28 +94,27 @@ protected:
         return params;
     }
 
-    size_t filledTarget(Scene const& scene, Picture const& picture) const {
-        size_t const width = logical(scene, picture.width);
-        size_t const target =
-            instance->createTarget({width, picture.height}, scene.bits, false, RenderBackend::NEAREST, scene.format);
+    size_t filledTarget(MaskScene const& scene, Picture const& picture) const {
+        size_t const width = scene.layout.pixels(picture.width);
+        size_t const target = createTarget(scene.layout, {width, picture.height});
         fill(target, picture, width);
         return target;
     }
 
-    void mask(Scene const& scene, size_t source, size_t target) const {
-        MaskFilterParams const params = shapeOf(scene.shape);
+    void mask(MaskScene const& scene, size_t source, size_t target) const {
+        MaskFilterParams const params = shapeOf(scene.rectangles);
         Filter filter = instantiated(scene.filter); // its program is current now, so that the sampler is set in it
-        instance->maskRange(
-            source, target, filter,
-            {scene.xStart, scene.xStart + scene.target[0] - 1, scene.yStart, scene.yStart + scene.target[1] - 1},
-            params);
+        instance->maskRange(source, target, filter,
+                            {scene.xStart, scene.xStart + scene.targetSize[0] - 1, scene.yStart,
+                             scene.yStart + scene.targetSize[1] - 1},
+                            params);
     }
 
     // Onto a target full of noise, of which all is compared.
-    void expectMaskedAsByHand(Scene const& scene) const {
-        size_t const bytes = bytesPerTexel(scene.format);
-        Picture const source = noise(scene.source[0], scene.source[1], bytes, 1);
-        Picture expected = noise(scene.target[0], scene.target[1], bytes, 2);
+    void expectMaskedAsByHand(MaskScene const& scene) const {
+        size_t const bytes = bytesPerTexel(scene.layout.format);
+        Picture const source = noise(scene.sourceSize[0], scene.sourceSize[1], bytes, 1);
+        Picture expected = noise(scene.targetSize[0], scene.targetSize[1], bytes, 2);
         size_t const from = filledTarget(scene, source);
         size_t const to = filledTarget(scene, expected);
         mask(scene, from, to);
@@ -111,28 +123,26 @@ protected:
     }
 
     // Onto the host's surface, coloured before.
-    void expectSurfaceMaskedAsByHand(Scene const& scene) const {
-        Picture const source = noise(scene.source[0], scene.source[1], 4, 1);
+    void expectSurfaceMaskedAsByHand(MaskScene const& scene) const {
+        Picture const source = noise(scene.sourceSize[0], scene.sourceSize[1], 4, 1);
         size_t const from = filledTarget(scene, source);
-        instance->clear(0, {10, 20, 30, 40});
-        Picture expected(kSurfaceTexels, kSurfaceTexels, 4);
-        for (size_t i = 0; i < expected.bytes.size(); ++i)
-            expected.bytes[i] = static_cast<unsigned char>(10 * (i % 4 + 1));
+        Picture expected = colourSurface();
         mask(scene, from, 0);
         maskedByHand(scene, source, expected);
         EXPECT_TRUE(pixelsEqual(read(0).bytes, upsideDown(expected).bytes, expected.width))
             << "rows are read bottom up";
     }
 
-    Picture readAll(size_t target, Scene const& scene) const {
-        Picture picture(scene.target[0], scene.target[1], bytesPerTexel(scene.format));
-        picture.bytes = instance->getPixels(target, {0, logical(scene, scene.target[0]), 0, scene.target[1]});
+    Picture readAll(size_t target, MaskScene const& scene) const {
+        Picture picture(scene.targetSize[0], scene.targetSize[1], bytesPerTexel(scene.layout.format));
+        picture.bytes =
+            instance->getPixels(target, {0, scene.layout.pixels(scene.targetSize[0]), 0, scene.targetSize[1]});
         return picture;
     }
 };
 
-class MaskSceneGLTest : public MaskRangeGLTest, public ::testing::WithParamInterface<Scene> {};
-class MaskedSurfaceGLTest : public MaskRangeGLTest, public ::testing::WithParamInterface<Scene> {};
+class MaskSceneGLTest : public MaskRangeGLTest, public ::testing::WithParamInterface<MaskScene> {};
+class MaskedSurfaceGLTest : public MaskRangeGLTest, public ::testing::WithParamInterface<MaskScene> {};
 
 TEST_P(MaskSceneGLTest, PixelsOfTheShapeComeFromTheSource) {
     expectMaskedAsByHand(GetParam());
@@ -142,67 +152,62 @@ TEST_P(MaskedSurfaceGLTest, PixelsOfTheShapeComeFromTheSource) {
     expectSurfaceMaskedAsByHand(GetParam());
 }
 
-constexpr auto kRgb = RenderBackend::RGB24;
-constexpr auto kRgba = RenderBackend::RGBA32;
-Sizes const kSize = {38, 23}; // texels; even, for pixels in two texels
 std::vector<Rectangle> const kThree = {{3, 2, 9, 7}, {15, 5, 30, 6}, {12, 11, 21, 19}};
 // Reaches over each edge of an image part that starts at (100, 50), and two lie outside.
 std::vector<Rectangle> const kAcrossEdges = {{95, 45, 104, 55},  {130, 48, 140, 53}, {97, 69, 106, 80},
                                              {132, 68, 150, 90}, {110, 56, 118, 63}, {20, 10, 40, 30},
                                              {160, 55, 170, 60}};
 
-std::vector<Scene> scenes() {
+// Sources and targets of one layout.
+MaskScene rgba(char const* name) {
+    return MaskScene(name).through("MaskFilter4x8", kRgba8);
+}
+
+MaskScene oneChannel(char const* name) {
+    return MaskScene(name).through("MaskFilter4x8", kOneChannel16);
+}
+
+MaskScene threeChannels(char const* name) {
+    return MaskScene(name).through("MaskFilter3x16", kThreeChannels16);
+}
+
+MaskScene rgb(char const* name) {
+    return MaskScene(name).through("MaskFilter3x8", kRgb8);
+}
+
+std::vector<MaskScene> scenes() {
     return {
-        {"RgbaPixels", "MaskFilter4x8", kRgba, 32, 1, 1, kSize, kSize, 0, 0, kThree},
-        {"RgbPixels", "MaskFilter3x8", kRgb, 24, 1, 1, kSize, kSize, 0, 0, kThree},
-        {"OneChannelOf16Bits", "MaskFilter4x8", kRgba, 16, 2, 1, kSize, kSize, 0, 0, kThree},
-        {"ThreeChannelsOf16Bits", "MaskFilter3x16", kRgba, 48, 1, 2, kSize, kSize, 0, 0, kThree},
-        {"RangeAmidTheImage", "MaskFilter4x8", kRgba, 32, 1, 1, kSize, kSize, 100, 50, kAcrossEdges},
-        {"RangeAmidTheImageInRgb", "MaskFilter3x8", kRgb, 24, 1, 1, kSize, kSize, 100, 50, kAcrossEdges},
-        {"RangeAmidTheImageInOneChannel", "MaskFilter4x8", kRgba, 16, 2, 1, kSize, kSize, 100, 50, kAcrossEdges},
-        {"RangeAmidTheImageInThreeChannels", "MaskFilter3x16", kRgba, 48, 1, 2, kSize, kSize, 100, 50, kAcrossEdges},
-        {"CellsZeroToTheSizeCoverTheTarget", "MaskFilter4x8", kRgba, 32, 1, 1, kSize, kSize, 0, 0, {{0, 0, 38, 23}}},
-        {"CellsOfTheTargetLeaveItsLastRowAndColumn",
-         "MaskFilter4x8",
-         kRgba,
-         32,
-         1,
-         1,
-         kSize,
-         kSize,
-         0,
-         0,
-         {{0, 0, 37, 22}}},
-        {"SingleRowsColumnsAndCellsDrawNothing",
-         "MaskFilter4x8",
-         kRgba,
-         32,
-         1,
-         1,
-         kSize,
-         kSize,
-         0,
-         0,
-         {{2, 2, 20, 2}, {4, 5, 4, 15}, {10, 10, 10, 10}}},
-        {"NothingOfTheShapeInTheRange", "MaskFilter4x8", kRgba, 32, 1, 1, kSize, kSize, 100, 50, {{0, 0, 90, 40}}},
-        {"NoCells", "MaskFilter4x8", kRgba, 32, 1, 1, kSize, kSize, 0, 0, {}},
-        {"LargerSource", "MaskFilter4x8", kRgba, 32, 1, 1, {64, 40}, kSize, 0, 0, kThree},
-        {"LargerSourceOfThreeChannels", "MaskFilter3x16", kRgba, 48, 1, 2, {64, 40}, kSize, 0, 0, kThree},
-        {"SmallerSourceGoesOnWithItsEdge", "MaskFilter4x8", kRgba, 32, 1, 1, {16, 12}, kSize, 0, 0, kThree},
-        {"OneTexel", "MaskFilter4x8", kRgba, 32, 1, 1, {1, 1}, {1, 1}, 0, 0, {{0, 0, 1, 1}}},
+        rgba("RgbaPixels").shape(kThree),
+        rgb("RgbPixels").shape(kThree),
+        oneChannel("OneChannelOf16Bits").shape(kThree),
+        threeChannels("ThreeChannelsOf16Bits").shape(kThree),
+        rgba("RangeAmidTheImage").from(100, 50).shape(kAcrossEdges),
+        rgb("RangeAmidTheImageInRgb").from(100, 50).shape(kAcrossEdges),
+        oneChannel("RangeAmidTheImageInOneChannel").from(100, 50).shape(kAcrossEdges),
+        threeChannels("RangeAmidTheImageInThreeChannels").from(100, 50).shape(kAcrossEdges),
+        rgba("CellsZeroToTheSizeCoverTheTarget").shape({{0, 0, 38, 23}}),
+        rgba("CellsOfTheTargetLeaveItsLastRowAndColumn").shape({{0, 0, 37, 22}}),
+        rgba("SingleRowsColumnsAndCellsDrawNothing").shape({{2, 2, 20, 2}, {4, 5, 4, 15}, {10, 10, 10, 10}}),
+        rgba("NothingOfTheShapeInTheRange").from(100, 50).shape({{0, 0, 90, 40}}),
+        rgba("NoCells"),
+        rgba("LargerSource").source({64, 40}).shape(kThree),
+        threeChannels("LargerSourceOfThreeChannels").source({64, 40}).shape(kThree),
+        rgba("SmallerSourceGoesOnWithItsEdge").source({16, 12}).shape(kThree),
+        rgba("OneTexel").source({1, 1}).target({1, 1}).shape({{0, 0, 1, 1}}),
     };
 }
 
 // The surface has 16 x 16 texels.
-std::vector<Scene> surfaceScenes() {
+std::vector<MaskScene> surfaceScenes() {
     std::vector<Rectangle> const shape = {{1, 2, 6, 5}, {9, 1, 14, 3}, {3, 8, 5, 15}};
     std::vector<Rectangle> const across = {{95, 45, 104, 55}, {110, 60, 120, 70}, {111, 48, 113, 52}};
+    auto const onSurface = [](char const* name) { return rgba(name).source({16, 16}).target({16, 16}); };
     return {
-        {"WholeImage", "MaskFilter4x8", kRgba, 32, 1, 1, {16, 16}, {16, 16}, 0, 0, shape},
-        {"RangeAmidTheImage", "MaskFilter4x8", kRgba, 32, 1, 1, {16, 16}, {16, 16}, 100, 50, across},
-        {"AllOfIt", "MaskFilter4x8", kRgba, 32, 1, 1, {16, 16}, {16, 16}, 0, 0, {{0, 0, 16, 16}}},
-        {"LargerSource", "MaskFilter4x8", kRgba, 32, 1, 1, {32, 20}, {16, 16}, 0, 0, shape},
-        {"NoCells", "MaskFilter4x8", kRgba, 32, 1, 1, {16, 16}, {16, 16}, 0, 0, {}},
+        onSurface("WholeImage").shape(shape),
+        onSurface("RangeAmidTheImage").from(100, 50).shape(across),
+        onSurface("AllOfIt").shape({{0, 0, 16, 16}}),
+        onSurface("LargerSource").source({32, 20}).shape(shape),
+        onSurface("NoCells"),
     };
 }
 
