@@ -1,9 +1,11 @@
 #include "bench/GlBenchContext.h"
 
 #include "bench/Benchmarks.h"
+#include "bench/RawGl.h"
 #include "gles3renderbackend/Gl.h"
 
 #include <exception>
+#include <stdexcept>
 
 namespace {
 
@@ -46,6 +48,14 @@ Filter blitFilter(RenderBackendInstance& instance) {
 
 Clock drawingClock(GlBenchContext const& context) {
     return context.drawsOnProcessor() ? Clock::Process : Clock::Wall;
+}
+
+void requireSamePicture(GlBenchContext const& context, std::string const& operation, TwoPictures const& pictures) {
+    rawGl::requireNoError();
+    if (context.nullDriver()) return;
+    if (pictures.ours != pictures.raw) throw std::runtime_error("the raw calls give another picture than " + operation);
+    if (pictures.ours == std::vector<std::uint8_t>(pictures.ours.size()))
+        throw std::runtime_error(operation + " draws nothing");
 }
 
 void registerGl(Clock clock, std::string const& name, std::function<void(benchmark::State&)> const& function) {

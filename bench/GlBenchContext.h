@@ -6,8 +6,10 @@
 #include "renderbackend/Filter.h"
 #include "renderbackend/RenderContext.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 /// The OpenGL ES 3 context of the whole run.
 class GlBenchContext final : public RenderContext {
@@ -41,6 +43,16 @@ struct BenchBackend {
     Gles3RenderBackend backend;
     std::shared_ptr<Gles3RenderBackendInstance> instance;
 };
+
+/// What two ways of drawing left in a framebuffer that was cleared before each.
+struct TwoPictures {
+    std::vector<std::uint8_t> ours;
+    std::vector<std::uint8_t> raw;
+};
+
+/// A comparison with calls that do less would be worth nothing: throws std::runtime_error where the raw calls give
+/// another picture than the operation, or it gives none. The null driver draws nothing to compare.
+void requireSamePicture(GlBenchContext const& context, std::string const& operation, TwoPictures const& pictures);
 
 /// A copying filter on 8-bit pixels, instantiated.
 Filter blitFilter(RenderBackendInstance& instance);

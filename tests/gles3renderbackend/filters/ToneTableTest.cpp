@@ -125,15 +125,11 @@ TEST(ToneTableTest, BlackWhiteGamma8CountsWhiteInputAs3500) {
     EXPECT_EQ(step[9], 255);
 }
 
+// The model's entries are worked by hand in its own test.
 TEST(ToneTableTest, SrgbOf8BitsEndsAt254BecauseTheFloorIsRequired) {
     Table const table = toneTable::srgbFromLinear8();
-    EXPECT_EQ(table[0], 0);
-    EXPECT_EQ(table[1], 12);
-    EXPECT_EQ(table[2], 21);
-    EXPECT_EQ(table[128], 187);
-    EXPECT_EQ(table[254], 254);
-    EXPECT_EQ(table[255], 254);
     EXPECT_EQ(table, reference::srgbTable(8));
+    EXPECT_EQ(table.back(), 254);
 }
 
 } // namespace
