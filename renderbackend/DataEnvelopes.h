@@ -15,6 +15,9 @@ class PackedRectangleIndex;
 ///
 /// Built once from a list of cells by set(), then only read. Coordinates are {column, row}; corners are inclusive, so
 /// a rectangle covers (max x - min x + 1) * (max y - min y + 1) cells. Copies share the index.
+///
+/// Hosts bring millions of rectangles, the tissue on a slide or a satellite scene without its clouds, and ask about
+/// each tile of each frame: hence the packed index, in which coverage() visits only what lies on a window's border.
 class VELMORA_EXPORT DataEnvelopes {
 public:
     using Corner = std::array<std::uint32_t, 2>;
