@@ -62,7 +62,8 @@ TEST_F(Gles3RenderBackendFilterRegistryTest, RegisteredFiltersAreTheDescribedOne
     for (std::string const& name : registeredNames()) {
         EXPECT_TRUE(registry.has(name)) << name;
         EXPECT_EQ(described.count(name), 1U)
-            << name << " is registered and not described: add a function and a row to host/filter/FilterDescriptions";
+            << name << " is registered and not described: add a row to kDescriptions of "
+            << "host/filter/FilterDescriptions.cpp";
     }
     for (std::string const& name : described)
         EXPECT_EQ(registeredNames().count(name), 1U)
