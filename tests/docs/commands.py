@@ -24,7 +24,8 @@ STORE = re.compile(r'[\w-]+\.(vlm|store)')
 PIECE = (8192, 2048, 2048, 1536)
 OUTPUT_OPTIONS = ('-o', '--output', '--screenshot')
 REGION_OPTIONS = ('-r', '--region')
-STARTS = re.compile(r'(velmora|cmake|ctest|setarch)\b|(\./|build/|scripts/|bench/)\w')
+ASSIGNMENT = re.compile(r'[A-Z_]+=.*')
+STARTS = re.compile(r'([A-Z_]+=\S* )*((velmora|cmake|ctest|setarch)\b|(\./|build/|scripts/|bench/)\w)')
 
 
 class Reader:
@@ -168,7 +169,9 @@ def commands(block):
         words = shlex.split(line, comments=True)
         while words:
             end = words.index('&&') if '&&' in words else len(words)
-            yield number, words[:end]
+            # What stands before a command for its environment is no part of it.
+            begin = next(at for at, word in enumerate(words) if not ASSIGNMENT.fullmatch(word))
+            yield number, words[begin:end]
             words = words[end + 1:]
 
 
