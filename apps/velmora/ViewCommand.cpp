@@ -119,7 +119,7 @@ void requireScreenshots(ViewerOptions const& options) {
     std::vector<std::string> names;
     if (!options.screenshot.empty()) names.push_back(options.screenshot);
     for (Script::Line const& line : options.script)
-        if (line.deed == Script::Deed::Screenshot) names.push_back(line.text);
+        if (line.action == Script::Action::Screenshot) names.push_back(line.text);
     for (std::string const& name : names)
         requireUsable(options.outputOf(name), OutputFile::Ending::Png);
 }

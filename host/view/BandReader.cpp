@@ -4,7 +4,7 @@
 
 namespace {
 
-std::size_t bandLevel(StoreInfo const& info, PictureTile const& tile) {
+std::size_t bandLevel(StoreInfo const& info, LevelTile const& tile) {
     return std::min(tile.level + 1, info.levels);
 }
 
@@ -16,15 +16,15 @@ void putSample(std::uint8_t* to, std::int16_t sample) {
 
 } // namespace
 
-std::vector<Band> const& bandsFor(StoreInfo const& info, PictureTile const& tile) {
+std::vector<Band> const& bandsFor(StoreInfo const& info, LevelTile const& tile) {
     static std::vector<Band> const coarsest = {Band::LL};
     static std::vector<Band> const others = {Band::HL, Band::LH, Band::HH};
     return tile.level == info.levels ? coarsest : others;
 }
 
-Region partRegion(StoreInfo const& info, PictureTile const& tile) {
-    if (tile.level < info.levels) return picturetile::bandRegion(info, tile);
-    Region region = picturetile::planeRegion(info, tile);
+Region partRegion(StoreInfo const& info, LevelTile const& tile) {
+    if (tile.level < info.levels) return leveltile::bandRegion(info, tile);
+    Region region = leveltile::planeRegion(info, tile);
     region.width += region.width % 2;
     return region;
 }
@@ -37,7 +37,7 @@ std::vector<BandPart> BandReader::read(TileJob const& job) {
     std::vector<BandPart> parts;
     for (std::size_t plane = 0; plane < info.bands; ++plane) {
         if (job.what == TileJob::What::Residuals) {
-            parts.push_back(part({0, Band::Residual, plane, 0, 0}, picturetile::shownRegion(info, job.tile)));
+            parts.push_back(part({0, Band::Residual, plane, 0, 0}, leveltile::shownRegion(info, job.tile)));
             continue;
         }
         for (Band const band : bandsFor(info, job.tile))

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/store/TileStore.h"
-#include "host/view/PictureTile.h"
+#include "host/view/LevelTile.h"
 #include "host/view/SampleCache.h"
 
 #include <cstddef>
@@ -18,7 +18,7 @@ struct TileJob {
         Residuals ///< the residual bits of a tile of level 0, of the picture's own bands
     };
 
-    PictureTile tile;
+    LevelTile tile;
     What what = What::Bands;
 
     bool operator==(TileJob const& other) const { return tile == other.tile && what == other.what; }
@@ -34,9 +34,9 @@ struct BandPart {
 };
 
 /// Bands that a tile is rebuilt from: LL at the coarsest level, else HL, LH and HH of the next.
-std::vector<Band> const& bandsFor(StoreInfo const& info, PictureTile const& tile);
+std::vector<Band> const& bandsFor(StoreInfo const& info, LevelTile const& tile);
 /// The region of these bands: even in width.
-Region partRegion(StoreInfo const& info, PictureTile const& tile);
+Region partRegion(StoreInfo const& info, LevelTile const& tile);
 
 /// Cuts the parts for picture tiles out of a store's tiles, which it reads and decompresses where the cache does not
 /// have them. Each thread has one of its own. Throws what TileStore throws.

@@ -1,6 +1,6 @@
 #include "host/view/Camera.h"
 
-#include "host/view/PictureTile.h"
+#include "host/view/LevelTile.h"
 
 #include <algorithm>
 #include <cmath>
@@ -74,11 +74,11 @@ void Camera::magnify(double factor, Place const& about) {
     set(Zoom::nearest(wanted_, picture_.levels), about);
 }
 
-void Camera::step(int fourths, Place const& about) {
-    for (int i = 0; i < std::abs(fourths); ++i) {
+void Camera::zoomByQuarterOctaves(int quarters, Place const& about) {
+    for (int i = 0; i < std::abs(quarters); ++i) {
         Zoom const before = zoom_;
-        magnify(std::exp2(fourths > 0 ? 0.25 : -0.25), about);
-        if (zoom_ == before) magnifyTo(neighbour(zoom_, fourths > 0), about);
+        magnify(std::exp2(quarters > 0 ? 0.25 : -0.25), about);
+        if (zoom_ == before) magnifyTo(neighbour(zoom_, quarters > 0), about);
     }
 }
 
@@ -136,7 +136,7 @@ std::optional<PicturePixel> Camera::pixelAt(Place const& inFrame) const {
 }
 
 Size Camera::size() const {
-    return picturetile::pixelExtent(picture_, zoom_);
+    return leveltile::pixelExtent(picture_, zoom_);
 }
 
 Zoom Camera::fitting() const {
@@ -148,7 +148,7 @@ Zoom Camera::fitting() const {
         return whole.width > frame_.width || whole.height > frame_.height;
     };
     // The nearest may be the next larger one.
-    while (tooLarge(picturetile::pixelExtent(picture_, zoom))) {
+    while (tooLarge(leveltile::pixelExtent(picture_, zoom))) {
         Zoom const smaller = Zoom::nearest(belowValue(zoom), picture_.levels);
         if (smaller == zoom) break;
         zoom = smaller;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/store/StoreInfo.h"
-#include "host/view/Zoom.h"
+#include "host/view/View.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -44,8 +44,8 @@ public:
     /// Magnifies by a factor above 0 about a place in the frame, where the same place of the picture stays to half a
     /// pixel. Factors of less than a step of Zoom add up.
     void magnify(double factor, Place const& about);
-    /// So many fourths of an octave, but at least one step of Zoom a fourth.
-    void step(int fourths, Place const& about);
+    /// So many quarters of an octave, but at least one step of Zoom a fourth.
+    void zoomByQuarterOctaves(int quarters, Place const& about);
     /// The zoom nearest to so many pixels per pixel of the picture.
     void magnifyTo(double value, Place const& about);
     /// The largest zoom at which the whole picture is seen, or the smallest there is; the picture in the middle.

@@ -23,9 +23,9 @@ void Damages::noteOfAreas(std::exception_ptr const& failure) {
     areasUnknown_ = true;
 }
 
-bool Damages::cannotBeRebuilt(PictureTile const& tile) const {
+bool Damages::cannotBeRebuilt(LevelTile const& tile) const {
     if (bands_.empty()) return false;
-    for (PictureTile one = tile;; one = picturetile::parent(one)) {
+    for (LevelTile one = tile;; one = leveltile::parent(one)) {
         if (bands_.count(one) != 0) return true;
         if (one.level == info_.levels) return false;
     }

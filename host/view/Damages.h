@@ -19,8 +19,8 @@ public:
     /// The same of the places that have data, without which every tile has to be read.
     void noteOfAreas(std::exception_ptr const& failure);
 
-    bool cannotBeRebuilt(PictureTile const& tile) const;
-    bool hasNoResiduals(PictureTile const& tile) const { return residuals_.count(tile) != 0; }
+    bool cannotBeRebuilt(LevelTile const& tile) const;
+    bool hasNoResiduals(LevelTile const& tile) const { return residuals_.count(tile) != 0; }
     bool areasUnknown() const { return areasUnknown_; }
 
     /// Of tiles; more may lie where nobody has looked.
@@ -34,7 +34,7 @@ private:
     StoreInfo info_;
     bool tolerated_;
     bool areasUnknown_ = false;
-    std::set<PictureTile> bands_;
-    std::set<PictureTile> residuals_;
+    std::set<LevelTile> bands_;
+    std::set<LevelTile> residuals_;
     std::string first_;
 };

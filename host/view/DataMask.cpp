@@ -1,7 +1,6 @@
 #include "host/view/DataMask.h"
 
 #include "host/filter/FilterDescriptions.h"
-#include "host/view/FrameComposer.h"
 #include "renderbackend/FilterParameters.h"
 
 #include <algorithm>
@@ -42,7 +41,7 @@ std::vector<std::uint8_t> DataMask::draw(View const& view) {
 
 DataMask::Cells DataMask::cellsOf(View const& view) {
     Cells cells;
-    Region const samples = FrameComposer::samplesOf(view.zoom, FrameComposer::shownPart(info_, view));
+    Region const samples = view.samplesOf(view.pixelsOf(info_));
     if (samples.width == 0) return cells;
     for (Region const& area : emptyAreas_.withData(view.zoom.level(), samples)) {
         // A mesh goes from the corner of its first cell to that of its last: one more ends it.

@@ -2,7 +2,7 @@
 
 #include "host/filter/FilterRunner.h"
 #include "host/view/EmptyAreas.h"
-#include "host/view/Zoom.h"
+#include "host/view/View.h"
 
 #include <cstdint>
 #include <memory>

@@ -20,10 +20,10 @@ EmptyAreas::~EmptyAreas() {
         quietly([&] { instance_->unlockDataEnvelopes(level.second.id); });
 }
 
-bool EmptyAreas::empty(PictureTile const& tile) {
+bool EmptyAreas::empty(LevelTile const& tile) {
     StoreInfo const& info = store_.info();
     if (tile.level == info.levels) return false;
-    Region const bands = picturetile::bandRegion(info, tile);
+    Region const bands = leveltile::bandRegion(info, tile);
     std::size_t const side = info.tileSize;
     return envelopes(tile.level + 1)
                .coverage(corner(bands.x / side, bands.y / side),

@@ -2,7 +2,7 @@
 
 #include "host/filter/TileNumbers.h"
 #include "host/store/TileStore.h"
-#include "host/view/PictureTile.h"
+#include "host/view/LevelTile.h"
 #include "renderbackend/DataEnvelopes.h"
 #include "renderbackend/RenderBackendInstance.h"
 
@@ -21,7 +21,7 @@ public:
     EmptyAreas& operator=(EmptyAreas const&) = delete;
 
     /// Whether all high bands that a tile is rebuilt from are 0. Tiles of the coarsest level are never empty.
-    bool empty(PictureTile const& tile);
+    bool empty(LevelTile const& tile);
     /// The parts of a level's samples, at most the coarsest's, that have data: rectangles that do not overlap.
     std::vector<Region> withData(std::size_t level, Region const& region);
 

@@ -17,18 +17,6 @@ constexpr std::size_t kStripe = 8;
 constexpr std::array<unsigned char, 4> kDarkStripe = {0, 0, 0, 255};
 constexpr std::array<unsigned char, 4> kLightStripe = {255, 0, 255, 255};
 
-Interval shownPart(std::int64_t start, std::size_t length, std::size_t picture) {
-    std::int64_t const end = std::min(start + static_cast<std::int64_t>(length), static_cast<std::int64_t>(picture));
-    std::int64_t const begin = std::max(start, std::int64_t{0});
-    if (end <= begin) return {0, 0};
-    return {static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)};
-}
-
-Interval samplesOf(Zoom const& zoom, std::size_t start, std::size_t length) {
-    std::size_t const first = zoom.sampleAt(start);
-    return {first, zoom.sampleAt(start + length - 1) + 1 - first};
-}
-
 // Corners of what is scaled lie on multiples of `samples`. Weighing reads one sample before and one behind.
 Interval samplesRead(Zoom const& zoom, bool smooth, Interval const& samples, std::size_t end) {
     std::size_t const before = smooth ? std::min<std::size_t>(samples.start, 1) : 0;
@@ -42,27 +30,12 @@ FrameComposer::FrameComposer(std::shared_ptr<RenderBackendInstance> instance, Fi
                              StoreInfo const& info)
     : instance_(std::move(instance)), targets_(targets), tiles_(tiles), info_(info) {}
 
-Region FrameComposer::shownPart(StoreInfo const& info, View const& view) {
-    Size const whole = picturetile::pixelExtent(info, view.zoom);
-    Interval const x = ::shownPart(view.x, view.width, whole.width);
-    Interval const y = ::shownPart(view.y, view.height, whole.height);
-    if (x.length == 0 || y.length == 0) return {};
-    return regionOf(x, y);
-}
-
-Region FrameComposer::samplesOf(Zoom const& zoom, Region const& pixels) {
-    if (pixels.width == 0) return {};
-    Interval const x = ::samplesOf(zoom, pixels.x, pixels.width);
-    Interval const y = ::samplesOf(zoom, pixels.y, pixels.height);
-    return regionOf(x, y);
-}
-
 OwnedTarget FrameComposer::draw(View const& view, std::array<std::uint8_t, 3> const& background,
                                 std::vector<Region> const& holes) {
     background_ = {background[0], background[1], background[2], 255};
     OwnedTarget frame = targets_.target(Layout::kRgba8, {view.width, view.height});
     instance_->clear(frame.id(), background_);
-    Region const all = shownPart(info_, view);
+    Region const all = view.pixelsOf(info_);
     for (std::size_t y = all.y; y < all.y + all.height; y += kPiece) {
         for (std::size_t x = all.x; x < all.x + all.width; x += kPiece)
             drawPiece(view, {x, y, std::min(kPiece, all.x + all.width - x), std::min(kPiece, all.y + all.height - y)},
@@ -102,8 +75,8 @@ void FrameComposer::drawPiece(View const& view, Region const& pixels, OwnedTarge
         return;
     }
     bool const smooth = view.smooth && zoom.pixels() < zoom.samples();
-    Size const level = picturetile::levelExtent(info_, zoom.level());
-    Region const samples = samplesOf(zoom, pixels);
+    Size const level = leveltile::levelExtent(info_, zoom.level());
+    Region const samples = view.samplesOf(pixels);
     Interval const x = samplesRead(zoom, smooth, {samples.x, samples.width}, level.width);
     Interval const y = samplesRead(zoom, smooth, {samples.y, samples.height}, level.height);
     Region const read = {x.start, y.start, x.length, y.length};
@@ -144,12 +117,12 @@ void FrameComposer::repeatEdges(OwnedTarget const& canvas, Region const& samples
 
 void FrameComposer::gather(std::size_t level, Region const& samples, OwnedTarget const& to, std::size_t x,
                            std::size_t y) {
-    for (PictureTile const& tile : picturetile::over(level, samples)) {
-        Region const shown = picturetile::shownRegion(info_, tile);
+    for (LevelTile const& tile : leveltile::over(level, samples)) {
+        Region const shown = leveltile::shownRegion(info_, tile);
         Region const part = common(shown, samples);
-        PictureTile source = tile;
+        LevelTile source = tile;
         while (!tiles_.has(source) && source.level < info_.levels)
-            source = picturetile::parent(source);
+            source = leveltile::parent(source);
         OwnedTarget const* const texels = tiles_.texels(source);
         std::size_t const toX = x + part.x - samples.x;
         std::size_t const toY = y + part.y - samples.y;
@@ -167,10 +140,10 @@ void FrameComposer::gather(std::size_t level, Region const& samples, OwnedTarget
 }
 
 // `samples` of `level` out of a coarser tile, each of whose own is 2, 4, ... of them long.
-void FrameComposer::enlarge(PictureTile const& coarser, OwnedTarget const& texels, Region const& samples,
+void FrameComposer::enlarge(LevelTile const& coarser, OwnedTarget const& texels, Region const& samples,
                             std::size_t level, Region const& area, OwnedTarget const& to) {
     std::size_t const length = std::size_t{1} << (coarser.level - level);
-    Region const shown = picturetile::shownRegion(info_, coarser);
+    Region const shown = leveltile::shownRegion(info_, coarser);
     std::size_t const left = samples.x / length;
     std::size_t const top = samples.y / length;
     Region const part = {left - shown.x, top - shown.y, (samples.x + samples.width - 1) / length + 1 - left,

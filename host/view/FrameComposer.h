@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/view/ShownTiles.h"
-#include "host/view/Zoom.h"
+#include "host/view/View.h"
 
 #include <array>
 #include <cstddef>
@@ -25,16 +25,11 @@ public:
     /// none. Holes, in pixels of the picture at the view's zoom, are striped.
     OwnedTarget draw(View const& view, std::array<std::uint8_t, 3> const& background, std::vector<Region> const& holes);
 
-    /// What a view shows of the whole picture at its zoom, in pixels; of no size where it shows nothing.
-    static Region shownPart(StoreInfo const& info, View const& view);
-    /// The samples of the level that these pixels show.
-    static Region samplesOf(Zoom const& zoom, Region const& pixels);
-
 private:
     OwnedTarget const& canvas(bool smooth);
     void drawPiece(View const& view, Region const& pixels, OwnedTarget const& frame);
     void gather(std::size_t level, Region const& samples, OwnedTarget const& to, std::size_t x, std::size_t y);
-    void enlarge(PictureTile const& coarser, OwnedTarget const& texels, Region const& samples, std::size_t level,
+    void enlarge(LevelTile const& coarser, OwnedTarget const& texels, Region const& samples, std::size_t level,
                  Region const& area, OwnedTarget const& to);
     void stripe(View const& view, Region const& pixels, OwnedTarget const& frame);
     void repeatEdges(OwnedTarget const& canvas, Region const& samples, Size const& level);

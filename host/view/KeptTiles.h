@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/view/PictureTile.h"
+#include "host/view/LevelTile.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,25 +13,25 @@ template <class Value>
 class KeptTiles {
 public:
     /// Null where there is none. Counts as a use.
-    Value* find(PictureTile const& tile) {
+    Value* find(LevelTile const& tile) {
         auto const found = tiles_.find(tile);
         if (found == tiles_.end()) return nullptr;
         found->second.used = ++clock_;
         return &found->second.value;
     }
-    bool has(PictureTile const& tile) const { return tiles_.count(tile) != 0; }
+    bool has(LevelTile const& tile) const { return tiles_.count(tile) != 0; }
 
     /// The tile is not kept yet. Where it throws nothing is kept.
-    void keep(PictureTile const& tile, Value&& value, std::size_t bytes) {
+    void keep(LevelTile const& tile, Value&& value, std::size_t bytes) {
         if (tiles_.try_emplace(tile, Entry{std::move(value), bytes, ++clock_}).second) bytes_ += bytes;
     }
 
     /// Drops tiles, those first that were used longest ago, until at most so many bytes are left. Tiles that are needed
     /// stay. Returns the bytes that are gone.
-    std::size_t trim(std::size_t bytes, std::set<PictureTile> const& needed) {
+    std::size_t trim(std::size_t bytes, std::set<LevelTile> const& needed) {
         std::size_t const before = bytes_;
         if (before <= bytes) return 0;
-        std::map<std::uint64_t, PictureTile> oldest;
+        std::map<std::uint64_t, LevelTile> oldest;
         for (auto const& entry : tiles_) {
             if (needed.count(entry.first) == 0) oldest.emplace(entry.second.used, entry.first);
         }
@@ -56,7 +56,7 @@ private:
         std::uint64_t used;
     };
 
-    std::map<PictureTile, Entry> tiles_;
+    std::map<LevelTile, Entry> tiles_;
     std::size_t bytes_ = 0;
     std::uint64_t clock_ = 0;
 };

@@ -15,22 +15,22 @@ std::int16_t sampleAt(std::vector<unsigned char> const& bytes, std::size_t index
 
 } // namespace
 
-LevelSamples::LevelSamples(FilterRunner& targets, PictureTiles& tiles, StoreInfo const& info)
+LevelSamples::LevelSamples(FilterRunner& targets, LevelTiles& tiles, StoreInfo const& info)
     : targets_(targets), tiles_(tiles), info_(info) {}
 
 void LevelSamples::keep(LoadedTile&& loaded) {
     residuals_[loaded.job.tile] = std::move(loaded.parts);
 }
 
-void LevelSamples::keepOnly(std::set<PictureTile> const& tiles) {
+void LevelSamples::keepOnly(std::set<LevelTile> const& tiles) {
     for (auto kept = residuals_.begin(); kept != residuals_.end();)
         kept = tiles.count(kept->first) == 0 ? residuals_.erase(kept) : std::next(kept);
 }
 
 std::vector<std::uint16_t> LevelSamples::codes(std::size_t level, Region const& region, std::size_t bands) {
     Codes result = {region, bands, std::vector<std::uint16_t>(region.width * region.height * bands)};
-    for (PictureTile const& tile : picturetile::over(level, region)) {
-        Region const part = common(picturetile::shownRegion(info_, tile), region);
+    for (LevelTile const& tile : leveltile::over(level, region)) {
+        Region const part = common(leveltile::shownRegion(info_, tile), region);
         putColours(result, tile, part);
         if (bands > 1 && bands == info_.bands && pixelbands::hasAlpha(bands)) putAlpha(result, tile, part);
         if (level == 0 && info_.residualBits > 0) addResiduals(result, tile, part);
@@ -62,8 +62,8 @@ std::uint16_t LevelSamples::codeOf(std::int16_t sample) const {
     return static_cast<std::uint16_t>(std::clamp(int{sample}, 0, largest) << info_.residualBits);
 }
 
-void LevelSamples::putColours(Codes& to, PictureTile const& tile, Region const& part) {
-    Region const shown = picturetile::shownRegion(info_, tile);
+void LevelSamples::putColours(Codes& to, LevelTile const& tile, Region const& part) {
+    Region const shown = leveltile::shownRegion(info_, tile);
     std::vector<unsigned char> const texels = targets_.read(
         *tiles_.pixels(tile), Layout::kThreeChannel16, {part.x - shown.x, part.y - shown.y, part.width, part.height});
     std::size_t const colours = std::min<std::size_t>(to.bands, pixelbands::isGrey(info_.bands) ? 1 : 3);
@@ -77,7 +77,7 @@ void LevelSamples::putColours(Codes& to, PictureTile const& tile, Region const& 
     }
 }
 
-void LevelSamples::putAlpha(Codes& to, PictureTile const& tile, Region const& part) {
+void LevelSamples::putAlpha(Codes& to, LevelTile const& tile, Region const& part) {
     PlanePart const& plane = tiles_.plane(tile, info_.bands - 1);
     Region const& all = plane.region;
     std::vector<unsigned char> const samples =
@@ -88,7 +88,7 @@ void LevelSamples::putAlpha(Codes& to, PictureTile const& tile, Region const& pa
     }
 }
 
-void LevelSamples::addResiduals(Codes& to, PictureTile const& tile, Region const& part) const {
+void LevelSamples::addResiduals(Codes& to, LevelTile const& tile, Region const& part) const {
     std::vector<BandPart> const& residuals = residuals_.at(tile);
     for (std::size_t band = 0; band < to.bands; ++band) {
         BandPart const& residual = residuals[band];

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/filter/EnhancementChain.h"
-#include "host/view/PictureTiles.h"
+#include "host/view/LevelTiles.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,13 +20,13 @@
 /// only. Throws VelmoraException.
 class LevelSamples {
 public:
-    LevelSamples(FilterRunner& targets, PictureTiles& tiles, StoreInfo const& info);
+    LevelSamples(FilterRunner& targets, LevelTiles& tiles, StoreInfo const& info);
 
     /// Keeps the residual bits of a tile of level 0.
     void keep(LoadedTile&& loaded);
-    bool hasResiduals(PictureTile const& tile) const { return residuals_.count(tile) != 0; }
+    bool hasResiduals(LevelTile const& tile) const { return residuals_.count(tile) != 0; }
     /// Drops the residual bits of all other tiles.
-    void keepOnly(std::set<PictureTile> const& tiles);
+    void keepOnly(std::set<LevelTile> const& tiles);
 
     /// Interleaved, the first `bands` of the picture. The tiles that the region meets are rebuilt, and at level 0 their
     /// residual bits are there.
@@ -46,13 +46,13 @@ private:
         }
     };
 
-    void putColours(Codes& to, PictureTile const& tile, Region const& part);
-    void putAlpha(Codes& to, PictureTile const& tile, Region const& part);
-    void addResiduals(Codes& to, PictureTile const& tile, Region const& part) const;
+    void putColours(Codes& to, LevelTile const& tile, Region const& part);
+    void putAlpha(Codes& to, LevelTile const& tile, Region const& part);
+    void addResiduals(Codes& to, LevelTile const& tile, Region const& part) const;
     std::uint16_t codeOf(std::int16_t sample) const;
 
     FilterRunner& targets_;
-    PictureTiles& tiles_;
+    LevelTiles& tiles_;
     StoreInfo info_;
-    std::map<PictureTile, std::vector<BandPart>> residuals_; // of level 0, a part for each band
+    std::map<LevelTile, std::vector<BandPart>> residuals_; // of level 0, a part for each band
 };

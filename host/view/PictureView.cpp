@@ -10,7 +10,7 @@
 #include "host/view/FrameComposer.h"
 #include "host/view/ShownAlpha.h"
 #include "host/view/TileLoader.h"
-#include "host/view/Wanted.h"
+#include "host/view/TileRequest.h"
 
 #include <algorithm>
 #include <map>
@@ -45,7 +45,7 @@ struct PictureView::State {
 
     // Until this is through, nothing counts as complete: what fails in between is made good by the next advance().
     void want() {
-        wanted = wantedFor(info, view, shown, options.coarserFirst);
+        wanted = requestFor(info, view, shown, options.enhanceCoarserLevels);
         if (options.forCodes && view.zoom.level() == 0 && info.residualBits > 0)
             wanted.residuals.insert(wanted.shown.begin(), wanted.shown.end());
         // What was read for another view and is not wanted now would only take room.
@@ -59,7 +59,7 @@ struct PictureView::State {
     // Tiles that no thread has read yet and that need one.
     void request() {
         std::vector<TileJob> missing;
-        for (PictureTile const& tile : wanted.rebuilt) {
+        for (LevelTile const& tile : wanted.rebuilt) {
             if (damages.cannotBeRebuilt(tile)) continue;
             if (!rebuilt.has(tile) && waiting.count(tile) == 0 && !isEmpty(tile) && !rebuilt.hasBands(tile))
                 missing.push_back({tile, TileJob::What::Bands});
@@ -69,7 +69,7 @@ struct PictureView::State {
         loader.want(missing);
     }
 
-    bool isEmpty(PictureTile const& tile) {
+    bool isEmpty(LevelTile const& tile) {
         if (damages.areasUnknown()) return false;
         try {
             return emptyAreas.empty(tile);
@@ -80,7 +80,7 @@ struct PictureView::State {
     }
 
     // Whether it cannot be shown, for what it is made of is damaged.
-    bool isHole(PictureTile const& tile) {
+    bool isHole(LevelTile const& tile) {
         if (damages.count() == 0) return false;
         auto const sources = shown.sources(tile);
         auto const residuals = shown.residualSources(tile);
@@ -101,7 +101,7 @@ struct PictureView::State {
                 dropWhatCannotBeRebuilt();
                 continue;
             }
-            PictureTile const tile = loaded->job.tile;
+            LevelTile const tile = loaded->job.tile;
             if (loaded->job.what == TileJob::What::Residuals) {
                 if (wanted.residuals.count(tile) != 0) deep.keep(std::move(*loaded));
             } else if (wanted.needed.count(tile) != 0 && !rebuilt.has(tile) && !damages.cannotBeRebuilt(tile)) {
@@ -118,29 +118,29 @@ struct PictureView::State {
 
     // Where all that wait are for parents that are not there, one must go, or no parent could come: the finest, which
     // is needed last. It is asked for again.
-    bool makeRoom() {
+    bool dropFinestWaiting() {
         if (waiting.size() < kMaxWaiting) return false;
         waiting.erase(waiting.begin());
         return true;
     }
 
-    bool rebuild(PictureTile const& tile) {
+    bool rebuild(LevelTile const& tile) {
         if (rebuilt.has(tile) || !rebuilt.hasParent(tile) || damages.cannotBeRebuilt(tile)) return false;
         auto const loaded = waiting.find(tile);
         if (loaded != waiting.end()) {
-            rebuilt.build(*loaded->second);
+            rebuilt.buildFromLoaded(*loaded->second);
             waiting.erase(loaded);
         } else if (isEmpty(tile)) {
             rebuilt.buildEmpty(tile);
         } else if (rebuilt.hasBands(tile)) {
-            rebuilt.rebuild(tile);
+            rebuilt.buildFromCache(tile);
         } else {
             return false;
         }
         return true;
     }
 
-    bool enhance(PictureTile const& tile) {
+    bool enhance(LevelTile const& tile) {
         if (options.forCodes || shown.has(tile)) return false;
         auto const sources = shown.sources(tile);
         auto const residuals = shown.residualSources(tile);
@@ -153,8 +153,8 @@ struct PictureView::State {
     }
 
     // Whether a tile of the view's level that is not there lies in a coarser one.
-    bool standsIn(PictureTile const& coarser) const {
-        return std::any_of(wanted.shown.begin(), wanted.shown.end(), [&](PictureTile const& tile) {
+    bool isFallbackForMissing(LevelTile const& coarser) const {
+        return std::any_of(wanted.shown.begin(), wanted.shown.end(), [&](LevelTile const& tile) {
             std::size_t const halvings = coarser.level - tile.level;
             return !shown.has(tile) && tile.column >> halvings == coarser.column && tile.row >> halvings == coarser.row;
         });
@@ -162,9 +162,9 @@ struct PictureView::State {
 
     // Something to show at once, if it is only the coarsest level.
     bool enhanceCoarsest() {
-        auto const isCoarsest = [this](PictureTile const& tile) { return tile.level == info.levels; };
-        return std::any_of(wanted.neededShown.begin(), wanted.neededShown.end(), [&](PictureTile const& tile) {
-            return isCoarsest(tile) && standsIn(tile) && enhance(tile);
+        auto const isCoarsest = [this](LevelTile const& tile) { return tile.level == info.levels; };
+        return std::any_of(wanted.pinnedShown.begin(), wanted.pinnedShown.end(), [&](LevelTile const& tile) {
+            return isCoarsest(tile) && isFallbackForMissing(tile) && enhance(tile);
         });
     }
 
@@ -172,18 +172,18 @@ struct PictureView::State {
     // nothing else to show yet; then what was asked for.
     bool step() {
         if (enhanceCoarsest()) return true;
-        for (PictureTile const& tile : wanted.rebuilt) {
+        for (LevelTile const& tile : wanted.rebuilt) {
             if (rebuild(tile)) return true;
         }
-        for (PictureTile const& tile : wanted.shown) {
+        for (LevelTile const& tile : wanted.shown) {
             if (enhance(tile)) return true;
         }
         return std::any_of(wanted.coarser.begin(), wanted.coarser.end(),
-                           [this](PictureTile const& tile) { return standsIn(tile) && enhance(tile); });
+                           [this](LevelTile const& tile) { return isFallbackForMissing(tile) && enhance(tile); });
     }
 
     // As it is wanted, or as a hole.
-    bool isThere(PictureTile const& tile) {
+    bool isThere(LevelTile const& tile) {
         if (isHole(tile)) return true;
         if (!options.forCodes) return shown.has(tile);
         return rebuilt.has(tile) && (wanted.residuals.count(tile) == 0 || deep.hasResiduals(tile));
@@ -191,11 +191,11 @@ struct PictureView::State {
 
     bool complete() {
         return settled && std::all_of(wanted.shown.begin(), wanted.shown.end(),
-                                      [this](PictureTile const& tile) { return isThere(tile); });
+                                      [this](LevelTile const& tile) { return isThere(tile); });
     }
 
     void trim() {
-        erased += shown.trim(options.gpuBytes / 2, wanted.neededShown);
+        erased += shown.trim(options.gpuBytes / 2, wanted.pinnedShown);
         erased += rebuilt.trim(options.gpuBytes - std::min(shown.bytes(), options.gpuBytes / 2), wanted.needed);
         if (erased < kMaxPoolBytes) return;
         instance->clearTargets(); // erased ones wait there to be used again
@@ -206,10 +206,10 @@ struct PictureView::State {
 
     // The tiles of the view's level are there, but for holes.
     void putAlpha(std::vector<std::uint8_t>& rgba) {
-        Region const part = FrameComposer::shownPart(info, view);
-        for (PictureTile const& tile : wanted.shown) {
+        Region const part = view.pixelsOf(info);
+        for (LevelTile const& tile : wanted.shown) {
             if (isHole(tile)) continue;
-            Region const pixels = shownalpha::pixelsOf(view.zoom, picturetile::shownRegion(info, tile));
+            Region const pixels = shownalpha::pixelsOf(view.zoom, leveltile::shownRegion(info, tile));
             shownalpha::put(rgba, view, common(part, pixels), targets, rebuilt.plane(tile, info.bands - 1),
                             rebuilt.depth());
         }
@@ -218,8 +218,8 @@ struct PictureView::State {
     // In pixels of the picture at the view's zoom.
     std::vector<Region> holes() {
         std::vector<Region> holes;
-        for (PictureTile const& tile : wanted.shown) {
-            if (isHole(tile)) holes.push_back(shownalpha::pixelsOf(view.zoom, picturetile::shownRegion(info, tile)));
+        for (LevelTile const& tile : wanted.shown) {
+            if (isHole(tile)) holes.push_back(shownalpha::pixelsOf(view.zoom, leveltile::shownRegion(info, tile)));
         }
         return holes;
     }
@@ -230,7 +230,7 @@ struct PictureView::State {
     StoreInfo info;
     std::shared_ptr<SampleCache> cache;
     FilterRunner targets;
-    PictureTiles rebuilt;
+    LevelTiles rebuilt;
     LevelSamples deep; // of pictures of 16 bits
     ShownTiles shown;
     FrameComposer composer;
@@ -240,9 +240,9 @@ struct PictureView::State {
     TileLoader loader;
 
     View view;
-    Wanted wanted;
+    TileRequest wanted;
     bool settled = true; // whether `wanted` is that of the view and the enhancements
-    std::map<PictureTile, std::unique_ptr<LoadedTile>> waiting; // for their parents, or for the GL thread
+    std::map<LevelTile, std::unique_ptr<LoadedTile>> waiting; // for their parents, or for the GL thread
     std::optional<OwnedTarget> frame;
     std::size_t erased = 0;
 };
@@ -258,7 +258,7 @@ StoreInfo const& PictureView::info() const {
 }
 
 Size PictureView::sizeAt(Zoom const& zoom) const {
-    return picturetile::pixelExtent(state_->info, zoom);
+    return leveltile::pixelExtent(state_->info, zoom);
 }
 
 void PictureView::enhance(std::vector<enhancement::Step> const& steps) {
@@ -283,7 +283,7 @@ bool PictureView::advance(std::chrono::milliseconds time) {
     do {
         changed = state_->takeLoaded() || changed;
         bool const stepped = state_->step();
-        if (!stepped && !state_->makeRoom()) break;
+        if (!stepped && !state_->dropFinestWaiting()) break;
         changed = changed || stepped;
     } while (Clock::now() < end);
     if (changed) state_->trim();
@@ -318,10 +318,10 @@ std::vector<std::uint8_t> PictureView::pixels() {
 std::vector<std::uint16_t> PictureView::codes() {
     View const& view = state_->view;
     std::size_t const bands = state_->info.bands;
-    Region const pixels = FrameComposer::shownPart(state_->info, view);
+    Region const pixels = view.pixelsOf(state_->info);
     if (!complete() || hasHoles() || pixels.width != view.width || pixels.height != view.height)
         throw std::logic_error("codes are those of a complete view within the picture");
-    Region const samples = FrameComposer::samplesOf(view.zoom, pixels);
+    Region const samples = view.samplesOf(pixels);
     std::vector<std::uint16_t> const all = state_->deep.codes(view.zoom.level(), samples, bands);
     std::vector<std::uint16_t> codes;
     codes.reserve(pixels.width * pixels.height * bands);

@@ -2,7 +2,7 @@
 
 #include "host/filter/Enhancement.h"
 #include "host/store/StoreInfo.h"
-#include "host/view/Zoom.h"
+#include "host/view/View.h"
 #include "renderbackend/RenderBackendInstance.h"
 
 #include <array>
@@ -32,7 +32,7 @@ public:
         std::size_t threads = 0;                   ///< that read tiles; 0: as many as the machine has cores
         std::size_t hostBytes = 256 * 1000 * 1000; ///< for tiles that are decompressed
         std::size_t gpuBytes = 256 * 1000 * 1000;  ///< for rebuilt tiles; what one frame needs may be more
-        bool coarserFirst = true;                  ///< coarser levels are made fit to be shown too
+        bool enhanceCoarserLevels = true;          ///< coarser levels are made fit to be shown too
         std::array<std::uint8_t, 3> background = {32, 32, 32};
         /// What is damaged is shown as a hole, striped, and so is what cannot be rebuilt or enhanced without it; else
         /// it is thrown.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/view/PictureTiles.h"
-#include "host/view/Zoom.h"
+#include "host/view/LevelTiles.h"
+#include "host/view/View.h"
 
 #include <cstdint>
 #include <vector>

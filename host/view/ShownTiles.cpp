@@ -4,7 +4,7 @@
 
 using Layout = SampleLayout;
 
-ShownTiles::ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, PictureTiles& tiles,
+ShownTiles::ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, LevelTiles& tiles,
                        LevelSamples& samples, StoreInfo const& info)
     : instance_(std::move(instance)),
       targets_(targets),
@@ -30,15 +30,15 @@ bool ShownTiles::asRebuilt() const {
 
 EnhancementChain& ShownTiles::chain(std::size_t level) {
     auto& chain = chains_[level];
-    Size const extent = picturetile::levelExtent(info_, level);
+    Size const extent = leveltile::levelExtent(info_, level);
     if (!chain) chain = std::make_unique<EnhancementChain>(instance_, steps_, Size{extent.width, extent.height});
     return *chain;
 }
 
 // The tile, or where steps read much around a pixel as many parts of it as a chain takes.
-std::vector<Region> ShownTiles::pieces(PictureTile const& tile) const {
+std::vector<Region> ShownTiles::pieces(LevelTile const& tile) const {
     std::vector<Region> result;
-    Region const all = picturetile::shownRegion(info_, tile);
+    Region const all = leveltile::shownRegion(info_, tile);
     for (std::size_t y = 0; y < all.height; y += pieceSide_) {
         for (std::size_t x = 0; x < all.width; x += pieceSide_)
             result.push_back(
@@ -47,27 +47,27 @@ std::vector<Region> ShownTiles::pieces(PictureTile const& tile) const {
     return result;
 }
 
-std::vector<PictureTile> ShownTiles::sources(PictureTile const& tile) {
+std::vector<LevelTile> ShownTiles::sources(LevelTile const& tile) {
     if (asRebuilt()) return {tile};
-    return picturetile::over(tile.level, chain(tile.level).inputFor(picturetile::shownRegion(info_, tile)));
+    return leveltile::over(tile.level, chain(tile.level).inputFor(leveltile::shownRegion(info_, tile)));
 }
 
-std::vector<PictureTile> ShownTiles::residualSources(PictureTile const& tile) {
+std::vector<LevelTile> ShownTiles::residualSources(LevelTile const& tile) {
     bool const needed = tile.level == 0 && info_.residualBits > 0 && !steps_.empty();
-    return needed ? sources(tile) : std::vector<PictureTile>();
+    return needed ? sources(tile) : std::vector<LevelTile>();
 }
 
-bool ShownTiles::has(PictureTile const& tile) const {
+bool ShownTiles::has(LevelTile const& tile) const {
     return asRebuilt() ? rebuilt_.has(tile) : tiles_.has(tile);
 }
 
-OwnedTarget const* ShownTiles::texels(PictureTile const& tile) {
+OwnedTarget const* ShownTiles::texels(LevelTile const& tile) {
     return asRebuilt() ? rebuilt_.pixels(tile) : tiles_.find(tile);
 }
 
-void ShownTiles::build(PictureTile const& tile) {
+void ShownTiles::build(LevelTile const& tile) {
     if (asRebuilt()) return;
-    Region const all = picturetile::shownRegion(info_, tile);
+    Region const all = leveltile::shownRegion(info_, tile);
     OwnedTarget result = targets_.target(Layout::kRgba8, {all.width, all.height});
     for (Region const& piece : pieces(tile)) {
         targets_.copy(Layout::kRgba8, drawn(tile, piece), {0, 0, piece.width, piece.height}, result, piece.x - all.x,
@@ -76,7 +76,7 @@ void ShownTiles::build(PictureTile const& tile) {
     tiles_.keep(tile, std::move(result), all.width * all.height * 4);
 }
 
-OwnedTarget ShownTiles::drawn(PictureTile const& tile, Region const& piece) {
+OwnedTarget ShownTiles::drawn(LevelTile const& tile, Region const& piece) {
     EnhancementChain& steps = chain(tile.level);
     Region const region = steps.inputFor(piece);
     bool const deep = rebuilt_.layout() == Layout::kThreeChannel16;
@@ -88,8 +88,8 @@ OwnedTarget ShownTiles::drawn(PictureTile const& tile, Region const& piece) {
 // The pixels of a level's region, out of its rebuilt tiles.
 OwnedTarget ShownTiles::input(std::size_t level, Region const& region) {
     OwnedTarget result = targets_.target(rebuilt_.layout(), {region.width, region.height});
-    for (PictureTile const& tile : picturetile::over(level, region)) {
-        Region const shown = picturetile::shownRegion(info_, tile);
+    for (LevelTile const& tile : leveltile::over(level, region)) {
+        Region const shown = leveltile::shownRegion(info_, tile);
         Region const part = common(shown, region);
         targets_.copy(rebuilt_.layout(), *rebuilt_.pixels(tile),
                       {part.x - shown.x, part.y - shown.y, part.width, part.height}, result, part.x - region.x,

@@ -2,7 +2,7 @@
 
 #include "host/filter/EnhancementChain.h"
 #include "host/view/LevelSamples.h"
-#include "host/view/PictureTiles.h"
+#include "host/view/LevelTiles.h"
 
 #include <cstddef>
 #include <map>
@@ -14,35 +14,35 @@
 /// Throws VelmoraException.
 class ShownTiles {
 public:
-    ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, PictureTiles& tiles,
+    ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, LevelTiles& tiles,
                LevelSamples& samples, StoreInfo const& info);
 
     /// The enhancements from now on; drops all tiles. Throws HostError (usage) where they read too much around a pixel.
     void enhance(std::vector<enhancement::Step> const& steps);
 
     /// The rebuilt tiles that one is made of: itself and, where an enhancement reads around a pixel, its neighbours.
-    std::vector<PictureTile> sources(PictureTile const& tile);
+    std::vector<LevelTile> sources(LevelTile const& tile);
     /// Those of them whose residual bits are needed besides: enhancements of 16 bits look at 15.
-    std::vector<PictureTile> residualSources(PictureTile const& tile);
-    bool has(PictureTile const& tile) const;
+    std::vector<LevelTile> residualSources(LevelTile const& tile);
+    bool has(LevelTile const& tile) const;
     /// Its sources are there, and their residual bits.
-    void build(PictureTile const& tile);
-    /// RGBA texels of picturetile::shownRegion(), in the target's upper left corner; null where the tile is not there.
-    OwnedTarget const* texels(PictureTile const& tile);
+    void build(LevelTile const& tile);
+    /// RGBA texels of leveltile::shownRegion(), in the target's upper left corner; null where the tile is not there.
+    OwnedTarget const* texels(LevelTile const& tile);
 
-    std::size_t trim(std::size_t bytes, std::set<PictureTile> const& needed) { return tiles_.trim(bytes, needed); }
+    std::size_t trim(std::size_t bytes, std::set<LevelTile> const& needed) { return tiles_.trim(bytes, needed); }
     std::size_t bytes() const { return tiles_.bytes(); }
 
 private:
     bool asRebuilt() const;
     EnhancementChain& chain(std::size_t level);
-    std::vector<Region> pieces(PictureTile const& tile) const;
-    OwnedTarget drawn(PictureTile const& tile, Region const& piece);
+    std::vector<Region> pieces(LevelTile const& tile) const;
+    OwnedTarget drawn(LevelTile const& tile, Region const& piece);
     OwnedTarget input(std::size_t level, Region const& region);
 
     std::shared_ptr<RenderBackendInstance> instance_;
     FilterRunner& targets_;
-    PictureTiles& rebuilt_;
+    LevelTiles& rebuilt_;
     LevelSamples& samples_;
     StoreInfo info_;
     std::vector<enhancement::Step> steps_;

@@ -2,7 +2,7 @@
 
 #include "host/filter/EnhancedRenderer.h"
 #include "host/image/PixelBands.h"
-#include "host/view/PictureTile.h"
+#include "host/view/LevelTile.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,7 +21,7 @@ PictureView::Options smallBudgets(bool forCodes, std::function<void()> const& in
     options.interruption = interruption;
     options.hostBytes = 64 * 1000 * 1000;
     options.gpuBytes = 96 * 1000 * 1000;
-    options.coarserFirst = false;
+    options.enhanceCoarserLevels = false;
     options.forCodes = forCodes;
     return options;
 }
@@ -49,10 +49,10 @@ StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& insta
 }
 
 Region StoreRenderer::regionAt(StoreInfo const& info, Zoom const& zoom, Region const& region) {
-    Size const whole = picturetile::pixelExtent(info, zoom);
+    Size const whole = leveltile::pixelExtent(info, zoom);
     Interval const x = intervalAt(zoom.value(), region.x, region.width, whole.width);
     Interval const y = intervalAt(zoom.value(), region.y, region.height, whole.height);
-    return {x.start, y.start, x.length, y.length};
+    return regionOf(x, y);
 }
 
 void StoreRenderer::render(Zoom const& zoom, bool smooth, Region const& region, RowSink const& sink,

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 
 /// A magnification, as a level of the wavelet and a ratio between its samples and the pixels that show them:
@@ -50,24 +49,4 @@ private:
     std::size_t level_ = 0;
     std::size_t pixels_ = 1;
     std::size_t samples_ = 1;
-};
-
-/// The part of a picture that a frame shows.
-struct View {
-    Zoom zoom;
-    /// Of the frame's upper left corner, in pixels of the whole picture at this zoom. Negative: the frame begins beside
-    /// the picture.
-    std::int64_t x = 0;
-    std::int64_t y = 0;
-    std::size_t width = 0; ///< of the frame, in pixels; nothing is drawn where it or the height is 0
-    std::size_t height = 0;
-    /// Below 1: samples are weighed (bilinear), which GPUs round each in its own way. Otherwise the nearest one is
-    /// shown: the same bytes everywhere.
-    bool smooth = false;
-
-    bool operator==(View const& other) const {
-        return zoom == other.zoom && x == other.x && y == other.y && width == other.width && height == other.height &&
-               smooth == other.smooth;
-    }
-    bool operator!=(View const& other) const { return !(*this == other); }
 };

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr int kFourthsAKey = 2;
-constexpr int kFourthsANotch = 1;
+constexpr int kQuarterOctavesPerKey = 2;
+constexpr int kQuarterOctavesPerNotch = 1;
 
 // Whole pixels that lie between two places: added up, those of many small movements are those of the large one.
 void pan(Camera& camera, Place const& from, Place const& to) {
@@ -81,7 +81,7 @@ Controls::Command Controls::handle(SDL_Event const& event, Camera* camera, doubl
         break;
     case SDL_MOUSEWHEEL:
         if (camera != nullptr && !overlayHasMouse)
-            camera->step(event.wheel.y * kFourthsANotch, cursor_.value_or(camera->middle()));
+            camera->zoomByQuarterOctaves(event.wheel.y * kQuarterOctavesPerNotch, cursor_.value_or(camera->middle()));
         break;
     case SDL_WINDOWEVENT:
         if (event.window.event == SDL_WINDOWEVENT_LEAVE) cursor_.reset();
@@ -112,12 +112,12 @@ bool Controls::moveByKey(SDL_Keycode key, Camera& camera) {
     case SDLK_PLUS:
     case SDLK_EQUALS: // with shift, on many keyboards
     case SDLK_KP_PLUS:
-        camera.step(kFourthsAKey, camera.middle());
+        camera.zoomByQuarterOctaves(kQuarterOctavesPerKey, camera.middle());
         return true;
     case SDLK_o:
     case SDLK_MINUS:
     case SDLK_KP_MINUS:
-        camera.step(-kFourthsAKey, camera.middle());
+        camera.zoomByQuarterOctaves(-kQuarterOctavesPerKey, camera.middle());
         return true;
     case SDLK_1:
     case SDLK_KP_1:

@@ -127,7 +127,7 @@ std::optional<Place> drawOverview(panels::Model const& model) {
     return Place{static_cast<double>(mouse.x - from.x) / scaleX, static_cast<double>(mouse.y - from.y) / scaleY};
 }
 
-void drawTone(panels::Model const& model, panels::Wishes& wishes) {
+void drawTone(panels::Model const& model, panels::UserEdits& edits) {
     if (!model.tone) return;
     placeNext(1, 0);
     ImGui::Begin("tone", nullptr, kPanelFlags);
@@ -140,7 +140,7 @@ void drawTone(panels::Model const& model, panels::Wishes& wishes) {
     changed |= ImGui::SliderInt("white", &white, 1, kLargestCode, "%d", ImGuiSliderFlags_AlwaysClamp);
     changed |= ImGui::SliderFloat("gamma", &gamma, 0.2F, 5, "%.2f", ImGuiSliderFlags_AlwaysClamp);
     ImGui::PopItemWidth();
-    wishes.automaticTone = ImGui::Button("auto");
+    edits.automaticTone = ImGui::Button("auto");
     ImGui::SameLine();
     ImGui::TextUnformatted(model.toneOn ? "on (g)" : "off (g)");
     ImGui::End();
@@ -149,7 +149,7 @@ void drawTone(panels::Model const& model, panels::Wishes& wishes) {
     tone.gamma = static_cast<double>(gamma);
     tone.black = static_cast<std::uint64_t>(black);
     tone.white = static_cast<std::uint64_t>(std::max(white, black + 1));
-    wishes.tone = tone;
+    edits.tone = tone;
 }
 
 void drawHelp() {
@@ -170,14 +170,14 @@ void drawLabel(ImDrawList& list, ImVec2 const& at, char const* text) {
 
 } // namespace
 
-panels::Wishes panels::draw(Model const& model) {
-    Wishes wishes;
+panels::UserEdits panels::draw(Model const& model) {
+    UserEdits edits;
     drawStatus(model);
     drawScaleBar(model);
-    drawTone(model, wishes);
-    wishes.lookAt = drawOverview(model);
+    drawTone(model, edits);
+    edits.lookAt = drawOverview(model);
     if (model.help) drawHelp();
-    return wishes;
+    return edits;
 }
 
 void panels::drawTiles(Camera const& camera) {

@@ -35,13 +35,13 @@ struct Model {
 };
 
 /// What the user did in the panels.
-struct Wishes {
+struct UserEdits {
     std::optional<Place> lookAt; ///< of the picture
     std::optional<enhancement::Gamma> tone;
     bool automaticTone = false;
 };
 
-Wishes draw(Model const& model);
+UserEdits draw(Model const& model);
 
 /// Borders of the squares of kTileSamples samples of the view's level, below the panels.
 void drawTiles(Camera const& camera);

@@ -36,23 +36,23 @@ constexpr std::size_t kMaxBytes = 1'000'000;
 
 struct Form {
     char const* word;
-    Script::Deed deed;
+    Script::Action action;
     std::size_t numbers;
     std::array<Range, 4> ranges; // of the numbers
     bool text;
 };
 
 constexpr std::array<Form, 10> kForms{{
-    {"key", Script::Deed::Key, 0, {kNone, kNone, kNone, kNone}, true},
-    {"wheel", Script::Deed::Wheel, 3, {kPlace, kPlace, kNotches, kNone}, false},
-    {"drag", Script::Deed::Drag, 4, {kPlace, kPlace, kPlace, kPlace}, false},
-    {"resize", Script::Deed::Resize, 2, {kSide, kSide, kNone, kNone}, false},
-    {"minimise", Script::Deed::Minimise, 0, {kNone, kNone, kNone, kNone}, false},
-    {"restore", Script::Deed::Restore, 0, {kNone, kNone, kNone, kNone}, false},
-    {"wait", Script::Deed::Wait, 0, {kNone, kNone, kNone, kNone}, false},
-    {"sleep", Script::Deed::Sleep, 1, {kMilliseconds, kNone, kNone, kNone}, false},
-    {"screenshot", Script::Deed::Screenshot, 0, {kNone, kNone, kNone, kNone}, true},
-    {"quit", Script::Deed::Quit, 0, {kNone, kNone, kNone, kNone}, false},
+    {"key", Script::Action::Key, 0, {kNone, kNone, kNone, kNone}, true},
+    {"wheel", Script::Action::Wheel, 3, {kPlace, kPlace, kNotches, kNone}, false},
+    {"drag", Script::Action::Drag, 4, {kPlace, kPlace, kPlace, kPlace}, false},
+    {"resize", Script::Action::Resize, 2, {kSide, kSide, kNone, kNone}, false},
+    {"minimise", Script::Action::Minimise, 0, {kNone, kNone, kNone, kNone}, false},
+    {"restore", Script::Action::Restore, 0, {kNone, kNone, kNone, kNone}, false},
+    {"wait", Script::Action::Wait, 0, {kNone, kNone, kNone, kNone}, false},
+    {"sleep", Script::Action::Sleep, 1, {kMilliseconds, kNone, kNone, kNone}, false},
+    {"screenshot", Script::Action::Screenshot, 0, {kNone, kNone, kNone, kNone}, true},
+    {"quit", Script::Action::Quit, 0, {kNone, kNone, kNone, kNone}, false},
 }};
 
 // Where a line is wrong, with its name and number before the sentence.
@@ -66,12 +66,12 @@ public:
         auto const* const form =
             std::find_if(kForms.begin(), kForms.end(), [&](Form const& one) { return word == one.word; });
         if (form == kForms.end()) throw wrong("'" + word + "' is nothing that the viewer can do");
-        Script::Line line{form->deed, {}, ""};
+        Script::Line line{form->action, {}, ""};
         if (form->text)
             line.text = restOf(*form);
         else
             line.numbers = numbersOf(*form);
-        if (form->deed == Script::Deed::Key && SDL_GetKeyFromName(line.text.c_str()) == SDLK_UNKNOWN)
+        if (form->action == Script::Action::Key && SDL_GetKeyFromName(line.text.c_str()) == SDLK_UNKNOWN)
             throw wrong("'" + line.text + "' is no key");
         return line;
     }

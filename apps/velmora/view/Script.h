@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
-/// What a person would do to the viewer, as a text: a line a deed, # starts a comment. docs/VIEWER.md lists the deeds.
+/// A viewer script: one action per line, # starts a comment. docs/VIEWER.md lists the actions.
 class Script {
 public:
-    enum class Deed { Key, Wheel, Drag, Resize, Minimise, Restore, Wait, Sleep, Screenshot, Quit };
+    enum class Action { Key, Wheel, Drag, Resize, Minimise, Restore, Wait, Sleep, Screenshot, Quit };
 
     struct Line {
-        Deed deed;
+        Action action;
         std::vector<int> numbers;
         std::string text; ///< a key's name as SDL has it, or a file's name
     };

@@ -53,33 +53,33 @@ ScriptPlayer::ScriptPlayer(std::vector<Script::Line> const& lines) {
 
 void ScriptPlayer::add(Script::Line const& line) {
     std::vector<int> const& numbers = line.numbers;
-    switch (line.deed) {
-    case Script::Deed::Key:
+    switch (line.action) {
+    case Script::Action::Key:
         return addEvents({keyEvent(SDL_KEYDOWN, line.text), keyEvent(SDL_KEYUP, line.text)});
-    case Script::Deed::Wheel:
+    case Script::Action::Wheel:
         addEvents({motionTo(numbers[0], numbers[1])});
         for (int i = 0; i < std::abs(numbers[2]); ++i)
             addEvents({notch(numbers[2] > 0)});
         return;
-    case Script::Deed::Drag:
+    case Script::Action::Drag:
         return addDrag(numbers);
-    case Script::Deed::Minimise:
+    case Script::Action::Minimise:
         return addEvents({windowEvent(SDL_WINDOWEVENT_MINIMIZED)});
-    case Script::Deed::Restore:
+    case Script::Action::Restore:
         return addEvents({windowEvent(SDL_WINDOWEVENT_RESTORED)});
-    case Script::Deed::Quit:
+    case Script::Action::Quit:
         return addEvents({eventOf(SDL_QUIT)});
-    case Script::Deed::Resize:
-    case Script::Deed::Wait:
-    case Script::Deed::Sleep:
-    case Script::Deed::Screenshot:
-        beats_.push_back({line, {}});
+    case Script::Action::Resize:
+    case Script::Action::Wait:
+    case Script::Action::Sleep:
+    case Script::Action::Screenshot:
+        steps_.push_back({line, {}});
         return;
     }
 }
 
 void ScriptPlayer::addEvents(std::vector<SDL_Event> events) {
-    beats_.push_back({{}, std::move(events)});
+    steps_.push_back({{}, std::move(events)});
 }
 
 void ScriptPlayer::addDrag(std::vector<int> const& numbers) {
@@ -92,27 +92,27 @@ void ScriptPlayer::addDrag(std::vector<int> const& numbers) {
     addEvents({buttonEvent(SDL_MOUSEBUTTONUP, numbers[2], numbers[3])});
 }
 
-void ScriptPlayer::turn(Viewer const& viewer) {
-    if (beats_.empty() || !mayGoOn(beats_.front(), viewer.complete)) return;
-    Beat const beat = std::move(beats_.front());
-    beats_.pop_front();
-    for (SDL_Event event : beat.events)
+void ScriptPlayer::turn(Host const& host) {
+    if (steps_.empty() || !isReady(steps_.front(), host.complete)) return;
+    ScriptStep const step = std::move(steps_.front());
+    steps_.pop_front();
+    for (SDL_Event event : step.events)
         SDL_PushEvent(&event);
-    if (beat.events.empty()) perform(beat.line, viewer);
+    if (step.events.empty()) perform(step.line, host);
 }
 
-bool ScriptPlayer::mayGoOn(Beat const& beat, bool complete) {
-    if (!beat.events.empty()) return true;
-    if (beat.line.deed == Script::Deed::Wait) return complete;
-    if (beat.line.deed != Script::Deed::Sleep) return true;
+bool ScriptPlayer::isReady(ScriptStep const& step, bool complete) {
+    if (!step.events.empty()) return true;
+    if (step.line.action == Script::Action::Wait) return complete;
+    if (step.line.action != Script::Action::Sleep) return true;
     auto const now = std::chrono::steady_clock::now();
     if (!asleepSince_) asleepSince_ = now;
-    if (now - *asleepSince_ < std::chrono::milliseconds(beat.line.numbers[0])) return false;
+    if (now - *asleepSince_ < std::chrono::milliseconds(step.line.numbers[0])) return false;
     asleepSince_.reset();
     return true;
 }
 
-void ScriptPlayer::perform(Script::Line const& line, Viewer const& viewer) {
-    if (line.deed == Script::Deed::Resize) viewer.resize(line.numbers[0], line.numbers[1]);
-    if (line.deed == Script::Deed::Screenshot) viewer.screenshot(line.text);
+void ScriptPlayer::perform(Script::Line const& line, Host const& host) {
+    if (line.action == Script::Action::Resize) host.resize(line.numbers[0], line.numbers[1]);
+    if (line.action == Script::Action::Screenshot) host.screenshot(line.text);
 }

@@ -11,25 +11,25 @@
 #include <vector>
 
 /// Plays a script to the viewer: what a hand or a window manager would do goes into SDL's queue as events, at most one
-/// movement a turn of the viewer, so that each is seen.
+/// movement per turn of the viewer, so that each is seen.
 class ScriptPlayer {
 public:
     explicit ScriptPlayer(std::vector<Script::Line> const& lines);
 
-    struct Viewer {
+    struct Host {
         bool complete = false; ///< whether all is shown that was asked for
         std::function<void(int width, int height)> resize;
         std::function<void(std::string const& file)> screenshot;
     };
 
     /// Does what comes next, unless it has to wait.
-    void turn(Viewer const& viewer);
+    void turn(Host const& host);
     /// Whether there is more to come.
-    bool active() const { return !beats_.empty(); }
+    bool active() const { return !steps_.empty(); }
 
 private:
     // What happens in one turn.
-    struct Beat {
+    struct ScriptStep {
         Script::Line line;
         std::vector<SDL_Event> events; // nothing else of the line where there are some
     };
@@ -37,9 +37,9 @@ private:
     void add(Script::Line const& line);
     void addEvents(std::vector<SDL_Event> events);
     void addDrag(std::vector<int> const& numbers);
-    bool mayGoOn(Beat const& beat, bool complete);
-    static void perform(Script::Line const& line, Viewer const& viewer);
+    bool isReady(ScriptStep const& step, bool complete);
+    static void perform(Script::Line const& line, Host const& host);
 
-    std::deque<Beat> beats_;
+    std::deque<ScriptStep> steps_;
     std::optional<std::chrono::steady_clock::time_point> asleepSince_;
 };

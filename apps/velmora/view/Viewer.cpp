@@ -45,7 +45,7 @@ void Viewer::startImport(std::string const& store) {
 }
 
 void Viewer::open(std::string const& store) {
-    showing_ = std::make_unique<Showing>(instance_, store, options_, frame());
+    scene_ = std::make_unique<StoreScene>(instance_, store, options_, frame());
     framesToDraw_ = kSettlingFrames;
 }
 
@@ -81,25 +81,25 @@ void Viewer::turn() {
 }
 
 void Viewer::playScript() {
-    ScriptPlayer::Viewer viewer;
+    ScriptPlayer::Host host;
     Size const size = frame();
     bool const minimised = size.width == 0 || size.height == 0;
-    viewer.complete = settled() || (minimised && showing_);
-    viewer.resize = [this](int width, int height) {
+    host.complete = settled() || (minimised && scene_);
+    host.resize = [this](int width, int height) {
         window_.resize({static_cast<std::size_t>(width), static_cast<std::size_t>(height)});
     };
-    viewer.screenshot = [this](std::string const& file) { screenshot(file); };
-    script_.turn(viewer);
+    host.screenshot = [this](std::string const& file) { screenshot(file); };
+    script_.turn(host);
 }
 
 void Viewer::follow(Size const& size) {
-    if (!showing_) return followImport(size);
-    if (size.width != showing_->camera().frame().width || size.height != showing_->camera().frame().height)
-        showing_->camera().resize(size);
-    bool const changed = showing_->advance();
+    if (!scene_) return followImport(size);
+    if (size.width != scene_->camera().frame().width || size.height != scene_->camera().frame().height)
+        scene_->camera().resize(size);
+    bool const changed = scene_->advance();
     if (changed || seen_) framesToDraw_ = kSettlingFrames;
     // As long as there is more to come the overlay may lag behind.
-    if (changed || seen_ || (framesToDraw_ > 0 && showing_->complete())) {
+    if (changed || seen_ || (framesToDraw_ > 0 && scene_->complete())) {
         seen_ = false;
         --framesToDraw_;
         auto const start = Clock::now();
@@ -107,9 +107,9 @@ void Viewer::follow(Size const& size) {
         window_.swap();
         if (changed) frameMilliseconds_ = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
         note(changed);
-    } else if (!showing_->complete()) {
-        showing_->wait();
-    } else if (!options_.bare && showing_->updateExtras()) {
+    } else if (!scene_->complete()) {
+        scene_->wait();
+    } else if (!options_.bare && scene_->updateExtras()) {
         framesToDraw_ = kSettlingFrames;
     } else {
         settled_ = true;
@@ -128,17 +128,17 @@ void Viewer::followImport(Size const& size) {
 void Viewer::note(bool newPicture) {
     report_.frame();
     if (newPicture) report_.firstPicture();
-    if (showing_->complete()) report_.fullDetail();
+    if (scene_->complete()) report_.fullDetail();
 }
 
 void Viewer::draw(Size const& size) {
     auto const now = Clock::now();
     double const sinceLast = std::chrono::duration<double>(now - lastFrame_).count();
     lastFrame_ = now;
-    showing_->present();
+    scene_->present();
     if (options_.bare) return;
     overlay_.begin(size, window_.pixelsPerUnit(), sinceLast);
-    if (showing_->drawOverlay(controls_.cursor(), frameMilliseconds_)) framesToDraw_ = kSettlingFrames;
+    if (scene_->drawOverlay(controls_.cursor(), frameMilliseconds_)) framesToDraw_ = kSettlingFrames;
     overlay_.end();
 }
 
@@ -175,7 +175,7 @@ void Viewer::waitForEvents() const {
 std::chrono::milliseconds Viewer::idleTime() const {
     Size const size = frame();
     bool const visible = size.width > 0 && size.height > 0;
-    if (showing_ && visible && !settled_) return std::chrono::milliseconds(0);
+    if (scene_ && visible && !settled_) return std::chrono::milliseconds(0);
     if (script_.active()) return std::chrono::milliseconds(1);
     return import_ ? kImportTurn : kIdleTurn;
 }
@@ -184,11 +184,11 @@ void Viewer::handle(SDL_Event const& event) {
     double const pixelsPerUnit = window_.pixelsPerUnit();
     window_.note(event);
     overlay_.handle(event, pixelsPerUnit);
-    Camera* const camera = showing_ ? &showing_->camera() : nullptr;
+    Camera* const camera = scene_ ? &scene_->camera() : nullptr;
     Controls::Command const command =
         controls_.handle(event, camera, pixelsPerUnit, !options_.bare && overlay_.hasMouse());
     if (command == Controls::Command::Quit) quit_ = true;
-    if (showing_) showing_->command(command);
+    if (scene_) scene_->command(command);
     // Over a bare picture only what moves it can be seen.
     if (!options_.bare || event.type == SDL_WINDOWEVENT) seen_ = true;
     settled_ = false;
@@ -199,7 +199,7 @@ void Viewer::screenshot(std::string const& name) {
     if (size.width == 0 || size.height == 0)
         throw HostError(HostError::Kind::Usage, "no screenshot of a minimised window");
     // What swap() has shown need not be readable any more.
-    if (showing_)
+    if (scene_)
         draw(size);
     else
         drawImport(size);
@@ -207,5 +207,5 @@ void Viewer::screenshot(std::string const& name) {
     PngWriter png(options_.outputOf(name), size.width, size.height, 3);
     png.writeRows(pixels.data(), size.height);
     png.finish();
-    if (showing_ && showing_->hasHoles() && damagedScreenshot_.empty()) damagedScreenshot_ = name;
+    if (scene_ && scene_->hasHoles() && damagedScreenshot_.empty()) damagedScreenshot_ = name;
 }

@@ -4,7 +4,7 @@
 #include "apps/velmora/view/ImportJob.h"
 #include "apps/velmora/view/Overlay.h"
 #include "apps/velmora/view/ScriptPlayer.h"
-#include "apps/velmora/view/Showing.h"
+#include "apps/velmora/view/StoreScene.h"
 #include "apps/velmora/view/ViewerOptions.h"
 #include "apps/velmora/view/ViewerReport.h"
 #include "apps/velmora/view/Window.h"
@@ -58,7 +58,7 @@ private:
     std::size_t growingSeen_ = 0;
     std::unique_ptr<ImportJob> import_;
     std::string importedStore_;
-    std::unique_ptr<Showing> showing_;
+    std::unique_ptr<StoreScene> scene_;
     Controls controls_;
     ScriptPlayer script_;
     Clock::time_point lastFrame_ = Clock::now();

@@ -4,7 +4,7 @@
 #include "host/filter/RegionRenderer.h"
 #include "host/image/ImageReader.h"
 #include "host/image/PixelBands.h"
-#include "host/view/PictureTile.h"
+#include "host/view/LevelTile.h"
 #include "tests/host/store/FormatPictures.h"
 #include "tests/host/store/LevelModel.h"
 #include "tests/host/view/StoreRendererFixture.h"
@@ -287,8 +287,8 @@ TEST_F(SixteenBitCodesGLTest, AStoreGivesTheNearestSamplesAtAnyZoom) {
     auto const levels = levelmodel::codesOf(picture, info.levels);
     for (double const number : {2.0, 0.9, 0.7, 0.5, 0.3, 0.25, 0.0625}) {
         Zoom const zoom = Zoom::nearest(number, info.levels);
-        Size const all = picturetile::pixelExtent(info, zoom);
-        std::size_t const width = picturetile::levelExtent(info, zoom.level()).width;
+        Size const all = leveltile::pixelExtent(info, zoom);
+        std::size_t const width = leveltile::levelExtent(info, zoom.level()).width;
         Region const region = {all.width / 5, all.height / 7, all.width - all.width / 5, all.height - all.height / 7};
         EXPECT_TRUE(ofStore(zoom, region, 4) == expected(levels[zoom.level()], width, 4, zoom, region)) << number;
     }

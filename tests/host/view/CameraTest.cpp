@@ -62,8 +62,8 @@ TEST(CameraTest, APlaceStaysUnderTheCursor) {
     Camera c = camera(16384, 16384);
     Place const cursor{123, 456};
     Place const before = c.pictureAt(cursor);
-    for (int const fourths : {1, 1, 5, -2, 9, -3, 4, 2}) {
-        c.step(fourths, cursor);
+    for (int const quarters : {1, 1, 5, -2, 9, -3, 4, 2}) {
+        c.zoomByQuarterOctaves(quarters, cursor);
         Place const now = c.frameAt(before);
         EXPECT_NEAR(now.x, cursor.x, 0.5 + 1e-6) << c.zoom().value();
         EXPECT_NEAR(now.y, cursor.y, 0.5 + 1e-6);
@@ -82,19 +82,19 @@ TEST(CameraTest, EveryStepIsSeenUntilTheLimits) {
     Camera c = camera(5000, 5000);
     double before = c.zoom().value();
     while (before < Zoom::kLargest) {
-        c.step(1, c.middle());
+        c.zoomByQuarterOctaves(1, c.middle());
         ASSERT_GT(c.zoom().value(), before);
         before = c.zoom().value();
     }
-    c.step(40, c.middle());
+    c.zoomByQuarterOctaves(40, c.middle());
     EXPECT_EQ(c.zoom().value(), Zoom::kLargest);
     double const fitting = camera(5000, 5000).zoom().value();
     while (before > fitting * 0.51) {
-        c.step(-1, c.middle());
+        c.zoomByQuarterOctaves(-1, c.middle());
         ASSERT_LT(c.zoom().value(), before);
         before = c.zoom().value();
     }
-    c.step(-40, c.middle());
+    c.zoomByQuarterOctaves(-40, c.middle());
     EXPECT_NEAR(c.zoom().value(), fitting / 2, fitting / 64);
 }
 
@@ -116,9 +116,9 @@ TEST(CameraTest, ThePictureCannotBeLost) {
                 expectMiddleInPicture(c);
                 c.pan(static_cast<std::int64_t>(right), static_cast<std::int64_t>(down));
                 expectMiddleInPicture(c);
-                c.step(-3, {0, 0});
+                c.zoomByQuarterOctaves(-3, {0, 0});
                 expectMiddleInPicture(c);
-                c.step(3, {800, 600});
+                c.zoomByQuarterOctaves(3, {800, 600});
                 expectMiddleInPicture(c);
             }
 }
@@ -152,7 +152,7 @@ TEST(CameraTest, AWholePictureIsFittedAgainUntilItIsMoved) {
 TEST(CameraTest, AMinimisedWindowComesBackAsItWas) {
     Camera c = camera(5000, 4000, {801, 601});
     for (bool const moved : {false, true}) {
-        if (moved) c.step(5, {17, 300});
+        if (moved) c.zoomByQuarterOctaves(5, {17, 300});
         View const before = c.view();
         c.resize({0, 0});
         EXPECT_EQ(c.view().width, 0u);
@@ -166,7 +166,7 @@ TEST(CameraTest, AMinimisedWindowComesBackAsItWas) {
 TEST(CameraTest, AnEmptyFrameDoesNoHarm) {
     Camera c = camera(5000, 4000, {0, 0});
     c.pan(5, 5);
-    c.step(3, {0, 0});
+    c.zoomByQuarterOctaves(3, {0, 0});
     c.fit();
     c.lookAt({2000, 1000});
     c.resize({800, 600});

@@ -2,7 +2,7 @@
 #include "host/HostError.h"
 #include "host/store/Sqlite.h"
 #include "host/store/TileStoreFormat.h"
-#include "host/view/PictureTile.h"
+#include "host/view/LevelTile.h"
 #include "host/view/StoreRenderer.h"
 #include "tests/host/view/PictureViewFixture.h"
 
@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::size_t kSide = picturetile::kSide;
+constexpr std::size_t kSide = leveltile::kSide;
 
 class HolesGLTest : public PictureViewFixture {
 protected:

@@ -6,7 +6,7 @@
 
 namespace {
 
-PictureTile tile(std::size_t column) {
+LevelTile tile(std::size_t column) {
     return {0, column, 0};
 }
 

@@ -19,13 +19,14 @@ std::vector<pictureview::Level> pictureview::levelsOf(Picture const& picture, st
 
 std::vector<std::uint8_t> pictureview::frameOf(std::vector<Level> const& levels, View const& view) {
     Level const& level = levels.at(view.zoom.level());
-    double const samplesAPixel = static_cast<double>(view.zoom.samples()) / static_cast<double>(view.zoom.pixels());
+    double const samplesPerPixel = static_cast<double>(view.zoom.samples()) / static_cast<double>(view.zoom.pixels());
     std::vector<std::uint8_t> frame;
     for (std::size_t y = 0; y < view.height; ++y) {
         for (std::size_t x = 0; x < view.width; ++x) {
             double const column =
-                std::floor((static_cast<double>(view.x) + static_cast<double>(x) + 0.5) * samplesAPixel);
-            double const row = std::floor((static_cast<double>(view.y) + static_cast<double>(y) + 0.5) * samplesAPixel);
+                std::floor((static_cast<double>(view.x) + static_cast<double>(x) + 0.5) * samplesPerPixel);
+            double const row =
+                std::floor((static_cast<double>(view.y) + static_cast<double>(y) + 0.5) * samplesPerPixel);
             bool const inside = column >= 0 && row >= 0 && column < static_cast<double>(level.width) &&
                                 row < static_cast<double>(level.height);
             if (!inside) {

@@ -1,6 +1,6 @@
 #include "tests/host/view/StoreRendererFixture.h"
 
-#include "host/view/PictureTile.h"
+#include "host/view/LevelTile.h"
 #include "tests/host/store/LevelModel.h"
 
 #include <cmath>
@@ -12,7 +12,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 Region wholeOf(StoreInfo const& info, std::size_t level) {
-    Size const extent = picturetile::levelExtent(info, level);
+    Size const extent = leveltile::levelExtent(info, level);
     return {0, 0, extent.width, extent.height};
 }
 

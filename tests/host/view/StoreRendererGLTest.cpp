@@ -2,7 +2,7 @@
 #include "tests/host/view/StoreRendererFixture.h"
 
 #include "host/filter/EnhancedRenderer.h"
-#include "host/view/PictureTile.h"
+#include "host/view/LevelTile.h"
 #include "tests/host/store/TestPictures.h"
 #include "tests/support/LongRun.h"
 
@@ -66,7 +66,7 @@ TEST_F(StoreRendererGLTest, RegionsAreTheirPartOfTheWholeLevel) {
     StoreInfo const info = import(picture, 64, 5);
     std::mt19937 random(11);
     for (std::size_t level = 0; level <= info.levels; ++level) {
-        Size const extent = picturetile::levelExtent(info, level);
+        Size const extent = leveltile::levelExtent(info, level);
         Bytes const whole = renderedWhole(info, level);
         if (level == 0) {
             EXPECT_TRUE(whole == picture.bytes);

@@ -33,9 +33,9 @@ protected:
         }
     }
 
-    static std::vector<PictureTile> tilesOf(StoreInfo const& info, std::size_t level) {
-        Size const extent = picturetile::levelExtent(info, level);
-        return picturetile::over(level, {0, 0, extent.width, extent.height});
+    static std::vector<LevelTile> tilesOf(StoreInfo const& info, std::size_t level) {
+        Size const extent = leveltile::levelExtent(info, level);
+        return leveltile::over(level, {0, 0, extent.width, extent.height});
     }
 
     std::string path() const { return folder_.path("a.vlm"); }
@@ -46,9 +46,9 @@ protected:
     TemporaryFolder folder_;
 };
 
-std::vector<TileJob> bandsOf(std::vector<PictureTile> const& tiles) {
+std::vector<TileJob> bandsOf(std::vector<LevelTile> const& tiles) {
     std::vector<TileJob> jobs;
-    for (PictureTile const& tile : tiles)
+    for (LevelTile const& tile : tiles)
         jobs.push_back({tile});
     return jobs;
 }
@@ -82,19 +82,19 @@ TEST_F(TileLoaderTest, EveryTileComesOnceWithTheSamplesOfTheStore) {
     TileStore store(path());
     for (std::size_t const threads : {1U, 2U, 8U}) {
         TileLoader loader(path(), threads, cache());
-        std::vector<PictureTile> wanted;
+        std::vector<LevelTile> wanted;
         for (std::size_t level = 0; level <= info.levels; ++level) {
             auto const tiles = tilesOf(info, level);
             wanted.insert(wanted.end(), tiles.begin(), tiles.end());
         }
         loader.want(bandsOf(wanted));
-        std::set<PictureTile> got;
+        std::set<LevelTile> got;
         while (auto const tile = next(loader)) {
             EXPECT_TRUE(got.insert(tile->job.tile).second);
             EXPECT_EQ(tile->parts.size(), tile->job.tile.level == info.levels ? 3U : 9U);
             if (threads == 1) expectPartsOf(store, *tile);
         }
-        EXPECT_EQ(got, std::set<PictureTile>(wanted.begin(), wanted.end()));
+        EXPECT_EQ(got, std::set<LevelTile>(wanted.begin(), wanted.end()));
     }
 }
 
@@ -104,7 +104,7 @@ TEST_F(TileLoaderTest, OneThreadReadsInTheOrderThatIsWanted) {
     std::swap(wanted[0], wanted[3]);
     TileLoader loader(path(), 1, cache());
     loader.want(bandsOf(wanted));
-    for (PictureTile const& tile : wanted)
+    for (LevelTile const& tile : wanted)
         EXPECT_TRUE(next(loader)->job.tile == tile);
 }
 
@@ -117,7 +117,7 @@ TEST_F(TileLoaderTest, WhatWaitsIsDroppedWhenOtherTilesAreWanted) {
     // The thread rests when so many are finished that nobody has taken.
     while (loader.pending() < many.size())
         loader.wait(1ms);
-    PictureTile const other = tilesOf(info, 1).front();
+    LevelTile const other = tilesOf(info, 1).front();
     loader.want(bandsOf({other}));
     std::size_t before = 0;
     while (!(next(loader)->job.tile == other))
@@ -146,7 +146,7 @@ TEST_F(TileLoaderTest, TilesThatCannotBeReadComeOutWithTheFailure) {
     TileLoader loader(path(), 2, cache());
     for (int again = 0; again < 2; ++again) {
         loader.want(bandsOf(tiles));
-        std::set<PictureTile> got;
+        std::set<LevelTile> got;
         std::size_t failed = 0;
         while (auto const tile = next(loader)) {
             EXPECT_TRUE(got.insert(tile->job.tile).second);
@@ -172,12 +172,12 @@ TEST_F(TileLoaderTest, TheThreadsThatTheSystemGivesDoTheWork) {
         }
         EXPECT_EQ(loader->threads(), given);
         loader->want(bandsOf(tiles));
-        std::set<PictureTile> got;
+        std::set<LevelTile> got;
         while (auto const tile = next(*loader)) {
             EXPECT_FALSE(tile->failure);
             got.insert(tile->job.tile);
         }
-        EXPECT_EQ(got, std::set<PictureTile>(tiles.begin(), tiles.end())) << given;
+        EXPECT_EQ(got, std::set<LevelTile>(tiles.begin(), tiles.end())) << given;
         loader->wait(100000ms);       // returns: nothing is in work
         loader->want(bandsOf(tiles)); // and goes while tiles wait
     }

@@ -16,13 +16,11 @@ protected:
 
     // Types of what a turn pushes.
     std::vector<Uint32> turn(ScriptPlayer& player, bool complete = true) {
-        ScriptPlayer::Viewer viewer;
-        viewer.complete = complete;
-        viewer.resize = [this](int width, int height) {
-            done_ += std::to_string(width) + "x" + std::to_string(height);
-        };
-        viewer.screenshot = [this](std::string const& file) { done_ += file; };
-        player.turn(viewer);
+        ScriptPlayer::Host host;
+        host.complete = complete;
+        host.resize = [this](int width, int height) { done_ += std::to_string(width) + "x" + std::to_string(height); };
+        host.screenshot = [this](std::string const& file) { done_ += file; };
+        player.turn(host);
         std::vector<Uint32> types;
         SDL_Event event{};
         while (SDL_PollEvent(&event) == 1) {
@@ -51,15 +49,15 @@ void expectRefused(std::string const& text, std::vector<std::string> const& word
 
 } // namespace
 
-TEST_F(ScriptTest, ALineIsADeed) {
+TEST_F(ScriptTest, ALineIsAnAction) {
     auto const lines =
         Script::parse("# a walk\n\nkey f # the whole\n  wheel 10 20 -3\r\nscreenshot a b.png \nwait\n", "s");
     ASSERT_EQ(lines.size(), 4u);
-    EXPECT_EQ(lines[0].deed, Script::Deed::Key);
+    EXPECT_EQ(lines[0].action, Script::Action::Key);
     EXPECT_EQ(lines[0].text, "f");
     EXPECT_EQ(lines[1].numbers, (std::vector{10, 20, -3}));
     EXPECT_EQ(lines[2].text, "a b.png") << "names may have blanks";
-    EXPECT_EQ(lines[3].deed, Script::Deed::Wait);
+    EXPECT_EQ(lines[3].action, Script::Action::Wait);
 }
 
 TEST_F(ScriptTest, WhatCannotBeReadIsNamed) {
@@ -120,7 +118,7 @@ TEST_F(ScriptTest, AMissingFileIsAnError) {
     }
     TemporaryFolder const folder;
     writeFile(folder.path("walk.txt"), "quit");
-    EXPECT_EQ(Script::read(folder.path("walk.txt")).front().deed, Script::Deed::Quit);
+    EXPECT_EQ(Script::read(folder.path("walk.txt")).front().action, Script::Action::Quit);
     writeFile(folder.path("empty.txt"), "");
     EXPECT_TRUE(Script::read(folder.path("empty.txt")).empty());
 }

@@ -1,4 +1,4 @@
-#include "host/view/PictureTile.h"
+#include "host/view/LevelTile.h"
 
 #include "host/filter/FilterDescriptions.h"
 
@@ -7,9 +7,9 @@
 namespace {
 
 // `length` samples from the tile's corner on, up to the level's last.
-Region fromCorner(PictureTile const& tile, std::size_t length, Size const& extent) {
-    std::size_t const x = tile.column * picturetile::kSide;
-    std::size_t const y = tile.row * picturetile::kSide;
+Region fromCorner(LevelTile const& tile, std::size_t length, Size const& extent) {
+    std::size_t const x = tile.column * leveltile::kSide;
+    std::size_t const y = tile.row * leveltile::kSide;
     return {x, y, std::min(length, extent.width - x), std::min(length, extent.height - y)};
 }
 
@@ -24,25 +24,25 @@ Region fromRange(std::vector<std::size_t> const& range) {
 
 } // namespace
 
-Size picturetile::levelExtent(StoreInfo const& info, std::size_t level) {
+Size leveltile::levelExtent(StoreInfo const& info, std::size_t level) {
     auto const halved = [level](std::size_t length) { return ((length - 1) >> level) + 1; };
     return {halved(info.width), halved(info.height)};
 }
 
-Size picturetile::pixelExtent(StoreInfo const& info, Zoom const& zoom) {
+Size leveltile::pixelExtent(StoreInfo const& info, Zoom const& zoom) {
     Size const level = levelExtent(info, zoom.level());
     return {zoom.pixelsOf(level.width), zoom.pixelsOf(level.height)};
 }
 
-Region picturetile::shownRegion(StoreInfo const& info, PictureTile const& tile) {
+Region leveltile::shownRegion(StoreInfo const& info, LevelTile const& tile) {
     return fromCorner(tile, kSide, levelExtent(info, tile.level));
 }
 
-Region picturetile::planeRegion(StoreInfo const& info, PictureTile const& tile) {
+Region leveltile::planeRegion(StoreInfo const& info, LevelTile const& tile) {
     return fromCorner(tile, kSide + kMargin, storegeometry::bandExtent(info, tile.level));
 }
 
-Region picturetile::bandRegion(StoreInfo const& info, PictureTile const& tile) {
+Region leveltile::bandRegion(StoreInfo const& info, LevelTile const& tile) {
     Region const bands = fromRange(description::filterFirIV53LeGall16().inputRange(
         description::filterFirIH53LeGall16().inputRange(toRange(planeRegion(info, tile)))));
     // Filters count whole steps of their grid, so they ask for a sample more than they read; two samples share a texel.
@@ -51,12 +51,12 @@ Region picturetile::bandRegion(StoreInfo const& info, PictureTile const& tile) {
             std::min(bands.height, extent.height - bands.y)};
 }
 
-PictureTile picturetile::parent(PictureTile const& tile) {
+LevelTile leveltile::parent(LevelTile const& tile) {
     return {tile.level + 1, tile.column / 2, tile.row / 2};
 }
 
-std::vector<PictureTile> picturetile::over(std::size_t level, Region const& region) {
-    std::vector<PictureTile> tiles;
+std::vector<LevelTile> leveltile::over(std::size_t level, Region const& region) {
+    std::vector<LevelTile> tiles;
     if (region.width == 0 || region.height == 0) return tiles;
     for (std::size_t row = region.y / kSide; row * kSide < region.y + region.height; ++row) {
         for (std::size_t column = region.x / kSide; column * kSide < region.x + region.width; ++column)

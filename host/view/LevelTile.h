@@ -15,18 +15,18 @@
 ///     level k        | tile 2p | tile 2p+1 |
 ///
 /// For that each has kMargin samples of its right and its lower neighbour.
-struct PictureTile {
+struct LevelTile {
     std::size_t level = 0; ///< 0: the picture's own samples
     std::size_t column = 0;
     std::size_t row = 0;
 
-    bool operator<(PictureTile const& other) const {
+    bool operator<(LevelTile const& other) const {
         return std::tie(level, row, column) < std::tie(other.level, other.row, other.column);
     }
-    bool operator==(PictureTile const& other) const { return !(*this < other) && !(other < *this); }
+    bool operator==(LevelTile const& other) const { return !(*this < other) && !(other < *this); }
 };
 
-namespace picturetile {
+namespace leveltile {
 
 constexpr std::size_t kSide = 512;
 constexpr std::size_t kMargin = 6;
@@ -37,18 +37,18 @@ Size levelExtent(StoreInfo const& info, std::size_t level);
 Size pixelExtent(StoreInfo const& info, Zoom const& zoom);
 
 /// The tile's samples without the margin, as far as they show the picture.
-Region shownRegion(StoreInfo const& info, PictureTile const& tile);
+Region shownRegion(StoreInfo const& info, LevelTile const& tile);
 /// With the margin, as far as the level has samples.
-Region planeRegion(StoreInfo const& info, PictureTile const& tile);
+Region planeRegion(StoreInfo const& info, LevelTile const& tile);
 /// What the tile is rebuilt from: this region of each band of the next level, even in width. Not for tiles of the
 /// coarsest.
-Region bandRegion(StoreInfo const& info, PictureTile const& tile);
+Region bandRegion(StoreInfo const& info, LevelTile const& tile);
 
-PictureTile parent(PictureTile const& tile);
+LevelTile parent(LevelTile const& tile);
 /// The tiles that meet a region of a level, row by row.
-std::vector<PictureTile> over(std::size_t level, Region const& region);
+std::vector<LevelTile> over(std::size_t level, Region const& region);
 
-} // namespace picturetile
+} // namespace leveltile
 
 /// The samples that two regions share; of no width or height where there are none.
 Region common(Region const& a, Region const& b);

@@ -6,13 +6,13 @@
 class TileStore;
 
 /// A black and a white point, in codes of the picture.
-struct TonePoints {
+struct PercentilePoints {
     std::uint64_t black = 0;
     std::uint64_t white = 0;
 };
 
 /// The codes below and above which one of a hundred lies; white is above black. 0 and 1 where there are none.
-TonePoints tonePoints(std::vector<std::uint16_t> codes);
+PercentilePoints percentilePoints(std::vector<std::uint16_t> codes);
 
 /// Those of a store: of the grey, or of the luma, at its coarsest level. Throws what TileStore throws.
-TonePoints tonePoints(TileStore& store);
+PercentilePoints percentilePoints(TileStore& store);

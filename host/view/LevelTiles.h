@@ -32,34 +32,34 @@ struct PlanePart {
 ///
 /// Level k is the low band that level k + 1 of the store was made into. What comes out is exact: the store continues
 /// the bands beyond the picture's edge, so no edge is a case of its own. GL thread only. Throws VelmoraException.
-class PictureTiles {
+class LevelTiles {
 public:
-    PictureTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, StoreInfo const& info);
+    LevelTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, StoreInfo const& info);
 
     /// Of the pixels: RGBA texels where a sample has 8 bits, else three channels of 16.
     SampleLayout layout() const;
     unsigned depth() const;
 
-    bool has(PictureTile const& tile) const { return tiles_.has(tile); }
+    bool has(LevelTile const& tile) const { return tiles_.has(tile); }
     /// Whether what the tile is rebuilt from is there, apart from its bands.
-    bool hasParent(PictureTile const& tile) const;
+    bool hasParent(LevelTile const& tile) const;
     /// Whether the instance's cache still has the tile's bands.
-    bool hasBands(PictureTile const& tile) const;
+    bool hasBands(LevelTile const& tile) const;
 
     /// From its bands, which the instance's cache keeps as long as it has room. The parent is there.
-    void build(LoadedTile const& loaded);
+    void buildFromLoaded(LoadedTile const& loaded);
     /// From the bands in the cache.
-    void rebuild(PictureTile const& tile);
+    void buildFromCache(LevelTile const& tile);
     /// From high bands of 0.
-    void buildEmpty(PictureTile const& tile);
+    void buildEmpty(LevelTile const& tile);
 
-    /// The pixels of picturetile::shownRegion(); null where the tile is not there.
-    OwnedTarget const* pixels(PictureTile const& tile);
+    /// The pixels of leveltile::shownRegion(); null where the tile is not there.
+    OwnedTarget const* pixels(LevelTile const& tile);
     /// The samples of a plane. The tile is there.
-    PlanePart const& plane(PictureTile const& tile, std::size_t plane);
+    PlanePart const& plane(LevelTile const& tile, std::size_t plane);
 
     /// Drops tiles that are not needed, those used longest ago first, down to so many bytes. Returns what is gone.
-    std::size_t trim(std::size_t bytes, std::set<PictureTile> const& needed) { return tiles_.trim(bytes, needed); }
+    std::size_t trim(std::size_t bytes, std::set<LevelTile> const& needed) { return tiles_.trim(bytes, needed); }
     std::size_t bytes() const { return tiles_.bytes(); }
     std::size_t count() const { return tiles_.count(); }
 
@@ -71,16 +71,16 @@ private:
         OwnedTarget pixels;
     };
 
-    std::vector<std::size_t> bandIds(PictureTile const& tile, std::vector<Value> const& values) const;
-    void make(PictureTile const& tile, std::vector<Value> const& values);
-    PlanePart rebuiltPlane(PictureTile const& tile, std::size_t plane, std::vector<Value> const& values);
-    PlanePart bandPart(PictureTile const& tile, std::size_t plane, Band band, Value const& value);
-    OwnedTarget coloured(PictureTile const& tile, std::vector<PlanePart> const& planes);
+    std::vector<std::size_t> bandIds(LevelTile const& tile, std::vector<Value> const& values) const;
+    void build(LevelTile const& tile, std::vector<Value> const& values);
+    PlanePart rebuiltPlane(LevelTile const& tile, std::size_t plane, std::vector<Value> const& values);
+    PlanePart bandPart(LevelTile const& tile, std::size_t plane, Band band, Value const& value);
+    OwnedTarget coloured(LevelTile const& tile, std::vector<PlanePart> const& planes);
 
     std::shared_ptr<RenderBackendInstance> instance_;
     FilterRunner& targets_;
     StoreInfo info_;
     TileNumbers numbers_; // of the bands' parts in the instance's cache
     KeptTiles<Tile> tiles_;
-    std::map<PictureTile, std::vector<Value>> known_; // of each part, as BandReader orders them
+    std::map<LevelTile, std::vector<Value>> known_; // of each part, as BandReader orders them
 };

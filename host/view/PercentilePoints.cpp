@@ -1,4 +1,4 @@
-#include "host/view/TonePoints.h"
+#include "host/view/PercentilePoints.h"
 
 #include "host/store/TileStore.h"
 
@@ -23,14 +23,14 @@ std::uint16_t codeOf(std::int16_t sample, std::size_t residualBits) {
 
 } // namespace
 
-TonePoints tonePoints(std::vector<std::uint16_t> codes) {
+PercentilePoints percentilePoints(std::vector<std::uint16_t> codes) {
     if (codes.empty()) return {0, 1};
     std::uint64_t const black = codeAt(codes, 1);
     std::uint64_t const white = codeAt(codes, 99);
     return {black, std::max(white, black + 1)};
 }
 
-TonePoints tonePoints(TileStore& store) {
+PercentilePoints percentilePoints(TileStore& store) {
     StoreInfo const& info = store.info();
     Size const tiles = storegeometry::tileCount(info, info.levels);
     // What lies beyond the picture in the band continues it mirrored, and counts like the rest.
@@ -44,5 +44,5 @@ TonePoints tonePoints(TileStore& store) {
                 for (std::size_t x = 0; x < filled.width; ++x)
                     codes.push_back(codeOf(samples[y * info.tileSize + x], info.residualBits));
         }
-    return tonePoints(std::move(codes));
+    return percentilePoints(std::move(codes));
 }

@@ -15,10 +15,10 @@
 #include <string>
 
 /// A store in a window: what is shown of it, how, and what is said about it. GL thread only.
-class Showing {
+class StoreScene {
 public:
-    Showing(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
-            ViewerOptions const& options, Size const& frame);
+    StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
+               ViewerOptions const& options, Size const& frame);
 
     Camera& camera() { return camera_; }
     void command(Controls::Command command);

@@ -1,10 +1,10 @@
-#include "apps/velmora/view/Showing.h"
+#include "apps/velmora/view/StoreScene.h"
 
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
 #include "host/store/TileStore.h"
-#include "host/view/TonePoints.h"
+#include "host/view/PercentilePoints.h"
 
 #include <algorithm>
 #include <chrono>
@@ -27,8 +27,8 @@ constexpr enhancement::Gamma kDeepGamma{1.0, 0, kLargestCode};
 
 } // namespace
 
-Showing::Showing(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
-                 ViewerOptions const& options, Size const& frame)
+StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
+                       ViewerOptions const& options, Size const& frame)
     : store_(store),
       smooth_(options.smooth),
       picture_(instance, store, options.picture),
@@ -46,7 +46,7 @@ Showing::Showing(std::shared_ptr<RenderBackendInstance> const& instance, std::st
     picture_.enhance(switches_.steps());
 }
 
-void Showing::command(Controls::Command command) {
+void StoreScene::command(Controls::Command command) {
     StepSwitches const before = switches_;
     switch (command) {
     case Controls::Command::Help:
@@ -83,23 +83,23 @@ void Showing::command(Controls::Command command) {
     }
 }
 
-void Showing::enhance() {
+void StoreScene::enhance() {
     picture_.enhance(switches_.steps());
     message_.clear();
     overviewFits_ = false;
     drawn_ = false;
 }
 
-void Showing::setTone(enhancement::Gamma const& tone) {
+void StoreScene::setTone(enhancement::Gamma const& tone) {
     switches_.set(tone);
     enhance();
 }
 
-void Showing::setAutomaticTone() {
-    TonePoints points;
+void StoreScene::setAutomaticTone() {
+    PercentilePoints points;
     try {
         TileStore store(store_);
-        points = tonePoints(store);
+        points = percentilePoints(store);
     } catch (HostError const& error) {
         message_ = printableText(error.what(), kMessageCharacters);
         return;
@@ -110,13 +110,13 @@ void Showing::setAutomaticTone() {
     setTone(tone);
 }
 
-View Showing::wantedView() const {
+View StoreScene::wantedView() const {
     View view = camera_.view();
     view.smooth = smooth_;
     return view;
 }
 
-bool Showing::advance() {
+bool StoreScene::advance() {
     View const wanted = wantedView();
     bool changed = !drawn_;
     if (!shown_ || *shown_ != wanted) {
@@ -132,7 +132,7 @@ bool Showing::advance() {
 }
 
 // Once, where a script or a person finds it also when the window is gone.
-void Showing::tellOfDamage() {
+void StoreScene::tellOfDamage() {
     PictureView::Damage const damage = picture_.damage();
     if (toldOfDamage_ || damage.first.empty()) return;
     toldOfDamage_ = true;
@@ -140,22 +140,22 @@ void Showing::tellOfDamage() {
                  printableText(damage.first, kMessageCharacters).c_str());
 }
 
-std::string Showing::damageText() const {
+std::string StoreScene::damageText() const {
     PictureView::Damage const damage = picture_.damage();
     if (damage.first.empty()) return "";
     return "damaged: " + (damage.tiles > 0 ? std::to_string(damage.tiles) + " tiles so far, striped"
                                            : "the index of places with data");
 }
 
-bool Showing::complete() const {
+bool StoreScene::complete() const {
     return picture_.complete() && drawn_ && shown_ && *shown_ == wantedView();
 }
 
-void Showing::wait() {
+void StoreScene::wait() {
     picture_.wait(std::chrono::milliseconds(4));
 }
 
-bool Showing::updateExtras() {
+bool StoreScene::updateExtras() {
     if (!complete()) return false;
     bool const maskDue = maskOn_ && !maskFits_;
     if (maskDue) updateMask();
@@ -166,14 +166,14 @@ bool Showing::updateExtras() {
     return maskDue;
 }
 
-void Showing::present() {
+void StoreScene::present() {
     if (!drawn_) picture_.frame();
     drawn_ = true;
     picture_.present();
 }
 
 // Of the coarsest levels, which are there or small: it is waited for.
-void Showing::updateOverview() {
+void StoreScene::updateOverview() {
     Camera const whole(picture_.info(), {kOverviewSide, kOverviewSide});
     View view = whole.view();
     view.x = 0;
@@ -190,7 +190,7 @@ void Showing::updateOverview() {
     drawn_ = false;
 }
 
-void Showing::updateMask() {
+void StoreScene::updateMask() {
     std::vector<std::uint8_t> const mask = picture_.dataMask();
     std::vector<std::uint8_t> rgba;
     rgba.reserve(4 * mask.size());
@@ -200,7 +200,7 @@ void Showing::updateMask() {
     maskFits_ = true;
 }
 
-bool Showing::drawOverlay(std::optional<Place> const& cursor, double frameMilliseconds) {
+bool StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameMilliseconds) {
     panels::Model model;
     model.info = &picture_.info();
     model.camera = &camera_;
@@ -221,15 +221,15 @@ bool Showing::drawOverlay(std::optional<Place> const& cursor, double frameMillis
 
     if (maskOn_ && maskFits_) panels::drawMask(mask_);
     if (tilesOn_) panels::drawTiles(camera_);
-    panels::Wishes const wishes = panels::draw(model);
-    if (wishes.lookAt) camera_.lookAt(*wishes.lookAt);
-    if (wishes.tone) setTone(*wishes.tone);
-    if (wishes.automaticTone) setAutomaticTone();
-    return wishes.lookAt || wishes.tone || wishes.automaticTone;
+    panels::UserEdits const edits = panels::draw(model);
+    if (edits.lookAt) camera_.lookAt(*edits.lookAt);
+    if (edits.tone) setTone(*edits.tone);
+    if (edits.automaticTone) setAutomaticTone();
+    return edits.lookAt || edits.tone || edits.automaticTone;
 }
 
 // From what present() has drawn.
-std::array<std::uint8_t, 3> Showing::colourAt(Place const& cursor) const {
+std::array<std::uint8_t, 3> StoreScene::colourAt(Place const& cursor) const {
     std::array<std::uint8_t, 4> rgba{};
     auto const x = static_cast<GLint>(std::floor(cursor.x));
     auto const y = static_cast<GLint>(camera_.frame().height) - 1 - static_cast<GLint>(std::floor(cursor.y));
@@ -239,7 +239,7 @@ std::array<std::uint8_t, 3> Showing::colourAt(Place const& cursor) const {
     return {rgba[0], rgba[1], rgba[2]};
 }
 
-std::string Showing::switchesText() const {
+std::string StoreScene::switchesText() const {
     std::string text;
     auto const add = [&text](bool on, char const* name) {
         if (on) text += (text.empty() ? "" : ", ") + std::string(name);

@@ -1,4 +1,4 @@
-#include "host/view/TonePoints.h"
+#include "host/view/PercentilePoints.h"
 
 #include "host/store/TileStore.h"
 #include "tests/host/store/TestPictures.h"
@@ -26,66 +26,66 @@ testpictures::Picture twoValues(std::size_t side, std::size_t rowsOfFirst, std::
     return picture;
 }
 
-TonePoints pointsOf(testpictures::Picture const& picture, ImportOptions const& options = {}) {
+PercentilePoints pointsOf(testpictures::Picture const& picture, ImportOptions const& options = {}) {
     TemporaryFolder const folder;
     testpictures::import(picture, folder.path("a.vlm"), options);
     TileStore store(folder.path("a.vlm"));
-    return tonePoints(store);
+    return percentilePoints(store);
 }
 
 } // namespace
 
-TEST(TonePointsTest, OneOfAHundredLiesBelowAndAbove) {
+TEST(PercentilePointsTest, OneOfAHundredLiesBelowAndAbove) {
     std::vector<std::uint16_t> codes(10001);
     std::iota(codes.begin(), codes.end(), std::uint16_t{500});
     std::reverse(codes.begin(), codes.end());
-    TonePoints const points = tonePoints(codes);
+    PercentilePoints const points = percentilePoints(codes);
     EXPECT_EQ(points.black, 600u);
     EXPECT_EQ(points.white, 10400u);
 }
 
-TEST(TonePointsTest, AFewOutliersDoNotCount) {
+TEST(PercentilePointsTest, AFewOutliersDoNotCount) {
     std::vector<std::uint16_t> codes(1000, 300);
     std::fill_n(codes.begin(), 9, std::uint16_t{0});
     std::fill_n(codes.begin() + 500, 9, std::uint16_t{65535});
     codes[600] = 310;
-    TonePoints const points = tonePoints(codes);
+    PercentilePoints const points = percentilePoints(codes);
     EXPECT_EQ(points.black, 300u);
     EXPECT_EQ(points.white, 301u) << "white is above black";
 }
 
-TEST(TonePointsTest, OneCodeAndNone) {
-    EXPECT_EQ(tonePoints({77}).black, 77u);
-    EXPECT_EQ(tonePoints({77}).white, 78u);
-    EXPECT_EQ(tonePoints({65535}).white, 65536u);
-    EXPECT_EQ(tonePoints(std::vector<std::uint16_t>()).white, 1u);
+TEST(PercentilePointsTest, OneCodeAndNone) {
+    EXPECT_EQ(percentilePoints({77}).black, 77u);
+    EXPECT_EQ(percentilePoints({77}).white, 78u);
+    EXPECT_EQ(percentilePoints({65535}).white, 65536u);
+    EXPECT_EQ(percentilePoints(std::vector<std::uint16_t>()).white, 1u);
 }
 
-TEST(TonePointsTest, CodesOfAStoreAreThoseOfThePicture) {
+TEST(PercentilePointsTest, CodesOfAStoreAreThoseOfThePicture) {
     // Multiples of 8: the lowest 3 bits stay outside the wavelet.
-    TonePoints const points = pointsOf(twoValues(600, 300, 800, 40000));
+    PercentilePoints const points = pointsOf(twoValues(600, 300, 800, 40000));
     EXPECT_EQ(points.black, 800u);
     EXPECT_EQ(points.white, 40000u);
 }
 
-TEST(TonePointsTest, TheLowestBitsAreLeftOut) {
+TEST(PercentilePointsTest, TheLowestBitsAreLeftOut) {
     EXPECT_EQ(pointsOf(twoValues(64, 0, 0, 807)).black, 800u);
     EXPECT_EQ(pointsOf(twoValues(64, 0, 0, 65535)).black, 65528u);
 }
 
-TEST(TonePointsTest, SeveralTilesOfTheCoarsestLevelCount) {
+TEST(PercentilePointsTest, SeveralTilesOfTheCoarsestLevelCount) {
     ImportOptions options;
     options.tileSize = 16;
     options.levels = 1;
-    TonePoints const points = pointsOf(twoValues(200, 150, 8000, 16000), options);
+    PercentilePoints const points = pointsOf(twoValues(200, 150, 8000, 16000), options);
     EXPECT_EQ(points.black, 8000u);
     EXPECT_EQ(points.white, 16000u);
 }
 
-TEST(TonePointsTest, ThePaddingOfTilesDoesNotCount) {
+TEST(PercentilePointsTest, ThePaddingOfTilesDoesNotCount) {
     ImportOptions options;
     options.tileSize = 256;
     options.levels = 3;
-    TonePoints const points = pointsOf(twoValues(20, 0, 0, 24000), options);
+    PercentilePoints const points = pointsOf(twoValues(20, 0, 0, 24000), options);
     EXPECT_EQ(points.black, 24000u);
 }

@@ -1,4 +1,4 @@
-#include "host/view/PictureTiles.h"
+#include "host/view/LevelTiles.h"
 
 #include "host/Quietly.h"
 #include "host/filter/FilterDescriptions.h"
@@ -17,11 +17,11 @@ constexpr unsigned kPlaceBits = 18; // along a side of a level
 constexpr unsigned kPlaneBits = 2;
 constexpr unsigned kBandBits = 2;
 constexpr unsigned kLevelBits = TileNumbers::kBits - 2 * kPlaceBits - kPlaneBits - kBandBits;
-static_assert(StoreInfo::kMaxSide / picturetile::kSide <= std::size_t{1} << kPlaceBits);
+static_assert(StoreInfo::kMaxSide / leveltile::kSide <= std::size_t{1} << kPlaceBits);
 static_assert(StoreInfo::kMaxLevels < std::size_t{1} << kLevelBits);
 static_assert(StoreInfo::kMaxBands <= std::size_t{1} << kPlaneBits);
 
-std::size_t numberOf(PictureTile const& tile, std::size_t plane, Band band) {
+std::size_t numberOf(LevelTile const& tile, std::size_t plane, Band band) {
     std::size_t const place = ((tile.level << kPlaceBits | tile.row) << kPlaceBits) | tile.column;
     return ((place << kPlaneBits | plane) << kBandBits) | static_cast<std::size_t>(band);
 }
@@ -60,23 +60,22 @@ Filter colourStep(bool grey, bool shown) {
 
 } // namespace
 
-PictureTiles::PictureTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets,
-                           StoreInfo const& info)
+LevelTiles::LevelTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, StoreInfo const& info)
     : instance_(std::move(instance)), targets_(targets), info_(info), numbers_(instance_) {}
 
-unsigned PictureTiles::depth() const {
+unsigned LevelTiles::depth() const {
     return static_cast<unsigned>(info_.bits - info_.residualBits);
 }
 
-SampleLayout PictureTiles::layout() const {
+SampleLayout LevelTiles::layout() const {
     return depth() == kShownDepth ? Layout::kRgba8 : Layout::kThreeChannel16;
 }
 
-bool PictureTiles::hasParent(PictureTile const& tile) const {
-    return tile.level == info_.levels || has(picturetile::parent(tile));
+bool LevelTiles::hasParent(LevelTile const& tile) const {
+    return tile.level == info_.levels || has(leveltile::parent(tile));
 }
 
-std::vector<std::size_t> PictureTiles::bandIds(PictureTile const& tile, std::vector<Value> const& values) const {
+std::vector<std::size_t> LevelTiles::bandIds(LevelTile const& tile, std::vector<Value> const& values) const {
     std::vector<std::size_t> ids;
     std::size_t part = 0;
     for (std::size_t plane = 0; plane < info_.bands; ++plane) {
@@ -87,14 +86,14 @@ std::vector<std::size_t> PictureTiles::bandIds(PictureTile const& tile, std::vec
     return ids;
 }
 
-bool PictureTiles::hasBands(PictureTile const& tile) const {
+bool LevelTiles::hasBands(LevelTile const& tile) const {
     auto const known = known_.find(tile);
     if (known == known_.end()) return false;
     std::vector<std::size_t> const ids = bandIds(tile, known->second);
     return std::all_of(ids.begin(), ids.end(), [this](std::size_t id) { return instance_->tileSet(id); });
 }
 
-void PictureTiles::build(LoadedTile const& loaded) {
+void LevelTiles::buildFromLoaded(LoadedTile const& loaded) {
     std::vector<Value> values;
     std::transform(loaded.parts.begin(), loaded.parts.end(), std::back_inserter(values),
                    [](BandPart const& part) { return part.value; });
@@ -109,33 +108,33 @@ void PictureTiles::build(LoadedTile const& loaded) {
         instance_->setTile(id, part.bytes, {part.region.width, part.region.height, 1}, 0);
         instance_->lockTile(id);
     }
-    make(loaded.job.tile, values);
+    build(loaded.job.tile, values);
     known_.emplace(loaded.job.tile, std::move(values));
 }
 
-void PictureTiles::rebuild(PictureTile const& tile) {
+void LevelTiles::buildFromCache(LevelTile const& tile) {
     std::vector<Value> const& values = known_.at(tile);
     std::vector<std::size_t> const ids = bandIds(tile, values);
     BandLock const lock(*instance_, ids);
     for (std::size_t const id : ids)
         instance_->lockTile(id);
-    make(tile, values);
+    build(tile, values);
 }
 
-void PictureTiles::buildEmpty(PictureTile const& tile) {
-    make(tile, std::vector<Value>(info_.bands * bandsFor(info_, tile).size(), Value(0)));
+void LevelTiles::buildEmpty(LevelTile const& tile) {
+    build(tile, std::vector<Value>(info_.bands * bandsFor(info_, tile).size(), Value(0)));
 }
 
-OwnedTarget const* PictureTiles::pixels(PictureTile const& tile) {
+OwnedTarget const* LevelTiles::pixels(LevelTile const& tile) {
     Tile const* const found = tiles_.find(tile);
     return found != nullptr ? &found->pixels : nullptr;
 }
 
-PlanePart const& PictureTiles::plane(PictureTile const& tile, std::size_t plane) {
+PlanePart const& LevelTiles::plane(LevelTile const& tile, std::size_t plane) {
     return tiles_.find(tile)->planes.at(plane);
 }
 
-void PictureTiles::make(PictureTile const& tile, std::vector<Value> const& values) {
+void LevelTiles::build(LevelTile const& tile, std::vector<Value> const& values) {
     std::size_t const bands = bandsFor(info_, tile).size();
     std::vector<PlanePart> planes;
     std::size_t bytes = 0;
@@ -145,15 +144,15 @@ void PictureTiles::make(PictureTile const& tile, std::vector<Value> const& value
         bytes += 2 * planes.back().region.width * planes.back().region.height;
     }
     OwnedTarget pixels = coloured(tile, planes);
-    Region const shown = picturetile::shownRegion(info_, tile);
+    Region const shown = leveltile::shownRegion(info_, tile);
     bytes += shown.width * shown.height * (layout() == Layout::kRgba8 ? 4 : 8);
     tiles_.keep(tile, {std::move(planes), std::move(pixels)}, bytes);
 }
 
-PlanePart PictureTiles::rebuiltPlane(PictureTile const& tile, std::size_t plane, std::vector<Value> const& values) {
+PlanePart LevelTiles::rebuiltPlane(LevelTile const& tile, std::size_t plane, std::vector<Value> const& values) {
     if (tile.level == info_.levels) return bandPart(tile, plane, Band::LL, values[0]);
-    Region const bands = picturetile::bandRegion(info_, tile);
-    PlanePart const& parent = tiles_.find(picturetile::parent(tile))->planes[plane];
+    Region const bands = leveltile::bandRegion(info_, tile);
+    PlanePart const& parent = tiles_.find(leveltile::parent(tile))->planes[plane];
     PlanePart const hl = bandPart(tile, plane, Band::HL, values[0]);
     PlanePart const lh = bandPart(tile, plane, Band::LH, values[1]);
     PlanePart const hh = bandPart(tile, plane, Band::HH, values[2]);
@@ -176,7 +175,7 @@ PlanePart PictureTiles::rebuiltPlane(PictureTile const& tile, std::size_t plane,
     return {std::move(samples), {2 * bands.x, 2 * bands.y, whole.width, whole.height}};
 }
 
-PlanePart PictureTiles::bandPart(PictureTile const& tile, std::size_t plane, Band band, Value const& value) {
+PlanePart LevelTiles::bandPart(LevelTile const& tile, std::size_t plane, Band band, Value const& value) {
     Region const region = partRegion(info_, tile);
     Region const all = {0, 0, region.width, region.height};
     PlanePart part = {targets_.target(Layout::kOneChannel16, {region.width, region.height}), region};
@@ -189,9 +188,9 @@ PlanePart PictureTiles::bandPart(PictureTile const& tile, std::size_t plane, Ban
     return part;
 }
 
-OwnedTarget PictureTiles::coloured(PictureTile const& tile, std::vector<PlanePart> const& planes) {
+OwnedTarget LevelTiles::coloured(LevelTile const& tile, std::vector<PlanePart> const& planes) {
     bool const grey = pixelbands::isGrey(info_.bands);
-    Region const shown = picturetile::shownRegion(info_, tile);
+    Region const shown = leveltile::shownRegion(info_, tile);
     Size const even = {shown.width + shown.width % 2, shown.height};
     auto const plane = [&](std::size_t index) { return source(planes[grey ? 0 : index], shown.x, shown.y); };
     OwnedTarget const deep = targets_.target(Layout::kThreeChannel16, even);

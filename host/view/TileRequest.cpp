@@ -1,0 +1,60 @@
+#include "host/view/TileRequest.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+// In samples of the view's level.
+struct Point {
+    double x;
+    double y;
+};
+
+double distance(LevelTile const& tile, std::size_t level, Point const& middle) {
+    double const side = std::ldexp(leveltile::kSide, static_cast<int>(tile.level) - static_cast<int>(level));
+    return std::hypot((static_cast<double>(tile.column) + 0.5) * side - middle.x,
+                      (static_cast<double>(tile.row) + 0.5) * side - middle.y);
+}
+
+std::vector<LevelTile> sorted(std::set<LevelTile> const& tiles, std::size_t level, Point const& middle) {
+    std::vector<LevelTile> result(tiles.begin(), tiles.end());
+    std::sort(result.begin(), result.end(), [&](LevelTile const& a, LevelTile const& b) {
+        if (a.level != b.level) return a.level > b.level;
+        return distance(a, level, middle) < distance(b, level, middle);
+    });
+    return result;
+}
+
+void addParents(std::set<LevelTile>& tiles, std::size_t coarsest) {
+    for (LevelTile tile : std::vector<LevelTile>(tiles.begin(), tiles.end())) {
+        while (tile.level < coarsest && tiles.insert(tile = leveltile::parent(tile)).second)
+            ;
+    }
+}
+
+} // namespace
+
+TileRequest requestFor(StoreInfo const& info, View const& view, ShownTiles& tiles, bool enhanceCoarserLevels) {
+    Region const samples = view.samplesOf(view.pixelsOf(info));
+    std::size_t const level = view.zoom.level();
+    std::vector<LevelTile> const shown = leveltile::over(level, samples);
+    std::set<LevelTile> all(shown.begin(), shown.end());
+    if (enhanceCoarserLevels) addParents(all, info.levels);
+
+    TileRequest wanted;
+    for (LevelTile const& tile : all) {
+        auto const sources = tiles.sources(tile);
+        wanted.needed.insert(sources.begin(), sources.end());
+        auto const residuals = tiles.residualSources(tile);
+        wanted.residuals.insert(residuals.begin(), residuals.end());
+    }
+    addParents(wanted.needed, info.levels);
+    Point const middle = {static_cast<double>(samples.x) + static_cast<double>(samples.width) / 2,
+                          static_cast<double>(samples.y) + static_cast<double>(samples.height) / 2};
+    wanted.rebuilt = sorted(wanted.needed, level, middle);
+    for (LevelTile const& tile : sorted(all, level, middle))
+        (tile.level == level ? wanted.shown : wanted.coarser).push_back(tile);
+    wanted.pinnedShown = std::move(all);
+    return wanted;
+}
