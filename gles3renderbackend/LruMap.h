@@ -75,6 +75,12 @@ public:
     /// Removes the entries with lo <= key < hi, locked or not. Returns their bytes.
     size_t eraseRange(K const& lo, K const& hi);
 
+    /// Evicts entries, least recently used first, until at most `bytes` are used or only locked entries are left.
+    /// Returns the bytes that went. For owners of several maps, who share out one budget from time to time.
+    size_t evictTo(size_t bytes);
+
+    /// Entries.
+    size_t size() const { return index_.size(); }
     /// Bytes.
     size_t capacity() const { return capacity_; }
     /// Bytes of all entries.
@@ -310,6 +316,17 @@ void LruMap<K, V, Hash>::evict(Entry const* keep) {
         if (oldest == nullptr) return;
         destroy(*oldest);
     }
+}
+
+template <class K, class V, class Hash>
+size_t LruMap<K, V, Hash>::evictTo(size_t bytes) {
+    size_t evicted = 0;
+    while (used_ > bytes) {
+        Entry* const oldest = oldestUnlockedBut(nullptr);
+        if (oldest == nullptr) break;
+        evicted += destroy(*oldest);
+    }
+    return evicted;
 }
 
 template <class K, class V, class Hash>

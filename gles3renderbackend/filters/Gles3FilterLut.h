@@ -1,5 +1,6 @@
 #pragma once
 
+#include "gles3renderbackend/LruMap.h"
 #include "gles3renderbackend/filters/LookupTexture.h"
 #include "gles3renderbackend/resources/Gles3Shader.h"
 #include "renderbackend/SingleFilterParameters.h"
@@ -7,8 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <list>
-#include <map>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -45,32 +45,28 @@ public:
     virtual T tableKey(SingleFilterParameters const& params) const = 0;
 
 private:
-    struct Entry {
-        Gles3Texture texture;
-        typename std::list<T>::iterator position;
+    // All that is asked of T is an order.
+    struct Key {
+        bool operator<(Key const& other) const { return value < other.value; }
+        bool operator==(Key const& other) const { return !(value < other.value) && !(other.value < value); }
+
+        T value;
+    };
+    // Enough for ten keys.
+    struct NoHash {
+        size_t operator()(Key const&) const { return 0; }
     };
 
     Gles3Texture const& tableFor(SingleFilterParameters const& params) {
-        T const key = tableKey(params);
-        auto const found = tables_.find(key);
-        if (found != tables_.end()) {
-            recency_.splice(recency_.end(), recency_, found->second.position);
-            return found->second.texture;
-        }
-        Gles3Texture texture = lookup::makeTexture(computeTable(params), bitDepthIn());
-        std::list<T> newest(1, key);
-        Entry const& made = tables_.emplace(key, Entry{std::move(texture), newest.begin()}).first->second;
+        Key const key{tableKey(params)};
+        if (std::optional<Gles3Texture> const* const kept = tables_.find(key)) return **kept;
+        Gles3Texture table = lookup::makeTexture(computeTable(params), bitDepthIn());
+        std::optional<Gles3Texture>& kept = tables_.get(key);
         // Nothing below takes memory: a table without room for itself drops no other.
-        recency_.splice(recency_.end(), newest);
-        if (tables_.size() > kTablesKept) {
-            tables_.erase(recency_.front());
-            recency_.pop_front();
-        }
-        return made.texture;
+        kept.emplace(std::move(table));
+        tables_.setSize(key, 1);
+        return *kept;
     }
 
-    static constexpr size_t kTablesKept = 10;
-
-    std::map<T, Entry> tables_;
-    std::list<T> recency_; ///< keys of tables_, the one not used longest in front
+    LruMap<Key, std::optional<Gles3Texture>, NoHash> tables_{10}; // each counts as one
 };

@@ -226,5 +226,21 @@ TEST_F(LruMapLockTest, ErasedKeyComesBackUnlockedEmptyAndWithANewValue) {
     EXPECT_TRUE(map.invariantsHold());
 }
 
+TEST_F(LruMapLockTest, EvictToCountsLockedBytesAndLeavesThemBe) {
+    Cache map(kNoLimit);
+    for (size_t id = 0; id < 4; ++id)
+        put(map, {1, id}, 10);
+    map.lock({1, 0});
+    EXPECT_EQ(map.evictTo(40), 0u);
+    EXPECT_EQ(map.evictTo(25), 20u);
+    EXPECT_EQ(present(map), (Ids{0, 3}));
+    EXPECT_EQ(map.evictTo(5), 10u) << "the locked entry stays beyond the budget";
+    EXPECT_EQ(present(map), (Ids{0}));
+    EXPECT_EQ(map.size(), 1u);
+    map.unlock({1, 0});
+    EXPECT_EQ(map.evictTo(5), 10u);
+    EXPECT_TRUE(map.invariantsHold());
+}
+
 } // namespace
 } // namespace lrumaptest

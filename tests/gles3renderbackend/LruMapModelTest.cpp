@@ -71,6 +71,17 @@ public:
         return eraseIf([&](Record const& record) { return lo <= record.key && record.key < hi; });
     }
 
+    size_t evictTo(size_t bytes) {
+        size_t const before = used();
+        for (size_t i = 0; i < records_.size() && used() > bytes;) {
+            if (records_[i].locked)
+                ++i;
+            else
+                records_.erase(records_.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+        return before - used();
+    }
+
     Record* at(Key const& key) {
         for (Record& record : records_) {
             if (record.key == key) return &record;
@@ -125,7 +136,7 @@ public:
 
     void step() {
         Key const key = anyKey();
-        switch (below(12)) {
+        switch (below(13)) {
         case 0:
         case 1:
         case 2:
@@ -144,6 +155,8 @@ public:
         case 10:
             ASSERT_EQ(map_.erase(key), model_.erase(key));
             return;
+        case 11:
+            return evictTo(below(200));
         default:
             return below(8) == 0 ? eraseRange(key, anyKey()) : get(key);
         }
@@ -164,6 +177,7 @@ public:
     void compare() {
         ASSERT_TRUE(map_.invariantsHold());
         ASSERT_EQ(map_.used(), model_.used());
+        ASSERT_EQ(map_.size(), model_.records().size());
         ASSERT_EQ(map_.lockedBytes(), model_.lockedBytes());
         ASSERT_EQ(Counted::alive(), model_.records().size());
         for (NaiveLru::Record const& record : model_.records()) {
@@ -194,6 +208,8 @@ private:
     }
 
     void setSize(Key const& key, size_t bytes) { ASSERT_EQ(map_.setSize(key, bytes), model_.setSize(key, bytes)); }
+
+    void evictTo(size_t bytes) { ASSERT_EQ(map_.evictTo(bytes), model_.evictTo(bytes)); }
 
     void setLocked(Key const& key, bool locked) {
         locked ? map_.lock(key) : map_.unlock(key);

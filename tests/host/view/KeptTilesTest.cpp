@@ -10,17 +10,17 @@ LevelTile tile(std::size_t column) {
     return {0, column, 0};
 }
 
-KeptTiles<int> fiveTilesOfTen() {
-    KeptTiles<int> tiles;
-    for (int i = 0; i < 5; ++i)
-        tiles.keep(tile(static_cast<std::size_t>(i)), int(i), 10);
-    return tiles;
-}
+struct FiveTilesOfTen : KeptTiles<int> {
+    FiveTilesOfTen() {
+        for (int i = 0; i < 5; ++i)
+            keep(tile(static_cast<std::size_t>(i)), int(i), 10);
+    }
+};
 
 } // namespace
 
 TEST(KeptTilesTest, TilesAreFoundAndCounted) {
-    auto tiles = fiveTilesOfTen();
+    FiveTilesOfTen tiles;
     EXPECT_EQ(*tiles.find(tile(3)), 3);
     EXPECT_EQ(tiles.find(tile(5)), nullptr);
     EXPECT_EQ(tiles.bytes(), 50U);
@@ -28,7 +28,7 @@ TEST(KeptTilesTest, TilesAreFoundAndCounted) {
 }
 
 TEST(KeptTilesTest, ThoseUsedLongestAgoGoFirst) {
-    auto tiles = fiveTilesOfTen();
+    FiveTilesOfTen tiles;
     tiles.find(tile(0));
     EXPECT_EQ(tiles.trim(25, {}), 30U);
     EXPECT_TRUE(tiles.has(tile(0)));
@@ -37,15 +37,25 @@ TEST(KeptTilesTest, ThoseUsedLongestAgoGoFirst) {
 }
 
 TEST(KeptTilesTest, NeededTilesStayEvenBeyondTheBudget) {
-    auto tiles = fiveTilesOfTen();
+    FiveTilesOfTen tiles;
     EXPECT_EQ(tiles.trim(0, {tile(1), tile(2)}), 30U);
     EXPECT_TRUE(tiles.has(tile(1)));
     EXPECT_TRUE(tiles.has(tile(2)));
     EXPECT_EQ(tiles.bytes(), 20U);
+    EXPECT_EQ(tiles.trim(0, {tile(2)}), 10U) << "it is needed no more";
+    EXPECT_FALSE(tiles.has(tile(1)));
+}
+
+TEST(KeptTilesTest, BeingNeededIsNoUse) {
+    FiveTilesOfTen tiles;
+    tiles.trim(40, {tile(0)});
+    EXPECT_TRUE(tiles.has(tile(0)));
+    tiles.trim(30, {});
+    EXPECT_FALSE(tiles.has(tile(0))) << "it was used longest ago";
 }
 
 TEST(KeptTilesTest, NothingGoesWithinTheBudget) {
-    auto tiles = fiveTilesOfTen();
+    FiveTilesOfTen tiles;
     EXPECT_EQ(tiles.trim(50, {}), 0U);
     EXPECT_EQ(tiles.count(), 5U);
 }
