@@ -23,6 +23,13 @@ void Damages::noteOfAreas(std::exception_ptr const& failure) {
     areasUnknown_ = true;
 }
 
+void Damages::add(Damages const& other) {
+    bands_.insert(other.bands_.begin(), other.bands_.end());
+    residuals_.insert(other.residuals_.begin(), other.residuals_.end());
+    areasUnknown_ = areasUnknown_ || other.areasUnknown_;
+    if (first_.empty()) first_ = other.first_;
+}
+
 bool Damages::cannotBeRebuilt(LevelTile const& tile) const {
     if (bands_.empty()) return false;
     for (LevelTile one = tile;; one = leveltile::parent(one)) {

@@ -19,6 +19,9 @@ public:
     /// The same of the places that have data, without which every tile has to be read.
     void noteOfAreas(std::exception_ptr const& failure);
 
+    /// What another view of the store has found.
+    void add(Damages const& other);
+
     bool cannotBeRebuilt(LevelTile const& tile) const;
     bool hasNoResiduals(LevelTile const& tile) const { return residuals_.count(tile) != 0; }
     bool areasUnknown() const { return areasUnknown_; }

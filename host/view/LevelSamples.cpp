@@ -38,6 +38,22 @@ std::vector<std::uint16_t> LevelSamples::codes(std::size_t level, Region const& 
     return std::move(result.codes);
 }
 
+std::vector<std::uint16_t> LevelSamples::codes(View const& view) {
+    Region const pixels = view.pixelsOf(info_);
+    Region const samples = view.samplesOf(pixels);
+    std::vector<std::uint16_t> const all = codes(view.zoom.level(), samples, info_.bands);
+    std::vector<std::uint16_t> codes;
+    codes.reserve(pixels.width * pixels.height * info_.bands);
+    for (std::size_t y = pixels.y; y < pixels.y + pixels.height; ++y) {
+        std::size_t const row = (view.zoom.sampleAt(y) - samples.y) * samples.width;
+        for (std::size_t x = pixels.x; x < pixels.x + pixels.width; ++x) {
+            auto const* const pixel = &all[(row + view.zoom.sampleAt(x) - samples.x) * info_.bands];
+            codes.insert(codes.end(), pixel, pixel + info_.bands);
+        }
+    }
+    return codes;
+}
+
 EnhancementChain::Planes LevelSamples::planes(std::size_t level, Region const& region) {
     std::size_t const bands = pixelbands::isGrey(info_.bands) ? 1 : 3;
     std::vector<std::uint16_t> const all = codes(level, region, bands);

@@ -2,6 +2,7 @@
 
 #include "host/filter/EnhancementChain.h"
 #include "host/view/LevelTiles.h"
+#include "host/view/View.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -31,6 +32,8 @@ public:
     /// Interleaved, the first `bands` of the picture. The tiles that the region meets are rebuilt, and at level 0 their
     /// residual bits are there.
     std::vector<std::uint16_t> codes(std::size_t level, Region const& region, std::size_t bands);
+    /// Of all bands, each pixel of a view that lies within the picture: the nearest sample.
+    std::vector<std::uint16_t> codes(View const& view);
     /// Red, green and blue as chains of enhancements take them: the upper 15 bits.
     EnhancementChain::Planes planes(std::size_t level, Region const& region);
 

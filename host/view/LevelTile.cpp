@@ -38,6 +38,13 @@ Region leveltile::shownRegion(StoreInfo const& info, LevelTile const& tile) {
     return fromCorner(tile, kSide, levelExtent(info, tile.level));
 }
 
+Region leveltile::pixelRegion(StoreInfo const& info, Zoom const& zoom, LevelTile const& tile) {
+    Region const samples = shownRegion(info, tile);
+    std::size_t const x = zoom.pixelsOf(samples.x);
+    std::size_t const y = zoom.pixelsOf(samples.y);
+    return {x, y, zoom.pixelsOf(samples.x + samples.width) - x, zoom.pixelsOf(samples.y + samples.height) - y};
+}
+
 Region leveltile::planeRegion(StoreInfo const& info, LevelTile const& tile) {
     return fromCorner(tile, kSide + kMargin, storegeometry::bandExtent(info, tile.level));
 }

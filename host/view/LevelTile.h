@@ -43,6 +43,8 @@ Size pixelExtent(StoreInfo const& info, Zoom const& zoom);
 
 /// The tile's samples without the margin, as far as they show the picture.
 Region shownRegion(StoreInfo const& info, LevelTile const& tile);
+/// The pixels of the whole picture at a zoom of the tile's level that show those samples.
+Region pixelRegion(StoreInfo const& info, Zoom const& zoom, LevelTile const& tile);
 /// With the margin, as far as the level has samples.
 Region planeRegion(StoreInfo const& info, LevelTile const& tile);
 /// What the tile is rebuilt from: this region of each band of the next level, even in width. Not for tiles of the

@@ -11,7 +11,6 @@ namespace {
 
 using Layout = SampleLayout;
 
-constexpr unsigned kShownDepth = 8;
 // Of a part of a band among the numbers that the tiles of a store take in the instance's cache.
 constexpr unsigned kPlaceBits = 18; // along a side of a level
 constexpr unsigned kPlaneBits = 2;

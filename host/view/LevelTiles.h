@@ -34,6 +34,9 @@ struct PlanePart {
 /// the bands beyond the picture's edge, so no edge is a case of its own. GL thread only. Throws VelmoraException.
 class LevelTiles {
 public:
+    /// Bits of a sample that is shown as it is.
+    static constexpr unsigned kShownDepth = 8;
+
     LevelTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, StoreInfo const& info);
 
     /// Of the pixels: RGBA texels where a sample has 8 bits, else three channels of 16.

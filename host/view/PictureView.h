@@ -1,7 +1,10 @@
 #pragma once
 
 #include "host/filter/Enhancement.h"
-#include "host/store/StoreInfo.h"
+#include "host/view/DataMask.h"
+#include "host/view/FrameComposer.h"
+#include "host/view/StoreTileStages.h"
+#include "host/view/TilePipeline.h"
 #include "host/view/View.h"
 #include "renderbackend/RenderBackendInstance.h"
 
@@ -11,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,7 +36,7 @@ public:
         std::size_t threads = 0;                   ///< that read tiles; 0: as many as the machine has cores
         std::size_t hostBytes = 256 * 1000 * 1000; ///< for tiles that are decompressed
         std::size_t gpuBytes = 256 * 1000 * 1000;  ///< for rebuilt tiles; what one frame needs may be more
-        bool enhanceCoarserLevels = true;          ///< coarser levels are made fit to be shown too
+        bool enhanceCoarserLevels = true;          ///< to show them until finer ones arrive
         std::array<std::uint8_t, 3> background = {32, 32, 32};
         /// What is damaged is shown as a hole, striped, and so is what cannot be rebuilt or enhanced without it; else
         /// it is thrown.
@@ -44,31 +48,28 @@ public:
     /// Opens the store; nothing is read from it yet but its description and which areas are empty.
     PictureView(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
                 Options const& options);
-    ~PictureView();
     PictureView(PictureView const&) = delete;
     PictureView& operator=(PictureView const&) = delete;
 
-    StoreInfo const& info() const;
+    StoreInfo const& info() const { return stages_.info(); }
     /// Pixels of the whole picture at a zoom.
     Size sizeAt(Zoom const& zoom) const;
 
     /// Enhancements from now on. Throws HostError (usage) where they read too much around a pixel.
     void enhance(std::vector<enhancement::Step> const& steps);
-    void show(View const& view);
+    void show(View const& view) { pipeline_.want(view); }
+    /// The one that was shown last; at first one without pixels.
+    View const& view() const { return pipeline_.view(); }
     /// Whether something new can be seen.
-    bool advance(std::chrono::milliseconds time);
+    bool advance(std::chrono::milliseconds time) { return pipeline_.advance(time); }
     /// Waits for a thread to finish a tile, for at most so long; returns at once where nothing is in work.
-    void wait(std::chrono::milliseconds time);
+    void wait(std::chrono::milliseconds time) { stages_.wait(time); }
     /// Whether frame() shows the view as it is wanted, but for holes.
-    bool complete() const;
+    bool complete() const { return pipeline_.complete(); }
     /// Whether the view has any.
-    bool hasHoles();
-
-    struct Damage {
-        std::size_t tiles = 0; ///< that were found damaged so far
-        std::string first;     ///< what was found first, a sentence for the user; empty: nothing
-    };
-    Damage damage() const;
+    bool hasHoles() const { return !pipeline_.holes().empty(); }
+    /// What was found damaged so far.
+    Damages const& damages() const { return damages_; }
 
     /// Draws the view. The id of a target of RGBA texels whose upper left corner is the frame, the top row first; valid
     /// until the next call.
@@ -94,6 +95,15 @@ public:
     Statistics statistics() const;
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    std::vector<Region> holes() const;
+
+    std::shared_ptr<RenderBackendInstance> instance_;
+    std::array<std::uint8_t, 3> background_;
+    FilterRunner targets_;
+    StoreTileStages stages_;
+    Damages damages_;
+    TilePipeline pipeline_;
+    FrameComposer composer_;
+    DataMask mask_;
+    std::optional<OwnedTarget> frame_;
 };

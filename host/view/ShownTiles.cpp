@@ -47,14 +47,13 @@ std::vector<Region> ShownTiles::pieces(LevelTile const& tile) const {
     return result;
 }
 
-std::vector<LevelTile> ShownTiles::sources(LevelTile const& tile) {
-    if (asRebuilt()) return {tile};
-    return leveltile::over(tile.level, chain(tile.level).inputFor(leveltile::shownRegion(info_, tile)));
-}
-
-std::vector<LevelTile> ShownTiles::residualSources(LevelTile const& tile) {
-    bool const needed = tile.level == 0 && info_.residualBits > 0 && !steps_.empty();
-    return needed ? sources(tile) : std::vector<LevelTile>();
+TileSources ShownTiles::sourcesOf(LevelTile const& tile) {
+    if (asRebuilt()) return {{tile}, {}};
+    TileSources sources = {leveltile::over(tile.level, chain(tile.level).inputFor(leveltile::shownRegion(info_, tile))),
+                           {}};
+    // Enhancements of 16 bits look at 15.
+    if (tile.level == 0 && info_.residualBits > 0 && !steps_.empty()) sources.residuals = sources.rebuilt;
+    return sources;
 }
 
 bool ShownTiles::has(LevelTile const& tile) const {

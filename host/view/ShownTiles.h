@@ -3,6 +3,7 @@
 #include "host/filter/EnhancementChain.h"
 #include "host/view/LevelSamples.h"
 #include "host/view/LevelTiles.h"
+#include "host/view/TileRequest.h"
 
 #include <cstddef>
 #include <map>
@@ -20,10 +21,7 @@ public:
     /// The enhancements from now on; drops all tiles. Throws HostError (usage) where they read too much around a pixel.
     void enhance(std::vector<enhancement::Step> const& steps);
 
-    /// The rebuilt tiles that one is made of: itself and, where an enhancement reads around a pixel, its neighbours.
-    std::vector<LevelTile> sources(LevelTile const& tile);
-    /// Those of them whose residual bits are needed besides: enhancements of 16 bits look at 15.
-    std::vector<LevelTile> residualSources(LevelTile const& tile);
+    TileSources sourcesOf(LevelTile const& tile);
     bool has(LevelTile const& tile) const;
     /// Its sources are there, and their residual bits.
     void build(LevelTile const& tile);

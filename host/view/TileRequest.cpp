@@ -35,26 +35,27 @@ void addParents(std::set<LevelTile>& tiles, std::size_t coarsest) {
 
 } // namespace
 
-TileRequest requestFor(StoreInfo const& info, View const& view, ShownTiles& tiles, bool enhanceCoarserLevels) {
+TileRequest requestFor(StoreInfo const& info, View const& view,
+                       std::function<TileSources(LevelTile const&)> const& sourcesOf, bool withCoarser) {
     Region const samples = view.samplesOf(view.pixelsOf(info));
     std::size_t const level = view.zoom.level();
     std::vector<LevelTile> const shown = leveltile::over(level, samples);
     std::set<LevelTile> all(shown.begin(), shown.end());
-    if (enhanceCoarserLevels) addParents(all, info.levels);
+    if (withCoarser) addParents(all, info.levels);
 
-    TileRequest wanted;
+    TileRequest request;
     for (LevelTile const& tile : all) {
-        auto const sources = tiles.sources(tile);
-        wanted.needed.insert(sources.begin(), sources.end());
-        auto const residuals = tiles.residualSources(tile);
-        wanted.residuals.insert(residuals.begin(), residuals.end());
+        TileSources sources = sourcesOf(tile);
+        request.needed.insert(sources.rebuilt.begin(), sources.rebuilt.end());
+        request.residuals.insert(sources.residuals.begin(), sources.residuals.end());
+        request.sources.emplace(tile, std::move(sources));
     }
-    addParents(wanted.needed, info.levels);
+    addParents(request.needed, info.levels);
     Point const middle = {static_cast<double>(samples.x) + static_cast<double>(samples.width) / 2,
                           static_cast<double>(samples.y) + static_cast<double>(samples.height) / 2};
-    wanted.rebuilt = sorted(wanted.needed, level, middle);
+    request.rebuilt = sorted(request.needed, level, middle);
     for (LevelTile const& tile : sorted(all, level, middle))
-        (tile.level == level ? wanted.shown : wanted.coarser).push_back(tile);
-    wanted.pinnedShown = std::move(all);
-    return wanted;
+        (tile.level == level ? request.shown : request.coarser).push_back(tile);
+    request.pinnedShown = std::move(all);
+    return request;
 }

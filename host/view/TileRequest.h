@@ -1,20 +1,31 @@
 #pragma once
 
-#include "host/view/ShownTiles.h"
+#include "host/view/LevelTile.h"
 #include "host/view/View.h"
 
+#include <functional>
+#include <map>
 #include <set>
 #include <vector>
 
-/// The tiles that a view needs, coarser levels first, in a level those first that are nearest to the frame's middle.
-struct TileRequest {
-    std::vector<LevelTile> rebuilt; ///< also what finer ones are rebuilt from
-    std::vector<LevelTile> shown;   ///< of the view's level
-    std::vector<LevelTile> coarser; ///< shown until those are there; the coarsest level first
-    std::set<LevelTile> needed;     ///< rebuilt ones
-    std::set<LevelTile> residuals;  ///< those of them whose residual bits are needed too
-    std::set<LevelTile> pinnedShown;
+/// The rebuilt tiles that a tile is enhanced from.
+struct TileSources {
+    std::vector<LevelTile> rebuilt;   ///< itself and, where an enhancement reads around a pixel, its neighbours
+    std::vector<LevelTile> residuals; ///< those of them whose residual bits are needed besides
 };
 
-/// enhanceCoarserLevels: with `coarser`.
-TileRequest requestFor(StoreInfo const& info, View const& view, ShownTiles& tiles, bool enhanceCoarserLevels);
+/// The tiles that a view needs. In the lists coarser levels come first, in a level those tiles that are nearest to the
+/// frame's middle.
+struct TileRequest {
+    std::vector<LevelTile> rebuilt;           ///< also what finer ones are rebuilt from
+    std::vector<LevelTile> shown;             ///< of the view's level
+    std::vector<LevelTile> coarser;           ///< fallbacks, shown until those are there
+    std::map<LevelTile, TileSources> sources; ///< of the shown ones and their fallbacks
+    std::set<LevelTile> needed;               ///< the rebuilt ones
+    std::set<LevelTile> residuals;            ///< those of them whose residual bits are needed too
+    std::set<LevelTile> pinnedShown;          ///< the shown ones and their fallbacks
+};
+
+/// withCoarser: with fallbacks.
+TileRequest requestFor(StoreInfo const& info, View const& view,
+                       std::function<TileSources(LevelTile const&)> const& sourcesOf, bool withCoarser);

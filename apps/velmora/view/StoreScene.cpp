@@ -133,18 +133,18 @@ bool StoreScene::advance() {
 
 // Once, where a script or a person finds it also when the window is gone.
 void StoreScene::tellOfDamage() {
-    PictureView::Damage const damage = picture_.damage();
-    if (toldOfDamage_ || damage.first.empty()) return;
+    Damages const& damage = picture_.damages();
+    if (toldOfDamage_ || damage.first().empty()) return;
     toldOfDamage_ = true;
     std::fprintf(stderr, "velmora: %s; what cannot be shown is striped\n",
-                 printableText(damage.first, kMessageCharacters).c_str());
+                 printableText(damage.first(), kMessageCharacters).c_str());
 }
 
 std::string StoreScene::damageText() const {
-    PictureView::Damage const damage = picture_.damage();
-    if (damage.first.empty()) return "";
-    return "damaged: " + (damage.tiles > 0 ? std::to_string(damage.tiles) + " tiles so far, striped"
-                                           : "the index of places with data");
+    Damages const& damage = picture_.damages();
+    if (damage.first().empty()) return "";
+    return "damaged: " + (damage.count() > 0 ? std::to_string(damage.count()) + " tiles so far, striped"
+                                             : "the index of places with data");
 }
 
 bool StoreScene::complete() const {

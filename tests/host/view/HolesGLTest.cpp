@@ -89,8 +89,8 @@ TEST_F(HolesGLTest, ADamagedTileIsStripedAndTheRestIsExact) {
     View const coarser = {Zoom::nearest(0.5, info.levels), 0, 0, 650, 550, false};
     EXPECT_TRUE(completed(*shown, coarser) == frameOf(levels, coarser)) << "level 1 is not made of it";
     EXPECT_FALSE(shown->hasHoles());
-    EXPECT_EQ(shown->damage().tiles, 1U);
-    EXPECT_NE(shown->damage().first.find("tile 6,6 of HL, plane 1, level 1"), std::string::npos);
+    EXPECT_EQ(shown->damages().count(), 1U);
+    EXPECT_NE(shown->damages().first().find("tile 6,6 of HL, plane 1, level 1"), std::string::npos);
 }
 
 TEST_F(HolesGLTest, WhatIsRebuiltFromADamagedTileIsAHoleToo) {
@@ -106,7 +106,7 @@ TEST_F(HolesGLTest, WhatIsRebuiltFromADamagedTileIsAHoleToo) {
     EXPECT_TRUE(completed(*shown, coarse) == striped(frameOf(levels, coarse), coarse, tileAt(0, 0)));
     View const coarser = {Zoom::nearest(0.25, info.levels), 0, 0, 475, 275, false};
     EXPECT_TRUE(completed(*shown, coarser) == frameOf(levels, coarser));
-    EXPECT_EQ(shown->damage().tiles, 1U);
+    EXPECT_EQ(shown->damages().count(), 1U);
     while (shown->statistics().waiting != 0) {
         shown->wait(10ms);
         shown->advance(10ms);
@@ -202,7 +202,7 @@ TEST_F(HolesGLTest, ADamagedIndexOfPlacesChangesNoPixel) {
     View const wanted = {Zoom(), 500, 300, 600, 300, false};
     EXPECT_TRUE(completed(*shown, wanted) == frameOf(levels, wanted));
     EXPECT_FALSE(shown->hasHoles());
-    EXPECT_NE(shown->damage().first, "");
+    EXPECT_NE(shown->damages().first(), "");
     EXPECT_EQ(shown->dataMask(), Bytes(600 * 300, 0)) << "no place is known";
     PictureView strict(instance_, path(), options());
     EXPECT_THROW(completed(strict, wanted), HostError);
