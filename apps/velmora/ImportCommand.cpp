@@ -23,7 +23,6 @@
 
 namespace {
 
-constexpr size_t kMaxJobs = 1024;
 constexpr auto kAutoLevels = "auto";
 
 constexpr auto kExamples = R"(Examples:

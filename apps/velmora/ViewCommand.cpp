@@ -21,7 +21,6 @@ namespace {
 
 constexpr std::size_t kMegabyte = 1000 * 1000;
 constexpr std::size_t kMaxMegabytes = 1000 * 1000;
-constexpr std::size_t kMaxJobs = 1024;
 constexpr double kMaxWindowSide = 16384;
 
 constexpr auto kExamples = R"(Examples:
@@ -163,7 +162,7 @@ void addViewCommand(CLI::App& program) {
     addMemoryOption(*command, "--gpu-memory", memory->gpu, "GPU memory budget: rebuilt tiles");
     command->add_option("--jobs", options->importJobs, "Threads that read tiles; default: one per core")
         ->type_name("N")
-        ->check(CLI::Range(std::size_t{1}, kMaxJobs));
+        ->check(CLI::Range(size_t{1}, kMaxJobs));
     command->add_flag("--bare", options->bare, "Show the picture without overlay");
     command
         ->add_option("--screenshot", options->screenshot,

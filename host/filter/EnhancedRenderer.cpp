@@ -1,6 +1,7 @@
 #include "host/filter/EnhancedRenderer.h"
 
 #include "host/filter/EnhancementChain.h"
+#include "host/filter/RegionRenderer.h"
 #include "host/image/PixelBands.h"
 #include "host/image/PixelSource.h"
 
@@ -12,8 +13,6 @@
 namespace {
 
 constexpr std::size_t kGrid = EnhancementChain::kGrid;
-// Rows of a strip with what is read around it.
-constexpr std::size_t kMaxStripBytes = 64 * 1024 * 1024;
 
 // The rows of a picture that are at hand: a window that only moves down, so that each row is read once.
 class RowWindow {
@@ -62,7 +61,7 @@ public:
     /// The row below the strip that starts at row y: on the grid, unless the region ends before.
     std::size_t stripEnd(std::size_t y) const {
         std::size_t const rowBytes = input(y, 1).width * source_.bands() * source_.sampleBytes();
-        std::size_t const fitting = std::clamp(kMaxStripBytes / rowBytes / kGrid * kGrid, kGrid, side_);
+        std::size_t const fitting = std::clamp(RegionRenderer::kMaxStripBytes / rowBytes / kGrid * kGrid, kGrid, side_);
         return std::min((y / kGrid * kGrid) + fitting, region_.y + region_.height);
     }
 

@@ -21,7 +21,7 @@ constexpr unsigned kPlaneDepth = 15; // samples have a sign
 constexpr unsigned kSharpenDepth = 10;
 constexpr unsigned kMatrixDepth = 12;
 constexpr unsigned kMatrixResultBits = 14; // results of the 16-bit matrix are exact below 2^14
-constexpr unsigned kShownDepth = 8;
+constexpr unsigned kShownDepth = EnhancementChain::kShownDepth;
 constexpr double kOne = 1024.0; // 1.0 in the matrix filters
 
 Size evenSizeOf(Region const& region) {

@@ -27,6 +27,8 @@ public:
     /// Side in pixels of the largest part that goes through the GPU, with what is read around it: a pixel of 16 bits
     /// takes two texels, and every OpenGL ES 3 has textures of 2048.
     static constexpr std::size_t kMaxSide = 1020;
+    /// Bits of a sample of what comes out.
+    static constexpr unsigned kShownDepth = 8;
     /// Parts start at multiples of this, as the regions of the equalisation do.
     static constexpr std::size_t kGrid = 40;
 

@@ -30,6 +30,7 @@ public:
     static constexpr size_t kMinTileSize = 16;
     static constexpr size_t kMaxTileSize = 2048;
     static constexpr size_t kMaxBlockPixels = 2048;
+    /// Of the rows that are read at a time, with what is read around them.
     static constexpr size_t kMaxStripBytes = 64 * 1024 * 1024;
 
     /// Uses one tile and one target of the instance at a time, and gives them back. tileSize: pixels per side,

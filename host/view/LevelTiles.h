@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/filter/EnhancementChain.h"
 #include "host/filter/FilterRunner.h"
 #include "host/view/KeptTiles.h"
 #include "host/view/TileLoader.h"
@@ -35,7 +36,7 @@ struct PlanePart {
 class LevelTiles {
 public:
     /// Bits of a sample that is shown as it is.
-    static constexpr unsigned kShownDepth = 8;
+    static constexpr unsigned kShownDepth = EnhancementChain::kShownDepth;
 
     LevelTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, StoreInfo const& info);
 
