@@ -16,7 +16,7 @@ struct FilterReads {
 };
 
 struct NamedFilterReads {
-    char const* filter;
+    char const* filter = nullptr;
     FilterReads reads;
 };
 
