@@ -10,12 +10,10 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <tuple>
 
 namespace {
 
 constexpr std::chrono::milliseconds kTurn{8};
-constexpr std::size_t kOverviewSide = 200;
 constexpr std::uint64_t kLargestCode = 65535;
 constexpr std::size_t kMessageCharacters = 400;
 
@@ -30,10 +28,11 @@ constexpr enhancement::Gamma kDeepGamma{1.0, 0, kLargestCode};
 StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
                        ViewerOptions const& options, Size const& frame)
     : store_(store),
-      smooth_(options.smooth),
+      toggles_{options.smooth},
       picture_(instance, store, options.picture),
       camera_(picture_.info(), frame),
       switches_(options.steps),
+      overview_(instance, store, options.picture),
       name_(printableText(picture_.info().sourceName)),
       interpretation_(printableText(picture_.info().interpretation)) {
     if (options.start) {
@@ -43,51 +42,53 @@ StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, s
         if (!note.empty()) std::printf("%s\n", note.c_str());
     }
     // What the command line asks for and cannot be done ends the program; a key is only told so.
-    picture_.enhance(switches_.steps());
+    enhance();
 }
 
-void StoreScene::command(Controls::Command command) {
-    StepSwitches const before = switches_;
+Redraw StoreScene::command(Controls::Command command) {
     switch (command) {
     case Controls::Command::Help:
-        helpOn_ = !helpOn_;
-        return;
+        toggles_.help = !toggles_.help;
+        return Redraw::Overlay;
     case Controls::Command::Tiles:
-        tilesOn_ = !tilesOn_;
-        return;
+        toggles_.tiles = !toggles_.tiles;
+        return Redraw::Overlay;
     case Controls::Command::Mask:
-        maskOn_ = !maskOn_;
-        return;
+        toggles_.mask = !toggles_.mask;
+        return Redraw::Overlay;
     case Controls::Command::Smooth:
-        smooth_ = !smooth_;
-        return;
+        toggles_.smooth = !toggles_.smooth;
+        return Redraw::Picture;
     case Controls::Command::Sharpen:
-        switches_.toggle(kSharpen);
-        break;
     case Controls::Command::Gamma:
-        switches_.toggle(isDeep() ? kDeepGamma : kGamma);
-        break;
     case Controls::Command::Equalise:
-        switches_.toggle(kEqualise);
-        break;
+        return toggleStep(command);
     case Controls::Command::None:
     case Controls::Command::Quit:
-        return;
+        return Redraw::Nothing;
     }
+    return Redraw::Nothing;
+}
+
+Redraw StoreScene::toggleStep(Controls::Command command) {
+    StepSwitches const before = switches_;
+    if (command == Controls::Command::Sharpen) switches_.toggle(kSharpen);
+    if (command == Controls::Command::Gamma) switches_.toggle(isDeep() ? kDeepGamma : kGamma);
+    if (command == Controls::Command::Equalise) switches_.toggle(kEqualise);
     try {
         enhance();
     } catch (HostError const& error) {
-        message_ = printableText(error.what(), kMessageCharacters);
         switches_ = before;
-        picture_.enhance(switches_.steps());
+        enhance();
+        message_ = printableText(error.what(), kMessageCharacters);
     }
+    return Redraw::Picture;
 }
 
 void StoreScene::enhance() {
     picture_.enhance(switches_.steps());
+    overview_.enhance(switches_.steps());
     message_.clear();
-    overviewFits_ = false;
-    drawn_ = false;
 }
 
 void StoreScene::setTone(enhancement::Gamma const& tone) {
@@ -112,82 +113,62 @@ void StoreScene::setAutomaticTone() {
 
 View StoreScene::wantedView() const {
     View view = camera_.view();
-    view.smooth = smooth_;
+    view.smooth = toggles_.smooth;
     return view;
 }
 
-bool StoreScene::advance() {
+Redraw StoreScene::advance() {
     View const wanted = wantedView();
-    bool changed = !drawn_;
-    if (!shown_ || *shown_ != wanted) {
-        picture_.show(wanted);
-        shown_ = wanted;
-        maskFits_ = false;
-        changed = true;
-    }
-    changed |= picture_.advance(kTurn);
+    bool const moved = picture_.view() != wanted;
+    if (moved) picture_.show(wanted);
+    bool const loaded = picture_.advance(kTurn);
     tellOfDamage();
-    if (changed) drawn_ = false;
-    return changed;
+    return moved || loaded ? Redraw::Picture : Redraw::Nothing;
 }
 
 // Once, where a script or a person finds it also when the window is gone.
 void StoreScene::tellOfDamage() {
-    Damages const& damage = picture_.damages();
-    if (toldOfDamage_ || damage.first().empty()) return;
+    if (toldOfDamage_) return;
+    Damages const found = damages();
+    if (found.first().empty()) return;
     toldOfDamage_ = true;
     std::fprintf(stderr, "velmora: %s; what cannot be shown is striped\n",
-                 printableText(damage.first(), kMessageCharacters).c_str());
+                 printableText(found.first(), kMessageCharacters).c_str());
+}
+
+// Those of the overview too, which may have looked where the view has not.
+Damages StoreScene::damages() const {
+    Damages all = picture_.damages();
+    if (overview_.picture() != nullptr) all.add(overview_.picture()->damages());
+    return all;
 }
 
 std::string StoreScene::damageText() const {
-    Damages const& damage = picture_.damages();
-    if (damage.first().empty()) return "";
-    return "damaged: " + (damage.count() > 0 ? std::to_string(damage.count()) + " tiles so far, striped"
-                                             : "the index of places with data");
+    Damages const found = damages();
+    if (found.first().empty()) return "";
+    return "damaged: " + (found.count() > 0 ? std::to_string(found.count()) + " tiles so far, striped"
+                                            : "the index of places with data");
 }
 
 bool StoreScene::complete() const {
-    return picture_.complete() && drawn_ && shown_ && *shown_ == wantedView();
+    return picture_.complete() && picture_.view() == wantedView();
 }
 
 void StoreScene::wait() {
     picture_.wait(std::chrono::milliseconds(4));
 }
 
-bool StoreScene::updateExtras() {
-    if (!complete()) return false;
-    bool const maskDue = maskOn_ && !maskFits_;
-    if (maskDue) updateMask();
-    if (!overviewFits_) {
-        updateOverview();
-        return true;
-    }
-    return maskDue;
-}
-
-void StoreScene::present() {
-    if (!drawn_) picture_.frame();
-    drawn_ = true;
+void StoreScene::present(Redraw due) {
+    if (due == Redraw::Picture) picture_.frame();
     picture_.present();
 }
 
-// Of the coarsest levels, which are there or small: it is waited for.
-void StoreScene::updateOverview() {
-    Camera const whole(picture_.info(), {kOverviewSide, kOverviewSide});
-    View view = whole.view();
-    view.x = 0;
-    view.y = 0;
-    std::tie(view.width, view.height) = std::pair(whole.size().width, whole.size().height);
-    picture_.show(view);
-    while (!picture_.complete()) {
-        picture_.advance(kTurn);
-        picture_.wait(kTurn);
-    }
-    overview_.set(picture_.pixels(), {view.width, view.height});
-    overviewFits_ = true;
-    picture_.show(*shown_);
-    drawn_ = false;
+Redraw StoreScene::advanceExtras() {
+    bool const maskDue = maskIsMissing();
+    if (maskDue) updateMask();
+    bool const overviewDrawn = overview_.advance(kTurn);
+    tellOfDamage();
+    return maskDue || overviewDrawn ? Redraw::Overlay : Redraw::Nothing;
 }
 
 void StoreScene::updateMask() {
@@ -197,14 +178,14 @@ void StoreScene::updateMask() {
     for (std::uint8_t const detail : mask)
         rgba.insert(rgba.end(), {255, 60, 160, static_cast<std::uint8_t>(detail / 3)});
     mask_.set(rgba, camera_.frame());
-    maskFits_ = true;
+    maskView_ = picture_.view();
 }
 
-bool StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameMilliseconds) {
+Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameMilliseconds) {
     panels::Model model;
     model.info = &picture_.info();
     model.camera = &camera_;
-    model.overview = &overview_;
+    model.overview = &overview_.texture();
     model.name = name_;
     model.interpretation = interpretation_;
     model.message = message_;
@@ -212,20 +193,32 @@ bool StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameMil
     model.damage = damageText();
     model.pixel = cursor ? camera_.pixelAt(*cursor) : std::nullopt;
     if (model.pixel) model.shown = colourAt(*cursor);
-    model.statistics = picture_.statistics();
+    model.statistics = statistics();
     model.frameMilliseconds = frameMilliseconds;
     model.complete = picture_.complete();
-    model.help = helpOn_;
+    model.help = toggles_.help;
     if (isDeep()) model.tone = switches_.last<enhancement::Gamma>().value_or(kDeepGamma);
     model.toneOn = switches_.on<enhancement::Gamma>();
 
-    if (maskOn_ && maskFits_) panels::drawMask(mask_);
-    if (tilesOn_) panels::drawTiles(camera_);
+    if (toggles_.mask && !maskIsMissing()) panels::drawMask(mask_);
+    if (toggles_.tiles) panels::drawTiles(camera_);
     panels::UserEdits const edits = panels::draw(model);
     if (edits.lookAt) camera_.lookAt(*edits.lookAt);
     if (edits.tone) setTone(*edits.tone);
     if (edits.automaticTone) setAutomaticTone();
-    return edits.lookAt || edits.tone || edits.automaticTone;
+    if (edits.tone || edits.automaticTone) return Redraw::Picture;
+    return edits.lookAt ? Redraw::Overlay : Redraw::Nothing;
+}
+
+PictureView::Statistics StoreScene::statistics() const {
+    PictureView::Statistics all = picture_.statistics();
+    if (overview_.picture() == nullptr) return all;
+    PictureView::Statistics const small = overview_.picture()->statistics();
+    all.tilesOnGpu += small.tilesOnGpu;
+    all.gpuBytes += small.gpuBytes;
+    all.hostBytes += small.hostBytes;
+    all.waiting += small.waiting;
+    return all;
 }
 
 // From what present() has drawn.
@@ -244,7 +237,7 @@ std::string StoreScene::switchesText() const {
     auto const add = [&text](bool on, char const* name) {
         if (on) text += (text.empty() ? "" : ", ") + std::string(name);
     };
-    add(smooth_, "smooth");
+    add(toggles_.smooth, "smooth");
     add(switches_.on<enhancement::Sharpen>(), "sharpened");
     add(switches_.on<enhancement::Gamma>(), "gamma");
     add(switches_.on<enhancement::Equalise>(), "equalised");

@@ -15,10 +15,9 @@
 
 namespace {
 
-constexpr int kSettlingFrames = 3;
-// A picture that grows is drawn so often: the processor has the import to do.
+// Redraw interval during an import, which needs the processor.
 constexpr std::chrono::milliseconds kImportTurn{100};
-// Signals do not wake SDL: they are looked for so often.
+// SDL_WaitEvent is not woken by signals: they are polled for at this interval.
 constexpr std::chrono::milliseconds kIdleTurn{200};
 
 } // namespace
@@ -40,19 +39,18 @@ Viewer::Viewer(ViewerOptions const& options)
 void Viewer::startImport(std::string const& store) {
     ImportOptions options = picturefiles::cacheOptions(options_.image);
     options.jobs = options_.importJobs;
-    importedStore_ = store;
-    import_ = std::make_unique<ImportJob>(picturefiles::openerOf(options_.image, options_.selection), store, options);
+    import_ = std::make_unique<Import>(picturefiles::openerOf(options_.image, options_.selection), store, options);
 }
 
 void Viewer::open(std::string const& store) {
     scene_ = std::make_unique<StoreScene>(instance_, store, options_, frame());
-    framesToDraw_ = kSettlingFrames;
+    due_.raise(Redraw::Picture);
 }
 
 void Viewer::run() {
     while (!quit_)
         turn();
-    // An import stops between two strips of its picture; nobody need look at that.
+    // Hidden first: joining the import may take one strip's time.
     window_.hide();
     import_.reset();
     if (options_.report) report_.print();
@@ -66,13 +64,13 @@ void Viewer::run() {
 void Viewer::turn() {
     interruption::throwIfNoted();
     takeEvents();
-    if (import_ && import_->done()) {
+    if (import_ && import_->job.done()) {
+        std::string const store = import_->store;
         import_.reset();
-        open(importedStore_);
+        open(store);
     }
-    Size const size = frame();
     // Nothing can be seen of a minimised window.
-    if (size.width > 0 && size.height > 0) follow(size);
+    if (visible()) follow(frame());
     playScript();
     if (!options_.screenshot.empty() && settled()) {
         screenshot(options_.screenshot);
@@ -82,9 +80,7 @@ void Viewer::turn() {
 
 void Viewer::playScript() {
     ScriptPlayer::Host host;
-    Size const size = frame();
-    bool const minimised = size.width == 0 || size.height == 0;
-    host.complete = settled() || (minimised && scene_);
+    host.complete = settled() || (!visible() && scene_);
     host.resize = [this](int width, int height) {
         window_.resize({static_cast<std::size_t>(width), static_cast<std::size_t>(height)});
     };
@@ -96,55 +92,57 @@ void Viewer::follow(Size const& size) {
     if (!scene_) return followImport(size);
     if (size.width != scene_->camera().frame().width || size.height != scene_->camera().frame().height)
         scene_->camera().resize(size);
-    bool const changed = scene_->advance();
-    if (changed || seen_) framesToDraw_ = kSettlingFrames;
-    // As long as there is more to come the overlay may lag behind.
-    if (changed || seen_ || (framesToDraw_ > 0 && scene_->complete())) {
-        seen_ = false;
-        --framesToDraw_;
-        auto const start = Clock::now();
-        draw(size);
-        window_.swap();
-        if (changed) frameMilliseconds_ = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-        note(changed);
-    } else if (!scene_->complete()) {
+    due_.raise(scene_->advance());
+    Redraw const due = due_.next(pictureComplete());
+    if (due != Redraw::Nothing)
+        drawFrame(size, due);
+    else if (!scene_->complete())
         scene_->wait();
-    } else if (!options_.bare && scene_->updateExtras()) {
-        framesToDraw_ = kSettlingFrames;
-    } else {
-        settled_ = true;
-    }
+    else if (!options_.bare)
+        due_.raise(scene_->advanceExtras());
 }
 
 void Viewer::followImport(Size const& size) {
-    if (!seen_ && Clock::now() - lastFrame_ < kImportTurn) return;
-    seen_ = false;
+    if (due_.due() == Redraw::Nothing && Clock::now() - lastFrame_ < kImportTurn) return;
+    due_.lower();
     drawImport(size);
     window_.swap();
     report_.frame();
-    if (!growing_.empty()) report_.firstPicture();
+    if (!import_->preview.empty()) report_.firstPicture();
 }
 
-void Viewer::note(bool newPicture) {
+// Whether all is shown that was asked for.
+bool Viewer::settled() const {
+    return scene_ && visible() && due_.settled() && scene_->complete() && (options_.bare || scene_->extrasComplete());
+}
+
+void Viewer::drawFrame(Size const& size, Redraw due) {
+    auto const start = Clock::now();
+    due_.lower();
+    draw(size, due);
+    window_.swap();
     report_.frame();
-    if (newPicture) report_.firstPicture();
-    if (scene_->complete()) report_.fullDetail();
+    if (due == Redraw::Picture) {
+        frameMilliseconds_ = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+        report_.firstPicture();
+    }
+    if (pictureComplete()) report_.fullDetail();
 }
 
-void Viewer::draw(Size const& size) {
+void Viewer::draw(Size const& size, Redraw due) {
     auto const now = Clock::now();
     double const sinceLast = std::chrono::duration<double>(now - lastFrame_).count();
     lastFrame_ = now;
-    scene_->present();
+    scene_->present(due);
     if (options_.bare) return;
     overlay_.begin(size, window_.pixelsPerUnit(), sinceLast);
-    if (scene_->drawOverlay(controls_.cursor(), frameMilliseconds_)) framesToDraw_ = kSettlingFrames;
+    due_.raise(scene_->drawOverlay(controls_.cursor(), frameMilliseconds_));
     overlay_.end();
 }
 
 void Viewer::drawImport(Size const& size) {
-    ImportPreview::Image const image = import_->picture().takeNew(growingSeen_);
-    if (!image.rgba.empty()) growing_.set(image.rgba, {image.width, image.height});
+    ImportPreview::Image const image = import_->job.picture().takeNew(import_->seen);
+    if (!image.rgba.empty()) import_->preview.set(image.rgba, {image.width, image.height});
     glBindFramebuffer(GL_FRAMEBUFFER, 0);
     glDisable(GL_SCISSOR_TEST);
     auto const& background = options_.picture.background;
@@ -152,9 +150,9 @@ void Viewer::drawImport(Size const& size) {
                  static_cast<float>(background[2]) / 255, 1);
     glClear(GL_COLOR_BUFFER_BIT);
     overlay_.begin(size, window_.pixelsPerUnit(), std::chrono::duration<double>(kImportTurn).count());
-    panels::drawGrowing(growing_, size);
+    panels::drawGrowing(import_->preview, size);
     if (!options_.bare)
-        panels::drawProgress(printableText(picturefiles::nameOf(options_.image)), import_->share(), size);
+        panels::drawProgress(printableText(picturefiles::nameOf(options_.image)), import_->job.share(), size);
     overlay_.end();
     lastFrame_ = Clock::now();
 }
@@ -173,9 +171,7 @@ void Viewer::waitForEvents() const {
 
 // How long nothing is to be done unless an event comes.
 std::chrono::milliseconds Viewer::idleTime() const {
-    Size const size = frame();
-    bool const visible = size.width > 0 && size.height > 0;
-    if (scene_ && visible && !settled_) return std::chrono::milliseconds(0);
+    if (scene_ && visible() && !settled()) return std::chrono::milliseconds(0);
     if (script_.active()) return std::chrono::milliseconds(1);
     return import_ ? kImportTurn : kIdleTurn;
 }
@@ -188,19 +184,20 @@ void Viewer::handle(SDL_Event const& event) {
     Controls::Command const command =
         controls_.handle(event, camera, pixelsPerUnit, !options_.bare && overlay_.hasMouse());
     if (command == Controls::Command::Quit) quit_ = true;
-    if (scene_) scene_->command(command);
+    Redraw const due = scene_ ? scene_->command(command) : Redraw::Nothing;
     // Over a bare picture only what moves it can be seen.
-    if (!options_.bare || event.type == SDL_WINDOWEVENT) seen_ = true;
-    settled_ = false;
+    if (!options_.bare || event.type == SDL_WINDOWEVENT)
+        due_.raise(std::max(due, Redraw::Overlay));
+    else if (due == Redraw::Picture)
+        due_.raise(due);
 }
 
 void Viewer::screenshot(std::string const& name) {
     Size const size = frame();
-    if (size.width == 0 || size.height == 0)
-        throw HostError(HostError::Kind::Usage, "no screenshot of a minimised window");
+    if (!visible()) throw HostError(HostError::Kind::Usage, "no screenshot of a minimised window");
     // What swap() has shown need not be readable any more.
     if (scene_)
-        draw(size);
+        draw(size, due_.due());
     else
         drawImport(size);
     std::vector<std::uint8_t> const pixels = window_.readPixels();

@@ -3,6 +3,7 @@
 #include "apps/velmora/view/Controls.h"
 #include "apps/velmora/view/ImportJob.h"
 #include "apps/velmora/view/Overlay.h"
+#include "apps/velmora/view/Redraw.h"
 #include "apps/velmora/view/ScriptPlayer.h"
 #include "apps/velmora/view/StoreScene.h"
 #include "apps/velmora/view/ViewerOptions.h"
@@ -30,6 +31,17 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    // A picture on its way into a store.
+    struct Import {
+        Import(PictureOpener const& open, std::string const& to, ImportOptions const& options)
+            : store(to), job(open, to, options) {}
+
+        std::string store;
+        ImportJob job;
+        OverlayTexture preview;
+        std::size_t seen = 0; // version of the preview
+    };
+
     void startImport(std::string const& store);
     void open(std::string const& store);
 
@@ -41,12 +53,15 @@ private:
     void playScript();
     void follow(Size const& size);
     void followImport(Size const& size);
-    void draw(Size const& size);
-    void note(bool newPicture);
+    void drawFrame(Size const& size, Redraw due);
+    void draw(Size const& size, Redraw due);
     void drawImport(Size const& size);
     void screenshot(std::string const& name);
-    bool settled() const { return settled_; }
+    /// Empty while the window is minimised.
     Size frame() const { return window_.pixels(); }
+    bool visible() const { return frame().width > 0 && frame().height > 0; }
+    bool pictureComplete() const { return scene_->complete() && due_.due() != Redraw::Picture; }
+    bool settled() const;
 
     ViewerOptions options_;
     ViewerReport report_;
@@ -54,18 +69,13 @@ private:
     Gles3RenderBackend backend_;
     std::shared_ptr<RenderBackendInstance> instance_;
     Overlay overlay_;
-    OverlayTexture growing_;
-    std::size_t growingSeen_ = 0;
-    std::unique_ptr<ImportJob> import_;
-    std::string importedStore_;
-    std::unique_ptr<StoreScene> scene_;
+    std::unique_ptr<Import> import_;    // one of the two: until there is a store,
+    std::unique_ptr<StoreScene> scene_; // and from then on
+    DueRedraw due_;
     Controls controls_;
     ScriptPlayer script_;
     Clock::time_point lastFrame_ = Clock::now();
-    double frameMilliseconds_ = 0; // that the last new picture took, until it was on the screen
-    int framesToDraw_ = 0;         // the overlay takes some until it is as it stays
-    bool seen_ = false;            // whether an event has come that may change what is drawn
-    bool settled_ = false;         // whether all is shown that was asked for
+    double frameMilliseconds_ = 0; // from the start of the last picture's draw until swap() returned
     bool quit_ = false;
     std::string damagedScreenshot_; // the first that shows a place where the store is damaged
 };

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "apps/velmora/view/OverlayTexture.h"
+#include "host/view/PictureView.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// The whole picture, small, with the enhancements of the large one. Its view is its own, on the same instance, so that
+/// the window's view never shows anything else. GL thread only. Throws what PictureView throws.
+class Overview {
+public:
+    /// Along the longer side.
+    static constexpr std::size_t kMaxSide = 200;
+
+    /// Nothing is opened until advance(). Holes, background and interruption are as in the options.
+    Overview(std::shared_ptr<RenderBackendInstance> instance, std::string store, PictureView::Options const& options);
+
+    /// Enhancements from now on. The texture stays as it is until they are drawn.
+    void enhance(std::vector<enhancement::Step> const& steps);
+    /// Loads and draws what is missing, for about so long. Whether the texture has changed.
+    bool advance(std::chrono::milliseconds time);
+    /// Whether the texture has the enhancements.
+    bool complete() const { return complete_; }
+
+    OverlayTexture const& texture() const { return texture_; }
+    /// Null where nothing was opened yet.
+    PictureView const* picture() const { return picture_.get(); }
+
+private:
+    void open();
+
+    std::shared_ptr<RenderBackendInstance> instance_;
+    std::string store_;
+    PictureView::Options options_;
+    std::vector<enhancement::Step> steps_;
+    std::unique_ptr<PictureView> picture_;
+    OverlayTexture texture_;
+    bool complete_ = false;
+};

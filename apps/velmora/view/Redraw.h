@@ -1,0 +1,39 @@
+#pragma once
+
+#include <algorithm>
+
+/// What of a window has to be drawn anew; each includes those before it.
+enum class Redraw { Nothing, Overlay, Picture };
+
+/// What is due in a window. Events and what threads have finished raise it, drawing lowers it.
+///
+/// Dear ImGui needs up to kSettlingFrames frames until its layout is stable: so many are drawn each time that something
+/// was due.
+class DueRedraw {
+public:
+    static constexpr int kSettlingFrames = 3;
+
+    void raise(Redraw what) {
+        if (what == Redraw::Nothing) return;
+        due_ = std::max(due_, what);
+        framesToSettle_ = kSettlingFrames;
+    }
+    /// By a frame that has all that is due.
+    void lower() {
+        due_ = Redraw::Nothing;
+        framesToSettle_ = std::max(framesToSettle_ - 1, 0);
+    }
+
+    Redraw due() const { return due_; }
+    /// What to draw now. While more of the picture is to come the overlay may settle later.
+    Redraw next(bool pictureComplete) const {
+        if (due_ != Redraw::Nothing) return due_;
+        return pictureComplete && framesToSettle_ > 0 ? Redraw::Overlay : Redraw::Nothing;
+    }
+    /// Whether the window shows all that was due, and the overlay as it stays.
+    bool settled() const { return due_ == Redraw::Nothing && framesToSettle_ == 0; }
+
+private:
+    Redraw due_ = Redraw::Nothing;
+    int framesToSettle_ = 0;
+};
