@@ -9,5 +9,8 @@
 /// gives, perhaps none. The caller joins them. Throws std::bad_alloc, before the first thread is started.
 std::vector<std::thread> startThreads(std::size_t count, std::function<void(std::size_t thread)> const& work);
 
+/// As many as a user may ask for.
+constexpr std::size_t kMaxJobs = 1024;
+
 /// `wanted` threads, or where that is 0 one for each core.
 std::size_t threadsFor(std::size_t wanted);

@@ -5,6 +5,7 @@
 #include "apps/velmora/shared/PictureFiles.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
+#include "host/Threads.h"
 #include "host/image/InputFile.h"
 #include "host/output/OutputFile.h"
 #include "host/store/StoreImporter.h"

@@ -5,6 +5,7 @@
 #include "apps/velmora/shared/Interruption.h"
 #include "apps/velmora/shared/PictureFiles.h"
 #include "apps/velmora/view/Viewer.h"
+#include "host/Threads.h"
 
 #include <algorithm>
 #include <array>

@@ -39,12 +39,12 @@ public:
 
     /// What was in the middle stays there; what showed the whole picture still does.
     void resize(Size const& frame);
-    /// Moves the picture, to the right and down. What a limit keeps is lost.
+    /// Moves the picture, to the right and down. Movement beyond the limits is discarded.
     void pan(std::int64_t right, std::int64_t down);
     /// Magnifies by a factor above 0 about a place in the frame, where the same place of the picture stays to half a
     /// pixel. Factors of less than a step of Zoom add up.
     void magnify(double factor, Place const& about);
-    /// So many quarters of an octave, but at least one step of Zoom a fourth.
+    /// Zooms by 2^(quarters/4); every quarter changes the zoom by at least one step of Zoom.
     void zoomByQuarterOctaves(int quarters, Place const& about);
     /// The zoom nearest to so many pixels per pixel of the picture.
     void magnifyTo(double value, Place const& about);
@@ -76,7 +76,8 @@ private:
     std::int64_t y_ = 0;
     bool fitted_ = false;
 
-    // What the last zoom went about: zooms about the same place keep the same place of the picture, however many.
+    // Of the last zoom: repeated zooms about the same place of the frame keep the same place of the picture, so that
+    // rounding does not accumulate.
     struct Anchor {
         Place inFrame;
         Place inPicture;

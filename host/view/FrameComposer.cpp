@@ -6,9 +6,9 @@ namespace {
 
 using Layout = SampleLayout;
 
-// Pixels of a frame that are scaled at once, and room for their samples: at most 63 to 32 pixels, as many before them,
-// and one at each end. A pixel's middle stays 1/64 of a sample off every border, and SwiftShader, which counts along a
-// texture in 65536ths of its width, keeps to that up to a width of 1024.
+// Pixels of a frame that are scaled at once, and room for the samples that they read: kPiece * 63 / 32, up to 63 before
+// them, where corners are aligned, and one on each side. SwiftShader has 16 fractional bits per texture coordinate,
+// which tell 1/64 of a sample apart up to a width of 1024.
 constexpr std::size_t kPiece = 384;
 constexpr std::size_t kCanvas = 840;
 

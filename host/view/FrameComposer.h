@@ -21,7 +21,7 @@ public:
     FrameComposer(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, ShownTiles& tiles,
                   StoreInfo const& info);
 
-    /// Of the view's size. Where a tile is not there, the finest coarser one is shown; the background where there is
+    /// Of the view's size. Where a tile is missing, the finest coarser one is shown; the background where there is
     /// none. Holes, in pixels of the picture at the view's zoom, are striped.
     OwnedTarget draw(View const& view, std::array<std::uint8_t, 3> const& background, std::vector<Region> const& holes);
 
@@ -39,7 +39,8 @@ private:
     ShownTiles& tiles_;
     StoreInfo info_;
     std::vector<std::size_t> background_;
-    // Where samples lie side by side: always the same ones, for what is made anew may be larger than it was asked for.
+    // Scratch targets for samples side by side, made once: createTarget may hand out a larger one that was used before,
+    // and the scale depends on the exact size.
     std::optional<OwnedTarget> canvas_;
     std::optional<OwnedTarget> smoothCanvas_;
 };

@@ -11,7 +11,7 @@ namespace {
 
 using Layout = SampleLayout;
 
-// Of a part of a band among the numbers that the tiles of a store take in the instance's cache.
+// Tile id of a part of a band in the instance's cache, among the numbers that are this store's.
 constexpr unsigned kPlaceBits = 18; // along a side of a level
 constexpr unsigned kPlaneBits = 2;
 constexpr unsigned kBandBits = 2;

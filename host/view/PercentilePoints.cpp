@@ -9,7 +9,7 @@ namespace {
 
 constexpr int kLargestCode = 65535;
 
-// Of n codes in ascending order the one at a share of n - 1, which has to lie within.
+// The given percentile (nearest rank).
 std::uint16_t codeAt(std::vector<std::uint16_t>& codes, std::size_t percent) {
     auto const place = codes.begin() + static_cast<std::ptrdiff_t>((codes.size() - 1) * percent / 100);
     std::nth_element(codes.begin(), place, codes.end());

@@ -11,8 +11,8 @@ struct PercentilePoints {
     std::uint64_t white = 0;
 };
 
-/// The codes below and above which one of a hundred lies; white is above black. 0 and 1 where there are none.
+/// The 1st and the 99th percentile; white is above black. 0 and 1 where there are no codes.
 PercentilePoints percentilePoints(std::vector<std::uint16_t> codes);
 
-/// Those of a store: of the grey, or of the luma, at its coarsest level. Throws what TileStore throws.
+/// Those of a store's grey or luma at its coarsest level. Throws what TileStore throws.
 PercentilePoints percentilePoints(TileStore& store);

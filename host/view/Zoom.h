@@ -6,26 +6,26 @@
 /// A magnification, as a level of the wavelet and a ratio between its samples and the pixels that show them:
 ///
 ///     1 and more    level 0, a whole number of pixels per sample
-///     less than 1   level k of half as many samples each, 32 pixels to q samples, q from 32 to 63
+///     less than 1   level k of half as many samples each, q samples in 32 pixels, q from 32 to 63
 ///
-/// With these ratios the middle of no pixel meets the border between two samples, or comes nearer to it than 1/64 of a
-/// sample: which sample a pixel shows does not hang on a GPU's rounding.
+/// Pixel centres stay at least 1/64 of a sample off every border between samples, so which sample is nearest never
+/// depends on a GPU's rounding.
 class Zoom {
 public:
     static constexpr std::size_t kLargest = 32;
     static constexpr std::size_t kSteps = 32; ///< of a halving
 
-    /// 1: one pixel per sample.
+    /// 1:1.
     Zoom() = default;
-    /// The magnification nearest to `pixels` screen pixels per pixel of the picture, of the levels 0 to
-    /// `levels`. The smallest is a little more than 0.5 / 2^levels.
+    /// The magnification nearest to `pixels` screen pixels per picture pixel, of the levels 0 to `levels`. The smallest
+    /// is a little more than 0.5 / 2^levels.
     static Zoom nearest(double pixels, std::size_t levels);
 
     std::size_t level() const { return level_; }
     /// So many pixels show so many samples of the level.
     std::size_t pixels() const { return pixels_; }
     std::size_t samples() const { return samples_; }
-    /// Screen pixels per pixel of the picture.
+    /// Screen pixels per picture pixel.
     double value() const;
     /// "zoom 0.744186, the nearest step to 0.75"; empty where that is what was asked for, to six digits.
     std::string noteFor(double asked) const;

@@ -98,7 +98,7 @@ Controls::Command Controls::handle(SDL_Event const& event, Camera* camera, doubl
 }
 
 Controls::Command Controls::keyPressed(SDL_Keysym const& key, Camera* camera) {
-    // What a desktop or a terminal means by its own keys is not meant for the picture.
+    // Keys with Ctrl, Alt or GUI are the desktop's shortcuts, not ours.
     if ((key.mod & (KMOD_CTRL | KMOD_ALT | KMOD_GUI)) != 0) return Command::None;
     if (camera != nullptr && moveByKey(key.sym, *camera)) return Command::None;
     return commandOf(key.sym);

@@ -8,7 +8,7 @@
 #include <map>
 #include <optional>
 
-/// What a hand means by its events: it moves a camera, or gives a command. Needs no window.
+/// Turns mouse, wheel, touch and key events into camera moves and commands. Needs no window.
 class Controls {
 public:
     enum class Command { None, Quit, Help, Tiles, Mask, Smooth, Sharpen, Gamma, Equalise };

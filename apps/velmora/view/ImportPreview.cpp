@@ -60,7 +60,7 @@ void toRgba(std::uint8_t const* pixel, PixelSource const& source, std::uint8_t* 
     rgba[3] = pixelbands::hasAlpha(bands) ? band(bands - 1) : 255;
 }
 
-// The first of ours that is not before a pixel of the picture.
+// Index of the first preview pixel at or after picture pixel `pixel`.
 std::size_t firstFrom(std::size_t pixel, std::size_t distance) {
     return (pixel + distance - 1) / distance;
 }

@@ -1,6 +1,7 @@
 #include "apps/velmora/view/Panels.h"
 
 #include "apps/velmora/view/ScaleBar.h"
+#include "host/view/LevelTile.h"
 
 #include <imgui.h>
 
@@ -189,16 +190,16 @@ void panels::drawTiles(Camera const& camera) {
         return static_cast<std::size_t>(std::max<std::int64_t>(last, 0));
     };
     auto const tileAt = [&](std::int64_t pixel) {
-        return view.zoom.sampleAt(static_cast<std::size_t>(std::max<std::int64_t>(pixel, 0))) / kTileSamples;
+        return view.zoom.sampleAt(static_cast<std::size_t>(std::max<std::int64_t>(pixel, 0))) / leveltile::kSide;
     };
     std::size_t const right = clipped(view.x, view.width, whole.width);
     std::size_t const bottom = clipped(view.y, view.height, whole.height);
     auto const inFrameX = [&](std::size_t pixel) { return static_cast<double>(pixel) - static_cast<double>(view.x); };
     auto const inFrameY = [&](std::size_t pixel) { return static_cast<double>(pixel) - static_cast<double>(view.y); };
-    for (std::size_t row = tileAt(view.y); view.zoom.pixelsOf(row * kTileSamples) < bottom; ++row)
-        for (std::size_t column = tileAt(view.x); view.zoom.pixelsOf(column * kTileSamples) < right; ++column) {
+    for (std::size_t row = tileAt(view.y); view.zoom.pixelsOf(row * leveltile::kSide) < bottom; ++row)
+        for (std::size_t column = tileAt(view.x); view.zoom.pixelsOf(column * leveltile::kSide) < right; ++column) {
             auto const edge = [&](std::size_t tile, std::size_t end) {
-                return std::min(view.zoom.pixelsOf(tile * kTileSamples), end);
+                return std::min(view.zoom.pixelsOf(tile * leveltile::kSide), end);
             };
             ImVec2 const from = toImGui(inFrameX(edge(column, whole.width)), inFrameY(edge(row, whole.height)));
             ImVec2 const to = toImGui(inFrameX(edge(column + 1, whole.width)), inFrameY(edge(row + 1, whole.height)));

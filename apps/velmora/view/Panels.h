@@ -13,7 +13,7 @@
 /// What the viewer draws over the picture with Dear ImGui, between Overlay::begin and end.
 namespace panels {
 
-/// What is to be said and drawn.
+/// What the panels show.
 struct Model {
     StoreInfo const* info = nullptr;
     Camera const* camera = nullptr;
@@ -43,9 +43,8 @@ struct UserEdits {
 
 UserEdits draw(Model const& model);
 
-/// Borders of the squares of kTileSamples samples of the view's level, below the panels.
+/// Borders of the tiles of the view's level, below the panels.
 void drawTiles(Camera const& camera);
-constexpr std::size_t kTileSamples = 512;
 
 /// A texture of the frame's size over the picture, below the panels.
 void drawMask(OverlayTexture const& mask);

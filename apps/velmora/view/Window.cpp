@@ -26,15 +26,15 @@ void wishForGles3() {
     SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
 }
 
-// Started once and never ended: with its end SDL unloads the GL driver, and what the driver keeps until the program's
-// end would be lost.
+// Started once and never ended: with its end SDL unloads the GL driver, and LeakSanitizer would report what the driver
+// keeps.
 void startSdl() {
     // On X11 too the context comes from EGL, as the backend's GL library does.
     SDL_SetHint(SDL_HINT_VIDEO_X11_FORCE_EGL, "1");
     // Signals are the program's own.
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     if (SDL_Init(SDL_INIT_VIDEO) != 0) throw noDisplay(SDL_GetError());
-    // Where there is none SDL makes do with windows that nobody sees; only who asks for that is to have it.
+    // Without X11 or Wayland SDL falls back to its offscreen driver; accept that only when SDL_VIDEODRIVER asks for it.
     std::string const driver = SDL_GetCurrentVideoDriver();
     bool const unseen = driver == "offscreen" || driver == "dummy";
     if (unseen && SDL_GetHint(SDL_HINT_VIDEODRIVER) == nullptr) throw noDisplay("neither X11 nor Wayland answers");
