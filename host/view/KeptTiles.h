@@ -43,5 +43,12 @@ public:
     std::size_t count() const { return tiles_.size(); }
 
 private:
-    LruMap<LevelTile, std::optional<Value>> tiles_{std::numeric_limits<std::size_t>::max()};
+    // Another number for each tile that a store may have.
+    struct Hash {
+        std::size_t operator()(LevelTile const& tile) const {
+            return (tile.level << 56U) ^ (tile.row << 28U) ^ tile.column;
+        }
+    };
+
+    LruMap<LevelTile, std::optional<Value>, Hash> tiles_{std::numeric_limits<std::size_t>::max()};
 };

@@ -26,11 +26,6 @@ struct LevelTile {
     bool operator==(LevelTile const& other) const { return !(*this < other) && !(other < *this); }
 };
 
-/// For boost::hash: another number for each tile that a store may have.
-inline std::size_t hash_value(LevelTile const& tile) {
-    return (tile.level << 56U) ^ (tile.row << 28U) ^ tile.column;
-}
-
 namespace leveltile {
 
 constexpr std::size_t kSide = 512;
