@@ -2,11 +2,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstddef>
-
-/// The most that --jobs takes.
-constexpr size_t kMaxJobs = 1024;
-
 /// One function per command, each in a file of its own. It adds the subcommand to the program; parsing the command line
 /// then runs the command, and failures leave the parser as exceptions.
 void addRenderCommand(CLI::App& program);

@@ -10,7 +10,6 @@ constexpr double kLargestCoefficient = 8.0;
 constexpr double kLargestGain = 1000.0;
 constexpr double kLargestGamma = 100.0;
 constexpr double kLargestClip = 1e6;
-constexpr std::uint64_t kLargestCode = 65535;
 constexpr std::uint32_t kLargestShift = 16;
 
 std::vector<std::string> fields(std::string const& text) {

@@ -27,6 +27,9 @@ struct ColourMatrix {
     double strength = 1.0; ///< multiplies every coefficient
 };
 
+/// The highest code of a file's samples.
+constexpr std::uint64_t kLargestCode = 65535;
+
 /// A black point, a white point and a gamma. On 8-bit pictures the points count linear light, 4096 codes of which 3500
 /// are the white of sRGB; on 16-bit pictures they are codes of the file.
 struct Gamma {

@@ -4,10 +4,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 
 namespace {
 
-constexpr int kLargestCode = 65535;
+constexpr int kLargestCode = std::numeric_limits<std::uint16_t>::max();
 
 // The given percentile (nearest rank).
 std::uint16_t codeAt(std::vector<std::uint16_t>& codes, std::size_t percent) {

@@ -132,7 +132,7 @@ void drawTone(panels::Model const& model, panels::UserEdits& edits) {
     if (!model.tone) return;
     placeNext(1, 0);
     ImGui::Begin("tone", nullptr, kPanelFlags);
-    constexpr int kLargestCode = 65535;
+    constexpr auto kLargestCode = static_cast<int>(enhancement::kLargestCode);
     auto black = static_cast<int>(model.tone->black);
     auto white = static_cast<int>(model.tone->white);
     auto gamma = static_cast<float>(model.tone->gamma);

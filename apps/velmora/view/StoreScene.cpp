@@ -14,14 +14,13 @@
 namespace {
 
 constexpr std::chrono::milliseconds kTurn{8};
-constexpr std::uint64_t kLargestCode = 65535;
 constexpr std::size_t kMessageCharacters = 400;
 
 // What the keys add where the command line asks for nothing of the kind.
 constexpr enhancement::Sharpen kSharpen{2.0};
 constexpr enhancement::Equalise kEqualise{4.0};
 constexpr enhancement::Gamma kGamma{1.6, 200, 3000};
-constexpr enhancement::Gamma kDeepGamma{1.0, 0, kLargestCode};
+constexpr enhancement::Gamma kDeepGamma{1.0, 0, enhancement::kLargestCode};
 
 } // namespace
 
@@ -106,7 +105,7 @@ void StoreScene::setAutomaticTone() {
         return;
     }
     enhancement::Gamma tone = switches_.last<enhancement::Gamma>().value_or(kDeepGamma);
-    tone.white = std::min(points.white, kLargestCode);
+    tone.white = std::min(points.white, enhancement::kLargestCode);
     tone.black = std::min(points.black, tone.white - 1);
     setTone(tone);
 }
