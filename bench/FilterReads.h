@@ -8,9 +8,9 @@
 /// Texels that a filter's fragment reads: of the first input, of each further one, of a table. The pass that it is
 /// measured beside reads as many. A filter that does not draw reads none, and nothing stands beside it.
 struct FilterReads {
-    std::size_t first = 1;
-    std::size_t further = 0;
-    std::size_t table = 0;
+    size_t first = 1;
+    size_t further = 0;
+    size_t table = 0;
 
     bool draws() const { return first != 0; }
 };

@@ -38,7 +38,7 @@ Texels samplesAroundBytes(int width, int height, std::uint32_t randomStart) {
 std::vector<Texels> threeChannelPictures(Trial const& trial) {
     std::vector<Texels> pictures = {packThreeChannel16(boundaryTriples()), randomTexels(64, 40, 6),
                                     packThreeChannel16(randomPlanes(64, 40, 7, -300, 300))};
-    for (std::size_t channel = 0; channel < 3; ++channel) {
+    for (size_t channel = 0; channel < 3; ++channel) {
         Planes3 planes = randomPlanes(256, 256, 8, -300, 300);
         planes[channel] = everySample();
         pictures.push_back(packThreeChannel16(planes));
@@ -55,7 +55,7 @@ std::vector<Texels> threeChannelPictures(Trial const& trial) {
 Texels cancellingCoefficients() {
     Planes3 const rgb = randomPlanes(256, 128, 12, -20, 275);
     Planes3 yCoCg = randomPlanes(256, 128, 13, -16000, 16000);
-    for (std::size_t i = 0; i < rgb[0].samples.size(); ++i) {
+    for (size_t i = 0; i < rgb[0].samples.size(); ++i) {
         std::int32_t const halfCg = (yCoCg[2].samples[i] + 32768) / 2 - 16384;
         std::int32_t const halfCo = (yCoCg[1].samples[i] + 32768) / 2 - 16384;
         yCoCg[0].samples[i] =
@@ -67,8 +67,8 @@ Texels cancellingCoefficients() {
 // The two others over all of their values, the third one random.
 std::vector<Texels> pairsOfChannels() {
     std::vector<Texels> pictures(3, randomTexels(256, 256, 1));
-    for (std::size_t fixed = 0; fixed < pictures.size(); ++fixed) {
-        for (std::size_t i = 0; i < 65536; ++i) {
+    for (size_t fixed = 0; fixed < pictures.size(); ++fixed) {
+        for (size_t i = 0; i < 65536; ++i) {
             pictures[fixed].bytes[4 * i + (fixed + 1) % 3] = static_cast<std::uint8_t>(i >> 8);
             pictures[fixed].bytes[4 * i + (fixed + 2) % 3] = static_cast<std::uint8_t>(i);
         }
@@ -125,7 +125,7 @@ void checkYCoCg16ToRGB16(Trial& trial) {
 }
 
 struct Truncation {
-    std::size_t bits;
+    size_t bits;
     bool rounding;
 };
 
@@ -151,11 +151,11 @@ void expectTruncated(Trial& trial, Filter const& filter, Truncation const& trunc
 
 void checkTruncate16(Trial& trial) {
     Filter const filter = trial.prepared(description::filterTruncate16());
-    std::vector<std::size_t> depths = {0, 1, 4, 11, 15, 16};
+    std::vector<size_t> depths = {0, 1, 4, 11, 15, 16};
     if (trial.thorough()) depths.insert(depths.end(), {2, 3, 5, 6, 7, 8, 9, 10, 12, 13, 14});
     // Nothing is left of a sample from 17 bits on. The count goes modulo 64: 68 bits are 4.
     if (trial.thorough()) depths.insert(depths.end(), {17, 31, 32, 33, 47, 63, 64, 68, 81});
-    for (std::size_t const bits : depths) {
+    for (size_t const bits : depths) {
         for (bool const rounding : {false, true})
             expectTruncated(trial, filter, {bits, rounding});
     }

@@ -43,8 +43,8 @@ void expectEqualised(Trial& trial, Filter const& filter, Texels const& texels, d
 // Regions count from the first pixel of the part.
 void expectPart(Trial& trial, Filter const& filter, Part const& part) {
     Texels const texels = greySlope(101, 73, 41);
-    FilterSource const source = {trial.runner().uploaded(texels, Layout::kFourChannel16),
-                                 static_cast<std::size_t>(part.x), static_cast<std::size_t>(part.y), false};
+    FilterSource const source = {trial.runner().uploaded(texels, Layout::kFourChannel16), static_cast<size_t>(part.x),
+                                 static_cast<size_t>(part.y), false};
     Texels const whole = equalised(reference::cropped(texels, 2 * part.x, part.y, 2 * part.width, part.height), 3.0);
     Texels const kept =
         reference::cropped(whole, 2 * part.clipLeft, part.clipTop, 2 * (part.width - part.clipLeft - part.clipRight),
@@ -57,7 +57,7 @@ void expectBorders(Trial& trial, Insets const& borders) {
     constexpr int kWidth = 170;
     constexpr int kHeight = 130;
     Texels const texels = greySlope(kWidth, kHeight, 8);
-    auto const startAfter = [](std::size_t border) {
+    auto const startAfter = [](size_t border) {
         return border >= reference::kClaheRegion ? reference::kClaheRegion : 0;
     };
     Texels const whole = equalised(texels, 3.0, startAfter(borders.left), startAfter(borders.top));
@@ -92,7 +92,7 @@ void expectThorough(Trial& trial, Filter const& filter) {
     expectEqualised(trial, filter, greySlope(80, 60, 5), std::nextafter(4.0, 0.0));
     expectEqualised(trial, filter, randomTexels(2 * 83, 91, 6), 3.0); // samples that are no grey values
     for (auto const grey : std::vector<std::int16_t>{-7, 0, 100, 255, 1000}) {
-        std::vector<std::int16_t> const uniform(std::size_t{50} * 45 * 4, grey);
+        std::vector<std::int16_t> const uniform(size_t{50} * 45 * 4, grey);
         expectEqualised(trial, filter, reference::packFourChannel16(uniform, 50, 45), 1.0);
     }
     for (Insets const& borders : {Insets{40, 0, 0, 0}, {0, 0, 40, 0}, {40, 40, 40, 40}, {80, 5, 47, 9}, {39, 0, 39, 0}})

@@ -27,7 +27,7 @@ reference::Plane boundaryPlane(int width, int height, std::uint32_t randomStart)
 /// All 65536 values, 256 x 256.
 reference::Plane everySample();
 /// Every value in channel `channel`, random ones in the others.
-reference::Planes3 everySampleOfChannel(std::size_t channel, std::uint32_t randomStart);
+reference::Planes3 everySampleOfChannel(size_t channel, std::uint32_t randomStart);
 /// All 65536 values in each channel, in three orders.
 reference::Planes3 everySampleThrice();
 /// Every triple of kBoundaries.

@@ -71,14 +71,14 @@ Texels maskedByHand(Masking const& masking, Place place) {
 
 void expectMasked(Trial& trial, Filter const& description, Layout layout, Masking const& masking, Place place) {
     TexelRunner& runner = trial.runner();
-    std::size_t const from = runner.uploaded(masking.source, layout);
-    std::size_t const to = runner.uploaded(masking.target, layout);
+    size_t const from = runner.uploaded(masking.source, layout);
+    size_t const to = runner.uploaded(masking.target, layout);
     MaskFilterParams params;
     params.envelopes = envelopesOf(masking.shape, *runner.instance());
     // After the uploads: the mask's program is current then, and takes its sampler's value.
     Filter const filter = trial.prepared(description);
-    auto const width = static_cast<std::size_t>(masking.target.width);
-    auto const height = static_cast<std::size_t>(masking.target.height);
+    auto const width = static_cast<size_t>(masking.target.width);
+    auto const height = static_cast<size_t>(masking.target.height);
     runner.instance()->maskRange(
         from, to, filter, {masking.xStart, masking.xStart + width - 1, masking.yStart, masking.yStart + height - 1},
         params);
@@ -101,8 +101,8 @@ Filter bordered(Filter const& mask, Layout layout, int left, int right, int top,
     return {mask.name(),
             logicalWidth(layout, left),
             logicalWidth(layout, right),
-            static_cast<std::size_t>(top),
-            static_cast<std::size_t>(bottom),
+            static_cast<size_t>(top),
+            static_cast<size_t>(bottom),
             0,
             1,
             0,

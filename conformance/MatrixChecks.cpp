@@ -100,7 +100,7 @@ void expectEverySample16(Trial& trial, Filter const& filter) {
     for (Matrix3 const& matrix : {kIdentity, kSmall, Matrix3{-512, 0, 1, 0, 511, 0, 0, 1, -510},
                                   Matrix3{1, 2, 3, 4, 5, 6, 7, 8, 9}, Matrix3{-1, -1, -1, -1, -1, -1, -1, -1, -1}})
         expect16(trial, filter, everySampleThrice(), {matrix, 1.0});
-    for (std::size_t channel = 0; channel < 3; ++channel)
+    for (size_t channel = 0; channel < 3; ++channel)
         expect16(trial, filter, everySampleOfChannel(channel, 1), {kIdentity, 1.0});
     for (std::int32_t const coefficient : {1, -1, 3, 513, -511})
         expect16(trial, filter, everySampleOfChannel(0, 5), {{coefficient, 0, 0, 0, 1, 0, 0, 0, 1}, 1.0});

@@ -71,17 +71,17 @@ Texels noiseFor(Pointwise const& pointwise, int width, int height, std::uint32_t
     return pointwise.noise ? pointwise.noise(width, height, randomStart) : randomTexels(width, height, randomStart);
 }
 
-Filter withoutBorders(std::string const& name, std::size_t inputs) {
+Filter withoutBorders(std::string const& name, size_t inputs) {
     return {name, 0, 0, 0, 0, 0, 1, 0, 1, 1, 1, 1, 1, inputs, RenderBackend::NEAREST};
 }
 
 FilterRun runOf(Part const& part, std::vector<FilterSource> sources) {
     FilterRun run;
     run.sources = std::move(sources);
-    run.input.width = static_cast<std::size_t>(part.width);
-    run.input.height = static_cast<std::size_t>(part.height);
-    run.clip = {static_cast<std::size_t>(part.clipLeft), static_cast<std::size_t>(part.clipRight),
-                static_cast<std::size_t>(part.clipTop), static_cast<std::size_t>(part.clipBottom)};
+    run.input.width = static_cast<size_t>(part.width);
+    run.input.height = static_cast<size_t>(part.height);
+    run.clip = {static_cast<size_t>(part.clipLeft), static_cast<size_t>(part.clipRight),
+                static_cast<size_t>(part.clipTop), static_cast<size_t>(part.clipBottom)};
     run.offset = {part.toX, part.toY};
     return run;
 }
@@ -100,11 +100,11 @@ void expectParts(Trial& trial, Filter const& filter, Pointwise const& pointwise,
     Texels const whole = pointwise.model(input);
     auto const out = [&](int pixels) { return texelsOf(pointwise.out, pixels); };
     for (Part const& part : parts) {
-        std::size_t const source = trial.runner().uploaded(input, pointwise.in);
+        size_t const source = trial.runner().uploaded(input, pointwise.in);
         Texels const kept = reference::cropped(whole, out(part.x + part.clipLeft), part.y + part.clipTop,
                                                out(part.width - part.clipLeft - part.clipRight),
                                                part.height - part.clipTop - part.clipBottom);
-        FilterSource const from = {source, static_cast<std::size_t>(part.x), static_cast<std::size_t>(part.y), false};
+        FilterSource const from = {source, static_cast<size_t>(part.x), static_cast<size_t>(part.y), false};
         trial.expectWithin(filter, runOf(part, {from}), kept, pointwise.out, params);
     }
 }

@@ -31,12 +31,12 @@ struct Part {
     int clipRight;
     int clipTop;
     int clipBottom;
-    std::size_t toX;
-    std::size_t toY;
+    size_t toX;
+    size_t toY;
 };
 
 /// A filter of that name which leaves nothing out: what its taps find beyond a texture is part of the result.
-Filter withoutBorders(std::string const& name, std::size_t inputs);
+Filter withoutBorders(std::string const& name, size_t inputs);
 
 /// The run of a part of each of the sources, wherever they start.
 FilterRun runOf(Part const& part, std::vector<FilterSource> sources);

@@ -38,7 +38,7 @@ void expectBlurredParts(Trial& trial, Filter const& filter, std::vector<Part> co
     Texels const whole = reference::sharpnessH16(pixels);
     for (Part const& part : parts) {
         FilterSource const source = {trial.runner().uploaded(pixels, Layout::kThreeChannel16),
-                                     static_cast<std::size_t>(part.x), static_cast<std::size_t>(part.y), false};
+                                     static_cast<size_t>(part.x), static_cast<size_t>(part.y), false};
         Texels const kept = reference::cropped(whole, 2 * (part.x + kReach + part.clipLeft), part.y + part.clipTop,
                                                2 * (part.width - 2 * kReach - part.clipLeft - part.clipRight),
                                                part.height - part.clipTop - part.clipBottom);
@@ -101,7 +101,7 @@ Passes noisy(int width, int height, std::uint32_t randomStart, std::int32_t firs
             randomTexels(2 * width, height, randomStart + 1)};
 }
 
-std::vector<std::size_t> uploaded(TexelRunner& runner, Passes const& passes, Layout layout) {
+std::vector<size_t> uploaded(TexelRunner& runner, Passes const& passes, Layout layout) {
     return {runner.uploaded(passes.source, layout), runner.uploaded(passes.blurred, layout)};
 }
 
@@ -116,10 +116,10 @@ void expectSharp(Trial& trial, Filter const& filter, Passes const& passes, Gain 
 void expectPart(Trial& trial, Filter const& filter, Passes const& passes, Part const& part,
                 std::array<int, 2> const& inBlur, double gain) {
     TexelRunner& runner = trial.runner();
-    std::vector<std::size_t> const targets = uploaded(runner, passes, Layout::kThreeChannel16);
+    std::vector<size_t> const targets = uploaded(runner, passes, Layout::kThreeChannel16);
     FilterRun const run =
-        runOf(part, {{targets[0], static_cast<std::size_t>(part.x), static_cast<std::size_t>(part.y), false},
-                     {targets[1], static_cast<std::size_t>(inBlur[0]), static_cast<std::size_t>(inBlur[1]), false}});
+        runOf(part, {{targets[0], static_cast<size_t>(part.x), static_cast<size_t>(part.y), false},
+                     {targets[1], static_cast<size_t>(inBlur[0]), static_cast<size_t>(inBlur[1]), false}});
     Texels const whole = reference::sharpnessV16(
         reference::cropped(passes.source, 2 * part.x, part.y, 2 * part.width, part.height),
         reference::cropped(passes.blurred, 2 * inBlur[0], inBlur[1], 2 * part.width, part.height), gain, 0);
@@ -168,7 +168,7 @@ void expectUpToTheEdges(Trial& trial) {
     for (int const length : trial.stripLengths())
         expect(noisy(length / 2, 2, 24, -50, 1100), 2.0);
     Passes const passes = noisy(10, 4, 22, 0, 1023);
-    std::vector<std::size_t> const targets = uploaded(trial.runner(), passes, Layout::kRgba8);
+    std::vector<size_t> const targets = uploaded(trial.runner(), passes, Layout::kRgba8);
     trial.expectWithin(filter,
                        runOf({0, 0, 20, 4, 1, 0, 0, 0, 0, 0}, {{targets[0], 0, 0, false}, {targets[1], 0, 0, false}}),
                        reference::cropped(reference::sharpnessV16(passes.source, passes.blurred, 1.0, 0), 1, 0, 19, 4),
@@ -194,7 +194,7 @@ void expectGains(Trial& trial, Filter const& filter) {
 }
 
 void expectEverySample(Trial& trial, Filter const& filter) {
-    for (std::size_t channel = 0; channel < 3; ++channel) {
+    for (size_t channel = 0; channel < 3; ++channel) {
         expectSharp(trial, filter, {packThreeChannel16(everySampleOfChannel(channel, 6)), randomTexels(512, 256, 5)},
                     {1.0});
         expectSharp(trial, filter,

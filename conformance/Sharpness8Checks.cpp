@@ -66,8 +66,8 @@ void expectParts(Trial& trial, Filter const& filter, std::vector<Part> const& pa
     Texels const image = randomTexels(31, 23, 8);
     Texels const whole = reference::sharpness8(image, gain.gain, 0);
     for (Part const& part : parts) {
-        FilterSource const source = {trial.runner().uploaded(image, Layout::kRgba8), static_cast<std::size_t>(part.x),
-                                     static_cast<std::size_t>(part.y), false};
+        FilterSource const source = {trial.runner().uploaded(image, Layout::kRgba8), static_cast<size_t>(part.x),
+                                     static_cast<size_t>(part.y), false};
         Texels const kept = reference::cropped(whole, part.x + kReach + part.clipLeft, part.y + kReach + part.clipTop,
                                                part.width - 2 * kReach - part.clipLeft - part.clipRight,
                                                part.height - 2 * kReach - part.clipTop - part.clipBottom);

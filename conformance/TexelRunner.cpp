@@ -13,20 +13,20 @@ constexpr std::uint32_t kNoiseStart = 20240607;
 constexpr int kMargin = 3;
 
 Size sizeOf(reference::Texels const& texels, Layout layout) {
-    return {logicalWidth(layout, texels.width), static_cast<std::size_t>(texels.height)};
+    return {logicalWidth(layout, texels.width), static_cast<size_t>(texels.height)};
 }
 
 std::vector<std::uint8_t> withoutAlpha(std::vector<std::uint8_t> const& rgba) {
     std::vector<std::uint8_t> rgb;
-    for (std::size_t i = 0; i < rgba.size(); i += 4)
+    for (size_t i = 0; i < rgba.size(); i += 4)
         rgb.insert(rgb.end(), {rgba[i], rgba[i + 1], rgba[i + 2]});
     return rgb;
 }
 
 reference::Texels opaque(std::vector<std::uint8_t> const& rgb, int width, int height) {
     reference::Texels texels(width, height);
-    for (std::size_t i = 0; i < rgb.size() / 3; ++i) {
-        for (std::size_t c = 0; c < 3; ++c)
+    for (size_t i = 0; i < rgb.size() / 3; ++i) {
+        for (size_t c = 0; c < 3; ++c)
             texels.bytes[4 * i + c] = rgb[3 * i + c];
         texels.bytes[4 * i + 3] = 255;
     }
@@ -35,51 +35,50 @@ reference::Texels opaque(std::vector<std::uint8_t> const& rgb, int width, int he
 
 } // namespace
 
-std::size_t logicalWidth(Layout layout, int widthTexels) {
-    return samplelayout::pixels(layout, static_cast<std::size_t>(widthTexels));
+size_t logicalWidth(Layout layout, int widthTexels) {
+    return samplelayout::pixels(layout, static_cast<size_t>(widthTexels));
 }
 
 int texelsOf(Layout layout, int widthPixels) {
-    return static_cast<int>(samplelayout::texels(layout, static_cast<std::size_t>(widthPixels)));
+    return static_cast<int>(samplelayout::texels(layout, static_cast<size_t>(widthPixels)));
 }
 
 reference::Texels shown(reference::Texels texels, Layout layout) {
-    for (std::size_t i = 3; layout == Layout::kRgb8 && i < texels.bytes.size(); i += 4)
+    for (size_t i = 3; layout == Layout::kRgb8 && i < texels.bytes.size(); i += 4)
         texels.bytes[i] = 255;
     return texels;
 }
 
 TexelRunner::TexelRunner(std::shared_ptr<RenderBackendInstance> instance) : runner_(std::move(instance)) {}
 
-std::size_t TexelRunner::target(Layout layout, int widthTexels, int heightTexels) {
-    OwnedTarget made =
-        runner_.target(layout, {logicalWidth(layout, widthTexels), static_cast<std::size_t>(heightTexels)});
-    std::size_t const id = made.id();
+size_t TexelRunner::target(Layout layout, int widthTexels, int heightTexels) {
+    OwnedTarget made = runner_.target(layout, {logicalWidth(layout, widthTexels), static_cast<size_t>(heightTexels)});
+    size_t const id = made.id();
     pictures_.insert_or_assign(id, Picture{std::move(made), layout, widthTexels, heightTexels});
     return id;
 }
 
-std::size_t TexelRunner::uploaded(reference::Texels const& texels, Layout layout) {
-    std::size_t const id = target(layout, texels.width, texels.height);
+size_t TexelRunner::uploaded(reference::Texels const& texels, Layout layout) {
+    size_t const id = target(layout, texels.width, texels.height);
     Size const size = sizeOf(texels, layout);
     runner_.draw(pictures_.at(id).target, layout, size,
                  layout == Layout::kRgb8 ? withoutAlpha(texels.bytes) : texels.bytes, wholeOf(size));
     return id;
 }
 
-std::size_t TexelRunner::uploaded(reference::Plane const& samples) {
+size_t TexelRunner::uploaded(reference::Plane const& samples) {
     return uploaded(packOneChannel16(samples), Layout::kOneChannel16);
 }
 
-std::size_t TexelRunner::uploaded(reference::Planes3 const& pixels) {
+size_t TexelRunner::uploaded(reference::Planes3 const& pixels) {
     return uploaded(packThreeChannel16(pixels), Layout::kThreeChannel16);
 }
 
-reference::Texels TexelRunner::read(std::size_t target) const {
+reference::Texels TexelRunner::read(size_t target) const {
     Picture const& picture = pictures_.at(target);
     std::vector<std::uint8_t> const bytes =
         runner_.read(picture.target, picture.layout,
-                     {0, 0, logicalWidth(picture.layout, picture.width), static_cast<std::size_t>(picture.height)});
+                     {0, 0, logicalWidth(picture.layout, picture.width), static_cast<size_t>(picture.height)});
     if (picture.layout == Layout::kRgb8) return opaque(bytes, picture.width, picture.height);
     return reference::Texels(picture.width, picture.height, bytes);
 }
@@ -90,23 +89,23 @@ Filter TexelRunner::instantiated(Filter const& description) const {
     return filter;
 }
 
-void TexelRunner::run(Filter const& filter, FilterRun const& run, std::size_t destination,
+void TexelRunner::run(Filter const& filter, FilterRun const& run, size_t destination,
                       SingleFilterParameters const& params) const {
     runner_.run(filter, run, destination, params);
 }
 
-FilterRun TexelRunner::wholeRun(std::vector<std::size_t> const& sources) const {
+FilterRun TexelRunner::wholeRun(std::vector<size_t> const& sources) const {
     FilterRun whole;
-    for (std::size_t const source : sources)
+    for (size_t const source : sources)
         whole.sources.push_back({source, 0, 0, false});
     Picture const& input = pictures_.at(sources.front());
-    whole.input = {logicalWidth(input.layout, input.width), static_cast<std::size_t>(input.height)};
+    whole.input = {logicalWidth(input.layout, input.width), static_cast<size_t>(input.height)};
     return whole;
 }
 
 Comparison TexelRunner::compare(Filter const& filter, FilterRun const& run, reference::Texels const& expected,
                                 Layout layout, SingleFilterParameters const& params) {
-    std::size_t const destination = target(layout, expected.width, expected.height);
+    size_t const destination = target(layout, expected.width, expected.height);
     this->run(filter, run, destination, params);
     return {read(destination), expected};
 }
@@ -118,7 +117,7 @@ Comparison TexelRunner::compareWithin(Filter const& filter, FilterRun const& run
     int const width = x + expected.width + kMargin;
     // A pixel of three channels takes two texels.
     reference::Texels whole = randomTexels(width + width % 2, y + expected.height + kMargin, kNoiseStart);
-    std::size_t const destination = uploaded(whole, layout);
+    size_t const destination = uploaded(whole, layout);
     this->run(filter, run, destination, params);
     blit(expected, 0, 0, expected.width, expected.height, whole, x, y);
     return {read(destination), shown(whole, layout)};

@@ -13,7 +13,7 @@ namespace conformance {
 using Layout = SampleLayout;
 
 /// Sizes of the models, which are int.
-std::size_t logicalWidth(Layout layout, int widthTexels);
+size_t logicalWidth(Layout layout, int widthTexels);
 int texelsOf(Layout layout, int widthPixels);
 
 /// What a target of the layout shows of texels: without alpha, opaque pixels.
@@ -32,21 +32,21 @@ public:
     explicit TexelRunner(std::shared_ptr<RenderBackendInstance> instance);
 
     /// An empty target.
-    std::size_t target(Layout layout, int widthTexels, int heightTexels);
+    size_t target(Layout layout, int widthTexels, int heightTexels);
     /// A target that holds these texels.
-    std::size_t uploaded(reference::Texels const& texels, Layout layout);
-    std::size_t uploaded(reference::Plane const& samples);
-    std::size_t uploaded(reference::Planes3 const& pixels);
+    size_t uploaded(reference::Texels const& texels, Layout layout);
+    size_t uploaded(reference::Plane const& samples);
+    size_t uploaded(reference::Planes3 const& pixels);
     /// All texels; those of a target without alpha come back with alpha 255.
-    reference::Texels read(std::size_t target) const;
+    reference::Texels read(size_t target) const;
 
     Filter instantiated(Filter const& description) const;
 
-    void run(Filter const& filter, FilterRun const& run, std::size_t destination,
+    void run(Filter const& filter, FilterRun const& run, size_t destination,
              SingleFilterParameters const& params = {}) const;
 
     /// The run that covers all of the sources.
-    FilterRun wholeRun(std::vector<std::size_t> const& sources) const;
+    FilterRun wholeRun(std::vector<size_t> const& sources) const;
 
     /// Runs an instantiated filter into a destination of just the expected size.
     Comparison compare(Filter const& filter, FilterRun const& run, reference::Texels const& expected, Layout layout,
@@ -57,7 +57,7 @@ public:
                              Layout layout, SingleFilterParameters const& params = {});
 
     /// Gives back one target.
-    void erase(std::size_t target) { pictures_.erase(target); }
+    void erase(size_t target) { pictures_.erase(target); }
     /// Gives back every target made so far; the next ones are new, and just as large as they are asked for.
     void eraseTargets();
 
@@ -72,7 +72,7 @@ private:
     };
 
     FilterRunner runner_;
-    std::map<std::size_t, Picture> pictures_; // by the target's id
+    std::map<size_t, Picture> pictures_; // by the target's id
 };
 
 } // namespace conformance

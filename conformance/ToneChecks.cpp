@@ -21,8 +21,8 @@ using reference::Texels;
 
 using AnyKey = ComparableSingleFilterParameters<unsigned char>;
 
-constexpr std::size_t kShallowest = 9; // of the samples of 16 bits
-constexpr std::size_t kDeepest = 16;
+constexpr size_t kShallowest = 9; // of the samples of 16 bits
+constexpr size_t kDeepest = 16;
 
 struct Curve {
     double gamma;
@@ -30,7 +30,7 @@ struct Curve {
     std::uint64_t white;
 };
 
-std::uint64_t codesOf(std::size_t depth) {
+std::uint64_t codesOf(size_t depth) {
     return std::uint64_t{1} << depth;
 }
 
@@ -59,7 +59,7 @@ Pointwise through8(reference::ByteTable const& table) {
 }
 
 // Noise of samples that lie in the table, and some beside it.
-Pointwise through16(reference::ByteTable const& table, std::size_t depth) {
+Pointwise through16(reference::ByteTable const& table, size_t depth) {
     auto const last = static_cast<std::int32_t>(std::min<std::uint64_t>(codesOf(depth), 32768U)) - 1;
     return {Layout::kThreeChannel16, Layout::kRgba8,
             [=](Texels const& texels) { return reference::tableLookup16(texels, table); },
@@ -68,7 +68,7 @@ Pointwise through16(reference::ByteTable const& table, std::size_t depth) {
             }};
 }
 
-reference::ByteTable srgbTable(std::size_t depth) {
+reference::ByteTable srgbTable(size_t depth) {
     return reference::srgbTable(static_cast<unsigned>(depth));
 }
 
@@ -83,19 +83,19 @@ void checkLinear8ToSRGB8(Trial& trial) {
     for (auto const key : std::vector<unsigned char>{0, 8, 12, 200})
         expectEach(trial, filter, lookup, {randomTexels(32, 8, 4)}, AnyKey(key));
     // The top bits of each byte, where a table has fewer entries.
-    for (std::size_t depth = 1; depth < 8; ++depth)
+    for (size_t depth = 1; depth < 8; ++depth)
         expectEach(trial, trial.prepared(tableFilter("FilterLinear8ToSRGB8", depth)), through8(srgbTable(depth)),
                    {colours(9)}, AnyKey());
 }
 
 void checkLinear16ToSRGB8(Trial& trial) {
-    constexpr std::size_t kUsual = 12;
+    constexpr size_t kUsual = 12;
     Filter const usual = trial.prepared(description::filterLinear16ToSRGB8(kUsual));
     expectEach(trial, usual, through16(srgbTable(kUsual), kUsual),
                {packThreeChannel16(randomPlanes(96, 64, 5, -100, (1 << kUsual) + 100))}, AnyKey());
     expectEverywhere(trial, usual, through16(srgbTable(kUsual), kUsual), AnyKey());
     if (!trial.thorough()) return;
-    for (std::size_t depth = kShallowest; depth <= kDeepest; ++depth) {
+    for (size_t depth = kShallowest; depth <= kDeepest; ++depth) {
         Filter const filter = trial.prepared(description::filterLinear16ToSRGB8(depth));
         Pointwise const lookup = through16(srgbTable(depth), depth);
         expectEach(trial, filter, lookup, {packThreeChannel16(everySampleThrice())}, AnyKey());
@@ -107,17 +107,17 @@ FilterLinear16TosRGB8Params recordOf(Curve const& curve) {
     return FilterLinear16TosRGB8Params(curve.gamma, curve.black, curve.white);
 }
 
-reference::ByteTable tableOf(std::size_t depth, Curve const& curve) {
+reference::ByteTable tableOf(size_t depth, Curve const& curve) {
     return reference::gammaTable(static_cast<unsigned>(depth), curve.gamma, curve.black, curve.white);
 }
 
 // A filter of this name at one depth.
 struct Deep {
     Filter filter;
-    std::size_t depth;
+    size_t depth;
 };
 
-Deep deep(Trial& trial, std::size_t depth) {
+Deep deep(Trial& trial, size_t depth) {
     return {trial.prepared(description::filterLinear16TosRGB8(depth)), depth};
 }
 
@@ -126,7 +126,7 @@ void expectCurve(Trial& trial, Deep const& deep, Texels const& texels, Curve con
 }
 
 // Where neighbours in the table differ, codes around and beyond its end in one channel, any sample in another.
-void expectSteepRamp(Trial& trial, std::size_t depth) {
+void expectSteepRamp(Trial& trial, size_t depth) {
     std::uint64_t const black = codesOf(depth) / 4 - 60;
     auto const last = static_cast<std::int32_t>(black) + 300;
     Planes3 pixels = randomPlanes(96, 64, 3, last - 400, last);
@@ -135,7 +135,7 @@ void expectSteepRamp(Trial& trial, std::size_t depth) {
 }
 
 // Samples of 8 bits and less have stages of their own.
-void expectShallow(Trial& trial, std::size_t depth, Texels const& image, Curve const& curve) {
+void expectShallow(Trial& trial, size_t depth, Texels const& image, Curve const& curve) {
     expectEach(trial, trial.prepared(tableFilter("FilterLinear16TosRGB8", depth)), through8(tableOf(depth, curve)),
                {image}, recordOf(curve));
 }
@@ -143,12 +143,12 @@ void expectShallow(Trial& trial, std::size_t depth, Texels const& image, Curve c
 void expectShallowDepths(Trial& trial) {
     for (Curve const& curve : {Curve{1.0, 0, 255}, {2.2, 0, 255}, {0.5, 20, 200}, {2.4, 30, 10}})
         expectShallow(trial, 8, colours(77), curve);
-    for (std::size_t depth = 1; depth < 8; ++depth)
+    for (size_t depth = 1; depth < 8; ++depth)
         expectShallow(trial, depth, colours(78), {1.0, 0, codesOf(depth) - 1});
 }
 
 // Around each place where rows of the table meet or halves of the range end.
-std::vector<Curve> rampsThroughTheTable(std::size_t depth) {
+std::vector<Curve> rampsThroughTheTable(size_t depth) {
     std::uint64_t const last = std::min<std::uint64_t>(codesOf(depth) - 1, 32767);
     std::vector<Curve> curves;
     for (std::uint64_t const middle : {last / 2, last - last / 5, last - 127})
@@ -158,7 +158,7 @@ std::vector<Curve> rampsThroughTheTable(std::size_t depth) {
 
 void expectEveryDepth(Trial& trial) {
     Texels const texels = packThreeChannel16(everySampleThrice());
-    for (std::size_t depth = kShallowest; depth <= kDeepest; ++depth) {
+    for (size_t depth = kShallowest; depth <= kDeepest; ++depth) {
         Deep const table = deep(trial, depth);
         std::uint64_t const codes = codesOf(depth);
         std::vector<Curve> curves = {{2.2, 0, codes - 1}, rampFrom(codes / 4 - 60)};
@@ -194,14 +194,14 @@ void expectCurvesOfEveryKind(Trial& trial) {
     expectCurve(trial, deep(trial, 16), packThreeChannel16(boundaryTriples()), {0.3, 0, 65535});
 }
 
-void expectCurveEverywhere(Trial& trial, std::size_t depth, Curve const& curve) {
+void expectCurveEverywhere(Trial& trial, size_t depth, Curve const& curve) {
     expectEverywhere(trial, deep(trial, depth).filter, through16(tableOf(depth, curve), depth), recordOf(curve));
 }
 
 void checkLinear16TosRGB8(Trial& trial) {
-    for (std::size_t const depth : {10U, 12U, 16U})
+    for (size_t const depth : {10U, 12U, 16U})
         expectSteepRamp(trial, depth);
-    for (std::size_t const depth : {8U, 3U})
+    for (size_t const depth : {8U, 3U})
         expectShallow(trial, depth, everyCode(), {1.0, 0, codesOf(depth) - 1});
     expectCurveEverywhere(trial, 12, {1.0, 100, 4000});
     if (!trial.thorough()) return;

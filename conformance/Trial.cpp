@@ -9,13 +9,13 @@ namespace conformance {
 
 namespace {
 
-constexpr std::size_t kTexelBytes = 4;
+constexpr size_t kTexelBytes = 4;
 constexpr int kCommonLength = 8192;
 constexpr int kBeyondHalfPrecision = 4112; // whole numbers end at 2048 there, and halves at 1024
 
-std::string placeOf(std::size_t byte, Comparison const& comparison) {
-    std::size_t const texel = byte / kTexelBytes;
-    auto const width = static_cast<std::size_t>(comparison.expected.width);
+std::string placeOf(size_t byte, Comparison const& comparison) {
+    size_t const texel = byte / kTexelBytes;
+    auto const width = static_cast<size_t>(comparison.expected.width);
     return "byte " + std::to_string(byte % kTexelBytes) + " of texel (" + std::to_string(texel % width) + ", " +
            std::to_string(texel / width) + ") is " + std::to_string(comparison.actual.bytes[byte]) + ", not " +
            std::to_string(comparison.expected.bytes[byte]);
@@ -44,7 +44,7 @@ Filter Trial::prepared(Filter const& description) {
     return filters_.back();
 }
 
-void Trial::expect(Filter const& filter, std::vector<std::size_t> const& sources, reference::Texels const& expected,
+void Trial::expect(Filter const& filter, std::vector<size_t> const& sources, reference::Texels const& expected,
                    Layout layout, SingleFilterParameters const& params) {
     count(runner_.compare(filter, runner_.wholeRun(sources), expected, layout, params), layout);
     runner_.eraseTargets();
@@ -61,8 +61,8 @@ void Trial::count(Comparison const& comparison, Layout layout) {
     reference::Texels const& expected = comparison.expected;
     if (comparison.actual.bytes.size() != expected.bytes.size())
         throw std::logic_error("the backend returned a picture of another size");
-    tally_.pixels += logicalWidth(layout, expected.width) * static_cast<std::size_t>(expected.height);
-    for (std::size_t i = 0; i < expected.bytes.size(); ++i) {
+    tally_.pixels += logicalWidth(layout, expected.width) * static_cast<size_t>(expected.height);
+    for (size_t i = 0; i < expected.bytes.size(); ++i) {
         if (comparison.actual.bytes[i] == expected.bytes[i]) continue;
         if (tally_.differingBytes++ == 0)
             tally_.firstDifference = "picture " + std::to_string(comparisons_) + ": " + placeOf(i, comparison);

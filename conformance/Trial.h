@@ -60,7 +60,7 @@ public:
     Filter prepared(Filter const& description);
 
     /// Over all of the sources, into a destination of just the expected size. Gives back every target made so far.
-    void expect(Filter const& filter, std::vector<std::size_t> const& sources, reference::Texels const& expected,
+    void expect(Filter const& filter, std::vector<size_t> const& sources, reference::Texels const& expected,
                 Layout layout, SingleFilterParameters const& params = {});
     /// A part into a place of a larger destination: what lies around must stay as it is.
     void expectWithin(Filter const& filter, FilterRun const& run, reference::Texels const& expected, Layout layout,

@@ -80,8 +80,8 @@ void expectBandPart(Trial& trial, Filter const& filter, InverseStep inverse, Ban
     Plane const kept = cropped(whole, part.clipLeft, top, whole.width - part.clipLeft - part.clipRight,
                                whole.height - top - part.clipBottom);
     TexelRunner& runner = trial.runner();
-    auto const at = [](std::size_t source, int x, int y) {
-        return FilterSource{source, static_cast<std::size_t>(x), static_cast<std::size_t>(y), false};
+    auto const at = [](size_t source, int x, int y) {
+        return FilterSource{source, static_cast<size_t>(x), static_cast<size_t>(y), false};
     };
     FilterRun const run =
         runOf(part, {at(runner.uploaded(low), part.x, part.y), at(runner.uploaded(high), bands.highX, bands.highY)});
@@ -123,7 +123,7 @@ void checkHorizontalStep(Trial& trial) {
 }
 
 // The step with its first rows declared invalid, as a host does that reads them elsewhere.
-Filter verticalStepWithout(std::size_t firstRows) {
+Filter verticalStepWithout(size_t firstRows) {
     return Filter("FilterFirIV53LeGall16", 0, 0, firstRows, 4, 0, 1, 0, 1, 1, 1, 2, 1, 2, 16, 16, 1, 1, 1, 1, 1, 1,
                   {true, true}, true, 16, RenderBackend::NEAREST);
 }
@@ -166,7 +166,7 @@ ThreePlanes noisyPlanes(int widthTexels, int height) {
             randomTexels(widthTexels, height, 17)};
 }
 
-std::vector<std::size_t> uploadedPlanes(TexelRunner& runner, ThreePlanes const& planes) {
+std::vector<size_t> uploadedPlanes(TexelRunner& runner, ThreePlanes const& planes) {
     return {runner.uploaded(planes[0], Layout::kOneChannel16), runner.uploaded(planes[1], Layout::kOneChannel16),
             runner.uploaded(planes[2], Layout::kOneChannel16)};
 }
@@ -182,13 +182,13 @@ using Places = std::array<std::array<int, 2>, 3>;
 // The part's own place does not count. Columns of the planes are of one parity.
 void expectInterleavedPart(Trial& trial, Filter const& filter, ThreePlanes const& planes, Places const& places,
                            Part const& part) {
-    std::vector<std::size_t> const uploaded = uploadedPlanes(trial.runner(), planes);
+    std::vector<size_t> const uploaded = uploadedPlanes(trial.runner(), planes);
     std::vector<FilterSource> sources;
     ThreePlanes read;
     int const first = places[0][0] % 2; // where the part starts in its first texel
-    for (std::size_t c = 0; c < planes.size(); ++c) {
+    for (size_t c = 0; c < planes.size(); ++c) {
         auto const [x, y] = places[c];
-        sources.push_back({uploaded[c], static_cast<std::size_t>(x), static_cast<std::size_t>(y), false});
+        sources.push_back({uploaded[c], static_cast<size_t>(x), static_cast<size_t>(y), false});
         read[c] = reference::cropped(planes[c], x / 2, y, (first + part.width + 1) / 2, part.height);
     }
     Texels const whole = reference::interleave16(read[0], read[1], read[2]);

@@ -13,10 +13,10 @@ std::invalid_argument malformed(std::string const& text) {
 } // namespace
 
 Region parseRegion(std::string const& text) {
-    std::array<std::size_t, 4> values{};
+    std::array<size_t, 4> values{};
     char const* position = text.data();
     char const* const end = position + text.size();
-    for (std::size_t i = 0; i < values.size(); ++i) {
+    for (size_t i = 0; i < values.size(); ++i) {
         if (i > 0 && (position == end || *position++ != ',')) throw malformed(text);
         auto const [next, error] = std::from_chars(position, end, values[i]);
         if (error != std::errc{}) throw malformed(text);
@@ -36,7 +36,7 @@ std::string toText(Region const& region) {
 
 bool liesIn(Region const& region, Size const& picture) {
     if (region.width == 0 || region.height == 0) return false;
-    // Differences, not sums: x + width may exceed the largest std::size_t.
+    // Differences, not sums: x + width may exceed the largest size_t.
     return region.x < picture.width && region.width <= picture.width - region.x && region.y < picture.height &&
            region.height <= picture.height - region.y;
 }

@@ -5,30 +5,30 @@
 
 /// Pixels, samples or tiles along both axes.
 struct Size {
-    std::size_t width = 0;
-    std::size_t height = 0;
+    size_t width = 0;
+    size_t height = 0;
 };
 
 /// A rectangle of a picture, from the picture's upper left corner.
 struct Region {
-    std::size_t x = 0;
-    std::size_t y = 0;
-    std::size_t width = 0;
-    std::size_t height = 0;
+    size_t x = 0;
+    size_t y = 0;
+    size_t width = 0;
+    size_t height = 0;
 };
 
 /// What a region is along one axis.
 struct Interval {
-    std::size_t start = 0;
-    std::size_t length = 0;
+    size_t start = 0;
+    size_t length = 0;
 };
 
 /// What lies between a rectangle and a smaller one inside, side by side.
 struct Insets {
-    std::size_t left = 0;
-    std::size_t right = 0;
-    std::size_t top = 0;
-    std::size_t bottom = 0;
+    size_t left = 0;
+    size_t right = 0;
+    size_t top = 0;
+    size_t bottom = 0;
 };
 
 inline bool operator==(Size const& a, Size const& b) {

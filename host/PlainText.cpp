@@ -21,12 +21,11 @@ bool isShown(gunichar code) {
     return !control && !ends && !turns;
 }
 
-Character characterAt(std::string const& text, std::size_t place) {
+Character characterAt(std::string const& text, size_t place) {
     std::string_view const rest = std::string_view(text).substr(place);
     gunichar const code = g_utf8_get_char_validated(rest.data(), static_cast<gssize>(rest.size()));
     bool const valid = code <= 0x10ffff; // else one of its error codes, also for a 0
-    return {rest.substr(0, valid ? static_cast<std::size_t>(g_unichar_to_utf8(code, nullptr)) : 1),
-            valid && isShown(code)};
+    return {rest.substr(0, valid ? static_cast<size_t>(g_unichar_to_utf8(code, nullptr)) : 1), valid && isShown(code)};
 }
 
 std::string escaped(std::string_view bytes) {
@@ -43,7 +42,7 @@ std::string escaped(std::string_view bytes) {
 
 std::string terminalText(std::string const& text) {
     std::string shown;
-    for (std::size_t place = 0; place < text.size();) {
+    for (size_t place = 0; place < text.size();) {
         Character const character = characterAt(text, place);
         shown += character.shown ? std::string(character.bytes) : escaped(character.bytes);
         place += character.bytes.size();
@@ -51,10 +50,10 @@ std::string terminalText(std::string const& text) {
     return shown;
 }
 
-std::string printableText(std::string const& text, std::size_t most) {
+std::string printableText(std::string const& text, size_t most) {
     std::string shown;
-    std::size_t count = 0;
-    for (std::size_t place = 0; place < text.size(); ++count) {
+    size_t count = 0;
+    for (size_t place = 0; place < text.size(); ++count) {
         if (count == most) return shown + "...";
         Character const character = characterAt(text, place);
         shown += character.shown ? character.bytes : kReplacement;
@@ -63,9 +62,9 @@ std::string printableText(std::string const& text, std::size_t most) {
     return shown;
 }
 
-std::string plainText(std::string const& text, std::size_t maxBytes) {
+std::string plainText(std::string const& text, size_t maxBytes) {
     std::string plain;
-    for (std::size_t place = 0; place < text.size();) {
+    for (size_t place = 0; place < text.size();) {
         Character const character = characterAt(text, place);
         std::string_view const next = character.shown ? character.bytes : kReplacement;
         if (plain.size() + next.size() > maxBytes) break;
@@ -75,6 +74,6 @@ std::string plainText(std::string const& text, std::size_t maxBytes) {
     return plain;
 }
 
-std::string counted(std::size_t number, std::string const& noun) {
+std::string counted(size_t number, std::string const& noun) {
     return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }

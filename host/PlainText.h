@@ -11,10 +11,10 @@
 std::string terminalText(std::string const& text);
 
 /// For a line in a window: what is not shown becomes U+FFFD each; what is longer than `most` characters ends in "...".
-std::string printableText(std::string const& text, std::size_t most = 120);
+std::string printableText(std::string const& text, size_t most = 120);
 
 /// To be kept where texts are UTF-8: as above, and at most maxBytes, cut between characters.
-std::string plainText(std::string const& text, std::size_t maxBytes);
+std::string plainText(std::string const& text, size_t maxBytes);
 
 /// A number of things: "1 level", "2 levels". The noun's plural is made with an s.
-std::string counted(std::size_t number, std::string const& noun);
+std::string counted(size_t number, std::string const& noun);

@@ -5,4 +5,4 @@
 
 /// Called now and then while something long goes on: steps finished so far and steps in all. Steps are rows, tiles or
 /// filters. May throw to stop the work.
-using Progress = std::function<void(std::size_t done, std::size_t all)>;
+using Progress = std::function<void(size_t done, size_t all)>;

@@ -4,11 +4,11 @@
 #include <new>
 #include <system_error>
 
-std::vector<std::thread> startThreads(std::size_t count, std::function<void(std::size_t thread)> const& work) {
+std::vector<std::thread> startThreads(size_t count, std::function<void(size_t thread)> const& work) {
     std::vector<std::thread> threads;
     threads.reserve(count);
     try {
-        for (std::size_t i = 0; i < count; ++i)
+        for (size_t i = 0; i < count; ++i)
             threads.emplace_back(work, i);
     } catch (std::system_error const&) {
         return threads; // limits of processes and of memory: those that run do the work
@@ -18,6 +18,6 @@ std::vector<std::thread> startThreads(std::size_t count, std::function<void(std:
     return threads;
 }
 
-std::size_t threadsFor(std::size_t wanted) {
+size_t threadsFor(size_t wanted) {
     return wanted != 0 ? wanted : std::max(1U, std::thread::hardware_concurrency());
 }

@@ -8,8 +8,8 @@ namespace reference {
 
 namespace {
 
-std::size_t componentZero(int x, int y, int width) {
-    return 4 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x));
+size_t componentZero(int x, int y, int width) {
+    return 4 * (static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x));
 }
 
 struct ClippedOnce {
@@ -42,9 +42,9 @@ void spreadByLoop(Histogram& histogram, std::uint32_t limit, std::uint32_t exces
     bool reduced = true;
     while (excess > 0 && reduced) {
         std::uint32_t const before = excess;
-        for (std::size_t start = 0; start < 256 && excess > 0; ++start) {
-            std::size_t const step = std::max(std::uint32_t{1}, 256 / excess);
-            for (std::size_t bin = start; bin < 256 && excess > 0; bin += step) {
+        for (size_t start = 0; start < 256 && excess > 0; ++start) {
+            size_t const step = std::max(std::uint32_t{1}, 256 / excess);
+            for (size_t bin = start; bin < 256 && excess > 0; bin += step) {
                 if (histogram[bin] >= limit) continue;
                 ++histogram[bin];
                 --excess;
@@ -79,7 +79,7 @@ CellPosition cellPosition(int p) {
 
 } // namespace
 
-std::size_t claheBin(std::int16_t sample) {
+size_t claheBin(std::int16_t sample) {
     return clampToByte(sample);
 }
 
@@ -113,7 +113,7 @@ Histogram claheMapping(Histogram const& clipped) {
     double const scale = 255.0 / kClaheRegionPixels;
     Histogram mapping{};
     std::uint32_t sum = 0;
-    for (std::size_t bin = 0; bin < 256; ++bin) {
+    for (size_t bin = 0; bin < 256; ++bin) {
         sum += clipped[bin];
         mapping[bin] = std::min(std::uint32_t{255}, static_cast<std::uint32_t>(sum * scale));
     }
@@ -123,7 +123,7 @@ Histogram claheMapping(Histogram const& clipped) {
 Histogram const& ClaheTables::clampedAt(int row, int column) const {
     int const r = std::clamp(row, 0, rows - 1);
     int const c = std::clamp(column, 0, columns - 1);
-    return mappings.at(static_cast<std::size_t>(r) * static_cast<std::size_t>(columns) + static_cast<std::size_t>(c));
+    return mappings.at(static_cast<size_t>(r) * static_cast<size_t>(columns) + static_cast<size_t>(c));
 }
 
 ClaheTables claheTables(std::vector<std::int16_t> const& samples, int width, int height, double clip) {
@@ -148,7 +148,7 @@ ClaheTables claheTables(std::vector<std::int16_t> const& samples, int width, int
     return tables;
 }
 
-std::int16_t claheInterpolated(ClaheTables const& tables, int x, int y, std::size_t bin) {
+std::int16_t claheInterpolated(ClaheTables const& tables, int x, int y, size_t bin) {
     CellPosition const across = cellPosition(x);
     CellPosition const down = cellPosition(y);
     std::int64_t const upperLeft = tables.clampedAt(down.region, across.region)[bin];

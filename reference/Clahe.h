@@ -16,7 +16,7 @@ constexpr int kClaheRegionPixels = kClaheRegion * kClaheRegion;
 using Histogram = std::array<std::uint32_t, 256>;
 
 /// 0 for negative samples, 255 for samples above 255.
-std::size_t claheBin(std::int16_t sample);
+size_t claheBin(std::int16_t sample);
 
 /// trunc(pixels * clip / 256), at least 1.
 std::uint32_t claheLimit(std::uint32_t pixels, double clip);
@@ -47,7 +47,7 @@ ClaheTables claheTables(std::vector<std::int16_t> const& samples, int width, int
 
 /// The equalised value of grey value `bin` at pixel (x, y): bilinear between the four nearest regions' tables. Cells
 /// stand at [0, 20), [20, 60), [60, 100) ... along each axis.
-std::int16_t claheInterpolated(ClaheTables const& tables, int x, int y, std::size_t bin);
+std::int16_t claheInterpolated(ClaheTables const& tables, int x, int y, size_t bin);
 
 /// The whole filter on four samples per pixel. The clip limit goes through single precision and is at least 1. Pixels
 /// left of x0 and above y0 keep their value (x0 is 40 where the filter's invalidLeft is 40 or more, else 0; y0

@@ -8,9 +8,9 @@ namespace reference {
 
 namespace {
 
-std::int64_t sumOfProducts(Matrix3 const& scaled, std::array<std::int32_t, 3> const& pixel, std::size_t output) {
+std::int64_t sumOfProducts(Matrix3 const& scaled, std::array<std::int32_t, 3> const& pixel, size_t output) {
     std::int64_t sum = 0;
-    for (std::size_t input = 0; input < 3; ++input)
+    for (size_t input = 0; input < 3; ++input)
         sum += std::int64_t{scaled[3 * input + output]} * pixel[input];
     return sum;
 }
@@ -20,7 +20,7 @@ std::int64_t sumOfProducts(Matrix3 const& scaled, std::array<std::int32_t, 3> co
 Matrix3 scaledMatrix(Matrix3 const& matrix, double strength) {
     auto const factor = static_cast<std::int32_t>(std::round(strength * 1024.0));
     Matrix3 scaled{};
-    for (std::size_t i = 0; i < 9; ++i) {
+    for (size_t i = 0; i < 9; ++i) {
         std::uint32_t const wrapped =
             static_cast<std::uint32_t>(matrix[i]) * static_cast<std::uint32_t>(factor) + std::uint32_t{512};
         scaled[i] = static_cast<std::int32_t>(floorDiv(static_cast<std::int32_t>(wrapped), 1024));
@@ -35,7 +35,7 @@ Texels matrix8(Texels const& image, Matrix3 const& matrix, double strength) {
         for (int x = 0; x < image.width; ++x) {
             Texel const in = image.at(x, y);
             Texel result{0, 0, 0, 255};
-            for (std::size_t c = 0; c < 3; ++c) {
+            for (size_t c = 0; c < 3; ++c) {
                 result[c] = clampToByte(floorDiv(sumOfProducts(scaled, {in[0], in[1], in[2]}, c) + 512, 1024));
             }
             out.set(x, y, result);
@@ -46,7 +46,7 @@ Texels matrix8(Texels const& image, Matrix3 const& matrix, double strength) {
 
 std::array<std::int64_t, 3> matrixTimes(Matrix3 const& scaled, std::array<std::int32_t, 3> const& pixel) {
     std::array<std::int64_t, 3> out{};
-    for (std::size_t c = 0; c < 3; ++c)
+    for (size_t c = 0; c < 3; ++c)
         out[c] = roundDivAwayFromZero(sumOfProducts(scaled, pixel, c), 1024);
     return out;
 }
@@ -54,9 +54,9 @@ std::array<std::int64_t, 3> matrixTimes(Matrix3 const& scaled, std::array<std::i
 Texels matrix16(Texels const& image, Matrix3 const& matrix, double strength) {
     Matrix3 const scaled = scaledMatrix(matrix, strength);
     Planes3 planes = unpackThreeChannel16(image);
-    for (std::size_t i = 0; i < planes[0].samples.size(); ++i) {
+    for (size_t i = 0; i < planes[0].samples.size(); ++i) {
         auto const out = matrixTimes(scaled, {planes[0].samples[i], planes[1].samples[i], planes[2].samples[i]});
-        for (std::size_t c = 0; c < 3; ++c)
+        for (size_t c = 0; c < 3; ++c)
             planes[c].samples[i] = static_cast<std::int32_t>(out[c]);
     }
     return packThreeChannel16(planes);

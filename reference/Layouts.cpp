@@ -10,13 +10,13 @@ namespace reference {
 
 namespace {
 
-std::size_t count(int width, int height, int each = 1) {
-    return static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * static_cast<std::size_t>(each);
+size_t count(int width, int height, int each = 1) {
+    return static_cast<size_t>(width) * static_cast<size_t>(height) * static_cast<size_t>(each);
 }
 
-std::size_t indexOf(int x, int y, int width, int height) {
+size_t indexOf(int x, int y, int width, int height) {
     if (x < 0 || y < 0 || x >= width || y >= height) throw std::out_of_range("position outside the reference image");
-    return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+    return static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x);
 }
 
 template <class Decode>
@@ -70,7 +70,7 @@ Texels::Texels(int widthTexels, int heightTexels, std::vector<std::uint8_t> cont
 }
 
 Texel Texels::at(int x, int y) const {
-    std::size_t const first = 4 * indexOf(x, y, width, height);
+    size_t const first = 4 * indexOf(x, y, width, height);
     return {bytes[first], bytes[first + 1], bytes[first + 2], bytes[first + 3]};
 }
 
@@ -79,8 +79,8 @@ Texel Texels::clampedAt(int x, int y) const {
 }
 
 void Texels::set(int x, int y, Texel const& texel) {
-    std::size_t const first = 4 * indexOf(x, y, width, height);
-    for (std::size_t i = 0; i < 4; ++i)
+    size_t const first = 4 * indexOf(x, y, width, height);
+    for (size_t i = 0; i < 4; ++i)
         bytes[first + i] = texel[i];
 }
 
@@ -157,7 +157,7 @@ Planes3 unpackThreeChannel16Unsigned(Texels const& texels) {
 Texels packFourChannel16(std::vector<std::int16_t> const& samples, int widthPixels, int heightPixels) {
     if (samples.size() != count(widthPixels, heightPixels, 4)) throw std::invalid_argument("four samples per pixel");
     Texels texels(2 * widthPixels, heightPixels);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
+    for (size_t i = 0; i < samples.size(); ++i) {
         auto const pair = encodePair(samples[i]);
         texels.bytes[2 * i] = pair[0];
         texels.bytes[2 * i + 1] = pair[1];
@@ -167,7 +167,7 @@ Texels packFourChannel16(std::vector<std::int16_t> const& samples, int widthPixe
 
 std::vector<std::int16_t> unpackFourChannel16(Texels const& texels) {
     std::vector<std::int16_t> samples(texels.bytes.size() / 2);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
+    for (size_t i = 0; i < samples.size(); ++i) {
         samples[i] = static_cast<std::int16_t>(decodeSigned(texels.bytes[2 * i], texels.bytes[2 * i + 1]));
     }
     return samples;

@@ -13,7 +13,7 @@ std::int32_t floorDiv32(std::int32_t numerator, std::int32_t denominator) {
 }
 
 std::int32_t mirroredAt(Signal const& signal, std::ptrdiff_t i) {
-    return signal[static_cast<std::size_t>(reflected(i, static_cast<std::ptrdiff_t>(signal.size())))];
+    return signal[static_cast<size_t>(reflected(i, static_cast<std::ptrdiff_t>(signal.size())))];
 }
 
 } // namespace
@@ -44,12 +44,12 @@ Signal inverse53(Bands const& bands) {
     auto const length = static_cast<std::ptrdiff_t>(signal.size());
     for (std::ptrdiff_t n = 0; 2 * n < length; ++n) {
         std::int32_t const around = extendedHigh(bands.high, length, n - 1) + extendedHigh(bands.high, length, n);
-        auto const k = static_cast<std::size_t>(n);
+        auto const k = static_cast<size_t>(n);
         signal[2 * k] = bands.low[k] - floorDiv32(around + 2, 4);
     }
     for (std::ptrdiff_t n = 0; 2 * n + 1 < length; ++n) {
         std::int32_t const around = mirroredAt(signal, 2 * n) + mirroredAt(signal, 2 * n + 2);
-        auto const k = static_cast<std::size_t>(n);
+        auto const k = static_cast<size_t>(n);
         signal[2 * k + 1] = bands.high[k] + floorDiv32(around, 2);
     }
     return signal;
@@ -57,15 +57,15 @@ Signal inverse53(Bands const& bands) {
 
 // Mirroring a signal about a sample keeps the parity of positions, so each band continues into itself.
 std::int32_t extendedLow(Signal const& low, std::ptrdiff_t length, std::ptrdiff_t i) {
-    return low[static_cast<std::size_t>(reflected(2 * i, length) / 2)];
+    return low[static_cast<size_t>(reflected(2 * i, length) / 2)];
 }
 
 std::int32_t extendedHigh(Signal const& high, std::ptrdiff_t length, std::ptrdiff_t i) {
     if (high.empty()) return 0;
-    return high[static_cast<std::size_t>((reflected(2 * i + 1, length) - 1) / 2)];
+    return high[static_cast<size_t>((reflected(2 * i + 1, length) - 1) / 2)];
 }
 
-Bands filterWindow(Bands const& bands, std::ptrdiff_t length, std::ptrdiff_t a, std::size_t m) {
+Bands filterWindow(Bands const& bands, std::ptrdiff_t length, std::ptrdiff_t a, size_t m) {
     Bands window;
     for (std::ptrdiff_t n = 0; n < static_cast<std::ptrdiff_t>(m); ++n) {
         window.low.push_back(extendedLow(bands.low, length, a + n));
@@ -76,11 +76,11 @@ Bands filterWindow(Bands const& bands, std::ptrdiff_t length, std::ptrdiff_t a, 
 
 Signal inverseFilter53(Bands const& window) {
     if (window.low.size() != window.high.size()) throw std::invalid_argument("bands of different lengths");
-    std::size_t const m = window.low.size();
+    size_t const m = window.low.size();
     Signal const& low = window.low;
     Signal const& high = window.high;
     Signal out;
-    for (std::size_t n = 0; n + 2 < m; ++n) {
+    for (size_t n = 0; n + 2 < m; ++n) {
         std::int32_t const even = low[n] - floorDiv32(high[n] + high[n + 1] + 2, 4);
         std::int32_t const nextEven = low[n + 1] - floorDiv32(high[n + 1] + high[n + 2] + 2, 4);
         out.push_back(even);

@@ -32,7 +32,7 @@ std::int32_t extendedHigh(Signal const& high, std::ptrdiff_t length, std::ptrdif
 
 /// The bands as the inverse filter reads them for the outputs from x[2a] on: M samples each, low from L[a], high from
 /// H[a-1].
-Bands filterWindow(Bands const& bands, std::ptrdiff_t length, std::ptrdiff_t a, std::size_t m);
+Bands filterWindow(Bands const& bands, std::ptrdiff_t length, std::ptrdiff_t a, size_t m);
 
 /// The inverse filter in its own terms, where the high window H' starts one sample earlier than the low one:
 ///   x[2n] = L[n] - floor((H'[n] + H'[n+1] + 2) / 4),   x[2n+1] = H'[n+1] + floor((x[2n] + x[2n+2]) / 2)

@@ -20,7 +20,7 @@ Signal rowOf(Plane const& plane, int y) {
 
 void setRow(Plane& plane, int y, Signal const& row) {
     for (int x = 0; x < plane.width; ++x)
-        plane.at(x, y) = row.at(static_cast<std::size_t>(x));
+        plane.at(x, y) = row.at(static_cast<size_t>(x));
 }
 
 Plane transposed(Plane const& plane) {
@@ -71,11 +71,11 @@ Plane inverse53Plane(PlaneBands const& bands) {
     return joinRows(joinColumns(bands.ll, bands.lh), joinColumns(bands.hl, bands.hh));
 }
 
-Pyramid forward53Pyramid(Plane const& plane, std::size_t levels) {
+Pyramid forward53Pyramid(Plane const& plane, size_t levels) {
     if (levels == 0) throw std::invalid_argument("a pyramid has at least one level");
     Pyramid pyramid;
     Plane rest = plane;
-    for (std::size_t level = 0; level < levels; ++level) {
+    for (size_t level = 0; level < levels; ++level) {
         PlaneBands bands = forward53Plane(rest);
         rest = bands.ll;
         if (level + 1 < levels) bands.ll = Plane();

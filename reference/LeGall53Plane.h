@@ -27,7 +27,7 @@ PlaneBands forward53Plane(Plane const& plane);
 Plane inverse53Plane(PlaneBands const& bands);
 
 /// levels >= 1.
-Pyramid forward53Pyramid(Plane const& plane, std::size_t levels);
+Pyramid forward53Pyramid(Plane const& plane, size_t levels);
 Plane inverse53Pyramid(Pyramid const& pyramid);
 
 /// One filter step in the filter's own terms on bands of one size: 2 * width - 4 columns, or 2 * height - 4 rows.

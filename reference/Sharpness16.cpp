@@ -13,7 +13,7 @@ constexpr std::array<int, 5> kWeights{1, 13, 36, 13, 1};
 
 int weightAt(int offset) {
     int const tap = offset + 2;
-    return kWeights.at(static_cast<std::size_t>(tap));
+    return kWeights.at(static_cast<size_t>(tap));
 }
 
 // Pixel x as a shader fetches it: each of its two texels clamped to the edge on its own.
@@ -46,7 +46,7 @@ Texels sharpnessH16(Texels const& source) {
         for (int x = 0; x < empty.width; ++x) {
             for (int dx = -2; dx <= 2; ++dx) {
                 auto const pixel = fetchedPixel(source, x + dx, y);
-                for (std::size_t c = 0; c < 3; ++c)
+                for (size_t c = 0; c < 3; ++c)
                     out[c].at(x, y) += weightAt(dx) * clampTo10Bits(pixel[c]);
             }
         }
@@ -59,7 +59,7 @@ Texels sharpnessV16(Texels const& source, Texels const& blurred, double gain, in
     Planes3 const sources = unpackThreeChannel16(source);
     Planes3 const blurs = unpackThreeChannel16Unsigned(blurred);
     Planes3 out = sources;
-    for (std::size_t c = 0; c < 3; ++c) {
+    for (size_t c = 0; c < 3; ++c) {
         for (int y = 0; y < out[c].height; ++y) {
             for (int x = 0; x < out[c].width; ++x) {
                 std::int64_t blur = 0;

@@ -30,7 +30,7 @@ Texels sharpness8(Texels const& image, double gain, int shiftBits) {
     for (int y = 0; y < image.height; ++y) {
         for (int x = 0; x < image.width; ++x) {
             Texel texel{};
-            for (std::size_t channel = 0; channel < 4; ++channel) {
+            for (size_t channel = 0; channel < 4; ++channel) {
                 std::int64_t sum = 0;
                 for (int dy = -2; dy <= 2; ++dy) {
                     for (int dx = -2; dx <= 2; ++dx) {

@@ -13,7 +13,7 @@ std::uint8_t entryOfByte(ByteTable const& table, std::uint8_t byte) {
 
 std::uint8_t entryOfValue(ByteTable const& table, std::int32_t value) {
     auto const last = static_cast<std::int32_t>(table.size() - 1);
-    return table.at(static_cast<std::size_t>(std::clamp(value, 0, last)));
+    return table.at(static_cast<size_t>(std::clamp(value, 0, last)));
 }
 
 } // namespace

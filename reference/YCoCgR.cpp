@@ -42,7 +42,7 @@ Texels rgba8ToYCoCg16(Texels const& rgba) {
 
 Texels yCoCg16ToRgb16(Texels const& yCoCg) {
     Planes3 planes = unpackThreeChannel16(yCoCg);
-    for (std::size_t i = 0; i < planes[0].samples.size(); ++i) {
+    for (size_t i = 0; i < planes[0].samples.size(); ++i) {
         Rgb const rgb = rgbFromYCoCg({planes[0].samples[i], planes[1].samples[i], planes[2].samples[i]});
         planes[0].samples[i] = rgb.r;
         planes[1].samples[i] = rgb.g;

@@ -54,7 +54,7 @@ struct Options {
     size_t tileSize = 256;
     double zoom = 1.0;
     bool smooth = false;
-    std::size_t bits = 0; // as many as make sense
+    size_t bits = 0; // as many as make sense
     std::vector<enhancement::Step> steps;
 };
 
@@ -75,7 +75,7 @@ std::unique_ptr<PixelSource> openSource(Options const& options, ImageReader::Sam
 }
 
 // Of a sample that is written. A TIFF keeps what the picture has, a PNG is mostly there to be looked at.
-std::size_t bitsOf(Options const& options, std::size_t pictureBits) {
+size_t bitsOf(Options const& options, size_t pictureBits) {
     bool const weighed = options.smooth && options.zoom < 1;
     bool const kept = pictureBits == 16 && options.steps.empty() && !weighed;
     if (options.bits == 16 && pictureBits != 16)

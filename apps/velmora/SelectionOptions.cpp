@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr std::size_t kMaxPages = 1000 * 1000;
+constexpr size_t kMaxPages = 1000 * 1000;
 constexpr auto kGroup = "Part of an image";
 
 // What is parsed, or the sentence for the user where it cannot be.
@@ -27,7 +27,7 @@ void addSelectionOptions(CLI::App& command, ImageSelection& selection) {
         .add_option("--page", selection.page,
                     "One picture of a file that holds several: a page, a frame, counted from 1")
         ->type_name("N")
-        ->check(CLI::Range(std::size_t{1}, kMaxPages))
+        ->check(CLI::Range(size_t{1}, kMaxPages))
         ->group(kGroup);
     command
         .add_option_function<std::string>(

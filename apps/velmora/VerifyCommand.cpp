@@ -24,7 +24,7 @@ namespace {
 
 using conformance::Outcome;
 
-constexpr std::size_t kTileBudgetBytes = 64 * 1000 * 1000;
+constexpr size_t kTileBudgetBytes = 64 * 1000 * 1000;
 
 constexpr auto kExplanation = R"(Each filter runs on this machine's OpenGL ES with inputs that tell a wrong result from
 a right one, and every byte is compared with what plain integer code gives. Exit code 1
@@ -61,7 +61,7 @@ std::vector<Outcome> outcomes(Options const& options, SurfacelessContext& contex
     ProgressBar bar("verifying", stderr);
     conformance::Scope const scope = {options.full ? conformance::Depth::kFull : conformance::Depth::kThorough,
                                       std::min({gl.maxTextureSize, gl.maxViewport[0], gl.maxViewport[1]})};
-    return conformance::verify(backend.createInstance(context), scope, [&](std::size_t done, std::size_t total) {
+    return conformance::verify(backend.createInstance(context), scope, [&](size_t done, size_t total) {
         interruption::throwIfNoted();
         bar.update(done, total);
     });

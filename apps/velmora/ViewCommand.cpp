@@ -20,8 +20,8 @@
 
 namespace {
 
-constexpr std::size_t kMegabyte = 1000 * 1000;
-constexpr std::size_t kMaxMegabytes = 1000 * 1000;
+constexpr size_t kMegabyte = 1000 * 1000;
+constexpr size_t kMaxMegabytes = 1000 * 1000;
 constexpr double kMaxWindowSide = 16384;
 
 constexpr auto kExamples = R"(Examples:
@@ -34,8 +34,8 @@ Drag and wheel move; the key ? shows all keys. Stores of images are kept in $XDG
 or ~/.cache/velmora and may be deleted at any time.)";
 
 struct Memory {
-    std::size_t host = 256; // megabytes
-    std::size_t gpu = 256;
+    size_t host = 256; // megabytes
+    size_t gpu = 256;
 };
 
 struct Texts {
@@ -45,12 +45,12 @@ struct Texts {
 };
 
 // The numbers that a text has between separators; nothing where it is anything else.
-template <std::size_t count>
+template <size_t count>
 std::optional<std::array<double, count>> numbersOf(std::string const& text, char separator) {
     std::istringstream stream(text);
     stream >> std::noskipws;
     std::array<double, count> numbers{};
-    for (std::size_t i = 0; i < count; ++i) {
+    for (size_t i = 0; i < count; ++i) {
         if (i > 0 && stream.get() != separator) return std::nullopt;
         if (!(stream >> numbers[i])) return std::nullopt;
     }
@@ -62,7 +62,7 @@ std::optional<Size> sizeOf(std::string const& text) {
     if (!numbers) return std::nullopt;
     for (double const side : *numbers)
         if (side < 1 || side > kMaxWindowSide || side != std::floor(side)) return std::nullopt;
-    return Size{static_cast<std::size_t>((*numbers)[0]), static_cast<std::size_t>((*numbers)[1])};
+    return Size{static_cast<size_t>((*numbers)[0]), static_cast<size_t>((*numbers)[1])};
 }
 
 std::optional<ViewerOptions::Start> startOf(std::string const& text) {
@@ -83,26 +83,26 @@ std::string checkStart(std::string const& text) {
 }
 
 // What the program itself takes, with a GL driver that draws on the processor.
-constexpr std::size_t kProgramBytes = 160 * kMegabyte;
-constexpr std::size_t kLeastTileBytes = 16 * kMegabyte;
+constexpr size_t kProgramBytes = 160 * kMegabyte;
+constexpr size_t kLeastTileBytes = 16 * kMegabyte;
 
 // Of the memory that the process is to take; the rest is for tiles.
-std::size_t tileBytes(std::size_t memory) {
+size_t tileBytes(size_t memory) {
     return std::max(memory, kProgramBytes + kLeastTileBytes) - kProgramBytes;
 }
 
 // Of the GPU's: five eighths for rebuilt tiles, a quarter for the bands that they are made of, the rest for frames and
 // for what lies between them. The backend counts one byte per sample of a band, which has two.
-void share(std::size_t gpuMemory, ViewerOptions& options) {
+void share(size_t gpuMemory, ViewerOptions& options) {
     options.picture.gpuBytes = gpuMemory / 8 * 5;
     options.bandBytes = gpuMemory / 8;
 }
 
-void addMemoryOption(CLI::App& command, char const* name, std::size_t& megabytes, char const* help) {
+void addMemoryOption(CLI::App& command, char const* name, size_t& megabytes, char const* help) {
     command.add_option(name, megabytes, help)
         ->type_name("MB")
         ->capture_default_str()
-        ->check(CLI::Range(std::size_t{1}, kMaxMegabytes));
+        ->check(CLI::Range(size_t{1}, kMaxMegabytes));
 }
 
 // Tiles come and go for as long as the window is open. glibc would keep their memory in its heaps, which fall to

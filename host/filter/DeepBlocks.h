@@ -12,7 +12,7 @@
 /// which copies alone do, for what else takes 16 bits takes them as signed. GL thread only. Throws VelmoraException.
 class DeepBlocks {
 public:
-    DeepBlocks(std::shared_ptr<RenderBackendInstance> const& instance, std::size_t bands);
+    DeepBlocks(std::shared_ptr<RenderBackendInstance> const& instance, size_t bands);
 
     /// Draws `block`, a part of `strip` whose pixels are given, and puts it at the same place into `out`: samples in
     /// the machine's byte order.
@@ -21,6 +21,6 @@ public:
 
 private:
     FilterRunner targets_;
-    std::size_t bands_;
+    size_t bands_;
     std::vector<unsigned char> plane_;
 };

@@ -12,18 +12,18 @@
 
 namespace {
 
-constexpr std::size_t kGrid = EnhancementChain::kGrid;
+constexpr size_t kGrid = EnhancementChain::kGrid;
 
 // The rows of a picture that are at hand: a window that only moves down, so that each row is read once.
 class RowWindow {
 public:
-    RowWindow(PixelSource& source, std::size_t x, std::size_t width)
+    RowWindow(PixelSource& source, size_t x, size_t width)
         : source_(source), x_(x), width_(width), rowBytes_(width * source.bands() * source.sampleBytes()) {}
 
     /// Rows y to y + count; rows above are dropped.
-    void moveTo(std::size_t y, std::size_t count) {
-        std::size_t const end = first_ + rows_.size() / rowBytes_;
-        std::size_t const kept = end > y ? end - y : 0;
+    void moveTo(size_t y, size_t count) {
+        size_t const end = first_ + rows_.size() / rowBytes_;
+        size_t const kept = end > y ? end - y : 0;
         rows_.erase(rows_.begin(), rows_.end() - static_cast<std::ptrdiff_t>(kept * rowBytes_));
         first_ = y;
         if (kept >= count) return;
@@ -32,16 +32,16 @@ public:
     }
 
     /// The sample bytes of pixel (x, y) of the picture and of those right of it.
-    std::uint8_t const* at(std::size_t x, std::size_t y) const {
+    std::uint8_t const* at(size_t x, size_t y) const {
         return &rows_[(y - first_) * rowBytes_ + (x - x_) * rowBytes_ / width_];
     }
 
 private:
     PixelSource& source_;
-    std::size_t x_;
-    std::size_t width_;
-    std::size_t rowBytes_;
-    std::size_t first_ = 0;
+    size_t x_;
+    size_t width_;
+    size_t rowBytes_;
+    size_t first_ = 0;
     std::vector<std::uint8_t> rows_;
     std::vector<std::uint8_t> fresh_;
 };
@@ -50,7 +50,7 @@ private:
 class Enhancing {
 public:
     Enhancing(std::shared_ptr<RenderBackendInstance> instance, std::vector<enhancement::Step> const& steps,
-              PixelSource& source, Region const& region, std::size_t side)
+              PixelSource& source, Region const& region, size_t side)
         : source_(source),
           region_(region),
           side_(side),
@@ -59,19 +59,19 @@ public:
           window_(source, input(region.y, 1).x, input(region.y, 1).width) {}
 
     /// The row below the strip that starts at row y: on the grid, unless the region ends before.
-    std::size_t stripEnd(std::size_t y) const {
-        std::size_t const rowBytes = input(y, 1).width * source_.bands() * source_.sampleBytes();
-        std::size_t const fitting = std::clamp(RegionRenderer::kMaxStripBytes / rowBytes / kGrid * kGrid, kGrid, side_);
+    size_t stripEnd(size_t y) const {
+        size_t const rowBytes = input(y, 1).width * source_.bands() * source_.sampleBytes();
+        size_t const fitting = std::clamp(RegionRenderer::kMaxStripBytes / rowBytes / kGrid * kGrid, kGrid, side_);
         return std::min((y / kGrid * kGrid) + fitting, region_.y + region_.height);
     }
 
-    std::vector<std::uint8_t> const& strip(std::size_t y, std::size_t rows) {
+    std::vector<std::uint8_t> const& strip(size_t y, size_t rows) {
         Region const read = input(y, rows);
         window_.moveTo(read.y, read.height);
         out_.resize(region_.width * rows * bands_);
-        std::size_t const end = region_.x + region_.width;
-        for (std::size_t x = region_.x; x < end;) {
-            std::size_t const next = std::min(x / side_ * side_ + side_, end);
+        size_t const end = region_.x + region_.width;
+        for (size_t x = region_.x; x < end;) {
+            size_t const next = std::min(x / side_ * side_ + side_, end);
             enhance({x, y, next - x, rows});
             x = next;
         }
@@ -79,13 +79,13 @@ public:
     }
 
 private:
-    Region input(std::size_t y, std::size_t rows) const { return chain_.inputFor({region_.x, y, region_.width, rows}); }
+    Region input(size_t y, size_t rows) const { return chain_.inputFor({region_.x, y, region_.width, rows}); }
 
     void enhance(Region const& part) {
         Region const read = chain_.inputFor(part);
         std::vector<unsigned char> const texels =
             source_.sampleBytes() == 1 ? chain_.run8(rgba(read), part) : chain_.run15(planes(read), part);
-        for (std::size_t row = 0; row < part.height; ++row) {
+        for (size_t row = 0; row < part.height; ++row) {
             std::uint8_t* const to = &out_[(row * region_.width + part.x - region_.x) * bands_];
             pixelbands::narrow(&texels[row * part.width * pixelbands::kTexelBytes], to, bands_, part.width);
             if (pixelbands::hasAlpha(bands_)) putAlpha(part.x, part.y + row, part.width, to);
@@ -95,24 +95,24 @@ private:
     std::vector<unsigned char> rgba(Region const& read) const {
         std::vector<unsigned char> texels(read.width * read.height * pixelbands::kTexelBytes, 255);
         std::vector<std::uint8_t> row(read.width * pixelbands::kTexelBytes);
-        std::size_t const components = pixelbands::components(source_.bands());
-        for (std::size_t y = 0; y < read.height; ++y) {
+        size_t const components = pixelbands::components(source_.bands());
+        for (size_t y = 0; y < read.height; ++y) {
             pixelbands::widen(window_.at(read.x, read.y + y), source_.bands(), row.data(), read.width);
-            for (std::size_t x = 0; x < read.width; ++x)
+            for (size_t x = 0; x < read.width; ++x)
                 std::memcpy(&texels[(y * read.width + x) * pixelbands::kTexelBytes], &row[x * components], 3);
         }
         return texels;
     }
 
     EnhancementChain::Planes planes(Region const& read) const {
-        std::size_t const even = read.width + read.width % 2;
-        std::size_t const bands = source_.bands();
+        size_t const even = read.width + read.width % 2;
+        size_t const bands = source_.bands();
         EnhancementChain::Planes result;
-        for (std::size_t channel = 0; channel < result.size(); ++channel) {
+        for (size_t channel = 0; channel < result.size(); ++channel) {
             result[channel].resize(2 * even * read.height);
-            std::size_t const band = pixelbands::isGrey(bands) ? 0 : channel;
-            for (std::size_t y = 0; y < read.height; ++y) {
-                for (std::size_t x = 0; x < read.width; ++x) {
+            size_t const band = pixelbands::isGrey(bands) ? 0 : channel;
+            for (size_t y = 0; y < read.height; ++y) {
+                for (size_t x = 0; x < read.width; ++x) {
                     unsigned const code = sample16(read.x + x, read.y + y, band) >> 1U;
                     unsigned char* const to = &result[channel][2 * (y * even + x)];
                     to[0] = static_cast<unsigned char>(code & 0xFFU);
@@ -123,15 +123,15 @@ private:
         return result;
     }
 
-    unsigned sample16(std::size_t x, std::size_t y, std::size_t band) const {
+    unsigned sample16(size_t x, size_t y, size_t band) const {
         std::uint16_t sample = 0;
         std::memcpy(&sample, window_.at(x, y) + 2 * band, sizeof sample);
         return sample;
     }
 
-    void putAlpha(std::size_t x, std::size_t y, std::size_t count, std::uint8_t* to) const {
-        std::size_t const alpha = source_.bands() - 1;
-        for (std::size_t i = 0; i < count; ++i)
+    void putAlpha(size_t x, size_t y, size_t count, std::uint8_t* to) const {
+        size_t const alpha = source_.bands() - 1;
+        for (size_t i = 0; i < count; ++i)
             to[(i + 1) * bands_ - 1] = source_.sampleBytes() == 1
                                            ? window_.at(x + i, y)[alpha]
                                            : static_cast<std::uint8_t>(sample16(x + i, y, alpha) >> 8U);
@@ -139,8 +139,8 @@ private:
 
     PixelSource& source_;
     Region region_;
-    std::size_t side_;
-    std::size_t bands_;
+    size_t side_;
+    size_t bands_;
     EnhancementChain chain_;
     RowWindow window_;
     std::vector<std::uint8_t> out_;
@@ -152,7 +152,7 @@ EnhancedRenderer::EnhancedRenderer(std::shared_ptr<RenderBackendInstance> instan
                                    std::vector<enhancement::Step> steps)
     : instance_(std::move(instance)), steps_(std::move(steps)), side_(EnhancementChain::requiredPartSide(steps_)) {}
 
-std::size_t EnhancedRenderer::bandsOf(std::size_t pictureBands, std::vector<enhancement::Step> const& steps) {
+size_t EnhancedRenderer::bandsOf(size_t pictureBands, std::vector<enhancement::Step> const& steps) {
     bool const coloured = std::any_of(steps.begin(), steps.end(), [](enhancement::Step const& step) {
         return std::visit([](auto const& one) { return std::decay_t<decltype(one)>::kMayColour; }, step);
     });
@@ -162,10 +162,10 @@ std::size_t EnhancedRenderer::bandsOf(std::size_t pictureBands, std::vector<enha
 void EnhancedRenderer::render(PixelSource& source, Region const& region, RowSink const& sink,
                               Progress const& progress) {
     Enhancing enhancing(instance_, steps_, source, region, side_);
-    std::size_t const bottom = region.y + region.height;
-    for (std::size_t y = region.y; y < bottom;) {
+    size_t const bottom = region.y + region.height;
+    for (size_t y = region.y; y < bottom;) {
         progress(y - region.y, region.height);
-        std::size_t const end = enhancing.stripEnd(y);
+        size_t const end = enhancing.stripEnd(y);
         sink(enhancing.strip(y, end - y).data(), end - y);
         y = end;
     }

@@ -23,7 +23,7 @@ public:
     EnhancedRenderer(std::shared_ptr<RenderBackendInstance> instance, std::vector<enhancement::Step> steps);
 
     /// Bands of what comes out: those of the picture, but colour where a matrix may make colour of grey.
-    static std::size_t bandsOf(std::size_t pictureBands, std::vector<enhancement::Step> const& steps);
+    static size_t bandsOf(size_t pictureBands, std::vector<enhancement::Step> const& steps);
 
     /// Throws what source, sink and progress throw, and VelmoraException.
     void render(PixelSource& source, Region const& region, RowSink const& sink, Progress const& progress);
@@ -31,5 +31,5 @@ public:
 private:
     std::shared_ptr<RenderBackendInstance> instance_;
     std::vector<enhancement::Step> steps_;
-    std::size_t side_;
+    size_t side_;
 };

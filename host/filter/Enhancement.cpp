@@ -56,10 +56,10 @@ ColourMatrix parseColourMatrix(std::string const& text) {
     std::string const form = "nine numbers from -8 to 8 and perhaps a strength, M1,...,M9[,STRENGTH]";
     std::vector<std::string> const numbers = fields(text);
     ColourMatrix matrix;
-    std::size_t const count = matrix.rows.size();
+    size_t const count = matrix.rows.size();
     if (numbers.size() != count && numbers.size() != count + 1)
         throw std::invalid_argument("\"" + text + "\" is not " + form);
-    for (std::size_t i = 0; i < count; ++i)
+    for (size_t i = 0; i < count; ++i)
         matrix.rows[i] = real(text, numbers[i], -kLargestCoefficient, kLargestCoefficient, form);
     if (numbers.size() > count)
         matrix.strength = real(text, numbers[count], -kLargestCoefficient, kLargestCoefficient, form);

@@ -15,7 +15,7 @@ namespace {
 using namespace enhancement;
 using Layout = SampleLayout;
 
-constexpr std::size_t kSharpenReach = 2;
+constexpr size_t kSharpenReach = 2;
 constexpr unsigned kFileDepth = 16;
 constexpr unsigned kPlaneDepth = 15; // samples have a sign
 constexpr unsigned kSharpenDepth = 10;
@@ -37,54 +37,54 @@ std::uint64_t codeAt(std::uint64_t code, unsigned depth) {
     return code >> (kFileDepth - depth);
 }
 
-Interval widened(Interval const& wanted, std::size_t reach, std::size_t end) {
-    std::size_t const start = wanted.start - std::min(reach, wanted.start);
+Interval widened(Interval const& wanted, size_t reach, size_t end) {
+    size_t const start = wanted.start - std::min(reach, wanted.start);
     return {start, std::min(wanted.start + wanted.length + reach, end) - start};
 }
 
-Interval onGrid(Interval const& wanted, std::size_t end) {
-    std::size_t const start = wanted.start / EnhancementChain::kGrid * EnhancementChain::kGrid;
-    std::size_t const blocks =
+Interval onGrid(Interval const& wanted, size_t end) {
+    size_t const start = wanted.start / EnhancementChain::kGrid * EnhancementChain::kGrid;
+    size_t const blocks =
         (wanted.start + wanted.length - start + EnhancementChain::kGrid - 1) / EnhancementChain::kGrid;
     return {start, std::min(blocks * EnhancementChain::kGrid, end - start)};
 }
 
 // Along one axis that ends at `end`: what a step reads for what is wanted.
 template <class Step>
-Interval read(Step const& /*step*/, Interval const& wanted, std::size_t /*end*/) {
+Interval read(Step const& /*step*/, Interval const& wanted, size_t /*end*/) {
     static_assert(Step::kIsPointwise, "say what the step reads around its output");
     return wanted;
 }
 
-Interval read(Sharpen const& /*step*/, Interval const& wanted, std::size_t end) {
+Interval read(Sharpen const& /*step*/, Interval const& wanted, size_t end) {
     return widened(wanted, kSharpenReach, end);
 }
 
-Interval read(Equalise const& /*step*/, Interval const& wanted, std::size_t end) {
+Interval read(Equalise const& /*step*/, Interval const& wanted, size_t end) {
     return widened(onGrid(wanted, end), EnhancementChain::kGrid, end);
 }
 
 // The most that read() adds at both sides together.
 template <class Step>
-std::size_t mostRead(Step const& /*step*/) {
+size_t mostRead(Step const& /*step*/) {
     static_assert(Step::kIsPointwise, "say how much the step reads around its output");
     return 0;
 }
 
-std::size_t mostRead(Sharpen const& /*step*/) {
+size_t mostRead(Sharpen const& /*step*/) {
     return 2 * kSharpenReach;
 }
 
 // A step before it may have left the grid at both sides.
-std::size_t mostRead(Equalise const& /*step*/) {
+size_t mostRead(Equalise const& /*step*/) {
     return 4 * EnhancementChain::kGrid;
 }
 
 Filter3x3MatrixParams matrixParams(ColourMatrix const& matrix) {
     Filter3x3MatrixParams params;
     // The record goes column by column.
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 3; ++column)
+    for (size_t row = 0; row < 3; ++row) {
+        for (size_t column = 0; column < 3; ++column)
             params.matrix[3 * column + row] =
                 static_cast<std::int32_t>(std::lround(kOne * matrix.rows[3 * row + column]));
     }
@@ -95,7 +95,7 @@ Filter3x3MatrixParams matrixParams(ColourMatrix const& matrix) {
 // The deepest samples whose sums stay within the filter's domain.
 unsigned roomFor(ColourMatrix const& matrix) {
     double largest = 1.0;
-    for (std::size_t row = 0; row < 3; ++row)
+    for (size_t row = 0; row < 3; ++row)
         largest = std::max(largest, std::abs(matrix.strength) *
                                         (std::abs(matrix.rows[3 * row]) + std::abs(matrix.rows[3 * row + 1]) +
                                          std::abs(matrix.rows[3 * row + 2])));
@@ -120,7 +120,7 @@ Region EnhancementChain::around(Region const& output, Step const& step) const {
 // What each step starts from, and the output last.
 std::vector<Region> EnhancementChain::regionsUpTo(Region const& output) const {
     std::vector<Region> regions(steps_.size() + 1, output);
-    for (std::size_t i = steps_.size(); i-- > 0;)
+    for (size_t i = steps_.size(); i-- > 0;)
         regions[i] = around(regions[i + 1], steps_[i]);
     return regions;
 }
@@ -129,15 +129,15 @@ Region EnhancementChain::inputFor(Region const& output) const {
     return regionsUpTo(output).front();
 }
 
-std::size_t EnhancementChain::partSide(std::vector<Step> const& steps) {
-    std::size_t around = 0;
+size_t EnhancementChain::partSide(std::vector<Step> const& steps) {
+    size_t around = 0;
     for (Step const& step : steps)
         around += std::visit([](auto const& one) { return mostRead(one); }, step);
     return around >= kMaxSide ? 0 : (kMaxSide - around) / kGrid * kGrid;
 }
 
-std::size_t EnhancementChain::requiredPartSide(std::vector<Step> const& steps) {
-    std::size_t const side = partSide(steps);
+size_t EnhancementChain::requiredPartSide(std::vector<Step> const& steps) {
+    size_t const side = partSide(steps);
     if (side == 0)
         throw HostError(HostError::Kind::Usage,
                         std::to_string(steps.size()) +
@@ -164,7 +164,7 @@ OwnedTarget EnhancementChain::draw15(Planes const& planes, Region const& output)
 
 OwnedTarget EnhancementChain::finish(Part part, Region const& output) {
     std::vector<Region> const regions = regionsUpTo(output);
-    for (std::size_t i = 0; i < steps_.size(); ++i)
+    for (size_t i = 0; i < steps_.size(); ++i)
         part = std::visit([&](auto const& step) { return apply(std::move(part), step, regions[i + 1]); }, steps_[i]);
     return std::move(toShown(std::move(part)).target);
 }
@@ -307,16 +307,16 @@ OwnedTarget EnhancementChain::interleave(Planes const& planes, Size const& size,
 
 EnhancementChain::Planes EnhancementChain::planesOf(Part const& part) const {
     bool const deep = part.depth != kShownDepth;
-    std::size_t const pixelBytes = deep ? samplelayout::bytesPerPixel(SampleLayout::kThreeChannel16) : 4;
+    size_t const pixelBytes = deep ? samplelayout::bytesPerPixel(SampleLayout::kThreeChannel16) : 4;
     std::vector<unsigned char> const texels =
         targets_.read(part.target, layoutOf(part.depth), wholeOf(sizeOf(part.region)));
     Size const size = evenSizeOf(part.region);
     Planes planes;
-    for (std::size_t channel = 0; channel < planes.size(); ++channel) {
+    for (size_t channel = 0; channel < planes.size(); ++channel) {
         auto& plane = planes[channel];
         plane.resize(2 * size.width * size.height);
-        for (std::size_t y = 0; y < size.height; ++y) {
-            for (std::size_t x = 0; x < part.region.width; ++x) {
+        for (size_t y = 0; y < size.height; ++y) {
+            for (size_t x = 0; x < part.region.width; ++x) {
                 unsigned char const* const pixel = &texels[(y * part.region.width + x) * pixelBytes];
                 unsigned char* const sample = &plane[2 * (y * size.width + x)];
                 sample[0] = pixel[deep ? samplelayout::kThreeChannels[channel].low : channel];

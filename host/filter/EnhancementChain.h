@@ -26,11 +26,11 @@ class EnhancementChain {
 public:
     /// Side in pixels of the largest part that goes through the GPU, with what is read around it: a pixel of 16 bits
     /// takes two texels, and every OpenGL ES 3 has textures of 2048.
-    static constexpr std::size_t kMaxSide = 1020;
+    static constexpr size_t kMaxSide = 1020;
     /// Bits of a sample of what comes out.
     static constexpr unsigned kShownDepth = 8;
     /// Parts start at multiples of this, as the regions of the equalisation do.
-    static constexpr std::size_t kGrid = 40;
+    static constexpr size_t kGrid = 40;
 
     EnhancementChain(std::shared_ptr<RenderBackendInstance> instance, std::vector<enhancement::Step> steps,
                      Size const& picture);
@@ -39,10 +39,10 @@ public:
     Region inputFor(Region const& output) const;
 
     /// Side of the largest parts whose input is within kMaxSide, a multiple of kGrid; 0 where the steps read too much.
-    static std::size_t partSide(std::vector<enhancement::Step> const& steps);
+    static size_t partSide(std::vector<enhancement::Step> const& steps);
 
     /// partSide(), or HostError (usage) where the steps leave no room.
-    static std::size_t requiredPartSide(std::vector<enhancement::Step> const& steps);
+    static size_t requiredPartSide(std::vector<enhancement::Step> const& steps);
 
     /// RGBA texels of `output`, in the upper left corner of a target, from one that holds inputFor(output): RGBA texels
     /// where `depth` is 8, else three 16-bit channels of samples of so many bits, at most 15.

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t kScaledCopies = 8; // that are kept
+constexpr size_t kScaledCopies = 8; // that are kept
 
 } // namespace
 
@@ -34,14 +34,14 @@ OwnedTarget FilterRunner::upload(SampleLayout layout, Size const& size, std::vec
 void FilterRunner::draw(OwnedTarget const& target, SampleLayout layout, Size const& tile,
                         std::vector<unsigned char> const& pixels, Region const& area) {
     bool const isOfTwoTexels = samplelayout::texels(layout, 1) == 2;
-    std::vector<std::size_t> const size = {isOfTwoTexels ? 2 * tile.width : tile.width, tile.height,
-                                           isOfTwoTexels ? 4 : samplelayout::components(layout)};
+    std::vector<size_t> const size = {isOfTwoTexels ? 2 * tile.width : tile.width, tile.height,
+                                      isOfTwoTexels ? 4 : samplelayout::components(layout)};
     ScratchTile const stored(*instance_, numbers_.id(0), pixels, size);
     drawStored(target, layout, stored.id(), area);
 }
 
-void FilterRunner::drawStored(OwnedTarget const& target, SampleLayout layout, std::size_t tile, Region const& area) {
-    std::vector<std::size_t> const range = {0, area.width - 1, 0, area.height - 1};
+void FilterRunner::drawStored(OwnedTarget const& target, SampleLayout layout, size_t tile, Region const& area) {
+    std::vector<size_t> const range = {0, area.width - 1, 0, area.height - 1};
     instance_->drawTiles(target.id(), copyOf(layout), range, range, {area.width, area.height}, {{0, 0}}, {tile},
                          {area.x, area.y});
 }
@@ -56,7 +56,7 @@ std::vector<unsigned char> FilterRunner::read(OwnedTarget const& target, SampleL
 void FilterRunner::read(OwnedTarget const& target, SampleLayout layout, Region const& part,
                         std::vector<unsigned char>& pixels) const {
     pixels.resize(part.width * part.height * samplelayout::bytesPerPixel(layout));
-    std::size_t const written =
+    size_t const written =
         instance_->getPixels(pixels.data(), pixels.size(), target.id(),
                              {samplelayout::texels(layout, part.x), part.width, part.y, part.height});
     if (written != pixels.size()) throw std::logic_error("the backend returned a picture of another size");
@@ -67,7 +67,7 @@ Filter const& FilterRunner::prepared(Filter const& description) {
     return filters_.try_emplace(key, instance_, description).first->second.filter();
 }
 
-void FilterRunner::run(Filter const& filter, FilterRun const& run, std::size_t destination,
+void FilterRunner::run(Filter const& filter, FilterRun const& run, size_t destination,
                        SingleFilterParameters const& params) const {
     instance_->executeFilter(filter, run.sources, run.input.width, run.input.height, destination, run.clip.left,
                              run.clip.right, run.clip.top, run.clip.bottom, params, {run.offset[0], run.offset[1]});
@@ -83,13 +83,13 @@ Filter const& FilterRunner::copyOf(SampleLayout layout) {
 }
 
 void FilterRunner::copy(SampleLayout layout, OwnedTarget const& from, Region const& part, OwnedTarget const& to,
-                        std::size_t x, std::size_t y) {
+                        size_t x, size_t y) {
     run(copyOf(layout), {{{from.id(), part.x, part.y, false}}, sizeOf(part), {}, {samplelayout::texels(layout, x), y}},
         to.id());
 }
 
 // A program reads its texture at the scale that it was made with, so each scale has one of its own.
-Filter const& FilterRunner::scaledCopy(std::size_t pixels, std::size_t samples) {
+Filter const& FilterRunner::scaledCopy(size_t pixels, size_t samples) {
     auto const found = scaled_.find({pixels, samples});
     if (found != scaled_.end()) return found->second.filter();
     if (scaled_.size() == kScaledCopies) scaled_.clear();
@@ -100,8 +100,8 @@ Filter const& FilterRunner::scaledCopy(std::size_t pixels, std::size_t samples) 
 }
 
 void FilterRunner::drawScaled(OwnedTarget const& from, Scaling const& scaling, OwnedTarget const& to) {
-    std::size_t const n = scaling.pixels;
-    std::size_t const d = scaling.samples;
+    size_t const n = scaling.pixels;
+    size_t const d = scaling.samples;
     // One scale step more than the part: floor(width * n / d) would drop a last pixel whose centre lies in the first
     // half of the last sample. The clips cut the surplus off.
     Size const input = {scaling.part.width + d, scaling.part.height + d};
@@ -116,9 +116,9 @@ OwnedTarget FilterRunner::padColumns(OwnedTarget const& target, SampleLayout lay
                                      Insets const& sides) {
     OwnedTarget result = this->target(layout, {size.width + sides.left + sides.right, size.height});
     copy(layout, target, {0, 0, size.width, size.height}, result, sides.left, 0);
-    for (std::size_t i = 0; i < sides.left; ++i)
+    for (size_t i = 0; i < sides.left; ++i)
         copy(layout, target, {0, 0, 1, size.height}, result, i, 0);
-    for (std::size_t i = 0; i < sides.right; ++i)
+    for (size_t i = 0; i < sides.right; ++i)
         copy(layout, target, {size.width - 1, 0, 1, size.height}, result, sides.left + size.width + i, 0);
     return result;
 }
@@ -127,9 +127,9 @@ OwnedTarget FilterRunner::padRows(OwnedTarget const& target, SampleLayout layout
                                   Insets const& sides) {
     OwnedTarget result = this->target(layout, {size.width, size.height + sides.top + sides.bottom});
     copy(layout, target, {0, 0, size.width, size.height}, result, 0, sides.top);
-    for (std::size_t i = 0; i < sides.top; ++i)
+    for (size_t i = 0; i < sides.top; ++i)
         copy(layout, target, {0, 0, size.width, 1}, result, 0, i);
-    for (std::size_t i = 0; i < sides.bottom; ++i)
+    for (size_t i = 0; i < sides.bottom; ++i)
         copy(layout, target, {0, size.height - 1, size.width, 1}, result, 0, sides.top + size.height + i);
     return result;
 }

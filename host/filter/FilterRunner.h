@@ -22,7 +22,7 @@ struct FilterRun {
     std::vector<FilterSource> sources;
     Size input = {};
     Insets clip = {};
-    std::array<std::size_t, 2> offset = {0, 0};
+    std::array<size_t, 2> offset = {0, 0};
 };
 
 /// Parts of pictures in targets of the backend: into them, out of them, and filters between them. Sizes count pixels.
@@ -49,10 +49,10 @@ public:
     void draw(OwnedTarget const& target, SampleLayout layout, Size const& tile,
               std::vector<unsigned char> const& pixels, Region const& area);
     /// The same with a tile of the instance's cache, of the area's size.
-    void drawStored(OwnedTarget const& target, SampleLayout layout, std::size_t tile, Region const& area);
+    void drawStored(OwnedTarget const& target, SampleLayout layout, size_t tile, Region const& area);
     /// Copies a part of a target to (x, y) of another, in pixels; of one channel all numbers along x are even.
-    void copy(SampleLayout layout, OwnedTarget const& from, Region const& part, OwnedTarget const& to, std::size_t x,
-              std::size_t y);
+    void copy(SampleLayout layout, OwnedTarget const& from, Region const& part, OwnedTarget const& to, size_t x,
+              size_t y);
     /// The bytes of a part's pixels, rows from the top; of one channel the part begins at an even column and has an
     /// even width.
     std::vector<unsigned char> read(OwnedTarget const& target, SampleLayout layout, Region const& part) const;
@@ -63,7 +63,7 @@ public:
     /// The filter with its program, made at the first use and kept.
     Filter const& prepared(Filter const& description);
     /// destination: the id of any target of the instance.
-    void run(Filter const& filter, FilterRun const& run, std::size_t destination,
+    void run(Filter const& filter, FilterRun const& run, size_t destination,
              SingleFilterParameters const& params = {}) const;
     /// Runs a prepared filter over inputs of `input` pixels into the upper left corner of the destination.
     void run(Filter const& filter, std::vector<FilterSource> const& sources, Size const& input,
@@ -71,11 +71,11 @@ public:
 
     /// A part of a picture that is drawn larger or smaller: `pixels` pixels show `samples` of its samples.
     struct Scaling {
-        std::size_t pixels = 1;
-        std::size_t samples = 1;
-        Region part;           ///< of the source, in samples; its corner lies on whole multiples of `samples`
-        std::size_t skipX = 0; ///< pixels of the part that lie left of what is drawn
-        std::size_t skipY = 0;
+        size_t pixels = 1;
+        size_t samples = 1;
+        Region part;      ///< of the source, in samples; its corner lies on whole multiples of `samples`
+        size_t skipX = 0; ///< pixels of the part that lie left of what is drawn
+        size_t skipY = 0;
         Region area; ///< of the destination, in pixels
     };
     /// kRgba8; sampled as the source's filtering says.
@@ -86,12 +86,12 @@ public:
 
 private:
     Filter const& copyOf(SampleLayout layout);
-    Filter const& scaledCopy(std::size_t pixels, std::size_t samples);
+    Filter const& scaledCopy(size_t pixels, size_t samples);
     OwnedTarget padColumns(OwnedTarget const& target, SampleLayout layout, Size const& size, Insets const& sides);
     OwnedTarget padRows(OwnedTarget const& target, SampleLayout layout, Size const& size, Insets const& sides);
 
     std::shared_ptr<RenderBackendInstance> instance_;
-    TileNumbers numbers_;                                                // one of them: its tiles are drawn once
-    std::map<std::pair<std::string, std::size_t>, OwnedFilter> filters_; // by name and depth
-    std::map<std::pair<std::size_t, std::size_t>, OwnedFilter> scaled_;  // by pixels and samples
+    TileNumbers numbers_;                                           // one of them: its tiles are drawn once
+    std::map<std::pair<std::string, size_t>, OwnedFilter> filters_; // by name and depth
+    std::map<std::pair<size_t, size_t>, OwnedFilter> scaled_;       // by pixels and samples
 };

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-OwnedTarget::OwnedTarget(std::shared_ptr<RenderBackendInstance> instance, std::size_t id)
+OwnedTarget::OwnedTarget(std::shared_ptr<RenderBackendInstance> instance, size_t id)
     : instance_(std::move(instance)), id_(id) {}
 
 OwnedTarget::OwnedTarget(OwnedTarget&& other) noexcept : instance_(std::move(other.instance_)), id_(other.id_) {}

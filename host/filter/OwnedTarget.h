@@ -8,14 +8,14 @@
 /// A target of the backend that is given back when its owner goes.
 class OwnedTarget {
 public:
-    OwnedTarget(std::shared_ptr<RenderBackendInstance> instance, std::size_t id);
+    OwnedTarget(std::shared_ptr<RenderBackendInstance> instance, size_t id);
     OwnedTarget(OwnedTarget&& other) noexcept;
     OwnedTarget& operator=(OwnedTarget&& other) noexcept;
     ~OwnedTarget();
 
-    std::size_t id() const { return id_; }
+    size_t id() const { return id_; }
 
 private:
     std::shared_ptr<RenderBackendInstance> instance_; // empty: moved from
-    std::size_t id_;
+    size_t id_;
 };

@@ -2,9 +2,9 @@
 
 namespace {
 
-constexpr std::size_t kByteBits = 8;
-constexpr std::size_t kSampleBits = 16;
-constexpr std::size_t kTexelBytes = 4;
+constexpr size_t kByteBits = 8;
+constexpr size_t kSampleBits = 16;
+constexpr size_t kTexelBytes = 4;
 
 bool isOf8Bits(SampleLayout layout) {
     return layout == SampleLayout::kRgb8 || layout == SampleLayout::kRgba8;
@@ -12,7 +12,7 @@ bool isOf8Bits(SampleLayout layout) {
 
 } // namespace
 
-std::size_t samplelayout::components(SampleLayout layout) {
+size_t samplelayout::components(SampleLayout layout) {
     switch (layout) {
     case SampleLayout::kOneChannel16:
         return 1;
@@ -26,11 +26,11 @@ std::size_t samplelayout::components(SampleLayout layout) {
     return 4;
 }
 
-std::size_t samplelayout::bitsPerPixel(SampleLayout layout) {
+size_t samplelayout::bitsPerPixel(SampleLayout layout) {
     return components(layout) * (isOf8Bits(layout) ? kByteBits : kSampleBits);
 }
 
-std::size_t samplelayout::bytesPerPixel(SampleLayout layout) {
+size_t samplelayout::bytesPerPixel(SampleLayout layout) {
     return layout == SampleLayout::kThreeChannel16 ? 2 * kTexelBytes : bitsPerPixel(layout) / kByteBits;
 }
 
@@ -42,12 +42,12 @@ RenderBackend::ImageFormatType samplelayout::format(SampleLayout layout) {
     return layout == SampleLayout::kRgb8 ? RenderBackend::RGB24 : RenderBackend::RGBA32;
 }
 
-std::size_t samplelayout::texels(SampleLayout layout, std::size_t pixels) {
+size_t samplelayout::texels(SampleLayout layout, size_t pixels) {
     if (isOf8Bits(layout)) return pixels;
     return layout == SampleLayout::kOneChannel16 ? pixels / 2 : 2 * pixels;
 }
 
-std::size_t samplelayout::pixels(SampleLayout layout, std::size_t texels) {
+size_t samplelayout::pixels(SampleLayout layout, size_t texels) {
     if (isOf8Bits(layout)) return texels;
     return layout == SampleLayout::kOneChannel16 ? 2 * texels : texels / 2;
 }

@@ -17,30 +17,30 @@ enum class SampleLayout {
 
 namespace samplelayout {
 
-std::size_t bitsPerPixel(SampleLayout layout);
-std::size_t components(SampleLayout layout);
+size_t bitsPerPixel(SampleLayout layout);
+size_t components(SampleLayout layout);
 /// Bytes of a pixel as getPixels delivers it.
-std::size_t bytesPerPixel(SampleLayout layout);
+size_t bytesPerPixel(SampleLayout layout);
 bool isSigned(SampleLayout layout);
 /// The format of targets that hold such pixels.
 RenderBackend::ImageFormatType format(SampleLayout layout);
 
 /// Texels of a row of pixels; of one channel the pixels are even in number.
-std::size_t texels(SampleLayout layout, std::size_t pixels);
+size_t texels(SampleLayout layout, size_t pixels);
 /// Pixels of a row of texels; of three and four channels the texels are even in number.
-std::size_t pixels(SampleLayout layout, std::size_t texels);
+size_t pixels(SampleLayout layout, size_t texels);
 
 /// Where a sample of three channels of 16 bits lies among the bytes of its pixel:
 ///
 ///     byte      0   1   2   3   4   5   6   7
 ///     channel   0   0   1   -   1   2   2   -      each its low byte first
 struct SampleBytes {
-    std::size_t low;
-    std::size_t high;
+    size_t low;
+    size_t high;
 };
 constexpr std::array<SampleBytes, 3> kThreeChannels = {{{0, 1}, {2, 4}, {5, 6}}};
 
-inline std::int16_t threeChannelSample(unsigned char const* pixel, std::size_t channel) {
+inline std::int16_t threeChannelSample(unsigned char const* pixel, size_t channel) {
     return static_cast<std::int16_t>(pixel[kThreeChannels[channel].low] | pixel[kThreeChannels[channel].high] << 8U);
 }
 

@@ -2,13 +2,13 @@
 
 #include "host/Quietly.h"
 
-ScratchTile::ScratchTile(RenderBackendInstance& instance, std::size_t number) : instance_(instance), number_(number) {
+ScratchTile::ScratchTile(RenderBackendInstance& instance, size_t number) : instance_(instance), number_(number) {
     instance_.eraseTile(number_);
 }
 
 // Where storing throws the destructor runs: the object was whole before.
-ScratchTile::ScratchTile(RenderBackendInstance& instance, std::size_t number, std::vector<unsigned char> const& pixels,
-                         std::vector<std::size_t> const& size)
+ScratchTile::ScratchTile(RenderBackendInstance& instance, size_t number, std::vector<unsigned char> const& pixels,
+                         std::vector<size_t> const& size)
     : ScratchTile(instance, number) {
     if (!pixels.empty()) instance_.setTile(number_, pixels, size, 0);
 }

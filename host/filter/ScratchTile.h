@@ -12,17 +12,17 @@ class ScratchTile {
 public:
     /// The number is the caller's alone. pixels, size: as RenderBackendInstance::setTile takes them; without pixels
     /// nothing is stored, and the tile is drawn as zeros.
-    ScratchTile(RenderBackendInstance& instance, std::size_t number, std::vector<unsigned char> const& pixels,
-                std::vector<std::size_t> const& size);
+    ScratchTile(RenderBackendInstance& instance, size_t number, std::vector<unsigned char> const& pixels,
+                std::vector<size_t> const& size);
     ~ScratchTile();
     ScratchTile(ScratchTile const&) = delete;
     ScratchTile& operator=(ScratchTile const&) = delete;
 
-    std::size_t id() const { return number_; }
+    size_t id() const { return number_; }
 
 private:
-    ScratchTile(RenderBackendInstance& instance, std::size_t number);
+    ScratchTile(RenderBackendInstance& instance, size_t number);
 
     RenderBackendInstance& instance_;
-    std::size_t number_;
+    size_t number_;
 };

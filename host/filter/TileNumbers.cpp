@@ -10,18 +10,18 @@
 
 namespace {
 
-static_assert(std::numeric_limits<std::size_t>::digits == 64, "an owner and 44 bits fit in a number");
+static_assert(std::numeric_limits<size_t>::digits == 64, "an owner and 44 bits fit in a number");
 
 // One less than there is room for: the last number of all is one that no operation of the backend erases.
-constexpr std::size_t kOwners = (std::size_t{1} << (64U - TileNumbers::kBits)) - 1;
+constexpr size_t kOwners = (size_t{1} << (64U - TileNumbers::kBits)) - 1;
 
 // Of all instances of the process: instances may share a cache.
 class Owners {
 public:
-    std::size_t take() {
+    size_t take() {
         std::lock_guard<std::mutex> const lock(mutex_);
         auto const free = std::find(taken_.begin(), taken_.end(), false);
-        auto const owner = static_cast<std::size_t>(free - taken_.begin());
+        auto const owner = static_cast<size_t>(free - taken_.begin());
         if (owner == kOwners) throw std::length_error("too many users of tile caches");
         if (free == taken_.end())
             taken_.push_back(true);
@@ -30,7 +30,7 @@ public:
         return owner;
     }
 
-    void giveBack(std::size_t owner) {
+    void giveBack(size_t owner) {
         std::lock_guard<std::mutex> const lock(mutex_);
         taken_[owner] = false;
     }
@@ -51,6 +51,6 @@ TileNumbers::TileNumbers(std::shared_ptr<RenderBackendInstance> instance)
     : instance_(std::move(instance)), owner_(owners().take()), first_(owner_ << kBits) {}
 
 TileNumbers::~TileNumbers() {
-    quietly([this] { instance_->eraseTiles(first_, first_ + (std::size_t{1} << kBits)); });
+    quietly([this] { instance_->eraseTiles(first_, first_ + (size_t{1} << kBits)); });
     quietly([this] { owners().giveBack(owner_); });
 }

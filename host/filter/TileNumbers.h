@@ -22,10 +22,10 @@ public:
     TileNumbers& operator=(TileNumbers const&) = delete;
 
     /// number: below 2^kBits.
-    std::size_t id(std::size_t number) const { return first_ + number; }
+    size_t id(size_t number) const { return first_ + number; }
 
 private:
     std::shared_ptr<RenderBackendInstance> instance_;
-    std::size_t owner_;
-    std::size_t first_;
+    size_t owner_;
+    size_t first_;
 };

@@ -108,14 +108,14 @@ void TemporaryOutput::limitPermissions(mode_t always) const {
     if (errno != EPERM && errno != ENOTSUP) throw failure(errno);
 }
 
-void TemporaryOutput::write(void const* bytes, std::size_t count) {
+void TemporaryOutput::write(void const* bytes, size_t count) {
     auto const* rest = static_cast<char const*>(bytes);
     while (count > 0) {
         ssize_t const written = ::write(descriptor_, rest, count);
         if (written < 0 && errno == EINTR) continue;
         if (written < 0) throw failure(errno);
         rest += written;
-        count -= static_cast<std::size_t>(written);
+        count -= static_cast<size_t>(written);
     }
 }
 

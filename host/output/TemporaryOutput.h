@@ -25,7 +25,7 @@ public:
     std::string const& temporaryName() const { return temporary_; }
 
     /// Writes on where the last write has ended. Throws HostError.
-    void write(void const* bytes, std::size_t count);
+    void write(void const* bytes, size_t count);
 
     /// Writes everything to the disk and gives the file its name, then sees the name to the disk. Throws HostError,
     /// also where in the meantime a file has come to have the name that is not to be replaced.

@@ -14,7 +14,7 @@ struct sqlite3_stmt;
 namespace sqlite {
 
 /// Of a file's path from the root, without links: SQLite takes 512, less those of "-journal".
-constexpr std::size_t kMaxPathBytes = 504;
+constexpr size_t kMaxPathBytes = 504;
 
 class Failure : public std::runtime_error {
 public:
@@ -37,7 +37,7 @@ public:
     /// journal and no log beside the file, makes none, maps no memory, and runs nothing that the file's schema says.
     /// Its rows have at most kFirstRowBytes until limitRows().
     enum class Mode { ReadOnly, ReadWrite };
-    static constexpr std::size_t kFirstRowBytes = 16 * 1024;
+    static constexpr size_t kFirstRowBytes = 16 * 1024;
 
     /// Opens a file that exists, of any name.
     Database(std::string const& path, Mode mode, Interruption interruption = {});
@@ -50,9 +50,9 @@ public:
     std::int64_t number(std::string const& statement);
 
     /// A row of more bytes is a Failure from now on.
-    void limitRows(std::size_t bytes);
+    void limitRows(size_t bytes);
     /// A statement that takes more steps of SQLite's machine, roughly, is a Failure from now on.
-    void limitSteps(std::size_t steps);
+    void limitSteps(size_t steps);
 
 private:
     friend class Statement;

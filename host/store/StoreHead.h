@@ -12,7 +12,7 @@ namespace storehead {
 
 struct Head {
     std::array<unsigned char, 100> bytes{}; ///< 0 where the file is shorter
-    std::size_t fileBytes = 0;
+    size_t fileBytes = 0;
 
     /// SQLite's user_version.
     std::int64_t version() const;

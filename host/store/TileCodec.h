@@ -40,7 +40,7 @@ public:
     bool isAsWritten(TileAddress const& address, std::int16_t value, std::uint32_t crc);
 
     /// The most bytes that a tile's data has.
-    std::size_t maxDataBytes() const;
+    size_t maxDataBytes() const;
 
 private:
     struct State;

@@ -9,10 +9,10 @@ namespace tileorder {
 
 /// Places of a level's grid, row by row.
 template <class Visit>
-void forEachPlace(StoreInfo const& info, std::size_t level, Visit const& visit) {
+void forEachPlace(StoreInfo const& info, size_t level, Visit const& visit) {
     Size const tiles = storegeometry::tileCount(info, level);
-    for (std::size_t row = 0; row < tiles.height; ++row)
-        for (std::size_t column = 0; column < tiles.width; ++column)
+    for (size_t row = 0; row < tiles.height; ++row)
+        for (size_t column = 0; column < tiles.width; ++column)
             visit(TileAddress{level, Band::LL, 0, column, row});
 }
 

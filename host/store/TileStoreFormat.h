@@ -22,14 +22,14 @@ constexpr std::int64_t kZigzagVersion = 2;
 /// index.
 constexpr std::int64_t kSealedVersion = 3;
 
-constexpr std::size_t kPageBytes = 4096;
-constexpr std::size_t kFirstPageBytes = 16384; // in version 1
-constexpr std::size_t pageBytes(std::int64_t version) {
+constexpr size_t kPageBytes = 4096;
+constexpr size_t kFirstPageBytes = 16384; // in version 1
+constexpr size_t pageBytes(std::int64_t version) {
     return version < kZigzagVersion ? kFirstPageBytes : kPageBytes;
 }
 
 /// Bytes that a row of the table of tiles takes at the least: its place in a page, its lengths, its key.
-constexpr std::size_t kLeastRowBytes = 8;
+constexpr size_t kLeastRowBytes = 8;
 
 /// The key of a tile: sorted by level, row, column, band, plane, so that what is read together lies together.
 std::int64_t keyOf(TileAddress const& address);
@@ -39,9 +39,9 @@ TileAddress addressOf(std::int64_t key);
 
 /// The description's entries. Texts are not longer than these; there are no more entries than kMaxEntries.
 using Meta = std::map<std::string, std::string>;
-constexpr std::size_t kMaxKeyBytes = 64;
-constexpr std::size_t kMaxTextBytes = 4096;
-constexpr std::size_t kMaxEntries = 64;
+constexpr size_t kMaxKeyBytes = 64;
+constexpr size_t kMaxTextBytes = 4096;
+constexpr size_t kMaxEntries = 64;
 
 /// The keys of tiles in the index of the places with data, level by level: CRC-32 of each in ascending order, 8 bytes,
 /// the lowest first.

@@ -18,12 +18,12 @@ void AlphaPlane::put(std::vector<std::uint8_t>& rgba, View const& view, Region c
     Region const& region = plane.region;
     std::vector<unsigned char> const bytes =
         targets_.read(plane.target, SampleLayout::kOneChannel16, {0, 0, region.width, region.height});
-    auto const toX = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.x) - view.x);
-    auto const toY = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.y) - view.y);
-    for (std::size_t y = 0; y < pixels.height; ++y) {
-        std::size_t const row = (view.zoom.sampleAt(pixels.y + y) - region.y) * region.width;
-        for (std::size_t x = 0; x < pixels.width; ++x) {
-            std::size_t const place = 2 * (row + view.zoom.sampleAt(pixels.x + x) - region.x);
+    auto const toX = static_cast<size_t>(static_cast<std::int64_t>(pixels.x) - view.x);
+    auto const toY = static_cast<size_t>(static_cast<std::int64_t>(pixels.y) - view.y);
+    for (size_t y = 0; y < pixels.height; ++y) {
+        size_t const row = (view.zoom.sampleAt(pixels.y + y) - region.y) * region.width;
+        for (size_t x = 0; x < pixels.width; ++x) {
+            size_t const place = 2 * (row + view.zoom.sampleAt(pixels.x + x) - region.x);
             auto const sample = static_cast<std::int16_t>(bytes[place] | bytes[place + 1] << 8U);
             int const code = sample >> (tiles_.depth() - LevelTiles::kShownDepth);
             rgba[4 * ((toY + y) * view.width + toX + x) + 3] = static_cast<std::uint8_t>(std::clamp(code, 0, 255));

@@ -4,7 +4,7 @@
 
 namespace {
 
-std::size_t bandLevel(StoreInfo const& info, LevelTile const& tile) {
+size_t bandLevel(StoreInfo const& info, LevelTile const& tile) {
     return std::min(tile.level + 1, info.levels);
 }
 
@@ -35,7 +35,7 @@ BandReader::BandReader(std::string const& storePath, std::shared_ptr<SampleCache
 std::vector<BandPart> BandReader::read(TileJob const& job) {
     StoreInfo const& info = store_.info();
     std::vector<BandPart> parts;
-    for (std::size_t plane = 0; plane < info.bands; ++plane) {
+    for (size_t plane = 0; plane < info.bands; ++plane) {
         if (job.what == TileJob::What::Residuals) {
             parts.push_back(part({0, Band::Residual, plane, 0, 0}, leveltile::shownRegion(info, job.tile)));
             continue;
@@ -50,14 +50,13 @@ std::vector<BandPart> BandReader::read(TileJob const& job) {
 BandPart BandReader::part(TileAddress const& of, Region const& region) {
     StoreInfo const& info = store_.info();
     BandPart part = {of.band, of.plane, region, std::nullopt, {}};
-    std::size_t const side = info.tileSize;
+    size_t const side = info.tileSize;
     Size const tiles = storegeometry::tileCount(info, of.level);
     std::vector<TileAddress> addresses;
     std::vector<std::optional<std::int16_t>> values;
     Region const& cells = part.region;
-    for (std::size_t row = cells.y / side; row < tiles.height && row * side < cells.y + cells.height; ++row) {
-        for (std::size_t column = cells.x / side; column < tiles.width && column * side < cells.x + cells.width;
-             ++column) {
+    for (size_t row = cells.y / side; row < tiles.height && row * side < cells.y + cells.height; ++row) {
+        for (size_t column = cells.x / side; column < tiles.width && column * side < cells.x + cells.width; ++column) {
             addresses.push_back({of.level, of.band, of.plane, column, row});
             values.push_back(store_.uniformValue(addresses.back()));
         }
@@ -69,20 +68,20 @@ BandPart BandReader::part(TileAddress const& of, Region const& region) {
         return part;
     }
     part.bytes.resize(2 * cells.width * cells.height);
-    for (std::size_t i = 0; i < addresses.size(); ++i)
+    for (size_t i = 0; i < addresses.size(); ++i)
         put(part, addresses[i], values[i]);
     return part;
 }
 
 void BandReader::put(BandPart& part, TileAddress const& address, std::optional<std::int16_t> value) {
-    std::size_t const side = store_.info().tileSize;
+    size_t const side = store_.info().tileSize;
     Region const tile = {address.column * side, address.row * side, side, side};
     Region const shared = common(tile, part.region);
     SampleCache::Samples const tileSamples = value ? nullptr : samples(address);
-    for (std::size_t y = shared.y; y < shared.y + shared.height; ++y) {
+    for (size_t y = shared.y; y < shared.y + shared.height; ++y) {
         std::uint8_t* to = &part.bytes[2 * ((y - part.region.y) * part.region.width + shared.x - part.region.x)];
-        std::size_t from = (y - tile.y) * side + shared.x - tile.x;
-        for (std::size_t x = 0; x < shared.width; ++x, to += 2, ++from)
+        size_t from = (y - tile.y) * side + shared.x - tile.x;
+        for (size_t x = 0; x < shared.width; ++x, to += 2, ++from)
             putSample(to, value ? *value : (*tileSamples)[from]);
     }
 }

@@ -27,7 +27,7 @@ struct TileJob {
 /// The part of a band that a picture tile is rebuilt from, or that holds its residual bits.
 struct BandPart {
     Band band = Band::LL;
-    std::size_t plane = 0;
+    size_t plane = 0;
     Region region;                     ///< of the band
     std::optional<std::int16_t> value; ///< of all samples, where they have only one
     std::vector<std::uint8_t> bytes;   ///< else the samples, little-endian, rows tightly packed from the top

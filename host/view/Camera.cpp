@@ -8,12 +8,12 @@
 namespace {
 
 // The middle lies in the picture: the corner is at most half a frame before it, at most half a frame before its end.
-std::int64_t clamped(std::int64_t corner, std::size_t frame, std::size_t size) {
+std::int64_t clamped(std::int64_t corner, size_t frame, size_t size) {
     auto const half = static_cast<std::int64_t>(frame / 2);
     return std::clamp(corner, -half, static_cast<std::int64_t>(size) - 1 - half);
 }
 
-std::int64_t centred(std::size_t frame, std::size_t size) {
+std::int64_t centred(size_t frame, size_t size) {
     return (static_cast<std::int64_t>(size) - static_cast<std::int64_t>(frame)) / 2;
 }
 
@@ -46,7 +46,7 @@ View Camera::view() const {
 }
 
 void Camera::resize(Size const& frame) {
-    auto const difference = [](std::size_t before, std::size_t after) {
+    auto const difference = [](size_t before, size_t after) {
         return static_cast<std::int64_t>(before / 2) - static_cast<std::int64_t>(after / 2);
     };
     x_ += difference(frame_.width, frame.width);
@@ -106,8 +106,8 @@ void Camera::lookAt(Place const& picture) {
 
 Place Camera::middle() const {
     // A corner of a pixel, also where a side is odd.
-    std::size_t const x = frame_.width / 2;
-    std::size_t const y = frame_.height / 2;
+    size_t const x = frame_.width / 2;
+    size_t const y = frame_.height / 2;
     return {static_cast<double>(x), static_cast<double>(y)};
 }
 
@@ -129,8 +129,8 @@ std::optional<PicturePixel> Camera::pixelAt(Place const& inFrame) const {
         return std::nullopt;
     // At the end of a picture the last pixel may show less than half of a sample's width, beyond the middle of the
     // last.
-    auto const pixel = [this](std::int64_t shown, std::size_t pixels) {
-        return std::min(zoom_.sampleAt(static_cast<std::size_t>(shown)) << zoom_.level(), pixels - 1);
+    auto const pixel = [this](std::int64_t shown, size_t pixels) {
+        return std::min(zoom_.sampleAt(static_cast<size_t>(shown)) << zoom_.level(), pixels - 1);
     };
     return PicturePixel{pixel(x, picture_.width), pixel(y, picture_.height)};
 }

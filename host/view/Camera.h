@@ -15,8 +15,8 @@ struct Place {
 
 /// A pixel of a picture.
 struct PicturePixel {
-    std::size_t x = 0;
-    std::size_t y = 0;
+    size_t x = 0;
+    size_t y = 0;
 
     bool operator==(PicturePixel const& other) const { return x == other.x && y == other.y; }
 };

@@ -27,7 +27,7 @@ public:
     bool areasUnknown() const { return areasUnknown_; }
 
     /// Of tiles; more may lie where nobody has looked.
-    std::size_t count() const { return bands_.size() + residuals_.size(); }
+    size_t count() const { return bands_.size() + residuals_.size(); }
     /// What was found first, as a sentence for the user; empty: nothing.
     std::string const& first() const { return first_; }
 

@@ -9,14 +9,14 @@ namespace {
 
 using Layout = SampleLayout;
 
-constexpr std::size_t kCell = 4; // pixels of the view along a cell of the mask
+constexpr size_t kCell = 4; // pixels of the view along a cell of the mask
 
-std::size_t cellsAlong(std::size_t pixels) {
+size_t cellsAlong(size_t pixels) {
     return (pixels - 1) / kCell + 1;
 }
 
 // The cell in which a sample of the view's level begins; up to the last one's end.
-unsigned int cellOf(Zoom const& zoom, std::size_t sample, std::int64_t origin, std::size_t pixels) {
+unsigned int cellOf(Zoom const& zoom, size_t sample, std::int64_t origin, size_t pixels) {
     std::int64_t const pixel = static_cast<std::int64_t>(zoom.pixelsOf(sample)) - origin;
     return static_cast<unsigned int>(std::clamp<std::int64_t>(pixel / static_cast<std::int64_t>(kCell), 0,
                                                               static_cast<std::int64_t>(cellsAlong(pixels))));
@@ -32,8 +32,8 @@ std::vector<std::uint8_t> DataMask::draw(View const& view) {
     Size const size = {cellsAlong(view.width), cellsAlong(view.height)};
     auto const texels = drawn(cellsOf(view), size);
     std::vector<std::uint8_t> mask(view.width * view.height);
-    for (std::size_t y = 0; y < view.height; ++y) {
-        for (std::size_t x = 0; x < view.width; ++x)
+    for (size_t y = 0; y < view.height; ++y) {
+        for (size_t x = 0; x < view.width; ++x)
             mask[y * view.width + x] = texels[4 * (y / kCell * size.width + x / kCell)];
     }
     return mask;

@@ -6,7 +6,7 @@
 
 namespace {
 
-DataEnvelopes::Corner corner(std::size_t x, std::size_t y) {
+DataEnvelopes::Corner corner(size_t x, size_t y) {
     return {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
 }
 
@@ -24,16 +24,16 @@ bool EmptyAreas::empty(LevelTile const& tile) {
     StoreInfo const& info = store_.info();
     if (tile.level == info.levels) return false;
     Region const bands = leveltile::bandRegion(info, tile);
-    std::size_t const side = info.tileSize;
+    size_t const side = info.tileSize;
     return envelopes(tile.level + 1)
                .coverage(corner(bands.x / side, bands.y / side),
                          corner((bands.x + bands.width - 1) / side, (bands.y + bands.height - 1) / side)) == 0;
 }
 
-std::vector<Region> EmptyAreas::withData(std::size_t level, Region const& region) {
+std::vector<Region> EmptyAreas::withData(size_t level, Region const& region) {
     StoreInfo const& info = store_.info();
     bool const coarsest = level == info.levels;
-    std::size_t const cell = coarsest ? info.tileSize : 2 * info.tileSize; // samples of the level
+    size_t const cell = coarsest ? info.tileSize : 2 * info.tileSize; // samples of the level
     auto const found =
         envelopes(coarsest ? level : level + 1)
             .envelopes(corner(region.x / cell, region.y / cell),
@@ -48,7 +48,7 @@ std::vector<Region> EmptyAreas::withData(std::size_t level, Region const& region
 }
 
 // Read when a level is needed first: the finest of a large picture has many tiles.
-DataEnvelopes const& EmptyAreas::envelopes(std::size_t bandLevel) {
+DataEnvelopes const& EmptyAreas::envelopes(size_t bandLevel) {
     Level& level = levels_.try_emplace(bandLevel, Level{idOf(bandLevel), nullptr}).first->second;
     if (level.envelopes) return *level.envelopes;
     std::vector<std::vector<unsigned int>> cells;
@@ -62,7 +62,7 @@ DataEnvelopes const& EmptyAreas::envelopes(std::size_t bandLevel) {
 
 // Several views may share an instance, and none can erase its sets there: those of a view that has gone are replaced by
 // the next one's.
-EmptyAreas::Id EmptyAreas::idOf(std::size_t bandLevel) const {
+EmptyAreas::Id EmptyAreas::idOf(size_t bandLevel) const {
     Id id = {'l', static_cast<unsigned char>(bandLevel)};
     for (unsigned shift = 0; shift < 64; shift += 8)
         id.push_back(static_cast<unsigned char>(numbers_.id(0) >> shift & 0xFFU));

@@ -23,7 +23,7 @@ public:
     /// Whether all high bands that a tile is rebuilt from are 0. Tiles of the coarsest level are never empty.
     bool empty(LevelTile const& tile);
     /// The parts of a level's samples, at most the coarsest's, that have data: rectangles that do not overlap.
-    std::vector<Region> withData(std::size_t level, Region const& region);
+    std::vector<Region> withData(size_t level, Region const& region);
 
 private:
     using Id = std::vector<unsigned char>;
@@ -33,11 +33,11 @@ private:
         std::shared_ptr<DataEnvelopes const> envelopes; // empty: not read yet
     };
 
-    DataEnvelopes const& envelopes(std::size_t bandLevel);
-    Id idOf(std::size_t bandLevel) const;
+    DataEnvelopes const& envelopes(size_t bandLevel);
+    Id idOf(size_t bandLevel) const;
 
     std::shared_ptr<RenderBackendInstance> instance_;
     TileStore& store_;
-    TileNumbers numbers_;                 // of no tiles: they tell this view's sets from others'
-    std::map<std::size_t, Level> levels_; // by the level of the bands
+    TileNumbers numbers_;            // of no tiles: they tell this view's sets from others'
+    std::map<size_t, Level> levels_; // by the level of the bands
 };

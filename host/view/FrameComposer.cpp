@@ -9,18 +9,18 @@ using Layout = SampleLayout;
 // Pixels of a frame that are scaled at once, and room for the samples that they read: kPiece * 63 / 32, up to 63 before
 // them, where corners are aligned, and one on each side. SwiftShader has 16 fractional bits per texture coordinate,
 // which tell 1/64 of a sample apart up to a width of 1024.
-constexpr std::size_t kPiece = 384;
-constexpr std::size_t kCanvas = 840;
+constexpr size_t kPiece = 384;
+constexpr size_t kCanvas = 840;
 
 // Of holes: so many pixels wide along both axes.
-constexpr std::size_t kStripe = 8;
+constexpr size_t kStripe = 8;
 constexpr std::array<unsigned char, 4> kDarkStripe = {0, 0, 0, 255};
 constexpr std::array<unsigned char, 4> kLightStripe = {255, 0, 255, 255};
 
 // Corners of what is scaled lie on multiples of `samples`. Weighing reads one sample before and one behind.
-Interval samplesRead(Zoom const& zoom, bool smooth, Interval const& samples, std::size_t end) {
-    std::size_t const before = smooth ? std::min<std::size_t>(samples.start, 1) : 0;
-    std::size_t const start = (samples.start - before) / zoom.samples() * zoom.samples();
+Interval samplesRead(Zoom const& zoom, bool smooth, Interval const& samples, size_t end) {
+    size_t const before = smooth ? std::min<size_t>(samples.start, 1) : 0;
+    size_t const start = (samples.start - before) / zoom.samples() * zoom.samples();
     return {start, std::min(samples.start + samples.length + (smooth ? 1 : 0), end) - start};
 }
 
@@ -36,8 +36,8 @@ OwnedTarget FrameComposer::draw(View const& view, std::array<std::uint8_t, 3> co
     OwnedTarget frame = targets_.target(Layout::kRgba8, {view.width, view.height});
     instance_->clear(frame.id(), background_);
     Region const all = view.pixelsOf(info_);
-    for (std::size_t y = all.y; y < all.y + all.height; y += kPiece) {
-        for (std::size_t x = all.x; x < all.x + all.width; x += kPiece)
+    for (size_t y = all.y; y < all.y + all.height; y += kPiece) {
+        for (size_t x = all.x; x < all.x + all.width; x += kPiece)
             drawPiece(view, {x, y, std::min(kPiece, all.x + all.width - x), std::min(kPiece, all.y + all.height - y)},
                       frame);
     }
@@ -49,27 +49,27 @@ OwnedTarget FrameComposer::draw(View const& view, std::array<std::uint8_t, 3> co
 // Nothing that a picture would be taken for. The stripes belong to the picture's pixels, and move with them.
 void FrameComposer::stripe(View const& view, Region const& pixels, OwnedTarget const& frame) {
     std::vector<unsigned char> texels;
-    for (std::size_t y = pixels.y; y < pixels.y + pixels.height; y += kPiece) {
-        for (std::size_t x = pixels.x; x < pixels.x + pixels.width; x += kPiece) {
-            std::size_t const width = std::min(kPiece, pixels.x + pixels.width - x);
-            std::size_t const height = std::min(kPiece, pixels.y + pixels.height - y);
+    for (size_t y = pixels.y; y < pixels.y + pixels.height; y += kPiece) {
+        for (size_t x = pixels.x; x < pixels.x + pixels.width; x += kPiece) {
+            size_t const width = std::min(kPiece, pixels.x + pixels.width - x);
+            size_t const height = std::min(kPiece, pixels.y + pixels.height - y);
             texels.clear();
-            for (std::size_t i = 0; i < width * height; ++i) {
+            for (size_t i = 0; i < width * height; ++i) {
                 bool const dark = (x + i % width + y + i / width) / kStripe % 2 == 0;
                 texels.insert(texels.end(), dark ? kDarkStripe.begin() : kLightStripe.begin(),
                               dark ? kDarkStripe.end() : kLightStripe.end());
             }
             targets_.draw(frame, Layout::kRgba8, {width, height}, texels,
-                          {static_cast<std::size_t>(static_cast<std::int64_t>(x) - view.x),
-                           static_cast<std::size_t>(static_cast<std::int64_t>(y) - view.y), width, height});
+                          {static_cast<size_t>(static_cast<std::int64_t>(x) - view.x),
+                           static_cast<size_t>(static_cast<std::int64_t>(y) - view.y), width, height});
         }
     }
 }
 
 void FrameComposer::drawPiece(View const& view, Region const& pixels, OwnedTarget const& frame) {
     Zoom const& zoom = view.zoom;
-    auto const frameX = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.x) - view.x);
-    auto const frameY = static_cast<std::size_t>(static_cast<std::int64_t>(pixels.y) - view.y);
+    auto const frameX = static_cast<size_t>(static_cast<std::int64_t>(pixels.x) - view.x);
+    auto const frameY = static_cast<size_t>(static_cast<std::int64_t>(pixels.y) - view.y);
     if (zoom.isWhole()) {
         gather(zoom.level(), pixels, frame, frameX, frameY);
         return;
@@ -105,7 +105,7 @@ OwnedTarget const& FrameComposer::canvas(bool smooth) {
 
 // Beyond the picture its last sample goes on, as textures do that end there. No target is read while it is drawn into.
 void FrameComposer::repeatEdges(OwnedTarget const& canvas, Region const& samples, Size const& level) {
-    auto const repeat = [&](Region const& edge, std::size_t x, std::size_t y) {
+    auto const repeat = [&](Region const& edge, size_t x, size_t y) {
         OwnedTarget const copy = targets_.target(Layout::kRgba8, {edge.width, edge.height});
         targets_.copy(Layout::kRgba8, canvas, edge, copy, 0, 0);
         targets_.copy(Layout::kRgba8, copy, {0, 0, edge.width, edge.height}, canvas, x, y);
@@ -115,8 +115,7 @@ void FrameComposer::repeatEdges(OwnedTarget const& canvas, Region const& samples
         repeat({0, samples.height - 1, samples.width + 1, 1}, 0, samples.height);
 }
 
-void FrameComposer::gather(std::size_t level, Region const& samples, OwnedTarget const& to, std::size_t x,
-                           std::size_t y) {
+void FrameComposer::gather(size_t level, Region const& samples, OwnedTarget const& to, size_t x, size_t y) {
     for (LevelTile const& tile : leveltile::over(level, samples)) {
         Region const shown = leveltile::shownRegion(info_, tile);
         Region const part = common(shown, samples);
@@ -124,8 +123,8 @@ void FrameComposer::gather(std::size_t level, Region const& samples, OwnedTarget
         while (!tiles_.has(source) && source.level < info_.levels)
             source = leveltile::parent(source);
         OwnedTarget const* const texels = tiles_.texels(source);
-        std::size_t const toX = x + part.x - samples.x;
-        std::size_t const toY = y + part.y - samples.y;
+        size_t const toX = x + part.x - samples.x;
+        size_t const toY = y + part.y - samples.y;
         if (texels == nullptr) {
             // Whatever was drawn here before.
             instance_->clearRect(to.id(), background_, {toX, toY, part.width, part.height});
@@ -140,12 +139,12 @@ void FrameComposer::gather(std::size_t level, Region const& samples, OwnedTarget
 }
 
 // `samples` of `level` out of a coarser tile, each of whose own is 2, 4, ... of them long.
-void FrameComposer::enlarge(LevelTile const& coarser, OwnedTarget const& texels, Region const& samples,
-                            std::size_t level, Region const& area, OwnedTarget const& to) {
-    std::size_t const length = std::size_t{1} << (coarser.level - level);
+void FrameComposer::enlarge(LevelTile const& coarser, OwnedTarget const& texels, Region const& samples, size_t level,
+                            Region const& area, OwnedTarget const& to) {
+    size_t const length = size_t{1} << (coarser.level - level);
     Region const shown = leveltile::shownRegion(info_, coarser);
-    std::size_t const left = samples.x / length;
-    std::size_t const top = samples.y / length;
+    size_t const left = samples.x / length;
+    size_t const top = samples.y / length;
     Region const part = {left - shown.x, top - shown.y, (samples.x + samples.width - 1) / length + 1 - left,
                          (samples.y + samples.height - 1) / length + 1 - top};
     targets_.drawScaled(texels, {length, 1, part, samples.x - left * length, samples.y - top * length, area}, to);

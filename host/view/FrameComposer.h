@@ -28,8 +28,8 @@ public:
 private:
     OwnedTarget const& canvas(bool smooth);
     void drawPiece(View const& view, Region const& pixels, OwnedTarget const& frame);
-    void gather(std::size_t level, Region const& samples, OwnedTarget const& to, std::size_t x, std::size_t y);
-    void enlarge(LevelTile const& coarser, OwnedTarget const& texels, Region const& samples, std::size_t level,
+    void gather(size_t level, Region const& samples, OwnedTarget const& to, size_t x, size_t y);
+    void enlarge(LevelTile const& coarser, OwnedTarget const& texels, Region const& samples, size_t level,
                  Region const& area, OwnedTarget const& to);
     void stripe(View const& view, Region const& pixels, OwnedTarget const& frame);
     void repeatEdges(OwnedTarget const& canvas, Region const& samples, Size const& level);
@@ -38,7 +38,7 @@ private:
     FilterRunner& targets_;
     ShownTiles& tiles_;
     StoreInfo info_;
-    std::vector<std::size_t> background_;
+    std::vector<size_t> background_;
     // Scratch targets for samples side by side, made once: createTarget may hand out a larger one that was used before,
     // and the scale depends on the exact size.
     std::optional<OwnedTarget> canvas_;

@@ -9,7 +9,7 @@ namespace {
 
 using Layout = SampleLayout;
 
-std::int16_t sampleAt(std::vector<unsigned char> const& bytes, std::size_t index) {
+std::int16_t sampleAt(std::vector<unsigned char> const& bytes, size_t index) {
     return static_cast<std::int16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8U);
 }
 
@@ -27,7 +27,7 @@ void LevelSamples::keepOnly(std::set<LevelTile> const& tiles) {
         kept = tiles.count(kept->first) == 0 ? residuals_.erase(kept) : std::next(kept);
 }
 
-std::vector<std::uint16_t> LevelSamples::codes(std::size_t level, Region const& region, std::size_t bands) {
+std::vector<std::uint16_t> LevelSamples::codes(size_t level, Region const& region, size_t bands) {
     Codes result = {region, bands, std::vector<std::uint16_t>(region.width * region.height * bands)};
     for (LevelTile const& tile : leveltile::over(level, region)) {
         Region const part = common(leveltile::shownRegion(info_, tile), region);
@@ -44,9 +44,9 @@ std::vector<std::uint16_t> LevelSamples::codes(View const& view) {
     std::vector<std::uint16_t> const all = codes(view.zoom.level(), samples, info_.bands);
     std::vector<std::uint16_t> codes;
     codes.reserve(pixels.width * pixels.height * info_.bands);
-    for (std::size_t y = pixels.y; y < pixels.y + pixels.height; ++y) {
-        std::size_t const row = (view.zoom.sampleAt(y) - samples.y) * samples.width;
-        for (std::size_t x = pixels.x; x < pixels.x + pixels.width; ++x) {
+    for (size_t y = pixels.y; y < pixels.y + pixels.height; ++y) {
+        size_t const row = (view.zoom.sampleAt(y) - samples.y) * samples.width;
+        for (size_t x = pixels.x; x < pixels.x + pixels.width; ++x) {
             auto const* const pixel = &all[(row + view.zoom.sampleAt(x) - samples.x) * info_.bands];
             codes.insert(codes.end(), pixel, pixel + info_.bands);
         }
@@ -54,15 +54,15 @@ std::vector<std::uint16_t> LevelSamples::codes(View const& view) {
     return codes;
 }
 
-EnhancementChain::Planes LevelSamples::planes(std::size_t level, Region const& region) {
-    std::size_t const bands = pixelbands::isGrey(info_.bands) ? 1 : 3;
+EnhancementChain::Planes LevelSamples::planes(size_t level, Region const& region) {
+    size_t const bands = pixelbands::isGrey(info_.bands) ? 1 : 3;
     std::vector<std::uint16_t> const all = codes(level, region, bands);
-    std::size_t const even = region.width + region.width % 2;
+    size_t const even = region.width + region.width % 2;
     EnhancementChain::Planes planes;
-    for (std::size_t channel = 0; channel < planes.size(); ++channel) {
+    for (size_t channel = 0; channel < planes.size(); ++channel) {
         planes[channel].resize(2 * even * region.height);
-        for (std::size_t y = 0; y < region.height; ++y) {
-            for (std::size_t x = 0; x < region.width; ++x) {
+        for (size_t y = 0; y < region.height; ++y) {
+            for (size_t x = 0; x < region.width; ++x) {
                 unsigned const code = all[(y * region.width + x) * bands + (bands == 1 ? 0 : channel)] >> 1U;
                 unsigned char* const to = &planes[channel][2 * (y * even + x)];
                 to[0] = static_cast<unsigned char>(code & 0xFFU);
@@ -82,12 +82,12 @@ void LevelSamples::putColours(Codes& to, LevelTile const& tile, Region const& pa
     Region const shown = leveltile::shownRegion(info_, tile);
     std::vector<unsigned char> const texels = targets_.read(
         *tiles_.pixels(tile), Layout::kThreeChannel16, {part.x - shown.x, part.y - shown.y, part.width, part.height});
-    std::size_t const colours = std::min<std::size_t>(to.bands, pixelbands::isGrey(info_.bands) ? 1 : 3);
+    size_t const colours = std::min<size_t>(to.bands, pixelbands::isGrey(info_.bands) ? 1 : 3);
     unsigned char const* pixel = texels.data();
-    for (std::size_t y = part.y; y < part.y + part.height; ++y) {
-        for (std::size_t x = part.x; x < part.x + part.width;
+    for (size_t y = part.y; y < part.y + part.height; ++y) {
+        for (size_t x = part.x; x < part.x + part.width;
              ++x, pixel += samplelayout::bytesPerPixel(SampleLayout::kThreeChannel16)) {
-            for (std::size_t band = 0; band < colours; ++band)
+            for (size_t band = 0; band < colours; ++band)
                 to.at(x, y, band) = codeOf(samplelayout::threeChannelSample(pixel, band));
         }
     }
@@ -98,19 +98,19 @@ void LevelSamples::putAlpha(Codes& to, LevelTile const& tile, Region const& part
     Region const& all = plane.region;
     std::vector<unsigned char> const samples =
         targets_.read(plane.target, Layout::kOneChannel16, {0, 0, all.width, all.height});
-    for (std::size_t y = part.y; y < part.y + part.height; ++y) {
-        for (std::size_t x = part.x; x < part.x + part.width; ++x)
+    for (size_t y = part.y; y < part.y + part.height; ++y) {
+        for (size_t x = part.x; x < part.x + part.width; ++x)
             to.at(x, y, to.bands - 1) = codeOf(sampleAt(samples, (y - all.y) * all.width + x - all.x));
     }
 }
 
 void LevelSamples::addResiduals(Codes& to, LevelTile const& tile, Region const& part) const {
     std::vector<BandPart> const& residuals = residuals_.at(tile);
-    for (std::size_t band = 0; band < to.bands; ++band) {
+    for (size_t band = 0; band < to.bands; ++band) {
         BandPart const& residual = residuals[band];
         Region const& all = residual.region;
-        for (std::size_t y = part.y; y < part.y + part.height; ++y) {
-            for (std::size_t x = part.x; x < part.x + part.width; ++x) {
+        for (size_t y = part.y; y < part.y + part.height; ++y) {
+            for (size_t x = part.x; x < part.x + part.width; ++x) {
                 std::int16_t const low =
                     residual.value ? *residual.value : sampleAt(residual.bytes, (y - all.y) * all.width + x - all.x);
                 to.at(x, y, band) = static_cast<std::uint16_t>(to.at(x, y, band) | static_cast<std::uint16_t>(low));

@@ -31,20 +31,20 @@ public:
 
     /// Interleaved, the first `bands` of the picture. The tiles that the region meets are rebuilt, and at level 0 their
     /// residual bits are there.
-    std::vector<std::uint16_t> codes(std::size_t level, Region const& region, std::size_t bands);
+    std::vector<std::uint16_t> codes(size_t level, Region const& region, size_t bands);
     /// Of all bands, each pixel of a view that lies within the picture: the nearest sample.
     std::vector<std::uint16_t> codes(View const& view);
     /// Red, green and blue as chains of enhancements take them: the upper 15 bits.
-    EnhancementChain::Planes planes(std::size_t level, Region const& region);
+    EnhancementChain::Planes planes(size_t level, Region const& region);
 
 private:
     // Where the codes go.
     struct Codes {
         Region region;
-        std::size_t bands;
+        size_t bands;
         std::vector<std::uint16_t> codes;
 
-        std::uint16_t& at(std::size_t x, std::size_t y, std::size_t band) {
+        std::uint16_t& at(size_t x, size_t y, size_t band) {
             return codes[((y - region.y) * region.width + x - region.x) * bands + band];
         }
     };

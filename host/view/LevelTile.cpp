@@ -7,25 +7,25 @@
 namespace {
 
 // `length` samples from the tile's corner on, up to the level's last.
-Region fromCorner(LevelTile const& tile, std::size_t length, Size const& extent) {
-    std::size_t const x = tile.column * leveltile::kSide;
-    std::size_t const y = tile.row * leveltile::kSide;
+Region fromCorner(LevelTile const& tile, size_t length, Size const& extent) {
+    size_t const x = tile.column * leveltile::kSide;
+    size_t const y = tile.row * leveltile::kSide;
     return {x, y, std::min(length, extent.width - x), std::min(length, extent.height - y)};
 }
 
 // {x0, x1, y0, y1}, ends inclusive.
-std::vector<std::size_t> toRange(Region const& region) {
+std::vector<size_t> toRange(Region const& region) {
     return {region.x, region.x + region.width - 1, region.y, region.y + region.height - 1};
 }
 
-Region fromRange(std::vector<std::size_t> const& range) {
+Region fromRange(std::vector<size_t> const& range) {
     return {range[0], range[2], range[1] + 1 - range[0], range[3] + 1 - range[2]};
 }
 
 } // namespace
 
-Size leveltile::levelExtent(StoreInfo const& info, std::size_t level) {
-    auto const halved = [level](std::size_t length) { return ((length - 1) >> level) + 1; };
+Size leveltile::levelExtent(StoreInfo const& info, size_t level) {
+    auto const halved = [level](size_t length) { return ((length - 1) >> level) + 1; };
     return {halved(info.width), halved(info.height)};
 }
 
@@ -40,8 +40,8 @@ Region leveltile::shownRegion(StoreInfo const& info, LevelTile const& tile) {
 
 Region leveltile::pixelRegion(StoreInfo const& info, Zoom const& zoom, LevelTile const& tile) {
     Region const samples = shownRegion(info, tile);
-    std::size_t const x = zoom.pixelsOf(samples.x);
-    std::size_t const y = zoom.pixelsOf(samples.y);
+    size_t const x = zoom.pixelsOf(samples.x);
+    size_t const y = zoom.pixelsOf(samples.y);
     return {x, y, zoom.pixelsOf(samples.x + samples.width) - x, zoom.pixelsOf(samples.y + samples.height) - y};
 }
 
@@ -62,20 +62,20 @@ LevelTile leveltile::parent(LevelTile const& tile) {
     return {tile.level + 1, tile.column / 2, tile.row / 2};
 }
 
-std::vector<LevelTile> leveltile::over(std::size_t level, Region const& region) {
+std::vector<LevelTile> leveltile::over(size_t level, Region const& region) {
     std::vector<LevelTile> tiles;
     if (region.width == 0 || region.height == 0) return tiles;
-    for (std::size_t row = region.y / kSide; row * kSide < region.y + region.height; ++row) {
-        for (std::size_t column = region.x / kSide; column * kSide < region.x + region.width; ++column)
+    for (size_t row = region.y / kSide; row * kSide < region.y + region.height; ++row) {
+        for (size_t column = region.x / kSide; column * kSide < region.x + region.width; ++column)
             tiles.push_back({level, column, row});
     }
     return tiles;
 }
 
 Region common(Region const& a, Region const& b) {
-    std::size_t const x = std::max(a.x, b.x);
-    std::size_t const y = std::max(a.y, b.y);
-    auto const length = [](std::size_t start, std::size_t end) { return end > start ? end - start : 0; };
+    size_t const x = std::max(a.x, b.x);
+    size_t const y = std::max(a.y, b.y);
+    auto const length = [](size_t start, size_t end) { return end > start ? end - start : 0; };
     return {x, y, length(x, std::min(a.x + a.width, b.x + b.width)),
             length(y, std::min(a.y + a.height, b.y + b.height))};
 }

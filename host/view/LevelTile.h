@@ -16,9 +16,9 @@
 ///
 /// For that each has kMargin samples of its right and its lower neighbour.
 struct LevelTile {
-    std::size_t level = 0; ///< 0: the picture's own samples
-    std::size_t column = 0;
-    std::size_t row = 0;
+    size_t level = 0; ///< 0: the picture's own samples
+    size_t column = 0;
+    size_t row = 0;
 
     bool operator<(LevelTile const& other) const {
         return std::tie(level, row, column) < std::tie(other.level, other.row, other.column);
@@ -28,11 +28,11 @@ struct LevelTile {
 
 namespace leveltile {
 
-constexpr std::size_t kSide = 512;
-constexpr std::size_t kMargin = 6;
+constexpr size_t kSide = 512;
+constexpr size_t kMargin = 6;
 
 /// Samples of a level that show the picture: half as many at each further one.
-Size levelExtent(StoreInfo const& info, std::size_t level);
+Size levelExtent(StoreInfo const& info, size_t level);
 /// Pixels of the whole picture at a zoom.
 Size pixelExtent(StoreInfo const& info, Zoom const& zoom);
 
@@ -48,7 +48,7 @@ Region bandRegion(StoreInfo const& info, LevelTile const& tile);
 
 LevelTile parent(LevelTile const& tile);
 /// The tiles that meet a region of a level, row by row.
-std::vector<LevelTile> over(std::size_t level, Region const& region);
+std::vector<LevelTile> over(size_t level, Region const& region);
 
 } // namespace leveltile
 

@@ -16,13 +16,13 @@ constexpr unsigned kPlaceBits = 18; // along a side of a level
 constexpr unsigned kPlaneBits = 2;
 constexpr unsigned kBandBits = 2;
 constexpr unsigned kLevelBits = TileNumbers::kBits - 2 * kPlaceBits - kPlaneBits - kBandBits;
-static_assert(StoreInfo::kMaxSide / leveltile::kSide <= std::size_t{1} << kPlaceBits);
-static_assert(StoreInfo::kMaxLevels < std::size_t{1} << kLevelBits);
-static_assert(StoreInfo::kMaxBands <= std::size_t{1} << kPlaneBits);
+static_assert(StoreInfo::kMaxSide / leveltile::kSide <= size_t{1} << kPlaceBits);
+static_assert(StoreInfo::kMaxLevels < size_t{1} << kLevelBits);
+static_assert(StoreInfo::kMaxBands <= size_t{1} << kPlaneBits);
 
-std::size_t numberOf(LevelTile const& tile, std::size_t plane, Band band) {
-    std::size_t const place = ((tile.level << kPlaceBits | tile.row) << kPlaceBits) | tile.column;
-    return ((place << kPlaneBits | plane) << kBandBits) | static_cast<std::size_t>(band);
+size_t numberOf(LevelTile const& tile, size_t plane, Band band) {
+    size_t const place = ((tile.level << kPlaceBits | tile.row) << kPlaceBits) | tile.column;
+    return ((place << kPlaneBits | plane) << kBandBits) | static_cast<size_t>(band);
 }
 
 std::vector<unsigned char> texelOf(std::int16_t value) {
@@ -35,20 +35,20 @@ std::vector<unsigned char> texelOf(std::int16_t value) {
 // Bands that must stay in the cache until they are drawn; they may go once it goes.
 class BandLock {
 public:
-    BandLock(RenderBackendInstance& instance, std::vector<std::size_t> const& ids) : instance_(instance), ids_(ids) {}
+    BandLock(RenderBackendInstance& instance, std::vector<size_t> const& ids) : instance_(instance), ids_(ids) {}
     BandLock(BandLock const&) = delete;
     BandLock& operator=(BandLock const&) = delete;
     ~BandLock() {
-        for (std::size_t const id : ids_)
+        for (size_t const id : ids_)
             quietly([&] { instance_.unlockTile(id); });
     }
 
 private:
     RenderBackendInstance& instance_;
-    std::vector<std::size_t> const& ids_;
+    std::vector<size_t> const& ids_;
 };
 
-FilterSource source(PlanePart const& part, std::size_t x, std::size_t y) {
+FilterSource source(PlanePart const& part, size_t x, size_t y) {
     return {part.target.id(), x - part.region.x, y - part.region.y, false};
 }
 
@@ -74,10 +74,10 @@ bool LevelTiles::hasParent(LevelTile const& tile) const {
     return tile.level == info_.levels || has(leveltile::parent(tile));
 }
 
-std::vector<std::size_t> LevelTiles::bandIds(LevelTile const& tile, std::vector<Value> const& values) const {
-    std::vector<std::size_t> ids;
-    std::size_t part = 0;
-    for (std::size_t plane = 0; plane < info_.bands; ++plane) {
+std::vector<size_t> LevelTiles::bandIds(LevelTile const& tile, std::vector<Value> const& values) const {
+    std::vector<size_t> ids;
+    size_t part = 0;
+    for (size_t plane = 0; plane < info_.bands; ++plane) {
         for (Band const band : bandsFor(info_, tile)) {
             if (!values[part++]) ids.push_back(numbers_.id(numberOf(tile, plane, band)));
         }
@@ -88,22 +88,22 @@ std::vector<std::size_t> LevelTiles::bandIds(LevelTile const& tile, std::vector<
 bool LevelTiles::hasBands(LevelTile const& tile) const {
     auto const known = known_.find(tile);
     if (known == known_.end()) return false;
-    std::vector<std::size_t> const ids = bandIds(tile, known->second);
-    return std::all_of(ids.begin(), ids.end(), [this](std::size_t id) { return instance_->tileSet(id); });
+    std::vector<size_t> const ids = bandIds(tile, known->second);
+    return std::all_of(ids.begin(), ids.end(), [this](size_t id) { return instance_->tileSet(id); });
 }
 
 void LevelTiles::buildFromLoaded(LoadedTile const& loaded) {
     std::vector<Value> values;
     std::transform(loaded.parts.begin(), loaded.parts.end(), std::back_inserter(values),
                    [](BandPart const& part) { return part.value; });
-    std::vector<std::size_t> const ids = bandIds(loaded.job.tile, values);
+    std::vector<size_t> const ids = bandIds(loaded.job.tile, values);
     // Until all of it is there, it is as if nothing were.
     known_.erase(loaded.job.tile);
-    std::size_t next = 0;
+    size_t next = 0;
     BandLock const lock(*instance_, ids);
     for (BandPart const& part : loaded.parts) {
         if (part.value) continue;
-        std::size_t const id = ids[next++];
+        size_t const id = ids[next++];
         instance_->setTile(id, part.bytes, {part.region.width, part.region.height, 1}, 0);
         instance_->lockTile(id);
     }
@@ -113,9 +113,9 @@ void LevelTiles::buildFromLoaded(LoadedTile const& loaded) {
 
 void LevelTiles::buildFromCache(LevelTile const& tile) {
     std::vector<Value> const& values = known_.at(tile);
-    std::vector<std::size_t> const ids = bandIds(tile, values);
+    std::vector<size_t> const ids = bandIds(tile, values);
     BandLock const lock(*instance_, ids);
-    for (std::size_t const id : ids)
+    for (size_t const id : ids)
         instance_->lockTile(id);
     build(tile, values);
 }
@@ -129,15 +129,15 @@ OwnedTarget const* LevelTiles::pixels(LevelTile const& tile) {
     return found != nullptr ? &found->pixels : nullptr;
 }
 
-PlanePart const& LevelTiles::plane(LevelTile const& tile, std::size_t plane) {
+PlanePart const& LevelTiles::plane(LevelTile const& tile, size_t plane) {
     return tiles_.find(tile)->planes.at(plane);
 }
 
 void LevelTiles::build(LevelTile const& tile, std::vector<Value> const& values) {
-    std::size_t const bands = bandsFor(info_, tile).size();
+    size_t const bands = bandsFor(info_, tile).size();
     std::vector<PlanePart> planes;
-    std::size_t bytes = 0;
-    for (std::size_t plane = 0; plane < info_.bands; ++plane) {
+    size_t bytes = 0;
+    for (size_t plane = 0; plane < info_.bands; ++plane) {
         auto const first = values.begin() + static_cast<std::ptrdiff_t>(plane * bands);
         planes.push_back(rebuiltPlane(tile, plane, {first, first + static_cast<std::ptrdiff_t>(bands)}));
         bytes += 2 * planes.back().region.width * planes.back().region.height;
@@ -148,7 +148,7 @@ void LevelTiles::build(LevelTile const& tile, std::vector<Value> const& values) 
     tiles_.keep(tile, {std::move(planes), std::move(pixels)}, bytes);
 }
 
-PlanePart LevelTiles::rebuiltPlane(LevelTile const& tile, std::size_t plane, std::vector<Value> const& values) {
+PlanePart LevelTiles::rebuiltPlane(LevelTile const& tile, size_t plane, std::vector<Value> const& values) {
     if (tile.level == info_.levels) return bandPart(tile, plane, Band::LL, values[0]);
     Region const bands = leveltile::bandRegion(info_, tile);
     PlanePart const& parent = tiles_.find(leveltile::parent(tile))->planes[plane];
@@ -174,7 +174,7 @@ PlanePart LevelTiles::rebuiltPlane(LevelTile const& tile, std::size_t plane, std
     return {std::move(samples), {2 * bands.x, 2 * bands.y, whole.width, whole.height}};
 }
 
-PlanePart LevelTiles::bandPart(LevelTile const& tile, std::size_t plane, Band band, Value const& value) {
+PlanePart LevelTiles::bandPart(LevelTile const& tile, size_t plane, Band band, Value const& value) {
     Region const region = partRegion(info_, tile);
     Region const all = {0, 0, region.width, region.height};
     PlanePart part = {targets_.target(Layout::kOneChannel16, {region.width, region.height}), region};
@@ -191,7 +191,7 @@ OwnedTarget LevelTiles::coloured(LevelTile const& tile, std::vector<PlanePart> c
     bool const grey = pixelbands::isGrey(info_.bands);
     Region const shown = leveltile::shownRegion(info_, tile);
     Size const even = {shown.width + shown.width % 2, shown.height};
-    auto const plane = [&](std::size_t index) { return source(planes[grey ? 0 : index], shown.x, shown.y); };
+    auto const plane = [&](size_t index) { return source(planes[grey ? 0 : index], shown.x, shown.y); };
     OwnedTarget const deep = targets_.target(Layout::kThreeChannel16, even);
     targets_.run(targets_.prepared(description::filterInterleave16()), {plane(0), plane(1), plane(2)}, even, deep);
     Size const size = {shown.width, shown.height};

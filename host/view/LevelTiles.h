@@ -60,12 +60,12 @@ public:
     /// The pixels of leveltile::shownRegion(); null where the tile is not there.
     OwnedTarget const* pixels(LevelTile const& tile);
     /// The samples of a plane. The tile is there.
-    PlanePart const& plane(LevelTile const& tile, std::size_t plane);
+    PlanePart const& plane(LevelTile const& tile, size_t plane);
 
     /// Drops tiles that are not needed, those used longest ago first, down to so many bytes. Returns what is gone.
-    std::size_t trim(std::size_t bytes, std::set<LevelTile> const& needed) { return tiles_.trim(bytes, needed); }
-    std::size_t bytes() const { return tiles_.bytes(); }
-    std::size_t count() const { return tiles_.count(); }
+    size_t trim(size_t bytes, std::set<LevelTile> const& needed) { return tiles_.trim(bytes, needed); }
+    size_t bytes() const { return tiles_.bytes(); }
+    size_t count() const { return tiles_.count(); }
 
 private:
     using Value = std::optional<std::int16_t>; // of a part that has only one
@@ -75,10 +75,10 @@ private:
         OwnedTarget pixels;
     };
 
-    std::vector<std::size_t> bandIds(LevelTile const& tile, std::vector<Value> const& values) const;
+    std::vector<size_t> bandIds(LevelTile const& tile, std::vector<Value> const& values) const;
     void build(LevelTile const& tile, std::vector<Value> const& values);
-    PlanePart rebuiltPlane(LevelTile const& tile, std::size_t plane, std::vector<Value> const& values);
-    PlanePart bandPart(LevelTile const& tile, std::size_t plane, Band band, Value const& value);
+    PlanePart rebuiltPlane(LevelTile const& tile, size_t plane, std::vector<Value> const& values);
+    PlanePart bandPart(LevelTile const& tile, size_t plane, Band band, Value const& value);
     OwnedTarget coloured(LevelTile const& tile, std::vector<PlanePart> const& planes);
 
     std::shared_ptr<RenderBackendInstance> instance_;

@@ -11,14 +11,14 @@ namespace {
 constexpr int kLargestCode = std::numeric_limits<std::uint16_t>::max();
 
 // The given percentile (nearest rank).
-std::uint16_t codeAt(std::vector<std::uint16_t>& codes, std::size_t percent) {
+std::uint16_t codeAt(std::vector<std::uint16_t>& codes, size_t percent) {
     auto const place = codes.begin() + static_cast<std::ptrdiff_t>((codes.size() - 1) * percent / 100);
     std::nth_element(codes.begin(), place, codes.end());
     return *place;
 }
 
 // The low band of the coarsest level keeps the picture's codes, but the wavelet may take some beyond their ends.
-std::uint16_t codeOf(std::int16_t sample, std::size_t residualBits) {
+std::uint16_t codeOf(std::int16_t sample, size_t residualBits) {
     return static_cast<std::uint16_t>(std::clamp(int{sample} * (1 << residualBits), 0, kLargestCode));
 }
 
@@ -36,13 +36,13 @@ PercentilePoints percentilePoints(TileStore& store) {
     Size const tiles = storegeometry::tileCount(info, info.levels);
     // What lies beyond the picture in the band continues it mirrored, and counts like the rest.
     std::vector<std::uint16_t> codes;
-    for (std::size_t row = 0; row < tiles.height; ++row)
-        for (std::size_t column = 0; column < tiles.width; ++column) {
+    for (size_t row = 0; row < tiles.height; ++row)
+        for (size_t column = 0; column < tiles.width; ++column) {
             TileAddress const address{info.levels, Band::LL, 0, column, row};
             Size const filled = storegeometry::filledPart(info, address);
             std::vector<std::int16_t> const samples = store.tile(address);
-            for (std::size_t y = 0; y < filled.height; ++y)
-                for (std::size_t x = 0; x < filled.width; ++x)
+            for (size_t y = 0; y < filled.height; ++y)
+                for (size_t x = 0; x < filled.width; ++x)
                     codes.push_back(codeOf(samples[y * info.tileSize + x], info.residualBits));
         }
     return percentilePoints(std::move(codes));

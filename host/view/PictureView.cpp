@@ -27,7 +27,7 @@ void PictureView::enhance(std::vector<enhancement::Step> const& steps) {
     pipeline_.renew();
 }
 
-std::size_t PictureView::frame() {
+size_t PictureView::frame() {
     if (view().isEmpty()) throw std::logic_error("a view without pixels has no frame");
     frame_.reset();
     frame_ = composer_.draw(view(), background_, holes());

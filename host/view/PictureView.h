@@ -33,10 +33,10 @@
 class PictureView {
 public:
     struct Options {
-        std::size_t threads = 0;                   ///< that read tiles; 0: as many as the machine has cores
-        std::size_t hostBytes = 256 * 1000 * 1000; ///< for tiles that are decompressed
-        std::size_t gpuBytes = 256 * 1000 * 1000;  ///< for rebuilt tiles; what one frame needs may be more
-        bool enhanceCoarserLevels = true;          ///< to show them until finer ones arrive
+        size_t threads = 0;                   ///< that read tiles; 0: as many as the machine has cores
+        size_t hostBytes = 256 * 1000 * 1000; ///< for tiles that are decompressed
+        size_t gpuBytes = 256 * 1000 * 1000;  ///< for rebuilt tiles; what one frame needs may be more
+        bool enhanceCoarserLevels = true;     ///< to show them until finer ones arrive
         std::array<std::uint8_t, 3> background = {32, 32, 32};
         /// What is damaged is shown as a hole, striped, and so is what cannot be rebuilt or enhanced without it; else
         /// it is thrown.
@@ -73,7 +73,7 @@ public:
 
     /// Draws the view. The id of a target of RGBA texels whose upper left corner is the frame, the top row first; valid
     /// until the next call.
-    std::size_t frame();
+    size_t frame();
     /// frame(), read back: width * height RGBA pixels, rows from the top.
     std::vector<std::uint8_t> pixels();
     /// Of a view that is made for it, lies within the picture and is complete: its samples, 16 bits, width * height
@@ -87,10 +87,10 @@ public:
     std::vector<std::uint8_t> dataMask();
 
     struct Statistics {
-        std::size_t tilesOnGpu = 0; ///< rebuilt
-        std::size_t gpuBytes = 0;
-        std::size_t hostBytes = 0; ///< decompressed tiles that are kept
-        std::size_t waiting = 0;   ///< tiles wanted that are not there yet
+        size_t tilesOnGpu = 0; ///< rebuilt
+        size_t gpuBytes = 0;
+        size_t hostBytes = 0; ///< decompressed tiles that are kept
+        size_t waiting = 0;   ///< tiles wanted that are not there yet
     };
     Statistics statistics() const;
 

@@ -1,7 +1,7 @@
 #include "host/view/SampleCache.h"
 
 SampleCache::Key SampleCache::keyOf(TileAddress const& address) {
-    return {address.level, address.row, address.column, static_cast<std::size_t>(address.band), address.plane};
+    return {address.level, address.row, address.column, static_cast<size_t>(address.band), address.plane};
 }
 
 SampleCache::Samples SampleCache::find(TileAddress const& address) {
@@ -17,7 +17,7 @@ void SampleCache::keep(TileAddress const& address, Samples const& samples) {
     tiles_.setSize(key, samples->size() * sizeof(std::int16_t));
 }
 
-std::size_t SampleCache::bytes() const {
+size_t SampleCache::bytes() const {
     std::lock_guard<std::mutex> const lock(mutex_);
     return tiles_.used();
 }

@@ -16,15 +16,15 @@ public:
     using Samples = std::shared_ptr<std::vector<std::int16_t> const>;
 
     /// bytes: of the samples that are kept.
-    explicit SampleCache(std::size_t bytes) : tiles_(bytes) {}
+    explicit SampleCache(size_t bytes) : tiles_(bytes) {}
 
     /// Empty where the tile is not kept.
     Samples find(TileAddress const& address);
     void keep(TileAddress const& address, Samples const& samples);
-    std::size_t bytes() const;
+    size_t bytes() const;
 
 private:
-    using Key = std::array<std::size_t, 5>;
+    using Key = std::array<size_t, 5>;
     static Key keyOf(TileAddress const& address);
 
     mutable std::mutex mutex_;

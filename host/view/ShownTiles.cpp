@@ -14,7 +14,7 @@ ShownTiles::ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRu
       pieceSide_(EnhancementChain::requiredPartSide({})) {}
 
 void ShownTiles::enhance(std::vector<enhancement::Step> const& steps) {
-    std::size_t const side = EnhancementChain::requiredPartSide(steps);
+    size_t const side = EnhancementChain::requiredPartSide(steps);
     auto kept = steps;
     // Nothing below throws: the tiles are those of the steps at any time.
     pieceSide_ = side;
@@ -28,7 +28,7 @@ bool ShownTiles::asRebuilt() const {
     return steps_.empty() && rebuilt_.layout() == Layout::kRgba8;
 }
 
-EnhancementChain& ShownTiles::chain(std::size_t level) {
+EnhancementChain& ShownTiles::chain(size_t level) {
     auto& chain = chains_[level];
     Size const extent = leveltile::levelExtent(info_, level);
     if (!chain) chain = std::make_unique<EnhancementChain>(instance_, steps_, Size{extent.width, extent.height});
@@ -39,8 +39,8 @@ EnhancementChain& ShownTiles::chain(std::size_t level) {
 std::vector<Region> ShownTiles::pieces(LevelTile const& tile) const {
     std::vector<Region> result;
     Region const all = leveltile::shownRegion(info_, tile);
-    for (std::size_t y = 0; y < all.height; y += pieceSide_) {
-        for (std::size_t x = 0; x < all.width; x += pieceSide_)
+    for (size_t y = 0; y < all.height; y += pieceSide_) {
+        for (size_t x = 0; x < all.width; x += pieceSide_)
             result.push_back(
                 {all.x + x, all.y + y, std::min(pieceSide_, all.width - x), std::min(pieceSide_, all.height - y)});
     }
@@ -85,7 +85,7 @@ OwnedTarget ShownTiles::drawn(LevelTile const& tile, Region const& piece) {
 }
 
 // The pixels of a level's region, out of its rebuilt tiles.
-OwnedTarget ShownTiles::input(std::size_t level, Region const& region) {
+OwnedTarget ShownTiles::input(size_t level, Region const& region) {
     OwnedTarget result = targets_.target(rebuilt_.layout(), {region.width, region.height});
     for (LevelTile const& tile : leveltile::over(level, region)) {
         Region const shown = leveltile::shownRegion(info_, tile);

@@ -28,15 +28,15 @@ public:
     /// RGBA texels of leveltile::shownRegion(), in the target's upper left corner; null where the tile is not there.
     OwnedTarget const* texels(LevelTile const& tile);
 
-    std::size_t trim(std::size_t bytes, std::set<LevelTile> const& needed) { return tiles_.trim(bytes, needed); }
-    std::size_t bytes() const { return tiles_.bytes(); }
+    size_t trim(size_t bytes, std::set<LevelTile> const& needed) { return tiles_.trim(bytes, needed); }
+    size_t bytes() const { return tiles_.bytes(); }
 
 private:
     bool asRebuilt() const;
-    EnhancementChain& chain(std::size_t level);
+    EnhancementChain& chain(size_t level);
     std::vector<Region> pieces(LevelTile const& tile) const;
     OwnedTarget drawn(LevelTile const& tile, Region const& piece);
-    OwnedTarget input(std::size_t level, Region const& region);
+    OwnedTarget input(size_t level, Region const& region);
 
     std::shared_ptr<RenderBackendInstance> instance_;
     FilterRunner& targets_;
@@ -44,7 +44,7 @@ private:
     LevelSamples& samples_;
     StoreInfo info_;
     std::vector<enhancement::Step> steps_;
-    std::size_t pieceSide_;
-    std::map<std::size_t, std::unique_ptr<EnhancementChain>> chains_; // a picture's size belongs to a chain
+    size_t pieceSide_;
+    std::map<size_t, std::unique_ptr<EnhancementChain>> chains_; // a picture's size belongs to a chain
     KeptTiles<OwnedTarget> tiles_;
 };

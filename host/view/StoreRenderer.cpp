@@ -12,8 +12,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::size_t kPartWidth = 2048;
-constexpr std::size_t kPartHeight = 512;
+constexpr size_t kPartWidth = 2048;
+constexpr size_t kPartHeight = 512;
 
 // What one part needs is a fraction of this; the rest serves its neighbours.
 PictureView::Options smallBudgets(bool forCodes, std::function<void()> const& interruption) {
@@ -26,14 +26,14 @@ PictureView::Options smallBudgets(bool forCodes, std::function<void()> const& in
     return options;
 }
 
-std::size_t upToGrid(std::size_t start, std::size_t grid, std::size_t end) {
+size_t upToGrid(size_t start, size_t grid, size_t end) {
     return std::min(start / grid * grid + grid, end);
 }
 
-Interval intervalAt(double zoom, std::size_t start, std::size_t length, std::size_t picture) {
-    auto const first = static_cast<std::size_t>(std::floor(static_cast<double>(start) * zoom));
-    auto const end = static_cast<std::size_t>(std::ceil(static_cast<double>(start + length) * zoom));
-    std::size_t const from = std::min(first, picture - 1);
+Interval intervalAt(double zoom, size_t start, size_t length, size_t picture) {
+    auto const first = static_cast<size_t>(std::floor(static_cast<double>(start) * zoom));
+    auto const end = static_cast<size_t>(std::ceil(static_cast<double>(start + length) * zoom));
+    size_t const from = std::min(first, picture - 1);
     return {from, std::clamp(end, from + 1, picture) - from};
 }
 
@@ -41,7 +41,7 @@ Interval intervalAt(double zoom, std::size_t start, std::size_t length, std::siz
 
 StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
                              std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption,
-                             std::size_t bits)
+                             size_t bits)
     : view_(instance, storePath, smallBudgets(bits > 8, interruption)),
       bands_(EnhancedRenderer::bandsOf(view_.info().bands, steps)),
       sampleBytes_(bits / 8) {
@@ -58,14 +58,14 @@ Region StoreRenderer::regionAt(StoreInfo const& info, Zoom const& zoom, Region c
 void StoreRenderer::render(Zoom const& zoom, bool smooth, Region const& region, RowSink const& sink,
                            Progress const& progress) {
     std::vector<std::uint8_t> rows;
-    std::size_t const bottom = region.y + region.height;
-    std::size_t const right = region.x + region.width;
-    for (std::size_t y = region.y; y < bottom;) {
+    size_t const bottom = region.y + region.height;
+    size_t const right = region.x + region.width;
+    for (size_t y = region.y; y < bottom;) {
         progress(y - region.y, region.height);
-        std::size_t const count = upToGrid(y, kPartHeight, bottom) - y;
+        size_t const count = upToGrid(y, kPartHeight, bottom) - y;
         rows.resize(count * region.width * bands_ * sampleBytes_);
-        for (std::size_t x = region.x; x < right;) {
-            std::size_t const next = upToGrid(x, kPartWidth, right);
+        for (size_t x = region.x; x < right;) {
+            size_t const next = upToGrid(x, kPartWidth, right);
             draw({zoom, static_cast<std::int64_t>(x), static_cast<std::int64_t>(y), next - x, count, smooth},
                  &rows[(x - region.x) * bands_ * sampleBytes_], region.width);
             progress(y - region.y, region.height);
@@ -77,7 +77,7 @@ void StoreRenderer::render(Zoom const& zoom, bool smooth, Region const& region, 
     progress(region.height, region.height);
 }
 
-void StoreRenderer::draw(View const& view, std::uint8_t* out, std::size_t rowPixels) {
+void StoreRenderer::draw(View const& view, std::uint8_t* out, size_t rowPixels) {
     view_.show(view);
     while (!view_.complete()) {
         if (!view_.advance(100ms)) view_.wait(100ms);
@@ -85,15 +85,15 @@ void StoreRenderer::draw(View const& view, std::uint8_t* out, std::size_t rowPix
     sampleBytes_ == 1 ? put8(view, out, rowPixels) : put16(view, out, rowPixels);
 }
 
-void StoreRenderer::put8(View const& view, std::uint8_t* out, std::size_t rowPixels) {
+void StoreRenderer::put8(View const& view, std::uint8_t* out, size_t rowPixels) {
     std::vector<std::uint8_t> const rgba = view_.pixels();
-    for (std::size_t row = 0; row < view.height; ++row)
+    for (size_t row = 0; row < view.height; ++row)
         pixelbands::narrow(&rgba[row * view.width * pixelbands::kTexelBytes], out + row * rowPixels * bands_, bands_,
                            view.width);
 }
 
-void StoreRenderer::put16(View const& view, std::uint8_t* out, std::size_t rowPixels) {
+void StoreRenderer::put16(View const& view, std::uint8_t* out, size_t rowPixels) {
     std::vector<std::uint16_t> const codes = view_.codes();
-    for (std::size_t row = 0; row < view.height; ++row)
+    for (size_t row = 0; row < view.height; ++row)
         std::memcpy(out + 2 * row * rowPixels * bands_, &codes[row * view.width * bands_], 2 * view.width * bands_);
 }

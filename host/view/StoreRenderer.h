@@ -20,11 +20,11 @@ public:
     /// steps. Throws HostError where the steps read too much around a pixel, and what TileStore throws.
     StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
                   std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption = {},
-                  std::size_t bits = 8);
+                  size_t bits = 8);
 
     StoreInfo const& info() const { return view_.info(); }
     /// Of what comes out: those of the picture, but colour where a matrix may make colour of grey.
-    std::size_t bands() const { return bands_; }
+    size_t bands() const { return bands_; }
 
     /// The pixels at a zoom that show a region of the picture, a part of one counted as whole.
     static Region regionAt(StoreInfo const& info, Zoom const& zoom, Region const& region);
@@ -34,11 +34,11 @@ public:
     void render(Zoom const& zoom, bool smooth, Region const& region, RowSink const& sink, Progress const& progress);
 
 private:
-    void draw(View const& view, std::uint8_t* out, std::size_t rowPixels);
-    void put8(View const& view, std::uint8_t* out, std::size_t rowPixels);
-    void put16(View const& view, std::uint8_t* out, std::size_t rowPixels);
+    void draw(View const& view, std::uint8_t* out, size_t rowPixels);
+    void put8(View const& view, std::uint8_t* out, size_t rowPixels);
+    void put16(View const& view, std::uint8_t* out, size_t rowPixels);
 
     PictureView view_;
-    std::size_t bands_;
-    std::size_t sampleBytes_;
+    size_t bands_;
+    size_t sampleBytes_;
 };

@@ -15,8 +15,8 @@
 class StoreTileStages final : public TileStages {
 public:
     struct Options {
-        std::size_t threads = 0;
-        std::size_t hostBytes = 0;
+        size_t threads = 0;
+        size_t hostBytes = 0;
         std::function<void()> interruption;
     };
 
@@ -31,14 +31,14 @@ public:
     LevelSamples& samples() { return samples_; }
     ShownTiles& enhanced() { return enhanced_; }
     /// Of decompressed tiles that are kept.
-    std::size_t hostBytes() const { return cache_->bytes(); }
+    size_t hostBytes() const { return cache_->bytes(); }
     /// Until a thread has loaded a tile, for at most so long; returns at once where nothing is in work.
     void wait(std::chrono::milliseconds time) { loader_.wait(time); }
 
     bool isEmpty(LevelTile const& tile) override { return emptyAreas_.empty(tile); }
     void load(std::vector<TileJob> const& jobs) override { loader_.want(jobs); }
     std::unique_ptr<LoadedTile> takeLoaded() override { return loader_.take(); }
-    std::size_t loading() const override { return loader_.pending(); }
+    size_t loading() const override { return loader_.pending(); }
 
     bool isRebuilt(LevelTile const& tile) const override { return rebuilt_.has(tile); }
     bool hasBands(LevelTile const& tile) const override { return rebuilt_.hasBands(tile); }
@@ -54,13 +54,13 @@ public:
     bool isEnhanced(LevelTile const& tile) const override { return enhanced_.has(tile); }
     void enhance(LevelTile const& tile) override { enhanced_.build(tile); }
 
-    std::size_t trimRebuilt(std::size_t bytes, std::set<LevelTile> const& needed) override {
+    size_t trimRebuilt(size_t bytes, std::set<LevelTile> const& needed) override {
         return rebuilt_.trim(bytes, needed);
     }
-    std::size_t trimEnhanced(std::size_t bytes, std::set<LevelTile> const& needed) override {
+    size_t trimEnhanced(size_t bytes, std::set<LevelTile> const& needed) override {
         return enhanced_.trim(bytes, needed);
     }
-    std::size_t enhancedBytes() const override { return enhanced_.bytes(); }
+    size_t enhancedBytes() const override { return enhanced_.bytes(); }
     void freeTrimmed() override { instance_->clearTargets(); }
 
 private:

@@ -4,12 +4,12 @@
 
 #include <algorithm>
 
-TileLoader::TileLoader(std::string const& storePath, std::size_t threads, std::shared_ptr<SampleCache> const& cache) {
-    std::size_t const count = threadsFor(threads);
+TileLoader::TileLoader(std::string const& storePath, size_t threads, std::shared_ptr<SampleCache> const& cache) {
+    size_t const count = threadsFor(threads);
     // Opened here: a store that cannot be read is known before the first thread starts.
-    for (std::size_t i = 0; i < count; ++i)
+    for (size_t i = 0; i < count; ++i)
         readers_.push_back(std::make_unique<BandReader>(storePath, cache));
-    threads_ = startThreads(count, [this](std::size_t thread) { work(*readers_[thread]); });
+    threads_ = startThreads(count, [this](size_t thread) { work(*readers_[thread]); });
 }
 
 TileLoader::~TileLoader() {
@@ -60,7 +60,7 @@ void TileLoader::wait(std::chrono::milliseconds time) {
     tileIsThere_.wait_for(lock, time, [this] { return !finished_.empty() || (waiting_.empty() && inWork_.empty()); });
 }
 
-std::size_t TileLoader::pending() const {
+size_t TileLoader::pending() const {
     std::lock_guard<std::mutex> const lock(mutex_);
     return waiting_.size() + inWork_.size() + finished_.size();
 }

@@ -31,7 +31,7 @@ struct LoadedTile {
 class TileLoader {
 public:
     /// threads: 0: as many as the machine has cores. Throws what TileStore throws.
-    TileLoader(std::string const& storePath, std::size_t threads, std::shared_ptr<SampleCache> const& cache);
+    TileLoader(std::string const& storePath, size_t threads, std::shared_ptr<SampleCache> const& cache);
     /// Waits for the tiles in work.
     ~TileLoader();
     TileLoader(TileLoader const&) = delete;
@@ -46,12 +46,12 @@ public:
     /// Until a tile is finished, for at most so long; returns at once where none waits or is in work.
     void wait(std::chrono::milliseconds time);
     /// Tiles that wait, are in work or have not been taken.
-    std::size_t pending() const;
+    size_t pending() const;
     /// That were given.
-    std::size_t threads() const { return threads_.size(); }
+    size_t threads() const { return threads_.size(); }
 
 private:
-    static constexpr std::size_t kFinishedTiles = 16;
+    static constexpr size_t kFinishedTiles = 16;
     using Tiles = std::list<std::unique_ptr<LoadedTile>>;
 
     void work(BandReader& reader);

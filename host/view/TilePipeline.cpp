@@ -92,7 +92,7 @@ bool TilePipeline::advance(std::chrono::milliseconds time) {
 
 // As many tiles as there is room for; the threads rest meanwhile. Whether a damaged one was among them.
 bool TilePipeline::take() {
-    std::size_t const before = damages_.count();
+    size_t const before = damages_.count();
     while (waiting_.size() < kMaxWaiting) {
         auto loaded = stages_.takeLoaded();
         if (!loaded) break;
@@ -167,7 +167,7 @@ bool TilePipeline::enhanceCoarsest() {
 // Whether a tile of the view's level that is missing lies within a coarser one.
 bool TilePipeline::isFallbackForMissing(LevelTile const& coarser) const {
     return std::any_of(request_->shown.begin(), request_->shown.end(), [&](LevelTile const& tile) {
-        std::size_t const halvings = coarser.level - tile.level;
+        size_t const halvings = coarser.level - tile.level;
         return !stages_.isEnhanced(tile) && tile.column >> halvings == coarser.column &&
                tile.row >> halvings == coarser.row;
     });
@@ -183,7 +183,7 @@ bool TilePipeline::dropFinestWaiting() {
 
 void TilePipeline::trim() {
     trimmed_ += stages_.trimEnhanced(options_.gpuBytes / 2, request_->pinnedShown);
-    std::size_t const enhanced = std::min(stages_.enhancedBytes(), options_.gpuBytes / 2);
+    size_t const enhanced = std::min(stages_.enhancedBytes(), options_.gpuBytes / 2);
     trimmed_ += stages_.trimRebuilt(options_.gpuBytes - enhanced, request_->needed);
     if (trimmed_ < kMaxTrimmedBytes) return;
     stages_.freeTrimmed();

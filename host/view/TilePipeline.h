@@ -23,15 +23,15 @@
 class TilePipeline {
 public:
     struct Options {
-        std::size_t gpuBytes = 0;         ///< for rebuilt and enhanced tiles; what one view needs may be more
+        size_t gpuBytes = 0;              ///< for rebuilt and enhanced tiles; what one view needs may be more
         bool enhanceCoarserLevels = true; ///< to show them until finer ones arrive
         bool forCodes = false;            ///< samples are wanted, with their residual bits, and none enhanced
     };
 
     /// Tiles that are loaded and not rebuilt.
-    static constexpr std::size_t kMaxWaiting = 24;
+    static constexpr size_t kMaxWaiting = 24;
     /// Of tiles that went, until the backend is told to free it.
-    static constexpr std::size_t kMaxTrimmedBytes = 16 * 1000 * 1000;
+    static constexpr size_t kMaxTrimmedBytes = 16 * 1000 * 1000;
 
     /// Stages and damages outlive it.
     TilePipeline(StoreInfo const& info, Options const& options, TileStages& stages, Damages& damages);
@@ -52,7 +52,7 @@ public:
     std::vector<LevelTile> holes() const { return shown(true); }
     std::vector<LevelTile> sound() const { return shown(false); }
     /// Tiles that are wanted and not rebuilt yet.
-    std::size_t waiting() const { return stages_.loading() + waiting_.size(); }
+    size_t waiting() const { return stages_.loading() + waiting_.size(); }
 
 private:
     void settle();
@@ -79,5 +79,5 @@ private:
     View view_;
     std::optional<TileRequest> request_ = TileRequest();       // that of view_; empty: to be made by the next advance()
     std::map<LevelTile, std::unique_ptr<LoadedTile>> waiting_; // finer levels first
-    std::size_t trimmed_ = 0;                                  // bytes
+    size_t trimmed_ = 0;                                       // bytes
 };

@@ -11,13 +11,13 @@ struct Point {
     double y;
 };
 
-double distance(LevelTile const& tile, std::size_t level, Point const& middle) {
+double distance(LevelTile const& tile, size_t level, Point const& middle) {
     double const side = std::ldexp(leveltile::kSide, static_cast<int>(tile.level) - static_cast<int>(level));
     return std::hypot((static_cast<double>(tile.column) + 0.5) * side - middle.x,
                       (static_cast<double>(tile.row) + 0.5) * side - middle.y);
 }
 
-std::vector<LevelTile> sorted(std::set<LevelTile> const& tiles, std::size_t level, Point const& middle) {
+std::vector<LevelTile> sorted(std::set<LevelTile> const& tiles, size_t level, Point const& middle) {
     std::vector<LevelTile> result(tiles.begin(), tiles.end());
     std::sort(result.begin(), result.end(), [&](LevelTile const& a, LevelTile const& b) {
         if (a.level != b.level) return a.level > b.level;
@@ -26,7 +26,7 @@ std::vector<LevelTile> sorted(std::set<LevelTile> const& tiles, std::size_t leve
     return result;
 }
 
-void addParents(std::set<LevelTile>& tiles, std::size_t coarsest) {
+void addParents(std::set<LevelTile>& tiles, size_t coarsest) {
     for (LevelTile tile : std::vector<LevelTile>(tiles.begin(), tiles.end())) {
         while (tile.level < coarsest && tiles.insert(tile = leveltile::parent(tile)).second)
             ;
@@ -38,7 +38,7 @@ void addParents(std::set<LevelTile>& tiles, std::size_t coarsest) {
 TileRequest requestFor(StoreInfo const& info, View const& view,
                        std::function<TileSources(LevelTile const&)> const& sourcesOf, bool withCoarser) {
     Region const samples = view.samplesOf(view.pixelsOf(info));
-    std::size_t const level = view.zoom.level();
+    size_t const level = view.zoom.level();
     std::vector<LevelTile> const shown = leveltile::over(level, samples);
     std::set<LevelTile> all(shown.begin(), shown.end());
     if (withCoarser) addParents(all, info.levels);

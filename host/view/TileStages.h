@@ -24,7 +24,7 @@ public:
     /// A tile that is loaded, or has failed to; null where there is none.
     virtual std::unique_ptr<LoadedTile> takeLoaded() = 0;
     /// Jobs that are not taken yet.
-    virtual std::size_t loading() const = 0;
+    virtual size_t loading() const = 0;
 
     virtual bool isRebuilt(LevelTile const& tile) const = 0;
     /// Whether the backend's cache still has the bands that the tile was built from before.
@@ -44,9 +44,9 @@ public:
     virtual void enhance(LevelTile const& tile) = 0;
 
     /// Drop tiles that are not needed, those used longest ago first, down to so many bytes. Return the bytes that went.
-    virtual std::size_t trimRebuilt(std::size_t bytes, std::set<LevelTile> const& needed) = 0;
-    virtual std::size_t trimEnhanced(std::size_t bytes, std::set<LevelTile> const& needed) = 0;
-    virtual std::size_t enhancedBytes() const = 0;
+    virtual size_t trimRebuilt(size_t bytes, std::set<LevelTile> const& needed) = 0;
+    virtual size_t trimEnhanced(size_t bytes, std::set<LevelTile> const& needed) = 0;
+    virtual size_t enhancedBytes() const = 0;
     /// Frees the memory of what went, which the backend keeps for the next tiles.
     virtual void freeTrimmed() = 0;
 };

@@ -6,15 +6,15 @@
 
 namespace {
 
-Interval pixelsOf(std::int64_t start, std::size_t length, std::size_t picture) {
+Interval pixelsOf(std::int64_t start, size_t length, size_t picture) {
     std::int64_t const end = std::min(start + static_cast<std::int64_t>(length), static_cast<std::int64_t>(picture));
     std::int64_t const begin = std::max(start, std::int64_t{0});
     if (end <= begin) return {0, 0};
-    return {static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)};
+    return {static_cast<size_t>(begin), static_cast<size_t>(end - begin)};
 }
 
-Interval samplesOf(Zoom const& zoom, std::size_t start, std::size_t length) {
-    std::size_t const first = zoom.sampleAt(start);
+Interval samplesOf(Zoom const& zoom, size_t start, size_t length) {
+    size_t const first = zoom.sampleAt(start);
     return {first, zoom.sampleAt(start + length - 1) + 1 - first};
 }
 

@@ -14,8 +14,8 @@ struct View {
     /// the picture.
     std::int64_t x = 0;
     std::int64_t y = 0;
-    std::size_t width = 0; ///< of the frame, in pixels; nothing is drawn where it or the height is 0
-    std::size_t height = 0;
+    size_t width = 0; ///< of the frame, in pixels; nothing is drawn where it or the height is 0
+    size_t height = 0;
     /// Below 1: samples are weighed (bilinear), which GPUs round each in its own way. Otherwise the nearest one is
     /// shown: the same bytes everywhere.
     bool smooth = false;

@@ -5,13 +5,13 @@
 #include <cmath>
 #include <cstdio>
 
-Zoom Zoom::nearest(double pixels, std::size_t levels) {
+Zoom Zoom::nearest(double pixels, size_t levels) {
     if (std::lround(pixels * kSteps) >= static_cast<long>(kSteps) || pixels > 1.0)
-        return {0, static_cast<std::size_t>(std::clamp(std::round(pixels), 1.0, static_cast<double>(kLargest))), 1};
+        return {0, static_cast<size_t>(std::clamp(std::round(pixels), 1.0, static_cast<double>(kLargest))), 1};
     double const smallest = std::ldexp(1.0, -static_cast<int>(levels) - 1);
     double const wanted = std::max(pixels, smallest);
-    std::size_t level = std::min(levels, static_cast<std::size_t>(-std::ilogb(wanted)) - 1);
-    auto samples = static_cast<std::size_t>(std::lround(kSteps / std::ldexp(wanted, static_cast<int>(level))));
+    size_t level = std::min(levels, static_cast<size_t>(-std::ilogb(wanted)) - 1);
+    auto samples = static_cast<size_t>(std::lround(kSteps / std::ldexp(wanted, static_cast<int>(level))));
     if (samples >= 2 * kSteps && level < levels) {
         ++level;
         samples = kSteps;

@@ -12,19 +12,19 @@
 /// depends on a GPU's rounding.
 class Zoom {
 public:
-    static constexpr std::size_t kLargest = 32;
-    static constexpr std::size_t kSteps = 32; ///< of a halving
+    static constexpr size_t kLargest = 32;
+    static constexpr size_t kSteps = 32; ///< of a halving
 
     /// 1:1.
     Zoom() = default;
     /// The magnification nearest to `pixels` screen pixels per picture pixel, of the levels 0 to `levels`. The smallest
     /// is a little more than 0.5 / 2^levels.
-    static Zoom nearest(double pixels, std::size_t levels);
+    static Zoom nearest(double pixels, size_t levels);
 
-    std::size_t level() const { return level_; }
+    size_t level() const { return level_; }
     /// So many pixels show so many samples of the level.
-    std::size_t pixels() const { return pixels_; }
-    std::size_t samples() const { return samples_; }
+    size_t pixels() const { return pixels_; }
+    size_t samples() const { return samples_; }
     /// Screen pixels per picture pixel.
     double value() const;
     /// "zoom 0.744186, the nearest step to 0.75"; empty where that is what was asked for, to six digits.
@@ -33,9 +33,9 @@ public:
     bool isWhole() const { return pixels_ == samples_; }
 
     /// Pixels that show the first so many samples of the level: those whose sampleAt() is less.
-    std::size_t pixelsOf(std::size_t samples) const { return (2 * samples * pixels_ + samples_ - 1) / (2 * samples_); }
+    size_t pixelsOf(size_t samples) const { return (2 * samples * pixels_ + samples_ - 1) / (2 * samples_); }
     /// The sample that a pixel shows.
-    std::size_t sampleAt(std::size_t pixel) const { return (2 * pixel + 1) * samples_ / (2 * pixels_); }
+    size_t sampleAt(size_t pixel) const { return (2 * pixel + 1) * samples_ / (2 * pixels_); }
 
     bool operator==(Zoom const& other) const {
         return level_ == other.level_ && pixels_ * other.samples_ == other.pixels_ * samples_;
@@ -43,10 +43,9 @@ public:
     bool operator!=(Zoom const& other) const { return !(*this == other); }
 
 private:
-    Zoom(std::size_t level, std::size_t pixels, std::size_t samples)
-        : level_(level), pixels_(pixels), samples_(samples) {}
+    Zoom(size_t level, size_t pixels, size_t samples) : level_(level), pixels_(pixels), samples_(samples) {}
 
-    std::size_t level_ = 0;
-    std::size_t pixels_ = 1;
-    std::size_t samples_ = 1;
+    size_t level_ = 0;
+    size_t pixels_ = 1;
+    size_t samples_ = 1;
 };

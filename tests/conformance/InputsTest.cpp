@@ -22,19 +22,19 @@ TEST(InputsTest, EverySampleIsThereOnceInEachChannel) {
 }
 
 TEST(InputsTest, PartsOfTheColoursAreAllColoursOnce) {
-    std::vector<bool> seen(std::size_t{1} << 24);
-    std::size_t count = 0;
+    std::vector<bool> seen(size_t{1} << 24);
+    size_t count = 0;
     for (std::uint32_t part = 0; part < kColourParts; ++part) {
         reference::Texels const texels = colours(part);
-        for (std::size_t i = 0; i < texels.bytes.size(); i += 4) {
-            std::size_t colour = 0;
-            for (std::size_t channel = 0; channel < 3; ++channel)
+        for (size_t i = 0; i < texels.bytes.size(); i += 4) {
+            size_t colour = 0;
+            for (size_t channel = 0; channel < 3; ++channel)
                 colour = 256 * colour + texels.bytes[i + channel];
             if (!seen[colour]) ++count;
             seen[colour] = true;
         }
     }
-    EXPECT_EQ(count, std::size_t{1} << 24);
+    EXPECT_EQ(count, size_t{1} << 24);
 }
 
 TEST(InputsTest, SameStartGivesTheSamePicture) {
@@ -45,7 +45,7 @@ TEST(InputsTest, SameStartGivesTheSamePicture) {
 TEST(InputsTest, EveryTripleOfBoundariesIsThere) {
     reference::Planes3 const planes = boundaryTriples();
     std::set<std::array<std::int32_t, 3>> triples;
-    for (std::size_t i = 0; i < planes[0].samples.size(); ++i)
+    for (size_t i = 0; i < planes[0].samples.size(); ++i)
         triples.insert({planes[0].samples[i], planes[1].samples[i], planes[2].samples[i]});
     EXPECT_EQ(triples.size(), kBoundaries.size() * kBoundaries.size() * kBoundaries.size());
 }

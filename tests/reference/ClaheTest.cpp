@@ -26,8 +26,7 @@ std::vector<std::int16_t> image(int width, int height, Value value) {
 }
 
 std::int16_t first(std::vector<std::int16_t> const& samples, int width, int x, int y) {
-    return samples.at(4 *
-                      (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)));
+    return samples.at(4 * (static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)));
 }
 
 std::uint32_t total(Histogram const& histogram) {
@@ -88,7 +87,7 @@ TEST(ClaheTest, RoomJustAboveTheExcessLeavesTheLastBinsShort) {
     histogram[0] = 2540;
     Histogram expected;
     expected.fill(10);
-    for (std::size_t bin = 236; bin < 256; ++bin)
+    for (size_t bin = 236; bin < 256; ++bin)
         expected[bin] = 9;
     EXPECT_EQ(clippedHistogram(histogram, 10), expected);
     EXPECT_EQ(clippedHistogramByLoop(histogram, 10), expected);
@@ -102,7 +101,7 @@ TEST(ClaheTest, UniformRegionAtClipThreeByHand) {
     Histogram expected;
     expected.fill(6);
     expected[1] = 18;
-    for (std::size_t bin = 0; bin <= 204; bin += 4)
+    for (size_t bin = 0; bin <= 204; bin += 4)
         expected[bin] = 7;
     EXPECT_EQ(clippedHistogram(histogram, claheLimit(1600, 3.0)), expected);
     EXPECT_EQ(total(expected), 1600u);
@@ -120,7 +119,7 @@ TEST(ClaheTest, AtClipOneEveryBinEndsAtTheLimit) {
 
 TEST(ClaheTest, HistogramWithinTheLimitIsKept) {
     Histogram histogram{};
-    for (std::size_t bin = 0; bin < 160; ++bin)
+    for (size_t bin = 0; bin < 160; ++bin)
         histogram[bin] = 10;
     EXPECT_EQ(clippedHistogram(histogram, 10), histogram);
     EXPECT_EQ(clippedHistogramByLoop(histogram, 10), histogram);
@@ -183,13 +182,13 @@ TEST(ClaheTest, FortyOneSquareUsesTheTableOfItsOneFullRegionEverywhere) {
     ClaheTables const tables = claheTables(in, 41, 41, 3.0);
     ASSERT_EQ(tables.rows, 2);
     ASSERT_EQ(tables.columns, 2);
-    for (std::size_t i = 1; i < 4; ++i)
+    for (size_t i = 1; i < 4; ++i)
         EXPECT_EQ(tables.mappings[i], tables.mappings[0]) << i;
     auto const out = clahe(in, 41, 41, 3.0, 0, 0);
     EXPECT_NE(out, in);
     for (int y = 0; y < 41; ++y) {
         for (int x = 0; x < 41; ++x) {
-            auto const bin = static_cast<std::size_t>(std::min(255, std::max(0, noise(x, y))));
+            auto const bin = static_cast<size_t>(std::min(255, std::max(0, noise(x, y))));
             ASSERT_EQ(first(out, 41, x, y), static_cast<int>(tables.mappings[0][bin])) << x << ", " << y;
         }
     }
@@ -244,7 +243,7 @@ TEST(ClaheTest, WholeNumbersInterpolateAsTheDoubleFormulaSays) {
             int const cellY = y < 20 ? 0 : (y + 20) / 40;
             double const dx = x < 20 ? x : x - (40 * cellX - 20);
             double const dy = y < 20 ? y : y - (40 * cellY - 20);
-            for (std::size_t bin = 0; bin < 256; bin += 5) {
+            for (size_t bin = 0; bin < 256; bin += 5) {
                 double const ul = tables.clampedAt(cellY - 1, cellX - 1)[bin];
                 double const ur = tables.clampedAt(cellY - 1, cellX)[bin];
                 double const ll = tables.clampedAt(cellY, cellX - 1)[bin];
@@ -262,7 +261,7 @@ TEST(ClaheTest, OnlyTheFirstComponentChanges) {
     auto const in = image(50, 45, noise);
     auto const out = clahe(in, 50, 45, 3.0, 0, 0);
     int changed = 0;
-    for (std::size_t i = 0; i < in.size(); ++i) {
+    for (size_t i = 0; i < in.size(); ++i) {
         bool const same = out[i] == in[i];
         ASSERT_TRUE(same || i % 4 == 0) << i;
         changed += same ? 0 : 1;

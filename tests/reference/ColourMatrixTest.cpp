@@ -31,7 +31,7 @@ TEST(ColourMatrixTest, IdentityLeavesBytesAndSetsAlpha) {
     Texels image(64, 4);
     std::iota(image.bytes.begin(), image.bytes.end(), std::uint8_t{0});
     Texels const out = matrix8(image, kIdentity, 1.0);
-    for (std::size_t i = 0; i < image.bytes.size(); ++i) {
+    for (size_t i = 0; i < image.bytes.size(); ++i) {
         ASSERT_EQ(out.bytes[i], i % 4 == 3 ? 255 : image.bytes[i]) << i;
     }
 }

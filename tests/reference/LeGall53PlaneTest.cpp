@@ -55,7 +55,7 @@ TEST(LeGall53PlaneTest, InverseRestoresEverySizeUpToTwelve) {
 TEST(LeGall53PlaneTest, PyramidsOfUpToSixLevelsRestoreOddSizes) {
     std::mt19937 random(2);
     for (auto const& [width, height] : {std::pair{61, 37}, std::pair{64, 48}, std::pair{1, 33}, std::pair{5, 3}}) {
-        for (std::size_t levels = 1; levels <= 6; ++levels) {
+        for (size_t levels = 1; levels <= 6; ++levels) {
             Plane const plane = randomPlane(random, width, height);
             Pyramid const pyramid = forward53Pyramid(plane, levels);
             ASSERT_EQ(pyramid.levels.size(), levels);
@@ -97,7 +97,7 @@ TEST(LeGall53PlaneTest, VerticalFilterTreatsColumnsAsTheHorizontalOneTreatsRows)
         }
         Signal const expected = inverseFilter53(column);
         for (int y = 0; y < 8; ++y)
-            EXPECT_EQ(out.at(x, y), expected[static_cast<std::size_t>(y)]) << x << ", " << y;
+            EXPECT_EQ(out.at(x, y), expected[static_cast<size_t>(y)]) << x << ", " << y;
     }
 }
 

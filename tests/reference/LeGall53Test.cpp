@@ -11,9 +11,9 @@ namespace {
 
 using namespace reference;
 
-Signal randomSignal(std::mt19937& random, std::size_t length, int span) {
+Signal randomSignal(std::mt19937& random, size_t length, int span) {
     Signal signal;
-    for (std::size_t i = 0; i < length; ++i) {
+    for (size_t i = 0; i < length; ++i) {
         signal.push_back(static_cast<std::int32_t>(random() % static_cast<unsigned>(2 * span + 1)) - span);
     }
     return signal;
@@ -68,7 +68,7 @@ TEST(LeGall53Test, SingleSampleIsItsOwnLowBand) {
 
 TEST(LeGall53Test, InverseRestoresSignalsOfEveryLength) {
     std::mt19937 random(53);
-    for (std::size_t length = 1; length <= 70; ++length) {
+    for (size_t length = 1; length <= 70; ++length) {
         for (int round = 0; round < 50; ++round) {
             Signal const signal = randomSignal(random, length, round % 2 == 0 ? 255 : 16383);
             Bands const bands = forward53(signal);
@@ -81,17 +81,16 @@ TEST(LeGall53Test, InverseRestoresSignalsOfEveryLength) {
 
 TEST(LeGall53Test, FilterWindowsRestoreTheirPartOfTheSignalAtEveryPosition) {
     std::mt19937 random(5);
-    for (std::size_t length = 1; length <= 40; ++length) {
+    for (size_t length = 1; length <= 40; ++length) {
         Signal const signal = randomSignal(random, length, 4000);
         Bands const bands = forward53(signal);
         auto const n = static_cast<std::ptrdiff_t>(length);
         for (std::ptrdiff_t a = -3; 2 * a < n + 4; ++a) {
-            for (std::size_t const m : {4u, 6u, 10u}) {
+            for (size_t const m : {4u, 6u, 10u}) {
                 Signal const out = inverseFilter53(filterWindow(bands, n, a, m));
                 ASSERT_EQ(out.size(), 2 * m - 4);
-                for (std::size_t i = 0; i < out.size(); ++i) {
-                    auto const position =
-                        static_cast<std::size_t>(reflected(2 * a + static_cast<std::ptrdiff_t>(i), n));
+                for (size_t i = 0; i < out.size(); ++i) {
+                    auto const position = static_cast<size_t>(reflected(2 * a + static_cast<std::ptrdiff_t>(i), n));
                     ASSERT_EQ(out[i], signal[position]) << "length " << length << " a " << a << " i " << i;
                 }
             }
@@ -120,14 +119,14 @@ TEST(LeGall53Test, PredictionAddsTwoBeforeTheFlooredDivision) {
 // Even samples read one low and two high samples, odd ones two low and three high samples.
 TEST(LeGall53Test, EachOutputReadsExactlyItsNeighbourhood) {
     Bands const zero{Signal(6, 0), Signal(6, 0)};
-    for (std::size_t i = 0; i < 6; ++i) {
+    for (size_t i = 0; i < 6; ++i) {
         Bands low = zero;
         low.low[i] = 400;
         Bands high = zero;
         high.high[i] = 400;
         Signal const fromLow = inverseFilter53(low);
         Signal const fromHigh = inverseFilter53(high);
-        for (std::size_t n = 0; n < 4; ++n) {
+        for (size_t n = 0; n < 4; ++n) {
             EXPECT_EQ(fromLow[2 * n] != 0, i == n) << "L" << i << " x" << 2 * n;
             EXPECT_EQ(fromLow[2 * n + 1] != 0, i == n || i == n + 1) << "L" << i << " x" << 2 * n + 1;
             EXPECT_EQ(fromHigh[2 * n] != 0, i == n || i == n + 1) << "H" << i << " x" << 2 * n;

@@ -105,7 +105,7 @@ TEST(Sharpness16Test, TwoPassesEqualTheTextbookFormInsideTheEdges) {
     Texels const source = packThreeChannel16(channels);
     for (double const gain : {1.9, 3.0, -2.0}) {
         Planes3 const out = unpackThreeChannel16(sharpnessV16(source, sharpnessH16(source), gain, 0));
-        for (std::size_t c = 0; c < 3; ++c) {
+        for (size_t c = 0; c < 3; ++c) {
             Plane const expected = sharpness16(channels[c], gain, 0);
             for (int y = 0; y < 7; ++y) {
                 for (int x = 2; x < 11; ++x)

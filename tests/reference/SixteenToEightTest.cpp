@@ -13,7 +13,7 @@ TEST(SixteenToEightTest, ValuesAreClampedNotScaled) {
     ASSERT_EQ(out.width, 6);
     std::vector<std::uint8_t> const greys{255, 0, 0, 255, 255, 128};
     for (int x = 0; x < 6; ++x) {
-        std::uint8_t const grey = greys[static_cast<std::size_t>(x)];
+        std::uint8_t const grey = greys[static_cast<size_t>(x)];
         EXPECT_EQ(out.at(x, 0), (Texel{grey, grey, grey, 255})) << x;
     }
 }

@@ -12,17 +12,17 @@ using namespace reference;
 
 TEST(TableLookupTest, BytesIndexAFullTableByThemselvesAndAlphaPasses) {
     ByteTable inverted(256);
-    for (std::size_t i = 0; i < 256; ++i)
+    for (size_t i = 0; i < 256; ++i)
         inverted[i] = static_cast<std::uint8_t>(255 - i);
     Texels image(64, 1);
     std::iota(image.bytes.begin(), image.bytes.end(), std::uint8_t{0});
     Texels const out = tableLookup8(image, inverted);
-    for (std::size_t i = 0; i < 256; ++i)
+    for (size_t i = 0; i < 256; ++i)
         EXPECT_EQ(out.bytes[i], i % 4 == 3 ? i : 255 - i) << i;
 }
 
 TEST(TableLookupTest, EveryByteFindsTheTexelAtItsNormalisedPosition) {
-    for (std::size_t size = 2; size <= 256; size *= 2) {
+    for (size_t size = 2; size <= 256; size *= 2) {
         ByteTable table(size);
         std::iota(table.begin(), table.end(), std::uint8_t{0});
         for (int byte = 0; byte < 256; ++byte) {

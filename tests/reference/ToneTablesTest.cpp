@@ -23,7 +23,7 @@ TEST(ToneTablesTest, GammaOneIsTheIdentityScaledToBytes) {
 
 TEST(ToneTablesTest, WhiteBelowBlackIsAStepAtWhite) {
     ByteTable const table = gammaTable(8, 2.4, 200, 100);
-    for (std::size_t i = 0; i < 256; ++i)
+    for (size_t i = 0; i < 256; ++i)
         EXPECT_EQ(table[i], i < 100 ? 0 : 255) << i;
 }
 
@@ -139,7 +139,7 @@ TEST(ToneTablesTest, DeepSrgbTablesInvertThePublishedDecoding) {
         for (int code = 0; code < 256; ++code) {
             double const x = code / 255.0;
             double const linear = x <= 0.04045 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4);
-            EXPECT_EQ(table[static_cast<std::size_t>(std::lround(linear * max))], code) << depth;
+            EXPECT_EQ(table[static_cast<size_t>(std::lround(linear * max))], code) << depth;
         }
     }
 }

@@ -68,7 +68,7 @@ TEST(YCoCgRTest, ForwardTextureHoldsYCoCgInThreeChannels) {
 
 TEST(YCoCgRTest, ForwardThenInverseTexturesAreLossless) {
     Texels rgba(256, 16);
-    for (std::size_t i = 0; i < rgba.bytes.size(); ++i) {
+    for (size_t i = 0; i < rgba.bytes.size(); ++i) {
         rgba.bytes[i] = i % 4 == 3 ? std::uint8_t{255} : static_cast<std::uint8_t>(i * 7919 >> 3);
     }
     Texels const yCoCg = rgba8ToYCoCg16(rgba);
@@ -76,7 +76,7 @@ TEST(YCoCgRTest, ForwardThenInverseTexturesAreLossless) {
     Planes3 const rgb = unpackThreeChannel16(yCoCg16ToRgb16(yCoCg));
     for (int y = 0; y < rgba.height; ++y) {
         for (int x = 0; x < rgba.width; ++x) {
-            for (std::size_t c = 0; c < 3; ++c)
+            for (size_t c = 0; c < 3; ++c)
                 ASSERT_EQ(rgb[c].at(x, y), rgba.at(x, y)[c]) << x << ", " << y;
         }
     }

@@ -9,8 +9,8 @@ namespace {
 enum class Mode { Off, This, Others };
 
 std::atomic<Mode> mode{Mode::Off};
-std::atomic<std::size_t> count{0};
-std::atomic<std::size_t> failing{0};
+std::atomic<size_t> count{0};
+std::atomic<size_t> failing{0};
 thread_local bool asked = false;
 thread_local int pauses = 0;
 
@@ -20,12 +20,12 @@ bool fails() {
     return ++count == failing;
 }
 
-void* allocate(std::size_t bytes) {
+void* allocate(size_t bytes) {
     return fails() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
 }
 
-void* allocate(std::size_t bytes, std::align_val_t alignment) {
-    auto const step = static_cast<std::size_t>(alignment);
+void* allocate(size_t bytes, std::align_val_t alignment) {
+    auto const step = static_cast<size_t>(alignment);
     return fails() ? nullptr : std::aligned_alloc(step, (bytes + step - 1) / step * step);
 }
 
@@ -36,14 +36,14 @@ void* orThrow(void* memory) {
 
 } // namespace
 
-void failing_allocations::failAt(std::size_t n, Threads threads) {
+void failing_allocations::failAt(size_t n, Threads threads) {
     asked = true;
     count = 0;
     failing = n;
     mode = threads == Threads::This ? Mode::This : Mode::Others;
 }
 
-std::size_t failing_allocations::stop() {
+size_t failing_allocations::stop() {
     mode = Mode::Off;
     asked = false;
     return count;
@@ -57,22 +57,22 @@ failing_allocations::Pause::~Pause() {
     --pauses;
 }
 
-void* operator new(std::size_t bytes) {
+void* operator new(size_t bytes) {
     return orThrow(allocate(bytes));
 }
-void* operator new[](std::size_t bytes) {
+void* operator new[](size_t bytes) {
     return orThrow(allocate(bytes));
 }
-void* operator new(std::size_t bytes, std::nothrow_t const&) noexcept {
+void* operator new(size_t bytes, std::nothrow_t const&) noexcept {
     return allocate(bytes);
 }
-void* operator new[](std::size_t bytes, std::nothrow_t const&) noexcept {
+void* operator new[](size_t bytes, std::nothrow_t const&) noexcept {
     return allocate(bytes);
 }
-void* operator new(std::size_t bytes, std::align_val_t alignment) {
+void* operator new(size_t bytes, std::align_val_t alignment) {
     return orThrow(allocate(bytes, alignment));
 }
-void* operator new[](std::size_t bytes, std::align_val_t alignment) {
+void* operator new[](size_t bytes, std::align_val_t alignment) {
     return orThrow(allocate(bytes, alignment));
 }
 void operator delete(void* memory) noexcept {
@@ -81,10 +81,10 @@ void operator delete(void* memory) noexcept {
 void operator delete[](void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+void operator delete(void* memory, size_t) noexcept {
     std::free(memory);
 }
-void operator delete[](void* memory, std::size_t) noexcept {
+void operator delete[](void* memory, size_t) noexcept {
     std::free(memory);
 }
 void operator delete(void* memory, std::nothrow_t const&) noexcept {
@@ -99,9 +99,9 @@ void operator delete(void* memory, std::align_val_t) noexcept {
 void operator delete[](void* memory, std::align_val_t) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+void operator delete(void* memory, size_t, std::align_val_t) noexcept {
     std::free(memory);
 }
-void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
+void operator delete[](void* memory, size_t, std::align_val_t) noexcept {
     std::free(memory);
 }

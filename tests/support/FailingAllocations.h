@@ -11,10 +11,10 @@ enum class Threads {
 };
 
 /// The n-th `new` from now on of these threads throws std::bad_alloc, once; 0: none does.
-void failAt(std::size_t n, Threads threads = Threads::This);
+void failAt(size_t n, Threads threads = Threads::This);
 
 /// No `new` fails any more. Those of these threads since failAt().
-std::size_t stop();
+size_t stop();
 
 /// Within it this thread's `new` neither counts nor fails: that of libraries for which it would be the end.
 class Pause {

@@ -31,13 +31,13 @@ public:
         : RenderBackendInstance(0, context), instance_(std::move(instance)) {}
 
     /// The n-th operation from now on throws StandInFailure; 0: none does.
-    void failAt(std::size_t n, When when = When::Before) {
+    void failAt(size_t n, When when = When::Before) {
         calls_ = 0;
         failing_ = n;
         when_ = when;
     }
     /// Operations since failAt().
-    std::size_t calls() const { return calls_; }
+    size_t calls() const { return calls_; }
 
     using Bytes = std::vector<unsigned char>;
     using Sizes = std::vector<size_t>;
@@ -170,7 +170,7 @@ private:
     }
 
     std::shared_ptr<RenderBackendInstance> instance_;
-    std::size_t mutable calls_ = 0;
-    std::size_t failing_ = 0;
+    size_t mutable calls_ = 0;
+    size_t failing_ = 0;
     When when_ = When::Before;
 };

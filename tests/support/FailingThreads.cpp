@@ -8,13 +8,13 @@
 
 namespace {
 
-constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+constexpr size_t kNoLimit = std::numeric_limits<size_t>::max();
 
-std::atomic<std::size_t> left{kNoLimit};
-std::atomic<std::size_t> refusals{0};
+std::atomic<size_t> left{kNoLimit};
+std::atomic<size_t> refusals{0};
 
 bool isRefused() {
-    std::size_t now = left;
+    size_t now = left;
     while (now != kNoLimit) {
         if (now == 0) return true;
         if (left.compare_exchange_weak(now, now - 1)) return false;
@@ -24,7 +24,7 @@ bool isRefused() {
 
 } // namespace
 
-ThreadLimit::ThreadLimit(std::size_t threads) {
+ThreadLimit::ThreadLimit(size_t threads) {
     refusals = 0;
     left = threads;
 }
@@ -33,7 +33,7 @@ ThreadLimit::~ThreadLimit() {
     left = kNoLimit;
 }
 
-std::size_t ThreadLimit::refused() {
+size_t ThreadLimit::refused() {
     return refusals;
 }
 

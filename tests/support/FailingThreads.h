@@ -6,11 +6,11 @@
 /// none, as it does at a limit of processes or of memory.
 class ThreadLimit {
 public:
-    explicit ThreadLimit(std::size_t threads);
+    explicit ThreadLimit(size_t threads);
     ~ThreadLimit();
     ThreadLimit(ThreadLimit const&) = delete;
     ThreadLimit& operator=(ThreadLimit const&) = delete;
 
     /// Threads that were asked for in vain.
-    static std::size_t refused();
+    static size_t refused();
 };

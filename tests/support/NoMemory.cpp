@@ -35,7 +35,7 @@ extern "C" __attribute__((visibility("default"))) Handler signal(int number, Han
     return real(number, handler);
 }
 
-__attribute__((visibility("default"))) void* operator new(std::size_t bytes) {
+__attribute__((visibility("default"))) void* operator new(size_t bytes) {
     bool const counts = hasBegun && isOfProgram(__builtin_return_address(0));
     void* const memory =
         counts && failing() != 0 && ++counted >= failing() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
@@ -45,6 +45,6 @@ __attribute__((visibility("default"))) void* operator new(std::size_t bytes) {
 __attribute__((visibility("default"))) void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-__attribute__((visibility("default"))) void operator delete(void* memory, std::size_t) noexcept {
+__attribute__((visibility("default"))) void operator delete(void* memory, size_t) noexcept {
     std::free(memory);
 }

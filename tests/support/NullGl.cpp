@@ -11,10 +11,10 @@
 namespace {
 
 // Names count up; those in use are marked by one bit.
-constexpr std::size_t kNames = std::size_t{1} << 22U;
+constexpr size_t kNames = size_t{1} << 22U;
 std::array<bool, kNames> isLiving{};
 GLuint lastName = 0;
-std::size_t living = 0;
+size_t living = 0;
 
 GLuint born() {
     do
@@ -42,14 +42,14 @@ void died(GLsizei n, GLuint const* names) {
 }
 
 // Large enough for a buffer of the upload ring.
-std::array<unsigned char, std::size_t{8} << 20U> mapped{};
+std::array<unsigned char, size_t{8} << 20U> mapped{};
 
 constexpr GLint kMaxTextureSize = 8192;
 GLint unpackAlignment = 4;
 
 } // namespace
 
-std::size_t null_gl::livingObjects() {
+size_t null_gl::livingObjects() {
     return living;
 }
 
@@ -125,8 +125,8 @@ GLboolean glUnmapBuffer(GLenum) {
     return GL_TRUE;
 }
 void glReadPixels(GLint, GLint, GLsizei width, GLsizei height, GLenum format, GLenum, void* pixels) {
-    std::size_t const texelBytes = format == GL_RGB ? 3 : 4;
-    std::memset(pixels, 0, texelBytes * static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    size_t const texelBytes = format == GL_RGB ? 3 : 4;
+    std::memset(pixels, 0, texelBytes * static_cast<size_t>(width) * static_cast<size_t>(height));
 }
 
 void glActiveTexture(GLenum) {}

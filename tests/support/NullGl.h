@@ -6,6 +6,6 @@
 namespace null_gl {
 
 /// Objects that were made and are not deleted.
-std::size_t livingObjects();
+size_t livingObjects();
 
 } // namespace null_gl

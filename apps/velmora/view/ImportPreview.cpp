@@ -24,9 +24,9 @@ public:
 
 protected:
     void readInto(Region const& region, std::uint8_t* pixels) override {
-        std::size_t const rowBytes = region.width * bands() * sampleBytes();
-        std::size_t const rows = kPartPixels / region.width + 1;
-        for (std::size_t done = 0; done < region.height; done += rows) {
+        size_t const rowBytes = region.width * bands() * sampleBytes();
+        size_t const rows = kPartPixels / region.width + 1;
+        for (size_t done = 0; done < region.height; done += rows) {
             Region const part{region.x, region.y + done, region.width, std::min(rows, region.height - done)};
             source_->read(part, buffer_);
             std::copy(buffer_.begin(), buffer_.end(), pixels + done * rowBytes);
@@ -36,14 +36,14 @@ protected:
 
 private:
     // What is read at once: a fraction of a second's work for any picture, and enough to keep a few threads busy.
-    static constexpr std::size_t kPartPixels = 256 * 1024;
+    static constexpr size_t kPartPixels = 256 * 1024;
 
     std::shared_ptr<ImportPreview> growing_;
     std::unique_ptr<PixelSource> source_;
     std::vector<std::uint8_t> buffer_;
 };
 
-std::uint8_t byteOf(std::uint8_t const* sample, std::size_t sampleBytes) {
+std::uint8_t byteOf(std::uint8_t const* sample, size_t sampleBytes) {
     if (sampleBytes == 1) return *sample;
     std::uint16_t value = 0;
     std::memcpy(&value, sample, sizeof(value));
@@ -51,23 +51,21 @@ std::uint8_t byteOf(std::uint8_t const* sample, std::size_t sampleBytes) {
 }
 
 void toRgba(std::uint8_t const* pixel, PixelSource const& source, std::uint8_t* rgba) {
-    std::size_t const bands = source.bands();
-    auto const band = [&](std::size_t index) {
-        return byteOf(pixel + index * source.sampleBytes(), source.sampleBytes());
-    };
-    for (std::size_t colour = 0; colour < 3; ++colour)
+    size_t const bands = source.bands();
+    auto const band = [&](size_t index) { return byteOf(pixel + index * source.sampleBytes(), source.sampleBytes()); };
+    for (size_t colour = 0; colour < 3; ++colour)
         rgba[colour] = band(pixelbands::isGrey(bands) ? 0 : colour);
     rgba[3] = pixelbands::hasAlpha(bands) ? band(bands - 1) : 255;
 }
 
 // Index of the first preview pixel at or after picture pixel `pixel`.
-std::size_t firstFrom(std::size_t pixel, std::size_t distance) {
+size_t firstFrom(size_t pixel, size_t distance) {
     return (pixel + distance - 1) / distance;
 }
 
 } // namespace
 
-ImportPreview::Image ImportPreview::takeNew(std::size_t& seen) const {
+ImportPreview::Image ImportPreview::takeNew(size_t& seen) const {
     std::lock_guard const lock(mutex_);
     if (seen == version_) return {};
     seen = version_;
@@ -80,7 +78,7 @@ std::unique_ptr<PixelSource> ImportPreview::watch(std::shared_ptr<ImportPreview>
 }
 
 void ImportPreview::start(PixelSource const& source) {
-    std::size_t const longer = std::max(source.width(), source.height());
+    size_t const longer = std::max(source.width(), source.height());
     distance_ = (longer + kMaxSide - 1) / kMaxSide;
     image_.width = firstFrom(source.width(), distance_);
     image_.height = firstFrom(source.height(), distance_);
@@ -90,18 +88,17 @@ void ImportPreview::start(PixelSource const& source) {
 void ImportPreview::enter(PixelSource const& source, Region const& region, std::uint8_t const* pixels) {
     std::lock_guard const lock(mutex_);
     if (image_.rgba.empty()) start(source);
-    std::size_t const end = firstFrom(region.y + region.height, distance_);
-    for (std::size_t row = firstFrom(region.y, distance_); row < end; ++row)
+    size_t const end = firstFrom(region.y + region.height, distance_);
+    for (size_t row = firstFrom(region.y, distance_); row < end; ++row)
         enterRow(source, region, pixels, row);
     ++version_;
 }
 
-void ImportPreview::enterRow(PixelSource const& source, Region const& region, std::uint8_t const* pixels,
-                             std::size_t row) {
-    std::size_t const pixelBytes = source.bands() * source.sampleBytes();
+void ImportPreview::enterRow(PixelSource const& source, Region const& region, std::uint8_t const* pixels, size_t row) {
+    size_t const pixelBytes = source.bands() * source.sampleBytes();
     std::uint8_t const* const from = pixels + (row * distance_ - region.y) * region.width * pixelBytes;
-    std::size_t const end = firstFrom(region.x + region.width, distance_);
-    for (std::size_t column = firstFrom(region.x, distance_); column < end; ++column)
+    size_t const end = firstFrom(region.x + region.width, distance_);
+    for (size_t column = firstFrom(region.x, distance_); column < end; ++column)
         toRgba(from + (column * distance_ - region.x) * pixelBytes, source,
                &image_.rgba[(row * image_.width + column) * pixelbands::kTexelBytes]);
 }

@@ -14,16 +14,16 @@
 /// shown as their upper byte, and what has not been read yet is transparent.
 class ImportPreview {
 public:
-    static constexpr std::size_t kMaxSide = 1024;
+    static constexpr size_t kMaxSide = 1024;
 
     struct Image {
-        std::size_t width = 0;
-        std::size_t height = 0;
+        size_t width = 0;
+        size_t height = 0;
         std::vector<std::uint8_t> rgba; ///< rows from the top; nothing before the first row has been read
     };
 
     /// The image as it is now, where it has changed since the version that `seen` holds; else an empty one. Any thread.
-    Image takeNew(std::size_t& seen) const;
+    Image takeNew(size_t& seen) const;
 
     /// A picture that reads from `source` and enters here what passes. Any thread; the source is then the reader's.
     static std::unique_ptr<PixelSource> watch(std::shared_ptr<ImportPreview> growing,
@@ -34,10 +34,10 @@ public:
 
 private:
     void start(PixelSource const& source);
-    void enterRow(PixelSource const& source, Region const& region, std::uint8_t const* pixels, std::size_t row);
+    void enterRow(PixelSource const& source, Region const& region, std::uint8_t const* pixels, size_t row);
 
     mutable std::mutex mutex_; // guards everything below
     Image image_;
-    std::size_t version_ = 0;
-    std::size_t distance_ = 1; // pixels of the picture from one of ours to the next
+    size_t version_ = 0;
+    size_t distance_ = 1; // pixels of the picture from one of ours to the next
 };

@@ -32,9 +32,9 @@ void Overlay::handle(SDL_Event const& event, double pixelsPerUnit) {
     case SDL_MOUSEBUTTONDOWN:
     case SDL_MOUSEBUTTONUP: {
         // SDL counts left, middle, right from 1; ImGui left, right, middle from 0.
-        constexpr std::array<std::size_t, kButtons> kOrder{0, 2, 1};
+        constexpr std::array<size_t, kButtons> kOrder{0, 2, 1};
         if (event.button.button < 1 || event.button.button > kButtons) return;
-        std::size_t const button = kOrder.at(event.button.button - 1u);
+        size_t const button = kOrder.at(event.button.button - 1u);
         down_.at(button) = event.type == SDL_MOUSEBUTTONDOWN;
         if (down_.at(button)) pressed_.at(button) = true;
         return moveTo(event.button.x, event.button.y);
@@ -61,7 +61,7 @@ void Overlay::begin(Size const& frame, double pixelsPerUnit, double secondsSince
     io.FontGlobalScale = static_cast<float>(std::max(1.0, std::round(pixelsPerUnit)));
     io.DeltaTime = static_cast<float>(std::max(secondsSinceLast, 1e-4));
     io.MousePos = {mouse_[0], mouse_[1]};
-    for (std::size_t button = 0; button < kButtons; ++button)
+    for (size_t button = 0; button < kButtons; ++button)
         io.MouseDown[button] = down_.at(button) || pressed_.at(button);
     io.MouseWheel = wheel_;
     pressed_ = {};

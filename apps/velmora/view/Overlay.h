@@ -29,7 +29,7 @@ public:
     void end();
 
 private:
-    static constexpr std::size_t kButtons = 3;
+    static constexpr size_t kButtons = 3;
 
     std::array<float, 2> mouse_;
     std::array<bool, kButtons> down_{};

@@ -13,7 +13,7 @@
 class Overview {
 public:
     /// Along the longer side.
-    static constexpr std::size_t kMaxSide = 200;
+    static constexpr size_t kMaxSide = 200;
 
     /// Nothing is opened until advance(). Holes, background and interruption are as in the options.
     Overview(std::shared_ptr<RenderBackendInstance> instance, std::string store, PictureView::Options const& options);

@@ -55,7 +55,7 @@ void placeNext(double cornerX, double cornerY) {
     ImGui::SetNextWindowBgAlpha(0.7F);
 }
 
-double megabytes(std::size_t bytes) {
+double megabytes(size_t bytes) {
     return static_cast<double>(bytes) / 1e6;
 }
 
@@ -185,20 +185,20 @@ void panels::drawTiles(Camera const& camera) {
     View const view = camera.view();
     Size const whole = camera.size();
     ImDrawList& list = *ImGui::GetBackgroundDrawList();
-    auto const clipped = [](std::int64_t from, std::size_t frame, std::size_t end) {
+    auto const clipped = [](std::int64_t from, size_t frame, size_t end) {
         auto const last = std::min(from + static_cast<std::int64_t>(frame), static_cast<std::int64_t>(end));
-        return static_cast<std::size_t>(std::max<std::int64_t>(last, 0));
+        return static_cast<size_t>(std::max<std::int64_t>(last, 0));
     };
     auto const tileAt = [&](std::int64_t pixel) {
-        return view.zoom.sampleAt(static_cast<std::size_t>(std::max<std::int64_t>(pixel, 0))) / leveltile::kSide;
+        return view.zoom.sampleAt(static_cast<size_t>(std::max<std::int64_t>(pixel, 0))) / leveltile::kSide;
     };
-    std::size_t const right = clipped(view.x, view.width, whole.width);
-    std::size_t const bottom = clipped(view.y, view.height, whole.height);
-    auto const inFrameX = [&](std::size_t pixel) { return static_cast<double>(pixel) - static_cast<double>(view.x); };
-    auto const inFrameY = [&](std::size_t pixel) { return static_cast<double>(pixel) - static_cast<double>(view.y); };
-    for (std::size_t row = tileAt(view.y); view.zoom.pixelsOf(row * leveltile::kSide) < bottom; ++row)
-        for (std::size_t column = tileAt(view.x); view.zoom.pixelsOf(column * leveltile::kSide) < right; ++column) {
-            auto const edge = [&](std::size_t tile, std::size_t end) {
+    size_t const right = clipped(view.x, view.width, whole.width);
+    size_t const bottom = clipped(view.y, view.height, whole.height);
+    auto const inFrameX = [&](size_t pixel) { return static_cast<double>(pixel) - static_cast<double>(view.x); };
+    auto const inFrameY = [&](size_t pixel) { return static_cast<double>(pixel) - static_cast<double>(view.y); };
+    for (size_t row = tileAt(view.y); view.zoom.pixelsOf(row * leveltile::kSide) < bottom; ++row)
+        for (size_t column = tileAt(view.x); view.zoom.pixelsOf(column * leveltile::kSide) < right; ++column) {
+            auto const edge = [&](size_t tile, size_t end) {
                 return std::min(view.zoom.pixelsOf(tile * leveltile::kSide), end);
             };
             ImVec2 const from = toImGui(inFrameX(edge(column, whole.width)), inFrameY(edge(row, whole.height)));

@@ -32,12 +32,12 @@ constexpr Range kSide{1, 16384};
 constexpr Range kMilliseconds{0, 3'600'000};
 constexpr Range kNone{0, 0};
 
-constexpr std::size_t kMaxBytes = 1'000'000;
+constexpr size_t kMaxBytes = 1'000'000;
 
 struct Form {
     char const* word;
     Script::Action action;
-    std::size_t numbers;
+    size_t numbers;
     std::array<Range, 4> ranges; // of the numbers
     bool text;
 };
@@ -91,7 +91,7 @@ private:
         std::vector<std::string> const texts{std::istream_iterator<std::string>(words_), {}};
         if (texts.size() != form.numbers) throw otherNumbers(form);
         std::vector<int> numbers;
-        for (std::size_t i = 0; i < texts.size(); ++i)
+        for (size_t i = 0; i < texts.size(); ++i)
             numbers.push_back(numberOf(texts[i], form, form.ranges.at(i)));
         return numbers;
     }
@@ -121,7 +121,7 @@ std::vector<Script::Line> Script::parse(std::string const& text, std::string con
     std::vector<Line> lines;
     std::istringstream stream(text);
     std::string line;
-    for (std::size_t number = 1; std::getline(stream, line); ++number) {
+    for (size_t number = 1; std::getline(stream, line); ++number) {
         line.erase(std::min(line.find('#'), line.size()));
         if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
         lines.push_back(::Line(line, name + ", line " + std::to_string(number)).parsed());
@@ -138,7 +138,7 @@ std::vector<Script::Line> Script::read(std::string const& path) {
     std::string text;
     std::array<char, 4096> part{};
     while (file.read(part.data(), part.size()), file.gcount() > 0) {
-        text.append(part.data(), static_cast<std::size_t>(file.gcount()));
+        text.append(part.data(), static_cast<size_t>(file.gcount()));
         if (text.size() > kMaxBytes)
             throw HostError(HostError::Kind::Usage, path + " is no script: it has more than a million bytes");
     }

@@ -14,7 +14,7 @@
 namespace {
 
 constexpr std::chrono::milliseconds kTurn{8};
-constexpr std::size_t kMessageCharacters = 400;
+constexpr size_t kMessageCharacters = 400;
 
 // What the keys add where the command line asks for nothing of the kind.
 constexpr enhancement::Sharpen kSharpen{2.0};

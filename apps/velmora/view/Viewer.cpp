@@ -82,7 +82,7 @@ void Viewer::playScript() {
     ScriptPlayer::Host host;
     host.complete = settled() || (!visible() && scene_);
     host.resize = [this](int width, int height) {
-        window_.resize({static_cast<std::size_t>(width), static_cast<std::size_t>(height)});
+        window_.resize({static_cast<size_t>(width), static_cast<size_t>(height)});
     };
     host.screenshot = [this](std::string const& file) { screenshot(file); };
     script_.turn(host);

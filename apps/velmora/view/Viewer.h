@@ -39,7 +39,7 @@ private:
         std::string store;
         ImportJob job;
         OverlayTexture preview;
-        std::size_t seen = 0; // version of the preview
+        size_t seen = 0; // version of the preview
     };
 
     void startImport(std::string const& store);

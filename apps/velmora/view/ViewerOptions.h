@@ -23,9 +23,8 @@ struct ViewerOptions {
     ImageSelection selection; ///< of an image
     Size window{1280, 800};
     PictureView::Options picture;
-    std::size_t bandBytes =
-        32 * 1000 * 1000;       ///< budget of the backend's tile cache, which keeps what tiles are made of
-    std::size_t importJobs = 0; ///< as ImportOptions::jobs
+    size_t bandBytes = 32 * 1000 * 1000; ///< budget of the backend's tile cache, which keeps what tiles are made of
+    size_t importJobs = 0;               ///< as ImportOptions::jobs
     bool smooth = false;
     bool bare = false; ///< no overlay
     bool report = false;

@@ -25,5 +25,5 @@ private:
     Clock::time_point start_ = Clock::now();
     std::optional<Clock::time_point> firstPicture_;
     std::optional<Clock::time_point> fullDetail_;
-    std::size_t frames_ = 0;
+    size_t frames_ = 0;
 };

@@ -65,7 +65,7 @@ Size Window::pixels() const {
     int width = 0;
     int height = 0;
     SDL_GL_GetDrawableSize(window_.get(), &width, &height);
-    return {static_cast<std::size_t>(width), static_cast<std::size_t>(height)};
+    return {static_cast<size_t>(width), static_cast<size_t>(height)};
 }
 
 double Window::pixelsPerUnit() const {
@@ -115,8 +115,8 @@ std::vector<std::uint8_t> Window::readPixels() const {
                  rgba.data());
     std::vector<std::uint8_t> rgb;
     rgb.reserve(3 * size.width * size.height);
-    for (std::size_t y = size.height; y-- > 0;)
-        for (std::size_t x = 0; x < size.width; ++x) {
+    for (size_t y = size.height; y-- > 0;)
+        for (size_t x = 0; x < size.width; ++x) {
             std::uint8_t const* const texel = &rgba[4 * (y * size.width + x)];
             rgb.insert(rgb.end(), texel, texel + 3);
         }

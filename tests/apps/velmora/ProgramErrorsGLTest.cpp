@@ -166,7 +166,7 @@ TEST_F(ProgramErrorsGLTest, ADrawingShortOfMemoryEndsWithALine) {
     ASSERT_EQ(runVelmora({"import", image_, store}).exitCode, 0);
     for (std::string const& picture : {image_, store}) {
         before_ = folder_.names();
-        std::size_t failed = 0;
+        size_t failed = 0;
         for (long n = 1;; n += n + 3) {
             Process::Environment const noMemory{{"LD_PRELOAD", VELMORA_NO_MEMORY},
                                                 {"VELMORA_FAILING_NEW", std::to_string(n)}};

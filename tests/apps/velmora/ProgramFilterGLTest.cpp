@@ -248,8 +248,8 @@ Texels lookedUp(reference::Planes3 const& planes, reference::ByteTable const& ta
 
 // The upper byte of so many bits.
 Texels shown(reference::Planes3 const& planes, unsigned depth) {
-    reference::ByteTable table(std::size_t{1} << depth);
-    for (std::size_t code = 0; code < table.size(); ++code)
+    reference::ByteTable table(size_t{1} << depth);
+    for (size_t code = 0; code < table.size(); ++code)
         table[code] = static_cast<std::uint8_t>(code >> (depth - 8));
     return lookedUp(planes, table);
 }

@@ -297,7 +297,7 @@ TEST_F(ProgramStoreTest, AnInterruptedImportLeavesNothing) {
 
 // Whatever has no memory, the program ends with one line and leaves nothing half made.
 TEST_F(ProgramStoreTest, AnImportShortOfMemoryEndsWithALine) {
-    std::size_t failed = 0;
+    size_t failed = 0;
     for (long n = 1;; n += n / 4 + 1) {
         auto const result = runVelmora({"import", image_, store_, "--tile", "64"},
                                        {{"LD_PRELOAD", VELMORA_NO_MEMORY}, {"VELMORA_FAILING_NEW", std::to_string(n)}});

@@ -15,10 +15,10 @@ using Layout = SampleLayout;
 
 class EnhancementChainGLTest : public testing::Test {
 protected:
-    static constexpr std::size_t kWidth = 256;
+    static constexpr size_t kWidth = 256;
 
     // Three channels of samples, `height` rows of 256.
-    OwnedTarget deep(std::vector<int> const& samples, std::size_t height) {
+    OwnedTarget deep(std::vector<int> const& samples, size_t height) {
         std::vector<unsigned char> bytes;
         for (int const sample : samples) {
             bytes.push_back(static_cast<unsigned char>(sample & 0xFF));
@@ -47,15 +47,15 @@ TEST_F(EnhancementChainGLTest, SamplesOfAnyDepthAreShownAsTheirUpperByte) {
         std::vector<int> samples;
         for (int code = -512; code < std::min(end + 512, 32768); ++code)
             samples.push_back(code);
-        std::size_t const height = samples.size() / kWidth;
+        size_t const height = samples.size() / kWidth;
         ASSERT_EQ(samples.size() % kWidth, 0U);
         EnhancementChain chain(instance_, {}, {kWidth, height});
         OwnedTarget const shown = chain.draw(deep(samples, height), depth, {0, 0, kWidth, height});
         std::vector<unsigned char> const texels = targets_.read(shown, Layout::kRgba8, {0, 0, kWidth, height});
-        std::size_t wrong = 0;
-        for (std::size_t i = 0; i < samples.size(); ++i) {
+        size_t wrong = 0;
+        for (size_t i = 0; i < samples.size(); ++i) {
             int const expected = std::clamp(samples[i], 0, end - 1) >> (depth - 8);
-            for (std::size_t channel = 0; channel < 3; ++channel)
+            for (size_t channel = 0; channel < 3; ++channel)
                 wrong += texels[4 * i + channel] != expected ? 1U : 0U;
         }
         EXPECT_EQ(wrong, 0U) << depth << " bits";

@@ -58,7 +58,7 @@ protected:
                 if (!view.advance(std::chrono::milliseconds(50))) view.wait(std::chrono::milliseconds(50));
             Bytes grey;
             Bytes const rgba = view.pixels();
-            for (std::size_t i = 0; i < rgba.size(); i += 4)
+            for (size_t i = 0; i < rgba.size(); i += 4)
                 grey.push_back(rgba[i]);
             return grey;
         });
@@ -82,8 +82,8 @@ TEST_F(DamagedStoreGLTest, AnyBitIsNoticedOrChangesNoPixel) {
     for (std::int64_t const version : {3, 2}) {
         if (version == 2) storefiles::rewriteAs(2, path());
         remember();
-        std::size_t const distance = isLongRun() ? 31 : 1009;
-        for (std::size_t bit = 0; bit < 8 * whole_.size() && !HasFailure(); bit += distance) {
+        size_t const distance = isLongRun() ? 31 : 1009;
+        for (size_t bit = 0; bit < 8 * whole_.size() && !HasFailure(); bit += distance) {
             SCOPED_TRACE("version " + std::to_string(version) + ", bit " + std::to_string(bit % 8) + " of byte " +
                          std::to_string(bit / 8));
             writeFile(path(), storefiles::withBit(whole_, bit));

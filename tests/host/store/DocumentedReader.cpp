@@ -37,7 +37,7 @@ bool next(sqlite3_stmt* statement) {
 
 std::string textAt(sqlite3_stmt* statement, int column) {
     auto const* const text = reinterpret_cast<char const*>(sqlite3_column_text(statement, column));
-    return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
+    return {text, static_cast<size_t>(sqlite3_column_bytes(statement, column))};
 }
 
 std::uint32_t crcOf(Bytes const& bytes) {
@@ -60,18 +60,18 @@ Number bandSamples(Number samples) {
 // One row or column: low from L[0], high from H[-1].
 Numbers rebuilt(Numbers const& low, Numbers const& high, Number count) {
     Numbers x(2 * low.size());
-    for (std::size_t n = 0; n + 1 < low.size(); ++n)
+    for (size_t n = 0; n + 1 < low.size(); ++n)
         x[2 * n] = low[n] - floorOf(high[n] + high[n + 1] + 2, 4);
-    for (std::size_t n = 0; n + 2 < low.size(); ++n)
+    for (size_t n = 0; n + 2 < low.size(); ++n)
         x[2 * n + 1] = high[n + 1] + floorOf(x[2 * n] + x[2 * n + 2], 2);
-    x.resize(static_cast<std::size_t>(count));
+    x.resize(static_cast<size_t>(count));
     return x;
 }
 
 Numbers codesToSamples(Bytes const& bytes, Number version) {
-    std::size_t const count = bytes.size() / 2;
+    size_t const count = bytes.size() / 2;
     Numbers samples(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (size_t i = 0; i < count; ++i) {
         Number const code = bytes[i] + 256 * bytes[count + i];
         if (version == 1)
             samples[i] = code < 32768 ? code : code - 65536;
@@ -81,9 +81,9 @@ Numbers codesToSamples(Bytes const& bytes, Number version) {
     return samples;
 }
 
-Bytes unpacked(void const* data, int size, std::size_t expected) {
+Bytes unpacked(void const* data, int size, size_t expected) {
     require(data != nullptr, "a tile has neither value nor data");
-    auto const frameBytes = static_cast<std::size_t>(size);
+    auto const frameBytes = static_cast<size_t>(size);
     require(ZSTD_getFrameContentSize(data, frameBytes) == expected, "a frame has another length");
     Bytes bytes(expected);
     require(ZSTD_decompress(bytes.data(), expected, data, frameBytes) == expected, "a frame does not unpack");
@@ -130,9 +130,9 @@ void DocumentedReader::readDescription() {
 }
 
 Bytes DocumentedReader::codesOf(Numbers const& samples, Number version) {
-    std::size_t const count = samples.size();
+    size_t const count = samples.size();
     Bytes bytes(2 * count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (size_t i = 0; i < count; ++i) {
         Number const sample = samples[i];
         Number const code = version == 1 ? (sample + 65536) % 65536 : sample >= 0 ? 2 * sample : -2 * sample - 1;
         bytes[i] = static_cast<std::uint8_t>(code % 256);
@@ -161,10 +161,10 @@ void DocumentedReader::checkDescription() const {
 }
 
 void DocumentedReader::checkIndex() const {
-    std::vector<Bytes> keys(static_cast<std::size_t>(number("levels")) + 1);
+    std::vector<Bytes> keys(static_cast<size_t>(number("levels")) + 1);
     for (Number const id : idsWithData())
-        append(keys.at(static_cast<std::size_t>(id >> 53)), id, 8);
-    for (std::size_t level = 0; level < keys.size(); ++level)
+        append(keys.at(static_cast<size_t>(id >> 53)), id, 8);
+    for (size_t level = 0; level < keys.size(); ++level)
         require(number("index" + std::to_string(level)) == crcOf(keys[level]), "the index does not match its checksum");
 }
 
@@ -204,7 +204,7 @@ Numbers DocumentedReader::tile(Number id) const {
     if (version_ >= 3) append(summed, id, 8);
     if (sqlite3_column_type(query.get(), 0) == SQLITE_NULL) {
         Bytes const bytes = unpacked(sqlite3_column_blob(query.get(), 2), sqlite3_column_bytes(query.get(), 2),
-                                     static_cast<std::size_t>(2 * side * side));
+                                     static_cast<size_t>(2 * side * side));
         summed.insert(summed.end(), bytes.begin(), bytes.end());
         require(crc == crcOf(summed), "a tile does not match its checksum");
         return codesToSamples(bytes, version_);
@@ -213,10 +213,10 @@ Numbers DocumentedReader::tile(Number id) const {
     Number const level = id >> 53;
     Number const row = id >> 29 & 0xffffff;
     Number const column = id >> 5 & 0xffffff;
-    Numbers samples(static_cast<std::size_t>(side * side));
+    Numbers samples(static_cast<size_t>(side * side));
     for (Number y = 0; y < side && row * side + y < rows(level); ++y)
         for (Number x = 0; x < side && column * side + x < columns(level); ++x)
-            samples[static_cast<std::size_t>(y * side + x)] = value;
+            samples[static_cast<size_t>(y * side + x)] = value;
     if (version_ >= 3)
         append(summed, value, 2);
     else
@@ -228,7 +228,7 @@ Numbers DocumentedReader::tile(Number id) const {
 DocumentedReader::Plane DocumentedReader::bandOf(Number level, Number band, Number plane) const {
     Number const side = number("tileSize");
     Plane result{columns(level), rows(level), {}};
-    result.samples.resize(static_cast<std::size_t>(result.width * result.height));
+    result.samples.resize(static_cast<size_t>(result.width * result.height));
     for (Number y = 0; y < result.height; y += side)
         for (Number x = 0; x < result.width; x += side) {
             Numbers const samples = tile(idOf(level, band, plane, x / side, y / side));
@@ -236,8 +236,7 @@ DocumentedReader::Plane DocumentedReader::bandOf(Number level, Number band, Numb
                 Number const toX = x + i % side;
                 Number const toY = y + i / side;
                 if (toX < result.width && toY < result.height)
-                    result.samples[static_cast<std::size_t>(toY * result.width + toX)] =
-                        samples[static_cast<std::size_t>(i)];
+                    result.samples[static_cast<size_t>(toY * result.width + toX)] = samples[static_cast<size_t>(i)];
             }
         }
     return result;
@@ -256,8 +255,8 @@ DocumentedReader::Plane DocumentedReader::planeOf(Number level, Number plane) co
         Numbers lows;
         Numbers highs;
         for (Number y = 0; y < low.height; ++y) {
-            lows.push_back(low.samples[static_cast<std::size_t>(y * low.width + x)]);
-            highs.push_back(high.samples[static_cast<std::size_t>(y * high.width + x)]);
+            lows.push_back(low.samples[static_cast<size_t>(y * low.width + x)]);
+            highs.push_back(high.samples[static_cast<size_t>(y * high.width + x)]);
         }
         return rebuilt(lows, highs, height);
     };
@@ -268,10 +267,10 @@ DocumentedReader::Plane DocumentedReader::planeOf(Number level, Number plane) co
         highColumns.push_back(alongColumn(hl, hh, x));
     }
     Plane result{width, height, {}};
-    for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
+    for (size_t y = 0; y < static_cast<size_t>(height); ++y) {
         Numbers low;
         Numbers high;
-        for (std::size_t x = 0; x < lowColumns.size(); ++x) {
+        for (size_t x = 0; x < lowColumns.size(); ++x) {
             low.push_back(lowColumns[x][y]);
             high.push_back(highColumns[x][y]);
         }
@@ -282,16 +281,16 @@ DocumentedReader::Plane DocumentedReader::planeOf(Number level, Number plane) co
 }
 
 Numbers DocumentedReader::picture() const {
-    auto const bands = static_cast<std::size_t>(number("bands"));
+    auto const bands = static_cast<size_t>(number("bands"));
     Number const residualBits = number("residualBits");
     std::vector<Plane> planes;
     std::vector<Plane> residuals;
-    for (std::size_t plane = 0; plane < bands; ++plane) {
+    for (size_t plane = 0; plane < bands; ++plane) {
         planes.push_back(planeOf(0, static_cast<Number>(plane)));
         if (residualBits > 0) residuals.push_back(bandOf(0, kResidual, static_cast<Number>(plane)));
     }
     Numbers picture;
-    for (std::size_t i = 0; i < planes[0].samples.size(); ++i) {
+    for (size_t i = 0; i < planes[0].samples.size(); ++i) {
         Numbers pixel;
         for (Plane const& plane : planes)
             pixel.push_back(plane.samples[i]);
@@ -304,7 +303,7 @@ Numbers DocumentedReader::picture() const {
             pixel[1] = green;
             pixel[2] = blue;
         }
-        for (std::size_t band = 0; band < bands; ++band)
+        for (size_t band = 0; band < bands; ++band)
             picture.push_back(residualBits > 0 ? pixel[band] * (Number{1} << residualBits) + residuals[band].samples[i]
                                                : pixel[band]);
     }

@@ -56,10 +56,10 @@ VImage imageOf(std::string const& path) {
 // libvips has no writer of it.
 void writeBmp(std::string const& from, std::string const& to) {
     filesamples::Samples const samples = filesamples::read(from);
-    std::size_t const rowBytes = (3 * samples.width + 3) / 4 * 4;
+    size_t const rowBytes = (3 * samples.width + 3) / 4 * 4;
     std::string file = "BM" + std::string(52, '\0');
-    auto const put = [&](std::size_t at, std::size_t bytes, std::size_t value) {
-        for (std::size_t i = 0; i < bytes; ++i)
+    auto const put = [&](size_t at, size_t bytes, size_t value) {
+        for (size_t i = 0; i < bytes; ++i)
             file[at + i] = static_cast<char>(value >> (8 * i));
     };
     put(2, 4, file.size() + rowBytes * samples.height);
@@ -69,10 +69,10 @@ void writeBmp(std::string const& from, std::string const& to) {
     put(22, 4, samples.height);
     put(26, 2, 1);
     put(28, 2, 24);
-    for (std::size_t y = samples.height; y-- > 0;) {
+    for (size_t y = samples.height; y-- > 0;) {
         std::string row;
-        for (std::size_t x = 0; x < samples.width; ++x)
-            for (std::size_t const band : {2U, 1U, 0U})
+        for (size_t x = 0; x < samples.width; ++x)
+            for (size_t const band : {2U, 1U, 0U})
                 row += static_cast<char>(samples.values[(y * samples.width + x) * 3 + band]);
         row.resize(rowBytes);
         file += row;
@@ -220,10 +220,10 @@ std::unique_ptr<PixelSource> formatpictures::openAsShown(std::string const& path
     return openAs(ImageReader::Samples::kEightBits, path, choice);
 }
 
-Picture formatpictures::middleOf(std::string const& path, std::size_t side, Choice const& choice) {
+Picture formatpictures::middleOf(std::string const& path, size_t side, Choice const& choice) {
     auto const source = open(path, choice);
-    std::size_t const width = std::min(source->width(), side);
-    std::size_t const height = std::min(source->height(), side);
+    size_t const width = std::min(source->width(), side);
+    size_t const height = std::min(source->height(), side);
     Picture picture{width, height, source->bands(), 8 * source->sampleBytes(), {}};
     source->read({(source->width() - width) / 2, (source->height() - height) / 2, width, height}, picture.bytes);
     return picture;

@@ -16,7 +16,7 @@ namespace formatpictures {
 
 /// What has to be chosen of a file that holds more than a picture of 8 or 16 bits.
 struct Choice {
-    std::size_t page = 0;       ///< 0: there is one
+    size_t page = 0;            ///< 0: there is one
     char const* bands = "";     ///< as --bands takes them
     char const* range = "";     ///< as --range takes it
     char const* converted = ""; ///< why nothing but the product tells what becomes of the colours; empty: they stay
@@ -26,8 +26,8 @@ struct Format {
     char const* name;   ///< for the test's name
     char const* file;   ///< as collected; of a converted one what it is made of
     char const* ending; ///< of the converted file, with libvips' options: ".tif[tile]"; empty: as collected
-    std::size_t bands;  ///< that a person who knows the file expects
-    std::size_t bits;
+    size_t bands;       ///< that a person who knows the file expects
+    size_t bits;
     Choice choice = {};
 };
 
@@ -52,7 +52,7 @@ std::unique_ptr<PixelSource> open(std::string const& path, Choice const& choice 
 /// The same as 8 bits.
 std::unique_ptr<PixelSource> openAsShown(std::string const& path, Choice const& choice);
 /// The middle of it, at most `side` pixels wide and high.
-testpictures::Picture middleOf(std::string const& path, std::size_t side, Choice const& choice = {});
+testpictures::Picture middleOf(std::string const& path, size_t side, Choice const& choice = {});
 
 /// The same from the file's own samples, read without the product.
 filesamples::Samples expected(std::string const& path, Choice const& choice);

@@ -30,10 +30,9 @@ TEST_P(FormatPicturesGLTest, EveryLevelIsExact) {
 }
 
 TEST_F(FormatsGLTest, EveryLevelOfLinesOfAnyBandsAndBitsIsExact) {
-    std::optional<std::size_t> const levels = isLongRun() ? std::nullopt : std::optional<std::size_t>(2);
-    for (std::size_t bands = 1; bands <= 4; ++bands)
-        for (std::size_t const bits : {8U, 16U})
-            for (auto const& [width, height] :
-                 std::vector<std::pair<std::size_t, std::size_t>>{{1, 1}, {1, 5000}, {5000, 1}})
+    std::optional<size_t> const levels = isLongRun() ? std::nullopt : std::optional<size_t>(2);
+    for (size_t bands = 1; bands <= 4; ++bands)
+        for (size_t const bits : {8U, 16U})
+            for (auto const& [width, height] : std::vector<std::pair<size_t, size_t>>{{1, 1}, {1, 5000}, {5000, 1}})
                 expectEveryLevel(testpictures::picture(width, height, bands, bits, Content::Noise), 256, levels);
 }

@@ -17,7 +17,7 @@ namespace {
 
 // Of what the product itself makes of colours, where nothing else tells.
 Samples converted(std::string const& path, formatpictures::Choice const& choice) {
-    auto const picture = formatpictures::middleOf(path, std::numeric_limits<std::size_t>::max(), choice);
+    auto const picture = formatpictures::middleOf(path, std::numeric_limits<size_t>::max(), choice);
     return {picture.width, picture.height, picture.bands, {picture.bytes.begin(), picture.bytes.end()}};
 }
 

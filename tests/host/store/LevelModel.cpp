@@ -13,8 +13,8 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-int sampleOf(Picture const& picture, std::size_t pixel, std::size_t band) {
-    std::size_t const index = pixel * picture.bands + band;
+int sampleOf(Picture const& picture, size_t pixel, size_t band) {
+    size_t const index = pixel * picture.bands + band;
     if (picture.bits == 8) return picture.bytes[index];
     std::uint16_t sample = 0;
     std::copy_n(&picture.bytes[2 * index], 2, reinterpret_cast<std::uint8_t*>(&sample));
@@ -27,8 +27,8 @@ std::vector<Plane> planesOf(Picture const& picture) {
     auto const height = static_cast<std::int64_t>(picture.height);
     std::vector<Plane> planes(picture.bands, {width, height, {}});
     std::vector<int> samples(picture.bands);
-    for (std::size_t i = 0; i < picture.width * picture.height; ++i) {
-        for (std::size_t band = 0; band < picture.bands; ++band)
+    for (size_t i = 0; i < picture.width * picture.height; ++i) {
+        for (size_t band = 0; band < picture.bands; ++band)
             samples[band] = sampleOf(picture, i, band);
         if (picture.bands >= 3) {
             reference::YCoCg const colour = reference::yCoCgFromRgb({samples[0], samples[1], samples[2]});
@@ -36,14 +36,14 @@ std::vector<Plane> planesOf(Picture const& picture) {
             samples[1] = colour.co;
             samples[2] = colour.cg;
         }
-        for (std::size_t plane = 0; plane < planes.size(); ++plane)
+        for (size_t plane = 0; plane < planes.size(); ++plane)
             planes[plane].samples.push_back(samples[plane]);
     }
     return planes;
 }
 
 void toRgb(std::vector<std::int64_t>& samples) {
-    auto const whole = [&](std::size_t k) { return static_cast<std::int32_t>(samples[k]); };
+    auto const whole = [&](size_t k) { return static_cast<std::int32_t>(samples[k]); };
     reference::Rgb const rgb = reference::rgbFromYCoCg({whole(0), whole(1), whole(2)});
     samples[0] = rgb.r;
     samples[1] = rgb.g;
@@ -68,7 +68,7 @@ Interleaved interleaved(std::vector<Plane> const& planes, std::int64_t width, st
     return all;
 }
 
-std::vector<Interleaved> storedLevels(Picture const& picture, std::size_t levels) {
+std::vector<Interleaved> storedLevels(Picture const& picture, size_t levels) {
     std::vector<Plane> planes = planesOf(picture);
     auto width = static_cast<std::int64_t>(picture.width);
     auto height = static_cast<std::int64_t>(picture.height);
@@ -85,7 +85,7 @@ std::vector<Interleaved> storedLevels(Picture const& picture, std::size_t levels
 
 } // namespace
 
-std::vector<Bytes> levelmodel::levelsOf(Picture const& picture, std::size_t levels) {
+std::vector<Bytes> levelmodel::levelsOf(Picture const& picture, size_t levels) {
     std::vector<Bytes> result;
     for (Interleaved const& samples : storedLevels(picture, levels)) {
         Bytes& bytes = result.emplace_back();
@@ -95,7 +95,7 @@ std::vector<Bytes> levelmodel::levelsOf(Picture const& picture, std::size_t leve
     return result;
 }
 
-std::vector<std::vector<std::uint16_t>> levelmodel::codesOf(Picture const& picture, std::size_t levels) {
+std::vector<std::vector<std::uint16_t>> levelmodel::codesOf(Picture const& picture, size_t levels) {
     std::vector<std::vector<std::uint16_t>> result;
     for (Interleaved const& samples : storedLevels(picture, levels)) {
         auto& codes = result.emplace_back();

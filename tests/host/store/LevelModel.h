@@ -10,14 +10,14 @@
 namespace levelmodel {
 
 /// Lowest bits of a 16-bit sample that its store leaves outside the wavelet, where the coefficients of the rest fit.
-constexpr std::size_t kResidualBits = 3;
+constexpr size_t kResidualBits = 3;
 
 /// The picture at level 0, 1, ... `levels`, interleaved bytes: each level has half the samples of the one before,
 /// rounded up.
-std::vector<std::vector<std::uint8_t>> levelsOf(testpictures::Picture const& picture, std::size_t levels);
+std::vector<std::vector<std::uint8_t>> levelsOf(testpictures::Picture const& picture, size_t levels);
 
 /// The same of a picture of 16 bits, as codes of 16 bits: those of coarser levels, which know of the upper bits only,
 /// have lower bits of 0 and end where the picture's do.
-std::vector<std::vector<std::uint16_t>> codesOf(testpictures::Picture const& picture, std::size_t levels);
+std::vector<std::vector<std::uint16_t>> codesOf(testpictures::Picture const& picture, size_t levels);
 
 } // namespace levelmodel

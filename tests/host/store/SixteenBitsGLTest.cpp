@@ -39,13 +39,13 @@ std::vector<Steps> const& allSteps() {
 }
 
 // Several tiles of 512 in each direction, of which the last are small.
-constexpr std::size_t kMostPixels = 700;
+constexpr size_t kMostPixels = 700;
 
 Picture upperBytesOf(Picture const& picture) {
     Picture upper = picture;
     upper.bits = 8;
     upper.bytes.clear();
-    for (std::size_t i = 0; i < picture.bytes.size(); i += 2) {
+    for (size_t i = 0; i < picture.bytes.size(); i += 2) {
         std::uint16_t sample = 0;
         std::memcpy(&sample, &picture.bytes[i], 2);
         upper.bytes.push_back(static_cast<std::uint8_t>(sample >> 8U));
@@ -53,9 +53,9 @@ Picture upperBytesOf(Picture const& picture) {
     return upper;
 }
 
-Bytes crop(Bytes const& bytes, std::size_t width, std::size_t bands, Region const& region) {
+Bytes crop(Bytes const& bytes, size_t width, size_t bands, Region const& region) {
     Bytes out;
-    for (std::size_t y = region.y; y < region.y + region.height; ++y) {
+    for (size_t y = region.y; y < region.y + region.height; ++y) {
         auto const row = bytes.begin() + static_cast<std::ptrdiff_t>((y * width + region.x) * bands);
         out.insert(out.end(), row, row + static_cast<std::ptrdiff_t>(region.width * bands));
     }
@@ -63,14 +63,14 @@ Bytes crop(Bytes const& bytes, std::size_t width, std::size_t bands, Region cons
 }
 
 template <class Renderer>
-Bytes drawn(Renderer&& renderer, PixelSource& source, Region const& region, std::size_t bands) {
+Bytes drawn(Renderer&& renderer, PixelSource& source, Region const& region, size_t bands) {
     Bytes bytes;
     renderer.render(
         source, region,
-        [&](std::uint8_t const* rows, std::size_t count) {
+        [&](std::uint8_t const* rows, size_t count) {
             bytes.insert(bytes.end(), rows, rows + count * region.width * bands);
         },
-        [](std::size_t, std::size_t) {});
+        [](size_t, size_t) {});
     return bytes;
 }
 
@@ -78,14 +78,14 @@ class SixteenBitsGLTest : public StoreRendererFixture {
 protected:
     // As `velmora render` draws a file: without steps from its upper bytes.
     Bytes ofFile(Picture const& picture, Steps const& steps, Region const& region) const {
-        std::size_t const bands = EnhancedRenderer::bandsOf(picture.bands, steps);
+        size_t const bands = EnhancedRenderer::bandsOf(picture.bands, steps);
         if (!steps.empty())
             return drawn(EnhancedRenderer(instance_, steps), *testpictures::source(picture), region, bands);
         return drawn(RegionRenderer(instance_, 256), *testpictures::source(upperBytesOf(picture)), region, bands);
     }
 
     // At zoom 1.
-    Bytes ofWindow(Steps const& steps, Region const& region, std::size_t bands) const {
+    Bytes ofWindow(Steps const& steps, Region const& region, size_t bands) const {
         PictureView view(instance_, path(), {});
         view.enhance(steps);
         view.show({Zoom(), static_cast<std::int64_t>(region.x), static_cast<std::int64_t>(region.y), region.width,
@@ -103,9 +103,9 @@ protected:
         Region const whole = {0, 0, picture.width, picture.height};
         Region const part = {picture.width / 3, picture.height / 4, (picture.width + 1) / 2, (picture.height + 1) / 2};
         for (Steps const& steps : all) {
-            std::size_t const bands = EnhancedRenderer::bandsOf(picture.bands, steps);
+            size_t const bands = EnhancedRenderer::bandsOf(picture.bands, steps);
             Bytes const file = ofFile(picture, steps, whole);
-            std::size_t const kind = steps.empty() ? 0 : steps.front().index() + 1;
+            size_t const kind = steps.empty() ? 0 : steps.front().index() + 1;
             EXPECT_TRUE(rendered(0, whole, steps) == file) << "steps " << kind << ": the store";
             EXPECT_TRUE(ofWindow(steps, whole, bands) == file) << "steps " << kind << ": the window";
             Bytes const wanted = crop(file, picture.width, bands, part);
@@ -120,7 +120,7 @@ protected:
     // A picture that holds a level's codes itself.
     void expectLevelsLikePictures(Picture const& picture, StoreInfo const& info, Steps const& steps) const {
         auto const codes = levelmodel::codesOf(picture, info.levels);
-        for (std::size_t level = 0; level <= info.levels; ++level) {
+        for (size_t level = 0; level <= info.levels; ++level) {
             Picture of = {
                 ((picture.width - 1) >> level) + 1, ((picture.height - 1) >> level) + 1, picture.bands, 16, {}};
             of.bytes.resize(2 * codes[level].size());
@@ -142,28 +142,27 @@ protected:
     }
 
     // What a TIFF of the store holds.
-    Codes ofStore(Zoom const& zoom, Region const& region, std::size_t bands) const {
+    Codes ofStore(Zoom const& zoom, Region const& region, size_t bands) const {
         StoreRenderer renderer(instance_, path(), {}, {}, 16);
         Bytes bytes;
         renderer.render(
             zoom, false, region,
-            [&](std::uint8_t const* rows, std::size_t count) {
+            [&](std::uint8_t const* rows, size_t count) {
                 bytes.insert(bytes.end(), rows, rows + 2 * count * region.width * bands);
             },
-            [](std::size_t, std::size_t) {});
+            [](size_t, size_t) {});
         return codesOf(bytes);
     }
 
     // The nearest samples of a level in plain memory.
-    static Codes expected(Codes const& level, std::size_t width, std::size_t bands, Zoom const& zoom,
-                          Region const& region) {
+    static Codes expected(Codes const& level, size_t width, size_t bands, Zoom const& zoom, Region const& region) {
         double const samplesPerPixel = static_cast<double>(zoom.samples()) / static_cast<double>(zoom.pixels());
-        auto const sampleAt = [&](std::size_t pixel) {
-            return static_cast<std::size_t>(std::floor((static_cast<double>(pixel) + 0.5) * samplesPerPixel));
+        auto const sampleAt = [&](size_t pixel) {
+            return static_cast<size_t>(std::floor((static_cast<double>(pixel) + 0.5) * samplesPerPixel));
         };
         Codes codes;
-        for (std::size_t y = region.y; y < region.y + region.height; ++y) {
-            for (std::size_t x = region.x; x < region.x + region.width; ++x) {
+        for (size_t y = region.y; y < region.y + region.height; ++y) {
+            for (size_t x = region.x; x < region.x + region.width; ++x) {
                 auto const* const pixel = &level[(sampleAt(y) * width + sampleAt(x)) * bands];
                 codes.insert(codes.end(), pixel, pixel + bands);
             }
@@ -182,10 +181,10 @@ std::vector<Format> sixteenBitFormats() {
 }
 
 // All codes, in rows of 256.
-Picture everyCode(std::size_t bands) {
+Picture everyCode(size_t bands) {
     Picture picture = {256, 256, bands, 16, {}};
     for (unsigned code = 0; code < 65536; ++code) {
-        for (std::size_t band = 0; band < bands; ++band) {
+        for (size_t band = 0; band < bands; ++band) {
             auto const sample = static_cast<std::uint16_t>(band == 1 ? 65535 - code : code);
             picture.bytes.push_back(static_cast<std::uint8_t>(sample & 0xFFU));
             picture.bytes.push_back(static_cast<std::uint8_t>(sample >> 8U));
@@ -209,7 +208,7 @@ TEST_P(SixteenBitFormatsGLTest, FileStoreWindowAndRegionShowTheSame) {
     ASSERT_EQ(picture.bits, 16U);
     import(picture, 128);
     // Each of the others in turn.
-    std::size_t const other = 1 + std::hash<std::string>()(GetParam().name) % (allSteps().size() - 1);
+    size_t const other = 1 + std::hash<std::string>()(GetParam().name) % (allSteps().size() - 1);
     std::vector<Steps> const some = {{}, allSteps()[other]};
     expectOneRule(picture, isLongRun() ? allSteps() : some);
     // What the reader itself makes of the file.
@@ -222,7 +221,7 @@ TEST_P(SixteenBitFormatsGLTest, FileStoreWindowAndRegionShowTheSame) {
 }
 
 TEST_F(SixteenBitsGLTest, EveryCodeIsShownAlike) {
-    for (std::size_t const bands : {1U, 3U}) {
+    for (size_t const bands : {1U, 3U}) {
         Picture const picture = everyCode(bands);
         EXPECT_EQ(import(picture, 64).residualBits, 3U);
         expectOneRule(picture, allSteps());
@@ -230,7 +229,7 @@ TEST_F(SixteenBitsGLTest, EveryCodeIsShownAlike) {
 }
 
 TEST_F(SixteenBitsGLTest, NoiseOfAnyBandsIsShownAlike) {
-    for (std::size_t bands = 1; bands <= 4; ++bands) {
+    for (size_t bands = 1; bands <= 4; ++bands) {
         Picture const picture = testpictures::picture(550, 61, bands, 16, Content::Noise);
         import(picture, 64);
         expectOneRule(picture, bands == 4 ? allSteps() : std::vector<Steps>{{}, allSteps()[2], allSteps()[5]});
@@ -252,7 +251,7 @@ TEST_F(SixteenBitsGLTest, EnhancementsMeanTheSameAtEveryLevel) {
 }
 
 TEST_F(SixteenBitCodesGLTest, AFileKeepsEverySample) {
-    for (std::size_t bands = 1; bands <= 4; ++bands) {
+    for (size_t bands = 1; bands <= 4; ++bands) {
         Picture const picture = testpictures::picture(301, 67, bands, 16, Content::Noise);
         for (Region const& region : {Region{0, 0, 301, 67}, Region{11, 3, 57, 41}, Region{300, 66, 1, 1}}) {
             Bytes const bytes = drawn(RegionRenderer(instance_, 32), *testpictures::source(picture), region, 2 * bands);
@@ -268,7 +267,7 @@ TEST_F(SixteenBitCodesGLTest, BlocksOfAFileStandSideBySide) {
 }
 
 TEST_F(SixteenBitCodesGLTest, AStoreKeepsEverySampleAtItsOwnSize) {
-    for (std::size_t bands = 1; bands <= 4; ++bands) {
+    for (size_t bands = 1; bands <= 4; ++bands) {
         Picture const picture = testpictures::picture(571, 130, bands, 16, Content::Noise);
         import(picture, 32);
         Codes const all = codesOf(picture.bytes);
@@ -288,7 +287,7 @@ TEST_F(SixteenBitCodesGLTest, AStoreGivesTheNearestSamplesAtAnyZoom) {
     for (double const number : {2.0, 0.9, 0.7, 0.5, 0.3, 0.25, 0.0625}) {
         Zoom const zoom = Zoom::nearest(number, info.levels);
         Size const all = leveltile::pixelExtent(info, zoom);
-        std::size_t const width = leveltile::levelExtent(info, zoom.level()).width;
+        size_t const width = leveltile::levelExtent(info, zoom.level()).width;
         Region const region = {all.width / 5, all.height / 7, all.width - all.width / 5, all.height - all.height / 7};
         EXPECT_TRUE(ofStore(zoom, region, 4) == expected(levels[zoom.level()], width, 4, zoom, region)) << number;
     }

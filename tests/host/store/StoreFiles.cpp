@@ -104,7 +104,7 @@ std::string storefiles::unfinishedChange(std::string const& path, std::string co
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::string storefiles::withBit(std::string file, std::size_t bit) {
+std::string storefiles::withBit(std::string file, size_t bit) {
     file[bit / 8] = static_cast<char>(file[bit / 8] ^ 1 << bit % 8);
     return file;
 }

@@ -22,6 +22,6 @@ std::string unfinishedChange(std::string const& path, std::string const& mode, s
                              std::string const& suffix);
 
 /// The file's bytes with one bit flipped: bit 0 is the lowest of the first byte.
-std::string withBit(std::string file, std::size_t bit);
+std::string withBit(std::string file, size_t bit);
 
 } // namespace storefiles

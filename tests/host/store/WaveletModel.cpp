@@ -35,7 +35,7 @@ std::int64_t coefficient(Signal const& x, Kind kind, std::int64_t i) {
 } // namespace
 
 std::int64_t waveletmodel::Plane::at(std::int64_t x, std::int64_t y) const {
-    return samples.at(static_cast<std::size_t>(mirrored(y, height) * width + mirrored(x, width)));
+    return samples.at(static_cast<size_t>(mirrored(y, height) * width + mirrored(x, width)));
 }
 
 Plane waveletmodel::band(Plane const& plane, Kind alongX, Kind alongY, std::int64_t columns, std::int64_t rows) {

@@ -8,7 +8,7 @@
 
 namespace {
 
-Camera camera(std::size_t width, std::size_t height, Size const& frame = {800, 600}) {
+Camera camera(size_t width, size_t height, Size const& frame = {800, 600}) {
     return {storeInfoOf(width, height), frame};
 }
 
@@ -200,11 +200,11 @@ TEST(CameraTest, BesideThePictureThereIsNoPixel) {
 }
 
 TEST(CameraTest, TheLastPixelIsWithinThePicture) {
-    for (std::size_t const width : {1u, 2u, 3u, 1021u, 1023u, 1025u}) {
+    for (size_t const width : {1u, 2u, 3u, 1021u, 1023u, 1025u}) {
         Camera c = camera(width, 77, {90, 90});
         c.fit();
         View const view = c.view();
-        for (std::size_t x = 0; x < c.size().width; ++x) {
+        for (size_t x = 0; x < c.size().width; ++x) {
             auto const pixel = c.pixelAt({static_cast<double>(static_cast<std::int64_t>(x) - view.x), 45});
             ASSERT_TRUE(pixel);
             EXPECT_LT(pixel->x, width);

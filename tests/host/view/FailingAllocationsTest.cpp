@@ -47,8 +47,8 @@ protected:
     // Lets the first, the second, ... `new` of the work fail, until none of it is left to fail. `check` after each.
     // Without VELMORA_LONG many of them are left out: all of the first ones are there.
     static void expectUnharmed(Work const& work, Threads threads, Work const& check) {
-        std::size_t failures = 0;
-        for (std::size_t n = 1;; n += isLongRun() ? 1 : n / 80 + 1) {
+        size_t failures = 0;
+        for (size_t n = 1;; n += isLongRun() ? 1 : n / 80 + 1) {
             bool const failed = fails(work, n, threads);
             bool const done = failing_allocations::stop() < n;
             failures += failed ? 1U : 0U;
@@ -61,7 +61,7 @@ protected:
         }
     }
 
-    static bool fails(Work const& work, std::size_t n, Threads threads) {
+    static bool fails(Work const& work, size_t n, Threads threads) {
         failing_allocations::failAt(n, threads);
         try {
             work();
@@ -98,8 +98,8 @@ protected:
     void render(Renderer&& renderer) const {
         auto const source = testpictures::source(picture_);
         renderer.render(
-            *source, {0, 0, picture_.width, picture_.height}, [](std::uint8_t const*, std::size_t) {},
-            [](std::size_t, std::size_t) {});
+            *source, {0, 0, picture_.width, picture_.height}, [](std::uint8_t const*, size_t) {},
+            [](size_t, size_t) {});
     }
 
     std::string path() const { return folder_.path("a.vlm"); }
@@ -115,7 +115,7 @@ protected:
 TEST_F(FailingAllocationsTest, RegionsOfPictures) {
     picture_ = testpictures::picture(90, 70, 3, 8, Content::Noise);
     auto const gl = instance();
-    std::size_t const before = null_gl::livingObjects();
+    size_t const before = null_gl::livingObjects();
     auto const work = [&] { render(RegionRenderer(gl, 32)); };
     expectUnharmed(work, Threads::This, [&] {
         work();
@@ -125,7 +125,7 @@ TEST_F(FailingAllocationsTest, RegionsOfPictures) {
 
 TEST_F(FailingAllocationsTest, EnhancedRegionsOfPictures) {
     auto const gl = instance();
-    std::size_t const before = null_gl::livingObjects();
+    size_t const before = null_gl::livingObjects();
     auto const work = [&] { render(EnhancedRenderer(gl, steps())); };
     expectUnharmed(work, Threads::This, [&] {
         work();
@@ -178,10 +178,10 @@ TEST_F(FailingAllocationsTest, RegionsOfStores) {
     auto const work = [&] {
         StoreRenderer renderer(gl, path(), {});
         renderer.render(
-            Zoom(), false, {10, 10, 40, 30}, [](std::uint8_t const*, std::size_t) {}, [](std::size_t, std::size_t) {});
+            Zoom(), false, {10, 10, 40, 30}, [](std::uint8_t const*, size_t) {}, [](size_t, size_t) {});
     };
     work(); // sets of envelopes stay in the instance's cache, those of one renderer at a time
-    std::size_t const before = null_gl::livingObjects();
+    size_t const before = null_gl::livingObjects();
     for (Threads const threads : {Threads::This, Threads::Others}) {
         expectUnharmed(work, threads, [&] {
             EXPECT_NO_THROW(work());

@@ -32,12 +32,12 @@ protected:
         for (When const when : {When::Before, When::Midway, When::After}) {
             failing_->failAt(0);
             Bytes const expected = draw();
-            std::size_t const operations = failing_->calls();
+            size_t const operations = failing_->calls();
             ASSERT_GT(operations, 5U);
-            std::size_t failures = 0;
+            size_t failures = 0;
             // Each drawing makes its programs anew: without VELMORA_LONG some operations have to do.
-            std::size_t const step = isLongRun() ? 1 : operations / 40 + 1;
-            for (std::size_t n = 1; n <= operations; n += step) {
+            size_t const step = isLongRun() ? 1 : operations / 40 + 1;
+            for (size_t n = 1; n <= operations; n += step) {
                 failures += fails(draw, n, when) ? 1U : 0U;
                 ASSERT_TRUE(draw() == expected) << "after a failure of operation " << n << " of " << operations;
             }
@@ -45,7 +45,7 @@ protected:
         }
     }
 
-    bool fails(Drawing const& draw, std::size_t n, When when) {
+    bool fails(Drawing const& draw, size_t n, When when) {
         failing_->failAt(n, when);
         bool failed = false;
         try {
@@ -63,10 +63,10 @@ protected:
         auto const source = testpictures::source(picture);
         renderer.render(
             *source, {0, 0, picture.width, picture.height},
-            [&](std::uint8_t const* rows, std::size_t count) {
+            [&](std::uint8_t const* rows, size_t count) {
                 bytes.insert(bytes.end(), rows, rows + count * picture.width * picture.bands);
             },
-            [](std::size_t, std::size_t) {});
+            [](size_t, size_t) {});
         return bytes;
     }
 
@@ -87,7 +87,7 @@ TEST_F(FailingInstanceGLTest, RegionsAreRightAfterAnyFailure) {
 TEST_F(FailingInstanceGLTest, EnhancedRegionsAreRightAfterAnyFailure) {
     std::vector<enhancement::Step> const steps = {enhancement::Sharpen{2.0}, enhancement::Truncate{1, false},
                                                   enhancement::Equalise{3.0}, enhancement::Gamma{1.2, 10, 4000}};
-    for (std::size_t const bits : {8U, 16U}) {
+    for (size_t const bits : {8U, 16U}) {
         Picture const picture = testpictures::picture(43, 35, 3, bits, Content::Noise);
         expectRightAfterAnyFailure([&] { return drawn(EnhancedRenderer(failing_, steps), picture); });
     }
@@ -101,10 +101,10 @@ TEST_F(FailingInstanceGLTest, StoresAreRightAfterAnyFailure) {
         StoreRenderer(failing_, path(), {})
             .render(
                 Zoom(), false, {0, 0, picture.width, picture.height},
-                [&](std::uint8_t const* rows, std::size_t count) {
+                [&](std::uint8_t const* rows, size_t count) {
                     bytes.insert(bytes.end(), rows, rows + count * picture.width * picture.bands);
                 },
-                [](std::size_t, std::size_t) {});
+                [](size_t, size_t) {});
         EXPECT_TRUE(bytes == picture.bytes);
         return bytes;
     });
@@ -115,7 +115,7 @@ TEST_F(FailingInstanceGLTest, TargetsAreRightAfterAnyFailure) {
     using Layout = SampleLayout;
     FilterRunner targets(failing_);
     std::vector<unsigned char> large(4 * 20 * 20);
-    for (std::size_t i = 0; i < large.size(); ++i)
+    for (size_t i = 0; i < large.size(); ++i)
         large[i] = static_cast<unsigned char>(i * 7 + 1);
     std::vector<unsigned char> const small(4 * 3 * 2, 99);
     OwnedTarget const target = targets.target(Layout::kRgba8, {20, 20});
@@ -125,7 +125,7 @@ TEST_F(FailingInstanceGLTest, TargetsAreRightAfterAnyFailure) {
     };
     EXPECT_TRUE(draw(large, {20, 20}) == large);
     for (When const when : {When::Before, When::Midway, When::After}) {
-        for (std::size_t n = 1; n <= 5; ++n) {
+        for (size_t n = 1; n <= 5; ++n) {
             EXPECT_EQ(fails([&] { return draw(large, {20, 20}); }, n, when), n != 4) << n << ", 4: the tile is erased";
             EXPECT_TRUE(draw(small, {3, 2}) == std::vector<unsigned char>(4 * 20 * 20, 99)) << n;
             fails([&] { return draw(large, {20, 20}); }, n, when);
@@ -147,7 +147,7 @@ protected:
 
     void SetUp() override {
         Picture picture = testpictures::picture(1200, 70, 1, 8, Content::Noise);
-        for (std::size_t y = 0; y < picture.height; ++y)
+        for (size_t y = 0; y < picture.height; ++y)
             std::fill_n(&picture.bytes[y * picture.width], 800, std::uint8_t{90});
         StoreInfo const info = import(picture);
         auto const levels = levelsOf(picture, info.levels);
@@ -157,7 +157,7 @@ protected:
     }
 
     // bandBytes: what the instance's cache keeps of what tiles are rebuilt from.
-    void open(std::size_t bandBytes) {
+    void open(size_t bandBytes) {
         view_.reset();
         poor_ = std::make_unique<Gles3RenderBackend>(RenderBackend::RGBA32, bandBytes);
         failing_ = std::make_shared<FailingInstance>(poor_->createInstance(context_), context_);
@@ -197,17 +197,17 @@ protected:
 // The view itself goes on after the failure. Where the bands are kept its tiles are rebuilt from the instance's cache,
 // else from the store.
 TEST_F(TwoPlacesGLTest, AViewGoesOnAfterAnyFailure) {
-    for (auto const& [bandBytes, when] : std::vector<std::pair<std::size_t, When>>{{1, When::Before},
-                                                                                   {kTileBudgetBytes, When::Before},
-                                                                                   {kTileBudgetBytes, When::Midway},
-                                                                                   {kTileBudgetBytes, When::After}}) {
+    for (auto const& [bandBytes, when] : std::vector<std::pair<size_t, When>>{{1, When::Before},
+                                                                              {kTileBudgetBytes, When::Before},
+                                                                              {kTileBudgetBytes, When::Midway},
+                                                                              {kTileBudgetBytes, When::After}}) {
         open(bandBytes);
         expectBoth();
         failing_->failAt(0);
         expectBoth();
-        std::size_t const operations = failing_->calls();
+        size_t const operations = failing_->calls();
         ASSERT_GT(operations, 100U);
-        for (std::size_t n = 1; n <= operations; ++n) {
+        for (size_t n = 1; n <= operations; ++n) {
             SCOPED_TRACE(std::to_string(n) + " of " + std::to_string(operations) + " fails");
             failing_->failAt(n, when);
             showBoth([&] { failing_->failAt(0); });
@@ -220,10 +220,10 @@ TEST_F(TwoPlacesGLTest, AViewGoesOnAfterAnyFailure) {
 TEST_F(TwoPlacesGLTest, AViewGoesOnAfterAnyFailureOfAnAllocation) {
     open(kTileBudgetBytes);
     expectBoth();
-    std::size_t failures = 0;
-    for (std::size_t n = 1;; n += isLongRun() ? 1 : n / 100 + 1) {
+    size_t failures = 0;
+    for (size_t n = 1;; n += isLongRun() ? 1 : n / 100 + 1) {
         SCOPED_TRACE("allocation " + std::to_string(n) + " fails");
-        std::size_t reached = 0;
+        size_t reached = 0;
         failing_allocations::failAt(n);
         failures += showBoth([&] { reached = std::max(reached, failing_allocations::stop()); }) ? 1U : 0U;
         expectBoth();

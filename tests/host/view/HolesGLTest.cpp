@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::size_t kSide = leveltile::kSide;
+constexpr size_t kSide = leveltile::kSide;
 
 class HolesGLTest : public PictureViewFixture {
 protected:
@@ -40,12 +40,12 @@ protected:
 
     // The frame, but for the pixels whose samples of the view's level lie in a hole: those are striped.
     static Bytes striped(Bytes frame, View const& view, Region const& hole) {
-        for (std::size_t y = 0; y < view.height; ++y) {
-            for (std::size_t x = 0; x < view.width; ++x) {
-                auto const pixelX = static_cast<std::size_t>(view.x) + x;
-                auto const pixelY = static_cast<std::size_t>(view.y) + y;
-                std::size_t const column = view.zoom.sampleAt(pixelX);
-                std::size_t const row = view.zoom.sampleAt(pixelY);
+        for (size_t y = 0; y < view.height; ++y) {
+            for (size_t x = 0; x < view.width; ++x) {
+                auto const pixelX = static_cast<size_t>(view.x) + x;
+                auto const pixelY = static_cast<size_t>(view.y) + y;
+                size_t const column = view.zoom.sampleAt(pixelX);
+                size_t const row = view.zoom.sampleAt(pixelY);
                 if (column < hole.x || column >= hole.x + hole.width || row < hole.y || row >= hole.y + hole.height)
                     continue;
                 bool const dark = (pixelX + pixelY) / 8 % 2 == 0;
@@ -58,7 +58,7 @@ protected:
     }
 };
 
-Region tileAt(std::size_t column, std::size_t row) {
+Region tileAt(size_t column, size_t row) {
     return {column * kSide, row * kSide, kSide, kSide};
 }
 
@@ -120,12 +120,9 @@ TEST_F(HolesGLTest, WithoutTheCoarsestLevelAllIsAHole) {
     auto const shown = view();
     for (double const zoom : {1.0, 0.05}) {
         Zoom const at = Zoom::nearest(zoom, info.levels);
-        View const within = {at,
-                             0,
-                             0,
-                             std::min<std::size_t>(30, shown->sizeAt(at).width),
-                             std::min<std::size_t>(20, shown->sizeAt(at).height),
-                             false};
+        View const within = {
+            at,   0, 0, std::min<size_t>(30, shown->sizeAt(at).width), std::min<size_t>(20, shown->sizeAt(at).height),
+            false};
         EXPECT_TRUE(completed(*shown, within) ==
                     striped(Bytes(4 * within.width * within.height), within, {0, 0, 700, 300}));
     }
@@ -167,8 +164,7 @@ TEST_F(HolesGLTest, DamagedResidualBitsAreHolesWhereTheyAreNeeded) {
     EXPECT_TRUE(shown->hasHoles());
     EXPECT_THROW(StoreRenderer(instance_, path(), {}, {}, 16)
                      .render(
-                         Zoom(), false, {0, 0, 1100, 300}, [](std::uint8_t const*, std::size_t) {},
-                         [](std::size_t, std::size_t) {}),
+                         Zoom(), false, {0, 0, 1100, 300}, [](std::uint8_t const*, size_t) {}, [](size_t, size_t) {}),
                  HostError);
 }
 
@@ -184,7 +180,7 @@ TEST_F(HolesGLTest, HolesAreOpaque) {
 // Which places have data is not known then: all are read.
 TEST_F(HolesGLTest, ADamagedIndexOfPlacesChangesNoPixel) {
     Picture picture = testpictures::picture(1300, 700, 1, 8, Content::Flat);
-    for (std::size_t i = 0; i < 300; ++i)
+    for (size_t i = 0; i < 300; ++i)
         picture.bytes[400 * 1300 + 700 + i] = static_cast<std::uint8_t>(i);
     StoreInfo const info = import(picture);
     auto const levels = levelsOf(picture, info.levels);

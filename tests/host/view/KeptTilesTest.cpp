@@ -6,14 +6,14 @@
 
 namespace {
 
-LevelTile tile(std::size_t column) {
+LevelTile tile(size_t column) {
     return {0, column, 0};
 }
 
 struct FiveTilesOfTen : KeptTiles<int> {
     FiveTilesOfTen() {
         for (int i = 0; i < 5; ++i)
-            keep(tile(static_cast<std::size_t>(i)), int(i), 10);
+            keep(tile(static_cast<size_t>(i)), int(i), 10);
     }
 };
 

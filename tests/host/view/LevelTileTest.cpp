@@ -16,8 +16,8 @@ bool within(Region const& inner, Region const& outer) {
 // What makes a tile independent of its neighbours.
 TEST(LevelTileTest, WhatATileIsRebuiltFromLiesInOneTileOfTheNextLevel) {
     for (auto const& [width, height] : {std::pair{1, 1}, {511, 512}, {513, 1025}, {5000, 1}, {1, 5000}, {4099, 7001}}) {
-        StoreInfo const info = storeInfoOf(static_cast<std::size_t>(width), static_cast<std::size_t>(height));
-        for (std::size_t level = 0; level < info.levels; ++level) {
+        StoreInfo const info = storeInfoOf(static_cast<size_t>(width), static_cast<size_t>(height));
+        for (size_t level = 0; level < info.levels; ++level) {
             Size const extent = leveltile::levelExtent(info, level);
             for (LevelTile const& tile : leveltile::over(level, {0, 0, extent.width, extent.height})) {
                 Region const parent = leveltile::planeRegion(info, leveltile::parent(tile));
@@ -30,7 +30,7 @@ TEST(LevelTileTest, WhatATileIsRebuiltFromLiesInOneTileOfTheNextLevel) {
 
 TEST(LevelTileTest, BandsGiveAtLeastTheTilesSamples) {
     StoreInfo const info = storeInfoOf(4099, 7001);
-    for (std::size_t level = 0; level < info.levels; ++level) {
+    for (size_t level = 0; level < info.levels; ++level) {
         Size const extent = leveltile::levelExtent(info, level);
         for (LevelTile const& tile : leveltile::over(level, {0, 0, extent.width, extent.height})) {
             Region const bands = leveltile::bandRegion(info, tile);

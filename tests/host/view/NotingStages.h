@@ -29,17 +29,17 @@ public:
     std::set<LevelTile> enhanced;
     std::set<LevelTile> residuals;
     std::deque<std::unique_ptr<LoadedTile>> finished;
-    std::size_t trimmedRebuiltTo = 0;
-    std::size_t trimmedEnhancedTo = 0;
+    size_t trimmedRebuiltTo = 0;
+    size_t trimmedEnhancedTo = 0;
     std::set<LevelTile> keptRebuilt;
     std::set<LevelTile> keptEnhanced;
-    std::size_t timesFreed = 0;
+    size_t timesFreed = 0;
     // What a test says.
     std::set<LevelTile> empty;
     std::set<LevelTile> cached;
     bool residualsNeeded = false;         ///< to enhance tiles of level 0
-    std::size_t bytesEnhanced = 0;        ///< of all enhanced tiles
-    std::size_t bytesTrimmed = 0;         ///< by each trimRebuilt()
+    size_t bytesEnhanced = 0;             ///< of all enhanced tiles
+    size_t bytesTrimmed = 0;              ///< by each trimRebuilt()
     std::function<void(char const*)> pre; ///< called first by what may fail, with its name
 
     std::vector<std::string> jobNames() const {
@@ -54,7 +54,7 @@ public:
         auto const names = jobNames();
         auto const place = std::find(names.begin(), names.end(), name) - names.begin();
         finished.push_back(std::make_unique<LoadedTile>());
-        finished.back()->job = jobs.at(static_cast<std::size_t>(place));
+        finished.back()->job = jobs.at(static_cast<size_t>(place));
         finished.back()->failure = failure;
         jobs.erase(jobs.begin() + place);
     }
@@ -81,7 +81,7 @@ public:
         finished.pop_front();
         return tile;
     }
-    std::size_t loading() const override { return jobs.size() + finished.size(); }
+    size_t loading() const override { return jobs.size() + finished.size(); }
 
     bool isRebuilt(LevelTile const& tile) const override { return rebuilt.count(tile) != 0; }
     bool hasBands(LevelTile const& tile) const override { return cached.count(tile) != 0; }
@@ -108,17 +108,17 @@ public:
         enhanced.insert(tile);
     }
 
-    std::size_t trimRebuilt(std::size_t bytes, std::set<LevelTile> const& needed) override {
+    size_t trimRebuilt(size_t bytes, std::set<LevelTile> const& needed) override {
         trimmedRebuiltTo = bytes;
         keptRebuilt = needed;
         return bytesTrimmed;
     }
-    std::size_t trimEnhanced(std::size_t bytes, std::set<LevelTile> const& needed) override {
+    size_t trimEnhanced(size_t bytes, std::set<LevelTile> const& needed) override {
         trimmedEnhancedTo = bytes;
         keptEnhanced = needed;
         return 0;
     }
-    std::size_t enhancedBytes() const override { return bytesEnhanced; }
+    size_t enhancedBytes() const override { return bytesEnhanced; }
     void freeTrimmed() override { ++timesFreed; }
 
 private:

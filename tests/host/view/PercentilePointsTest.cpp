@@ -13,7 +13,7 @@
 namespace {
 
 // A picture of 16 bits whose pixels all have a value, apart from a part of its rows at the top.
-testpictures::Picture twoValues(std::size_t side, std::size_t rowsOfFirst, std::uint16_t first, std::uint16_t second) {
+testpictures::Picture twoValues(size_t side, size_t rowsOfFirst, std::uint16_t first, std::uint16_t second) {
     testpictures::Picture picture;
     picture.width = side;
     picture.height = side;

@@ -8,10 +8,10 @@
 using testpictures::Picture;
 using namespace std::chrono_literals;
 
-std::vector<pictureview::Level> pictureview::levelsOf(Picture const& picture, std::size_t levels) {
+std::vector<pictureview::Level> pictureview::levelsOf(Picture const& picture, size_t levels) {
     auto const all = levelmodel::levelsOf(picture, levels);
     std::vector<Level> result;
-    for (std::size_t level = 0; level < all.size(); ++level)
+    for (size_t level = 0; level < all.size(); ++level)
         result.push_back(
             {((picture.width - 1) >> level) + 1, ((picture.height - 1) >> level) + 1, picture.bands, all[level]});
     return result;
@@ -21,8 +21,8 @@ std::vector<std::uint8_t> pictureview::frameOf(std::vector<Level> const& levels,
     Level const& level = levels.at(view.zoom.level());
     double const samplesPerPixel = static_cast<double>(view.zoom.samples()) / static_cast<double>(view.zoom.pixels());
     std::vector<std::uint8_t> frame;
-    for (std::size_t y = 0; y < view.height; ++y) {
-        for (std::size_t x = 0; x < view.width; ++x) {
+    for (size_t y = 0; y < view.height; ++y) {
+        for (size_t x = 0; x < view.width; ++x) {
             double const column =
                 std::floor((static_cast<double>(view.x) + static_cast<double>(x) + 0.5) * samplesPerPixel);
             double const row =
@@ -34,8 +34,7 @@ std::vector<std::uint8_t> pictureview::frameOf(std::vector<Level> const& levels,
                 continue;
             }
             std::uint8_t const* const pixel =
-                &level.bytes[(static_cast<std::size_t>(row) * level.width + static_cast<std::size_t>(column)) *
-                             level.bands];
+                &level.bytes[(static_cast<size_t>(row) * level.width + static_cast<size_t>(column)) * level.bands];
             bool const grey = level.bands <= 2;
             bool const alpha = level.bands == 2 || level.bands == 4;
             frame.insert(frame.end(), {pixel[0], pixel[grey ? 0 : 1], pixel[grey ? 0 : 2],
@@ -45,9 +44,9 @@ std::vector<std::uint8_t> pictureview::frameOf(std::vector<Level> const& levels,
     return frame;
 }
 
-std::size_t pictureview::backgroundPixels(std::vector<std::uint8_t> const& frame) {
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < frame.size(); i += 4)
+size_t pictureview::backgroundPixels(std::vector<std::uint8_t> const& frame) {
+    size_t count = 0;
+    for (size_t i = 0; i < frame.size(); i += 4)
         count += std::equal(kBackground.begin(), kBackground.end(), &frame[i]) ? 1U : 0U;
     return count;
 }
@@ -57,7 +56,7 @@ std::string pictureview::describe(View const& view) {
            std::to_string(view.height) + " at " + std::to_string(view.x) + "," + std::to_string(view.y);
 }
 
-StoreInfo PictureViewFixture::import(Picture const& picture, std::size_t tileSize) const {
+StoreInfo PictureViewFixture::import(Picture const& picture, size_t tileSize) const {
     ImportOptions options;
     options.tileSize = tileSize;
     options.replace = true;
@@ -89,7 +88,7 @@ View PictureViewFixture::randomView(StoreInfo const& info) {
     view.zoom = Zoom::nearest(zoom, info.levels);
     view.width = 1 + random_() % 200;
     view.height = 1 + random_() % 150;
-    auto const place = [&](std::size_t length, std::size_t frame) {
+    auto const place = [&](size_t length, size_t frame) {
         auto const all = static_cast<std::int64_t>(static_cast<double>(length) * view.zoom.value());
         auto const margin = static_cast<std::int64_t>(frame / 2);
         return std::uniform_int_distribution<std::int64_t>(-margin, std::max(all - margin, -margin))(random_);

@@ -21,18 +21,18 @@ namespace pictureview {
 constexpr std::array<std::uint8_t, 3> kBackground = {255, 0, 255};
 
 struct Level {
-    std::size_t width;
-    std::size_t height;
-    std::size_t bands;
+    size_t width;
+    size_t height;
+    size_t bands;
     std::vector<std::uint8_t> bytes;
 };
 
-std::vector<Level> levelsOf(testpictures::Picture const& picture, std::size_t levels);
+std::vector<Level> levelsOf(testpictures::Picture const& picture, size_t levels);
 
 /// RGBA pixels, each the sample where its middle lies.
 std::vector<std::uint8_t> frameOf(std::vector<Level> const& levels, View const& view);
 
-std::size_t backgroundPixels(std::vector<std::uint8_t> const& frame);
+size_t backgroundPixels(std::vector<std::uint8_t> const& frame);
 
 /// For messages.
 std::string describe(View const& view);
@@ -44,7 +44,7 @@ class PictureViewFixture : public testing::Test {
 protected:
     using Bytes = std::vector<std::uint8_t>;
 
-    StoreInfo import(testpictures::Picture const& picture, std::size_t tileSize = 64) const;
+    StoreInfo import(testpictures::Picture const& picture, size_t tileSize = 64) const;
 
     static PictureView::Options options();
     static Bytes completed(PictureView& view);
@@ -55,7 +55,7 @@ protected:
 
     std::string path() const { return folder_.path("a.vlm"); }
 
-    static constexpr std::size_t kTileBudgetBytes = 64 * 1000 * 1000;
+    static constexpr size_t kTileBudgetBytes = 64 * 1000 * 1000;
 
     std::mt19937 random_{20};
     TemporaryFolder folder_;

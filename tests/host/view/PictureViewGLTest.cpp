@@ -43,8 +43,8 @@ TEST_F(PictureViewGLTest, AnyZoomAndPlaceShowsTheNearestSamplesWithoutASeam) {
 }
 
 TEST_F(PictureViewGLTest, AnyBandsAndBitsAreShown) {
-    for (std::size_t bands = 1; bands <= 4; ++bands) {
-        for (std::size_t const bits : {8U, 16U}) {
+    for (size_t bands = 1; bands <= 4; ++bands) {
+        for (size_t const bits : {8U, 16U}) {
             Picture const picture = testpictures::picture(211, 157, bands, bits, Content::Noise);
             StoreInfo const info = import(picture);
             auto const levels = levelsOf(picture, info.levels);
@@ -81,7 +81,7 @@ TEST_F(PictureViewGLTest, OnceAFrameWasShownNoBackgroundIsWithinThePicture) {
     EXPECT_EQ(backgroundPixels(view.pixels()), 200U * 150U) << "nothing is there yet";
     while (!view.advance(0ms))
         view.wait(50ms);
-    std::size_t frames = 0;
+    size_t frames = 0;
     for (int step = 0; step < 12; ++step) {
         wanted.x += 70;
         wanted.y += 50;
@@ -118,11 +118,11 @@ TEST_F(PictureViewGLTest, WhatIsNotThereYetIsTheCoarserLevelEnlarged) {
     Picture const picture = testpictures::picture(2600, 2300, 3, 8, Content::Noise);
     StoreInfo const info = import(picture, 256);
     auto const levels = levelsOf(picture, info.levels);
-    auto const enlarged = [&](std::size_t level) {
+    auto const enlarged = [&](size_t level) {
         Level result{levels[level].width, levels[level].height, 3, {}};
-        std::size_t const halvings = 2 - level;
-        for (std::size_t y = 0; y < result.height; ++y)
-            for (std::size_t x = 0; x < result.width; ++x) {
+        size_t const halvings = 2 - level;
+        for (size_t y = 0; y < result.height; ++y)
+            for (size_t x = 0; x < result.width; ++x) {
                 auto const* const sample = &levels[2].bytes[3 * ((y >> halvings) * levels[2].width + (x >> halvings))];
                 result.bytes.insert(result.bytes.end(), sample, sample + 3);
             }
@@ -164,11 +164,11 @@ TEST_F(PictureViewGLTest, SmallestBudgetsGiveTheSamePixels) {
 
 TEST_F(PictureViewGLTest, TilesBeyondTheBudgetGo) {
     import(testpictures::picture(1600, 1600, 1, 8, Content::Ramp), 256);
-    auto const mostBytes = [&](std::size_t budget) {
+    auto const mostBytes = [&](size_t budget) {
         PictureView::Options limited = options();
         limited.gpuBytes = budget;
         PictureView view(instance_, path(), limited);
-        std::size_t most = 0;
+        size_t most = 0;
         for (std::int64_t const x : {100, 700, 1200, 1550}) {
             completed(view, {Zoom(), x, x, 20, 20, false});
             most = std::max(most, view.statistics().gpuBytes);
@@ -177,7 +177,7 @@ TEST_F(PictureViewGLTest, TilesBeyondTheBudgetGo) {
     };
     // Each of these frames needs one tile of each of four levels: 516 x 516 samples of two bytes, 512 x 512 texels of
     // four.
-    constexpr std::size_t kFrame = 4 * (516 * 516 * 2 + 512 * 512 * 4);
+    constexpr size_t kFrame = 4 * (516 * 516 * 2 + 512 * 512 * 4);
     EXPECT_LE(mostBytes(1), kFrame);
     EXPECT_GT(mostBytes(256 * 1000 * 1000), kFrame) << "there is no budget to exceed";
 }
@@ -206,7 +206,7 @@ TEST_F(PictureViewGLTest, EnhancementsAreThoseOfTheWholeLevel) {
     std::vector<enhancement::Step> const steps = {enhancement::Equalise{3.0}, enhancement::Sharpen{0.5}};
     PictureView view(instance_, path(), options());
     auto levels = levelsOf(picture, info.levels);
-    for (std::size_t const level : {0U, 1U}) {
+    for (size_t const level : {0U, 1U}) {
         Level& whole = levels[level];
         Picture const plain = {whole.width, whole.height, 3, 8, whole.bytes};
         whole.bytes.clear();
@@ -214,10 +214,10 @@ TEST_F(PictureViewGLTest, EnhancementsAreThoseOfTheWholeLevel) {
         EnhancedRenderer(instance_, steps)
             .render(
                 *source, {0, 0, whole.width, whole.height},
-                [&](std::uint8_t const* rows, std::size_t count) {
+                [&](std::uint8_t const* rows, size_t count) {
                     whole.bytes.insert(whole.bytes.end(), rows, rows + count * whole.width * 3);
                 },
-                [](std::size_t, std::size_t) {});
+                [](size_t, size_t) {});
     }
     view.enhance(steps);
     for (double const zoom : {1.0, 0.5, 0.45, 2.0}) {
@@ -243,11 +243,11 @@ TEST_F(PictureViewGLTest, MoreEnhancementsThanATileHasRoomForAreShownInPieces) {
     EnhancedRenderer(instance_, steps)
         .render(
             *source, {0, 0, 600, 300},
-            [&](std::uint8_t const* rows, std::size_t count) {
-                for (std::size_t i = 0; i < count * 600; ++i)
+            [&](std::uint8_t const* rows, size_t count) {
+                for (size_t i = 0; i < count * 600; ++i)
                     expected.insert(expected.end(), {rows[i], rows[i], rows[i], 255});
             },
-            [](std::size_t, std::size_t) {});
+            [](size_t, size_t) {});
     EXPECT_TRUE(completed(view, {Zoom(), 0, 0, 600, 300, false}) == expected);
     EXPECT_THROW(view.enhance(std::vector<enhancement::Step>(9, enhancement::Equalise{2.0})), HostError);
 }
@@ -283,8 +283,8 @@ TEST_F(PictureViewGLTest, SmoothPixelsLieBetweenTheSamplesAround) {
     Zoom const zoom = Zoom::nearest(0.6, info.levels);
     double const step = static_cast<double>(zoom.samples()) / static_cast<double>(zoom.pixels());
     auto const at = [&](double x, double y) {
-        auto const clampedX = static_cast<std::size_t>(std::clamp(x, 0.0, 896.0));
-        auto const clampedY = static_cast<std::size_t>(std::clamp(y, 0.0, 197.0));
+        auto const clampedX = static_cast<size_t>(std::clamp(x, 0.0, 896.0));
+        auto const clampedY = static_cast<size_t>(std::clamp(y, 0.0, 197.0));
         return static_cast<double>(level.bytes[clampedY * level.width + clampedX]);
     };
     // The whole, of more than a piece, whose last pixels lie behind the middle of the last samples; and parts that
@@ -294,8 +294,8 @@ TEST_F(PictureViewGLTest, SmoothPixelsLieBetweenTheSamplesAround) {
     for (View const& wanted :
          {View{zoom, 0, 0, 542, 120, true}, View{zoom, 32, 32, 50, 40, true}, View{zoom, 31, 65, 50, 40, true}}) {
         Bytes const frame = completed(view, wanted);
-        for (std::size_t y = 0; y < wanted.height; ++y) {
-            for (std::size_t x = 0; x < wanted.width; ++x) {
+        for (size_t y = 0; y < wanted.height; ++y) {
+            for (size_t x = 0; x < wanted.width; ++x) {
                 double const column = (static_cast<double>(wanted.x) + static_cast<double>(x) + 0.5) * step - 0.5;
                 double const row = (static_cast<double>(wanted.y) + static_cast<double>(y) + 0.5) * step - 0.5;
                 double const left = std::floor(column);
@@ -313,7 +313,7 @@ TEST_F(PictureViewGLTest, SmoothPixelsLieBetweenTheSamplesAround) {
 TEST_F(PictureViewGLTest, MaskCoversWhereThePictureHasDetail) {
     Picture picture = testpictures::picture(2048, 1024, 1, 8, Content::Flat);
     Picture const noise = testpictures::picture(256, 256, 1, 8, Content::Noise);
-    for (std::size_t y = 0; y < 256; ++y)
+    for (size_t y = 0; y < 256; ++y)
         std::copy_n(&noise.bytes[y * 256], 256, &picture.bytes[(y + 512) * 2048 + 1024]);
     StoreInfo const info = import(picture, 64);
     PictureView view(instance_, path(), options());
@@ -324,7 +324,7 @@ TEST_F(PictureViewGLTest, MaskCoversWhereThePictureHasDetail) {
         ASSERT_EQ(mask.size(), wanted.width * wanted.height);
         double const scale = wanted.zoom.value();
         auto const at = [&](double x, double y) {
-            return mask[static_cast<std::size_t>(y * scale) * wanted.width + static_cast<std::size_t>(x * scale)];
+            return mask[static_cast<size_t>(y * scale) * wanted.width + static_cast<size_t>(x * scale)];
         };
         EXPECT_EQ(at(1030, 520), 255) << zoom;
         EXPECT_EQ(at(1270, 760), 255) << zoom;

@@ -42,10 +42,10 @@ protected:
         RegionRenderer(instance_, 64)
             .render(
                 *source, {0, 0, picture.width, picture.height},
-                [&](std::uint8_t const* rows, std::size_t count) {
+                [&](std::uint8_t const* rows, size_t count) {
                     bytes.insert(bytes.end(), rows, rows + count * picture.width * picture.bands);
                 },
-                [](std::size_t, std::size_t) {});
+                [](size_t, size_t) {});
         return bytes;
     }
 };
@@ -94,7 +94,7 @@ TEST_F(SharedInstanceGLTest, ViewsThatAdvanceStepByStepShowTheirOwnSamples) {
 
 // Parts of a smaller picture's bands are smaller too: into the corner of a larger texture they must not go.
 TEST_F(SharedInstanceGLTest, AViewThatFollowsAnotherShowsItsOwnSamples) {
-    for (std::size_t const side : {500U, 300U, 423U, 90U}) {
+    for (size_t const side : {500U, 300U, 423U, 90U}) {
         Picture const picture = testpictures::picture(side, side, 3, 8, Content::Noise);
         std::string const name = std::to_string(side);
         StoreInfo const info = import(picture, name);
@@ -113,29 +113,29 @@ TEST_F(SharedInstanceGLTest, AViewTakesItsTilesAlong) {
 
 // Programs give their tiles small numbers.
 TEST_F(SharedInstanceGLTest, TilesOfTheProgramItselfStayAsTheyAre) {
-    std::vector<std::size_t> const numbers = {0, 1, 7, 1000, (std::size_t{1} << TileNumbers::kBits) - 1};
-    for (std::size_t const number : numbers)
+    std::vector<size_t> const numbers = {0, 1, 7, 1000, (size_t{1} << TileNumbers::kBits) - 1};
+    for (size_t const number : numbers)
         instance_->setTile(number, std::vector<unsigned char>(4), {1, 1, 4}, 0);
     Picture const picture = testpictures::picture(333, 258, 3, 8, Content::Noise);
     import(picture, "a");
     EXPECT_TRUE(regionOf(picture) == picture.bytes);
     completed(*view("a"), {Zoom(), 0, 0, 333, 258, false});
-    for (std::size_t const number : numbers)
+    for (size_t const number : numbers)
         EXPECT_EQ(instance_->eraseTile(number), 4U) << number;
 }
 
 TEST_F(SharedInstanceGLTest, NumbersAreOneOwnersAloneUntilItGoes) {
     std::optional<TileNumbers> first(std::in_place, instance_);
     TileNumbers const second(instance_);
-    std::size_t const last = (std::size_t{1} << TileNumbers::kBits) - 1;
+    size_t const last = (size_t{1} << TileNumbers::kBits) - 1;
     EXPECT_EQ(first->id(last) - first->id(0), last);
     EXPECT_TRUE(first->id(last) < second.id(0) || second.id(last) < first->id(0));
-    for (std::size_t const number : {std::size_t{0}, last}) {
+    for (size_t const number : {size_t{0}, last}) {
         instance_->setTile(first->id(number), std::vector<unsigned char>(4), {1, 1, 4}, 0);
         instance_->setTile(second.id(number), std::vector<unsigned char>(4), {1, 1, 4}, 0);
         instance_->lockTile(first->id(number));
     }
-    std::size_t const id = first->id(0);
+    size_t const id = first->id(0);
     first.reset();
     EXPECT_FALSE(instance_->tileSet(id));
     EXPECT_TRUE(instance_->tileSet(second.id(0)));

@@ -5,7 +5,7 @@
 #include <cstddef>
 
 /// Of the store that an import without options makes of an RGB picture of such a size.
-inline StoreInfo storeInfoOf(std::size_t width, std::size_t height) {
+inline StoreInfo storeInfoOf(size_t width, size_t height) {
     StoreInfo info;
     info.width = width;
     info.height = height;

@@ -19,20 +19,20 @@ class StoreRendererFixture : public testing::Test {
 protected:
     using Bytes = std::vector<std::uint8_t>;
 
-    StoreInfo import(testpictures::Picture const& picture, std::size_t tileSize,
-                     std::optional<std::size_t> levels = std::nullopt) const;
+    StoreInfo import(testpictures::Picture const& picture, size_t tileSize,
+                     std::optional<size_t> levels = std::nullopt) const;
 
     /// Interleaved bytes of a region of a level.
-    Bytes rendered(std::size_t level, Region const& region, std::vector<enhancement::Step> const& steps = {}) const;
-    Bytes renderedWhole(StoreInfo const& info, std::size_t level) const;
+    Bytes rendered(size_t level, Region const& region, std::vector<enhancement::Step> const& steps = {}) const;
+    Bytes renderedWhole(StoreInfo const& info, size_t level) const;
 
     /// Imports the picture and compares each level with what the formulas give.
-    void expectEveryLevel(testpictures::Picture const& picture, std::size_t tileSize,
-                          std::optional<std::size_t> levels = std::nullopt) const;
+    void expectEveryLevel(testpictures::Picture const& picture, size_t tileSize,
+                          std::optional<size_t> levels = std::nullopt) const;
 
     std::string path() const { return folder_.path("a.vlm"); }
 
-    static constexpr std::size_t kTileBudgetBytes = 64 * 1000 * 1000;
+    static constexpr size_t kTileBudgetBytes = 64 * 1000 * 1000;
 
     TemporaryFolder folder_;
     SurfacelessContext context_;

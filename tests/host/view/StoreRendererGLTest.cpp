@@ -18,9 +18,9 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-Bytes crop(Bytes const& bytes, std::size_t width, std::size_t bands, Region const& region) {
+Bytes crop(Bytes const& bytes, size_t width, size_t bands, Region const& region) {
     Bytes out;
-    for (std::size_t y = region.y; y < region.y + region.height; ++y) {
+    for (size_t y = region.y; y < region.y + region.height; ++y) {
         auto const row = bytes.begin() + static_cast<std::ptrdiff_t>((y * width + region.x) * bands);
         out.insert(out.end(), row, row + static_cast<std::ptrdiff_t>(region.width * bands));
     }
@@ -43,17 +43,16 @@ TEST_F(StoreRendererGLTest, EveryLevelIsTheWaveletsLowBand) {
 }
 
 TEST_F(StoreRendererGLTest, EveryLevelOfAnyBandsAndBitsIsExact) {
-    for (std::size_t bands = 1; bands <= 4; ++bands) {
-        for (std::size_t const bits : {8U, 16U})
+    for (size_t bands = 1; bands <= 4; ++bands) {
+        for (size_t const bits : {8U, 16U})
             expectEveryLevel(testpictures::picture(83, 61, bands, bits, Content::Noise), 32);
     }
 }
 
 TEST_F(StoreRendererGLTest, SinglePixelsRowsAndColumnsAreExact) {
     for (auto const& [width, height] : {std::pair{1, 1}, {2, 3}, {1, 1500}, {1500, 1}, {16, 16}, {17, 15}, {1021, 3}})
-        expectEveryLevel(testpictures::picture(static_cast<std::size_t>(width), static_cast<std::size_t>(height), 3, 8,
-                                               Content::Noise),
-                         16);
+        expectEveryLevel(
+            testpictures::picture(static_cast<size_t>(width), static_cast<size_t>(height), 3, 8, Content::Noise), 16);
 }
 
 TEST_F(StoreRendererGLTest, FlatPicturesAreExactWithoutATileThatIsRead) {
@@ -65,17 +64,17 @@ TEST_F(StoreRendererGLTest, RegionsAreTheirPartOfTheWholeLevel) {
     Picture const picture = testpictures::picture(1203, 1100, 3, 8, Content::Noise);
     StoreInfo const info = import(picture, 64, 5);
     std::mt19937 random(11);
-    for (std::size_t level = 0; level <= info.levels; ++level) {
+    for (size_t level = 0; level <= info.levels; ++level) {
         Size const extent = leveltile::levelExtent(info, level);
         Bytes const whole = renderedWhole(info, level);
         if (level == 0) {
             EXPECT_TRUE(whole == picture.bytes);
         }
         for (int i = 0; i < (isLongRun() ? 34 : 3); ++i) {
-            std::size_t const x = random() % extent.width;
-            std::size_t const y = random() % extent.height;
-            Region const region{x, y, 1 + random() % std::min<std::size_t>(extent.width - x, 90),
-                                1 + random() % std::min<std::size_t>(extent.height - y, 90)};
+            size_t const x = random() % extent.width;
+            size_t const y = random() % extent.height;
+            Region const region{x, y, 1 + random() % std::min<size_t>(extent.width - x, 90),
+                                1 + random() % std::min<size_t>(extent.height - y, 90)};
             ASSERT_TRUE(rendered(level, region) == crop(whole, extent.width, 3, region))
                 << "level " << level << ", " << toText(region);
         }
@@ -92,9 +91,9 @@ TEST_F(StoreRendererGLTest, EnhancementsGiveWhatTheyGiveOnThePictureItself) {
     EnhancedRenderer(instance_, steps)
         .render(
             *source, {0, 0, picture.width, picture.height},
-            [&](std::uint8_t const* rows, std::size_t count) {
+            [&](std::uint8_t const* rows, size_t count) {
                 expected.insert(expected.end(), rows, rows + count * picture.width * picture.bands);
             },
-            [](std::size_t, std::size_t) {});
+            [](size_t, size_t) {});
     EXPECT_TRUE(rendered(0, {0, 0, picture.width, picture.height}, steps) == expected);
 }

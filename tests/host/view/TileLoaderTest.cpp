@@ -14,11 +14,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::size_t kCacheBytes = 10 * 1000 * 1000;
+constexpr size_t kCacheBytes = 10 * 1000 * 1000;
 
 class TileLoaderTest : public testing::Test {
 protected:
-    StoreInfo import(Picture const& picture, std::size_t tileSize = 32) const {
+    StoreInfo import(Picture const& picture, size_t tileSize = 32) const {
         ImportOptions options;
         options.tileSize = tileSize;
         options.replace = true;
@@ -33,13 +33,13 @@ protected:
         }
     }
 
-    static std::vector<LevelTile> tilesOf(StoreInfo const& info, std::size_t level) {
+    static std::vector<LevelTile> tilesOf(StoreInfo const& info, size_t level) {
         Size const extent = leveltile::levelExtent(info, level);
         return leveltile::over(level, {0, 0, extent.width, extent.height});
     }
 
     std::string path() const { return folder_.path("a.vlm"); }
-    std::shared_ptr<SampleCache> cache(std::size_t bytes = kCacheBytes) const {
+    std::shared_ptr<SampleCache> cache(size_t bytes = kCacheBytes) const {
         return std::make_shared<SampleCache>(bytes);
     }
 
@@ -54,18 +54,18 @@ std::vector<TileJob> bandsOf(std::vector<LevelTile> const& tiles) {
 }
 
 // A sample of a band, looked up in the store's tiles one by one.
-std::int16_t sampleOf(TileStore& store, std::size_t level, BandPart const& part, std::size_t x, std::size_t y) {
-    std::size_t const side = store.info().tileSize;
+std::int16_t sampleOf(TileStore& store, size_t level, BandPart const& part, size_t x, size_t y) {
+    size_t const side = store.info().tileSize;
     return store.tile({level, part.band, part.plane, x / side, y / side})[y % side * side + x % side];
 }
 
 void expectPartsOf(TileStore& store, LoadedTile const& tile) {
-    std::size_t const level = std::min(tile.job.tile.level + 1, store.info().levels);
+    size_t const level = std::min(tile.job.tile.level + 1, store.info().levels);
     for (BandPart const& part : tile.parts) {
         // Some of them: each look-up decompresses a tile.
-        for (std::size_t y = 0; y < part.region.height; y += 7) {
-            for (std::size_t x = 0; x < part.region.width; x += 13) {
-                std::size_t const place = 2 * (y * part.region.width + x);
+        for (size_t y = 0; y < part.region.height; y += 7) {
+            for (size_t x = 0; x < part.region.width; x += 13) {
+                size_t const place = 2 * (y * part.region.width + x);
                 auto const sample = part.value
                                         ? *part.value
                                         : static_cast<std::int16_t>(part.bytes[place] | part.bytes[place + 1] << 8U);
@@ -80,10 +80,10 @@ void expectPartsOf(TileStore& store, LoadedTile const& tile) {
 TEST_F(TileLoaderTest, EveryTileComesOnceWithTheSamplesOfTheStore) {
     StoreInfo const info = import(testpictures::picture(700, 530, 3, 8, Content::Noise), 64);
     TileStore store(path());
-    for (std::size_t const threads : {1U, 2U, 8U}) {
+    for (size_t const threads : {1U, 2U, 8U}) {
         TileLoader loader(path(), threads, cache());
         std::vector<LevelTile> wanted;
-        for (std::size_t level = 0; level <= info.levels; ++level) {
+        for (size_t level = 0; level <= info.levels; ++level) {
             auto const tiles = tilesOf(info, level);
             wanted.insert(wanted.end(), tiles.begin(), tiles.end());
         }
@@ -119,7 +119,7 @@ TEST_F(TileLoaderTest, WhatWaitsIsDroppedWhenOtherTilesAreWanted) {
         loader.wait(1ms);
     LevelTile const other = tilesOf(info, 1).front();
     loader.want(bandsOf({other}));
-    std::size_t before = 0;
+    size_t before = 0;
     while (!(next(loader)->job.tile == other))
         ++before;
     EXPECT_LE(before, 17U);
@@ -132,7 +132,7 @@ TEST_F(TileLoaderTest, TilesThatAreFinishedAreNotReadAgain) {
     TileLoader loader(path(), 2, cache());
     for (int i = 0; i < 50; ++i)
         loader.want(bandsOf(tiles));
-    std::size_t count = 0;
+    size_t count = 0;
     while (next(loader))
         ++count;
     EXPECT_EQ(count, tiles.size());
@@ -147,7 +147,7 @@ TEST_F(TileLoaderTest, TilesThatCannotBeReadComeOutWithTheFailure) {
     for (int again = 0; again < 2; ++again) {
         loader.want(bandsOf(tiles));
         std::set<LevelTile> got;
-        std::size_t failed = 0;
+        size_t failed = 0;
         while (auto const tile = next(loader)) {
             EXPECT_TRUE(got.insert(tile->job.tile).second);
             if (!tile->failure) continue;
@@ -163,7 +163,7 @@ TEST_F(TileLoaderTest, TilesThatCannotBeReadComeOutWithTheFailure) {
 TEST_F(TileLoaderTest, TheThreadsThatTheSystemGivesDoTheWork) {
     StoreInfo const info = import(testpictures::picture(1200, 1100, 1, 8, Content::Noise));
     auto const tiles = tilesOf(info, 0);
-    for (std::size_t const given : {0U, 1U, 3U}) {
+    for (size_t const given : {0U, 1U, 3U}) {
         std::unique_ptr<TileLoader> loader;
         {
             ThreadLimit const limit(given);
@@ -209,7 +209,7 @@ TEST_F(TileLoaderTest, CacheKeepsNoMoreThanItsBudget) {
     BandReader roomy(path(), cache());
     auto const second = roomy.read({{0, 0, 0}});
     ASSERT_EQ(first.size(), second.size());
-    for (std::size_t i = 0; i < first.size(); ++i)
+    for (size_t i = 0; i < first.size(); ++i)
         EXPECT_EQ(first[i].bytes, second[i].bytes);
 }
 

@@ -19,7 +19,7 @@ public:
 
     void load(std::vector<TileJob> const& wanted) override { loader_.want(wanted); }
     std::unique_ptr<LoadedTile> takeLoaded() override { return loader_.take(); }
-    std::size_t loading() const override { return loader_.pending(); }
+    size_t loading() const override { return loader_.pending(); }
     void wait() { loader_.wait(1000ms); }
 
 private:

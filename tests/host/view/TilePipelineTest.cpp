@@ -97,9 +97,9 @@ TEST_F(TilePipelineTest, NoMoreTilesAreTakenThanMayWait) {
     start(largeStore());
     pipeline().want({Zoom(), 0, 0, 4096, 4096, false});
     auto const names = stages_.jobNames();
-    for (std::size_t i = 1; i < names.size(); ++i)
+    for (size_t i = 1; i < names.size(); ++i)
         stages_.finish(names[i]);
-    std::size_t const finished = stages_.finished.size();
+    size_t const finished = stages_.finished.size();
     ASSERT_GT(finished, TilePipeline::kMaxWaiting + 1);
     pipeline().advance(0ms);
     EXPECT_EQ(finished - stages_.finished.size(), TilePipeline::kMaxWaiting);
@@ -110,7 +110,7 @@ TEST_F(TilePipelineTest, WhereAllWaitForParentsTheFinestGoesAndIsAskedForAgain) 
     start(largeStore());
     pipeline().want({Zoom(), 0, 0, 4096, 4096, false});
     auto const names = stages_.jobNames();
-    std::size_t ofLevel1 = 0;
+    size_t ofLevel1 = 0;
     for (std::string const& name : names)
         if (name[0] == '1' && ofLevel1++ < TilePipeline::kMaxWaiting / 2) stages_.finish(name);
     for (std::string const& name : names)
@@ -118,7 +118,7 @@ TEST_F(TilePipelineTest, WhereAllWaitForParentsTheFinestGoesAndIsAskedForAgain) 
     std::string const finest = nameOf(stages_.finished.back()->job.tile);
     EXPECT_EQ(finest[0], '0');
     stages_.finish("3:0,0");
-    std::size_t const pending = stages_.jobs.size();
+    size_t const pending = stages_.jobs.size();
 
     EXPECT_FALSE(pipeline().advance(0ms)) << "there is nothing to show";
     EXPECT_EQ(pipeline().waiting(), pending + 1 + TilePipeline::kMaxWaiting - 1);
@@ -126,7 +126,7 @@ TEST_F(TilePipelineTest, WhereAllWaitForParentsTheFinestGoesAndIsAskedForAgain) 
     ASSERT_FALSE(done.empty()) << "nothing can be done any more";
     EXPECT_EQ(done.front(), "load 3:0,0");
     auto const asked = stages_.jobNames();
-    std::size_t again = 0;
+    size_t again = 0;
     for (std::string const& name : asked)
         again += std::find(names.begin(), names.end(), name)[0][0] == '0' ? 1U : 0U;
     EXPECT_EQ(again, 64U - (TilePipeline::kMaxWaiting / 2 - 1)) << "one of level 0 has gone, none of level 1";
@@ -166,7 +166,7 @@ TEST_F(TilePipelineTest, TilesThatComeTooLateAreDropped) {
 }
 
 TEST_F(TilePipelineTest, EnhancedTilesHaveHalfOfTheBudgetAndRebuiltOnesTheRest) {
-    for (auto const& [enhanced, rebuilt] : {std::pair<std::size_t, std::size_t>{300, 700}, {800, 500}}) {
+    for (auto const& [enhanced, rebuilt] : {std::pair<size_t, size_t>{300, 700}, {800, 500}}) {
         stages_ = NotingStages();
         stages_.bytesEnhanced = enhanced;
         start(wideStore());
@@ -185,7 +185,7 @@ TEST_F(TilePipelineTest, WhatWentIsFreedOnceItIsMuch) {
     start(wideStore());
     pipeline().want(tileAt(2, 0));
     stages_.finishAll();
-    for (std::size_t const times : {0U, 1U, 1U, 2U}) {
+    for (size_t const times : {0U, 1U, 1U, 2U}) {
         EXPECT_TRUE(pipeline().advance(0ms));
         EXPECT_EQ(stages_.timesFreed, times);
     }

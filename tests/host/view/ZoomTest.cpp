@@ -7,14 +7,14 @@
 
 namespace {
 
-constexpr std::size_t kLevels = 7;
+constexpr size_t kLevels = 7;
 
 // Every magnification of a store of kLevels levels.
 std::vector<Zoom> allZooms() {
     std::vector<Zoom> zooms;
-    for (std::size_t pixels = 1; pixels <= Zoom::kLargest; ++pixels)
+    for (size_t pixels = 1; pixels <= Zoom::kLargest; ++pixels)
         zooms.push_back(Zoom::nearest(static_cast<double>(pixels), kLevels));
-    for (std::size_t level = 0; level <= kLevels; ++level) {
+    for (size_t level = 0; level <= kLevels; ++level) {
         for (double samples = 32; samples < 64; ++samples)
             zooms.push_back(Zoom::nearest(std::ldexp(32 / samples, -static_cast<int>(level)), kLevels));
     }
@@ -32,7 +32,7 @@ TEST(ZoomTest, WholeNumbersShowThePicturesOwnSamples) {
 }
 
 TEST(ZoomTest, HalvingsShowALevelAsItIs) {
-    for (std::size_t level = 0; level <= kLevels; ++level) {
+    for (size_t level = 0; level <= kLevels; ++level) {
         Zoom const zoom = Zoom::nearest(std::ldexp(1.0, -static_cast<int>(level)), kLevels);
         EXPECT_EQ(zoom.level(), level);
         EXPECT_TRUE(zoom.isWhole());
@@ -62,19 +62,19 @@ TEST(ZoomTest, TooLargeAndTooSmallEndAtTheLimits) {
 // The reason for these ratios.
 TEST(ZoomTest, NoPixelsMiddleIsNearerToABorderOfSamplesThanA64th) {
     for (Zoom const& zoom : allZooms()) {
-        for (std::size_t pixel = 0; pixel < 256; ++pixel) {
+        for (size_t pixel = 0; pixel < 256; ++pixel) {
             double const place = (static_cast<double>(pixel) + 0.5) * static_cast<double>(zoom.samples()) /
                                  static_cast<double>(zoom.pixels());
             EXPECT_GE(std::abs(place - std::round(place)), 1.0 / 64) << zoom.value() << ", pixel " << pixel;
-            EXPECT_EQ(zoom.sampleAt(pixel), static_cast<std::size_t>(place)) << zoom.value() << ", pixel " << pixel;
+            EXPECT_EQ(zoom.sampleAt(pixel), static_cast<size_t>(place)) << zoom.value() << ", pixel " << pixel;
         }
     }
 }
 
 TEST(ZoomTest, PixelsOfCountsThePixelsThatShowTheFirstSamples) {
     for (Zoom const& zoom : allZooms()) {
-        std::size_t pixel = 0;
-        for (std::size_t samples = 0; samples < 300; ++samples) {
+        size_t pixel = 0;
+        for (size_t samples = 0; samples < 300; ++samples) {
             while (zoom.sampleAt(pixel) < samples)
                 ++pixel;
             ASSERT_EQ(zoom.pixelsOf(samples), pixel) << zoom.value() << ", " << samples << " samples";

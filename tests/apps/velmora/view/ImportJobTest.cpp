@@ -52,7 +52,7 @@ TEST(ImportJobTest, MakesAStore) {
     waitFor(job);
     EXPECT_EQ(job.share(), 1);
     EXPECT_EQ(TileStore(folder.path("a.vlm")).info().width, 300u);
-    std::size_t seen = 0;
+    size_t seen = 0;
     EXPECT_EQ(job.picture().takeNew(seen).height, 200u);
 }
 
@@ -63,7 +63,7 @@ TEST(ImportJobTest, ThePictureIsSeenWhileItGrows) {
     auto const may = go.get_future().share();
     ImportJob job([&] { return std::make_unique<SlowSource>(testpictures::source(picture), may); },
                   folder.path("a.vlm"), {});
-    std::size_t seen = 0;
+    size_t seen = 0;
     ImportPreview::Image image;
     while (image.rgba.empty())
         image = job.picture().takeNew(seen);
@@ -84,7 +84,7 @@ TEST(ImportJobTest, OneThatIsStoppedLeavesNothing) {
     {
         ImportJob job([&] { return std::make_unique<SlowSource>(testpictures::source(picture), may); },
                       folder.path("a.vlm"), {});
-        std::size_t seen = 0;
+        size_t seen = 0;
         while (job.picture().takeNew(seen).rgba.empty())
             std::this_thread::yield();
         EXPECT_FALSE(folder.names().empty()) << "its temporary file";

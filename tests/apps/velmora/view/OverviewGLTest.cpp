@@ -45,7 +45,7 @@ protected:
 } // namespace
 
 TEST_F(OverviewGLTest, ItShowsTheWholePictureOfAnyShape) {
-    for (auto const& [width, height] : {std::pair<std::size_t, std::size_t>{1301, 900}, {3, 700}, {120, 90}}) {
+    for (auto const& [width, height] : {std::pair<size_t, size_t>{1301, 900}, {3, 700}, {120, 90}}) {
         Picture const picture = testpictures::picture(width, height, 4, 8, Content::Noise);
         StoreInfo const info = import(picture);
         Overview overview(instance_, path(), options());

@@ -74,10 +74,10 @@ protected:
     }
 };
 
-std::size_t numberAfter(std::string const& text, std::string const& name) {
+size_t numberAfter(std::string const& text, std::string const& name) {
     auto const place = text.find(name);
     if (place == std::string::npos) return 0;
-    std::size_t number = 0;
+    size_t number = 0;
     std::istringstream(text.substr(place + name.size())) >> number;
     return number;
 }
@@ -92,7 +92,7 @@ TEST_F(ProgramViewGLTest, ABareWindowShowsThePicturesOwnPixels) {
 }
 
 TEST_F(ProgramViewGLTest, PicturesOfAnyShapeAreShown) {
-    for (auto const& [width, height] : std::vector<std::pair<std::size_t, std::size_t>>{{1, 1}, {1, 5000}, {3000, 2}}) {
+    for (auto const& [width, height] : std::vector<std::pair<size_t, size_t>>{{1, 1}, {1, 5000}, {3000, 2}}) {
         std::string const store = makeStore("a.vlm", width, height);
         std::string const at = std::to_string(width / 2) + "," + std::to_string(height / 2) + ",1";
         expectPixels(
@@ -273,9 +273,9 @@ TEST_F(ProgramViewGLTest, WithoutThreadsAnImageIsImportedAndShownAllTheSame) {
 TEST_F(ProgramViewGLTest, EachPartOfAnImageHasAStoreOfItsOwn) {
     testimages::writePattern8(path("a.tif"), "", 40, 30, 3);
     auto const pattern = testimages::pattern8(40, 30, 3);
-    auto const wanted = [&](std::size_t red, std::size_t green, std::size_t blue) {
+    auto const wanted = [&](size_t red, size_t green, size_t blue) {
         testimages::Pixels swapped = pattern;
-        for (std::size_t i = 0; i < swapped.samples.size(); ++i)
+        for (size_t i = 0; i < swapped.samples.size(); ++i)
             swapped.samples[i] = pattern.samples[i / 3 * 3 + (i % 3 == 0 ? red : i % 3 == 1 ? green : blue)];
         return swapped;
     };
@@ -353,7 +353,7 @@ TEST_F(ProgramViewGLTest, NothingIsDrawnWhereNothingChanges) {
         auto const result =
             view({store, "--size", "320x200", "--report", "--script", script("wait\n" + pause + "quit")});
         EXPECT_EQ(result.exitCode, 0) << result.err;
-        std::size_t const frames = numberAfter(result.out, "frames drawn");
+        size_t const frames = numberAfter(result.out, "frames drawn");
         EXPECT_GE(frames, 1u) << result.out;
         EXPECT_LE(frames, 40u) << result.out;
     }
@@ -380,7 +380,7 @@ TEST_F(ProgramViewGLTest, ADamagedStoreIsShownWithStripesAndAScreenshotOfThemIsN
     EXPECT_NE(striped.err.find("striped"), std::string::npos) << striped.err;
     EXPECT_NE(striped.err.find("a.png' has stripes"), std::string::npos) << striped.err;
     auto const window = testimages::readByVips(path("a.png"));
-    for (std::size_t i = 0; i < window.samples.size(); i += 3) {
+    for (size_t i = 0; i < window.samples.size(); i += 3) {
         ASSERT_EQ(window.samples[i], window.samples[i + 2]);
         ASSERT_TRUE(window.samples[i] == 0 || window.samples[i] == 255);
         ASSERT_EQ(window.samples[i + 1], 0);

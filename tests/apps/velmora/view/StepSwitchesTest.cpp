@@ -9,15 +9,15 @@ using enhancement::Sharpen;
 
 namespace {
 
-std::vector<std::size_t> kinds(StepSwitches const& switches) {
-    std::vector<std::size_t> kinds;
+std::vector<size_t> kinds(StepSwitches const& switches) {
+    std::vector<size_t> kinds;
     for (auto const& step : switches.steps())
         kinds.push_back(step.index());
     return kinds;
 }
 
 template <class Kind>
-std::size_t kind() {
+size_t kind() {
     return enhancement::Step(Kind()).index();
 }
 

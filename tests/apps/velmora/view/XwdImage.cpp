@@ -16,12 +16,12 @@ enum Field {
     kRowBytes = 12,
     kColours = 19
 };
-constexpr std::size_t kColourBytes = 12;
+constexpr size_t kColourBytes = 12;
 
-std::size_t field(std::string const& file, Field index) {
-    std::size_t value = 0;
-    for (std::size_t i = 0; i < 4; ++i)
-        value = 256 * value + static_cast<unsigned char>(file.at(4 * static_cast<std::size_t>(index) + i));
+size_t field(std::string const& file, Field index) {
+    size_t value = 0;
+    for (size_t i = 0; i < 4; ++i)
+        value = 256 * value + static_cast<unsigned char>(file.at(4 * static_cast<size_t>(index) + i));
     return value;
 }
 
@@ -32,10 +32,10 @@ testimages::Pixels readXwd(std::string const& path) {
     if (field(file, kBitsPerPixel) != 32 || field(file, kByteOrder) != 0)
         throw std::runtime_error(path + " does not have pixels of 32 bits, the lowest byte first");
     testimages::Pixels pixels{field(file, kWidth), field(file, kHeight), 3, {}};
-    std::size_t const start = field(file, kHeaderBytes) + field(file, kColours) * kColourBytes;
-    for (std::size_t y = 0; y < pixels.height; ++y)
-        for (std::size_t x = 0; x < pixels.width; ++x)
-            for (std::size_t band = 0; band < 3; ++band) // blue is lowest
+    size_t const start = field(file, kHeaderBytes) + field(file, kColours) * kColourBytes;
+    for (size_t y = 0; y < pixels.height; ++y)
+        for (size_t x = 0; x < pixels.width; ++x)
+            for (size_t band = 0; band < 3; ++band) // blue is lowest
                 pixels.samples.push_back(
                     static_cast<std::uint8_t>(file.at(start + y * field(file, kRowBytes) + 4 * x + 2 - band)));
     return pixels;
