@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <deque>
 #include <functional>
+#include <iterator>
 #include <string>
 
 /// "2:0,1" is the tile of level 2 in column 0 and row 1.
@@ -14,8 +15,7 @@ inline std::string nameOf(LevelTile const& tile) {
 
 inline std::vector<std::string> namesOf(std::vector<LevelTile> const& tiles) {
     std::vector<std::string> names;
-    for (LevelTile const& tile : tiles)
-        names.push_back(nameOf(tile));
+    std::transform(tiles.begin(), tiles.end(), std::back_inserter(names), nameOf);
     return names;
 }
 
