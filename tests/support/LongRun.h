@@ -1,8 +1,15 @@
 #pragma once
 
 #include <cstdlib>
+#include <string>
 
 /// VELMORA_LONG in the environment: exhaustive sets instead of samples of them.
 inline bool isLongRun() {
     return std::getenv("VELMORA_LONG") != nullptr;
+}
+
+/// Whether the test programs run on this GL implementation, as tests/GlImplementations.cmake names it: "llvmpipe".
+inline bool runsOn(std::string const& implementation) {
+    char const* const renderer = std::getenv("VELMORA_EXPECT_RENDERER");
+    return renderer != nullptr && std::string(renderer).rfind(implementation, 0) == 0;
 }
