@@ -1,4 +1,4 @@
-// velmora-bench [Google Benchmark's options]: bench/run calls it as the figures are meant to be taken.
+// velmora-bench [Google Benchmark's options]: bench/run calls it with the options for published figures.
 #include "bench/Benchmarks.h"
 #include "bench/GlBenchContext.h"
 #include "bench/RatioReporter.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Repetitions of all benchmarks in random order: what else the machine does then hits both sides of a ratio.
+// Repetitions of all benchmarks in random order: other work on the machine then affects both sides of a ratio.
 std::vector<std::string> const kDefaults = {"--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=9",
                                             "--benchmark_min_time=0.05"};
 
@@ -42,7 +42,7 @@ std::vector<Figure> figures(bool nullDriver) {
         return all;
     }
     all.push_back({"drawTiles/ours/(100|2000) .*", 1.03, "<= 1.03"});
-    // Of a transfer the speed counts: without pixels to move there is none.
+    // The throughput of a transfer counts: without pixels to move there is none.
     all.push_back({"(setTile|getPixels|getPixelsVector)/ours/(rgba|rgb)/.*", 1 / 0.97, "speed >= 0.97"});
     all.push_back({"stageTiles/ours/1/.* vs raw", 1 / 0.97, "speed >= 0.97"});
     all.push_back({"stageTiles/ours/1/.* vs tex(Sub)?Image", 1 / 0.75, "speed >= 0.75"});
@@ -85,7 +85,7 @@ int main(int argc, char** argv) try {
         registerExecuteFilter(*context);
         registerPixelTransfer(*context);
         registerStagingRing(*context);
-        // They are about pixels, which the null driver does not draw.
+        // Benchmarks of pixels, which the null driver does not draw.
         if (!context->nullDriver()) {
             registerFilters(*context);
             registerWavelet(*context);

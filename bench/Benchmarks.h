@@ -7,8 +7,8 @@
 
 class GlBenchContext;
 
-// A benchmark is named WHAT/WHO/CASE. WHO is "ours", or a baseline that RatioReporter sets against it: "raw", the same
-// work in bare GL calls, or what else the benchmark's own file says.
+// A benchmark is named WHAT/WHO/CASE. WHO is "ours", or a baseline with which RatioReporter compares it: "raw", the
+// same work in bare GL calls, or another name that the benchmark's file explains.
 void registerEnvelopes();
 void registerLruMap();
 void registerDrawTiles(GlBenchContext const& context);
@@ -19,11 +19,11 @@ void registerFilters(GlBenchContext const& context);
 void registerWavelet(GlBenchContext const& context);
 void registerClahe();
 
-/// Cpu: of the calling thread, less noisy where everything happens on it. Process: of all threads, where the driver
-/// draws on some of them. Wall: where neither sees the work.
+/// Cpu: of the calling thread, least noisy if it does all the work. Process: of all threads, if the driver draws on
+/// several. Wall: for work that neither clock measures.
 enum class Clock { Wall, Cpu, Process };
 
-/// The clock for what a benchmark draws.
+/// The clock for benchmarks that draw.
 Clock drawingClock(GlBenchContext const& context);
 
 /// Registers a benchmark in which an exception ends that benchmark and not the program.

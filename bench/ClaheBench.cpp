@@ -1,6 +1,6 @@
-// The equalisation on the processor, 1000 x 1000 grey values of 8 bits in regions of 40 x 40 pixels, one thread.
-//   ours    CLAHE, in place on the first of four components of 16 bits, as the filter uses it
-//   opencv  cv::createCLAHE on one component of 8 bits; where OpenCV is not installed there is none
+// The equalisation on the processor, 1000 x 1000 8-bit grey values in regions of 40 x 40 pixels, one thread.
+//   ours    CLAHE, in place on the first of four 16-bit components, as the filter uses it
+//   opencv  cv::createCLAHE on one 8-bit component; left out if OpenCV is not installed
 #include "bench/Benchmarks.h"
 #include "gles3renderbackend/filters/CLAHE.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 constexpr size_t kSide = 1000;
 
-// Slopes with noise on them: regions of few and of many grey values.
+// Slopes with noise: regions of few and of many grey values.
 std::vector<std::uint8_t> picture() {
     std::vector<std::uint8_t> greys(kSide * kSide);
     std::uint32_t state = 5;

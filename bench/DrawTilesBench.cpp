@@ -1,9 +1,9 @@
-// drawTiles beside the loop that one would write without it.
+// drawTiles beside a hand-written loop of GL calls.
 //
-// Both draw the same textures with the same program into the same framebuffer: tiles of 16 x 16 texels, one texel to
-// one pixel, small so that the calls count and not the pixels. The raw side makes exactly the GL calls that drawTiles
-// makes, the state at the start of each call included, with every argument computed beforehand. An iteration is one
-// picture; where pixels are drawn it ends with glFinish.
+// Both draw the same textures with the same program into the same framebuffer: tiles of 16 x 16 texels, one texel per
+// pixel, small so that calls dominate and not pixels. The raw side makes exactly the GL calls of drawTiles, the state
+// at the start of each call included, with every argument computed beforehand. An iteration is one picture; if pixels
+// are drawn it ends with glFinish.
 #include "bench/Benchmarks.h"
 #include "bench/GlBenchContext.h"
 #include "bench/RawGl.h"
@@ -123,7 +123,7 @@ private:
     size_t height_ = 0;
     size_t target_ = 0;
 
-    // What the host passes to drawTiles, kept from one picture to the next.
+    // The host's arguments of drawTiles, kept from one picture to the next.
     Filter filter_;
     std::vector<size_t> range_;
     std::vector<size_t> const tileSize_ = {kTileTexels, kTileTexels};
@@ -131,7 +131,7 @@ private:
     std::vector<size_t> blocks_;
     std::vector<size_t> const offsets_ = {0, 0};
 
-    // What the raw loop passes to GL.
+    // The raw loop's arguments of GL calls.
     rawGl::Quad quad_;
     std::vector<RawTile> rawTiles_;
     GLuint framebuffer_ = 0;

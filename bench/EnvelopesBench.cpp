@@ -1,11 +1,11 @@
 // Envelopes of a million cells and of a million rectangles, on the processor alone.
 //
 // mergeCells: shuffled cells into rectangles. The baseline sorts the cells by row and column and sweeps over them once,
-// with the same rule, so that both must find the same rectangles. "blobs" are discs that overlap, "dust" is cells drawn
-// one by one, few of which touch.
+// by the same rule, so that both must find the same rectangles. "blobs" are overlapping discs, "dust" is single cells,
+// few of which touch.
 //
-// coverage: 0, 1 or 2 for a window over a million rectangles. The baseline enumerates those that meet the window with a
-// bulk-loaded R-tree of Boost.Geometry and adds up their cells.
+// coverage: 0, 1 or 2 for a window over a million rectangles. The baseline enumerates the rectangles that intersect the
+// window with a bulk-loaded R-tree of Boost.Geometry and adds up their cells.
 #include "bench/Benchmarks.h"
 #include "renderbackend/DataEnvelopes.h"
 
@@ -45,7 +45,7 @@ bool rowMajor(Corner const& a, Corner const& b) {
     return a[1] != b[1] ? a[1] < b[1] : a[0] < b[0];
 }
 
-// Runs of a row that repeat the columns of a run in the row above make its rectangle longer.
+// A run with the columns of a run in the row above extends that rectangle.
 class Sweep {
 public:
     void addRun(std::uint32_t row, std::uint32_t first, std::uint32_t last) {
@@ -152,7 +152,7 @@ Box boxOf(Rectangle const& r) {
     return {Point(r.min[0], r.min[1]), Point(r.max[0], r.max[1])};
 }
 
-// One rectangle of 1 x 1 to 2 x 2 cells in each square of 3 x 3, so that none touches another.
+// One rectangle of 1 x 1 to 2 x 2 cells per square of 3 x 3, so that none touches another.
 Rectangles apart() {
     std::mt19937 random(3);
     Rectangles rectangles;
@@ -211,7 +211,7 @@ private:
     RTree tree_;
 };
 
-// Built once for all windows: that takes longer than all the measuring.
+// Built once for all windows: building takes longer than all the measuring.
 template <class Index>
 Index const& millionRectangles() {
     static Index const index(apart());

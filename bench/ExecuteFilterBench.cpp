@@ -1,9 +1,9 @@
 // executeFilter beside its own GL calls.
 //
 // The raw side makes exactly the calls of one filter run, in the same order, with the same program, textures and
-// framebuffer and with every argument computed beforehand; what is left is the look-ups and the arithmetic of the
-// backend. Targets of 16 x 16 texels, so that the calls count and not the pixels. Where pixels are drawn, glFinish
-// comes after every 64th run: a filter chain does not wait after each step either.
+// framebuffer and with every argument computed beforehand; the difference is the backend's lookups and arithmetic.
+// Targets of 16 x 16 texels, so that calls dominate and not pixels. If pixels are drawn, glFinish comes after every
+// 64th run: a filter chain does not wait after each step either.
 #include "bench/Benchmarks.h"
 #include "bench/GlBenchContext.h"
 #include "bench/RawGl.h"
@@ -158,7 +158,7 @@ private:
     SingleFilterParameters const parameters_;
     std::vector<size_t> const offset_ = {0, 0};
 
-    // What the raw calls pass to GL.
+    // The raw calls' arguments.
     rawGl::Quad quad_;
     std::vector<RawInput> rawInputs_;
     GLuint framebuffer_ = 0;

@@ -1,7 +1,7 @@
 // Every filter beside a plain pass: a highp fragment stage that reads as many texels of the same textures for an output
-// of the same size and writes their sum. What a filter needs more is its arithmetic; for one filter also beside the
-// same arithmetic written plainly, on whole numbers. An iteration is one run into an output of 1024 x 1024 pixels and
-// ends with glFinish.
+// of the same size and writes their sum. The difference is the filter's arithmetic. One filter is also compared with
+// the same arithmetic written plainly, on whole numbers. An iteration is one run into an output of 1024 x 1024 pixels
+// and ends with glFinish.
 #include "bench/Benchmarks.h"
 #include "bench/FilterReads.h"
 #include "bench/GlBenchContext.h"
@@ -17,7 +17,7 @@ namespace {
 constexpr size_t kSide = 1024;
 constexpr GLsizei kTableEntries = 256;
 
-// FilterYCoCg16ToRGBA8 as one would write it first: whole bytes, whole values, the formulas.
+// FilterYCoCg16ToRGBA8 in its most obvious form: whole bytes, whole values, the formulas.
 constexpr char const* kPlainYCoCgToRgb = R"(
 void main() {
     vec4 even = floor(255.0 * texture2D(s_0, v_0) + 0.5);

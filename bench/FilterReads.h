@@ -5,8 +5,8 @@
 #include <iterator>
 #include <string>
 
-/// Texels that a filter's fragment reads: of the first input, of each further one, of a table. The pass that it is
-/// measured beside reads as many. A filter that does not draw reads none, and nothing stands beside it.
+/// Number of texels that a filter's fragment reads: from the first input, from each further one, from a table. The
+/// plain pass reads as many. A filter that does not draw reads none, and has no baseline.
 struct FilterReads {
     size_t first = 1;
     size_t further = 0;
@@ -20,7 +20,7 @@ struct NamedFilterReads {
     FilterReads reads;
 };
 
-/// The filters whose fragments read something else than one texel of one input.
+/// The filters whose fragments read anything but one texel of one input.
 constexpr NamedFilterReads kFilterReads[] = {
     {"FilterFirIH53LeGall16", {2, 2}},   {"FilterFirIV53LeGall16", {2, 3}},     {"FilterInterleave16", {1, 1}},
     {"FilterYCoCg16ToRGBA8", {2}},       {"FilterYCoCg16ToRGB16", {2}},         {"Filter3x16To4x8", {2}},
@@ -29,7 +29,7 @@ constexpr NamedFilterReads kFilterReads[] = {
     {"Filter3x3Matrix16", {2}},          {"FilterBlackWhiteGamma8", {1, 0, 3}}, {"FilterCLAHE", {0}},
 };
 
-/// One texel where there is no row.
+/// One texel for a name without a row.
 inline FilterReads filterReads(std::string const& name) {
     auto const* const found = std::find_if(std::begin(kFilterReads), std::end(kFilterReads),
                                            [&](NamedFilterReads const& row) { return row.filter == name; });

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Nothing is evicted while it is measured.
+// So large that nothing is evicted during a measurement.
 constexpr size_t kSlotBudgetBytes = 1'000'000'000;
 
 std::string glText(GLenum name) {

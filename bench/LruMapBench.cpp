@@ -1,7 +1,7 @@
-// LruMap beside a cache of the same behaviour on boost::multi_index: hashed + ordered + sequenced, as LruMap has a hash
-// index, a key order and a recency order. Both hold the same keys and values and take the same keys in the same order.
-// Behind locked entries the peer does what a single recency list must do: it steps over them. The figure that counts
-// there is insertBehind100000Locked/ours against insert/ours.
+// LruMap beside a cache of the same behaviour on boost::multi_index: hashed + ordered + sequenced, like LruMap's hash
+// index, key order and recency order. Both hold the same keys and values and take the same keys in the same order. With
+// locked entries the baseline has to step over them, as any single recency list. The relevant figure there is
+// insertBehind100000Locked/ours against insert/ours.
 #include "bench/Benchmarks.h"
 #include "gles3renderbackend/LruMap.h"
 
@@ -23,7 +23,7 @@ namespace {
 
 using Key = std::pair<size_t, size_t>;
 
-// The bulk of a texture: a shared name, a size, a format. Kept small, so that the map's own cost shows.
+// A texture's data: a shared name, a size, a format. Small, so that the map's own cost shows.
 struct Value {
     std::shared_ptr<unsigned> name;
     size_t width = 0;
@@ -64,7 +64,7 @@ public:
     }
 
 private:
-    // What no index looks at is mutable, so that it can change in place.
+    // Members outside the indices are mutable, so that they can change in place.
     struct Entry {
         explicit Entry(Key const& entryKey) : key(entryKey) {}
         Key key;
@@ -105,7 +105,7 @@ private:
     size_t lockedBytes_ = 0;
 };
 
-// A bijection of 64 bits (splitmix64): new keys without end, in no order that an index could profit from.
+// A bijection of 64 bits (splitmix64): new keys without end, in no order from which an index could profit.
 size_t scramble(std::uint64_t x) {
     x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9u;
     x = (x ^ (x >> 27)) * 0x94D049BB133111EBu;
@@ -125,7 +125,7 @@ template <class Map>
 void hit(benchmark::State& state, size_t entries) {
     Map map(entries);
     fill(map, 0, entries);
-    // Drawn anew each time: a cycle through all entries would always hit the oldest, whose neighbours are warm.
+    // Random picks: a cycle through all entries would always hit the oldest, whose neighbours are warm.
     std::vector<size_t> picks(4 * entries);
     std::mt19937_64 random(7);
     std::generate(picks.begin(), picks.end(), [&] { return scramble(random() % entries); });
@@ -156,7 +156,7 @@ void insertAndEvict(benchmark::State& state, size_t entries, size_t locked) {
     state.SetItemsProcessed(state.iterations());
 }
 
-// From empty to full and back, growth of the hash table and all destructors included.
+// From empty to full and back, including growth of the hash table and all destructors.
 template <class Map>
 void build(benchmark::State& state, size_t entries) {
     for (auto _ : state) {

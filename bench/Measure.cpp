@@ -1,5 +1,5 @@
 // velmora-measure RESULT PROGRAM ARGUMENT...: runs a program to its end and writes its seconds and its largest resident
-// memory in MB into the file RESULT. Exits as the program does, with 127 where it cannot be started.
+// memory in MB into the file RESULT. Exits with the program's exit code, with 127 if it cannot be started.
 #include <chrono>
 #include <cstdio>
 #include <sys/resource.h>

@@ -1,14 +1,14 @@
 // setTile and getPixels beside glTexImage2D and glReadPixels.
 //
-// setTile replaces eight standing tiles in turn. The raw side uploads the same pixels into the same eight textures:
-// bind, unpack alignment, glTexImage2D. It does not set the sampling again, and checks nothing.
+// setTile replaces eight permanent tiles in turn. The raw side uploads the same pixels into the same eight textures:
+// bind, unpack alignment, glTexImage2D. It neither sets the sampling again nor checks anything.
 //
 // getPixels reads a whole target into a buffer that is kept. The raw side binds the same framebuffer, sets the pack
 // alignment and reads into a kept buffer of its own. getPixelsVector is the form that returns a new vector; there the
 // raw side makes one too. OpenGL ES reads an RGB target as RGBA; the raw side then drops the alpha bytes with a plain
-// loop, as everybody has to who wants RGB, reading into a second buffer that it keeps. Nothing is drawn, so all of it
-// happens on the calling thread. getPixels/.../rgbNoDrop is the same without the loop on the raw side: what the
-// conversion costs.
+// loop, as any host that needs RGB has to, reading into a second buffer that it keeps. Nothing is drawn, so everything
+// happens on the calling thread. getPixels/.../rgbNoDrop leaves out the loop on the raw side: the difference is the
+// cost of the conversion.
 #include "bench/Benchmarks.h"
 #include "bench/GlBenchContext.h"
 #include "bench/RawGl.h"

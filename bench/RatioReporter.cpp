@@ -10,7 +10,7 @@ namespace {
 constexpr int kNameColumns = 60;
 constexpr int kColumns = 12;
 
-// Other work on the machine only ever adds time: the fastest repetition is the one least disturbed.
+// Other work on the machine only ever adds time: the fastest repetition is the least disturbed one.
 struct Summary {
     double fastest;
     double disturbance; // by how much the median is slower, over the fastest
@@ -22,13 +22,13 @@ Summary summary(std::vector<double> values) {
     return {fastest, values[values.size() / 2] / fastest - 1};
 }
 
-// The name with `part` replaced, empty where it does not occur.
+// The name with `part` replaced, empty if it does not occur.
 std::string replaced(std::string const& name, std::string const& part, std::string const& by) {
     auto const found = name.find(part);
     return found == std::string::npos ? std::string() : std::string(name).replace(found, part.size(), by);
 }
 
-// A benchmark is timed by the wall clock where it asked for that.
+// By the wall clock if the benchmark asked for that.
 double nanosecondsOf(benchmark::BenchmarkReporter::Run const& run) {
     bool const realTime = run.run_name.time_type.find("real_time") != std::string::npos;
     double const adjusted = realTime ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
@@ -54,7 +54,7 @@ void RatioReporter::ReportRuns(std::vector<Run> const& runs) {
             names_[run.family_index] = name;
             nanoseconds_[name].push_back(nanosecondsOf(run));
         }
-        // Of many repetitions the median is enough to look at.
+        // With many repetitions only the median is printed.
         bool const single = run.run_type == Run::RT_Iteration && run.repetitions <= 1;
         if (run.error_occurred || single || run.aggregate_name == "median") shown.push_back(run);
     }

@@ -7,15 +7,15 @@
 #include <cstdint>
 #include <vector>
 
-/// What the bare-GL baselines have in common. They draw with the same programs, textures and framebuffers as the
-/// backend, whose names they ask GL for: then both sides differ in nothing but the code that makes the calls.
+/// Code shared by the bare-GL baselines. They draw with the backend's own programs, textures and framebuffers, whose
+/// names they query from GL: so both sides differ only in the code that makes the calls.
 namespace rawGl {
 
-/// The names that the last operation of the backend left bound.
+/// The names that the backend's last operation left bound.
 GLuint currentProgram();
 GLuint currentTexture();
 
-/// A unit square of our own: x, y, s, t a vertex, two indexed triangles.
+/// A unit square: x, y, s, t per vertex, two indexed triangles.
 class Quad {
 public:
     Quad();
@@ -32,13 +32,13 @@ private:
     std::array<GLuint, 2> buffers_; ///< vertices, indices
 };
 
-/// Depth mask off, and the four tests that would drop fragments.
+/// Disables the depth mask and the four tests that would drop fragments.
 void setFixedState();
 
 /// The pixels of a framebuffer, RGBA.
 std::vector<std::uint8_t> read(GLuint framebuffer, GLsizei width, GLsizei height);
 
-/// Throws std::runtime_error where GL has recorded an error.
+/// Throws std::runtime_error if GL has recorded an error.
 void requireNoError();
 
 } // namespace rawGl

@@ -4,7 +4,7 @@
 
 namespace {
 
-// Every N in the line becomes the number of an input, one line per input.
+// Repeats the line per input, with every N replaced by the input's number.
 std::string numbered(std::vector<rawGl::PassInput> const& inputs, std::string const& line) {
     std::string lines;
     for (size_t i = 0; i < inputs.size(); ++i)

@@ -8,18 +8,18 @@
 
 namespace rawGl {
 
-/// A texture that a pass reads: over its whole output it spans as much of it as `span` says, 1 for all.
+/// A texture that a pass reads; the output spans the share `span` of it, 1 for all.
 struct PassInput {
     GLuint texture;
-    std::array<GLfloat, 2> texel; ///< size of one texel, the texture being 1
+    std::array<GLfloat, 2> texel; ///< size of one texel, in units of the texture
     std::array<GLfloat, 2> span;
 };
 
-/// One fragment pass in bare GL: a program of its own over a whole framebuffer. The fragment text finds, for input i,
-/// s_i, its sampler; t_i, its texel's size; v_i, its coordinate.
+/// One fragment pass in bare GL: a program of its own over a whole framebuffer. The fragment text has, for input i,
+/// s_i, the sampler; t_i, the texel's size; v_i, the coordinate.
 class Pass {
 public:
-    /// `fragment` begins after the declarations. Throws std::runtime_error with GL's log for a text that is no GLSL.
+    /// `fragment` begins after the declarations. Throws std::runtime_error with GL's log if it does not compile.
     Pass(std::string const& fragment, std::vector<PassInput> const& inputs, GLuint framebuffer, GLsizei width,
          GLsizei height);
     Pass(Pass const&) = delete;
@@ -39,7 +39,7 @@ private:
     GLint textureCoordinates_;
 };
 
-/// A nearest texture of RGBA bytes without a pattern.
+/// A texture of random RGBA bytes with nearest sampling.
 GLuint noiseTexture(GLsizei width, GLsizei height);
 
 } // namespace rawGl

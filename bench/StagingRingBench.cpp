@@ -1,15 +1,15 @@
 // The upload ring beside a ring of pixel buffers in bare GL and beside uploads from client memory.
 //
 // All four have the same shape: the GL thread reserves room for a tile in one of four blocks of 4 MiB, one or two
-// workers copy the tile into it, and the GL thread puts a block into textures when it is full and its last worker is
-// done; it waits busily where all four are taken. What differs is whose code that is, and what a block is made of:
+// workers copy the tile into it, and the GL thread uploads a block into textures when it is full and its last worker is
+// done; it spins while all four are taken. They differ in whose code that is, and in the memory of a block:
 //
 //   ours         concurrentStagingBuffer, write, and synchronizeConcurrentStagingBuffer once the write has returned
 //   raw          mapped pixel buffers, glTexImage2D; no checks, and the sampling is not set again
 //   texImage     client memory, glTexImage2D
 //   texSubImage  client memory, glTexSubImage2D
 //
-// Eight textures are replaced in turn. One iteration stages 4 MiB; what is under way before it is under way after it.
+// Eight textures are replaced in turn. One iteration stages 4 MiB; the ring is equally full before and after it.
 #include "bench/Benchmarks.h"
 #include "bench/GlBenchContext.h"
 #include "bench/RawGl.h"
@@ -69,12 +69,12 @@ private:
     }
 
     BenchBackend backend_;
-    std::vector<size_t> const size_; // 16-bit samples: the way to RGBA texels through the ring
+    std::vector<size_t> const size_; // 16-bit samples: the only RGBA tiles that can be staged
     Bytes const& pixels_;
     std::deque<Tile> staged_;
 };
 
-// What a block of a bare ring is made of.
+// A block of a bare ring: a mapped pixel buffer.
 class MappedBlock {
 public:
     MappedBlock() {
@@ -216,7 +216,7 @@ private:
     size_t read_ = 0;
 };
 
-// The texture that was uploaded last holds the tile.
+// Checks that the texture uploaded last holds the tile.
 void requirePixels(size_t extent, Bytes const& pixels) {
     GLuint const texture = rawGl::currentTexture();
     GLuint framebuffer = 0;
@@ -233,14 +233,14 @@ template <class Ring>
 void stageTiles(benchmark::State& state, GlBenchContext const& context, size_t workerCount, size_t extent) {
     Bytes const pixels = tilePixels(extent);
     Ring ring(context, extent, pixels);
-    WorkerThreads workers(workerCount); // declared last: nobody writes when the ring goes
+    WorkerThreads workers(workerCount); // declared last, so that no worker writes while the ring is destroyed
     size_t const tilesPerBlock = kBlockBytes / pixels.size();
     size_t tile = 0;
     auto const stageBlock = [&] {
         for (size_t i = 0; i < tilesPerBlock; ++i)
             ring.stage(tile++, workers);
     };
-    // Until the ring is full, every texture exists, and what is measured is the steady state.
+    // Until the ring is full and every texture exists, so that the steady state is measured.
     for (size_t i = 0; i < 4 * kBlocks; ++i)
         stageBlock();
     if (!context.nullDriver()) requirePixels(extent, pixels);

@@ -1,5 +1,5 @@
 // One level of the inverse 5/3 wavelet, four bands to 1024 x 1024 samples: two vertical steps and a horizontal one.
-//   ours       through executeFilter, two samples of 16 bits per texel
+//   ours       through executeFilter, two 16-bit samples per texel
 //   bytepairs  the same passes in bare GL with the filter written on byte pairs, high and low byte apart with carries
 //              between them, as is usual on GLES 2: ours reads whole samples and splits them at the end
 //   processor  arrays of 16-bit numbers, loops that the compiler vectorises, one thread
@@ -21,7 +21,7 @@ constexpr size_t kBand = kOutput / 2 + 2; // samples per side of a band, see des
 
 using Samples = std::vector<std::int16_t>;
 
-// Row by row, `width` samples each.
+// Row-major, `width` samples per row.
 struct Band {
     size_t width;
     size_t height;
@@ -32,7 +32,7 @@ struct Band {
     std::int16_t const* row(size_t y) const { return &samples[y * width]; }
 };
 
-// Small enough that no sum leaves 16 bits.
+// Small enough that no sum overflows 16 bits.
 Band noise(std::uint32_t state, std::int32_t magnitude) {
     Band band(kBand, kBand);
     for (auto& sample : band.samples) {
@@ -109,7 +109,7 @@ private:
     Samples even_ = Samples(kBand);
 };
 
-// What both fragment texts on byte pairs begin with. A vec4 holds two samples, each as low and high byte.
+// The common beginning of both byte-pair fragment texts. A vec4 holds two samples, each as low and high byte.
 constexpr char const* kBytePairs = R"(
 highp vec4 pairsOf(highp vec4 texel) {
     highp vec4 bytes = floor(255.0 * texel + 0.5);
@@ -210,7 +210,7 @@ public:
             pass->draw();
     }
 
-    // A comparison with passes that compute something else would be worth nothing.
+    // A comparison with passes that compute something else would be worthless.
     void requireSamplesOf(ProcessorLevel const& level) {
         Gles3Target const& out = backend_.instance->target(out_);
         auto const bytes = rawGl::read(out.framebuffer(), static_cast<GLsizei>(out.width()), kOutput);

@@ -5,7 +5,7 @@ include(${CMAKE_CURRENT_LIST_DIR}/GlslPrecision.cmake)
 
 set(seen "")
 function(expand path out)
-  # Square brackets and semicolons mean something in CMake lists: carry the text in one string, line by line.
+  # Square brackets and semicolons have a meaning in CMake lists: keep the text in one string, line by line.
   file(READ ${path} rest)
   if(rest MATCHES "[^\t\n -~]")
     message(FATAL_ERROR "${path}: GLSL ES 1.00 sources are plain ASCII")
@@ -41,7 +41,7 @@ endif()
 if(SOURCE MATCHES "\\.frag$" AND NOT text MATCHES "^#version 100\nprecision (lowp|mediump|highp) float;\n")
   message(FATAL_ERROR "${SOURCE}: line 2 is not the precision")
 endif()
-# Guarded by "location is not 0": what would be counted as missing must not be another one.
+# Uniforms are guarded by "location is not 0": location 0 must belong to this one.
 string(REGEX MATCH "uniform [^;]*;" first "${text}")
 if(SOURCE MATCHES "\\.vert$" AND NOT first STREQUAL "uniform highp vec4 a_geometry;")
   message(FATAL_ERROR "${SOURCE}: the first uniform is not a_geometry; include shared/vertex/onTarget.glsl before all others")

@@ -1,10 +1,10 @@
 # The filters: their classes, their names and their GLSL stages, which are embedded as constant strings.
 #
 #   velmora_filter(Gles3BlitFilter8 NAMES BlitFilter3x8 BlitFilter4x8)   a class, and the names that make it
-#     STAGES copy   where filters/ has no Gles3BlitFilter8.vert or no .frag: copy.vert and copy.frag in their place
+#     STAGES copy   uses copy.vert or copy.frag if filters/ has no Gles3BlitFilter8.vert or no .frag
 #     TEMPLATE      a class template, which has a header only
 #
-# A class without a .cpp has nothing to define but its constructor, which hands the two stages on: that is written for it.
+# A class without a .cpp defines nothing but its constructor, which passes the two stages on: it is generated.
 #
 #   velmora_add_filters(target)   adds the classes, the stages and the registry of all filters named so far
 #
@@ -69,7 +69,7 @@ function(velmora_filter class)
   endforeach()
 endfunction()
 
-# Every file that SOURCE includes, directly or not.
+# Every file that SOURCE includes, directly or indirectly.
 function(velmora_glsl_includes source root out)
   set(found "")
   file(STRINGS ${source} lines REGEX "^#include ")

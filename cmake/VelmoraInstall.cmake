@@ -1,4 +1,4 @@
-# What `cmake --install` lays down, and how a host finds it: find_package(velmora) and pkg-config, from the install tree
+# The files of `cmake --install`, and how a host finds them: find_package(velmora) and pkg-config, from the install tree
 # and from the build tree. Every path is relative to the package files, so the tree can be moved.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -44,7 +44,7 @@ foreach(header IN LISTS VELMORA_HEADERS)
   install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})
 endforeach()
 
-# Installed files find their neighbours wherever the prefix ends up.
+# Installed files find one another wherever the prefix is moved.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR} OUTPUT_VARIABLE libFromBin)
 set_target_properties(gles3renderbackend PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(
@@ -71,20 +71,21 @@ install(
   NAMESPACE velmora::
   FILE velmora-targets.cmake
   DESTINATION ${packageDir})
-# Without the static library: its build is tied to targets of this project alone.
+# Without the static library, whose build depends on targets of this project.
 export(
   TARGETS renderbackend gles3renderbackend
   NAMESPACE velmora::
   FILE ${PROJECT_BINARY_DIR}/velmora-targets.cmake)
 
-# pkg-config. In the build tree the files carry the suffix that makes pkg-config prefer them: PKG_CONFIG_PATH=build/pkgconfig
+# pkg-config. In the build tree the files have the suffix that makes pkg-config prefer them:
+# PKG_CONFIG_PATH=build/pkgconfig
 set(pcDir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE
            prefixFromPc)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE libFromPrefix)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_INCLUDEDIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE
            includeFromPrefix)
-# A blank would end a flag; ${pcfiledir} escapes its own.
+# A blank would end a flag; ${pcfiledir} is escaped by pkg-config.
 string(REPLACE " " "\\ " pcSource ${PROJECT_SOURCE_DIR})
 string(REPLACE " " "\\ " pcBuild ${PROJECT_BINARY_DIR})
 foreach(package velmora velmora-renderbackend)

@@ -1,4 +1,4 @@
-# What every target of this repository has in common: language level, warnings, hidden symbols, include root.
+# Properties of every target of this repository: language level, warnings, hidden symbols, include root.
 add_library(velmora-common INTERFACE)
 target_compile_features(velmora-common INTERFACE cxx_std_17)
 target_compile_options(

@@ -6,13 +6,13 @@
 #include <map>
 #include <string>
 
-/// The catalogue: the runs of each filter beside its model, a table a subject. `velmora verify`, the tests and the
-/// mutants of the GLSL all run these and no others.
+/// The catalogue: the runs that compare each filter with its model, one table per subject. `velmora verify`, the tests
+/// and the mutants of the GLSL all use exactly these.
 namespace conformance {
 
-/// All runs of one filter that the trial's depth asks for, with the inputs that tell a wrong result from a right one.
+/// All runs of one filter at the trial's depth, with inputs that distinguish wrong results from right ones.
 using Check = std::function<void(Trial&)>;
-/// By the filter's name.
+/// Keyed by the filter's name.
 using Checks = std::map<std::string, Check>;
 
 Checks copyChecks();

@@ -1,4 +1,4 @@
-// Conversions, colour transforms and truncation: each output pixel from one input pixel.
+// Conversions, colour transforms and truncation: pointwise filters.
 #include "conformance/Checks.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
@@ -21,7 +21,7 @@ using reference::packThreeChannel16;
 using reference::Planes3;
 using reference::Texels;
 
-// What an 8-bit target shows unclamped, and some beside it.
+// The values that an 8-bit target shows unclamped, and some beside them.
 constexpr std::int32_t kBelowBytes = -60;
 constexpr std::int32_t kAboveBytes = 320;
 
@@ -33,8 +33,8 @@ Texels samplesAroundBytes(int width, int height, std::uint32_t randomStart) {
     return reference::packOneChannel16(randomPlane(2 * width, height, randomStart, kBelowBytes, kAboveBytes));
 }
 
-// Every sample in every channel beside some around the bytes, boundaries against each other, bytes of any kind in the
-// places that hold none. Then every sample among all others.
+// Every sample in every channel, with others around the bytes' range; boundaries against each other; random bytes in
+// the unused places. Then every sample combined with all others.
 std::vector<Texels> threeChannelPictures(Trial const& trial) {
     std::vector<Texels> pictures = {packThreeChannel16(boundaryTriples()), randomTexels(64, 40, 6),
                                     packThreeChannel16(randomPlanes(64, 40, 7, -300, 300))};
@@ -51,7 +51,8 @@ std::vector<Texels> threeChannelPictures(Trial const& trial) {
     return pictures;
 }
 
-// Large coefficients that meet in the range of a byte, where every unit shows: green, or blue in every other pixel.
+// Large coefficients whose sum lies in a byte's range, where every unit is visible: green, or blue in every other
+// pixel.
 Texels cancellingCoefficients() {
     Planes3 const rgb = randomPlanes(256, 128, 12, -20, 275);
     Planes3 yCoCg = randomPlanes(256, 128, 13, -16000, 16000);
@@ -64,7 +65,7 @@ Texels cancellingCoefficients() {
     return packThreeChannel16(yCoCg);
 }
 
-// The two others over all of their values, the third one random.
+// All values of the two other channels, the third one random.
 std::vector<Texels> pairsOfChannels() {
     std::vector<Texels> pictures(3, randomTexels(256, 256, 1));
     for (size_t fixed = 0; fixed < pictures.size(); ++fixed) {
@@ -153,7 +154,7 @@ void checkTruncate16(Trial& trial) {
     Filter const filter = trial.prepared(description::filterTruncate16());
     std::vector<size_t> depths = {0, 1, 4, 11, 15, 16};
     if (trial.thorough()) depths.insert(depths.end(), {2, 3, 5, 6, 7, 8, 9, 10, 12, 13, 14});
-    // Nothing is left of a sample from 17 bits on. The count goes modulo 64: 68 bits are 4.
+    // From 17 bits on every sample becomes 0. The count is taken modulo 64: 68 bits are 4.
     if (trial.thorough()) depths.insert(depths.end(), {17, 31, 32, 33, 47, 63, 64, 68, 81});
     for (size_t const bits : depths) {
         for (bool const rounding : {false, true})

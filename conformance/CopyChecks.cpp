@@ -1,4 +1,4 @@
-// Copies: every byte as it was.
+// Copies: every byte is kept.
 #include "conformance/Checks.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
@@ -23,7 +23,7 @@ Pointwise copying(Copy const& copy) {
     return {copy.in, copy.out, [=](Texels const& texels) { return shown(texels, copy.out); }};
 }
 
-// In texels, which are copied one by one: those of a pixel also to an odd one first.
+// In texels, which are copied one by one: those of a pixel also to an odd first texel.
 Part inTexels(Layout layout, Part part) {
     auto const pixels = [&](int texels) { return static_cast<int>(logicalWidth(layout, texels)); };
     part.x = pixels(part.x);
@@ -53,7 +53,7 @@ void checkCopy(Trial& trial, std::string const& name, Copy const& copy) {
     expectTexelParts(trial, filter, copy);
 }
 
-// The copy of three channels copies four as well, for they have as many texels.
+// The copy of three channels copies four channels as well, because they take as many texels.
 void checkCopyOfPixelsInTwoTexels(Trial& trial) {
     checkCopy(trial, "BlitFilter3x16", {Layout::kThreeChannel16, Layout::kThreeChannel16});
     if (!trial.thorough()) return;

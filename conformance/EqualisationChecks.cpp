@@ -1,4 +1,4 @@
-// The equalisation, which makes tables of its own.
+// The equalisation, which computes tables of its own.
 #include "conformance/Checks.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
@@ -19,7 +19,7 @@ using reference::Texels;
 
 constexpr int kFewestEqualised = reference::kClaheRegion + 1; // rows or columns
 
-// Pixels left of x0 and above y0 stay.
+// Pixels left of x0 and above y0 keep their values.
 Texels equalised(Texels const& texels, double clip, int x0 = 0, int y0 = 0) {
     int const width = texels.width / 2;
     return reference::packFourChannel16(
@@ -40,7 +40,7 @@ void expectEqualised(Trial& trial, Filter const& filter, Texels const& texels, d
         trial.expect(filter, {trial.runner().uploaded(texels, layout)}, expected, layout, clippedAt(clip));
 }
 
-// Regions count from the first pixel of the part.
+// Regions start at the first pixel of the part.
 void expectPart(Trial& trial, Filter const& filter, Part const& part) {
     Texels const texels = greySlope(101, 73, 41);
     FilterSource const source = {trial.runner().uploaded(texels, Layout::kFourChannel16), static_cast<size_t>(part.x),
@@ -52,7 +52,7 @@ void expectPart(Trial& trial, Filter const& filter, Part const& part) {
     trial.expectWithin(filter, runOf(part, {source}), kept, Layout::kFourChannel16, clippedAt(3.0));
 }
 
-// What borders leave out is read and counted all the same. Below the side of a region it is equalised as well.
+// Pixels in the borders are read and counted. A border below the side of a region is equalised as well.
 void expectBorders(Trial& trial, Insets const& borders) {
     constexpr int kWidth = 170;
     constexpr int kHeight = 130;
@@ -81,16 +81,16 @@ void expectManySizes(Trial& trial, Filter const& filter) {
         for (double const clip : {0.5, 1.0, 3.0, 40.0})
             expectEqualised(trial, filter, texels, clip);
     }
-    // Too few pixels in either direction pass through.
+    // Pictures with too few pixels in either direction pass through.
     for (auto const& [width, height] : {std::pair{40, 200}, {90, 40}, {1, 1}, {41, 39}})
         expectEqualised(trial, filter, greySlope(width, height, 2), 3.0);
 }
 
 void expectThorough(Trial& trial, Filter const& filter) {
     expectManySizes(trial, filter);
-    // The clip limit goes through single precision, and is 4 there.
+    // Rounded to single precision the clip limit is 4.
     expectEqualised(trial, filter, greySlope(80, 60, 5), std::nextafter(4.0, 0.0));
-    expectEqualised(trial, filter, randomTexels(2 * 83, 91, 6), 3.0); // samples that are no grey values
+    expectEqualised(trial, filter, randomTexels(2 * 83, 91, 6), 3.0); // samples beyond the grey values
     for (auto const grey : std::vector<std::int16_t>{-7, 0, 100, 255, 1000}) {
         std::vector<std::int16_t> const uniform(size_t{50} * 45 * 4, grey);
         expectEqualised(trial, filter, reference::packFourChannel16(uniform, 50, 45), 1.0);

@@ -4,7 +4,7 @@
 
 namespace conformance {
 
-/// How much an unsharp mask sharpens, as its records say it.
+/// The strength of an unsharp mask, as in its records.
 struct Gain {
     double gain;
     std::int32_t shiftBits = 0;

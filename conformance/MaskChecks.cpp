@@ -1,4 +1,4 @@
-// Masks: what lies underneath a shape, byte for byte.
+// Masks: the source's bytes under a shape.
 #include "conformance/Checks.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
@@ -18,7 +18,7 @@ namespace {
 
 using reference::Texels;
 
-// Cells from minimum to maximum, both of them in it.
+// Cells from minimum to maximum, both inclusive.
 struct Rectangle {
     unsigned int minX;
     unsigned int minY;
@@ -50,7 +50,7 @@ struct Masking {
     Shape shape;
 };
 
-// Which texel of the source a texel of the target shows.
+// The texel of the source that a texel of the target shows.
 using Place = std::array<int, 2> (*)(int x, int y);
 
 // A rectangle of cells c0 to c1 covers the texels c0 to c1 - 1.
@@ -90,13 +90,13 @@ std::array<int, 2> samePlace(int x, int y) {
     return {x, y};
 }
 
-// Borders that leave half of the source's columns and rows, which then fill the target: each texel four times.
+// Borders that leave half of the source's columns and rows; these fill the target: each texel four times.
 constexpr int kBorderLeft = 6;
 constexpr int kBorderRight = 14;
 constexpr int kBorderTop = 5;
 constexpr int kBorderBottom = 7;
 
-// In texels.
+// Borders in texels.
 Filter bordered(Filter const& mask, Layout layout, int left, int right, int top, int bottom) {
     return {mask.name(),
             logicalWidth(layout, left),
@@ -119,7 +119,7 @@ std::array<int, 2> insideTheBorders(int x, int y) {
     return {kBorderLeft + x / 2, kBorderTop + y / 2};
 }
 
-// Executed like any other filter it copies, and of a picture with borders what is inside them.
+// Executed like any other filter it copies; with borders it copies the pixels inside them.
 void expectCopies(Trial& trial, std::string const& name, Layout layout) {
     Filter const mask = description::byName(name);
     Filter const filter = trial.prepared(mask);

@@ -21,11 +21,11 @@ using reference::Texels;
 
 constexpr Matrix3 kIdentity = {1024, 0, 0, 0, 1024, 0, 0, 0, 1024};
 constexpr Matrix3 kWarm = {1300, 20, -60, -200, 1050, 90, -76, -46, 994};
-// Coefficients that 11 bits do not hold.
+// Coefficients that do not fit in 11 bits.
 constexpr Matrix3 kStrong = {4097, -2051, 0, -3073, 3077, 7, 3, -2, 1023};
-// Halves of it end in one half.
+// Halves of these coefficients are not whole.
 constexpr Matrix3 kOdd = {1024, 3, -3, 200, 1023, 0, 1, -15, 1200};
-// Rows of coefficients that keep every sum of three samples within 16384.
+// Coefficients that keep every sum of three samples within 16384.
 constexpr Matrix3 kSmall = {170, -1, 100, -171, 255, -200, 150, 256, 211};
 
 struct Product {
@@ -59,7 +59,7 @@ void expect8(Trial& trial, Filter const& filter, Texels const& image, Product co
 void expectThorough8(Trial& trial, Filter const& filter) {
     for (Product const& product : {Product{kIdentity, 1.0}, {kWarm, 0.37}, {kOdd, 0.5}})
         expect8(trial, filter, randomColours(3), product);
-    // Odd colours at half strength end in one half, which is rounded up on every implementation.
+    // Odd colours at half strength give exact halves, which every implementation rounds up.
     expect8(trial, filter, randomColours(5), {{512, 0, 0, 0, 512, 0, 0, 0, 512}, 1.0});
     expect8(trial, filter, randomColours(6), {{512, 512, -512, 256, -256, 1536, 768, 256, 512}, 1.0});
     // Sums that are clamped.
@@ -95,7 +95,7 @@ void expect16(Trial& trial, Filter const& filter, Planes3 const& pixels, Product
     expectEach(trial, filter, by16(product), {packThreeChannel16(pixels)}, paramsOf(product));
 }
 
-// Each sample beside small matrices of either sign, and the remainders of the division on both sides of zero.
+// Each sample with small matrices of either sign, and the remainders of the division on both sides of zero.
 void expectEverySample16(Trial& trial, Filter const& filter) {
     for (Matrix3 const& matrix : {kIdentity, kSmall, Matrix3{-512, 0, 1, 0, 511, 0, 0, 1, -510},
                                   Matrix3{1, 2, 3, 4, 5, 6, 7, 8, 9}, Matrix3{-1, -1, -1, -1, -1, -1, -1, -1, -1}})
@@ -110,8 +110,8 @@ void expectBoundaries16(Trial& trial, Filter const& filter) {
     expectEach(trial, filter, by16({kIdentity, 1.0}), {packThreeChannel16(boundaryTriples())}, Filter3x3MatrixParams());
     for (Matrix3 const& matrix : {kSmall, Matrix3{341, -300, 0, -341, 700, 340, 341, 20, -683}})
         expect16(trial, filter, boundaryTriples(), {matrix, 1.0});
-    // Rows whose magnitudes add up to 65535, on samples of all 16 bits. Most results need more than those: they leave
-    // modulo 2^16 down to -65536 and up to 65535, clamped beyond.
+    // Rows whose magnitudes add up to 65535, on samples of all 16 bits. Most results do not fit 16 bits: they are
+    // modulo 2^16 from -65536 to 65535, and clamped beyond.
     for (Matrix3 const& matrix : {Matrix3{21845, 65535, -1, 21845, 0, 65533, 21845, 0, 1},
                                   {-21845, 0, -32768, -21845, -65535, -32767, -21845, 0, 0},
                                   {65535, -40000, 1024, 0, 20000, -1024, 0, -5535, 63487}}) {
@@ -120,7 +120,7 @@ void expectBoundaries16(Trial& trial, Filter const& filter) {
     }
 }
 
-// Coefficients up to 8191 with samples as large as the result allows.
+// Coefficients up to 8191 with the largest samples that the result allows.
 void expectRandomMatrices16(Trial& trial, Filter const& filter) {
     std::mt19937 random(4);
     std::uint32_t randomStart = 400;
@@ -140,7 +140,7 @@ void expectThorough16(Trial& trial, Filter const& filter) {
         expect16(trial, filter, randomPlanes(250, 120, 3, -8192, 8191), {kWarm, strength});
     expect16(trial, filter, randomPlanes(40, 20, 6, -9000, 9000), {kOdd, 0.5});
     expect16(trial, filter, randomPlanes(40, 20, 6, -9000, 9000), {kIdentity, 0.5});
-    // Bytes of any kind in the places that hold none.
+    // Random bytes in the unused places.
     Product const any = {{100, 20, -30, 40, 150, 60, -70, 80, 200}, 1.0};
     expectEach(trial, filter, by16(any), {randomTexels(64, 12, 7)}, paramsOf(any));
     expectHalvesOfPixels(trial, filter, by16({kWarm, 1.0}), paramsOf({kWarm, 1.0}));

@@ -19,10 +19,10 @@ constexpr int kStripRows = 2;
 constexpr int kPictureWidth = 40; // pixels, of the picture that parts are cut from
 constexpr int kPictureHeight = 17;
 
-// The first of each list is what a sharp trial runs.
+// A sharp trial runs the first of each list.
 using Parts = std::vector<Part>;
 
-// Any odd place will do, but the parities of columns agree: samples of 16 bits share a texel with their neighbours.
+// Any odd place, but with equal parities of columns: 16-bit samples share a texel with their neighbours.
 Parts partsOfBytes() {
     return {{5, 3, 22, 9, 2, 4, 1, 2, 7, 5},   {0, 2, 13, 6, 0, 0, 0, 0, 0, 0},  {7, 2, 13, 6, 0, 0, 0, 0, 1, 1},
             {3, 2, 13, 6, 0, 0, 0, 0, 5, 0},   {4, 2, 13, 6, 0, 0, 0, 0, 6, 3},  {0, 2, 13, 6, 1, 0, 0, 0, 0, 0},
@@ -31,7 +31,7 @@ Parts partsOfBytes() {
             {14, 2, 15, 13, 4, 3, 5, 1, 2, 5}, {0, 10, 13, 1, 0, 0, 0, 0, 4, 0}, {7, 0, 1, 11, 0, 0, 0, 0, 1, 8}};
 }
 
-// Where each pixel has its own texels, parities need not agree.
+// Pixels with texels of their own need no equal parities.
 Parts partsAtOtherParities() {
     return {{0, 2, 15, 13, 0, 0, 0, 0, 1, 1}, {0, 2, 15, 13, 0, 0, 0, 0, 1, 0},  {5, 2, 15, 13, 1, 0, 0, 2, 2, 3},
             {0, 10, 13, 1, 0, 0, 0, 0, 3, 0}, {12, 2, 15, 13, 4, 3, 5, 1, 5, 1}, {7, 0, 1, 11, 0, 0, 0, 0, 0, 8},

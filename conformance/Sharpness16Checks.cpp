@@ -19,7 +19,7 @@ using reference::packThreeChannel16;
 using reference::Planes3;
 using reference::Texels;
 
-constexpr int kReach = 2; // pixels that the taps reach to each side, along x or along y
+constexpr int kReach = 2; // pixels; reach of the taps to each side, along x or along y
 
 Texels packedBoundaries(int width, int height, std::uint32_t randomStart) {
     return packThreeChannel16({boundaryPlane(width, height, randomStart), boundaryPlane(width, height, randomStart + 1),
@@ -89,13 +89,13 @@ void checkSharpnessH16(Trial& trial) {
 
 constexpr auto paramsOf = recordOf<FilterSharpness16Params>;
 
-// The picture, and what the first pass might have made of it.
+// The picture, and a possible output of the first pass.
 struct Passes {
     Texels source;
     Texels blurred;
 };
 
-// A picture with noise beside it, where every sample of the blur is possible.
+// A picture and, as its blur, noise in which every sample of a blur is possible.
 Passes noisy(int width, int height, std::uint32_t randomStart, std::int32_t first, std::int32_t last) {
     return {packThreeChannel16(randomPlanes(width, height, randomStart, first, last)),
             randomTexels(2 * width, height, randomStart + 1)};
@@ -129,8 +129,8 @@ void expectPart(Trial& trial, Filter const& filter, Passes const& passes, Part c
     trial.expectWithin(filter, run, kept, Layout::kThreeChannel16, paramsOf({gain}));
 }
 
-// Source and blur lie at different places of textures of different sizes. A blur near the source leaves small
-// differences, where the rounding shows.
+// Source and blur lie at different places of textures of different sizes. A blur close to the source leaves small
+// differences, which show the rounding.
 void expectPointed(Trial& trial, Filter const& filter) {
     for (double const gain : {1.0, 3.0, -2.0}) {
         expectPart(trial, filter,
@@ -154,7 +154,7 @@ void expectParts(Trial& trial, Filter const& filter) {
         expectPart(trial, filter, passes, part, {part.x - 3, part.y}, 2.0);
 }
 
-// Without borders: rows beyond the texture read its edge. Then targets of one texel per pixel, where a clip of one is
+// Without borders: rows beyond the texture read its edge. Then targets of one texel per pixel, whose clip of one is
 // half a pixel.
 void expectUpToTheEdges(Trial& trial) {
     Filter const filter = trial.prepared(withoutBorders("FilterSharpnessV16", 2));
@@ -183,7 +183,7 @@ void expectGains(Trial& trial, Filter const& filter) {
                          packThreeChannel16(randomPlanes(48, 24, 4, 64 * 500 - 20, 64 * 500 + 220))};
     for (double const gain : {1.0, 2.0, 5.0, -1.0, -4.0})
         expectSharp(trial, filter, near, {gain});
-    // The fraction of a gain is dropped: below one, the source is left, clamped to ten bits.
+    // The fraction of a gain is dropped: a gain below 1 leaves the source, clamped to ten bits.
     for (double const gain : {1.9, 0.9, -0.9, 0.0})
         expectSharp(trial, filter, noisy(14, 9, 11, -2000, 3000), {gain});
     // Each shift bit halves the gain, rounded down.
@@ -203,7 +203,7 @@ void expectEverySample(Trial& trial, Filter const& filter) {
                     {3.0});
     }
     expectSharp(trial, filter, {packedBoundaries(45, 20, 1), packedBoundaries(45, 20, 4)}, {2.0});
-    // Bytes of any kind in the places that hold none.
+    // Random bytes in the unused places.
     expectSharp(trial, filter, {randomTexels(26, 9, 16), randomTexels(26, 9, 17)}, {1.0});
 }
 

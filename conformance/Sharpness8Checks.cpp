@@ -18,7 +18,7 @@ namespace {
 using reference::Texel;
 using reference::Texels;
 
-constexpr int kReach = 2; // texels that the taps reach to each side
+constexpr int kReach = 2; // texels; reach of the taps to each side
 
 constexpr auto paramsOf = recordOf<FilterSharpness8Params>;
 
@@ -30,7 +30,7 @@ Texels gentleSlopes(int width, int height, int range) {
     return image;
 }
 
-// Lone pixels, 5 x 5 texels each, in surroundings of one value: every centre in 16 surroundings.
+// Lone pixels, 5 x 5 texels each, on backgrounds of one value: every centre on 16 backgrounds.
 Texels lonePixels() {
     Texels image(80, 1280);
     for (int y = 0; y < image.height; ++y) {
@@ -60,7 +60,7 @@ void expectSharp(Trial& trial, Filter const& filter, Texels const& image, Gain c
                  Layout::kRgba8, paramsOf(gain));
 }
 
-// Borders and clips come off a part.
+// Borders and clips of a part are left out.
 void expectParts(Trial& trial, Filter const& filter, std::vector<Part> const& parts) {
     Gain const gain = {1.25};
     Texels const image = randomTexels(31, 23, 8);

@@ -6,7 +6,7 @@
 
 namespace conformance {
 
-/// A filter through a table at any input depth, also one that its canonical description does not have.
+/// A table filter at any input depth, also at one that its canonical description does not have.
 inline Filter tableFilter(std::string const& name, size_t bitDepth) {
     bool const deep = bitDepth > 8;
     return {name,

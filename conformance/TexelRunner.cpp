@@ -126,7 +126,7 @@ Comparison TexelRunner::compareWithin(Filter const& filter, FilterRun const& run
 void TexelRunner::eraseTargets() {
     if (pictures_.empty()) return;
     pictures_.clear();
-    // A target that was erased may come back larger than it was asked for, and with it other coordinates.
+    // An erased target may be recycled larger than requested, which changes the texture coordinates.
     instance()->clearTargets();
 }
 

@@ -1,4 +1,4 @@
-// Tables of tones: every code of every depth, and curves that tell neighbouring entries apart.
+// Tone tables: every code of every depth, and curves with different neighbouring entries.
 #include "conformance/Checks.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
@@ -21,7 +21,7 @@ using reference::Texels;
 
 using AnyKey = ComparableSingleFilterParameters<unsigned char>;
 
-constexpr size_t kShallowest = 9; // of the samples of 16 bits
+constexpr size_t kShallowest = 9; // bits of a 16-bit sample
 constexpr size_t kDeepest = 16;
 
 struct Curve {
@@ -34,12 +34,12 @@ std::uint64_t codesOf(size_t depth) {
     return std::uint64_t{1} << depth;
 }
 
-// A ramp of 250 entries up from this one: steep enough that neighbours differ.
+// A ramp over 250 entries from this one on: so steep that neighbours differ.
 Curve rampFrom(std::uint64_t black) {
     return {1.0, black, black + 250};
 }
 
-// Every code in every channel, up and down, with other values beside it.
+// Every code in every channel, ascending and descending, with other values in the other channels.
 Texels everyCode() {
     constexpr int kCodes = 256;
     Texels image(kCodes, 4);
@@ -58,7 +58,7 @@ Pointwise through8(reference::ByteTable const& table) {
     return {Layout::kRgba8, Layout::kRgba8, [=](Texels const& image) { return reference::tableLookup8(image, table); }};
 }
 
-// Noise of samples that lie in the table, and some beside it.
+// Noise of samples within the table's range, and some outside.
 Pointwise through16(reference::ByteTable const& table, size_t depth) {
     auto const last = static_cast<std::int32_t>(std::min<std::uint64_t>(codesOf(depth), 32768U)) - 1;
     return {Layout::kThreeChannel16, Layout::kRgba8,
@@ -79,10 +79,10 @@ void checkLinear8ToSRGB8(Trial& trial) {
     expectEverywhere(trial, filter, lookup, AnyKey());
     if (!trial.thorough()) return;
     expectEach(trial, filter, lookup, {randomColours(5), colours(5), randomTexels(37, 23, 6)}, AnyKey());
-    // The record's key does not matter.
+    // The record's key has no effect.
     for (auto const key : std::vector<unsigned char>{0, 8, 12, 200})
         expectEach(trial, filter, lookup, {randomTexels(32, 8, 4)}, AnyKey(key));
-    // The top bits of each byte, where a table has fewer entries.
+    // Tables with fewer entries are indexed by the top bits of each byte.
     for (size_t depth = 1; depth < 8; ++depth)
         expectEach(trial, trial.prepared(tableFilter("FilterLinear8ToSRGB8", depth)), through8(srgbTable(depth)),
                    {colours(9)}, AnyKey());
@@ -125,7 +125,7 @@ void expectCurve(Trial& trial, Deep const& deep, Texels const& texels, Curve con
     expectEach(trial, deep.filter, through16(tableOf(deep.depth, curve), deep.depth), {texels}, recordOf(curve));
 }
 
-// Where neighbours in the table differ, codes around and beyond its end in one channel, any sample in another.
+// A table with different neighbours: codes around and beyond its end in one channel, any sample in another.
 void expectSteepRamp(Trial& trial, size_t depth) {
     std::uint64_t const black = codesOf(depth) / 4 - 60;
     auto const last = static_cast<std::int32_t>(black) + 300;
@@ -134,7 +134,7 @@ void expectSteepRamp(Trial& trial, size_t depth) {
     expectCurve(trial, deep(trial, depth), packThreeChannel16(pixels), rampFrom(black));
 }
 
-// Samples of 8 bits and less have stages of their own.
+// Depths of 8 bits and less have stages of their own.
 void expectShallow(Trial& trial, size_t depth, Texels const& image, Curve const& curve) {
     expectEach(trial, trial.prepared(tableFilter("FilterLinear16TosRGB8", depth)), through8(tableOf(depth, curve)),
                {image}, recordOf(curve));
@@ -147,7 +147,7 @@ void expectShallowDepths(Trial& trial) {
         expectShallow(trial, depth, colours(78), {1.0, 0, codesOf(depth) - 1});
 }
 
-// Around each place where rows of the table meet or halves of the range end.
+// Ramps around each place where rows of the table meet or halves of the range end.
 std::vector<Curve> rampsThroughTheTable(size_t depth) {
     std::uint64_t const last = std::min<std::uint64_t>(codesOf(depth) - 1, 32767);
     std::vector<Curve> curves;
@@ -166,7 +166,7 @@ void expectEveryDepth(Trial& trial) {
             std::vector<Curve> const more = rampsThroughTheTable(depth);
             curves.insert(curves.end(), more.begin(), more.end());
         }
-        // One after the other they tell all entries apart.
+        // Together they distinguish all entries.
         std::uint64_t const ramps = trial.full() ? codes / 250 : 1;
         for (std::uint64_t i = 0; i < ramps; ++i)
             curves.push_back(rampFrom(250 * i + 100));

@@ -11,7 +11,7 @@ namespace {
 
 constexpr size_t kTexelBytes = 4;
 constexpr int kCommonLength = 8192;
-constexpr int kBeyondHalfPrecision = 4112; // whole numbers end at 2048 there, and halves at 1024
+constexpr int kBeyondHalfPrecision = 4112; // a half float's whole numbers end at 2048, its halves at 1024
 
 std::string placeOf(size_t byte, Comparison const& comparison) {
     size_t const texel = byte / kTexelBytes;

@@ -10,36 +10,36 @@ namespace conformance {
 
 struct Pointwise;
 
-/// Is shown a filter, its model and its parameters.
+/// Receives a filter, its model and its parameters.
 using PointwiseVisitor = std::function<void(Filter const&, Pointwise const&, SingleFilterParameters const&)>;
 
-/// What was found of one filter.
+/// The result of one filter's comparisons.
 struct Tally {
-    std::uint64_t pixels = 0;         ///< output pixels that were compared
-    std::uint64_t differingBytes = 0; ///< of them; a texel has four
-    std::string firstDifference;      ///< where the first one lies, for a person; empty where there is none
+    std::uint64_t pixels = 0;         ///< output pixels compared
+    std::uint64_t differingBytes = 0; ///< among them; a texel has four
+    std::string firstDifference;      ///< human-readable place of the first one; empty: none
 };
 
-/// How deep a trial goes; each depth runs what the one before runs, or more of its kind.
+/// The depth of a trial; each includes the runs of the depths before, or larger ones.
 enum class Depth {
-    kSharp,    ///< small pointed pictures, together sharp enough to notice every wrong word in a filter's GLSL
-    kThorough, ///< and every value, strips as long as textures get, parts at many places, odd sizes and parameters
-    kFull      ///< and the exhaustive sets instead of samples of them
+    kSharp,    ///< small targeted pictures, together sharp enough to notice every wrong token in a filter's GLSL
+    kThorough, ///< also every value, strips of the longest textures, parts at many places, odd sizes and parameters
+    kFull      ///< also exhaustive sets instead of samples of them
 };
 
-/// How much a trial runs.
+/// The extent of a trial.
 struct Scope {
     Depth depth = Depth::kThorough;
-    /// The longest side that a texture can have and a viewport can show; at least 2048 on OpenGL ES 3.
+    /// The longest side of a texture and of a viewport; at least 2048 on OpenGL ES 3.
     int longestTexels = 2048;
-    /// A sharp trial too has strips as long as that: where it is about places, not about values.
+    /// A sharp trial too has strips of that length: for trials of places rather than of values.
     bool longStrips = false;
 };
 
-/// One filter's trial: runs it, and counts the bytes that differ from what a plain integer model gives.
+/// One filter's trial: runs it, and counts the bytes that differ from a plain integer model's.
 class Trial {
 public:
-    /// With a visitor no pointwise filter is run: each is shown to the visitor instead, with its program.
+    /// With a visitor no pointwise filter is run: the visitor receives each of them instead, with its program.
     Trial(TexelRunner& runner, Scope const& scope, PointwiseVisitor visitor = nullptr);
     ~Trial();
 
@@ -48,24 +48,25 @@ public:
 
     bool thorough() const { return scope_.depth != Depth::kSharp; }
     bool full() const { return scope_.depth == Depth::kFull; }
-    /// Sides of strips in texels, as long as coordinates must stay apart: 8192, and the longest there is; a sharp trial
-    /// has one, longer than floats of 16 bits count. Multiples of four, so that every layout fills them.
+    /// Lengths of strips in texels, along which coordinates must be exact: 8192, and the longest possible; a sharp
+    /// trial has one, beyond the precision of 16-bit floats. Multiples of four, so that every layout fills them.
     std::vector<int> stripLengths() const;
     TexelRunner& runner() { return runner_; }
     Tally const& tally() const { return tally_; }
 
     PointwiseVisitor const& visitor() const { return visitor_; }
 
-    /// The filter with its program; the trial gives it back.
+    /// The filter with its program, which the trial destroys.
     Filter prepared(Filter const& description);
 
-    /// Over all of the sources, into a destination of just the expected size. Gives back every target made so far.
+    /// Compares a run over all of the sources, into a destination of exactly the expected size. Erases every target
+    /// made so far.
     void expect(Filter const& filter, std::vector<size_t> const& sources, reference::Texels const& expected,
                 Layout layout, SingleFilterParameters const& params = {});
-    /// A part into a place of a larger destination: what lies around must stay as it is.
+    /// Compares a run of a part into a place of a larger destination: the surroundings must not change.
     void expectWithin(Filter const& filter, FilterRun const& run, reference::Texels const& expected, Layout layout,
                       SingleFilterParameters const& params = {});
-    /// Counts what differs; for results that do not come from executeFilter.
+    /// Counts the differences of results that do not come from executeFilter.
     void count(Comparison const& comparison, Layout layout);
 
 private:

@@ -30,8 +30,8 @@ Check const& runsOf(std::string const& name) {
                                    "conformance/...Checks.cpp");
 }
 
-// Not every exception is of the backend, whose texts have parts with names. A failure without a text would count as
-// none.
+// Exceptions of the backend have texts with named fields; others may be any, and an empty text would count as no
+// failure.
 std::string textOf(std::exception const& error) {
     std::string report = formatExceptionMessage(error);
     if (!report.empty()) return report;

@@ -1,4 +1,4 @@
-// The inverse 5/3 steps and what leads from their planes to pixels.
+// The inverse 5/3 steps, and the filters from their planes to pixels.
 #include "conformance/Checks.h"
 #include "conformance/Inputs.h"
 #include "conformance/Pointwise.h"
@@ -25,8 +25,8 @@ struct BandPair {
     Plane high;
 };
 
-// Sums that leave 16 bits are among those of a sharp trial. Then every low and every high sample, and coefficients of
-// 8-bit pictures at an odd number of rows.
+// A sharp trial includes sums that overflow 16 bits. Then every low and every high sample, and coefficients of 8-bit
+// pictures at an odd number of rows.
 std::vector<BandPair> bandPairs(Trial const& trial) {
     std::vector<BandPair> pairs = {{randomPlane(64, 31, 1, -2000, 2000), randomPlane(64, 31, 2, -600, 600)},
                                    {boundaryPlane(64, 31, 7), boundaryPlane(64, 31, 8)}};
@@ -56,7 +56,7 @@ void expectBandPairs(Trial& trial, Filter const& filter, InverseStep inverse) {
         expectInverse(trial, filter, inverse, bands);
 }
 
-// A part of two bands in samples of the bands, the clips in samples of the output; where the high band's part lies.
+// A part of two bands in samples of the bands, the clips in samples of the output; the place of the high band's part.
 struct BandPart {
     Part part;
     int highX;
@@ -69,7 +69,7 @@ Plane bandAround(int x, int y, Part const& part, std::uint32_t randomStart) {
     return randomPlane(width + 2 - width % 2, y + part.height + 1, randomStart);
 }
 
-// A step whose first rows the description leaves out takes that many more off the top.
+// If the description leaves out a step's first rows, so many more are cut off the top.
 void expectBandPart(Trial& trial, Filter const& filter, InverseStep inverse, BandPart const& bands) {
     Part const& part = bands.part;
     Plane const low = bandAround(part.x, part.y, part, 1);
@@ -93,8 +93,7 @@ void expectBandParts(Trial& trial, Filter const& filter, InverseStep inverse, st
         expectBandPart(trial, filter, inverse, {part, part.x, part.y});
 }
 
-// M samples of each band give 2 * M - 4: strips of outputs as long as the trial's strips, from bands of half the
-// length.
+// M samples of each band give 2 * M - 4: outputs as long as the trial's strips need bands of half the length.
 void checkHorizontalStep(Trial& trial) {
     Filter const filter = trial.prepared(description::filterFirIH53LeGall16());
     InverseStep const inverse = reference::inverseFilter53Horizontal;
@@ -106,7 +105,7 @@ void checkHorizontalStep(Trial& trial) {
     expectBandPart(trial, filter, inverse, {{3, 2, 14, 6, 2, 0, 0, 0, 5, 3}, 21, 5});
     if (!trial.thorough()) return;
     expectBandPart(trial, filter, inverse, {{2, 1, 12, 4, 0, 0, 0, 0, 0, 0}, 50, 3});
-    // An odd source column goes with an odd offset; clips are of whole texels, odd numbers of them too.
+    // An odd source column needs an odd offset; clips are of whole texels, odd numbers of them too.
     expectBandParts(trial, filter, inverse,
                     {{3, 3, 14, 8, 0, 0, 1, 0, 5, 5},
                      {2, 2, 14, 8, 2, 0, 1, 0, 4, 4},
@@ -122,7 +121,7 @@ void checkHorizontalStep(Trial& trial) {
                      {3, 2, 20, 6, 4, 6, 0, 1, 3, 0}});
 }
 
-// The step with its first rows declared invalid, as a host does that reads them elsewhere.
+// The step with its first rows declared invalid, for a host that reads these elsewhere.
 Filter verticalStepWithout(size_t firstRows) {
     return Filter("FilterFirIV53LeGall16", 0, 0, firstRows, 4, 0, 1, 0, 1, 1, 1, 2, 1, 2, 16, 16, 1, 1, 1, 1, 1, 1,
                   {true, true}, true, 16, RenderBackend::NEAREST);
@@ -130,7 +129,7 @@ Filter verticalStepWithout(size_t firstRows) {
 
 void expectVerticalParts(Trial& trial, Filter const& filter, InverseStep inverse) {
     expectBandPart(trial, filter, inverse, {{2, 3, 6, 9, 0, 0, 0, 0, 0, 0}, 8, 41});
-    expectBandPart(trial, filter, inverse, {{0, 3, 8, 9, 0, 0, 0, 0, 0, 0}, 0, 2}); // one row up, as the high band lies
+    expectBandPart(trial, filter, inverse, {{0, 3, 8, 9, 0, 0, 0, 0, 0, 0}, 0, 2}); // one row up, like the high band
     // Outputs start at an even row whatever the source row; clips of an odd number of rows keep them in place.
     expectBandParts(trial, filter, inverse,
                     {{4, 3, 14, 8, 2, 0, 1, 0, 5, 4},
@@ -140,7 +139,7 @@ void expectVerticalParts(Trial& trial, Filter const& filter, InverseStep inverse
                      {4, 6, 14, 9, 0, 0, 0, 0, 0, 4},
                      {4, 0, 14, 12, 0, 0, 1, 0, 0, 0},
                      {4, 2, 14, 12, 2, 4, 3, 1, 1, 2}});
-    // An odd border at the top goes with an odd offset.
+    // An odd border at the top needs an odd offset.
     expectBandParts(trial, trial.prepared(verticalStepWithout(1)), inverse,
                     {{4, 0, 14, 12, 0, 0, 0, 0, 0, 1}, {4, 2, 14, 12, 4, 2, 1, 2, 0, 3}});
     expectBandParts(trial, trial.prepared(verticalStepWithout(2)), inverse, {{4, 3, 14, 12, 0, 0, 0, 0, 1, 0}});
@@ -176,16 +175,16 @@ void expectInterleaved(Trial& trial, Filter const& filter, ThreePlanes const& pl
                  reference::interleave16(planes[0], planes[1], planes[2]), Layout::kThreeChannel16);
 }
 
-// Where the parts of the three planes start, in pixels.
+// Start of the three planes' parts, in pixels.
 using Places = std::array<std::array<int, 2>, 3>;
 
-// The part's own place does not count. Columns of the planes are of one parity.
+// The part's own place has no effect. Columns of the planes have equal parity.
 void expectInterleavedPart(Trial& trial, Filter const& filter, ThreePlanes const& planes, Places const& places,
                            Part const& part) {
     std::vector<size_t> const uploaded = uploadedPlanes(trial.runner(), planes);
     std::vector<FilterSource> sources;
     ThreePlanes read;
-    int const first = places[0][0] % 2; // where the part starts in its first texel
+    int const first = places[0][0] % 2; // position of the part in its first texel
     for (size_t c = 0; c < planes.size(); ++c) {
         auto const [x, y] = places[c];
         sources.push_back({uploaded[c], static_cast<size_t>(x), static_cast<size_t>(y), false});
@@ -198,7 +197,7 @@ void expectInterleavedPart(Trial& trial, Filter const& filter, ThreePlanes const
     trial.expectWithin(filter, runOf(part, sources), kept, Layout::kThreeChannel16);
 }
 
-// Twice the source column goes with the offset modulo four; clips of odd pixels keep the pixels whole.
+// Twice the source column equals the offset modulo four; clips of odd pixels keep the pixels whole.
 void expectInterleavedParts(Trial& trial, Filter const& filter) {
     ThreePlanes const planes = noisyPlanes(12, 9);
     for (Part const& part : {Part{0, 1, 13, 5, 0, 0, 0, 0, 0, 0},

@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <string>
 
-/// An OpenGL ES 3 context without a window, current on this thread while the object lives: what the examples have in
-/// place of a host's own. Any current context will do for the backend.
+/// An OpenGL ES 3 context without a window, current on this thread while the object lives: the examples' substitute for
+/// a host's own. The backend works with any current context.
 class GlContext {
 public:
     /// Throws std::runtime_error.
@@ -26,7 +26,7 @@ public:
     GlContext(GlContext const&) = delete;
     GlContext& operator=(GlContext const&) = delete;
 
-    /// The display stays: others in the process may use it.
+    /// The display is not terminated: other parts of the process may use it.
     ~GlContext() {
         eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
         eglDestroyContext(display_, context_);
@@ -38,10 +38,10 @@ private:
         return list != nullptr && (" " + std::string(list) + " ").find(" " + extension + " ") != std::string::npos;
     }
 
-    // ANGLE's own names are in a header of its own, which others do not install.
+    // The constants are in ANGLE's own header, which other implementations do not install.
     static EGLDisplay angleDisplay() {
         constexpr EGLenum kPlatformAngle = 0x3202;
-        // Its type is Vulkan, and the device SwiftShader.
+        // Platform type Vulkan, device SwiftShader.
         constexpr std::array<EGLAttrib, 5> kAttributes{0x3203, 0x3450, 0x3209, 0x3487, EGL_NONE};
         return eglGetPlatformDisplay(kPlatformAngle, nullptr, kAttributes.data());
     }

@@ -1,5 +1,5 @@
-// The shortest way from pixels to a picture: store a tile, draw it into a target, read it back.
-#include "GlContext.h" // any current OpenGL ES 3 context will do
+// The shortest path from pixels to a picture: store a tile, draw it into a target, read it back.
+#include "GlContext.h" // any current OpenGL ES 3 context works
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "renderbackend/Filter.h"
@@ -11,7 +11,7 @@
 
 namespace {
 
-// The host's surface: target 0. This program draws into a target of its own and has none.
+// The host's surface, target 0. This program draws into a target of its own and has no surface.
 class NoSurface : public RenderContext {
 public:
     size_t width() const override { return 0; }

@@ -1,6 +1,6 @@
-// Decoders fill tiles on threads of their own, while one GL thread hands out the room, uploads and draws.
-// docs/THREADS.md says which thread may do what, and when.
-#include "GlContext.h" // any current OpenGL ES 3 context will do
+// Decoders fill tiles on threads of their own, while one GL thread reserves room, uploads and draws. docs/THREADS.md
+// says which thread may do what, and when.
+#include "GlContext.h" // any current OpenGL ES 3 context works
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "renderbackend/ConcurrentStagingBuffer.h"
@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr size_t kTiles = 12; // along each side of the picture
+constexpr size_t kTiles = 12; // per side of the picture
 constexpr size_t kTileSide = 128;
 constexpr size_t kSide = kTiles * kTileSide;
 
@@ -33,7 +33,7 @@ Bytes decode(size_t left, size_t top, size_t side) {
     return pixels;
 }
 
-// Threads that decode tiles into the rooms they are given. All rooms are filled when it is gone.
+// Threads that decode tiles into reserved rooms. After its destructor all rooms are filled.
 class Decoders {
 public:
     explicit Decoders(size_t threads) {
@@ -42,7 +42,7 @@ public:
     }
     ~Decoders() {
         for (size_t i = 0; i < threads_.size(); ++i)
-            fill(nullptr); // sends one of them home
+            fill(nullptr); // ends one of the threads
     }
 
     void fill(ConcurrentStagingBuffer* room) {
@@ -69,7 +69,7 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<ConcurrentStagingBuffer*> rooms_;
-    std::vector<std::future<void>> threads_; // last, so that they end before the others go
+    std::vector<std::future<void>> threads_; // last, so that they end before the other members are destroyed
 };
 
 void stageAllTiles(RenderBackendInstance& gl) {
@@ -77,13 +77,13 @@ void stageAllTiles(RenderBackendInstance& gl) {
     {
         Decoders decoders(4);
         for (size_t tile = 0; tile < kTiles * kTiles; ++tile) {
-            // Uploads what was filled meanwhile, and waits for the decoders where all room is taken.
+            // Uploads filled rooms, and waits for the decoders if the ring is full.
             rooms.push_back(gl.concurrentStagingBuffer(tile, RenderBackend::TILE, {kTileSide, kTileSide, 3}));
             decoders.fill(rooms.back().get());
         }
-    } // every write() has returned: no room may go before
+    } // every write() has returned: rooms must live until then
     for (auto& room : rooms)
-        gl.synchronizeConcurrentStagingBuffer(std::move(room)); // uploads what is left
+        gl.synchronizeConcurrentStagingBuffer(std::move(room)); // uploads the rest
 }
 
 Bytes drawAllTiles(RenderBackendInstance& gl) {
@@ -93,7 +93,7 @@ Bytes drawAllTiles(RenderBackendInstance& gl) {
     std::vector<size_t> const whole = {0, kSide - 1, 0, kSide - 1};
     for (size_t tile = 0; tile < kTiles * kTiles; ++tile) {
         gl.drawTiles(target, blit, whole, whole, {kTileSide, kTileSide}, {{tile % kTiles, tile / kTiles}}, {tile}, {});
-        gl.unlockTile(tile); // staged tiles are locked; from here on the cache may drop it
+        gl.unlockTile(tile); // staged tiles are locked; from here on the cache may evict it
     }
     return gl.getPixels(target, {0, kSide, 0, kSide});
 }

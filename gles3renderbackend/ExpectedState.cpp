@@ -49,7 +49,7 @@ void expectNoSamplers(size_t units) {
     glActiveTexture(active);
 }
 
-// Another array is read as far as the indices go, from a buffer that may be too short or gone.
+// GL reads any other enabled array as far as the indices go, from a buffer that may be too short or deleted.
 void expectNoArrays() {
     auto const arrays = static_cast<GLuint>(integer(GL_MAX_VERTEX_ATTRIBS));
     for (GLuint index = 0; index < arrays; ++index) {
@@ -80,7 +80,7 @@ void expectedState::forDrawing(size_t units) {
 void expectedState::forMasking() {
     Look const look;
     expectDisabled(GL_RASTERIZER_DISCARD, "GL state: GL_RASTERIZER_DISCARD is off");
-    // The mesh of 16384 rectangles uses the index that would restart.
+    // The mesh of 16384 rectangles uses the restart index.
     expectDisabled(GL_PRIMITIVE_RESTART_FIXED_INDEX, "GL state: GL_PRIMITIVE_RESTART_FIXED_INDEX is off");
     expectNoSamplers(1);
     expectNoArrays();
@@ -109,7 +109,7 @@ void expectedState::forUploading() {
     Look const look;
     expectZero(GL_PIXEL_UNPACK_BUFFER_BINDING, "GL state: no pixel unpack buffer is bound");
     expectWholeRows();
-    // A tile that goes into the corner of its texture is uploaded under the alignment that there is.
+    // A tile that is written into the corner of its texture is uploaded under the current alignment.
     precondition(integer(GL_UNPACK_ALIGNMENT) <= 4, "GL state: GL_UNPACK_ALIGNMENT is at most 4");
 }
 

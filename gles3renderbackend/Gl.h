@@ -1,4 +1,4 @@
 #pragma once
 
-// The one file that includes the GL headers.
+// The only file that includes the GL headers.
 #include <GLES3/gl3.h>

@@ -46,7 +46,7 @@ Gles3ConcurrentStagingBuffer::~Gles3ConcurrentStagingBuffer() = default;
 void Gles3ConcurrentStagingBuffer::advanceRing(size_t next) {
     if (next == *instance_.readIndex_) {
         std::atomic<int> const& writers = (*instance_.bufferUse_)[next];
-        while (writers.load() > 0) {} // busy by design: the writers are on other cores, and close to done
+        while (writers.load() > 0) {} // deliberate spin: the writers are on other cores, and close to done
         instance_.syncTexturesFromPboRingBuffer();
         if (next == *instance_.readIndex_)
             throw VelmoraException("could not map PBO: ringbuffer exhausted", kConstructor);
@@ -56,8 +56,8 @@ void Gles3ConcurrentStagingBuffer::advanceRing(size_t next) {
 }
 
 void Gles3ConcurrentStagingBuffer::write(std::vector<std::uint8_t> const& pixels, size_t offset) {
-    // Held until the counter is lowered. The mapped memory goes with the ring: where there are no counters there is
-    // none.
+    // Held until the counter is lowered. The mapped memory goes with the ring: without counters there is no memory
+    // either.
     std::shared_ptr<std::vector<std::atomic<int>>> const bufferUse = bufferUse_.lock();
     if (!bufferUse) return;
     size_t const bytes = byteCount(size());
@@ -66,6 +66,6 @@ void Gles3ConcurrentStagingBuffer::write(std::vector<std::uint8_t> const& pixels
         std::memcpy(data_, pixels.data() + offset, bytes);
     else
         std::memset(data_, 0, bytes);
-    // Sequentially consistent: whoever reads the lowered counter on the GL thread sees the copy.
+    // Sequentially consistent: a GL thread that reads the lowered counter also sees the copy.
     (*bufferUse)[ringIndex_].fetch_sub(kUsePerWriter);
 }

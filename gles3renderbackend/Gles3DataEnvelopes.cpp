@@ -5,7 +5,7 @@
 
 namespace {
 
-// Drawn as GL_FLOAT: stored as integers the same bits would be denormals, and nothing would appear.
+// Drawn as GL_FLOAT: the bits of stored integers would be denormals, and nothing would appear.
 using Vertex = std::array<GLfloat, 2>;
 
 constexpr std::array<size_t, 6> kTriangles = {0, 1, 2, 0, 2, 3};

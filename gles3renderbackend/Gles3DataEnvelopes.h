@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <vector>
 
-/// An envelope set with the triangles that a mask is drawn with. GL thread only; copies share the GL buffers.
+/// An envelope set with the triangles of its mask. GL thread only; copies share the GL buffers.
 ///
-/// The mesh: four vertices a rectangle, each its corner as two 32-bit floats, and six 16-bit indices:
+/// The mesh: per rectangle four vertices, the corners as two 32-bit floats each, and six 16-bit indices:
 ///
 ///     1 (min x, max y) ---- 2 (max x, max y)
 ///        |              /      |              triangles: 0 1 2 and 0 2 3
@@ -24,11 +24,11 @@ public:
     Gles3DataEnvelopes& operator=(Gles3DataEnvelopes const&) = default;
     ~Gles3DataEnvelopes() override;
 
-    /// Besides the base: merges the cells of each element alone and uploads the mesh. Leaves both buffers bound. Where
-    /// it throws, cells, id and mesh are the old ones.
+    /// Besides the base: merges the cells of each element alone and uploads the mesh. Leaves both buffers bound. If it
+    /// throws, cells, id and mesh are unchanged.
     void set(std::vector<std::uint8_t> const& id, Data const& data) override;
 
-    /// Indices to draw, 0 until set() has run.
+    /// Number of indices to draw, 0 until set() has run.
     size_t indexCount() const { return indexCount_; }
     Gles3Buffer const& vertexBuffer() const { return vertexBuffer_; }
     Gles3Buffer const& indexBuffer() const { return indexBuffer_; }

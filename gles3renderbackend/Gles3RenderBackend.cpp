@@ -31,7 +31,7 @@ std::vector<std::atomic<int>> makeCounters() {
     return counters;
 }
 
-// Takes target 0 out of a table again unless the instance that it was put in for comes to life.
+// Removes target 0 from a table again unless the new instance is completed.
 template <class Table>
 class FirstTarget {
 public:
@@ -49,9 +49,9 @@ private:
 
 } // namespace
 
-// Owns what createInstance makes until the instance owns it.
+// Owns the resources that createInstance makes until the instance owns them.
 struct Gles3RenderBackend::NewResources {
-    // The resource that a handle refers to, or a new one made by `make`, which the handle refers to from then on.
+    // The resource that a handle refers to, or a new one from `make`, to which the handle then refers.
     template <class T, class Make>
     std::shared_ptr<T> shared(std::weak_ptr<T>& handle, Make make) {
         std::shared_ptr<T> resource = handle.lock();

@@ -48,7 +48,7 @@ size_t Gles3RenderBackendInstance::freeSlots() const {
     return std::numeric_limits<size_t>::max();
 }
 
-// Drawing is ordered by the GL stream: whoever reads a target next, reads what was drawn before.
+// The GL stream orders drawing: a later read of a target sees everything drawn before.
 bool Gles3RenderBackendInstance::targetReady(size_t /*target*/) const {
     return true;
 }

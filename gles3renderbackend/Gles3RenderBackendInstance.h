@@ -14,12 +14,12 @@
 
 class Gles3ConcurrentStagingBuffer;
 
-/// The working instance of the OpenGL ES 3 backend; made by Gles3RenderBackend::createInstance. What each operation
-/// does for a host stands with the interface, RenderBackendInstance; here stands what is this backend's own.
+/// The working instance of the OpenGL ES 3 backend; made by Gles3RenderBackend::createInstance. The interface,
+/// RenderBackendInstance, describes the operations for hosts; the comments here describe this backend's own behaviour.
 ///
 /// Everything runs on the GL thread. No GL state is cached or restored, because the host shares the context:
-/// docs/GL_STATE.md says per operation what is expected of it, set and left. docs/ERRORS.md lists every failure. A
-/// cached tile may be evicted at the next setTile; a locked one never is.
+/// docs/GL_STATE.md says per operation what is expected, set and left. docs/ERRORS.md lists every failure. A cached
+/// tile may be evicted at the next setTile; a locked one never is.
 class VELMORA_EXPORT Gles3RenderBackendInstance : public RenderBackendInstance {
 public:
     Gles3RenderBackendInstance(size_t id, RenderContext const& context, Gles3RenderBackend& backend);
@@ -34,13 +34,13 @@ public:
 
     /// Throws "Target does not exist", "Invalid color", and "Cannot clear buffer" for a packed target and a colour.
     void clear(size_t target, std::vector<size_t> const& color) override;
-    /// Also throws "Invalid rectangle". All of it under clear's location.
+    /// Also throws "Invalid rectangle". All failures carry clear's location.
     void clearRect(size_t target, std::vector<size_t> const& color, std::vector<size_t> const& rect) override;
 
     /// Throws "Target does not exist", "Instance for Filter <name> not available", "fewer sources than the filter has
     /// inputs" for a filter with more than one, and "No integer physical coordinate for logical coordinate"; nothing is
-    /// drawn then. Leaves the framebuffer, the program, the viewport, the quad's
-    /// buffers and the last tile's texture bound. A tile that is drawn becomes the most recently used.
+    /// drawn then. Leaves the framebuffer, the program, the viewport, the quad's buffers and the last tile's texture
+    /// bound. Drawn tiles become the most recently used ones.
     void drawTiles(size_t target, Filter const& tileShader, std::vector<size_t> const& range,
                    std::vector<size_t> const& canvasRange, std::vector<size_t> const& tileSize,
                    std::vector<std::vector<size_t>> const& blockCoords, std::vector<size_t> const& blocks,
@@ -53,8 +53,8 @@ public:
 
     /// Throws "Can't set tile pixels with this size", "pixel vector is shorter than its size says", and
     /// VelmoraRangeException beyond GL_MAX_TEXTURE_SIZE, after which the tile must be erased before it is set again. A
-    /// new tile then exists, empty, at a cost of 0 bytes. Costs width * height * components bytes of the budget, as
-    /// given: a 16-bit tile one byte per pixel.
+    /// new tile then exists, empty, at a cost of 0 bytes. A tile costs width * height * components bytes of the budget,
+    /// as given: a 16-bit tile one byte per pixel.
     void setTile(size_t tile, std::vector<unsigned char> const& pixels, std::vector<size_t> const& size,
                  size_t offset) override;
     bool tileSet(size_t tile) const override;
@@ -63,8 +63,8 @@ public:
 
     /// Throws "Requested DataEnvelopes doesn't exist".
     std::shared_ptr<DataEnvelopes const> dataEnvelopes(std::vector<unsigned char> const& id) const override;
-    /// Throws "a cell needs two coordinates: column and row". Whatever it throws, a stored set stays and an id that was
-    /// not set is not.
+    /// Throws "a cell needs two coordinates: column and row". After any exception a stored set stays, and an unknown id
+    /// stays unknown.
     void dataEnvelopes(
         std::vector<unsigned char> const& id,
         std::vector<std::pair<std::vector<unsigned short>, std::vector<std::vector<unsigned int>>>> const& data)
@@ -74,8 +74,8 @@ public:
     void unlockDataEnvelopes(std::vector<unsigned char> const& id) override;
 
     /// Throws "undefined pixel format", "no integer number of physical pixels for each logical pixel" and "Requested
-    /// size exceeds GLES3Backend capabilities"; nothing has changed then. Any other failure of making the target leaves
-    /// as a plain std::exception with the same text.
+    /// size exceeds GLES3Backend capabilities"; nothing has changed then. Any other failure is thrown as a plain
+    /// std::exception with the same text.
     size_t createTarget(std::vector<size_t> const& size, size_t bits, bool, ImageFiltering filter,
                         ImageFormatType format) override;
     void finalizeDrawSequence() override;
@@ -91,40 +91,41 @@ public:
     void waitForTarget(size_t target) override;
     size_t clearTiles() override;
 
-    /// Throws "Instance for Filter <name> not available", "fewer sources than the filter has inputs" and what the
-    /// filter says of its parameters; nothing is drawn then. A filter needs as many sources as its description has
+    /// Throws "Instance for Filter <name> not available", "fewer sources than the filter has inputs" and the filter's
+    /// exceptions about its parameters; nothing is drawn then. A filter needs as many sources as its description has
     /// inputs, but no more than its program samples.
     void executeFilter(Filter const& filter, std::vector<FilterSource> const& sources, size_t inputW, size_t inputH,
                        size_t destination, size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
                        SingleFilterParameters const& params, std::vector<size_t> const& offset) override;
-    /// Throws "Filter <name> not available" for a name that neither registry holds, and what compiling throws; the
-    /// filter is as before then.
+    /// Throws "Filter <name> not available" for a name that neither registry holds, and the compiler's failures; the
+    /// filter is unchanged then.
     void createFilterInstance(Filter& filter) override;
     /// Throws "Instance for Filter <name> not available" for a filter that was destroyed already.
     void destroyFilterInstance(Filter& filter) override;
     /// Throws "Instance for Filter <name> not available", "a range needs its start: values 0 and 2" and "fewer sources
     /// than the filter has inputs", for a filter with more than one, before any GL call; "Filter parameters cast
     /// failed" and "bad parameters cast", for envelopes that are not this backend's, with source and target bound and
-    /// nothing drawn. The sampler's unit is set in the program that was current before: where none was,
+    /// nothing drawn. The sampler's unit is set in the program that was current before: without one,
     /// GL_INVALID_OPERATION is pending afterwards, and the mask is drawn all the same. The starts of the range are
-    /// taken as unsigned numbers: there are none below 0.
+    /// unsigned: none is below 0.
     void maskRange(size_t source, size_t target, Filter const& maskShader, std::vector<size_t> const& range,
                    SingleFilterParameters const& params) override;
 
     /// Throws "Can't set tile pixels with this size" under setTile's location, "could not map PBO range", "could not
-    /// unmap PBO range" and "could not map PBO: ringbuffer exhausted": docs/THREADS.md says what becomes of the ring.
+    /// unmap PBO range" and "could not map PBO: ringbuffer exhausted": docs/THREADS.md describes the ring's state
+    /// afterwards.
     std::unique_ptr<ConcurrentStagingBuffer> concurrentStagingBuffer(size_t targetOrTileId, BufferType type,
                                                                      std::vector<size_t> const& size) override;
     /// Throws "could cast ConcurrentStagingBuffer to this backend" for a buffer of another backend, or none, "could not
-    /// map PBO range" and "could not unmap PBO range". The buffer is gone then; a tile that was written is uploaded
-    /// later.
+    /// map PBO range" and "could not unmap PBO range". The buffer is destroyed then; a tile that was written is
+    /// uploaded later.
     bool synchronizeConcurrentStagingBuffer(std::unique_ptr<ConcurrentStagingBuffer>&& buffer) override;
 
     /// The target of an id; an unknown id makes an empty one. The reference holds until the target is erased.
     Gles3Target& target(size_t target);
 
     /// The part of a source's texture that a filter's output shows: offset and scale in texture coordinates, of the
-    /// valid output extent inside the scaled source.
+    /// valid output extent within the scaled source.
     void inputTextureRange(FilterSource const& source, Filter const& filter, size_t inputW, size_t inputH,
                            size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom, double& offsetX,
                            double& offsetY, double& scaleX, double& scaleY);
@@ -141,11 +142,12 @@ private:
     Gles3Target& findOrMakeTarget(size_t target) const;
     Gles3Target& existingTarget(size_t target, char const* location);
     Gles3Shader* findShader(Filter const& filter) const;
-    /// {width, height}; no vector, for these are asked for at every draw.
+    /// {width, height}; an array, because every draw asks for it.
     using Extent = std::array<size_t, 2>;
-    /// What targetSize gives for this target.
+    /// As targetSize, for this target.
     Extent physicalSize(size_t id, Gles3Target const& target);
-    /// What a target's logical extents are measured against: its logical size, for the host's surface its texels.
+    /// The size against which a target's logical extents are measured: its logical size, for the host's surface its
+    /// texels.
     Extent referenceSize(size_t id, Gles3Target const& target);
     std::unique_ptr<Gles3Shader> createShader(Filter& filter) const;
     std::vector<size_t> textureSizeOfTile(std::vector<size_t> const& size, bool rgbaAccepted) const;

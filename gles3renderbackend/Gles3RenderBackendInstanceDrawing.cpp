@@ -24,7 +24,7 @@ constexpr char const* kDrawTiles =
 
 std::vector<float> const kIdentity = {1, 0, 0, 1};
 
-// Tiles whose textures are looked up before they are drawn. One after the other, each look-up would wait for memory;
+// Number of tiles whose textures are looked up before they are drawn. Single lookups would each wait for memory;
 // together they wait once.
 constexpr size_t kLookedUpAtOnce = 32;
 
@@ -42,7 +42,7 @@ size_t valueOrZero(std::vector<size_t> const& values, size_t index) {
     return index < values.size() ? values[index] : 0;
 }
 
-// logical * physicalSize / logicalSize, which must be a whole number of texels.
+// Returns logical * physicalSize / logicalSize, which must be a whole number of texels.
 size_t wholeTexels(size_t logical, size_t physicalSize, size_t logicalSize) {
     if (logical * physicalSize % logicalSize != 0)
         throw VelmoraException("No integer physical coordinate for logical coordinate", kDrawTiles);
@@ -61,7 +61,7 @@ struct Viewport {
     }
 };
 
-// One axis of the way from logical pixels to clip space, -1 to 1 over the range.
+// One axis of the transform from logical pixels to clip space, -1 to 1 over the range.
 struct ClipAxis {
     double scale;
     double origin;

@@ -5,7 +5,7 @@
 
 namespace {
 
-// What a stored rectangle is charged: deliberate, a fixed price that hosts plan their budgets with.
+// Cost of a stored rectangle. Deliberate: hosts plan their budgets with this fixed price.
 constexpr size_t kBytesPerEnvelope = 112;
 
 } // namespace
@@ -13,8 +13,8 @@ constexpr size_t kBytesPerEnvelope = 112;
 void Gles3RenderBackendInstance::dataEnvelopes(
     std::vector<unsigned char> const& id,
     std::vector<std::pair<std::vector<unsigned short>, std::vector<std::vector<unsigned int>>>> const& data) {
-    // A new object each time: whoever holds the previous one keeps it as it was. It is complete before the cache hears
-    // of it, so that a set that cannot be stored leaves the stored one alone and an id that was never set unset.
+    // A new object each time: holders of the previous one keep it unchanged. It is complete before the cache sees it,
+    // so that a set that cannot be stored leaves the stored one alone, and an unknown id unknown.
     auto const envelopes = std::make_shared<Gles3DataEnvelopes>();
     envelopes->set(id, data);
     std::pair<size_t, std::vector<unsigned char>> const key(this->id(), id);
@@ -26,7 +26,7 @@ std::shared_ptr<DataEnvelopes const> Gles3RenderBackendInstance::dataEnvelopes(
     std::vector<unsigned char> const& id) const {
     auto const* const slot = envelopeCache_->peek({this->id(), id});
     if (slot == nullptr)
-        // The text is as it stands although the id is a byte vector; hosts match on it.
+        // The text names a string although the id is a byte vector; hosts match on it.
         throw VelmoraException("Requested DataEnvelopes doesn't exist",
                                "DataEnvelopes Gles3RenderBackendInstance::dataEnvelopes(  std::string const& id)");
     return *slot;

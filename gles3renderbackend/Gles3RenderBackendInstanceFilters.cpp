@@ -51,14 +51,15 @@ void Gles3RenderBackendInstance::createFilterInstance(Filter& filter) {
     if (filter.instanceKey()) return;
     auto const key = std::make_shared<size_t>(smallestFreeKey(*shaderTable_));
     std::unique_ptr<Gles3Shader> created = createShader(filter);
-    // A host's factory may make nothing, and may instantiate another filter, which then has the key.
+    // A host's factory may make nothing, and may instantiate another filter, which then takes the key.
     if (!created || shaderTable_->count(*key) != 0)
         throw VelmoraException("Failed to create shader instance", kCreateShader);
     created->setInstanceKey(key);
-    // The Filter part alone, on purpose: the key, and all that the filter class adjusted. Copied before the table has
-    // the shader and moved afterwards, so that a filter without memory for it has no program in the table either.
+    // Deliberate: only the Filter part, with the key and everything that the filter class adjusted. It is copied before
+    // the table has the shader and moved afterwards, so that a filter for whose copy memory runs out has no program in
+    // the table either.
     Filter adjusted = static_cast<Filter const&>(*created);
-    created->forgetInstance(); // a filter that was bound before brought its instance along
+    created->forgetInstance(); // a filter that was bound before carries its instance
     shaderTable_->emplace(*key, std::move(created));
     filter = std::move(adjusted);
 }
@@ -95,7 +96,7 @@ void Gles3RenderBackendInstance::inputTextureRange(FilterSource const& source, F
                                                    double& scaleY) {
     Extent const size = referenceSize(source.target, findOrMakeTarget(source.target));
     auto const [outputW, outputH] = outputExtent(filter, inputW, inputH, clipLeft, clipRight, clipTop, clipBottom);
-    // The source as large as the filter would make all of it: what the output extent is a part of.
+    // The source at the size of the filter's whole output, of which the output extent is a part.
     double const scaledW = ratio(size[0] * filter.scaleXNum(), filter.scaleXDen());
     double const scaledH = ratio(size[1] * filter.scaleYNum(), filter.scaleYDen());
     double const x = static_cast<double>(source.x) * ratio(filter.scaleXNum(), filter.scaleXDen());

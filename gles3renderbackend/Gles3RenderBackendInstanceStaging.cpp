@@ -9,8 +9,8 @@
 
 namespace {
 
-// The records of a ring buffer on their way into textures. Those that are done leave the list, also where the next one
-// throws: so nothing is uploaded twice, and the next call goes on where this one stopped.
+// The records of a ring buffer that are being uploaded into textures. Finished ones leave the list, also if the next
+// one throws: so nothing is uploaded twice, and the next call continues there.
 template <class Records>
 class PendingRecords {
 public:
@@ -76,7 +76,7 @@ bool Gles3RenderBackendInstance::synchronizeConcurrentStagingBuffer(std::unique_
     if (staged->ringIndex() != *writeIndex_) return true; // closed already: it is, or will be, uploaded
 
     std::atomic<int> const& writers = (*bufferUse_)[*writeIndex_];
-    while (writers.load() > 0) {} // busy by design, see the constructor of the staging buffer
+    while (writers.load() > 0) {} // deliberate spin, see the constructor of the staging buffer
     size_t const next = (*writeIndex_ + 1) % pixelBuffers_->size();
     while (next == *readIndex_)
         syncTexturesFromPboRingBuffer();

@@ -27,7 +27,7 @@ constexpr char const* kGetPixelsBufferSize =
     "size_t Gles3RenderBackendInstance::getPixelsBufferSize(size_t target, std::vector<size_t> const& rect) const";
 constexpr char const* kInvalidRectangle = "Invalid rectangle";
 
-// How logical pixels sit in texels along x; at least one of the two is 1.
+// The packing of logical pixels in texels along x; at least one of the two is 1.
 struct Packing {
     size_t logicalPerPhysical;
     size_t physicalPerLogical;
@@ -79,7 +79,7 @@ VelmoraException tooLarge(VelmoraRangeException const& failure, Packing const& p
                 " & height: " + std::to_string(height)};
 }
 
-// The pooled target that wastes the fewest texels; the one erased first where several do.
+// The pooled target that wastes the fewest texels; among equals the one erased first.
 std::list<Gles3Target>::iterator bestFit(std::list<Gles3Target>& pool, size_t physicalWidth, size_t height,
                                          Packing const& pack, RenderBackend::ImageFiltering filtering,
                                          RenderBackend::ImageFormatType format) {
@@ -167,21 +167,21 @@ size_t Gles3RenderBackendInstance::createTarget(std::vector<size_t> const& size,
         addTarget(*targetTable_, id, physicalWidth, size, pack, filter, texels);
         return id;
     }
-    // A recycled target is handed out whole, with its own size and its old pixels.
+    // A recycled target keeps its whole size and its old pixels.
     std::vector<size_t> whole = {pooled->width() * pack.logicalPerPhysical / pack.physicalPerLogical, pooled->height()};
-    Gles3Target& recycled = targetTable_->emplace(id, std::move(*pooled)).first->second; // takes memory before it moves
+    Gles3Target& recycled = targetTable_->emplace(id, std::move(*pooled)).first->second; // allocates before it moves
     targetPool_->erase(pooled);
     recycled.repack(std::move(whole), pack.logicalPerPhysical, pack.physicalPerLogical);
     return id;
 }
 
-// Between pool and table: neither loses a target for want of memory in the other.
+// Targets move between pool and table: neither loses one if memory for the other runs out.
 static_assert(std::is_nothrow_move_constructible_v<Gles3Target>);
 
 void Gles3RenderBackendInstance::eraseTarget(size_t target) {
     Gles3Target& erased = findOrMakeTarget(target);
     try {
-        targetPool_->push_back(std::move(erased)); // takes memory first: where there is none, nothing has moved
+        targetPool_->push_back(std::move(erased)); // allocates first: if that fails, nothing has moved
     } catch (std::bad_alloc const&) {              // NOLINT(bugprone-empty-catch)
         // Destructors of hosts erase targets: one that cannot be pooled is released below instead.
     }
@@ -250,13 +250,13 @@ std::vector<unsigned char> Gles3RenderBackendInstance::getPixels(size_t target, 
     requireReadRectangle(rect, kGetPixelsVector);
     size_t const checked = getPixelsBufferSize(target, rect);
     Gles3Target const& found = findOrMakeTarget(target);
-    // RGBA32 delivers 4 bytes per texel: a vector that had to grow for them would be copied.
+    // RGBA32 delivers 4 bytes per texel: a vector that had to grow to that size would be copied.
     std::vector<unsigned char> pixels(found.format() == RenderBackend::RGBA32 ? checked / 3 * 4 : checked);
     found.getPixels(pixels, rect[0], rect[2], rect[1], rect[3]);
     return pixels;
 }
 
-// Deliberate: 3 bytes per texel whatever the format is, the same count that reading checks for.
+// Deliberate: 3 bytes per texel whatever the format, the same count that reading checks for.
 size_t Gles3RenderBackendInstance::getPixelsBufferSize(size_t target, std::vector<size_t> const& rect) const {
     requireReadRectangle(rect, kGetPixelsBufferSize);
     return findOrMakeTarget(target).texelWidth(rect[1]) * rect[3] * 3;

@@ -15,7 +15,7 @@ constexpr char const* kSetTile =
 
 } // namespace
 
-// The texture that a tile of this size becomes. A one-component tile holds 16-bit samples, two to an RGBA texel.
+// The size of a tile's texture. A one-component tile holds 16-bit samples, two per RGBA texel.
 std::vector<size_t> Gles3RenderBackendInstance::textureSizeOfTile(std::vector<size_t> const& size,
                                                                   bool rgbaAccepted) const {
     size_t const components = size.size() < 3 ? 0 : size[2];
@@ -28,10 +28,10 @@ void Gles3RenderBackendInstance::setTile(size_t tile, std::vector<unsigned char>
                                          std::vector<size_t> const& size, size_t offset) {
     expectedState::forUploading();
     std::pair<size_t, size_t> const key(id(), tile);
-    // The entry comes first, and stays, empty, when the size is refused.
+    // The entry is made first, and stays, empty, if the size is refused.
     Gles3Texture& texture = textureCache_->get(key);
     texture.setPixels(pixels, textureSizeOfTile(size, true), offset);
-    // Deliberate: accounted by the size as given, so a 16-bit tile costs one byte per pixel.
+    // Deliberate: the cost is computed from the given size, so a 16-bit tile costs one byte per pixel.
     textureCache_->setSize(key, size[0] * size[1] * size[2]);
 }
 
@@ -55,7 +55,7 @@ size_t Gles3RenderBackendInstance::eraseTiles(size_t first, size_t last) {
     return textureCache_->eraseRange({id(), first}, {id(), last});
 }
 
-// A half-open range: the tile whose id is the largest number of all stays.
+// A half-open range: the tile with the largest of all ids stays.
 size_t Gles3RenderBackendInstance::clearTiles() {
     return eraseTiles(0, std::numeric_limits<size_t>::max());
 }

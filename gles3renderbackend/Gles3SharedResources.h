@@ -3,7 +3,7 @@
 #include "gles3renderbackend/resources/Gles3Buffer.h"
 #include "gles3renderbackend/resources/Gles3Texture.h"
 
-/// What every tile is drawn with: the unit quad, and a texture for tiles that are not there. GL thread only.
+/// Resources shared by all tiles: the unit quad, and a placeholder texture for missing tiles. GL thread only.
 class Gles3SharedResources {
 public:
     /// Leaves no buffer bound.

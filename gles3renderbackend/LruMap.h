@@ -11,13 +11,13 @@
 #include <memory>
 #include <vector>
 
-/// A map with a budget in bytes that forgets its least recently used entries. Entries can be locked: a locked entry
-/// is never evicted and its bytes do not count against the budget. One thread only.
+/// An LRU map with a budget in bytes. Entries can be locked: a locked entry is never evicted and its bytes do not count
+/// against the budget. One thread only.
 ///
 /// K: copyable, `==`, `<`, hashable by Hash. V: default constructible; it is built in place, never copied or moved,
 /// and destroyed exactly once, when its entry goes. References stay valid until then.
 ///
-/// Structure. One heap node an entry, reachable in three ways:
+/// Structure. One heap node per entry, reachable in three ways:
 ///
 ///     index_     open addressing by hash       key -> entry; a slot keeps the hash, so a hit reads one slot, one node
 ///     byKey_     tree by key                   only for eraseRange
@@ -46,9 +46,9 @@ public:
     LruMap& operator=(LruMap const&) = delete;
     ~LruMap();
 
-    /// The value of `key`, now the most recently used. If it is absent, entries are evicted while the budget is
-    /// exceeded, and only then it is created: unlocked, of size 0. If V's constructor throws, what was evicted is gone
-    /// and nothing was inserted.
+    /// The value of `key`, which becomes the most recently used. If it is absent, entries are evicted while the budget
+    /// is exceeded, and only then it is created: unlocked, of size 0. If V's constructor throws, the evicted entries
+    /// are gone and nothing is inserted.
     V& get(K const& key);
 
     /// Like get, but null if absent: nothing is created or evicted. The cheapest way to use an entry.
@@ -60,9 +60,9 @@ public:
     /// 0 or 1. Does not count as a use.
     size_t count(K const& key) const { return lookUp(key) != nullptr ? 1 : 0; }
 
-    /// Sets the bytes that `key` stands for and returns those it stood for before; returns 0 and does nothing if it
-    /// is absent. If they grew, other entries are evicted while the budget is exceeded, but never `key` itself: when
-    /// only it and locked entries are left, the budget stays exceeded. Does not count as a use.
+    /// Sets the size of `key` in bytes and returns the old size; returns 0 and does nothing if it is absent. If the
+    /// size grew, other entries are evicted while the budget is exceeded, but never `key` itself: when only it and
+    /// locked entries are left, the budget stays exceeded. Does not count as a use.
     size_t setSize(K const& key, size_t bytes);
 
     /// Locking is a flag, not a count. No effect on an absent key; neither counts as a use and neither evicts.
@@ -76,12 +76,12 @@ public:
     size_t eraseRange(K const& lo, K const& hi);
 
     /// Evicts entries, least recently used first, until at most `bytes` are used or only locked entries are left.
-    /// Returns the bytes that went. For owners of several maps, who share out one budget from time to time.
+    /// Returns the bytes evicted. For owners of several maps with a common budget.
     size_t evictTo(size_t bytes);
 
-    /// Entries.
+    /// Number of entries.
     size_t size() const { return index_.size(); }
-    /// Bytes.
+    /// Budget in bytes.
     size_t capacity() const { return capacity_; }
     /// Bytes of all entries.
     size_t used() const { return used_; }
@@ -94,7 +94,7 @@ public:
 private:
     enum class Place : std::uint8_t { Recent, Returned, Locked };
 
-    // What a hit touches and what the way down the key tree touches lie together: one cache line for a small key.
+    // The fields that a hit and a descent in the key tree read are adjacent: one cache line for a small key.
     struct Entry {
         Entry(K const& entryKey, size_t entryHash) : key(entryKey), hash(entryHash) {}
 
@@ -132,8 +132,8 @@ private:
                               boost::intrusive::key_of_value<KeyOf>, boost::intrusive::compare<std::less<K>>,
                               boost::intrusive::constant_time_size<false>>;
 
-    // Hash table with linear probing. Always a free slot, no tombstones: erasing moves later entries of the run up.
-    // Grows by doubling and keeps its slots, 16 bytes each, until the map goes.
+    // Hash table with linear probing. It always has a free slot and no tombstones: erasing moves later entries of the
+    // run up. It grows by doubling and keeps its slots, 16 bytes each, as long as the map lives.
     class Index {
     public:
         Entry* find(K const& key, size_t hash) const;
@@ -149,7 +149,7 @@ private:
             Entry* entry = nullptr;
         };
 
-        // Fibonacci hashing: takes the high bits of a product, so that a weak Hash such as the identity will do.
+        // Fibonacci hashing: takes the high bits of a product, so that a weak Hash such as the identity suffices.
         size_t home(size_t hash) const {
             return static_cast<size_t>((std::uint64_t{hash} * 0x9E3779B97F4A7C15u) >> shift_);
         }
@@ -256,7 +256,7 @@ size_t LruMap<K, V, Hash>::erase(K const& key) {
 template <class K, class V, class Hash>
 size_t LruMap<K, V, Hash>::eraseRange(K const& lo, K const& hi) {
     if (!(lo < hi)) return 0;
-    // Both ends are looked up first: lo may be the key inside an entry that goes.
+    // Both ends are looked up first: lo may be the key inside an entry that is erased.
     auto entry = byKey_.lower_bound(lo);
     auto const end = byKey_.lower_bound(hi);
     size_t bytes = 0;
@@ -280,7 +280,7 @@ void LruMap<K, V, Hash>::touch(Entry& entry) {
 template <class K, class V, class Hash>
 typename LruMap<K, V, Hash>::Entry& LruMap<K, V, Hash>::insert(K const& key, size_t hash) {
     evict(nullptr);
-    // All that can throw comes before the first link that would have to be undone.
+    // Everything that can throw comes before the first link, which would have to be undone.
     index_.reserveOneMore();
     auto entry = std::make_unique<Entry>(key, hash);
     byKey_.insert(*entry);
@@ -289,7 +289,7 @@ typename LruMap<K, V, Hash>::Entry& LruMap<K, V, Hash>::insert(K const& key, siz
     return *entry.release();
 }
 
-// An entry older or younger than all of recent_ is still cheap to put there; that leaves the tree to the rare case.
+// An entry older or younger than all of recent_ is still cheap to link there; only the rare others go to the tree.
 template <class K, class V, class Hash>
 void LruMap<K, V, Hash>::enterRecency(Entry& entry) {
     entry.place = Place::Recent;
@@ -346,7 +346,7 @@ typename LruMap<K, V, Hash>::Entry* LruMap<K, V, Hash>::frontBut(Recency& recenc
     return front != recency.end() ? &*front : nullptr;
 }
 
-// Takes the entry out of everything and settles the sums before V's destructor runs.
+// Removes the entry from all structures and updates the sums before V's destructor runs.
 template <class K, class V, class Hash>
 size_t LruMap<K, V, Hash>::destroy(Entry& entry) {
     std::unique_ptr<Entry> const owned(&entry);
@@ -435,7 +435,7 @@ void LruMap<K, V, Hash>::Index::erase(Entry const& entry) noexcept {
     size_t hole = home(entry.hash);
     while (slots_[hole].entry != &entry)
         hole = next(hole);
-    // A later slot of the run may fill the hole unless its home lies behind the hole: then it would be lost.
+    // A later slot of the run may fill the hole unless its home lies behind the hole: then lookups would miss it.
     for (size_t i = next(hole); slots_[i].entry != nullptr; i = next(i)) {
         if (distance(home(slots_[i].hash), i) < distance(hole, i)) continue;
         slots_[hole] = slots_[i];

@@ -4,16 +4,16 @@
 
 #include <string>
 
-/// Failures that several rooms meet: one wording each.
+/// Failures that occur in several rooms, each with one wording.
 namespace failures {
 
-/// What the system says of an errno, in the words of our other messages.
+/// The text of an errno, in the style of our other messages.
 std::string reasonOf(int error);
 
 /// "cannot open 'PATH': REASON; check the path"
 HostError cannotOpen(std::string const& path, std::string const& reason);
 
-/// Both say which driver to install.
+/// Both texts say which driver to install.
 HostError noGlContext(std::string const& reason);
 HostError noGlContextForWindow(std::string const& reason);
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-/// FNV-1a (Fowler, Noll, Vo) of 64 bits: short names for long ones, no protection against anybody.
+/// FNV-1a (Fowler, Noll, Vo) of 64 bits: short names for long ones, without security.
 constexpr std::uint64_t kFnvOffset = 0xcbf29ce484222325u;
 constexpr std::uint64_t kFnvPrime = 0x100000001b3u;
 

@@ -36,7 +36,7 @@ std::string toText(Region const& region) {
 
 bool liesIn(Region const& region, Size const& picture) {
     if (region.width == 0 || region.height == 0) return false;
-    // Differences, not sums: x + width may exceed the largest size_t.
+    // Differences, because the sum x + width may overflow.
     return region.x < picture.width && region.width <= picture.width - region.x && region.y < picture.height &&
            region.height <= picture.height - region.y;
 }

@@ -17,13 +17,13 @@ struct Region {
     size_t height = 0;
 };
 
-/// What a region is along one axis.
+/// The extent of a region along one axis.
 struct Interval {
     size_t start = 0;
     size_t length = 0;
 };
 
-/// What lies between a rectangle and a smaller one inside, side by side.
+/// The distances between a rectangle and a smaller one inside, per side.
 struct Insets {
     size_t left = 0;
     size_t right = 0;
@@ -39,7 +39,7 @@ inline Size sizeOf(Region const& region) {
     return {region.width, region.height};
 }
 
-/// The picture of this size, whole.
+/// The whole picture of this size.
 inline Region wholeOf(Size const& size) {
     return {0, 0, size.width, size.height};
 }
@@ -54,11 +54,11 @@ inline Insets insetsOf(Region const& outer, Region const& inner) {
             outer.y + outer.height - inner.y - inner.height};
 }
 
-/// Whether the region lies wholly in a picture of this size; a region without pixels lies nowhere.
+/// Whether the region lies wholly in a picture of this size; false for a region without pixels.
 bool liesIn(Region const& region, Size const& picture);
 
-/// The region that "X,Y,W,H" names, four decimal whole numbers of which W and H are not 0.
-/// Throws std::invalid_argument with a sentence for the user for any other text.
+/// The region that "X,Y,W,H" names: four decimal whole numbers, W and H not 0. Throws std::invalid_argument with a
+/// sentence for the user for any other text.
 Region parseRegion(std::string const& text);
 
 /// "X,Y,W,H".

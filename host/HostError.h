@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <string>
 
-/// A failure whose cause lies with what the user asked for or with a file. what() is one line: what failed, on which
-/// file, and what to do about it.
+/// A failure that a user's request or a file causes. what() is one line: what failed, on which file, and what to do
+/// about it.
 class HostError : public std::runtime_error {
 public:
     enum class Kind {
@@ -23,7 +23,7 @@ public:
         OutOfMemory,
     };
 
-    /// `text` may hold names and texts out of files and messages of other libraries: what() is onOneLine() of it.
+    /// `text` may hold names and texts from files and messages of other libraries: what() is onOneLine() of it.
     HostError(Kind kind, std::string const& text);
 
     Kind kind() const { return kind_; }

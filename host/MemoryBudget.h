@@ -3,14 +3,14 @@
 #include <cstdint>
 #include <string>
 
-/// What a picture may take of the machine's memory: headers can say any size, and a program that tries to hold it takes
-/// the machine down with it.
+/// Limits on the memory that a picture may take: headers can state any size, and a program that tries to allocate it
+/// takes the machine down with it.
 namespace memorybudget {
 
-/// While it is read or imported.
+/// Limit while it is read or imported.
 constexpr std::uint64_t kPictureBytes = 4'000'000'000;
 
-/// The machine's memory, or what the process may take of it where that is less.
+/// The machine's memory, or the process's limit if that is less.
 std::uint64_t availableBytes();
 
 /// "12.3 GB"

@@ -9,13 +9,13 @@ namespace {
 constexpr auto kReplacement = "\xef\xbf\xbd"; // U+FFFD
 
 struct Character {
-    std::string_view bytes; // one, where it is no UTF-8
+    std::string_view bytes; // one byte if it is no UTF-8
     bool shown;
 };
 
 bool isShown(gunichar code) {
     bool const control = code < 0x20 || (code >= 0x7f && code <= 0x9f);
-    bool const ends = code == 0x2028 || code == 0x2029; // of a line, of a paragraph
+    bool const ends = code == 0x2028 || code == 0x2029; // line separator, paragraph separator
     bool const turns = code == 0x061c || code == 0x200e || code == 0x200f || (code >= 0x202a && code <= 0x202e) ||
                        (code >= 0x2066 && code <= 0x2069);
     return !control && !ends && !turns;

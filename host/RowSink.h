@@ -4,6 +4,6 @@
 #include <cstdint>
 #include <functional>
 
-/// Takes `count` finished rows of a picture, the next from the top: samples interleaved, tightly packed; those of 16
-/// bits in the machine's byte order.
+/// Takes the next `count` finished rows of a picture from the top: samples interleaved, tightly packed; 16-bit samples
+/// in the machine's byte order.
 using RowSink = std::function<void(std::uint8_t const* rows, size_t count)>;

@@ -11,7 +11,7 @@ std::vector<std::thread> startThreads(size_t count, std::function<void(size_t th
         for (size_t i = 0; i < count; ++i)
             threads.emplace_back(work, i);
     } catch (std::system_error const&) {
-        return threads; // limits of processes and of memory: those that run do the work
+        return threads; // limits of processes and of memory: the threads that run do the work
     } catch (std::bad_alloc const&) {
         return threads;
     }

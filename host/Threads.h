@@ -5,12 +5,12 @@
 #include <thread>
 #include <vector>
 
-/// Threads of `work`, which is told which of them it runs on: 0, 1, ... `count` of them, or as many as the system
-/// gives, perhaps none. The caller joins them. Throws std::bad_alloc, before the first thread is started.
+/// Starts threads that run `work` with their number, 0, 1, ...: `count` of them, or as many as the system gives,
+/// perhaps none. The caller joins them. Throws std::bad_alloc, before the first thread is started.
 std::vector<std::thread> startThreads(size_t count, std::function<void(size_t thread)> const& work);
 
-/// As many as a user may ask for.
+/// Upper limit of --jobs.
 constexpr size_t kMaxJobs = 1024;
 
-/// `wanted` threads, or where that is 0 one for each core.
+/// `wanted` threads; 0: one per core.
 size_t threadsFor(size_t wanted);

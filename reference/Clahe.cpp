@@ -63,8 +63,8 @@ Histogram regionHistogram(std::vector<std::int16_t> const& samples, int width, i
     return histogram;
 }
 
-// Where pixel position p stands between the centres of two regions: the cell's first region, how far into the cell, and
-// the cell's size. The half cell at the start has region -1 and the nearest region inside on its other side.
+// The place of pixel position p between the centres of two regions: the cell's first region, the offset into the cell,
+// and the cell's size. The half cell at the start has region -1 and on its other side the nearest region inside.
 struct CellPosition {
     int region;
     int inside;
@@ -85,7 +85,7 @@ size_t claheBin(std::int16_t sample) {
 
 std::uint32_t claheLimit(std::uint32_t pixels, double clip) {
     double const limit = pixels * clip / 256;
-    // Above the pixel count nothing is cut, whatever the limit.
+    // A limit above the pixel count cuts nothing.
     if (limit > pixels) return pixels;
     return std::max(std::uint32_t{1}, static_cast<std::uint32_t>(limit));
 }
@@ -159,7 +159,7 @@ std::int16_t claheInterpolated(ClaheTables const& tables, int x, int y, size_t b
     std::int64_t const upper = upperLeft * (across.size - across.inside) + upperRight * across.inside;
     std::int64_t const lower = lowerLeft * (across.size - across.inside) + lowerRight * across.inside;
     std::int64_t const sum = upper * (down.size - down.inside) + lower * down.inside;
-    // A double division cannot round across a half here: the divisor is at most 1600. So whole numbers say the same.
+    // The double division cannot round across a half here: the divisor is at most 1600. So whole numbers give the same.
     std::int64_t const area = std::int64_t{across.size} * down.size;
     return static_cast<std::int16_t>(roundDivAwayFromZero(sum, area));
 }

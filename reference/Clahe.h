@@ -21,37 +21,37 @@ size_t claheBin(std::int16_t sample);
 /// trunc(pixels * clip / 256), at least 1.
 std::uint32_t claheLimit(std::uint32_t pixels, double clip);
 
-/// Cuts every bin to the limit and spreads what was cut off over the others. Where the room that the first sharing
-/// leaves is not more than what remains, every bin ends at the limit and the rest is lost. `limit` is at least what
-/// claheLimit gives for the histogram's own total at clip 1.
+/// Cuts every bin to the limit and spreads the excess over the others. If the room left by the first sharing is not
+/// more than the rest of the excess, every bin ends at the limit and the rest is lost. `limit` is at least claheLimit
+/// of the histogram's total at clip 1.
 Histogram clippedHistogram(Histogram histogram, std::uint32_t limit);
 
-/// The same through the loop as published, for every case: two ways to one result.
+/// The same by the published loop, for every case: two ways to one result.
 Histogram clippedHistogramByLoop(Histogram histogram, std::uint32_t limit);
 
 /// min(255, trunc(running sum * (255 / 1600))) in double: 1600 pixels give 254, as 255/1600 has no exact double.
 Histogram claheMapping(Histogram const& clipped);
 
-/// Tables of all regions, row by row. A partial region at the right has its left neighbour's table, one at the bottom
-/// that of the region above. Width and height at least 41.
+/// Tables of all regions, row-major. A partial region at the right has its left neighbour's table, one at the bottom
+/// that of the region above. Width and height are at least 41.
 struct ClaheTables {
     int rows = 0;
     int columns = 0;
     std::vector<Histogram> mappings;
 
-    /// Rows and columns outside read the nearest region.
+    /// The table of the nearest region, for rows and columns outside too.
     Histogram const& clampedAt(int row, int column) const;
 };
 
 ClaheTables claheTables(std::vector<std::int16_t> const& samples, int width, int height, double clip);
 
-/// The equalised value of grey value `bin` at pixel (x, y): bilinear between the four nearest regions' tables. Cells
-/// stand at [0, 20), [20, 60), [60, 100) ... along each axis.
+/// The equalised value of grey value `bin` at pixel (x, y): bilinear between the tables of the four nearest regions.
+/// Cells are [0, 20), [20, 60), [60, 100) ... along each axis.
 std::int16_t claheInterpolated(ClaheTables const& tables, int x, int y, size_t bin);
 
-/// The whole filter on four samples per pixel. The clip limit goes through single precision and is at least 1. Pixels
-/// left of x0 and above y0 keep their value (x0 is 40 where the filter's invalidLeft is 40 or more, else 0; y0
-/// likewise); tables are over the whole buffer all the same. Below 41 pixels in either direction nothing changes.
+/// The whole filter on four samples per pixel. The clip limit is rounded to single precision and is at least 1. Pixels
+/// left of x0 and above y0 keep their values (x0 is 40 if the filter's invalidLeft is 40 or more, else 0; y0 likewise);
+/// tables cover the whole buffer all the same. Below 41 pixels in either direction nothing changes.
 std::vector<std::int16_t> clahe(std::vector<std::int16_t> samples, int width, int height, double clip, int x0, int y0);
 
 } // namespace reference

@@ -5,8 +5,8 @@
 #include <array>
 #include <cstdint>
 
-// 3 x 3 colour matrix in Q10 (1024 is 1.0), column by column: coefficients 0..2 are the weights of input red in output
-// red, green and blue, 3..5 those of input green, 6..8 those of input blue.
+// 3 x 3 colour matrix in Q10 (1024 is 1.0), column-major: coefficients 0..2 are the weights of input red in output red,
+// green and blue, 3..5 those of input green, 6..8 those of input blue.
 namespace reference {
 
 using Matrix3 = std::array<std::int32_t, 9>;

@@ -55,7 +55,8 @@ Signal inverse53(Bands const& bands) {
     return signal;
 }
 
-// Mirroring a signal about a sample keeps the parity of positions, so each band continues into itself.
+// Mirroring a signal about a sample keeps the parity of positions, so each band's continuation has samples of that band
+// only.
 std::int32_t extendedLow(Signal const& low, std::ptrdiff_t length, std::ptrdiff_t i) {
     return low[static_cast<size_t>(reflected(2 * i, length) / 2)];
 }

@@ -30,7 +30,7 @@ Plane inverse53Plane(PlaneBands const& bands);
 Pyramid forward53Pyramid(Plane const& plane, size_t levels);
 Plane inverse53Pyramid(Pyramid const& pyramid);
 
-/// One filter step in the filter's own terms on bands of one size: 2 * width - 4 columns, or 2 * height - 4 rows.
+/// One filter step, in the filter's form, on bands of one size: 2 * width - 4 columns, or 2 * height - 4 rows.
 Plane inverseFilter53Horizontal(Plane const& low, Plane const& highWindow);
 Plane inverseFilter53Vertical(Plane const& low, Plane const& highWindow);
 

@@ -16,7 +16,7 @@ int weightAt(int offset) {
     return kWeights.at(static_cast<size_t>(tap));
 }
 
-// Pixel x as a shader fetches it: each of its two texels clamped to the edge on its own.
+// Pixel x as a shader fetches it: each of its two texels is clamped to the edge separately.
 std::array<std::int32_t, 3> fetchedPixel(Texels const& texels, int x, int y) {
     Texel const even = texels.clampedAt(2 * x, y);
     Texel const odd = texels.clampedAt(2 * x + 1, y);

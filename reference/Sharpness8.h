@@ -6,8 +6,8 @@
 
 namespace reference {
 
-/// The gain as the shader gets it, in steps of 1/32: trunc(gain * 32), shifted right by shiftBits (0..31) with the sign
-/// kept. |gain * 32| < 2^31.
+/// The shader's gain, in units of 1/32: trunc(gain * 32), shifted right by shiftBits (0..31), arithmetically. |gain *
+/// 32| < 2^31.
 std::int32_t sharpness8GainIn32nds(double gain, int shiftBits);
 
 /// Unsharp mask on all four channels of an 8-bit image. Weights of the blur, 128 in all:

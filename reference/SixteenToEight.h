@@ -2,7 +2,7 @@
 
 #include "reference/Layouts.h"
 
-// Signed 16-bit samples shown on an 8-bit target as they are: not scaled, clamped to 0..255.
+// Signed 16-bit samples on an 8-bit target: unscaled, clamped to 0..255.
 namespace reference {
 
 /// One-channel 16-bit to a grey pixel per sample; alpha is 255. Twice as wide as the input texture.

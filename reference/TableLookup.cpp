@@ -7,7 +7,7 @@ namespace reference {
 namespace {
 
 std::uint8_t entryOfByte(ByteTable const& table, std::uint8_t byte) {
-    // The texel at coordinate byte / 255 of a row, the last one at the right end: for powers of two the top bits.
+    // The texel at coordinate byte / 255 of a row, the last one at the right end: the top bits for powers of two.
     return table.at(byte * table.size() / 256);
 }
 

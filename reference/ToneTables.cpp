@@ -28,8 +28,8 @@ ByteTable gammaTable(unsigned bitDepth, double gamma, std::uint64_t blackPoint, 
     auto const range = static_cast<double>(white - black);
     GammaToe const toe = gammaToe(gamma);
 
-    // Deliberate: the toe ends at this index itself, not this far above the black point. A gamma just above 1 puts it
-    // beyond the white point, where the loop ends; as a double it may exceed every integer.
+    // Deliberate: the toe ends at this index itself, not at the black point plus the index. A gamma just above 1 puts
+    // it beyond the white point, where the loop ends; as a double it may exceed every integer.
     double const toeEnd = std::round(toe.threshold * range);
 
     ByteTable table(size, 255);
@@ -74,7 +74,7 @@ ByteTable srgbTable(unsigned bitDepth) {
     for (int code = 0; code < 256; ++code) {
         double const x = code / 255.0;
         double const encoded = x < 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - 0.055;
-        // Deliberate: the floor makes 254 of 254.99999999999997 at code 255.
+        // Deliberate: at code 255 the floor turns 254.99999999999997 into 254.
         table.push_back(static_cast<std::uint8_t>(std::floor(encoded * 255)));
     }
     return table;

@@ -18,7 +18,7 @@ struct GammaToe {
 GammaToe gammaToe(double gamma);
 
 /// 2^bitDepth bytes: 0 below the black point, 255 from the white point on, the gamma curve between. Black and white are
-/// codes; white is cut to the largest code, then black to white. gamma > 0, bitDepth 1..16.
+/// codes; white is capped at the largest code, then black at white. gamma > 0, bitDepth 1..16.
 ByteTable gammaTable(unsigned bitDepth, double gamma, std::uint64_t blackPoint, std::uint64_t whitePoint);
 
 /// 8-bit sRGB codes to linear light, full scale 3500.

@@ -9,7 +9,7 @@ std::int32_t truncate16(std::int32_t value, std::uint64_t bits, bool rounding) {
     if (shift > 16) return 0;
     std::int64_t const divisor = std::int64_t{1} << shift;
     std::int64_t kept = magnitude / divisor * divisor;
-    // (2^bits - 1) / 2 in whole numbers: 0 for 0 bits and for 1 bit.
+    // (2^bits - 1) / 2 in integer division: 0 for 0 bits and for 1 bit.
     if (rounding && kept != 0) kept += (divisor - 1) / 2;
     return static_cast<std::int32_t>(value < 0 ? -kept : kept);
 }

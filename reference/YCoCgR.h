@@ -26,7 +26,7 @@ Rgb rgbFromYCoCg(YCoCg const& colour);
 
 /// 8-bit RGBA to (Y, Co, Cg) in the three-channel 16-bit layout; alpha of the input is not read.
 Texels rgba8ToYCoCg16(Texels const& rgba);
-/// (Y, Co, Cg) to (R, G, B), both three-channel 16-bit; results leave modulo 2^16.
+/// (Y, Co, Cg) to (R, G, B), both three-channel 16-bit; results are modulo 2^16.
 Texels yCoCg16ToRgb16(Texels const& yCoCg);
 /// (Y, Co, Cg) to 8-bit RGBA: results are clamped to 0..255, never wrapped; alpha is 255.
 Texels yCoCg16ToRgba8(Texels const& yCoCg);

@@ -12,8 +12,8 @@ public:
     Canvas& operator=(Canvas const&) = default;
     virtual ~Canvas();
 
-    /// Texels in a row.
+    /// Width in texels.
     virtual size_t width() const = 0;
-    /// Rows.
+    /// Height in texels.
     virtual size_t height() const = 0;
 };

@@ -11,7 +11,7 @@
 /// Room for one tile's pixels in memory that the GPU reads: made and given back on the GL thread, filled on any thread.
 class VELMORA_EXPORT ConcurrentStagingBuffer {
 public:
-    /// For classes of hosts' own: id 0, a tile, no size.
+    /// For hosts' own classes: id 0, a tile, no size.
     ConcurrentStagingBuffer();
     ConcurrentStagingBuffer(size_t targetOrTileId, RenderBackend::BufferType type, std::vector<size_t> size);
     ConcurrentStagingBuffer(ConcurrentStagingBuffer const&) = delete;
@@ -24,9 +24,9 @@ public:
 
     /// Whether write() may be called now.
     virtual bool ready() const = 0;
-    /// A handle of the backend's own, or null.
+    /// A native handle of the backend, or null.
     virtual void* nativeHandle() const = 0;
-    /// What a writer holds on to while it writes, or nothing.
+    /// An object that a writer holds while it writes, or null.
     virtual std::shared_ptr<void> keepAlive() const = 0;
 
     virtual size_t targetOrTileId() const;

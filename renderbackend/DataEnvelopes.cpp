@@ -11,8 +11,8 @@ namespace {
 using Corner = DataEnvelopes::Corner;
 using Rectangle = DataEnvelopes::Rectangle;
 
-// Cells as one number each, row before column, counted from the least row and column: in as few bits as they need, for
-// every bit costs sorting time.
+// Cells as one number each, row before column, counted from the least row and column: in as few bits as possible,
+// because every bit costs sorting time.
 struct CellKeys {
     Corner origin;
     unsigned columnBits;
@@ -40,8 +40,8 @@ CellKeys sortedKeys(std::vector<Corner> const& cells) {
     return sorted;
 }
 
-// Takes the runs of covered cells row by row, left to right, and lets a rectangle grow as long as the next row repeats
-// its run. Rectangles come out in the order of their upper left corners.
+// Takes the runs of covered cells in row-major order, and lets a rectangle grow as long as the next row repeats its
+// run. Rectangles come out in the order of their upper left corners.
 class RunJoiner {
 public:
     explicit RunJoiner(size_t runs) { rectangles_.reserve(runs); }
@@ -122,8 +122,8 @@ int DataEnvelopes::coverage(Corner min, Corner max) const {
     if (!index_) return 0;
     size_t const covered = index_->cellsInside({min, max});
     if (covered == 0) return 0;
-    // By division, for the whole plane has 2^64 cells, one more than a count can say; no more cells than the window's
-    // own can be covered, so the quotient reaches the height only where all are.
+    // By division, because the whole plane has 2^64 cells, one more than a count can hold. The quotient reaches the
+    // height only if all cells of the window are covered.
     size_t const width = size_t{max[0]} - min[0] + 1;
     size_t const height = size_t{max[1]} - min[1] + 1;
     return covered / width == height ? 2 : 1;
@@ -131,7 +131,7 @@ int DataEnvelopes::coverage(Corner min, Corner max) const {
 
 int DataEnvelopes::coverage(DataEnvelopes const& other) const {
     if (!index_ || !other.index_) return 0;
-    // The shared cells are the same seen from either side: walk the shorter list, ask the longer one's tree.
+    // The shared cells are the same from either side: iterate over the shorter list and query the longer one's tree.
     bool const otherIsShorter = other.count() < count();
     PackedRectangleIndex const& walked = otherIsShorter ? *other.index_ : *index_;
     PackedRectangleIndex const& asked = otherIsShorter ? *index_ : *other.index_;

@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what a shared library of this project shows to its host; everything else is hidden.
+/// Marks symbols that a shared library of this project exports; everything else is hidden.
 #define VELMORA_EXPORT __attribute__((visibility("default")))

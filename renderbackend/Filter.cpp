@@ -43,7 +43,7 @@ struct Interval {
     size_t end;
 };
 
-// One axis of a filter; both range directions are the same arithmetic on x and on y.
+// One axis of a filter; both range computations are the same arithmetic on x and on y.
 struct Axis {
     size_t invalidBefore;
     size_t invalidAfter;
@@ -130,7 +130,7 @@ void Filter::validate() const {
         throw VelmoraException("error x stride times x scale factor is not integer", kShortConstructor);
     if (scaleYNum_ * inputPosYStride_ % scaleYDen_ != 0)
         throw VelmoraException("error y stride times y scale factor is not integer", kConstructor);
-    // "compatibe" is how the text has always been spelled.
+    // "compatibe" is part of the fixed text.
     if (!alignmentFitsGrid(alignXIn_, inputPosXStride_, inputPosX0_) ||
         !alignmentFitsGrid(alignYIn_, inputPosYStride_, inputPosY0_))
         throw VelmoraException("input alignment not compatibe with input stride", kConstructor);
@@ -168,7 +168,7 @@ bool Filter::changesGeometry() const {
 
 std::vector<size_t> Filter::inputRange(std::vector<size_t> const& outputRange) const {
     requireRange(outputRange, kInputRange);
-    // The constructor lets it through: such a filter has an output, of no size, but no input that would give one.
+    // The constructor permits it: such a filter has an output of size 0, and no input range yields one.
     if (scaleXNum_ == 0 || scaleYNum_ == 0) throw VelmoraException("a scale of 0 has no input range", kInputRange);
     // Deliberate: signed here, unsigned in outputRange. A start that wrapped below zero is caught here and only here.
     auto const startsInBorder = [](size_t start, size_t border) {
@@ -217,7 +217,7 @@ void Filter::bind(std::shared_ptr<RenderBackendInstance> const& instance) {
     if (!instance)
         throw VelmoraException("no backend instance to bind to",
                                "void Filter::bind(std::shared_ptr<RenderBackendInstance> const& instance)");
-    instance->createFilterInstance(*this); // assigns over this whole filter, so that the instance is kept afterwards
+    instance->createFilterInstance(*this); // assigns to the whole filter, so the instance is set afterwards
     instance_ = instance;
 }
 

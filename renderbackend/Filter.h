@@ -14,15 +14,15 @@
 
 class RenderBackendInstance;
 
-/// One image operation, described without any GPU: its name, its borders, its input grid, its scale, its inputs.
+/// One image operation, described independently of a GPU: its name, borders, input grid, scale and inputs.
 ///
 ///     input grid along x:   P, P + S, P + 2S, ...       P = inputPosX0, S = inputPosXStride
 ///     output extent:        w = input * scaleXNum / scaleXDen - invalidLeft - invalidRight
 ///
-/// A value: copies share the key and the instance. It becomes runnable by bind(), or by
-/// RenderBackendInstance::createFilterInstance. Ranges are {xStart, xEnd, yStart, yEnd} in logical pixels, ends
-/// inclusive. All arithmetic is unsigned 64-bit; the constructors do not test denominators, strides and alignments for
-/// 0, and must not be given it. Any thread, except bind() and execute(), which run on the GL thread.
+/// A value: copies share the key and the instance. bind() or RenderBackendInstance::createFilterInstance makes it
+/// runnable. Ranges are {xStart, xEnd, yStart, yEnd} in logical pixels, ends inclusive. All arithmetic is unsigned
+/// 64-bit; the constructors do not check denominators, strides and alignments for 0, and must not be given it. Any
+/// thread, except bind() and execute(), which run on the GL thread.
 class VELMORA_EXPORT Filter {
 public:
     using ParametersFactory = std::function<std::shared_ptr<SingleFilterParameters>()>;
@@ -36,8 +36,8 @@ public:
            size_t scaleXDen, size_t scaleYNum, size_t scaleYDen, size_t numTexturesIn,
            RenderBackend::ImageFiltering filtering);
 
-    /// Throws VelmoraException where scale times stride is no whole number, where alignment and input grid do not fit,
-    /// and where signedIn has another length than numTexturesIn.
+    /// Throws VelmoraException if scale times stride is no whole number, if alignment and input grid do not fit, and if
+    /// signedIn has another length than numTexturesIn.
     Filter(std::string const& name, size_t invalidLeft, size_t invalidRight, size_t invalidTop, size_t invalidBottom,
            size_t inputPosX0, size_t inputPosXStride, size_t inputPosY0, size_t inputPosYStride, size_t scaleXNum,
            size_t scaleXDen, size_t scaleYNum, size_t scaleYDen, size_t numTexturesIn, size_t bitsPerPixelIn,
@@ -51,7 +51,7 @@ public:
     Filter& operator=(Filter&&) = default;
     virtual ~Filter();
 
-    /// A copy of the Filter part, also where the object is of a derived class.
+    /// A copy of the Filter part, also for an object of a derived class.
     virtual std::unique_ptr<Filter> clone() const;
 
     /// Output pixels at each border that the filter cannot compute.
@@ -60,16 +60,16 @@ public:
     virtual size_t invalidTop() const;
     virtual size_t invalidBottom() const;
 
-    /// Whether input and output pixels are anything but the same grid one to one.
+    /// Whether input and output differ in their grids, that is, are not pixel for pixel the same.
     virtual bool changesGeometry() const;
 
-    /// The input range that an output range needs. Throws "Input out of bounds" where the output starts inside the
-    /// invalid border; starts from 2^63 count as negative there. Starts left of the input grid's origin wrap. Throws "a
-    /// scale of 0 has no input range" where a scale's numerator is 0.
+    /// The input range that an output range needs. Throws "Input out of bounds" if the output starts inside the invalid
+    /// border; starts from 2^63 count as negative there. Starts left of the input grid's origin wrap. Throws "a scale
+    /// of 0 has no input range" if a scale's numerator is 0.
     virtual std::vector<size_t> inputRange(std::vector<size_t> const& outputRange) const;
-    /// The output range that an input range yields; one that yields nothing comes back with an end before its start.
-    /// Throws "Input out of bounds" where the input starts before the grid's origin, compared unsigned, and "an output
-    /// alignment of 0 has no output range" where a setter made it 0.
+    /// The output range that an input range yields; an empty one has an end before its start. Throws "Input out of
+    /// bounds" if the input starts before the grid's origin, compared unsigned, and "an output alignment of 0 has no
+    /// output range" if a setter made it 0.
     virtual std::vector<size_t> outputRange(std::vector<size_t> const& inputRange) const;
 
     size_t inputPosX0() const { return inputPosX0_; }
@@ -95,7 +95,7 @@ public:
     /// Whether the samples of input i are signed; i must be below numTexturesIn().
     bool signedIn(size_t i) const { return signedIn_[i]; }
     bool signedOut() const { return signedOut_; }
-    /// Significant bits of an input sample.
+    /// Significant bits per input sample.
     size_t bitDepthIn() const { return bitDepthIn_; }
     RenderBackend::ImageFiltering filtering() const { return filtering_; }
     std::string const& name() const { return name_; }
@@ -104,10 +104,10 @@ public:
     std::shared_ptr<size_t> instanceKey() const { return instanceKey_; }
     /// The instance that runs the filter; empty until bound.
     std::shared_ptr<RenderBackendInstance> instance() const { return instance_; }
-    /// A number that grows with every call, from 0.
+    /// A counter from 0, which every call increments.
     std::uint64_t nextSerial() { return serial_++; }
 
-    /// An input alignment sets the effective alignment of its axis anew.
+    /// Setting an input alignment recomputes the effective alignment of its axis.
     void setAlignXIn(size_t alignment);
     void setAlignXOut(size_t alignment) { alignXOut_ = alignment; }
     void setAlignYIn(size_t alignment);
@@ -115,20 +115,20 @@ public:
     void setInstanceKey(std::shared_ptr<size_t> key) { instanceKey_ = std::move(key); }
     void setParametersFactory(ParametersFactory factory) { parametersFactory_ = std::move(factory); }
 
-    /// A fresh record for this filter. Throws "Filter does not support parameters" where there is no factory.
+    /// A new record for this filter. Throws "Filter does not support parameters" without a factory.
     std::shared_ptr<SingleFilterParameters> getParametersObject() const;
 
-    /// GL thread. Has the instance create the filter's program, then keeps the instance for execute().
+    /// GL thread. Makes the instance create the filter's program, and keeps the instance for execute().
     void bind(std::shared_ptr<RenderBackendInstance> const& instance);
 
-    /// GL thread. Runs the filter in the instance that it is bound to: RenderBackendInstance::executeFilter.
+    /// GL thread. Runs the filter in the bound instance: RenderBackendInstance::executeFilter.
     /// clip: {left, right, top, bottom}; offset: {x, y}.
     void execute(std::vector<FilterSource> const& sources, size_t inputW, size_t inputH, size_t destination,
                  std::vector<size_t> const& clip, SingleFilterParameters const& params,
                  std::vector<size_t> offset) const;
 
 protected:
-    /// Lets go of the instance; the key stays.
+    /// Releases the instance; the key stays.
     void forgetInstance() { instance_.reset(); }
 
 private:

@@ -32,7 +32,7 @@ public:
         std::unique_ptr<Product> create(Argument argument) const override { return std::make_unique<T>(argument); }
     };
 
-    /// Stores a factory; one that already has the name is replaced and released. Throws VelmoraException "no factory to
+    /// Stores a factory; an existing one of the name is replaced and released. Throws VelmoraException "no factory to
     /// register" for an empty pointer.
     void registerFactory(Name const& name, std::shared_ptr<Factory> factory) {
         if (!factory)
@@ -44,14 +44,14 @@ public:
 
     bool has(Name const& name) const { return factories_.count(name) != 0; }
 
-    /// Throws a plain std::runtime_error "Invalid factory" for a name that has none.
+    /// Throws a plain std::runtime_error "Invalid factory" for an unknown name.
     std::shared_ptr<Factory> get(Name const& name) const {
         auto const found = factories_.find(name);
         if (found == factories_.end()) throw std::runtime_error("Invalid factory");
         return found->second;
     }
 
-    /// get(name)'s product; what its constructor throws passes through.
+    /// The product of get(name); exceptions of its constructor pass through.
     std::unique_ptr<Product> create(Name const& name, Argument argument) const { return get(name)->create(argument); }
 
 private:

@@ -32,7 +32,7 @@ bool contains(Rectangle const& outer, Rectangle const& inner) {
            inner.max[1] <= outer.max[1];
 }
 
-// Of a rectangle that is not empty and not the whole plane, whose 2^64 cells do not fit.
+// For a rectangle that is neither empty nor the whole plane, whose 2^64 cells overflow.
 size_t cellsOf(Rectangle const& a) {
     return (size_t{a.max[0]} - a.min[0] + 1) * (size_t{a.max[1]} - a.min[1] + 1);
 }
@@ -46,7 +46,7 @@ std::uint64_t hilbertPosition(std::uint32_t x, std::uint32_t y, unsigned bits) {
         std::uint32_t const lower = y >> bit & 1;
         position = position << 2 | ((3 * right) ^ lower);
         std::uint32_t const swapMask = lower - 1;              // all ones in the upper half
-        std::uint32_t const flipMask = (0 - right) & swapMask; // and in its right quadrant
+        std::uint32_t const flipMask = (0 - right) & swapMask; // all ones in its right quadrant
         x ^= flipMask;
         y ^= flipMask;
         std::uint32_t const difference = (x ^ y) & swapMask;
@@ -88,7 +88,7 @@ void PackedRectangleIndex::Node::put(size_t slot, Rectangle const& box) {
     maxY[slot] = box.max[1];
 }
 
-// One bit a slot. All slots are compared without a branch, so that the compiler can take several at once.
+// One bit per slot. All slots are compared without a branch, so that the compiler vectorises the loop.
 std::uint32_t PackedRectangleIndex::Node::slotsMeeting(Rectangle const& window) const {
     std::uint32_t slots = 0;
     for (unsigned slot = 0; slot < kFanOut; ++slot) {
@@ -152,8 +152,8 @@ PackedRectangleIndex::Rectangle PackedRectangleIndex::rectangle(size_t i) const 
     return levels_.front().nodes[i / kFanOut].box(i % kFanOut);
 }
 
-// A window is cut to the bounds first, and one that covers them is answered without the tree. So no window that walks
-// down the tree is the whole plane, the only one that would meet a blank.
+// A window is clipped to the bounds first, and one that covers them is answered without the tree. So no window in the
+// tree is the whole plane, the only window that would intersect a blank.
 size_t PackedRectangleIndex::cellsInside(Rectangle const& window) const {
     if (contains(window, bounds_)) return total_;
     Rectangle const inBounds = intersection(window, bounds_);

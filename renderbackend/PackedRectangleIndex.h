@@ -7,35 +7,35 @@
 #include <cstdint>
 #include <vector>
 
-/// Rectangles of grid cells that do not overlap, packed for one question: how many of their cells lie in a window?
-/// Built once, then only read. Internal to this library.
+/// Disjoint rectangles of grid cells, packed for one query: how many of their cells lie in a window? Built once, then
+/// only read. Internal to this library.
 ///
-/// A tree without pointers. The rectangles stand in the order of a Hilbert curve through their centres, 16 to a leaf;
-/// 16 neighbouring nodes make a node of the next level, up to a single root:
+/// A tree without pointers. The rectangles are sorted along a Hilbert curve through their centres, 16 per leaf; 16
+/// neighbouring nodes make a node of the next level, up to a single root:
 ///
 ///     level 2   [ 2 boxes, 2 sums, 14 blanks ]
 ///     level 1   [ 16 boxes, 16 sums ] [ 3 boxes, 3 sums, 13 blanks ]
 ///     level 0   [ 16 rectangles ] [ 16 rectangles ] ... [ 5 rectangles, 11 blanks ]
 ///
 /// Invariants: the box of slot k in node n is the hull of node 16 n + k one level below, its sum the number of cells
-/// that are covered there; a blank holds a box that no window but the whole plane meets. So a node that lies in the
-/// window whole is answered by its sum, and only nodes on the window's border are opened.
+/// covered there; a blank holds a box that no window but the whole plane intersects. So a node that lies wholly in the
+/// window is answered by its sum, and only nodes on the window's border are opened.
 class PackedRectangleIndex {
 public:
     using Rectangle = DataEnvelopes::Rectangle;
 
-    /// At least one rectangle.
+    /// Needs at least one rectangle.
     explicit PackedRectangleIndex(std::vector<Rectangle> const& rectangles);
 
     size_t count() const { return count_; }
-    /// Cells of all rectangles.
+    /// Number of cells of all rectangles.
     size_t total() const { return total_; }
     /// Rectangle i < count(), in the order of the tree.
     Rectangle rectangle(size_t i) const;
 
-    /// Covered cells in a window; none in one whose corners are swapped.
+    /// Number of covered cells in a window; 0 if its corners are swapped.
     size_t cellsInside(Rectangle const& window) const;
-    /// The numbers of the rectangles that share a cell with a window.
+    /// The indices of the rectangles that share a cell with a window.
     std::vector<size_t> meeting(Rectangle const& window) const;
 
 private:

@@ -14,11 +14,11 @@ inline unsigned significantBits(std::uint32_t value) {
     return bits;
 }
 
-/// Sorts by an unsigned 64-bit key of which only the low `bits` bits may be set: a comparing sort for few items, else
-/// least significant digit first, at one pass over the items for every 11 bits. Internal to this library.
+/// Sorts by an unsigned 64-bit key of which only the low `bits` bits may be set: a comparison sort for few items, else
+/// LSD radix sort, with one pass over the items per 11 bits. Internal to this library.
 template <class Item, class KeyOf>
 void radixSort(std::vector<Item>& items, unsigned bits, KeyOf const& keyOf) {
-    constexpr unsigned kMaxDigitBits = 11; // 2048 counters stay in the first-level cache
+    constexpr unsigned kMaxDigitBits = 11; // 2048 counters fit in the L1 cache
     constexpr unsigned kMaxDigits = (64 + kMaxDigitBits - 1) / kMaxDigitBits;
     constexpr size_t kFewItems = 1024; // below this the counters cost more than the comparisons
 
@@ -28,12 +28,12 @@ void radixSort(std::vector<Item>& items, unsigned bits, KeyOf const& keyOf) {
         std::sort(items.begin(), items.end(), before);
         return;
     }
-    // At least one: keys that differ have a bit set.
+    // At least one, because different keys have a bit set.
     unsigned const digits = std::max(1U, (bits + kMaxDigitBits - 1) / kMaxDigitBits);
     unsigned const digitBits = (bits + digits - 1) / digits;
     std::uint64_t const digitMask = (std::uint64_t{1} << digitBits) - 1;
 
-    std::array<std::vector<size_t>, kMaxDigits> positions; // first the number of items with a digit, then its place
+    std::array<std::vector<size_t>, kMaxDigits> positions; // first the number of items with a digit, then its position
     for (unsigned digit = 0; digit < digits; ++digit)
         positions[digit].assign(digitMask + 1, 0);
     for (Item const& item : items) {

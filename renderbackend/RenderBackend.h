@@ -17,24 +17,24 @@ public:
         RGB24 = 0,     ///< three bytes per texel: red, green, blue
         RGBA32 = 1,    ///< four bytes per texel; also the carrier of packed 16-bit samples
         GRAY8 = 2,     ///< one byte per texel, a luminance texture: cannot be rendered to on OpenGL ES 3
-        UNDEFINED = 3, ///< "the format that the backend was constructed with"
+        UNDEFINED = 3, ///< the format that the backend was constructed with
     };
 
-    /// How a texture is sampled.
+    /// The filtering with which a texture is sampled.
     enum ImageFiltering : std::uint32_t {
         NEAREST = 0,
         LINEAR = 1,
         TRILINEAR = 2, ///< both sides must be powers of two; needs mipmaps, which no operation of an instance makes
     };
 
-    /// What the id of a concurrent staging buffer names. Stored, never acted on.
+    /// The meaning of a concurrent staging buffer's id. Stored, without effect.
     enum BufferType : std::uint32_t {
         TARGET = 0,
         TILE = 1,
     };
 
     RenderBackend() = default;
-    /// Copies and moves carry the instance counter over.
+    /// Copies and moves take the instance counter along.
     RenderBackend(RenderBackend const&) = default;
     RenderBackend(RenderBackend&&) = default;
     RenderBackend& operator=(RenderBackend const&) = default;

@@ -10,6 +10,6 @@ std::unique_ptr<ConcurrentStagingBuffer> RenderBackendInstance::concurrentStagin
 }
 
 bool RenderBackendInstance::synchronizeConcurrentStagingBuffer(std::unique_ptr<ConcurrentStagingBuffer>&& buffer) {
-    std::unique_ptr<ConcurrentStagingBuffer> const owned = std::move(buffer); // leaves the argument empty
+    std::unique_ptr<ConcurrentStagingBuffer> const owned = std::move(buffer); // empties the argument
     return true;
 }

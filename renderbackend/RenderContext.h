@@ -4,9 +4,9 @@
 
 #include <cstddef>
 
-/// The host's drawing surface: the size of target 0. Implemented by the host, which keeps it alive for as long as an
-/// instance made with it lives. The backend asks for the size again whenever it needs it, so a resized window is seen
-/// at once; a minimised one may report 0.
+/// The host's drawing surface: the size of target 0. Implemented by the host, which keeps it alive as long as an
+/// instance made with it. The backend queries the size whenever it needs it, so a resized window takes effect at once;
+/// a minimised one may report 0.
 class VELMORA_EXPORT RenderContext {
 public:
     RenderContext() = default;

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <utility>
 
-/// The settings of one filter run. Plain data; the host builds a record and hands it to executeFilter or maskRange.
+/// The settings of one filter run. Plain data; the host fills a record and passes it to executeFilter or maskRange.
 class VELMORA_EXPORT SingleFilterParameters {
 public:
     SingleFilterParameters() = default;
@@ -14,7 +14,7 @@ public:
     SingleFilterParameters& operator=(SingleFilterParameters const&) = default;
     virtual ~SingleFilterParameters();
 
-    /// This object as the record T. Throws "Filter parameters cast failed" when it is none.
+    /// This object as the record T. Throws "Filter parameters cast failed" if it is of another type.
     template <class T>
     T& as();
     template <class T>
@@ -24,8 +24,8 @@ public:
     std::int32_t shiftBits = 0;
 };
 
-/// A record that is identified by a key: records with equal keys must mean equal settings, for a filter may keep what
-/// it derived from the first one and use it for the second.
+/// A record that is identified by a key: records with equal keys must have equal settings, because a filter may derive
+/// data from the first one and reuse it for the second.
 template <class T>
 class ComparableSingleFilterParameters : public SingleFilterParameters {
 public:
@@ -48,6 +48,6 @@ T& SingleFilterParameters::as() {
 template <class T>
 T const& SingleFilterParameters::as() const {
     if (auto const* record = dynamic_cast<T const*>(this)) return *record;
-    // The location keeps the letter T whatever the record: it names the operation, not the type asked for.
+    // The location has the letter T whatever the record: it names the operation, not the requested type.
     throw VelmoraException("Filter parameters cast failed", "T& SingleFilterParameters::as<T>()");
 }

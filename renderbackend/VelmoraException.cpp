@@ -19,7 +19,7 @@ std::string errnoField(std::int32_t errorNumber) {
     return kErrno + std::to_string(errorNumber);
 }
 
-// The next value of a tag: advances `position` behind it. A value ends at the next "#" of any kind.
+// The next value of a tag: advances `position` past it. A value ends at the next "#" of any kind.
 bool nextValue(std::string const& text, std::string const& tag, size_t& position, std::string& value) {
     size_t const found = text.find(tag, position);
     if (found == std::string::npos) return false;
@@ -30,7 +30,7 @@ bool nextValue(std::string const& text, std::string const& tag, size_t& position
     return true;
 }
 
-// All values of a tag, `before` written ahead of the first and `between` ahead of the others; returns their number.
+// Appends all values of a tag, the first after `before`, the others after `between`; returns their number.
 size_t appendAll(std::string& report, std::string const& text, char const* tag, char const* before,
                  char const* between) {
     size_t count = 0;
@@ -48,7 +48,7 @@ void appendFirst(std::string& report, std::string const& text, char const* tag, 
 }
 
 std::string nestedMessage(std::nested_exception const& nested) {
-    // A std::nested_exception that was made outside a handler holds nothing; rethrowing it would end the program.
+    // A std::nested_exception that was made outside a handler is empty; rethrowing it would end the program.
     if (!nested.nested_ptr()) return {};
     try {
         nested.rethrow_nested();

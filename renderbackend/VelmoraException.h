@@ -8,13 +8,14 @@
 #include <stdexcept>
 #include <string>
 
-/// Every failure of the backend. what() is a tagged text that a machine can take apart:
+/// Every failure of the backend. what() is a tagged text that a program can parse:
 ///
 ///     #Name:could not map PBO range#Location:void* Gles3Pbo::mapRange(size_t offset, size_t size)
 ///     #Description:out of memory
 ///
 /// on one line. The name says what failed, the location is the signature of the operation that failed. A field ends at
-/// the next "#", so a field's text must not hold one. formatExceptionMessage() turns the text into lines for a person.
+/// the next "#", so a field's text must not contain one. formatExceptionMessage() turns the text into human-readable
+/// lines.
 class VELMORA_EXPORT VelmoraException : public std::runtime_error {
 public:
     /// Takes a message that is already tagged, unchanged.
@@ -29,7 +30,7 @@ public:
     ~VelmoraException() override;
 };
 
-/// A failure on a named stream. For hosts; no operation of the backend throws it.
+/// A failure on a named stream. For hosts; the backend never throws it.
 class VELMORA_EXPORT VelmoraIOException : public VelmoraException {
 public:
     VelmoraIOException(std::string const& name, std::string const& location, std::string const& streamName,
@@ -59,7 +60,7 @@ private:
     std::string location_;
 };
 
-/// A property that was read before it was set. For hosts; no operation of the backend throws it.
+/// A property that was read before it was set. For hosts; the backend never throws it.
 class VELMORA_EXPORT VelmoraPropertyNotSetException : public VelmoraException {
 public:
     VelmoraPropertyNotSetException(std::string const& name, std::string const& location);
@@ -71,10 +72,10 @@ public:
 };
 
 /// The tagged text of an exception and of every exception nested in it, outermost first. Any thread. Reads errno once,
-/// where a nested exception is a std::exception that is not ours. Throws nothing but std::bad_alloc.
+/// if a nested exception is a std::exception that is not ours. Throws nothing but std::bad_alloc.
 VELMORA_EXPORT std::string collectExceptionMessage(std::exception const& exception);
 
-/// The collected text as lines for a person:
+/// The collected text as human-readable lines:
 ///
 ///     outer name (inner name)
 ///       Location:     outer location<-inner location

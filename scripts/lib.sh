@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Sourced by the scripts that build before they do something, with $root, the repository, and $caller, the name that their
-# messages begin with.
+# Sourced by the scripts that build first. They set $root, the repository, and $caller, the name at the beginning of
+# their messages.
 # shellcheck disable=SC2154
 
 stop() {
@@ -8,14 +8,14 @@ stop() {
     exit 1
 }
 
-# usageError: for options that are wrong; usage is the script's own.
+# usageError: for wrong options; the script defines usage itself.
 usageError() {
     usage >&2
     exit 2
 }
 
-# buildRelease FOLDER [CMAKE-OPTION]... -- TARGET...: targets of the release preset, in a folder of their own, without tests.
-# What configuring says is kept in FOLDER.log.
+# buildRelease FOLDER [CMAKE-OPTION]... -- TARGET...: builds targets of the release preset, in a folder of their own,
+# without tests. FOLDER.log has the output of configuring.
 buildRelease() {
     local folder=$1
     local -a options=()

@@ -1,5 +1,5 @@
-# velmora_fetched_folder(VARIABLE NAME DOC): the cache variable for a folder that a script of scripts/ fills: the one that the
-# environment variable of the same name gives at the first configuration, as for the script, or build/NAME.
+# velmora_fetched_folder(VARIABLE NAME DOC): the cache variable for a folder that a script of scripts/ fills. Its
+# default is the environment variable of the same name at the first configuration, as for the script, or build/NAME.
 function(velmora_fetched_folder variable name doc)
   set(folder $ENV{${variable}})
   if(NOT folder)

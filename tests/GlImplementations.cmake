@@ -2,9 +2,9 @@
 #
 #   velmora_add_gl_test(name COMMAND program argument... [WITHOUT_CASES] [TIMEOUT seconds] [PROPERTIES key value...])
 #
-# registers the command once per implementation, as name/llvmpipe, name/softpipe, name/zink and name/angle. An implementation
-# that is not there fails its tests under VELMORA_REQUIRE_GL=1 and skips them otherwise; a silent fall-back to another one
-# counts as not there. WITHOUT_CASES: the program is none of GoogleTest cases and fails by its exit code alone.
+# registers the command once per implementation, as name/llvmpipe, name/softpipe, name/zink and name/angle. A missing
+# implementation fails its tests under VELMORA_REQUIRE_GL=1 and skips them otherwise; a silent fallback to another one
+# counts as missing. WITHOUT_CASES: the program has no GoogleTest cases and fails by its exit code alone.
 velmora_fetched_folder(VELMORA_ANGLE_DIR angle "Where scripts/fetch-angle unpacked ANGLE")
 
 # lavapipe, Mesa's Vulkan driver on the processor; its description carries the machine's architecture in its name.
@@ -19,7 +19,7 @@ find_file(
   PATH_SUFFIXES vulkan/icd.d
   DOC "Description of the Vulkan driver lavapipe")
 if(NOT VELMORA_LAVAPIPE_ICD)
-  # A name that is nowhere: zink then finds no Vulkan driver, and not some other one.
+  # A name that does not exist: zink then finds no Vulkan driver, instead of some other one.
   set(lavapipe_icd lavapipe-not-found.json)
 else()
   set(lavapipe_icd ${VELMORA_LAVAPIPE_ICD})
@@ -28,11 +28,11 @@ endif()
 set(VELMORA_GL_IMPLEMENTATIONS llvmpipe softpipe zink angle)
 set(VELMORA_GL_ENVIRONMENT_llvmpipe LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=set:llvmpipe VELMORA_EXPECT_RENDERER=set:llvmpipe*)
 set(VELMORA_GL_ENVIRONMENT_softpipe LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=set:softpipe VELMORA_EXPECT_RENDERER=set:softpipe*)
-# lavapipe complains on stderr where there is no XDG_RUNTIME_DIR.
+# lavapipe complains on stderr without XDG_RUNTIME_DIR.
 set(VELMORA_GL_ENVIRONMENT_zink LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=set:zink VK_ICD_FILENAMES=set:${lavapipe_icd}
                                 XDG_RUNTIME_DIR=set:${PROJECT_BINARY_DIR} VELMORA_EXPECT_RENDERER=set:zink*llvmpipe*
-                                # lavapipe now and then loses 48 bytes of its own at exit, and more after 500 draws in a
-                                # batch. Leaks of ours show on the other three.
+                                # lavapipe now and then leaks 48 bytes at exit, and more after 500 draws in a batch.
+                                # Leaks of ours show on the other three.
                                 ASAN_OPTIONS=string_append::detect_leaks=0)
 set(VELMORA_GL_ENVIRONMENT_angle LD_LIBRARY_PATH=path_list_prepend:${VELMORA_ANGLE_DIR} VELMORA_EXPECT_RENDERER=set:ANGLE*SwiftShader*)
 

@@ -1,4 +1,5 @@
-# Every GLSL stage as the drivers get it, through Khronos' reference compiler. Needed by one test alone, so its absence stops no build.
+# Every GLSL stage as drivers get it, through Khronos' reference compiler. Only this test needs the compiler, so a
+# missing one does not stop the build.
 find_program(VELMORA_GLSLANG glslangValidator)
 get_property(stages GLOBAL PROPERTY VELMORA_GLSL_STAGES)
 list(TRANSFORM stages PREPEND ${VELMORA_GLSL_DIR}/)
@@ -11,7 +12,7 @@ else()
 endif()
 set_tests_properties(glsl PROPERTIES TIMEOUT 60)
 
-# What the reference compiler does not look at: the words that keep numbers exact.
+# The reference compiler does not check the words that keep numbers exact.
 get_property(stages GLOBAL PROPERTY VELMORA_GLSL_STAGES)
 list(JOIN stages "," stages)
 add_test(

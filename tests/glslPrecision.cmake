@@ -1,6 +1,5 @@
 # cmake -DFOLDER=... -DSTAGES=a.vert,b.frag -DEMBED=EmbedGlslStage.cmake -DWORK=... -P glslPrecision.cmake
-# Every word that makes a declaration of a stage precise is needed to pass the build's look at it, and every fragment stage
-# has the precision that it states.
+# Every highp of a stage is needed to pass the build's check, and every fragment stage has the precision that it states.
 cmake_minimum_required(VERSION 3.25)
 cmake_path(GET EMBED PARENT_PATH modules)
 include(${modules}/GlslPrecision.cmake)
@@ -40,7 +39,7 @@ expect_found("highp float x = 1.0; float y = 2.0;")
 expect_found("precision highp float;")
 expect_found("/* highp */ float x;")
 
-# Without each of its words in turn.
+# Without each highp in turn.
 set(words 0)
 function(expect_every_word_needed stage text)
   velmora_glsl_without_highp("${text}" line)
@@ -72,7 +71,7 @@ function(expect_every_word_needed stage text)
   set(words ${all} PARENT_SCOPE)
 endfunction()
 
-# What the second line of a fragment stage states where it is not mediump.
+# The precision in the second line of a fragment stage, if it is not mediump.
 set(precision_Gles3Filter1x16ToRGB8 highp)
 set(precision_Gles3Filter3x16To4x8 highp)
 set(precision_Gles3FilterFirIH53LeGall16 highp)

@@ -1,4 +1,4 @@
-# The libraries and their tests, what the preset library is, configure on a machine that has none of the host's packages.
+# The libraries and their tests, the preset library, configure on a machine that has none of the host's packages.
 set(without "")
 foreach(package CLI11 JPEG PNG PkgConfig SQLite3 TIFF ZLIB benchmark nlohmann_json)
   list(APPEND without -DCMAKE_DISABLE_FIND_PACKAGE_${package}=ON)

@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 
 /// One function per command, each in a file of its own. It adds the subcommand to the program; parsing the command line
-/// then runs the command, and failures leave the parser as exceptions.
+/// then runs the command, and the parser passes its exceptions on.
 void addRenderCommand(CLI::App& program);
 void addInfoCommand(CLI::App& program);
 void addVerifyCommand(CLI::App& program);

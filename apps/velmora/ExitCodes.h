@@ -4,7 +4,7 @@
 
 #include <string>
 
-/// What the program returns to the shell; a script can tell the failures apart.
+/// The program's exit codes, one per kind of failure, for scripts.
 enum ExitCode : int {
     kExitSuccess = 0,
     kExitInternalError = 1,
@@ -20,10 +20,10 @@ enum ExitCode : int {
     kExitNewerStore = 11,
     kExitLockedStore = 12,
     kExitNoDisplay = 13,
-    kExitInterrupted = 130, ///< 128 + SIGINT, as shells count it
+    kExitInterrupted = 130, ///< 128 + SIGINT, the shells' convention
 };
 
 ExitCode exitCodeOf(HostError::Kind kind);
 
-/// The codes as a table for --help.
+/// The exit codes as a table for --help.
 std::string exitCodeTable();

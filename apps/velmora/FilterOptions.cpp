@@ -9,7 +9,7 @@
 
 namespace {
 
-// A filter of the command line: its name, its text's form, what becomes of the text.
+// A filter of the command line: its name, the form of its text, and its parser.
 struct FilterOption {
     char const* name;
     char const* form;

@@ -6,8 +6,8 @@
 
 #include <vector>
 
-/// Adds one option a filter to a command, each as often as the user likes.
+/// Adds one option per filter to a command; each may be given several times.
 void addFilterOptions(CLI::App& command);
 
-/// What the parsed command line asks for, in its order.
+/// The filters of the parsed command line, in its order.
 std::vector<enhancement::Step> filterStepsOf(CLI::App const& command);

@@ -68,7 +68,7 @@ void requireUsableStore(Files const& files, bool replace) {
     requireUsable(store, OutputFile::Ending::NotOfAPicture);
 }
 
-// Before a reader of images calls it one of no known format.
+// Checked before a reader of images reports an unknown format.
 void requireNoStore(std::string const& image) {
     if (image.empty() || !TileStore::isStore(image)) return;
     TileStore const store(image, interruption::throwIfNoted);
@@ -106,7 +106,7 @@ void import(Options const& options) {
     StoreInfo const info = picturefiles::importWithProgress(files.image, files.store, importOptions, options.selection);
     std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;
     double const megapixels = static_cast<double>(info.width) * static_cast<double>(info.height) / 1e6;
-    std::error_code gone; // somebody may have taken it away already
+    std::error_code gone; // ignored: another process may have removed it already
     auto const bytes = std::filesystem::file_size(files.store, gone);
     std::string const part = info.selection.empty() ? "" : " (" + info.selection + ")";
     std::printf("%s: %zu x %zu pixels of %s%s in %s, %ju bytes in %.2f s, %.1f Mpixel/s\n",

@@ -73,7 +73,7 @@ void storeInfo(std::string const& path, StoreInfo const& info) {
     number("bytes", std::filesystem::file_size(path));
 }
 
-// Names are those of the store's description.
+// Keys are the names of the store's description.
 void storeJson(std::string const& path, StoreInfo const& info) {
     nlohmann::ordered_json const report = {{"width", info.width},
                                            {"height", info.height},
@@ -91,7 +91,7 @@ void storeJson(std::string const& path, StoreInfo const& info) {
                                            {"rangeLow", info.rangeLow},
                                            {"rangeHigh", info.rangeHigh},
                                            {"bytes", std::filesystem::file_size(path)}};
-    // A name of a file may hold any bytes.
+    // A file name may hold any bytes.
     std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 

@@ -31,7 +31,7 @@
 namespace {
 
 constexpr size_t kTileBudgetBytes = 256 * 1000 * 1000;
-constexpr size_t kBandBudgetBytes = 32 * 1000 * 1000; // of the bands that rebuilt tiles are made of
+constexpr size_t kBandBudgetBytes = 32 * 1000 * 1000; // for the bands from which tiles are rebuilt
 
 constexpr auto kExamples = R"(Examples:
   velmora render -o map.png -r 9900,4300,1024,768   a part of the built-in picture
@@ -54,7 +54,7 @@ struct Options {
     size_t tileSize = 256;
     double zoom = 1.0;
     bool smooth = false;
-    size_t bits = 0; // as many as make sense
+    size_t bits = 0; // 0: chosen by the output's format
     std::vector<enhancement::Step> steps;
 };
 
@@ -74,7 +74,7 @@ std::unique_ptr<PixelSource> openSource(Options const& options, ImageReader::Sam
     return std::make_unique<ImageReader>(options.image, reading);
 }
 
-// Of a sample that is written. A TIFF keeps what the picture has, a PNG is mostly there to be looked at.
+// Bits per sample of the output: a TIFF keeps the picture's, a PNG is mostly for viewing.
 size_t bitsOf(Options const& options, size_t pictureBits) {
     bool const weighed = options.smooth && options.zoom < 1;
     bool const kept = pictureBits == 16 && options.steps.empty() && !weighed;
@@ -104,7 +104,7 @@ std::string toText(double number) {
     return text.data();
 }
 
-// Draws into a file of a size, with a bar that shows how far it is. Returns the seconds that it took.
+// Draws into a file of a size, with a progress bar. Returns the seconds taken.
 using Draw = std::function<void(std::shared_ptr<RenderBackendInstance> const& instance, RowSink const& write,
                                 Progress const& progress)>;
 
@@ -116,7 +116,7 @@ struct Shape {
 };
 
 double drawInto(OutputFile const& output, Shape const& shape, size_t tileBytes, Draw const& draw) {
-    // Before the context: an output that cannot be written is known at once.
+    // Opened before the context, so that an unwritable output is reported at once.
     auto const file = makePictureWriter(output, shape.width, shape.height, shape.bands, shape.bits);
     SurfacelessContext context;
     Gles3RenderBackend backend(RenderBackend::RGBA32, tileBytes);
@@ -150,7 +150,7 @@ void renderImage(Options const& options) {
     Region const region = chosenRegion(options, source->width(), source->height());
     Shape const shape = {region.width, region.height, EnhancedRenderer::bandsOf(source->bands(), options.steps),
                          bitsOf(options, 8 * source->sampleBytes())};
-    // Without a filter 16 bits are shown as they are: their upper byte.
+    // Without a filter, 16-bit samples are shown as their upper byte.
     if (source->sampleBytes() == 2 && options.steps.empty() && shape.bits == 8)
         source = openSource(options, ImageReader::Samples::kEightBits);
     double const seconds = drawInto(
@@ -160,7 +160,7 @@ void renderImage(Options const& options) {
             else
                 EnhancedRenderer(instance, options.steps).render(*source, region, write, progress);
         });
-    // Without numbers: what filters read around a part is read again for its neighbours.
+    // Without a count: the apron of a part is read again for its neighbours.
     if (source->lost().any())
         picturefiles::tell("what of " + picturefiles::nameOf(options.image) +
                            " lies beyond the range is clipped, what is no number is drawn as 0");
@@ -195,10 +195,10 @@ void renderStore(Options const& options, std::string const& store) {
 }
 
 void render(Options const& options) {
-    // At once: an image may have to be imported first, which takes its time.
+    // Checked at once: importing an image first may take long.
     requireUsable(outputOf(options), OutputFile::Ending::PngOrTiff);
     imageinput::inspect(options.image, options.selection, imageinput::Colours::Shown);
-    // An image has no levels: a store of it does. At its own size reading the region is all that it takes.
+    // An image has no levels, so other zooms need a store of it. At zoom 1 reading the region suffices.
     if (TileStore::isStore(options.image))
         renderStore(options, options.image);
     else if (options.zoom != 1.0)

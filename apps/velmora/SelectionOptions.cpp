@@ -9,7 +9,7 @@ namespace {
 constexpr size_t kMaxPages = 1000 * 1000;
 constexpr auto kGroup = "Part of an image";
 
-// What is parsed, or the sentence for the user where it cannot be.
+// The parsed value, or the sentence for the user if parsing fails.
 template <class Parse>
 std::string sentenceOf(Parse const& parse) {
     try {

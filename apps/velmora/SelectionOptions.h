@@ -6,9 +6,8 @@
 
 #include <string>
 
-/// The options that choose a part of an image file, alike for all commands that read one.
+/// Adds the options that select a part of an image file, the same for all commands that read one.
 void addSelectionOptions(CLI::App& command, ImageSelection& selection);
 
-/// For names of files: an empty one, as of a variable of a script that is not set, is no file and stands for nothing
-/// else.
+/// A validator of file names: an empty name, for instance of an unset variable in a script, is refused.
 std::string checkNamed(std::string const& name);

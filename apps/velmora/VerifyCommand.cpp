@@ -102,7 +102,7 @@ void printJson(std::vector<Outcome> const& outcomes, GlInfo const& gl, bool full
     report["differingBytes"] = totals.differingBytes;
     report["exact"] = totals.inexact == 0;
     report["seconds"] = totals.seconds;
-    // JSON is UTF-8; what a driver says may be anything.
+    // JSON is UTF-8; a driver's texts may hold any bytes.
     std::cout << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 

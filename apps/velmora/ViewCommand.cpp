@@ -44,7 +44,7 @@ struct Texts {
     std::string script;
 };
 
-// The numbers that a text has between separators; nothing where it is anything else.
+// The numbers of a text with separators; nothing if it does not parse.
 template <size_t count>
 std::optional<std::array<double, count>> numbersOf(std::string const& text, char separator) {
     std::istringstream stream(text);
@@ -67,7 +67,7 @@ std::optional<Size> sizeOf(std::string const& text) {
 
 std::optional<ViewerOptions::Start> startOf(std::string const& text) {
     auto const numbers = numbersOf<3>(text, ',');
-    // Beyond 1e9 lies no pixel of a store.
+    // No store has pixels beyond 1e9.
     if (!numbers || std::abs((*numbers)[0]) > 1e9 || std::abs((*numbers)[1]) > 1e9 || !((*numbers)[2] > 0))
         return std::nullopt;
     return ViewerOptions::Start{(*numbers)[0], (*numbers)[1], (*numbers)[2]};
@@ -82,17 +82,17 @@ std::string checkStart(std::string const& text) {
     return startOf(text) ? "" : "\"" + text + "\" is not X,Y,ZOOM with a zoom above 0";
 }
 
-// What the program itself takes, with a GL driver that draws on the processor.
+// The program itself, with a GL driver that draws on the processor.
 constexpr size_t kProgramBytes = 160 * kMegabyte;
 constexpr size_t kLeastTileBytes = 16 * kMegabyte;
 
-// Of the memory that the process is to take; the rest is for tiles.
+// The tiles' part of the process's memory.
 size_t tileBytes(size_t memory) {
     return std::max(memory, kProgramBytes + kLeastTileBytes) - kProgramBytes;
 }
 
-// Of the GPU's: five eighths for rebuilt tiles, a quarter for the bands that they are made of, the rest for frames and
-// for what lies between them. The backend counts one byte per sample of a band, which has two.
+// The GPU's memory: five eighths for rebuilt tiles, a quarter for their bands, the rest for frames and intermediate
+// targets. The backend counts one byte per sample of a band, which takes two.
 void share(size_t gpuMemory, ViewerOptions& options) {
     options.picture.gpuBytes = gpuMemory / 8 * 5;
     options.bandBytes = gpuMemory / 8;
@@ -105,8 +105,8 @@ void addMemoryOption(CLI::App& command, char const* name, size_t& megabytes, cha
         ->check(CLI::Range(size_t{1}, kMaxMegabytes));
 }
 
-// Tiles come and go for as long as the window is open. glibc would keep their memory in its heaps, which fall to
-// pieces: with blocks of their own it goes back to the system.
+// Tiles are allocated and freed as long as the window is open. glibc would keep their memory in its fragmented heaps;
+// blocks of their own are returned to the system.
 void returnFreedTiles() {
 #ifdef __GLIBC__
     constexpr int kTileBytes = 128 * 1024;
@@ -114,7 +114,7 @@ void returnFreedTiles() {
 #endif
 }
 
-// All of them, before a window opens.
+// Checks all of them before a window opens.
 void requireScreenshots(ViewerOptions const& options) {
     std::vector<std::string> names;
     if (!options.screenshot.empty()) names.push_back(options.screenshot);

@@ -24,7 +24,7 @@ constexpr auto kExamples = R"(Examples:
 
 )";
 
-// createTarget passes failures on as plain std::exception; the tags of the text tell whose they are.
+// createTarget throws plain std::exceptions; the tags of the text tell the backend's from others.
 bool isBackendFailure(std::exception const& error) {
     return std::string(error.what()).rfind("#Name:", 0) == 0;
 }
@@ -38,7 +38,7 @@ ExitCode interrupted() {
     return fail(kExitInterrupted, "interrupted; nothing was written");
 }
 
-// What a command prints may be all that it is for: a full disk behind a redirection is a failure.
+// A command's output may be its only result: a full disk behind a redirection is a failure.
 void requireWritten() {
     errno = 0;
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return;
@@ -47,7 +47,7 @@ void requireWritten() {
                         (errno != 0 ? std::strerror(errno) : "an earlier write failed") + "; free some space");
 }
 
-// With the command, where there is one: its help has what is wrong.
+// With the command, if there is one, because its help has the answer.
 std::string nameOf(CLI::App const& program) {
     auto const commands = program.get_subcommands();
     return commands.empty() ? "velmora" : "velmora " + commands.front()->get_name();
@@ -72,7 +72,7 @@ int run(int argc, char** argv) {
         return fail(kExitUsage, std::string(error.what()) + "; see " + nameOf(program) + " --help");
     }
     requireWritten();
-    // Checked here: the parser's own test would hide that a command is misspelt.
+    // Checked here: the parser's own test would hide a misspelt command.
     if (program.get_subcommands().empty()) return fail(kExitUsage, "no command given; see velmora --help");
     return kExitSuccess;
 }
@@ -83,7 +83,7 @@ int runReported(int argc, char** argv) {
     } catch (Interrupted const&) {
         return interrupted();
     } catch (HostError const& error) {
-        // What the signal kept from being done is no failure of its own. So below.
+        // A failure caused by the signal is reported as the interruption. The same holds below.
         if (interruption::isNoted()) return interrupted();
         return fail(exitCodeOf(error.kind()), error.what());
     } catch (std::bad_alloc const&) {
@@ -104,7 +104,7 @@ int main(int argc, char** argv) {
     try {
         return runReported(argc, argv);
     } catch (...) {
-        // There was no memory even for the sentence that says so.
+        // There was no memory even for the message.
         std::fputs("velmora: out of memory; choose a smaller region or tile\n", stderr);
         return kExitInternalError;
     }

@@ -9,7 +9,7 @@ constexpr size_t kHalfRegion = CLAHE::kRegionSize / 2;
 constexpr size_t kRegionPixels = CLAHE::kRegionSize * CLAHE::kRegionSize;
 constexpr size_t kMaxGrey = CLAHE::kBins - 1;
 
-// Nearly every sample is a grey value: a branch that is foreseen costs less than two limits.
+// Nearly every sample is a grey value: a predictable branch costs less than two limits.
 size_t bin(std::int16_t sample) {
     auto const code = static_cast<std::uint16_t>(sample);
     if (__builtin_expect(code > kMaxGrey, 0)) return sample < 0 ? 0 : kMaxGrey;
@@ -20,8 +20,8 @@ size_t bin(std::int16_t sample) {
 struct Cell {
     size_t start;
     size_t end;
-    size_t before; // region at its start
-    size_t after;  // region at its end
+    size_t before; // index of the region at its start
+    size_t after;  // index of the region at its end
 
     Cell(size_t index, size_t regions, size_t extent)
         : start(index == 0 ? 0 : index * CLAHE::kRegionSize - kHalfRegion),
@@ -30,15 +30,15 @@ struct Cell {
           after(std::min(index, regions - 1)) {}
 };
 
-// What the four regions around a cell make of a grey value: left and right, 16 bits each.
+// The mappings of a grey value on the left and the right of a cell, 16 bits each.
 using Sides = std::array<std::uint16_t, 2>;
 struct Corners {
     std::array<Sides, CLAHE::kBins> upper;
     std::array<Sides, CLAHE::kBins> lower;
 };
 
-// One row of a cell, `right` pixels from its left side and `below` rows from its top. In steps of their own, so that
-// the compiler does the arithmetic on many pixels at once.
+// Equalises one row of a cell, `right` pixels from its left side and `below` rows from its top. The steps are loops of
+// their own, so that the compiler vectorises them.
 void equaliseRow(std::int16_t* pixels, size_t width, Corners const& corners, size_t right, size_t below) {
     constexpr size_t kMaxWidth = CLAHE::kRegionSize;
     std::array<Sides, kMaxWidth> upper; // NOLINT(*-member-init): all that is read is written first
@@ -48,15 +48,15 @@ void equaliseRow(std::int16_t* pixels, size_t width, Corners const& corners, siz
         upper[x] = corners.upper[grey];
         lower[x] = corners.lower[grey];
     }
-    // No weighed sum of two greys grows beyond 255 * 40.
+    // No weighted sum of two greys exceeds 255 * 40.
     auto const down = static_cast<std::uint16_t>(below);
     auto const up = static_cast<std::uint16_t>(CLAHE::kRegionSize - below);
     std::array<Sides, kMaxWidth> sides; // NOLINT(*-member-init)
     for (size_t x = 0; x < width; ++x)
         for (size_t i = 0; i < sides[x].size(); ++i)
             sides[x][i] = static_cast<std::uint16_t>(upper[x][i] * up + lower[x][i] * down);
-    // Rounded to the nearest: whole numbers give exactly what double arithmetic gives. 1600 is 64 * 25; divided in two
-    // steps, the second one has 16 bits.
+    // Rounded to the nearest: integers give exactly the results of double arithmetic. 1600 is 64 * 25; dividing in two
+    // steps keeps the second one in 16 bits.
     constexpr std::int32_t kHalf = kRegionPixels / 2;
     constexpr std::uint16_t kRest = kRegionPixels / 64;
     static_assert(kRest * 64 == kRegionPixels, "divided without a rest");
@@ -72,7 +72,7 @@ void equaliseRow(std::int16_t* pixels, size_t width, Corners const& corners, siz
         pixels[x * CLAHE::kComponents] = out[x];
 }
 
-// Adds 1 to bins below the limit, from ever later starts in steps that spread the excess, until nothing is left.
+// Adds 1 to bins below the limit, in steps that spread the excess and with ever later starts, until nothing is left.
 void spread(CLAHE::Histogram& histogram, std::uint32_t limit, size_t excess) {
     while (excess > 0) {
         for (size_t start = 0; start < histogram.size() && excess > 0; ++start) {
@@ -115,7 +115,7 @@ void CLAHE::buildTables(std::int16_t const* pixels, size_t width, size_t height,
 }
 
 CLAHE::Mapping CLAHE::mappingOfRegion(std::int16_t const* firstPixel) const {
-    // In parts, so that neighbours of one grey value need not wait for each other.
+    // Four partial histograms, so that equal neighbours need not wait for each other's increments.
     std::array<std::array<std::uint16_t, kBins>, 4> parts{};
     for (size_t y = 0; y < kRegionSize; ++y) {
         std::int16_t const* const row = firstPixel + y * rowStride_ * kComponents;
@@ -128,7 +128,7 @@ CLAHE::Mapping CLAHE::mappingOfRegion(std::int16_t const* firstPixel) const {
         histogram[i] = static_cast<std::uint32_t>(parts[0][i] + parts[1][i] + parts[2][i] + parts[3][i]);
     clip(histogram, kRegionPixels);
 
-    // In double, as a full region's last entry is 254: 255 / 1600 is a hair less than that.
+    // In double, because a full region's last entry is 254: 255 / 1600 is a hair less than the exact quotient.
     double const scale = static_cast<double>(kMaxGrey) / static_cast<double>(kRegionPixels);
     Mapping mapping{};
     std::uint32_t sum = 0;
@@ -147,7 +147,7 @@ void CLAHE::clip(Histogram& histogram, size_t pixels) const {
     for (std::uint32_t const count : histogram)
         excess += count > limit ? count - limit : 0;
 
-    // First an even share for everybody; a bin that is close to the limit takes what brings it there.
+    // First an equal share for every bin; a bin close to the limit is filled up to it.
     auto const share = static_cast<std::uint32_t>(excess / kBins);
     for (std::uint32_t& count : histogram) {
         if (count > limit) {
@@ -159,7 +159,7 @@ void CLAHE::clip(Histogram& histogram, size_t pixels) const {
         excess -= taken;
     }
 
-    // Where there is no more room than excess, spreading one by one would end here too, only much later.
+    // If the room is smaller than the excess, spreading one by one would end here too, only much later.
     size_t room = 0;
     for (std::uint32_t const count : histogram)
         room += limit - count;

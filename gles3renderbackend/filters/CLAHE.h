@@ -6,8 +6,8 @@
 #include <vector>
 
 /// Contrast-limited adaptive histogram equalisation (Zuiderveld, Graphics Gems IV, 1994) of the first component of
-/// signed 16-bit pixels, in place, as 256 grey values: samples below 0 count as 0, above 255 as 255. No GL; any one
-/// thread.
+/// signed 16-bit pixels, in place, as 256 grey values: samples below 0 count as 0, above 255 as 255. No GL; one thread
+/// at a time.
 ///
 /// The image is cut into regions of 40 x 40 pixels from its first pixel on. Each full region gets a mapping from its
 /// clipped histogram; a partial one at the right or bottom edge takes its neighbour's. A pixel's value is interpolated
@@ -15,10 +15,10 @@
 /// a region:
 ///
 ///     regions   0........40........80        mapping of region i holds at its centre, 40 * i + 20
-///     cells     0..20........60....80        cells at the edges see one region twice
+///     cells     0..20........60....80        cells at the edges use one region twice
 class CLAHE {
 public:
-    /// clipLimit: how many times its even share a bin may hold; below 1.0 it counts as 1.0.
+    /// clipLimit: limit of a bin, in multiples of its even share; below 1.0 it counts as 1.0.
     explicit CLAHE(double clipLimit);
     CLAHE(CLAHE const&) = default;
     CLAHE& operator=(CLAHE const&) = default;
@@ -34,13 +34,13 @@ public:
     /// Side of a region in pixels.
     static constexpr size_t kRegionSize = 40;
     static constexpr size_t kBins = 256;
-    /// Components of a pixel.
+    /// Components per pixel.
     static constexpr size_t kComponents = 4;
 
     using Histogram = std::array<std::uint32_t, kBins>;
     using Mapping = std::array<std::uint8_t, kBins>;
 
-    /// Cuts every bin to the clip limit and spreads what was cut over the others, as evenly as there is room.
+    /// Cuts every bin to the clip limit and spreads the excess over the others, as evenly as there is room.
     void clip(Histogram& histogram, size_t pixels) const;
 
 private:
@@ -53,5 +53,5 @@ private:
     size_t rowStride_ = 0; ///< pixels
     size_t regionColumns_ = 0;
     size_t regionRows_ = 0;
-    std::vector<Mapping> mappings_; ///< of every region, row by row
+    std::vector<Mapping> mappings_; ///< of every region, row-major
 };

@@ -24,7 +24,7 @@ std::array<std::int32_t, 9> scaledCoefficients(Filter3x3MatrixParams const& para
     auto const strength = static_cast<std::uint32_t>(toInteger(std::round(params.scale * 1024.0)));
     std::array<std::int32_t, 9> scaled{};
     for (size_t i = 0; i < scaled.size(); ++i) {
-        // Unsigned, so that what does not fit wraps instead of being undefined.
+        // Unsigned, so that overflow wraps instead of being undefined.
         std::uint32_t const product = static_cast<std::uint32_t>(params.matrix[i]) * strength + 512U;
         scaled[i] = static_cast<std::int32_t>(product) >> 10;
     }

@@ -5,9 +5,9 @@
 
 struct Filter3x3MatrixParams;
 
-// Gains and matrices are quantised on the CPU, so that results do not depend on how a GPU rounds.
+// Gains and matrices are quantised on the CPU, so that results do not depend on a GPU's rounding.
 
-/// Toward zero; beyond the range of the type, and for what is no number, the nearest end or 0.
+/// Truncates toward zero; beyond the range of the type the nearest end, 0 for NaN.
 std::int32_t toInteger(double value);
 
 /// value >> bits, rounding down; counts wrap like the machine's, at 32 and at 64.

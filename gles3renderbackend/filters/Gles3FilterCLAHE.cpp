@@ -24,7 +24,7 @@ void requireFourComponents(Gles3Target const& target) {
         throw VelmoraException("CLAHE needs targets of 48 or 64 bits per pixel in RGBA32", kDraw);
 }
 
-// Rows of `width` pixels, four components each, in the machine's own 16-bit numbers.
+// Rows of `width` pixels, four components each, 16-bit numbers in the machine's byte order.
 using Pixels = std::vector<std::int16_t>;
 
 Pixels readPixels(Gles3Target const& source, size_t x, size_t y, size_t width, size_t height) {
@@ -42,7 +42,7 @@ void equalise(Pixels& pixels, size_t width, size_t height, double clipLimit, Fil
     clahe.apply(pixels.data(), x0, y0);
 }
 
-// What is left of an extent when both ends are cut; none where they cut more than there is.
+// The rest of an extent after both ends are cut; 0 if they exceed it.
 size_t remaining(size_t extent, size_t before, size_t after) {
     return before + after < extent ? extent - before - after : 0;
 }
@@ -57,7 +57,7 @@ void Gles3FilterCLAHE::draw(std::vector<FilterSource> const& sources, size_t inp
                             size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
                             SingleFilterParameters const& params, std::vector<size_t> const& offset,
                             Gles3RenderBackendInstance& instance, Filter const& filter) {
-    // Through single precision, as a uniform would be.
+    // Rounded to single precision, like a uniform.
     auto const clipLimit = static_cast<double>(static_cast<float>(params.as<FilterClaheParams>().value));
     if (sources.empty()) throw VelmoraException("CLAHE needs one source", kDraw);
     Gles3Target const& target = instance.target(destination);
@@ -69,7 +69,7 @@ void Gles3FilterCLAHE::draw(std::vector<FilterSource> const& sources, size_t inp
     Pixels pixels = readPixels(source, x, y, inputW, inputH);
     equalise(pixels, inputW, inputH, clipLimit, filter);
 
-    // As a draw would, leave out what falls beyond the destination.
+    // Clipped to the destination, as a draw would be.
     size_t const left = filter.invalidLeft() + clipLeft;
     size_t const top = filter.invalidTop() + clipTop;
     size_t const outputW = kTexelsPerPixel * remaining(inputW, left, filter.invalidRight() + clipRight);

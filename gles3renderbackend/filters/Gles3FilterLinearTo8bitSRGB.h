@@ -2,8 +2,8 @@
 
 #include "gles3renderbackend/filters/Gles3FilterLut.h"
 
-/// The sRGB encoding curve. Takes no values: any ComparableSingleFilterParameters<unsigned char> will do, the table
-/// goes by the filter's input depth. Throws "unsupported bit depth for Gles3FilterLinearTo8bitSRGB" above 16.
+/// The sRGB encoding curve. Takes no values: any ComparableSingleFilterParameters<unsigned char> suffices; the table
+/// depends on the filter's input depth. Throws "unsupported bit depth for Gles3FilterLinearTo8bitSRGB" above 16.
 class Gles3FilterLinearTo8bitSRGB : public Gles3FilterLut<unsigned char> {
 public:
     explicit Gles3FilterLinearTo8bitSRGB(Filter& filter);

@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
-/// A filter that looks its output up in a table: the machinery that its concrete classes share. They say how the table
-/// of a parameter record is computed and by which key it is known. Up to ten tables are kept, the one not used longest
-/// goes first; a key that is kept is not computed again, so records with equal keys must mean equal tables.
+/// A filter with a lookup table: the machinery of its concrete classes. These compute the table of a parameter record
+/// and its key. Up to ten tables are cached, with LRU eviction; a cached key is not computed again, so records with
+/// equal keys must mean equal tables.
 ///
 /// The filter's bitDepthIn chooses the program: up to 8 bits for RGBA pixels, from 9 on for three 16-bit channels.
 template <class T>
@@ -24,8 +24,8 @@ public:
         : Gles3Shader(lookup::vertexSource(filter.bitDepthIn()), lookup::fragmentSource(filter.bitDepthIn()), filter) {}
 
     /// Binds the table to unit 1. Throws VelmoraException for a record that is no ComparableSingleFilterParameters<T>,
-    /// std::length_error for a table that has not 2^bitDepthIn entries; the tables kept are as before then, and where
-    /// memory runs out.
+    /// std::length_error for a table that has not 2^bitDepthIn entries; the cached tables are unchanged then, and also
+    /// if memory runs out.
     void uploadParameters(SingleFilterParameters const& params) override {
         glActiveTexture(GL_TEXTURE1);
         if (dynamic_cast<ComparableSingleFilterParameters<T> const*>(&params) == nullptr)
@@ -45,7 +45,7 @@ public:
     virtual T tableKey(SingleFilterParameters const& params) const = 0;
 
 private:
-    // All that is asked of T is an order.
+    // T needs no more than an order.
     struct Key {
         bool operator<(Key const& other) const { return value < other.value; }
         bool operator==(Key const& other) const { return !(value < other.value) && !(other.value < value); }
@@ -62,7 +62,7 @@ private:
         if (std::optional<Gles3Texture> const* const kept = tables_.find(key)) return **kept;
         Gles3Texture table = lookup::makeTexture(computeTable(params), bitDepthIn());
         std::optional<Gles3Texture>& kept = tables_.get(key);
-        // Nothing below takes memory: a table without room for itself drops no other.
+        // Nothing below allocates: a table without room for itself evicts no other.
         kept.emplace(std::move(table));
         tables_.setSize(key, 1);
         return *kept;

@@ -12,7 +12,7 @@ Gles3FilterSharpness8::Gles3FilterSharpness8(Filter& filter)
 
 void Gles3FilterSharpness8::uploadParameters(SingleFilterParameters const& params) {
     auto const& sharpness = params.as<FilterSharpness8Params>();
-    // The gain moves in steps of 1/32, toward zero.
+    // The gain is rounded toward zero to steps of 1/32.
     std::int32_t const steps = arithmeticShift(toInteger(sharpness.gain * 32.0), sharpness.shiftBits);
     glUniform1f(uniformLocation("a_gain"), static_cast<GLfloat>(steps) * 0.03125F);
 }

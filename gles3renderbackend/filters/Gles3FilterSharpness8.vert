@@ -10,7 +10,7 @@ varying highp vec4 v_texCoordR_TR;
 varying highp vec4 v_texCoordTT_LL;
 varying highp vec4 v_texCoordBB_RR;
 
-// The coordinates of the twelve texels around the centre c, two to a varying: top (T), left (L), bottom (B), right (R).
+// The coordinates of the twelve texels around the centre c, two per varying: top (T), left (L), bottom (B), right (R).
 void main() {
     highp vec2 c = inInput00();
     highp vec2 w = vec2(a_texscale00.x, 0.0);

@@ -4,7 +4,7 @@ precision mediump float;
 #include "shared/pixelInTwoTexels.glsl"
 #include "shared/tenBits.glsl"
 // The horizontal half of a separable blur, on pixels of three 16-bit channels:
-//   out = m2 + 13 * m1 + 36 * c + 13 * p1 + p2, at most 64 * 1023 = 65472, written without a sign.
+//   out = m2 + 13 * m1 + 36 * c + 13 * p1 + p2, at most 64 * 1023 = 65472, written unsigned.
 uniform highp sampler2D s_texture00;
 uniform highp vec2 a_texscale00;
 varying highp vec2 v_texCoordPrev;

@@ -12,8 +12,8 @@ Gles3FilterSharpnessV16::Gles3FilterSharpnessV16(Filter& filter)
 
 void Gles3FilterSharpnessV16::uploadParameters(SingleFilterParameters const& params) {
     auto const& sharpness = params.as<FilterSharpness16Params>();
-    // Deliberate: the fraction goes before the scaling by 32, so only whole gains reach this pass, unlike the 8-bit
-    // one.
+    // Deliberate: the fraction is dropped before the scaling by 32, so this pass uses whole gains only, unlike the
+    // 8-bit filter.
     std::int64_t const steps = arithmeticShift(std::int64_t{toInteger(sharpness.gain)} * 32, sharpness.shiftBits);
     glUniform1f(uniformLocation("a_gain"), static_cast<GLfloat>(steps));
 }

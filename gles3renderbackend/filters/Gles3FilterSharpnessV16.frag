@@ -17,7 +17,7 @@ varying highp vec2 tc_src_next;
 varying highp vec2 tc_00_curr;
 varying highp vec2 v_texscale01;
 
-// Unlike the source, the blur has no sign: high bytes count up to 255.
+// The blur, unlike the source, is unsigned: high bytes go up to 255.
 highp vec3 blurredPixel(highp vec2 even) {
     highp vec4 first = texture2D(s_texture01, even);
     highp vec4 second = texture2D(s_texture01, even + vec2(v_texscale01.x, 0.0));

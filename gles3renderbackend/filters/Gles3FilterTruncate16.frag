@@ -1,8 +1,8 @@
 #version 100
 precision highp float;
 #include "shared/samplePair.glsl"
-// Magnitudes are cut to multiples of a_divisor = 2^bits, toward zero; a_constant, the middle of what was cut, is added
-// to those that are not zero then:
+// Magnitudes are cut to multiples of a_divisor = 2^bits, toward zero; a_constant, the middle of a step, is then added
+// to those that are not zero:
 //   m = floor(|v| / d) * d,  m += c where m > 0,  v = sign(v) * m
 uniform highp sampler2D s_texture00;
 uniform highp float a_divisor;
@@ -19,7 +19,7 @@ highp vec4 packTwosComplement(highp vec2 values) {
 
 void main() {
     highp vec2 values = samplePair(texture2D(s_texture00, v_texCoord00));
-    // The half keeps an inexact division from falling short of a whole number; it never reaches the next one.
+    // The half keeps an inexact quotient from falling short of a whole number, and is too small to reach the next one.
     highp vec2 magnitudes = a_divisor * floor((abs(values) + 0.5) / a_divisor);
     magnitudes += a_constant * step(0.5, magnitudes);
     gl_FragColor = packTwosComplement(sign(values) * magnitudes);

@@ -2,7 +2,7 @@
 
 #include "gles3renderbackend/resources/Gles3Shader.h"
 
-/// Cuts signed 16-bit samples, two a texel, to multiples of a power of two, magnitudes toward zero. With a
+/// Cuts signed 16-bit samples, two per texel, to multiples of a power of two, magnitudes toward zero. With a
 /// FilterTruncate16Params.
 class Gles3FilterTruncate16 : public Gles3Shader {
 public:

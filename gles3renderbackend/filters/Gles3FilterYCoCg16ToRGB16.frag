@@ -3,7 +3,8 @@ precision mediump float;
 #include "shared/columnParity.glsl"
 #include "shared/pixelInTwoTexels.glsl"
 #include "shared/yCoCgToRgb.glsl"
-// Pixels of three 16-bit channels to the same layout: both columns of a pixel compute all of it and write their half.
+// Pixels of three 16-bit channels to the same layout: both columns of a pixel compute the whole pixel and write their
+// half.
 uniform highp sampler2D s_texture00;
 varying highp vec2 v_texCoordPrev;
 varying highp vec2 v_texCoordCurr;

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr size_t kLowDepth = 8;      // the largest depth of the 8-bit program
-constexpr size_t kRowEntries = 2048; // every OpenGL ES 3 implementation has textures that wide
+constexpr size_t kRowEntries = 2048; // every OpenGL ES 3 implementation has textures of this width
 constexpr size_t kBands = 3;         // one per channel
 
 } // namespace

@@ -18,8 +18,8 @@ std::string const& fragmentSource(size_t bitDepth);
 GLfloat maxValue(size_t bitDepth);
 
 /// The table as a texture of single bytes, sampled without interpolation. Up to 8 bits: one row. From 9 bits on: rows
-/// of at most 2048 entries, three times over, one equal band a channel. Throws std::length_error where the table has
-/// not 2^bitDepth entries.
+/// of at most 2048 entries, three times over, one equal band per channel. Throws std::length_error if the table has not
+/// 2^bitDepth entries.
 Gles3Texture makeTexture(std::vector<std::uint8_t> const& table, size_t bitDepth);
 
 } // namespace lookup

@@ -9,7 +9,7 @@ namespace {
 
 constexpr double kToeOffset = 0.055; // sRGB's
 
-// Where the straight toe of a gamma curve ends, and how steep it is; none for gammas up to 1.
+// The end of a gamma curve's straight toe, and its slope; none for gammas up to 1.
 struct Toe {
     double offset = 0;
     double slope = 0;
@@ -24,7 +24,7 @@ struct Toe {
 };
 
 std::uint8_t toByte(double value) {
-    if (!(value > 0.0)) return 0; // no number at all included: gammas are not tested
+    if (!(value > 0.0)) return 0; // NaN included: gammas are not checked
     return static_cast<std::uint8_t>(std::min(std::round(value * 255.0), 255.0));
 }
 
@@ -47,8 +47,8 @@ std::vector<std::uint8_t> toneTable::gamma(size_t bitDepth, double gamma, std::u
     Toe const toe(gamma);
 
     std::vector<std::uint8_t> table(size, 0);
-    // Deliberate: the toe ends at this index, not at black plus it, so a black point shortens it. Near gamma 1 the
-    // index passes the white point, where the curve ends in any case.
+    // Deliberate: the toe ends at this index, not at black plus the index, so a black point shortens it. Near gamma 1
+    // the index passes the white point, where the curve ends in any case.
     double const toeIndex = std::round(toe.threshold * range);
     size_t const toeEnd = toeIndex < static_cast<double>(whiteCode) ? static_cast<size_t>(toeIndex) : whiteCode;
     auto const position = [&](size_t code) { return static_cast<double>(code - blackCode) / range; };

@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <vector>
 
-/// Tone curves as tables of output bytes, one entry an input code. Computed in double; no GL.
+/// Tone curves as tables of output bytes, one entry per input code. Computed in double; no GL.
 namespace toneTable {
 
-/// Depths that a table can be asked for: samples have at most 16 bits.
+/// The largest depth of a table: samples have at most 16 bits.
 constexpr size_t kMaxBitDepth = 16;
 
-/// A gamma curve from black to white, with a straight toe where gamma is above 1, as sRGB has one:
+/// A gamma curve from black to white, with a straight toe like sRGB's if gamma is above 1:
 ///
 ///     255 |            .-----      entries below `black` are 0, from `white` on 255;
 ///         |         .-'            in between the power segment

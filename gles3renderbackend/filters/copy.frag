@@ -1,6 +1,6 @@
 #version 100
 precision mediump float;
-// highp: an unqualified sampler is lowp and may deliver 16-bit floats, which do not hold all bytes / 255 apart.
+// highp: an unqualified sampler is lowp and may deliver 16-bit floats, which cannot tell all bytes / 255 apart.
 uniform highp sampler2D s_texture00;
 varying highp vec2 v_texCoord00;
 

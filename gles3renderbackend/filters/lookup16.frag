@@ -1,9 +1,9 @@
 #version 100
 precision highp float;
 #include "shared/pixelInTwoTexels.glsl"
-// Each 16-bit channel finds its output byte in a table of a_maxValue + 1 entries: rows of at most 2048, in three equal
-// bands, one per channel. Entries are addressed at their centres: the plain coordinate value / a_maxValue picks the
-// next entry near the top of large tables. Codes from 32768 on look negative and read entry 0.
+// The table has a_maxValue + 1 entries in rows of at most 2048, in three equal bands, one per 16-bit channel. Entries
+// are addressed at their centres: the plain coordinate value / a_maxValue selects the next entry near the top of large
+// tables. Codes from 32768 on are negative and read entry 0.
 uniform highp sampler2D s_texture00;
 uniform highp sampler2D s_texture01;
 uniform highp float a_maxValue;

@@ -1,7 +1,7 @@
 #version 100
 precision mediump float;
-// Each channel finds its own output in a table of a_maxValue + 1 entries; alpha passes through. The channel's value
-// divides the table evenly, and the entry is addressed at its centre, where nearest sampling cannot miss it.
+// Each channel reads its output from a table of a_maxValue + 1 entries; alpha passes through. The channel's value
+// divides the table evenly, and entries are addressed at their centres, where nearest sampling cannot miss them.
 uniform highp sampler2D s_texture00;
 uniform highp sampler2D s_texture01;
 uniform highp float a_maxValue;

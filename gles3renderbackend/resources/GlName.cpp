@@ -6,7 +6,7 @@
 
 namespace {
 
-// The holder exists before GL makes the name, so no name is lost when memory runs out.
+// The holder is allocated before GL makes the name, so no name is leaked when memory runs out.
 template <class Delete>
 GlName holder(Delete deleteName) {
     return GlName(new GLuint(0), [deleteName](GLuint const* name) {

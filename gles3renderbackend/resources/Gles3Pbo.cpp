@@ -67,7 +67,7 @@ void Gles3Pbo::setSubData(void const* data, size_t size, size_t offset) {
     unbind();
 }
 
-// Deliberate: the arguments do not choose the range. Every buffer is mapped whole, and all have the same size.
+// Deliberate: the arguments do not select the range. Every buffer is mapped whole, and all have the same size.
 void* Gles3Pbo::mapRange(size_t /*offset*/, size_t /*size*/) {
     mapped_ = nullptr;
     if (!usable()) return nullptr;

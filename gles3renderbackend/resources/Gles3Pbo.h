@@ -7,13 +7,13 @@
 /// A pixel buffer object. Copies share the GL buffer, the last one deletes it. GL thread only; the mapped memory may
 /// be written on any thread.
 ///
-/// A target other than GL_PIXEL_UNPACK_BUFFER and GL_PIXEL_PACK_BUFFER makes every operation do nothing.
+/// With a target other than GL_PIXEL_UNPACK_BUFFER and GL_PIXEL_PACK_BUFFER every operation does nothing.
 class Gles3Pbo {
 public:
     /// Bytes that mapRange maps, and the size of every buffer of the upload ring.
     static constexpr size_t kMappedBytes = 4194304;
 
-    /// Allocates `size` bytes of storage, not filled.
+    /// Allocates `size` bytes of uninitialised storage.
     Gles3Pbo(GLenum target, GLenum usage, size_t size);
 
     /// Binds or unbinds the buffer's target.
@@ -26,10 +26,10 @@ public:
     void setSubData(void const* data, size_t size, size_t offset);
 
     /// Maps the first kMappedBytes bytes, for writing (an unpack buffer) or reading (a pack buffer), and returns their
-    /// address. The arguments do not change the range. Throws VelmoraException with GL's error in words, the buffer
-    /// then stays bound and mapped() is null. Returns null without throwing where the target makes it do nothing.
+    /// address. The arguments do not change the range. Throws VelmoraException with GL's error in words; the buffer
+    /// then stays bound and mapped() is null. Returns null without throwing for a target with which it does nothing.
     void* mapRange(size_t offset, size_t size);
-    /// Ends the mapping; returns null. Throws VelmoraException where GL refuses, the buffer then stays bound.
+    /// Ends the mapping; returns null. Throws VelmoraException if GL refuses; the buffer then stays bound.
     void* unmap();
 
     size_t size() const { return size_; }

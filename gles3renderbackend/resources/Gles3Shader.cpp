@@ -18,7 +18,7 @@
 
 namespace {
 
-// Inputs whose locations are looked up at construction: more than any filter of the catalogue has.
+// Number of inputs whose locations are looked up at construction: more than any built-in filter has.
 constexpr size_t kPreparedInputs = 4;
 
 std::string suffix(size_t input) {
@@ -33,7 +33,7 @@ GLint find(std::map<std::string, GLint> const& locations, std::string const& nam
     return found == locations.end() ? -1 : found->second;
 }
 
-// A surface may report a size of 0 while it is minimised: nothing is drawn then, and nothing must trap.
+// The surface of a minimised window may have size 0: nothing is drawn, and the division must not trap.
 size_t quotient(size_t dividend, size_t divisor) {
     return divisor == 0 ? 0 : dividend / divisor;
 }
@@ -132,7 +132,7 @@ void Gles3Shader::draw(std::vector<FilterSource> const& sources, size_t inputW, 
     vertexBuffer_.bind();
     indexBuffer_.bind();
     glUseProgram(program());
-    // The host's surface has its origin at the top, targets keep GL's order: only the former is mirrored.
+    // The host's surface has its origin at the top, targets keep GL's order: only the surface is mirrored.
     bool const hostSurface = target.ownSurface() == 0;
     setModelView(hostSurface ? kMirrored : kUpright);
     setFixedState();

@@ -16,14 +16,14 @@
 class EnabledArrays;
 class Gles3RenderBackendInstance;
 
-/// One linked GLSL ES program and what it takes to run it once over a target: the base of every filter class. It
-/// carries a copy of the filter description that it was made for. Built complete or not at all. GL thread only.
+/// One linked GLSL ES program and the code to run it once over a target: the base of every filter class. It carries a
+/// copy of its filter description. Construction is all or nothing. GL thread only.
 ///
 /// Per-input names end in the input's index, two digits at least: "s_texture00", "a_texRange00", "a_texscale00",
 /// "a_texturecoordinates00".
 class Gles3Shader : public Filter {
 public:
-    /// Compiles and links. Throws VelmoraException with the log and, where a stage does not compile, its source with
+    /// Compiles and links. Throws VelmoraException with the log and, if a stage does not compile, its source with
     /// numbered lines; every GL object made so far is deleted then. The source is in what(); formatExceptionMessage
     /// ends it at its first "#", which is that of "#version".
     Gles3Shader(std::string const& vertexSource, std::string const& fragmentSource, Filter& filter);
@@ -36,9 +36,9 @@ public:
 
     /// Runs the program once. `filter` is the caller's description: its borders and scales give the extent of the
     /// output, while the input ranges follow the shader's own. inputW, inputH and the clips count logical pixels,
-    /// `offset` texels of the destination, {x, y}: two values, which is not tested here. Leaves bound: the program, the
-    /// framebuffer, both quad buffers, one texture per source. What it expects of the other state is in
-    /// docs/GL_STATE.md.
+    /// `offset` texels of the destination, {x, y}: two values, which is not checked here. Leaves bound: the program,
+    /// the framebuffer, both quad buffers, one texture per source. docs/GL_STATE.md lists the other state that it
+    /// expects.
     virtual void draw(std::vector<FilterSource> const& sources, size_t inputW, size_t inputH, size_t destination,
                       size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
                       SingleFilterParameters const& params, std::vector<size_t> const& offset,
@@ -46,16 +46,15 @@ public:
     /// Sets the uniforms of one run; called by draw with the program in use. The base has none.
     virtual void uploadParameters(SingleFilterParameters const& params);
 
-    /// The GL name of the program, 0 where there is none.
+    /// The GL name of the program, 0 without one.
     GLuint program() const { return program_ ? *program_ : 0; }
 
-    /// Throws VelmoraException "fewer sources than the filter has inputs" under `location` where the program samples an
+    /// Throws VelmoraException "fewer sources than the filter has inputs" under `location` if the program samples an
     /// input of `filter`, the caller's description, that has no source: it would show whatever texture its unit was
     /// left with. The program samples "s_texture00", "s_texture01" and so on, up to the first name that it lacks.
     void requireSources(size_t sources, Filter const& filter, char const* location) const;
 
-    /// For whoever keeps the shader in a table that the instance owns: a shader that held its instance would keep both
-    /// alive for ever.
+    /// For a table of shaders that the instance owns: a shader that held its instance would keep both alive for ever.
     using Filter::forgetInstance;
 
     /// The location of an active attribute or uniform, -1 for a name that the program lacks. Makes no GL call.
@@ -64,17 +63,17 @@ public:
     /// Every active uniform with its location.
     std::map<std::string, GLint> const& uniforms() const { return uniforms_; }
 
-    /// "a_geometry": where the unit quad goes in clip space. Puts the program in use, like the two below.
+    /// "a_geometry": the unit quad's place in clip space. Makes the program current, as the next two do.
     void setGeometry(double x, double y, double w, double h);
-    /// "a_modelView", column by column. Never set where its location is 0.
+    /// "a_modelView", column-major. Never set if its location is 0.
     void setModelView(std::vector<float> const& m);
-    /// "a_texRange" of an input: maps the quad's texture coordinates to a part of the texture. Never set where its
+    /// "a_texRange" of an input: maps the quad's texture coordinates to a part of the texture. Never set if its
     /// location is 0.
     void setTexRange(double offsetX, double offsetY, double scaleX, double scaleY, size_t input);
 
 protected:
     /// For the constructors of filters with parameters: getParametersObject() makes a Record, unless the description
-    /// brought a factory of its own.
+    /// has a factory of its own.
     template <class Record>
     void offerParameters() {
         if (!supportsParameters()) setParametersFactory([] { return std::make_shared<Record>(); });
@@ -111,11 +110,11 @@ private:
     Gles3Buffer indexBuffer_;
     Gles3Buffer vertexBuffer_;
 
-    // Copies of what the two maps hold, looked up once: forming the names at every draw costs more than the draw.
+    // Copies of entries of the two maps: forming the names at every draw costs more than the draw.
     GLint geometry_ = -1;
     GLint modelView_ = -1;
     GLint outputSize_ = -1;
     GLint position_ = -1;
     std::vector<InputLocations> inputs_;
-    size_t sampledInputs_ = 0; // of a table filter one more than inputs: its table
+    size_t sampledInputs_ = 0; // for a table filter one more than inputs: its table
 };

@@ -29,9 +29,9 @@ public:
 };
 
 struct ReadFormat {
-    GLenum format;        // asked of glReadPixels
-    size_t bytesRead;     // a texel, as GL delivers it
-    size_t bytesReturned; // a texel, as the caller gets it
+    GLenum format;        // requested from glReadPixels
+    size_t bytesRead;     // per texel, as GL delivers it
+    size_t bytesReturned; // per texel, as the caller gets it
 };
 
 struct PreferredRead {
@@ -60,18 +60,19 @@ size_t bytesReturned(RenderBackend::ImageFormatType format, char const* location
     throw VelmoraException("invalid texture format", location);
 }
 
-// Asks GL what it likes to read, so the framebuffer must be bound.
+// Queries GL's preferred read format, so the framebuffer must be bound.
 ReadFormat readFormat(RenderBackend::ImageFormatType format) {
     size_t const returned = bytesReturned(format, kGetPixelsBuffer);
     if (format == RenderBackend::RGBA32) return {GL_RGBA, 4, returned};
     PreferredRead const preferred = preferredRead();
-    // Deliberate: the answer is asked for and ignored. A grey target is always read directly, as alpha.
+    // Deliberate: GL's answer is queried and ignored. A grey target is always read directly, as alpha.
     if (format == RenderBackend::GRAY8) return {GL_ALPHA, 1, returned};
     bool const direct = preferred.format == GL_RGB && preferred.type == GL_UNSIGNED_BYTE;
     return direct ? ReadFormat{GL_RGB, 3, returned} : ReadFormat{GL_RGBA, 4, returned};
 }
 
-// One load and one store a texel: each writes a byte too many, which the next one overwrites. The last has no next one.
+// One load and one store per texel: each writes one byte too many, which the next store overwrites. The last texel has
+// no next store.
 void dropAlpha(GLubyte const* rgba, GLubyte* rgb, size_t texels) {
     if (texels == 0) return;
     for (; texels > 1; --texels, rgba += 4, rgb += 3)
@@ -125,13 +126,13 @@ size_t Gles3Target::texelColumn(size_t logicalX) const {
     return logicalX * physicalPerLogical_ / logicalPerPhysical_;
 }
 
-// The host's own surface knows no logical height: its rows count texels already.
+// The host's own surface has no logical height: its rows count texels already.
 size_t Gles3Target::texelRows(size_t logicalRows) const {
     return logicalSize_[1] == 0 ? logicalRows : logicalRows * height() / logicalSize_[1];
 }
 
 void Gles3Target::clear(float r, float g, float b, float a) const {
-    // Whatever a packed target's texels mean, bytes of 0 are samples of 0; other colours mean nothing there.
+    // Zero bytes are samples of 0 in any packing; other colours have no meaning there.
     bool const packed = physicalPerLogical_ / logicalPerPhysical_ != 1;
     bool const black = r == 0.0F && g == 0.0F && b == 0.0F;
     if (packed && !black) throw VelmoraException("Cannot clear buffer", kClear);
@@ -158,7 +159,7 @@ size_t Gles3Target::getPixels(void* buffer, size_t n, size_t x, size_t y, size_t
     glBindFramebuffer(GL_FRAMEBUFFER, *framebuffer_);
     ReadFormat const read = readFormat(format());
     bool const converts = read.bytesRead != read.bytesReturned;
-    // Not a vector, which would write zeros first.
+    // No vector, which would write zeros first.
     std::unique_ptr<GLubyte[]> const rgba(converts ? new GLubyte[height * texels * read.bytesRead] : nullptr);
 
     bool const alignedRows = texels % 4 == 0 && read.format != GL_RGB;

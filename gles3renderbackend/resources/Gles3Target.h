@@ -6,7 +6,7 @@
 #include <vector>
 
 /// A texture that can be rendered into: the colour attachment of a framebuffer of its own. Copies share both; the last
-/// one deletes them. GL thread only; docs/GL_STATE.md says under which state clearing and reading do what they say.
+/// one deletes them. GL thread only; docs/GL_STATE.md lists the state that clearing and reading expect.
 ///
 /// The host counts in logical pixels, GL in texels. Along x several logical pixels may share a texel, or one may take
 /// several texels:
@@ -20,7 +20,7 @@ public:
     Gles3Target();
 
     /// An empty logicalSize means the physical size. Leaves the new framebuffer bound. Throws "Failed to setup render
-    /// to texture" where GL cannot render to the format, which is so for every GRAY8 texture on OpenGL ES 3.
+    /// to texture" if GL cannot render to the format, which holds for every GRAY8 texture on OpenGL ES 3.
     Gles3Target(size_t physicalWidth, size_t physicalHeight, std::vector<size_t> const& logicalSize,
                 size_t logicalPerPhysical, size_t physicalPerLogical, RenderBackend::ImageFormatType format,
                 RenderBackend::ImageFiltering filtering);
@@ -34,26 +34,25 @@ public:
     size_t width() const override { return Gles3Texture::width(); }
     size_t height() const override { return Gles3Texture::height(); }
 
-    /// Attaches the texture again, to whatever framebuffer is bound: after the texture was resized or uploaded anew.
+    /// Attaches the texture again, to the currently bound framebuffer: after the texture was resized or uploaded anew.
     void bindTextureToFrameBuffer() const;
 
-    /// Gives a recycled target another packing. Its texture and its pixels stay.
+    /// Gives a recycled target another packing. Texture and pixels stay.
     void repack(std::vector<size_t> logicalSize, size_t logicalPerPhysical, size_t physicalPerLogical) noexcept;
 
-    /// Fills the target; 1.0 is full. A packed target can only be cleared to black, whatever alpha is: other colours
-    /// throw "Cannot clear buffer". Leaves the framebuffer bound.
+    /// Fills the target; 1.0 is full. A packed target can only be cleared to black, with any alpha: other colours throw
+    /// "Cannot clear buffer". Leaves the framebuffer bound.
     void clear(float r, float g, float b, float a) const;
-    /// Fills a rectangle, in logical pixels; on the host's own surface the rectangle counts texels as it stands. Leaves
-    /// the scissor test off, also where it throws.
+    /// Fills a rectangle, in logical pixels; on the host's own surface the rectangle counts texels. Leaves the scissor
+    /// test off, also if it throws.
     void clearRect(float r, float g, float b, float a, size_t x, size_t y, size_t width, size_t height) const;
 
-    /// Reads a rectangle into `buffer`, a capacity of n bytes, and returns the bytes written, rows in GL's order. x and
-    /// y count texels, width logical pixels. The capacity is checked with 3 bytes per texel whatever the format is: an
-    /// RGBA32 target writes 4, which the caller must provide. Leaves the framebuffer bound and the pack alignment
-    /// changed.
+    /// Reads a rectangle into `buffer`, of n bytes, and returns the bytes written, rows in GL's order. x and y count
+    /// texels, width logical pixels. The capacity is checked with 3 bytes per texel whatever the format: an RGBA32
+    /// target writes 4, which the caller must provide. Leaves the framebuffer bound and the pack alignment changed.
     size_t getPixels(void* buffer, size_t n, size_t x, size_t y, size_t width, size_t height) const;
-    /// The same into a vector, which grows where it is too small and is then cut to the bytes written. The capacity
-    /// check holds here too: an exactly grown GRAY8 vector is refused.
+    /// The same into a vector, which grows if it is too small and is then cut to the bytes written. The capacity check
+    /// holds here too: an exactly grown GRAY8 vector is refused.
     void getPixels(std::vector<GLubyte>& pixels, size_t x, size_t y, size_t width, size_t height) const;
 
     /// The GL name of the framebuffer.
@@ -65,7 +64,7 @@ public:
     size_t logicalPerPhysical() const { return logicalPerPhysical_; }
     size_t physicalPerLogical() const { return physicalPerLogical_; }
 
-    /// Texels that a logical width takes, rounded up.
+    /// Texels of a logical width, rounded up.
     size_t texelWidth(size_t logicalWidth) const;
 
 private:

@@ -33,7 +33,7 @@ size_t maxTextureTexels() {
     return static_cast<size_t>(texels);
 }
 
-// Compared as GL sees them, as signed 32-bit numbers.
+// Compares as GL does, as signed 32-bit numbers.
 bool withinLimit(size_t width, size_t height, size_t maxTexels) {
     auto const limit = static_cast<GLint>(maxTexels);
     return static_cast<GLint>(width) <= limit && static_cast<GLint>(height) <= limit;
@@ -46,12 +46,12 @@ void requireSupportedSize(size_t width, size_t height, char const* location) {
     throw VelmoraRangeException("requested buffer size exceeds maximum supported size", location, maxTexels);
 }
 
-// Bytes that GL reads for an image; SIZE_MAX where they cannot be counted.
+// Number of bytes that GL reads for an image; SIZE_MAX if it overflows.
 size_t bytesRead(size_t width, size_t height, size_t bytesPerTexel, std::optional<size_t> rowLength) {
     if (width == 0 || height == 0) return 0;
     size_t texels = 0;
     size_t bytes = 0;
-    // A row length of 0 means to GL that rows are as long as the image is wide.
+    // A row length of 0 means to GL that the stride is the image's width.
     size_t const stride = rowLength.value_or(0) != 0 ? *rowLength : width;
     bool const overflow = __builtin_mul_overflow(stride, height - 1, &texels) ||
                           __builtin_add_overflow(texels, width, &texels) ||
@@ -67,7 +67,7 @@ bool trilinearSides(size_t width, size_t height) {
     return isPowerOfTwo(width) && isPowerOfTwo(height);
 }
 
-// Whether an image of this size would be refused for another reason than the pixels that came with it.
+// Whether an image of this size would be refused for another reason than its pixels.
 bool refusedAnyway(std::vector<size_t> const& size, RenderBackend::ImageFiltering filtering) {
     bool const noFiltering =
         !samplingFilters(filtering) || (filtering == RenderBackend::TRILINEAR && !trilinearSides(size[0], size[1]));
@@ -137,7 +137,7 @@ void Gles3Texture::setPixels(std::vector<std::uint8_t> const& pixels, std::vecto
     bind();
     if (rowLength) glPixelStorei(GL_UNPACK_ROW_LENGTH, static_cast<GLint>(*rowLength));
     if (inPlace) {
-        // Deliberate: GL_RGBA whatever the format is, and neither size nor sampling change.
+        // Deliberate: GL_RGBA whatever the format, and neither size nor sampling change.
         glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, static_cast<GLsizei>(size[0]), static_cast<GLsizei>(size[1]), GL_RGBA,
                         GL_UNSIGNED_BYTE, data);
     } else {
@@ -149,15 +149,15 @@ void Gles3Texture::setPixels(std::vector<std::uint8_t> const& pixels, std::vecto
     if (rowLength) glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
 }
 
-// Whether GL would read past the pixels of an upload.
+// Whether GL would read past the end of the pixels.
 bool Gles3Texture::endsInside(size_t pixelBytes, std::vector<size_t> const& size, size_t offset,
                               std::optional<size_t> rowLength) const {
     if (fitsInPlace(size)) {
-        // Read as RGBA; where the texture has another format GL refuses the call and reads nothing.
+        // Read as RGBA; if the texture has another format GL refuses the call and reads nothing.
         size_t const bytes = bytesRead(size[0], size[1], 4, rowLength);
         return format_ == RenderBackend::RGBA32 && !holds(pixelBytes, offset, bytes);
     }
-    // Without pixels from the offset on a new image is allocated and not filled.
+    // Without pixels from the offset on, a new image is allocated and not filled.
     return pixelBytes > offset && !holds(pixelBytes, offset, bytesRead(size[0], size[1], size[2], rowLength));
 }
 
@@ -171,7 +171,7 @@ void Gles3Texture::setPixels(std::vector<size_t> const& size, Gles3Pbo const& pb
     pbo.unbind();
 }
 
-// Size, format and sampling of a new image, which the caller uploads next.
+// Sets size, format and sampling of a new image, which the caller uploads next.
 void Gles3Texture::defineImage(std::vector<size_t> const& size) {
     width_ = size[0];
     height_ = size[1];

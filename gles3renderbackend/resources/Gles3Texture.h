@@ -15,7 +15,7 @@ class Gles3Pbo;
 ///
 /// Size vectors are {width, height, bytes per texel}, in texels. Every operation binds the texture to GL_TEXTURE_2D of
 /// the active unit and leaves it bound. Unpack alignment is 1 from the first upload on: the buffer form of setPixels
-/// relies on it, as rows in an upload buffer follow each other without padding. docs/GL_STATE.md: what else counts.
+/// relies on it, as rows in an upload buffer are tightly packed. docs/GL_STATE.md lists the other state that matters.
 class Gles3Texture : public virtual Canvas {
 public:
     /// A GL name without an image: size 0 by 0, RGBA32, NEAREST.
@@ -39,22 +39,23 @@ public:
     /// then report the rejected size.
     void resize(size_t width, size_t height);
 
-    /// Uploads from host memory, starting at byte `offset`; rowLength, in texels, where rows are longer than the image.
+    /// Uploads from host memory, starting at byte `offset`; rowLength: stride in texels, if rows are longer than the
+    /// image.
     ///
     /// An image smaller than the present one in BOTH directions is written into its top left corner, as RGBA whatever
-    /// the format is: on RGB24 and GRAY8 textures GL refuses it (GL_INVALID_OPERATION) and the old pixels stay. Any
-    /// other size makes a new image, of the format that size[2] names. A vector that ends inside the image is refused
-    /// and the texture stays as it is; one that ends at or before `offset` allocates without filling. Where a new image
-    /// is refused for its format, its filtering or its size, width() and height() report the new size all the same, and
-    /// a row length stays set.
+    /// the format: on RGB24 and GRAY8 textures GL refuses it (GL_INVALID_OPERATION) and the old pixels stay. Any other
+    /// size makes a new image, of the format that size[2] names. A vector that ends inside the image is refused and the
+    /// texture is unchanged; one that ends at or before `offset` allocates without filling. If a new image is refused
+    /// for its format, its filtering or its size, width() and height() report the new size all the same, and a row
+    /// length stays set.
     void setPixels(std::vector<std::uint8_t> const& pixels, std::vector<size_t> const& size, size_t offset = 0,
                    std::optional<size_t> rowLength = std::nullopt);
 
-    /// Uploads from a pixel buffer, starting at byte `offset`: always a new image, without a size test. The buffer must
-    /// be an unpack buffer and not mapped; with another one GL would take the offset for an address.
+    /// Uploads from a pixel buffer, starting at byte `offset`: always a new image, without a check of the size. The
+    /// buffer must be an unpack buffer and not mapped; with another one GL would take the offset for an address.
     void setPixels(std::vector<size_t> const& size, Gles3Pbo const& pbo, size_t offset);
 
-    /// For holders of TRILINEAR textures: uploads never make mipmaps by themselves.
+    /// For TRILINEAR textures: uploads never make mipmaps by themselves.
     void generateMipmaps();
 
     RenderBackend::ImageFormatType format() const { return format_; }

@@ -6,7 +6,7 @@
 #include <cstddef>
 
 /// {width, height} of a filter's valid output in logical pixels: the scaled input less borders and clips. Unsigned,
-/// each quotient rounded down; what is cut beyond nothing wraps.
+/// each quotient rounded down; differences below 0 wrap.
 inline std::array<size_t, 2> outputExtent(Filter const& filter, size_t inputW, size_t inputH, size_t clipLeft,
                                           size_t clipRight, size_t clipTop, size_t clipBottom) {
     size_t const scaledW = inputW * filter.scaleXNum() / filter.scaleXDen();

@@ -20,7 +20,7 @@ constexpr Stage kFragment = {GL_FRAGMENT_SHADER, "Error creating fragment shader
                              "Error compiling fragment shader"};
 constexpr Stage kVertex = {GL_VERTEX_SHADER, "Error creating vertex shader object", "Error compiling vertex shader"};
 
-// A compiled stage: it goes when the program is linked, or when that fails.
+// A compiled stage: deleted when the program is linked, or when that fails.
 class StageObject {
 public:
     explicit StageObject(Stage const& stage) : name_(glCreateShader(stage.type)) {
@@ -40,7 +40,7 @@ using GetParameter = void (*)(GLuint, GLenum, GLint*);
 using GetLog = void (*)(GLuint, GLsizei, GLsizei*, GLchar*);
 
 std::string infoLog(GLuint object, GetParameter getParameter, GetLog getLog) {
-    GLint length = 0; // with the terminating zero
+    GLint length = 0; // including the terminating zero
     getParameter(object, GL_INFO_LOG_LENGTH, &length);
     if (length <= 1) return {};
     std::vector<GLchar> log(static_cast<size_t>(length));
@@ -94,7 +94,7 @@ void link(GLuint program) {
     throw VelmoraException("Error linking shader program", kLocation, log);
 }
 
-// Calls visit(index, buffer size, &name length, buffer) for every active variable and collects what it locates.
+// Calls visit(index, buffer size, &name length, buffer) for every active variable and collects the locations.
 template <class GetActive, class Locate>
 std::map<std::string, GLint> activeVariables(GLuint program, GLenum countName, GLenum lengthName, GetActive getActive,
                                              Locate locate) {

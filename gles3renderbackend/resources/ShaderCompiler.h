@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-/// A linked program and what GL says of it: every active attribute and uniform with its location, under GL's name.
+/// A linked program with the name and location of every active attribute and uniform.
 struct CompiledProgram {
     GlName program;
     std::map<std::string, GLint> attributes;
@@ -13,5 +13,5 @@ struct CompiledProgram {
 };
 
 /// Compiles and links, the fragment stage first. Throws VelmoraException with GL's log; a stage that does not compile
-/// is listed with numbered lines. Nothing is left in GL where it throws; where it does not, the program alone is.
+/// is listed with numbered lines. After an exception nothing is left in GL, otherwise the program alone.
 CompiledProgram compileProgram(std::string const& vertexSource, std::string const& fragmentSource);

@@ -19,7 +19,7 @@ constexpr size_t kPositionByte = 0;
 constexpr size_t kTextureCoordinateByte = 8;
 constexpr GLsizei kIndexCount = 6;
 
-/// Fill an index buffer, a vertex buffer, and leave it bound.
+/// Fill an index buffer or a vertex buffer, and leave it bound.
 void uploadIndices(Gles3Buffer& indices);
 void uploadVertices(Gles3Buffer& vertices);
 /// Points a vertex attribute at the positions or texture coordinates of the bound vertex buffer.

@@ -8,13 +8,13 @@
 #include <memory>
 #include <vector>
 
-/// Blocks of a picture of 16 bits through the backend, each band as a plane of its own: every bit comes out again,
-/// which copies alone do, for what else takes 16 bits takes them as signed. GL thread only. Throws VelmoraException.
+/// Draws blocks of a 16-bit picture through the backend, each band as a plane of its own. Every bit is kept, because
+/// the filters are copies: all others take 16-bit samples as signed. GL thread only. Throws VelmoraException.
 class DeepBlocks {
 public:
     DeepBlocks(std::shared_ptr<RenderBackendInstance> const& instance, size_t bands);
 
-    /// Draws `block`, a part of `strip` whose pixels are given, and puts it at the same place into `out`: samples in
+    /// Draws `block`, a part of `strip` whose pixels are given, and writes it to the same place of `out`: samples in
     /// the machine's byte order.
     void drawBlock(Region const& block, Region const& strip, std::vector<std::uint8_t> const& pixels,
                    std::vector<std::uint8_t>& out);

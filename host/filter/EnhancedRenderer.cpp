@@ -14,13 +14,13 @@ namespace {
 
 constexpr size_t kGrid = EnhancementChain::kGrid;
 
-// The rows of a picture that are at hand: a window that only moves down, so that each row is read once.
+// The rows of a picture that are in memory: a window that only moves down, so that each row is read once.
 class RowWindow {
 public:
     RowWindow(PixelSource& source, size_t x, size_t width)
         : source_(source), x_(x), width_(width), rowBytes_(width * source.bands() * source.sampleBytes()) {}
 
-    /// Rows y to y + count; rows above are dropped.
+    /// Moves to rows y to y + count; rows above are dropped.
     void moveTo(size_t y, size_t count) {
         size_t const end = first_ + rows_.size() / rowBytes_;
         size_t const kept = end > y ? end - y : 0;
@@ -31,7 +31,7 @@ public:
         rows_.insert(rows_.end(), fresh_.begin(), fresh_.end());
     }
 
-    /// The sample bytes of pixel (x, y) of the picture and of those right of it.
+    /// The sample bytes of pixel (x, y) of the picture, followed by those of the pixels to its right.
     std::uint8_t const* at(size_t x, size_t y) const {
         return &rows_[(y - first_) * rowBytes_ + (x - x_) * rowBytes_ / width_];
     }
@@ -46,7 +46,7 @@ private:
     std::vector<std::uint8_t> fresh_;
 };
 
-// One picture's way through the chain.
+// One run of a picture through the chain.
 class Enhancing {
 public:
     Enhancing(std::shared_ptr<RenderBackendInstance> instance, std::vector<enhancement::Step> const& steps,

@@ -12,17 +12,17 @@
 class PixelSource;
 class RenderBackendInstance;
 
-/// Draws a region of a picture through a chain of enhancements and hands out 8-bit pixels. What comes out does not
-/// depend on the region: it is that part of the whole picture enhanced.
+/// Draws a region of a picture through a chain of enhancements and delivers 8-bit pixels. They equal the region's part
+/// of the enhanced whole picture, whatever the region.
 ///
-/// The region is worked through in strips of parts from the top; rows that two strips share are read once. Alpha is not
-/// enhanced: it comes out as it went in. GL thread only.
+/// The region is processed in strips of parts from the top; rows that two strips share are read once. Alpha passes
+/// unchanged. GL thread only.
 class EnhancedRenderer {
 public:
-    /// Throws HostError where the steps read too much around a pixel for any part.
+    /// Throws HostError if the apron of the steps leaves no room for a part.
     EnhancedRenderer(std::shared_ptr<RenderBackendInstance> instance, std::vector<enhancement::Step> steps);
 
-    /// Bands of what comes out: those of the picture, but colour where a matrix may make colour of grey.
+    /// Bands of the output: those of the picture, but RGB if a matrix may turn grey into colour.
     static size_t bandsOf(size_t pictureBands, std::vector<enhancement::Step> const& steps);
 
     /// Throws what source, sink and progress throw, and VelmoraException.

@@ -23,7 +23,7 @@ std::vector<std::string> fields(std::string const& text) {
     return result;
 }
 
-// The whole field, in the C locale.
+// Parses the whole field as a number, in the C locale.
 template <class Number>
 bool parse(std::string const& field, Number& number) {
     auto const [end, error] = std::from_chars(field.data(), field.data() + field.size(), number);

@@ -6,11 +6,11 @@
 #include <variant>
 #include <vector>
 
-/// What a user asks for to see more in a picture. Each is one filter of the backend, or a short chain of them.
-/// kIsPointwise: an output pixel comes from the input pixel at its place alone. kMayColour: grey may become colour.
+/// Enhancements that a user can request. Each is one filter of the backend, or a short chain of them. kIsPointwise: an
+/// output pixel depends on the input pixel at the same place alone. kMayColour: grey may become colour.
 namespace enhancement {
 
-/// Unsharp mask. The gain moves in steps of 1/32, toward zero.
+/// Unsharp mask. The gain is rounded toward zero to steps of 1/32.
 struct Sharpen {
     static constexpr bool kIsPointwise = false;
     static constexpr bool kMayColour = false;
@@ -30,8 +30,8 @@ struct ColourMatrix {
 /// The highest code of a file's samples.
 constexpr std::uint64_t kLargestCode = 65535;
 
-/// A black point, a white point and a gamma. On 8-bit pictures the points count linear light, 4096 codes of which 3500
-/// are the white of sRGB; on 16-bit pictures they are codes of the file.
+/// A black point, a white point and a gamma. In 8-bit pictures the points count linear light in 4096 codes, of which
+/// 3500 is the white of sRGB; in 16-bit pictures they are codes of the file.
 struct Gamma {
     static constexpr bool kIsPointwise = true;
     static constexpr bool kMayColour = false;
@@ -55,8 +55,8 @@ struct Equalise {
     double clipLimit = 1.0;
 };
 
-/// Cuts samples to multiples of 2^bits, toward zero; bits of the file's own codes. rounding puts the result in the
-/// middle of its step.
+/// Cuts samples to multiples of 2^bits, toward zero; bits count in the file's own codes. rounding sets the result to
+/// the middle of its step.
 struct Truncate {
     static constexpr bool kIsPointwise = true;
     static constexpr bool kMayColour = false;
@@ -67,7 +67,7 @@ struct Truncate {
 
 using Step = std::variant<Sharpen, ColourMatrix, Gamma, LinearToSrgb, Equalise, Truncate>;
 
-// The texts of the command line: numbers between commas. Each throws std::invalid_argument with a sentence for the
+// Parsers of command line texts: numbers between commas. Each throws std::invalid_argument with a sentence for the
 // user.
 
 /// "G"

@@ -17,7 +17,7 @@ using Layout = SampleLayout;
 
 constexpr size_t kSharpenReach = 2;
 constexpr unsigned kFileDepth = 16;
-constexpr unsigned kPlaneDepth = 15; // samples have a sign
+constexpr unsigned kPlaneDepth = 15; // samples are signed
 constexpr unsigned kSharpenDepth = 10;
 constexpr unsigned kMatrixDepth = 12;
 constexpr unsigned kMatrixResultBits = 14; // results of the 16-bit matrix are exact below 2^14
@@ -32,7 +32,7 @@ Layout layoutOf(unsigned depth) {
     return depth == kShownDepth ? Layout::kRgba8 : Layout::kThreeChannel16;
 }
 
-// A picture has at most 2^16 codes per sample; of fewer bits the lower ones are gone.
+// The code of a sample of `depth` bits for a 16-bit code of the file: lower bits are lost.
 std::uint64_t codeAt(std::uint64_t code, unsigned depth) {
     return code >> (kFileDepth - depth);
 }
@@ -49,7 +49,7 @@ Interval onGrid(Interval const& wanted, size_t end) {
     return {start, std::min(blocks * EnhancementChain::kGrid, end - start)};
 }
 
-// Along one axis that ends at `end`: what a step reads for what is wanted.
+// Along one axis that ends at `end`: the interval that a step reads for the wanted interval.
 template <class Step>
 Interval read(Step const& /*step*/, Interval const& wanted, size_t /*end*/) {
     static_assert(Step::kIsPointwise, "say what the step reads around its output");
@@ -64,7 +64,7 @@ Interval read(Equalise const& /*step*/, Interval const& wanted, size_t end) {
     return widened(onGrid(wanted, end), EnhancementChain::kGrid, end);
 }
 
-// The most that read() adds at both sides together.
+// Upper bound of the samples that read() adds at both sides together.
 template <class Step>
 size_t mostRead(Step const& /*step*/) {
     static_assert(Step::kIsPointwise, "say how much the step reads around its output");
@@ -75,14 +75,14 @@ size_t mostRead(Sharpen const& /*step*/) {
     return 2 * kSharpenReach;
 }
 
-// A step before it may have left the grid at both sides.
+// Both ends may be off the grid, moved by a preceding step.
 size_t mostRead(Equalise const& /*step*/) {
     return 4 * EnhancementChain::kGrid;
 }
 
 Filter3x3MatrixParams matrixParams(ColourMatrix const& matrix) {
     Filter3x3MatrixParams params;
-    // The record goes column by column.
+    // The record is column-major.
     for (size_t row = 0; row < 3; ++row) {
         for (size_t column = 0; column < 3; ++column)
             params.matrix[3 * column + row] =
@@ -92,7 +92,7 @@ Filter3x3MatrixParams matrixParams(ColourMatrix const& matrix) {
     return params;
 }
 
-// The deepest samples whose sums stay within the filter's domain.
+// The largest depth at which the matrix' sums stay within the filter's domain.
 unsigned roomFor(ColourMatrix const& matrix) {
     double largest = 1.0;
     for (size_t row = 0; row < 3; ++row)
@@ -117,7 +117,7 @@ Region EnhancementChain::around(Region const& output, Step const& step) const {
         step);
 }
 
-// What each step starts from, and the output last.
+// The input region of each step, and the output region last.
 std::vector<Region> EnhancementChain::regionsUpTo(Region const& output) const {
     std::vector<Region> regions(steps_.size() + 1, output);
     for (size_t i = steps_.size(); i-- > 0;)
@@ -175,7 +175,7 @@ std::vector<unsigned char> EnhancementChain::texels(OwnedTarget const& target, R
 
 EnhancementChain::Part EnhancementChain::apply(Part part, Sharpen const& sharpen, Region const& output) {
     if (part.depth != kShownDepth) part = toDepth(std::move(part), kSharpenDepth);
-    // Where the picture ends the filter would find nothing: its edge pixels go on.
+    // The filter needs an apron: beyond the picture its edge pixels are repeated.
     Insets const inside = insetsOf(part.region, output);
     Insets const beyond = {kSharpenReach - inside.left, kSharpenReach - inside.right, kSharpenReach - inside.top,
                            kSharpenReach - inside.bottom};
@@ -198,8 +198,8 @@ EnhancementChain::Part EnhancementChain::sharpen8(OwnedTarget const& source, Siz
 
 EnhancementChain::Part EnhancementChain::sharpen16(OwnedTarget const& source, Size const& read, Region const& output,
                                                    double gain) {
-    // The filter drops a fraction before it multiplies by 32: so the gain comes 32 times as large, and five bits go
-    // again.
+    // The filter truncates the gain to whole numbers before it multiplies by 32. So the gain is passed times 32, with a
+    // shift of five bits.
     constexpr int kFractionBits = 5;
     FilterSharpness16Params params;
     params.gain = std::trunc(std::ldexp(gain, kFractionBits));
@@ -235,7 +235,7 @@ EnhancementChain::Part EnhancementChain::apply(Part part, LinearToSrgb const& /*
                                      : map(part, description::filterLinear16ToSRGB8(part.depth), kShownDepth, anyKey);
 }
 
-// The luma alone: it is the first channel of YCoCg, and the filter leaves the others as they are.
+// Equalises the luma alone: it is the first channel of YCoCg, and the filter leaves the others unchanged.
 EnhancementChain::Part EnhancementChain::apply(Part part, Equalise const& equalise, Region const& output) {
     part = map(toShown(std::move(part)), description::filterRGBA8ToYCoCg16(), kFileDepth);
     FilterClaheParams params;
@@ -251,7 +251,7 @@ EnhancementChain::Part EnhancementChain::apply(Part part, Equalise const& equali
 EnhancementChain::Part EnhancementChain::apply(Part part, Truncate const& truncate, Region const& /*output*/) {
     Truncate atDepth = truncate;
     if (part.depth != kShownDepth) atDepth.bits -= std::min(atDepth.bits, kFileDepth - part.depth);
-    // No filter takes three channels apart: the planes go through the host.
+    // No filter splits three channels into planes: they go through the host.
     OwnedTarget deep = interleave(planesOf(part), evenSizeOf(part.region), &atDepth);
     Part result = {std::move(deep), part.region, part.depth == kShownDepth ? kFileDepth : part.depth};
     if (part.depth != kShownDepth) return result;
@@ -266,7 +266,7 @@ EnhancementChain::Part EnhancementChain::map(Part const& part, Filter const& des
     return {std::move(result), part.region, depth};
 }
 
-// A power of two is exact in the matrix; the bits that go are rounded.
+// A power of two is exact in the matrix; the dropped bits are rounded.
 EnhancementChain::Part EnhancementChain::toDepth(Part part, unsigned depth) {
     if (part.depth <= depth) return part;
     double const factor = std::ldexp(1.0, static_cast<int>(depth) - static_cast<int>(part.depth));
@@ -274,8 +274,8 @@ EnhancementChain::Part EnhancementChain::toDepth(Part part, unsigned depth) {
     return map(part, description::filter3x3Matrix16(), depth, matrixParams(scaling));
 }
 
-// The upper byte, by a table that rounds (code - black) * 255 / (white - black). With s codes to a byte and the points
-// below, that is byte b from code b * s - 1 + (b - 0.5) / 255 on: b * s is the first whole one.
+// The upper byte, by a table that rounds (code - black) * 255 / (white - black). With s codes per byte and the points
+// below, byte b starts at code b * s - 1 + (b - 0.5) / 255; the first whole number from there on is b * s.
 EnhancementChain::Part EnhancementChain::toShown(Part part) {
     if (part.depth == kShownDepth) return part;
     std::uint64_t const codesPerByte = std::uint64_t{1} << (part.depth - kShownDepth);

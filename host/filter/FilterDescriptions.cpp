@@ -9,7 +9,7 @@
 
 namespace {
 
-// What sets a filter apart from the copy of one input.
+// The differences of a filter from a copy of one input.
 struct Geometry {
     Insets invalid;
     size_t scaleX = 1;
@@ -25,7 +25,7 @@ Filter described(std::string const& name, SampleLayout in, SampleLayout out, siz
                   components(out), 1, 1, 1, 1, signedIn, signedOut, bitDepthIn, RenderBackend::NEAREST);
 }
 
-// Samples of 16 bits are signed.
+// 16-bit samples are signed.
 Filter described(std::string const& name, SampleLayout in, SampleLayout out, size_t bitDepthIn,
                  Geometry const& geometry = {}, size_t inputs = 1) {
     return described(name, in, out, bitDepthIn, geometry, std::vector<bool>(inputs, samplelayout::isSigned(in)),
@@ -41,7 +41,7 @@ Filter withParameters(Filter filter) {
 using Layout = SampleLayout;
 
 constexpr size_t kEightBits = 8;
-constexpr size_t kTenBits = 10; // what sharpening on 16-bit samples looks at
+constexpr size_t kTenBits = 10; // depth of sharpening on 16-bit samples
 constexpr size_t kSixteenBits = 16;
 
 struct NamedDescription {

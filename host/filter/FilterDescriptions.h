@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-/// The canonical description of every built-in filter, by byName(), and of those that code of ours makes by a function:
-/// `filterTruncate16` describes "FilterTruncate16". Ready for Filter::bind() or createFilterInstance(). A filter that
-/// reads a parameter record makes it with getParametersObject(). docs/FILTERS.md says what each one computes,
-/// docs/SAMPLE_LAYOUTS.md how pixels lie.
+/// The canonical description of every built-in filter, by byName(), and by a function for filters that our own code
+/// uses: `filterTruncate16` describes "FilterTruncate16". Ready for Filter::bind() or createFilterInstance(). For a
+/// filter with parameters, getParametersObject() makes the record. docs/FILTERS.md has the formulas,
+/// docs/SAMPLE_LAYOUTS.md the layouts.
 ///
-/// In the drawings # is an output pixel, . a border that the output lacks. Borders count output pixels; where nothing
-/// is drawn, output pixel (x, y) comes from input pixel (x, y) alone.
+/// In the drawings # is an output pixel, . a border that the output lacks. Borders count output pixels. Filters without
+/// a drawing are pointwise: output pixel (x, y) depends on input pixel (x, y) alone.
 namespace description {
 
 /// Horizontal step of the inverse 5/3 wavelet: inputs low band L and high band H, M samples per row each, M even along
@@ -45,7 +45,7 @@ Filter blitFilter1x16();
 Filter blitFilter3x16();
 Filter blitFilter3x8();
 Filter blitFilter4x8();
-/// The one that copies pixels of a layout; those of four channels go as whole texels.
+/// The filter that copies pixels of a layout; kFourChannel16 is copied as whole texels.
 Filter blitFilter(SampleLayout layout);
 
 /// One 16-bit channel as grey pixels, unscaled and clamped to 0..255. Source column and destination offset are of the
@@ -84,7 +84,7 @@ Filter filterSharpness8();
 Filter filterSharpnessH16();
 
 /// Second pass: input 00 is the source, input 01 the output of the first pass. Borders are two rows at the top and the
-/// bottom; those of the first pass come in through its output, which starts two columns to the right in the source:
+/// bottom; those of the first pass are missing in its output, which starts two columns to the right in the source:
 ///
 ///     sources {source, x + 2, y}, {blur, 0, y}          o     . . . .
 ///                                                       o     . . . .
@@ -99,10 +99,10 @@ Filter filterLinear8ToSRGB8();
 Filter filterLinear16ToSRGB8(size_t bitDepth = 16);
 /// Codes of 9 to 16 bits to 8 bits through a black point, a white point and a gamma.
 Filter filterLinear16TosRGB8(size_t bitDepth = 16);
-/// The same on 8-bit sRGB pixels.
+/// A black point, a white point and a gamma on 8-bit sRGB pixels.
 Filter filterBlackWhiteGamma8();
 
-/// Masks: run by RenderBackendInstance::maskRange, which draws a shape that shows the source underneath.
+/// Masks: run by RenderBackendInstance::maskRange, which draws a shape filled with the source's pixels.
 Filter maskFilter3x8();
 Filter maskFilter4x8();
 Filter maskFilter3x16();
@@ -122,7 +122,7 @@ Filter filterRGBA8ToYCoCg16();
 
 /// Contrast-limited adaptive histogram equalisation of the first of four 16-bit channels. Regions of 40 x 40 pixels
 /// start at the input's first pixel. Borders are the output pixels that a run leaves out. With borders of 40, tiles
-/// that are cut at multiples of 40 and read with 40 pixels of their neighbours agree with the whole picture:
+/// that are cut at multiples of 40 and have an apron of 40 pixels agree with the whole picture:
 ///
 ///     +--------------+
 ///     | 40 . . . . . |   read and counted
@@ -130,13 +130,14 @@ Filter filterRGBA8ToYCoCg16();
 ///     | .  . . . . . |
 ///     +--------------+
 ///
-/// Pixels left of and above a border of 40 or more are not equalised; smaller ones are equalised and left out.
+/// With a left border of 40 or more the first 40 columns are not equalised, with such a top border the first 40 rows;
+/// smaller borders are equalised and left out.
 Filter filterCLAHE(Insets const& borders = {});
 
 /// All names, in the order in which hosts list them.
 std::vector<std::string> const& names();
 
-/// The description of a name, with default depths and borders. Throws std::out_of_range for a name that is none.
+/// The description of a name, with default depths and borders. Throws std::out_of_range for an unknown name.
 Filter byName(std::string const& name);
 
 } // namespace description

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr size_t kScaledCopies = 8; // that are kept
+constexpr size_t kScaledCopies = 8; // kept at most
 
 } // namespace
 
@@ -30,7 +30,7 @@ OwnedTarget FilterRunner::upload(SampleLayout layout, Size const& size, std::vec
     return result;
 }
 
-// A tile of the cache has one sample of 16 bits or 3 or 4 bytes per pixel: pixels of two texels come as their texels.
+// A tile of the cache has one 16-bit sample or 3 or 4 bytes per pixel: pixels of two texels are passed as texels.
 void FilterRunner::draw(OwnedTarget const& target, SampleLayout layout, Size const& tile,
                         std::vector<unsigned char> const& pixels, Region const& area) {
     bool const isOfTwoTexels = samplelayout::texels(layout, 1) == 2;
@@ -88,12 +88,12 @@ void FilterRunner::copy(SampleLayout layout, OwnedTarget const& from, Region con
         to.id());
 }
 
-// A program reads its texture at the scale that it was made with, so each scale has one of its own.
+// A program reads its texture at the scale that it was made with, so each scale has a program of its own.
 Filter const& FilterRunner::scaledCopy(size_t pixels, size_t samples) {
     auto const found = scaled_.find({pixels, samples});
     if (found != scaled_.end()) return found->second.filter();
     if (scaled_.size() == kScaledCopies) scaled_.clear();
-    // The input grid has a stride of so many samples that a step of it is a whole number of pixels.
+    // The input grid has a stride of `samples`, so that a step of it is a whole number of pixels.
     Filter const filter(description::blitFilter4x8().name(), 0, 0, 0, 0, 0, samples, 0, samples, pixels, samples,
                         pixels, samples, 1, RenderBackend::NEAREST);
     return scaled_.try_emplace(std::pair(pixels, samples), instance_, filter).first->second.filter();

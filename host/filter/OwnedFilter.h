@@ -5,10 +5,10 @@
 
 #include <memory>
 
-/// A filter with its program, which goes with it.
+/// A filter with its program, which is destroyed with the object.
 class OwnedFilter {
 public:
-    /// Throws VelmoraException where the program cannot be made.
+    /// Throws VelmoraException if the program cannot be made.
     OwnedFilter(std::shared_ptr<RenderBackendInstance> instance, Filter const& description);
     ~OwnedFilter();
     OwnedFilter(OwnedFilter const&) = delete;

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <memory>
 
-/// A target of the backend that is given back when its owner goes.
+/// A target of the backend that is returned when its owner is destroyed.
 class OwnedTarget {
 public:
     OwnedTarget(std::shared_ptr<RenderBackendInstance> instance, size_t id);

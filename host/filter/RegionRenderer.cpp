@@ -12,9 +12,9 @@ namespace {
 
 using pixelbands::kTexelBytes;
 
-// Enough rows that a strip is worth its draw and read-back calls, few enough that progress is seen to move.
+// Enough rows that a strip is worth its draw and read-back calls, few enough that progress is visible.
 constexpr size_t kPreferredStripRows = 512;
-// One picture's way through the backend: owns the target and the tile in work.
+// One run of a picture through the backend: owns the target and the current tile.
 class ByteBlocks {
 public:
     ByteBlocks(std::shared_ptr<RenderBackendInstance> const& instance, size_t bands, Size const& tile,
@@ -25,7 +25,7 @@ public:
           runner_(instance),
           target_(runner_.target(SampleLayout::kRgba8, largestBlock)) {}
 
-    /// Draws `block`, a part of `strip` whose pixels are given, and puts it at the same place into `out`.
+    /// Draws `block`, a part of `strip` whose pixels are given, and writes it to the same place of `out`.
     void drawBlock(Region const& block, Region const& strip, std::vector<std::uint8_t> const& pixels,
                    std::vector<std::uint8_t>& out) {
         for (size_t row = block.y / tile_.height; row * tile_.height < block.y + block.height; ++row)
@@ -35,8 +35,8 @@ public:
     }
 
 private:
-    // The block's part of a tile, as a tile of its own: the rest is not in view, and may not even have been read. So no
-    // quad leaves the target; softpipe loses pixels on the diagonal of quads that it has to clip.
+    // Uploads the block's part of a tile as a tile of its own: the rest is not visible, and may not even have been
+    // read. So no quad leaves the target; softpipe loses pixels on the diagonal of quads that it has to clip.
     void drawTile(size_t left, size_t top, Region const& block, Region const& strip,
                   std::vector<std::uint8_t> const& pixels) {
         size_t const x0 = std::max(left, block.x);
@@ -53,7 +53,7 @@ private:
                      tilePixels_, {x0 - block.x, y0 - block.y, width, y1 - y0});
     }
 
-    // The first row drawn is the lowest of the GL surface, which is the first that is read: no flip.
+    // The first row drawn is the lowest of the GL surface, which is read first: no flip is needed.
     void readBack(Region const& block, Region const& strip, std::vector<std::uint8_t>& out) {
         runner_.read(target_, SampleLayout::kRgba8, wholeOf(sizeOf(block)), texels_);
         for (size_t row = 0; row < block.height; ++row)
@@ -65,7 +65,7 @@ private:
     size_t components_;
     Size tile_;
     FilterRunner runner_;
-    OwnedTarget target_; // goes before the runner
+    OwnedTarget target_; // destroyed before the runner
     std::vector<std::uint8_t> tilePixels_;
     std::vector<std::uint8_t> texels_;
 };
@@ -92,7 +92,7 @@ void RegionRenderer::render(PixelSource& source, Region const& region, RowSink c
         renderStrips(source, region, std::min(tileSize_, source.height()), blocks, sink, progress);
         return;
     }
-    // A tile need not be larger than the picture.
+    // A tile is never larger than the picture.
     Size const tile{std::min(tileSize_, source.width()), std::min(tileSize_, source.height())};
     size_t const targetRows = std::min({region.height, std::max(kPreferredStripRows, tile.height), kMaxBlockPixels});
     ByteBlocks blocks(instance_, source.bands(), tile, {std::min(region.width, kMaxBlockPixels), targetRows});

@@ -13,9 +13,9 @@ class Filter;
 class PixelSource;
 class RenderBackendInstance;
 
-/// Draws a region of a picture through the backend, tile by tile, and hands out what was drawn.
+/// Draws a region of a picture through the backend, tile by tile, and delivers the drawn pixels.
 ///
-/// The region is worked through in strips from the top, each strip in blocks from the left:
+/// The region is processed in strips from the top, each strip in blocks from the left:
 ///
 ///     picture  +-----+-----+-----+-----+     tile grid, counted from the picture's corner
 ///              |   +-+-----+-----+--+  |
@@ -30,20 +30,20 @@ public:
     static constexpr size_t kMinTileSize = 16;
     static constexpr size_t kMaxTileSize = 2048;
     static constexpr size_t kMaxBlockPixels = 2048;
-    /// Of the rows that are read at a time, with what is read around them.
+    /// Limit of the rows that are read at a time, apron included.
     static constexpr size_t kMaxStripBytes = 64 * 1024 * 1024;
 
-    /// Uses one tile and one target of the instance at a time, and gives them back. tileSize: pixels per side,
+    /// Uses one tile and one target of the instance at a time, and returns them. tileSize: pixels per side,
     /// kMinTileSize to kMaxTileSize.
     RegionRenderer(std::shared_ptr<RenderBackendInstance> instance, size_t tileSize);
 
-    /// Progress counts rows. What `sink` receives is, byte for byte, the region of the source, of 8 or 16 bits; of 16
+    /// Progress counts rows. `sink` receives, byte for byte, the region of the source, of 8 or 16 bits; with 16 bits
     /// tiles are as large as blocks. Throws what source, sink and progress throw and VelmoraException; the instance's
-    /// tiles and targets are given back in each case.
+    /// tiles and targets are returned in each case.
     void render(PixelSource& source, Region const& region, RowSink const& sink, Progress const& progress);
 
     /// Rows of the strip that starts at row y: as many whole rows of tiles as fit in kMaxStripBytes and in the
-    /// preferred height, or, where not even one fits, as many rows as do.
+    /// preferred height; if not even one fits, as many rows as fit.
     static size_t stripRows(size_t y, size_t width, size_t tileHeight);
 
 private:

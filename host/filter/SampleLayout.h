@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// How the samples of pixels lie in 8-bit RGBA texels. docs/SAMPLE_LAYOUTS.md draws them.
+/// The layout of pixels' samples in 8-bit RGBA texels. docs/SAMPLE_LAYOUTS.md draws them.
 enum class SampleLayout {
     kRgb8,           ///< one pixel per texel, and no alpha
     kRgba8,          ///< one pixel per texel
@@ -19,21 +19,21 @@ namespace samplelayout {
 
 size_t bitsPerPixel(SampleLayout layout);
 size_t components(SampleLayout layout);
-/// Bytes of a pixel as getPixels delivers it.
+/// Bytes per pixel in the result of getPixels.
 size_t bytesPerPixel(SampleLayout layout);
 bool isSigned(SampleLayout layout);
-/// The format of targets that hold such pixels.
+/// The format of targets of this layout.
 RenderBackend::ImageFormatType format(SampleLayout layout);
 
-/// Texels of a row of pixels; of one channel the pixels are even in number.
+/// Texels in a row of pixels; with one channel `pixels` is even.
 size_t texels(SampleLayout layout, size_t pixels);
-/// Pixels of a row of texels; of three and four channels the texels are even in number.
+/// Pixels in a row of texels; with three and four channels `texels` is even.
 size_t pixels(SampleLayout layout, size_t texels);
 
-/// Where a sample of three channels of 16 bits lies among the bytes of its pixel:
+/// Offset of a 16-bit sample in a pixel of three channels:
 ///
 ///     byte      0   1   2   3   4   5   6   7
-///     channel   0   0   1   -   1   2   2   -      each its low byte first
+///     channel   0   0   1   -   1   2   2   -      each little-endian
 struct SampleBytes {
     size_t low;
     size_t high;

@@ -6,7 +6,7 @@ ScratchTile::ScratchTile(RenderBackendInstance& instance, size_t number) : insta
     instance_.eraseTile(number_);
 }
 
-// Where storing throws the destructor runs: the object was whole before.
+// Delegates to a constructor: the destructor runs if storing throws.
 ScratchTile::ScratchTile(RenderBackendInstance& instance, size_t number, std::vector<unsigned char> const& pixels,
                          std::vector<size_t> const& size)
     : ScratchTile(instance, number) {

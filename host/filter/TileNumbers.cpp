@@ -12,10 +12,10 @@ namespace {
 
 static_assert(std::numeric_limits<size_t>::digits == 64, "an owner and 44 bits fit in a number");
 
-// One less than there is room for: the last number of all is one that no operation of the backend erases.
+// One owner fewer than fit: no operation of the backend erases the last number of all.
 constexpr size_t kOwners = (size_t{1} << (64U - TileNumbers::kBits)) - 1;
 
-// Of all instances of the process: instances may share a cache.
+// Shared by all instances of the process, because instances may share a cache.
 class Owners {
 public:
     size_t take() {
@@ -37,7 +37,7 @@ public:
 
 private:
     std::mutex mutex_;
-    std::vector<bool> taken_ = {true}; // 0 is never handed out
+    std::vector<bool> taken_ = {true}; // 0 is reserved
 };
 
 Owners& owners() {

@@ -5,13 +5,12 @@
 #include <cstddef>
 #include <memory>
 
-/// Numbers for tiles in an instance's cache that are one user's alone, for as long as it lives:
-///
+/// A range of tile numbers in an instance's cache that belongs to one user as long as the object lives:
 ///     63      44 43           0
 ///     [ owner  ] [  number    ]      owner 0 stays free for programs that number tiles themselves
 ///
-/// Two users of one instance would else draw each other's samples: the cache knows tiles by their numbers only. The
-/// tiles go with their owner. Made and destroyed on the GL thread.
+/// Without ranges two users of one instance would draw each other's samples: the cache knows tiles by their numbers
+/// only. The tiles are erased with their owner. Made and destroyed on the GL thread.
 class TileNumbers {
 public:
     static constexpr unsigned kBits = 44;

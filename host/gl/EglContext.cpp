@@ -11,7 +11,7 @@
 
 namespace {
 
-// ANGLE declares these in a header of its own, which other implementations do not install.
+// ANGLE declares these constants in a header of its own, which other implementations do not install.
 constexpr EGLenum kPlatformAngle = 0x3202;
 constexpr EGLAttrib kAngleType = 0x3203;
 constexpr EGLAttrib kAngleTypeVulkan = 0x3450;
@@ -77,7 +77,7 @@ EGLDisplay deviceDisplay() {
 }
 
 struct Platform {
-    std::string extension; // of the client; empty: always there
+    std::string extension; // client extension; empty: always available
     EGLDisplay (*display)();
 };
 
@@ -111,7 +111,7 @@ EGLDisplay sharedDisplay() {
     return display;
 }
 
-// Without a choice of colour sizes the smallest wins, which may be 5:6:5.
+// Without a choice of colour sizes the smallest config wins, which may be 5:6:5.
 EGLConfig chooseConfig(EGLDisplay display, EGLint surfaceType) {
     std::array<EGLint, 15> const attributes{EGL_SURFACE_TYPE,
                                             surfaceType,

@@ -5,9 +5,9 @@
 
 /// An OpenGL ES 3 context without a window. Framebuffer 0 is a pbuffer of the given size in pixels.
 ///
-/// The display is looked for in this order: ANGLE (Vulkan, on SwiftShader where ANGLE offers it), Mesa's surfaceless
-/// platform, the first device, the default display. The first that initialises is taken, so that the same code runs
-/// with whatever libEGL is loaded.
+/// Displays are tried in this order: ANGLE (Vulkan, on SwiftShader if ANGLE offers it), Mesa's surfaceless platform,
+/// the first device, the default display. The first that initialises is taken, so that the same code runs with whatever
+/// libEGL is loaded.
 class EglContext {
 public:
     /// Makes the context current on the calling thread. Throws std::runtime_error that names the EGL step which failed.

@@ -13,7 +13,7 @@ struct GlPrecision {
     std::int32_t bits;                 ///< log2 of the relative accuracy; 0 for whole numbers
 };
 
-/// What the current GL implementation says of itself.
+/// Name, version, limits and precisions of the current GL implementation.
 struct GlInfo {
     std::string vendor;
     std::string renderer;

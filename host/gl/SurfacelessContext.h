@@ -3,7 +3,7 @@
 #include "host/gl/EglContext.h"
 #include "renderbackend/RenderContext.h"
 
-/// An OpenGL ES 3 context without a window, as the backend wants to see it. GL thread only: the thread that made it.
+/// An OpenGL ES 3 context without a window, as the backend's RenderContext. GL thread only: the thread that made it.
 class SurfacelessContext final : public RenderContext {
 public:
     /// Makes the context current. Throws HostError (no GL context).

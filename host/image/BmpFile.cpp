@@ -8,7 +8,7 @@
 
 namespace {
 
-// Of the file's header, which the picture's follows.
+// Size of the file's header, which the picture's header follows.
 constexpr size_t kFileHeaderBytes = 14;
 constexpr size_t kOldHeaderBytes = 12;
 constexpr size_t kMasksHeaderBytes = 56; // from this size on a header has masks of all bands
@@ -16,11 +16,11 @@ constexpr std::uint32_t kPlain = 0;
 constexpr std::uint32_t kMasks = 3;
 
 struct Header {
-    std::uint32_t pixels = 0; // where they start in the file
-    std::uint32_t bytes = 0;  // of the picture's header
+    std::uint32_t pixels = 0; // offset in the file
+    std::uint32_t bytes = 0;  // size of the picture's header
     std::int64_t width = 0;
-    std::int64_t height = 0; // below 0: the first row is the highest
-    unsigned bits = 0;       // of a pixel
+    std::int64_t height = 0; // below 0: rows go from the top down
+    unsigned bits = 0;       // bits of a pixel
     std::uint32_t compression = kPlain;
     std::uint32_t colours = 0; // in the palette
     std::array<std::uint32_t, 4> masks{0xff0000, 0xff00, 0xff, 0};
@@ -50,7 +50,7 @@ Header headerOf(InputFile& file) {
     header.bytes = start.at(kFileHeaderBytes, 4);
     if (header.bytes < kOldHeaderBytes || header.bytes > 1024)
         throw unreadableImage(file.path(), "its header has " + std::to_string(header.bytes) + " bytes");
-    // Masks follow a short header.
+    // A short header is followed by the masks.
     Bytes const info(file, kFileHeaderBytes, header.bytes);
     if (header.bytes == kOldHeaderBytes) {
         header.width = info.at(4, 2);
@@ -71,7 +71,7 @@ Header headerOf(InputFile& file) {
     return header;
 }
 
-// The byte that a mask leaves, from 0; 4 where it leaves another part of a pixel.
+// The byte, from 0, that a mask selects; 4 if it selects another part of a pixel.
 size_t byteOf(std::uint32_t mask) {
     size_t byte = 0;
     while (byte < 4 && mask != std::uint32_t{0xff} << (8 * byte))
@@ -106,7 +106,7 @@ ImageFacts factsOf(Header const& header) {
     return facts;
 }
 
-// Where the fourth byte is neither colour nor alpha, it means nothing.
+// Drops a fourth byte that is neither colour nor alpha.
 class WithoutFourthByte final : public SampleSource {
 public:
     WithoutFourthByte(std::unique_ptr<SampleSource> source, ImageFacts facts)
@@ -162,7 +162,7 @@ std::unique_ptr<SampleSource> bmpfile::open(std::shared_ptr<InputFile> const& fi
         throw notRead(*file, "of " + std::to_string(header.bits) + " bits");
     RawLayout raw;
     raw.offset = header.pixels;
-    // Rows end where 4 bytes do.
+    // Rows are padded to multiples of 4 bytes.
     raw.rowBytes = (static_cast<std::uint64_t>(header.width) * header.bits + 31) / 32 * 4;
     raw.bottomUp = header.height > 0;
     if (deep) return openDeep(file, header, raw);

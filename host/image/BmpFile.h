@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-/// Windows bitmaps: palettes of 1, 4 and 8 bits, colours of 24 and 32, not compressed.
+/// Windows bitmaps: palettes of 1, 4 and 8 bits, colours of 24 and 32 bits, uncompressed.
 namespace bmpfile {
 
 bool is(std::string const& start);

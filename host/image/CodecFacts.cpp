@@ -11,7 +11,7 @@ constexpr size_t kPngSignature = 8;
 constexpr size_t kBoxHeader = 8;
 constexpr size_t kLongBoxHeader = 16;
 
-// Numbers with the highest byte first; 0 beyond the end of the file.
+// Reads a big-endian number; bytes beyond the end of the file are 0.
 std::uint64_t number(InputFile& file, std::uint64_t offset, size_t bytes) {
     std::array<std::uint8_t, 8> raw{};
     file.readAt(offset, raw.data(), bytes);
@@ -22,7 +22,7 @@ std::uint64_t number(InputFile& file, std::uint64_t offset, size_t bytes) {
     return value;
 }
 
-// Four letters, as they name chunks and boxes.
+// The four letters that name a chunk or a box, as a number.
 constexpr std::uint64_t name(char const (&letters)[5]) {
     std::uint64_t value = 0;
     for (size_t i = 0; i < 4; ++i)
@@ -32,11 +32,11 @@ constexpr std::uint64_t name(char const (&letters)[5]) {
 
 struct Box {
     std::uint64_t kind;
-    std::uint64_t start; // of what it holds
+    std::uint64_t start; // offset of its content
     std::uint64_t end;
 };
 
-// The boxes that lie between two places of the file, one after the other.
+// The boxes between two offsets of the file, in order.
 std::vector<Box> boxesIn(InputFile& file, std::uint64_t start, std::uint64_t end) {
     constexpr size_t kMostBoxes = 1000;
     std::vector<Box> boxes;
@@ -45,7 +45,7 @@ std::vector<Box> boxesIn(InputFile& file, std::uint64_t start, std::uint64_t end
         std::uint64_t const kind = number(file, start + 4, 4);
         size_t const header = length == 1 ? kLongBoxHeader : kBoxHeader;
         if (length == 1) length = number(file, start + kBoxHeader, 8);
-        if (length == 0) length = end - start; // to the end
+        if (length == 0) length = end - start; // 0: up to the end
         if (length < header || length > end - start) break;
         boxes.push_back({kind, start + header, start + length});
         start += length;
@@ -53,7 +53,7 @@ std::vector<Box> boxesIn(InputFile& file, std::uint64_t start, std::uint64_t end
     return boxes;
 }
 
-// Which channels are colours and which alpha.
+// Reads which channels are colours and which alpha.
 void readChannels(InputFile& file, Box const& box, codecfacts::Jpeg2000& facts) {
     std::uint64_t const count = number(file, box.start, 2);
     std::uint64_t highest = 0;
@@ -69,7 +69,7 @@ void readChannels(InputFile& file, Box const& box, codecfacts::Jpeg2000& facts) 
     facts.lastIsMultiplied = kindOfHighest == 2;
 }
 
-// Two fractions with an exponent each: pixels per metre, the vertical one first.
+// Reads two fractions with an exponent each: pixels per metre, the vertical one first.
 void readResolution(InputFile& file, Box const& box, codecfacts::Jpeg2000& facts) {
     auto const perMillimetre = [&](std::uint64_t fraction, std::uint64_t exponent) {
         auto const below = static_cast<double>(number(file, box.start + fraction + 2, 2));
@@ -92,7 +92,7 @@ void readHeaderBox(InputFile& file, Box const& header, codecfacts::Jpeg2000& fac
     }
 }
 
-// The codestream's first segment: sizes, then one byte per component.
+// Reads the codestream's first segment: sizes, then one byte per component.
 void readCodestream(InputFile& file, std::uint64_t start, codecfacts::Jpeg2000& facts) {
     if (number(file, start, 4) != 0xff4fff51) return;
     facts.bits = static_cast<size_t>(number(file, start + 42, 1) & 0x7f) + 1;
@@ -112,7 +112,7 @@ size_t codecfacts::framesOfPng(InputFile& file) {
     return 1;
 }
 
-// A TIFF file in small: its first directory has a tag 274 with one short number.
+// An EXIF block is a small TIFF file: tag 274 of its first directory is one short number.
 int codecfacts::exifOrientation(std::vector<std::uint8_t> const& exif) {
     constexpr size_t kEntry = 12;
     constexpr std::uint64_t kOrientation = 274;

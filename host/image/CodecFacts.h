@@ -6,21 +6,21 @@
 #include <cstdint>
 #include <vector>
 
-/// What files of some formats say and libvips does not tell.
+/// Properties of files that libvips does not report.
 namespace codecfacts {
 
-/// Frames of an animated PNG; 1 of any other.
+/// Number of frames of an animated PNG; 1 for any other.
 size_t framesOfPng(InputFile& file);
 
-/// The orientation that an EXIF block says, 1 to 8; 1 where it says none.
+/// The orientation in an EXIF block, 1 to 8; 1 if it has none.
 int exifOrientation(std::vector<std::uint8_t> const& exif);
 
 struct Jpeg2000 {
-    bool hasPalette = false;         ///< its colours lie in a table
-    bool lastIsAlpha = false;        ///< its last channel is the alpha of all others
-    bool lastIsMultiplied = false;   ///< and has been multiplied into them
-    size_t bits = 0;                 ///< of a sample of the first component; 0 where it does not say
-    double pixelsPerMillimetreX = 0; ///< as captured; 0 where it does not say
+    bool hasPalette = false;         ///< colours come from a lookup table
+    bool lastIsAlpha = false;        ///< the last channel is the alpha of all others
+    bool lastIsMultiplied = false;   ///< the other channels are premultiplied by it
+    size_t bits = 0;                 ///< bits of a sample of the first component; 0: unknown
+    double pixelsPerMillimetreX = 0; ///< capture resolution; 0: unknown
     double pixelsPerMillimetreY = 0;
 };
 

@@ -18,7 +18,7 @@ constexpr long long kMaxBands = 65535;
 HostError failure(InputFile const& file, int status) {
     std::array<char, FLEN_STATUS> text{};
     fits_get_errstatus(status, text.data());
-    // Its own list of what led there would be kept for the next failure.
+    // cfitsio's stack of messages would otherwise be kept for the next failure.
     fits_clear_errmsg();
     if (status == READ_ERROR) return readFailure(file.path(), text.data());
     return unreadableImage(file.path(), text.data());
@@ -27,7 +27,7 @@ HostError failure(InputFile const& file, int status) {
 struct Type {
     int bitpix;
     SampleType type;
-    int datatype; // what cfitsio is asked for
+    int datatype; // type requested from cfitsio
 };
 
 constexpr std::array<Type, 8> kTypes{{{BYTE_IMG, SampleType::Unsigned8, TBYTE},
@@ -43,7 +43,7 @@ class FitsSamples final : public SampleSource {
 public:
     FitsSamples(std::shared_ptr<InputFile> file, SampleRequest const& request) : file_(std::move(file)) {
         int status = 0;
-        // As a name on the disk: cfitsio takes brackets, addresses and compressed files otherwise.
+        // By its name on the disk: other calls of cfitsio interpret brackets, addresses and compressed files.
         if (fits_open_diskfile(&fits_, file_->path().c_str(), READONLY, &status) != 0) throw failure(*file_, status);
         try {
             goToPage(request);
@@ -83,7 +83,7 @@ private:
         if (status != 0) throw failure(*file_, status);
     }
 
-    // Whether the unit that is current holds pixels.
+    // Whether the current HDU holds pixels.
     bool isPicture() {
         int status = 0;
         int type = 0;
@@ -138,14 +138,14 @@ private:
         layout.width = static_cast<size_t>(sides[kWidthAxis]);
         layout.height = static_cast<size_t>(sides[kHeightAxis]);
         layout.bands = static_cast<size_t>(sides[kBandAxis]);
-        // It has no word for colours: three planes are customary for red, green and blue.
+        // FITS does not name colours: three planes are red, green and blue by custom.
         if (layout.bands == 1 || layout.bands == 3) layout.colours = layout.bands;
     }
 
     void setType() {
         int status = 0;
         int bitpix = 0;
-        // With the scale that the header may have.
+        // Includes the scale that the header may have.
         check(fits_get_img_equivtype(fits_, &bitpix, &status));
         for (Type const& type : kTypes) {
             if (type.bitpix != bitpix) continue;
@@ -156,7 +156,7 @@ private:
         throw imageNotRead(file_->path(), "its samples are integers of 64 bits, which are not read");
     }
 
-    // A header may say anything.
+    // Sizes in a header are not trusted.
     void requireData() {
         int status = 0;
         if (fits_is_compressed_image(fits_, &status) != 0) return;
@@ -169,7 +169,7 @@ private:
         SampleFormat const& layout = facts_.layout;
         auto const sampleBytes = static_cast<std::uint64_t>(std::abs(bitpix) / 8);
         std::uint64_t const held = file_->size() - std::min(file_->size(), static_cast<std::uint64_t>(start));
-        // Divisions, not products: they may not fit.
+        // Divisions, because products may overflow.
         if (layout.height <= held / sampleBytes / layout.bands / layout.width) return;
         throw unreadableImage(file_->path(), "its header says " + std::to_string(layout.width) + " x " +
                                                  std::to_string(layout.height) + " pixels of " +

@@ -15,14 +15,14 @@
 
 namespace {
 
-constexpr size_t kPartBytes = 4 * 1024 * 1024; // of the file's samples, which are turned into ours
-constexpr size_t kSkippedRows = 64;            // at once, on the way down to a region
+constexpr size_t kPartBytes = 4 * 1024 * 1024; // of the file's samples, converted at once
+constexpr size_t kSkippedRows = 64;            // rows read at once, on the way down to a region
 
 std::string singular(std::string const& noun) {
     return noun.substr(0, noun.size() - 1);
 }
 
-// "samples 3 to 5 of 32-bit float", whose shortest numbers are those of floats.
+// "samples 3 to 5 of 32-bit float"; numbers are the shortest that identify a sample of the type.
 std::string rangeText(SampleRange const& range, SampleType type) {
     return "samples " + imageselection::toText(range.low, type) + " to " + imageselection::toText(range.high, type) +
            " of " + toText(type) + " as 0 to 65535";
@@ -30,7 +30,7 @@ std::string rangeText(SampleRange const& range, SampleType type) {
 
 } // namespace
 
-// A file as it has been opened, and the part of it that is taken.
+// An opened file and its selected part.
 class ImageReader::Reading {
 public:
     Reading(std::string const& path, Options options)
@@ -116,7 +116,7 @@ private:
             bands_.push_back(band - 1);
     }
 
-    // Whether all bands are taken as they lie.
+    // Whether all bands are taken, in the order of the file.
     bool isWhole() const { return options_.selection.bands.empty(); }
 
     std::string samplesText() {
@@ -132,7 +132,7 @@ private:
                             "; there is no range from the smallest to the largest: choose --range LO,HI");
     }
 
-    // Knows the range that is to be found out.
+    // Computes an automatic range.
     void settle() {
         if (!options_.selection.automaticRange || range_) return;
         auto const found = samplerange::extremes(*source_, bands_, [this] { file_->check(); });
@@ -155,7 +155,7 @@ private:
                              std::to_string(facts().orientation) + "); its pixels are taken as they lie in the file");
     }
 
-    // What is known of the selection; a range that is to be found out may not be yet.
+    // Text of the selection; an automatic range may not be known yet.
     std::string text() const {
         std::vector<std::string> parts;
         if (facts().pages > 1)
@@ -173,7 +173,7 @@ private:
         return text;
     }
 
-    // Rows above a region are read and dropped: decoders that cannot leave them out would hold them all.
+    // Rows above a region are read and dropped: decoders that cannot skip would hold all of them.
     void goDownTo(size_t y) {
         if (source_->readsAnywhere()) return;
         if (y < nextRow_) open();
@@ -207,7 +207,7 @@ private:
         }
     }
 
-    // A sample of 16 bits is shown by its upper byte.
+    // 16-bit samples are shown as their upper byte.
     std::uint8_t* put(std::uint16_t sample, bool isWide, std::uint8_t* pixels) const {
         if (sampleBytes() == 1) {
             *pixels = static_cast<std::uint8_t>(isWide ? sample >> 8 : sample);
@@ -221,12 +221,12 @@ private:
     std::shared_ptr<InputFile> file_;
     SampleRequest request_;
     std::unique_ptr<SampleSource> source_;
-    std::vector<size_t> bands_; // places in a pixel of the file, in the order of ours
-    std::string convertedFrom_; // the colour space; empty: colours are the file's
+    std::vector<size_t> bands_; // index of each of our bands in a pixel of the file
+    std::string convertedFrom_; // colour space of the file; empty: colours are not converted
     std::optional<SampleRange> range_;
     std::vector<std::string> notes_;
     Lost lost_;
-    size_t nextRow_ = 0; // that a source reads which only goes down
+    size_t nextRow_ = 0; // next row of a source that is read from the top only
     std::vector<std::uint8_t> samples_;
     std::vector<double> numbers_;
 };

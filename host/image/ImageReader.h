@@ -8,36 +8,36 @@
 #include <string>
 #include <vector>
 
-/// A picture file as pixels of 8 bits, or of 16 where wanted.
+/// A picture file as pixels of 8 bits, or of 16 on request.
 ///
-/// What becomes of the file's samples:
+/// Treatment of the file's samples:
 ///
 ///     8 and 16 bits, unsigned             as they lie in the file; with Samples::kEightBits 16 bits become v >> 8
-///     floats, signed, 32 bits             refused; a range that is asked for becomes 16 bits
-///     1, 2 and 4 bits, palettes           the 8 bits that they stand for
-///     CMYK, Lab, XYZ, Radiance's light,   converted to sRGB of 8 bits, which notes() say; refused where every
-///     colours multiplied by alpha         sample is to be kept and the conversion is not asked for
-///     several pages, or bands that are    refused; those that are asked for are taken
+///     floats, signed, 32 bits             refused; with a range they become 16 bits
+///     1, 2 and 4 bits, palettes           expanded to 8 bits
+///     CMYK, Lab, XYZ, Radiance's light,   converted to sRGB of 8 bits, which notes() report; with Options::lossless
+///     premultiplied alpha                 refused, unless the selection converts them
+///     several pages, or bands that are    refused; the selected ones are taken
 ///     neither grey nor RGB
 ///
-/// Alpha is where the file says so. ICC profiles and the orientation tag are not applied: the pixels are the file's,
-/// and notes() say where a tag asks for another orientation. Of a pyramid the full picture is read. Tiled formats are
-/// read anywhere; of others rows are read once, from the top, so regions must go down the image. A damaged or truncated
-/// file is an error, never grey pixels.
+/// The file says which band is alpha. ICC profiles and the orientation tag are not applied: the pixels are the file's,
+/// and notes() report a tag that asks for another orientation. A pyramid is read at full size. Tiled formats are read
+/// in any order; rows of other formats are read once, from the top, so regions must go down the image. A damaged or
+/// truncated file is an error, never grey pixels.
 ///
 /// One thread at a time.
 class ImageReader final : public PixelSource {
 public:
     enum class Samples {
         kEightBits, ///< always 8 bits
-        kAsStored   ///< 16 bits where the file has 16 unsigned bits, or where a range is asked for
+        kAsStored   ///< 16 bits if the file has 16 unsigned bits, or with a range
     };
 
     struct Options {
         Samples samples = Samples::kEightBits;
         ImageSelection selection;
-        bool lossless = false;       ///< colours are converted only where the selection says so
-        InputFile::Check check = {}; ///< called now and then while the file is read; may throw to stop it
+        bool lossless = false;       ///< colours are converted only if the selection says so
+        InputFile::Check check = {}; ///< called now and then while the file is read; an exception stops it
     };
 
     /// Opens the file and reads its header. Throws HostError: missing file, unreadable image, usage (the file lacks
@@ -50,14 +50,14 @@ public:
     size_t height() const override;
     size_t bands() const override;
     size_t sampleBytes() const override;
-    /// Where the file says how large a pixel is of what it shows; how large it is to be printed is something else.
+    /// Pixels per millimetre of the object shown, if the file states them; not those of a print.
     double pixelsPerMillimetreX() const override;
     double pixelsPerMillimetreY() const override;
     std::string description() const override;
     Selection selection() override;
     Lost lost() const override;
     void whileReading(std::function<void()> const& check) override;
-    /// What is done that nobody has asked for, a sentence each: "'a.jpg' is CMYK: its colours are converted to sRGB".
+    /// Conversions that no option asked for, one sentence each: "'a.jpg' is CMYK: its colours are converted to sRGB".
     std::vector<std::string> const& notes() const;
 
 protected:

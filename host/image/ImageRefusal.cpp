@@ -10,7 +10,7 @@
 
 namespace {
 
-// Rows that are read at once, in the file's samples and in ours.
+// Rows that are buffered at once, in the file's samples and in ours.
 constexpr std::uint64_t kRowsOnTheWay = 128;
 
 HostError unfit(std::string const& text) {
@@ -24,7 +24,7 @@ std::string joined(std::vector<std::string> const& parts, std::string const& las
     return text;
 }
 
-// What a file holds that is not taken whole, and what to choose.
+// The contents of a file that cannot be taken whole, and the options to choose from.
 struct Refusal {
     std::vector<std::string> holds;
     std::vector<std::string> options;
@@ -66,13 +66,13 @@ void addPages(ImageFacts const& facts, ImageSelection const& selection, Refusal&
                 "--page N (1 to " + std::to_string(facts.pages) + ")");
 }
 
-// Whether all that is wrong with the picture is that its colours have to be converted.
+// Whether the picture would be taken, but for the conversion of its colours.
 bool isToBeConverted(ImageFacts const& facts, ImageSelection const& selection) {
     return facts.convertible && !facts.colourSpace.empty() && selection.bands.empty() && !selection.hasRange();
 }
 
 void addColours(ImageFacts const& facts, ImageSelection const& selection, Refusal& refusal) {
-    // Of light, red, green and blue may be taken as the numbers that they are.
+    // Red, green and blue of linear light may be taken as plain numbers.
     bool const isKnown = facts.colourSpace.empty() || selection.hasRange();
     if (!selection.bands.empty() || (isKnown && facts.layout.isPlain())) return;
     refusal.colours = true;
@@ -112,7 +112,7 @@ void imagerefusal::requireNothingLost(std::string const& path, ImageFacts const&
                                       SamplesText const& samples) {
     Refusal refusal;
     addPages(facts, selection, refusal);
-    // Which page is wanted decides what else there is to choose.
+    // The other choices depend on the page.
     if (!refusal.pages) {
         addColours(facts, selection, refusal);
         addSamples(facts, selection, samples, refusal);

@@ -7,21 +7,21 @@
 #include <optional>
 #include <string>
 
-/// Says what a file holds that cannot be taken whole, and which options take a part of it.
+/// Refuses files that cannot be taken whole, and says which options take a part.
 namespace imagerefusal {
 
-/// Throws HostError (usage) where the file lacks what is selected, or where it does not go together.
+/// Throws HostError (usage) if the file lacks what is selected, or if the selections exclude one another.
 void requireSelectable(std::string const& path, ImageFacts const& facts, ImageSelection const& selection);
 
-/// The smallest and the largest sample of what is selected: "from 3 to 5", or what there is instead.
+/// The range of the selected samples, "from 3 to 5", or a text about samples without a range.
 using SamplesText = std::function<std::string()>;
 
-/// Throws HostError (unreadable image) where something would be lost without having been asked for. The text of the
-/// samples is only made where it is needed.
+/// Throws HostError (unreadable image) if something would be lost that no option gave up. `samples` is called only if
+/// its text is needed.
 void requireNothingLost(std::string const& path, ImageFacts const& facts, ImageSelection const& selection,
                         SamplesText const& samples);
 
-/// Throws HostError (unreadable image) where reading the file takes more memory than a picture may.
+/// Throws HostError (unreadable image) if reading the file would exceed the memory budget of a picture.
 void requireMemory(std::string const& path, ImageFacts const& facts);
 
 } // namespace imagerefusal

@@ -7,18 +7,18 @@
 #include <string>
 #include <vector>
 
-/// Which part of a picture file is taken, and what is done to its samples: what a user asks for.
+/// A user's selection: which part of a picture file is taken, and how its samples are converted.
 struct ImageSelection {
     std::optional<size_t> page; ///< from 1
     std::vector<size_t>
         bands; ///< from 1: grey; grey, alpha; red, green, blue; red, green, blue, alpha. None: as they are
-    std::optional<SampleRange> range; ///< that becomes 16 bits
-    bool automaticRange = false;      ///< from the smallest to the largest sample
-    bool toSrgb = false;              ///< colours that are neither grey nor RGB are converted
+    std::optional<SampleRange> range; ///< mapped to 16 bits
+    bool automaticRange = false;      ///< the range goes from the smallest to the largest sample
+    bool toSrgb = false;              ///< colours other than grey and RGB are converted
 
     bool hasRange() const { return range || automaticRange; }
     bool isEmpty() const { return !page && bands.empty() && !hasRange() && !toSrgb; }
-    /// The same text for the same selection, another one for another.
+    /// A text that is equal for equal selections, and different for different ones.
     std::string identity() const;
 };
 
@@ -27,13 +27,13 @@ namespace imageselection {
 /// From "I", "I,A", "I,J,K" or "I,J,K,A". Throws std::invalid_argument with a sentence for the user.
 std::vector<size_t> parseBands(std::string const& text);
 
-/// From "LO,HI" or "auto". Throws as above.
+/// From "LO,HI" or "auto". Throws std::invalid_argument with a sentence for the user.
 void parseRange(std::string const& text, ImageSelection& selection);
 
 /// "4,3,2", or "4,3,2 and alpha 5".
 std::string toText(std::vector<size_t> const& bands);
 
-/// The shortest text that stands for the number; of a sample of 32-bit float the shortest that stands for that.
+/// The shortest text that identifies the number, as a 64-bit float, or as a 32-bit float if that is the type.
 std::string toText(double number, SampleType type = SampleType::Float64);
 
 } // namespace imageselection

@@ -12,7 +12,7 @@
 
 namespace {
 
-// Throws where it is something else than a regular file.
+// Throws if it is not a regular file.
 void requireRegular(std::string const& path, mode_t mode, HostError::Kind kind) {
     if (S_ISREG(mode)) return;
     std::string const what =
@@ -24,7 +24,7 @@ void requireRegular(std::string const& path, mode_t mode, HostError::Kind kind) 
 
 void requireRegularFile(std::string const& path, HostError::Kind kind) {
     struct stat status {};
-    // What is not there is said by who opens it.
+    // A missing file is reported by the code that opens it.
     if (stat(path.c_str(), &status) == 0) requireRegular(path, status.st_mode, kind);
 }
 
@@ -32,7 +32,7 @@ InputFile::InputFile(std::string path, Check check) : path_(std::move(path)), ch
     struct stat status {};
     if (stat(path_.c_str(), &status) != 0) throw failures::cannotOpen(path_, failures::reasonOf(errno));
     requireRegular(path_, status.st_mode, HostError::Kind::UnreadableImage);
-    // It may have been replaced by a pipe meanwhile: opening one must not wait.
+    // The file may have been replaced by a pipe meanwhile: opening one must not block.
     descriptor_ = open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor_ < 0) throw failures::cannotOpen(path_, failures::reasonOf(errno));
     if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {

@@ -18,9 +18,9 @@
 namespace {
 
 constexpr size_t kPartBytes = 256 * 1024;
-constexpr std::uint64_t kWorkingBytes = 12; // that libjxl holds for a pixel, about
+constexpr std::uint64_t kWorkingBytes = 12; // of libjxl per pixel, about
 
-// libjxl writes lines of its own where a file is damaged; ours says it.
+// Silences libjxl, which prints lines of its own about a damaged file; our message suffices.
 class Silence {
 public:
     Silence() : kept_(dup(STDERR_FILENO)) {
@@ -40,8 +40,8 @@ private:
     int kept_;
 };
 
-// Calls `work` for each number from `begin` up to `end`, on threads: those that the system gives, and the caller's own.
-// libjxl's own way of it ends the program where the system gives fewer threads than it wants.
+// Calls `work` for each number from `begin` up to `end`, on as many threads as the system gives and on the caller's
+// own. libjxl's own runner ends the program if the system gives fewer threads than requested.
 JxlParallelRetCode runOnThreads(void* /*runner*/, void* picture, JxlParallelRunInit init, JxlParallelRunFunction work,
                                 std::uint32_t begin, std::uint32_t end) {
     if (begin >= end) return 0;
@@ -57,7 +57,7 @@ JxlParallelRetCode runOnThreads(void* /*runner*/, void* picture, JxlParallelRunI
     try {
         threads = startThreads(helpers, [&](size_t helper) { run(helper + 1); });
     } catch (std::bad_alloc const&) {
-        threads.clear(); // none was started
+        threads.clear(); // no thread was started
     }
     run(0);
     for (std::thread& thread : threads)
@@ -80,7 +80,7 @@ public:
         if (status != JXL_DEC_SUCCESS) throw unreadableImage(file_.path(), "libjxl cannot decode it");
     }
 
-    /// What comes next: one of the events, or the end.
+    /// The next event, or the end.
     JxlDecoderStatus next() {
         while (true) {
             file_.check();
@@ -99,7 +99,7 @@ private:
 
     void feed() {
         size_t const left = JxlDecoderReleaseInput(decoder_.get());
-        // It wants more at once.
+        // The decoder needs a larger part at once.
         if (left == part_.size()) part_.resize(2 * part_.size());
         offset_ -= left;
         auto const got = file_.readAt(offset_, part_.data(), part_.size());
@@ -193,7 +193,7 @@ private:
     std::shared_ptr<InputFile> file_;
     ImageFacts facts_;
     size_t frame_ = 0;
-    std::vector<std::uint8_t> pixels_; // none before the first region is read
+    std::vector<std::uint8_t> pixels_; // empty before the first region is read
 };
 
 } // namespace

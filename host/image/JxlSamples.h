@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-/// JPEG XL, read with libjxl: frames of an animation are pages, which libvips does not tell apart. The decoder turns
-/// pictures upright itself, and samples of fewer than 8 or 16 bits fill these.
+/// JPEG XL, read with libjxl, because libvips does not distinguish the frames of an animation, which are pages here.
+/// The decoder turns pictures upright itself, and scales samples of fewer bits to 8 or 16.
 namespace jxlpicture {
 
 bool is(std::string const& start);

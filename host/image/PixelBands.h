@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Between the bands of a picture (1 grey, 2 grey and alpha, 3 RGB, 4 RGBA) and what the backend takes and gives.
+/// Converts between the bands of a picture (1 grey, 2 grey and alpha, 3 RGB, 4 RGBA) and the backend's components.
 namespace pixelbands {
 
 constexpr size_t kTexelBytes = 4;
@@ -17,15 +17,15 @@ constexpr bool isGrey(size_t bands) {
     return bands <= 2;
 }
 
-/// Components of the tiles that hold pixels of so many bands: grey goes as RGB, with alpha as RGBA.
+/// Components of the tiles that hold pixels of `bands` bands: RGB for grey, RGBA for grey and alpha.
 constexpr size_t components(size_t bands) {
     return hasAlpha(bands) ? 4 : 3;
 }
 
-/// `count` pixels of 8-bit bands to components(bands) bytes each.
+/// Widens `count` pixels of 8-bit bands to components(bands) bytes each.
 void widen(std::uint8_t const* from, size_t bands, std::uint8_t* to, size_t count);
 
-/// `count` RGBA texels to 8-bit bands; red is the grey.
+/// Narrows `count` RGBA texels to 8-bit bands; red is the grey.
 void narrow(std::uint8_t const* from, std::uint8_t* to, size_t bands, size_t count);
 
 } // namespace pixelbands

@@ -9,11 +9,11 @@
 namespace {
 
 constexpr double kMillimetresPerInch = 25.4;
-// Cameras, scanners for paper and programs write them whatever the picture shows.
+// Cameras, scanners for paper and programs write these, whatever the picture shows.
 constexpr std::array<double, 7> kPrintDensities{72, 96, 150, 180, 240, 300, 350};
-constexpr double kPrintTolerance = 0.005; // of units that were converted and rounded
+constexpr double kPrintTolerance = 0.005; // relative error of values that were converted and rounded
 constexpr double kFinestPrint = 1200;
-// From a picometre to a kilometre.
+// Pixel sizes from a picometre to a kilometre.
 constexpr double kFewest = 1e-6;
 constexpr double kMost = 1e9;
 
@@ -39,7 +39,7 @@ bool counts(pixeldensity::Origin origin, double pixelsPerMillimetre) {
     return false;
 }
 
-// The value of an attribute of an XML element: of the first one that has it.
+// The value of an attribute of an XML element, the first if it occurs twice.
 std::optional<std::string> attributeOf(std::string const& element, std::string const& name) {
     size_t const start = element.find(" " + name + "=\"");
     if (start == std::string::npos) return std::nullopt;
@@ -53,7 +53,7 @@ struct Unit {
     double millimetres;
 };
 
-// Micrometres where none is said. The letter comes as micro sign, as Greek mu, or written out for XML.
+// Micrometres if no unit is stated. The letter mu comes as micro sign, as Greek mu, or escaped for XML.
 constexpr std::array<Unit, 11> kUnits{{{"", 1e-3},
                                        {"\xc2\xb5m", 1e-3},
                                        {"\xce\xbcm", 1e-3},
@@ -80,7 +80,7 @@ double pixelsPerMillimetre(std::string const& element, std::string const& name) 
 } // namespace
 
 void pixeldensity::set(ImageFacts& facts, Origin origin, double pixelsPerMillimetreX, double pixelsPerMillimetreY) {
-    if (pixelsPerMillimetreX == 0 || pixelsPerMillimetreY == 0) return; // one of them is not known
+    if (pixelsPerMillimetreX == 0 || pixelsPerMillimetreY == 0) return; // at least one is unknown
     if (!counts(origin, pixelsPerMillimetreX) || !counts(origin, pixelsPerMillimetreY)) return;
     facts.pixelsPerMillimetreX = pixelsPerMillimetreX;
     facts.pixelsPerMillimetreY = pixelsPerMillimetreY;

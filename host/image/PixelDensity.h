@@ -4,20 +4,20 @@
 
 #include <string>
 
-/// Which densities of picture files say how large a pixel of the thing shown is. Most say how large it is to be
-/// printed.
+/// Decides which densities in picture files state the physical size of a pixel. Most state the size of a print.
 namespace pixeldensity {
 
 enum class Origin {
-    Instrument, ///< what a slide scanner or a microscope says of its own pixels: always
-    Tag,        ///< TIFF's resolution: where it is finer than 72 dots per inch and none that is customary for printing
-    Hint        ///< of photographs and pictures on screens: where it is finer than anything is printed
+    Instrument, ///< from a slide scanner or a microscope: always believed
+    Tag,        ///< TIFF's resolution: believed above 72 dots per inch, unless it is customary for printing
+    Hint        ///< from photographs and pictures on screens: believed above any density of print
 };
 
-/// Sets the physical size of the facts, or leaves it unknown. A size that cannot be is set too: who keeps it says so.
+/// Sets the physical size of the facts, or leaves it unknown. An impossible size is set too: the writer of a store
+/// reports it.
 void set(ImageFacts& facts, Origin origin, double pixelsPerMillimetreX, double pixelsPerMillimetreY);
 
-/// The size of pixels in an OME-TIFF's description; sets nothing where it holds none. Whether it did.
+/// Sets the pixel size from an OME-TIFF's description, if it has one. Returns whether it did.
 bool setFromOme(ImageFacts& facts, std::string const& description);
 
 } // namespace pixeldensity

@@ -16,48 +16,48 @@ public:
     PixelSource& operator=(PixelSource const&) = delete;
     virtual ~PixelSource();
 
-    /// Pixels in a row.
+    /// Width in pixels.
     virtual size_t width() const = 0;
-    /// Rows.
+    /// Height in pixels.
     virtual size_t height() const = 0;
-    /// Samples of a pixel: 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA.
+    /// Samples per pixel: 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA.
     virtual size_t bands() const = 0;
-    /// Bytes of a sample: 1, or 2 in the machine's byte order.
+    /// Bytes per sample: 1, or 2 in the machine's byte order.
     virtual size_t sampleBytes() const { return 1; }
-    /// Pixels per millimetre along x and along y; 0 where it is not known.
+    /// Pixels per millimetre along x and along y; 0: unknown.
     virtual double pixelsPerMillimetreX() const { return 0; }
     virtual double pixelsPerMillimetreY() const { return 0; }
-    /// What the picture is, for a person: "3 bands of 8-bit unsigned samples, PNG".
+    /// A human-readable description: "3 bands of 8-bit unsigned samples, PNG".
     virtual std::string description() const = 0;
 
-    /// What has been taken of a file.
+    /// The part of a file that has been taken, and its conversion.
     struct Selection {
-        std::string text;     ///< which part, and what was done to its samples; empty: the whole, sample for sample
-        double rangeLow = 0;  ///< of the file's samples: what has become 0
-        double rangeHigh = 0; ///< and what has become 65535; both 0: samples are the file's
+        std::string text;     ///< which part, and how samples were converted; empty: the whole, unchanged
+        double rangeLow = 0;  ///< sample of the file that became 0
+        double rangeHigh = 0; ///< sample of the file that became 65535; both 0: samples are the file's
     };
     /// May read the whole picture first.
     virtual Selection selection() { return {}; }
 
-    /// Samples that a range did not keep as they were, of all that have been read.
+    /// Samples that a range changed for good, among all samples read so far.
     struct Lost {
-        std::uint64_t clipped = 0;    ///< they lay beyond it
-        std::uint64_t notNumbers = 0; ///< and became 0
+        std::uint64_t clipped = 0;    ///< lay beyond the range
+        std::uint64_t notNumbers = 0; ///< not a number; became 0
 
         bool any() const { return clipped > 0 || notNumbers > 0; }
     };
     virtual Lost lost() const { return {}; }
 
-    /// Calls the function now and then while reading takes long; it may throw to stop that.
+    /// Sets a function that is called now and then while a read takes long; an exception of it stops the read.
     virtual void whileReading(std::function<void()> const& check);
 
-    /// Puts the region's pixels into `pixels`, interleaved, rows tightly packed from the top: width * height * bands()
+    /// Reads the region's pixels into `pixels`, interleaved, rows tightly packed from the top: width * height * bands()
     /// * sampleBytes() bytes. Regions are read from the top of the picture down; going back up may throw. Throws
-    /// HostError where the region does not lie in the picture, and where the picture cannot be read; what `pixels`
-    /// holds is then unspecified.
+    /// HostError if the region does not lie in the picture, or the picture cannot be read; the content of `pixels` is
+    /// then unspecified.
     void read(Region const& region, std::vector<std::uint8_t>& pixels);
 
 protected:
-    /// The same, into memory of the right size, for a region that lies in the picture.
+    /// As read(), into memory of the right size, for a region that lies in the picture.
     virtual void readInto(Region const& region, std::uint8_t* pixels) = 0;
 };

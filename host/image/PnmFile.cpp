@@ -9,7 +9,7 @@
 
 namespace {
 
-// Pictures that are written out as decimal numbers, or as zeros and ones.
+// Pictures in text form: decimal numbers, or zeros and ones.
 class TextSamples final : public SampleSource {
 public:
     TextSamples(std::shared_ptr<InputFile> file, ImageFacts facts, PnmHeader const& header)
@@ -43,7 +43,7 @@ private:
         ++rows_;
     }
 
-    // Of a bitmap; no blank need be between two.
+    // The next digit of a bitmap; digits need not be separated.
     size_t digit() {
         characters_.skipBlanks();
         int const character = characters_.next();
@@ -71,7 +71,7 @@ private:
     ImageFacts facts_;
     PnmHeader header_;
     FileCharacters characters_;
-    std::vector<std::uint8_t> row_; // the last one that was read
+    std::vector<std::uint8_t> row_; // the last row read
     size_t rows_ = 0;
 };
 
@@ -84,7 +84,7 @@ SampleType typeOf(PnmHeader const& header) {
     return header.largest > 255 ? SampleType::Unsigned16 : SampleType::Unsigned8;
 }
 
-// What a PAM says of its samples, or else what so many of them are in the other files.
+// Derives the bands' meaning from a PAM's tuple type, or in other files from their number.
 void nameBands(PnmHeader const& header, ImageFacts& facts) {
     SampleFormat& layout = facts.layout;
     layout.alpha = endsIn(header.tuple, "_ALPHA");
@@ -118,7 +118,7 @@ RawLayout layoutOf(PnmHeader const& header, SampleFormat const& layout) {
     return raw;
 }
 
-// Where a picture may follow this one.
+// Offset at which another picture may follow this one.
 std::uint64_t endOf(PnmHeader const& header, RawLayout const& raw) {
     return raw.offset + raw.rowBytes * header.height;
 }
@@ -165,14 +165,14 @@ std::unique_ptr<SampleSource> pnmfile::open(std::shared_ptr<InputFile> const& fi
     facts.pages = pages.count;
     RawLayout raw = layoutOf(header, facts.layout);
     if (header.isText()) {
-        // A character for each sample at least.
+        // At least one character per sample.
         raw.rowBytes = header.width * header.depth;
         requireRows(*file, facts.layout, raw, raw.rowBytes);
         return std::make_unique<TextSamples>(file, facts, header);
     }
     if (header.isBitmap())
         return std::make_unique<IndexedSamples>(file, facts, raw, 1, std::vector<std::uint8_t>{255, 0});
-    // Its samples of 0 and 1 are black and white, like those of a bitmap.
+    // Samples 0 and 1 of a PAM are black and white, like those of a bitmap.
     if (header.tuple == "BLACKANDWHITE" && header.depth == 1 && header.largest == 1)
         return std::make_unique<IndexedSamples>(file, facts, raw, 8, std::vector<std::uint8_t>{0, 255});
     return std::make_unique<RawSamples>(file, facts, raw);

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr size_t kBlockBytes = 64 * 1024;
-// More than any picture has, and far from where products of two no longer fit.
+// More than any picture has, and small enough that products of two do not overflow.
 constexpr size_t kMaxSide = size_t{1} << 31;
 constexpr size_t kMaxDepth = 65535;
 constexpr size_t kMaxSample = 65535;
@@ -30,7 +30,7 @@ size_t number(std::string const& text, size_t largest) {
     return value;
 }
 
-// A negative scale says that the smallest byte comes first.
+// A negative scale marks little-endian samples.
 bool isNegative(std::string const& scale) {
     double value = 0;
     auto const end = std::from_chars(scale.data(), scale.data() + scale.size(), value);
@@ -106,14 +106,14 @@ bool FileCharacters::fill() {
 PnmHeader PnmHeader::read(InputFile& file, std::uint64_t offset) {
     FileCharacters characters(file, offset);
     PnmHeader header;
-    characters.next(); // the P
+    characters.next(); // skips the P
     header.kind = static_cast<char>(characters.next());
     try {
         if (header.kind == '7')
             readPam(characters, header);
         else
             readOthers(characters, header);
-        // One blank, and no more: the next byte may look like one and be a sample.
+        // Exactly one blank: the next byte may look like one and be a sample.
         int const blank = characters.next();
         if (blank < 0 || std::isspace(blank) == 0)
             throw std::invalid_argument("its header does not end where its pixels begin");

@@ -25,7 +25,7 @@ std::uint64_t rowOffset(RawLayout const& raw, size_t height, size_t y) {
 }
 
 void requireRows(InputFile const& file, SampleFormat const& layout, RawLayout const& raw, std::uint64_t lastRowBytes) {
-    // Divisions, not products: headers may say anything.
+    // Divisions, because products of a header's untrusted sizes may overflow.
     bool const fits = raw.offset <= file.size() && lastRowBytes <= file.size() - raw.offset &&
                       (layout.height - 1) <= (file.size() - raw.offset - lastRowBytes) / raw.rowBytes;
     if (fits) return;
@@ -52,7 +52,7 @@ void RawSamples::read(Region const& region, std::uint8_t* samples) {
 }
 
 void RawSamples::order(std::uint8_t* samples, size_t pixels) const {
-    // Only files of bytes have an order of their own.
+    // Only files of bytes have a band order of their own.
     size_t const bands = facts_.layout.bands;
     std::vector<std::uint8_t> pixel(bands);
     for (size_t i = 0; i < pixels; ++i, samples += bands) {
@@ -69,7 +69,7 @@ IndexedSamples::IndexedSamples(std::shared_ptr<InputFile> file, ImageFacts facts
       raw_(std::move(layout)),
       bits_(bits),
       colours_(std::move(colours)) {
-    // A number without a colour is black.
+    // Numbers beyond the palette are black.
     colours_.resize((size_t{1} << bits_) * facts_.layout.bands);
     requireRows(*file_, facts_.layout, raw_, (facts_.layout.width * bits_ + 7) / 8);
 }

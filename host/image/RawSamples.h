@@ -5,19 +5,19 @@
 #include <memory>
 #include <vector>
 
-/// Where the samples of an uncompressed picture lie in its file.
+/// The layout of an uncompressed picture's samples in its file.
 struct RawLayout {
     std::uint64_t offset = 0;   ///< of the first row in the file
-    std::uint64_t rowBytes = 0; ///< from one row in the file to the next
+    std::uint64_t rowBytes = 0; ///< stride: from one row to the next
     bool bigEndian = false;
-    bool bottomUp = false;         ///< the first row in the file is the lowest
-    std::vector<size_t> bandOrder; ///< for each band of a pixel its place in the file; empty: as they lie
+    bool bottomUp = false;         ///< the first row in the file is the bottom one
+    std::vector<size_t> bandOrder; ///< index in the file of each band of a pixel; empty: same order
 };
 
-/// Samples that lie in the file as they are: any region is read in its own time, and nothing is held.
+/// Uncompressed samples in the file: any region is read at once, and nothing is held in memory.
 class RawSamples final : public SampleSource {
 public:
-    /// Throws HostError (unreadable image) where the file is too short for such a picture.
+    /// Throws HostError (unreadable image) if the file is too short for such a picture.
     RawSamples(std::shared_ptr<InputFile> file, ImageFacts facts, RawLayout layout);
 
     ImageFacts const& facts() const override { return facts_; }
@@ -31,10 +31,10 @@ private:
     RawLayout raw_;
 };
 
-/// Pixels of 1, 2, 4 or 8 bits that are numbers of colours, the first in the highest bits of a byte.
+/// Pixels of 1, 2, 4 or 8 bits that are palette indices, the first in the highest bits of a byte.
 class IndexedSamples final : public SampleSource {
 public:
-    /// `colours`: those of the numbers from 0, facts.layout.bands bytes each. Throws as RawSamples.
+    /// `colours`: the palette, facts.layout.bands bytes per entry. Throws as RawSamples.
     IndexedSamples(std::shared_ptr<InputFile> file, ImageFacts facts, RawLayout layout, size_t bits,
                    std::vector<std::uint8_t> colours);
 
@@ -50,7 +50,7 @@ private:
     std::vector<std::uint8_t> row_;
 };
 
-/// The place in the file of row y. Shared by both.
+/// The offset of row y in the file, for both classes.
 std::uint64_t rowOffset(RawLayout const& raw, size_t height, size_t y);
-/// Throws HostError (unreadable image) where the rows do not lie in the file.
+/// Throws HostError (unreadable image) if the rows do not lie in the file.
 void requireRows(InputFile const& file, SampleFormat const& layout, RawLayout const& raw, std::uint64_t lastRowBytes);

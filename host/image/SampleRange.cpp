@@ -28,7 +28,7 @@ std::uint16_t SampleRange::scaled(double sample) const {
     if (!(share > 0)) return 0;
     if (share >= kWhite) return static_cast<std::uint16_t>(kWhite);
     auto const whole = static_cast<std::uint16_t>(share);
-    // Not share + 0.5, which rounds once more.
+    // Adding 0.5 to `share` would round once more.
     return static_cast<std::uint16_t>(share - whole >= 0.5 ? whole + 1 : whole);
 }
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-/// What a sample of an image file is: numbers as the machine has them.
+/// The type of an image file's samples, in the machine's byte order.
 enum class SampleType { Unsigned8, Signed8, Unsigned16, Signed16, Unsigned32, Signed32, Float32, Float64 };
 
 size_t bytesOf(SampleType type);
@@ -11,7 +11,7 @@ size_t bytesOf(SampleType type);
 /// "16-bit unsigned", "32-bit float"
 std::string toText(SampleType type);
 
-/// Whether a store keeps such samples as they are.
+/// Whether a store keeps such samples unchanged.
 constexpr bool isKept(SampleType type) {
     return type == SampleType::Unsigned8 || type == SampleType::Unsigned16;
 }

@@ -13,10 +13,9 @@ namespace {
 
 constexpr double kMillimetresPerInch = 25.4;
 constexpr double kMillimetresPerCentimetre = 10;
-constexpr size_t kLeastKeptRows = 512; // of a picture in strips: what libvips keeps at least
+constexpr size_t kLeastKeptRows = 512; // for a picture in strips, libvips keeps at least these
 
-// libtiff's calls for bytes. Nothing is written and nothing mapped: a file that shrinks meanwhile would end the
-// program.
+// I/O callbacks for libtiff. They write nothing and map nothing: a mapped file that shrinks would end the program.
 struct Client {
     InputFile* file;
     std::uint64_t position = 0;
@@ -84,7 +83,7 @@ bool hasSubDirectories(Tiff const& tiff) {
     return TIFFGetField(tiff.get(), TIFFTAG_SUBIFD, &count, &offsets) == 1 && count > 0;
 }
 
-// The directories that are pictures of their own.
+// The directories that are no reduced-size copies of others.
 std::vector<size_t> pagesOf(Tiff const& tiff, InputFile const& file) {
     std::vector<size_t> whole;
     size_t count = 0;
@@ -100,7 +99,7 @@ std::vector<size_t> pagesOf(Tiff const& tiff, InputFile const& file) {
         throw imageNotRead(file.path(),
                            "it holds previews of a picture that lies where it is not looked for, as raw files "
                            "of cameras do; export it as a plain TIFF");
-    // Nothing larger is there.
+    // All directories are marked as reduced copies: each counts as a page.
     for (size_t i = 0; i < count; ++i)
         whole.push_back(i);
     return whole;
@@ -122,7 +121,7 @@ Meaning meaningOf(Tiff const& tiff, std::uint16_t photometric, std::uint16_t com
     case PHOTOMETRIC_PALETTE:
         return {1, "", false};
     case PHOTOMETRIC_YCBCR:
-        // Of others libvips takes the samples for red, green and blue.
+        // libvips takes the samples of other compressions for red, green and blue.
         if (compression == COMPRESSION_JPEG || compression == COMPRESSION_OJPEG) return {3, "", false};
         return {3, "YCbCr", false};
     case PHOTOMETRIC_SEPARATED:
@@ -138,7 +137,7 @@ Meaning meaningOf(Tiff const& tiff, std::uint16_t photometric, std::uint16_t com
     }
 }
 
-// Palettes have 16 bits, of which libvips takes the upper 8, or the lower ones of palettes that have no others.
+// Palettes have 16 bits; libvips takes the upper 8, or the lower 8 of palettes that have no others.
 void describePalette(Tiff const& tiff, TiffDirectory& directory) {
     std::array<std::uint16_t*, 3> maps{};
     auto const bits = tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
@@ -159,7 +158,7 @@ void describePalette(Tiff const& tiff, TiffDirectory& directory) {
     directory.roundsPalette = bits <= 8 && highest > 0xff && round;
 }
 
-// Where the bytes of tag 338 (extra samples) lie that say that colours have been multiplied: libtiff does not tell.
+// Finds the bytes of tag 338 (extra samples) that mark colours as premultiplied: libtiff does not report their offset.
 class TagFinder {
 public:
     TagFinder(InputFile& file, std::uint64_t directory) : file_(file) {
@@ -193,7 +192,7 @@ private:
             std::uint64_t const count = number(entry + 4, wordBytes);
             std::uint64_t const inside = entry + 4 + wordBytes;
             std::uint64_t const values = 2 * count <= wordBytes ? inside : number(inside, wordBytes);
-            // Of the word the byte that is not 0 anyway.
+            // Offset of the word's byte that is not always 0.
             std::uint64_t const low = bigEndian_ ? 1 : 0;
             for (std::uint64_t word = values; word < values + 2 * count; word += 2)
                 if (number(word, 2) == EXTRASAMPLE_ASSOCALPHA) found.push_back(word + low);
@@ -223,7 +222,7 @@ void describeBands(Tiff const& tiff, InputFile& file, TiffDirectory& directory) 
     if (directory.isMultiplied) directory.multipliedTags = TagFinder(file, TIFFCurrentDirOffset(tiff.get())).found;
 }
 
-// libvips would call them damaged.
+// libvips would report such samples as damage.
 void requireReadSamples(Tiff const& tiff, InputFile const& file) {
     auto const bits = tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
     auto const format = tiff.value<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
@@ -237,7 +236,7 @@ void requireReadSamples(Tiff const& tiff, InputFile const& file) {
                                         (isFloat || bits > 16 ? "32" : "16") + " bits per sample");
 }
 
-// What the file must hold at least for so many bytes of a picture; 0 where that cannot be said.
+// Upper bound of decoded bytes per byte of the file; 0: unbounded.
 std::uint64_t mostBytesPerByte(std::uint16_t compression) {
     switch (compression) {
     case COMPRESSION_NONE:
@@ -265,7 +264,7 @@ void describeSize(Tiff const& tiff, InputFile const& file, TiffDirectory& direct
         // Two rows of tiles, decoded; libvips refuses tiles of a side above 10000.
         directory.heldBytes = 2 * rowBytes * std::min(tiff.value<std::uint32_t>(TIFFTAG_TILELENGTH, 1), 10000u);
     } else {
-        // Two strips, but rows one at a time where strips are high and bands lie together.
+        // Two strips, but single rows if strips are high and bands interleaved.
         std::uint64_t const strip = std::min(tiff.value<std::uint32_t>(TIFFTAG_ROWSPERSTRIP, height), height);
         bool const together = tiff.value<std::uint16_t>(TIFFTAG_PLANARCONFIG, 1) == PLANARCONFIG_CONTIG &&
                               directory.photometric != PHOTOMETRIC_YCBCR;
@@ -287,7 +286,7 @@ void describeResolution(Tiff const& tiff, TiffDirectory& directory) {
     case RESUNIT_CENTIMETER:
         millimetres = kMillimetresPerCentimetre;
         break;
-    default: // numbers that give no more than the shape of a pixel
+    default: // units that state only the shape of a pixel
         return;
     }
     directory.pixelsPerMillimetreX = double{tiff.value<float>(TIFFTAG_XRESOLUTION, 0)} / millimetres;

@@ -6,26 +6,26 @@
 #include <string>
 #include <vector>
 
-/// What a TIFF file says of the picture in one of its directories, as far as libvips does not tell.
+/// The properties of the picture in one directory of a TIFF file that libvips does not report.
 struct TiffDirectory {
     size_t index = 0;              ///< in the file, from 0
-    size_t pages = 1;              ///< directories that are no smaller copies of another
-    std::uint16_t photometric = 0; ///< what its samples stand for
+    size_t pages = 1;              ///< directories that are no reduced-size copies of others
+    std::uint16_t photometric = 0; ///< meaning of the samples
     std::uint16_t compression = 1;
-    std::uint16_t colourBands = 0; ///< bands before the extra samples, as they are read: 3 of a palette
+    std::uint16_t colourBands = 0; ///< bands before the extra samples, after decoding: 3 for a palette
     std::uint16_t extraBands = 0;
-    bool hasAlpha = false;      ///< whether the first extra band is said to be alpha
-    bool isMultiplied = false;  ///< whether colours have been multiplied by it
-    bool roundsPalette = false; ///< whether a palette has colours that 8 bits cannot hold
-    std::string colourSpace;    ///< where it is neither grey nor RGB
-    bool convertible = false;   ///< whether libvips converts it to sRGB
+    bool hasAlpha = false;      ///< the first extra band is marked as alpha
+    bool isMultiplied = false;  ///< colours are premultiplied by it
+    bool roundsPalette = false; ///< a palette has colours that 8 bits cannot hold
+    std::string colourSpace;    ///< if neither grey nor RGB
+    bool convertible = false;   ///< libvips can convert it to sRGB
     bool tiled = false;
-    std::uint64_t heldBytes = 0;     ///< of what is decoded at once, and of what libvips keeps of that
-    double pixelsPerMillimetreX = 0; ///< 0 where it gives none
+    std::uint64_t heldBytes = 0;     ///< decoder's buffers, and what libvips keeps of them
+    double pixelsPerMillimetreX = 0; ///< 0: unknown
     double pixelsPerMillimetreY = 0;
     std::string description;
-    std::vector<std::uint64_t> multipliedTags; ///< where in the file the bytes lie that say isMultiplied
+    std::vector<std::uint64_t> multipliedTags; ///< offsets in the file of the bytes that state isMultiplied
 
-    /// Throws HostError (unreadable image; usage, where there is no such page).
+    /// Throws HostError (unreadable image; usage, if there is no such page).
     static TiffDirectory read(InputFile& file, SampleRequest const& request);
 };

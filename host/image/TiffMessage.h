@@ -7,7 +7,8 @@
 #include <cstdio>
 #include <memory>
 
-/// libtiff's last error about one file; its warnings are dropped. Outlives the file that was opened with its options.
+/// libtiff's last error about one file; warnings are dropped. It must outlive the file that was opened with its
+/// options.
 class TiffMessage {
 public:
     using Options = std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)>;
@@ -16,7 +17,7 @@ public:
     TiffMessage(TiffMessage const&) = delete;
     TiffMessage& operator=(TiffMessage const&) = delete;
 
-    /// For opening a file.
+    /// Options for opening a file.
     Options options() {
         Options options(TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
         TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keep, this);
@@ -24,7 +25,7 @@ public:
         return options;
     }
 
-    /// Empty: there was none.
+    /// Empty if there was no error.
     char const* text() const { return text_.data(); }
 
 private:

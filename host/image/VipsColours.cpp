@@ -33,7 +33,7 @@ struct Name {
     char const* text;
 };
 
-// Those that files are known to have; libvips converts them all.
+// The colour spaces that occur in files; libvips converts all of them.
 constexpr std::array<Name, 10> kSpaces{{{VIPS_INTERPRETATION_CMYK, "CMYK"},
                                         {VIPS_INTERPRETATION_LAB, "Lab"},
                                         {VIPS_INTERPRETATION_LABS, "Lab"},

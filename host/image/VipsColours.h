@@ -4,17 +4,17 @@
 
 #include <vips/vips8>
 
-/// What libvips calls the colours of an image, in our words, and its conversions.
+/// Our names of libvips' colour spaces, and conversions.
 namespace vipscolours {
 
-/// Samples as numbers, where libvips has them packed.
+/// Unpacks samples that libvips keeps packed, such as Radiance's, into numbers.
 vips::VImage unpacked(vips::VImage const& image);
 
-/// Sets the layout, and the colour space where it is neither grey nor RGB. Alpha is left out: libvips takes any band
-/// for it. Throws vips::VError (complex numbers).
+/// Sets the layout, and the colour space if it is neither grey nor RGB. Alpha is left out: libvips takes any extra band
+/// for alpha. Throws vips::VError (complex numbers).
 void describe(vips::VImage const& image, ImageFacts& facts);
 
-/// To sRGB, or to grey where there is one colour band, of 8 bits; plain colours stay as they are.
+/// Converts to sRGB of 8 bits, or to grey if there is one colour band; plain colours are left unchanged.
 vips::VImage toSrgb(vips::VImage const& image);
 
 } // namespace vipscolours

@@ -10,7 +10,7 @@
 namespace {
 
 constexpr size_t kHeaderBytes = 64;
-// Intel and Sparc: which byte of the other numbers comes first.
+// Byte order of the other numbers: Intel's and Sparc's.
 constexpr std::array<char const*, 2> kMagics{"\xb6\xa6\xf2\x08", "\x08\xf2\xa6\xb6"};
 constexpr std::uint32_t kLargestSide = std::uint32_t{1} << 31;
 
@@ -56,7 +56,7 @@ std::optional<SampleType> typeOf(std::uint32_t bandFormat) {
     }
 }
 
-// What libvips calls the bands. Behind colours it takes one more for alpha.
+// Names the bands by libvips' interpretation. One band after the colours is alpha.
 void nameBands(std::uint32_t interpretation, ImageFacts& facts) {
     switch (interpretation) {
     case 1:  // grey
@@ -68,11 +68,11 @@ void nameBands(std::uint32_t interpretation, ImageFacts& facts) {
     case 25: // RGB of 16 bits
         facts.layout.colours = 3;
         break;
-    case 0: // bands that stand for nothing
+    case 0: // bands without a meaning
     case 10:
     case 24:
     case 27:
-        // Of one and of three bands it takes them for grey and RGB all the same.
+        // libvips takes one or three of them for grey or RGB all the same.
         if (facts.layout.bands == 1 || facts.layout.bands == 3) facts.layout.colours = facts.layout.bands;
         return;
     case 12:

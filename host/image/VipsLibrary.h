@@ -3,21 +3,21 @@
 #include <array>
 #include <string>
 
-/// libvips, as far as this program lets files reach it.
+/// libvips, restricted to the loaders that files may reach.
 namespace vipslibrary {
 
-/// A loader of libvips that may read files. Others are blocked: some are there for other uses than pictures, and those
-/// for which nobody vouches take any file that nothing else knows.
+/// A loader of libvips that may read files. Others are blocked: some do not read pictures, and the unsupported ones
+/// accept any file that no other loader knows.
 struct Loader {
     char const* nickname;  ///< "pngload"
     char const* className; ///< "VipsForeignLoadPng"
-    char const* format;    ///< for a person: "PNG"
-    char const* pageNoun;  ///< what pictures in one file are called
-    bool paged;            ///< whether it takes a page's number
-    bool readsAnywhere;    ///< whether regions may be read in any order; of TIFF the file decides
+    char const* format;    ///< human-readable: "PNG"
+    char const* pageNoun;  ///< the format's word for pictures in one file
+    bool paged;            ///< whether it takes a page number
+    bool readsAnywhere;    ///< whether regions may be read in any order; for TIFF it depends on the file
 };
 
-/// In the order in which files are tried: formats that are told by their first bytes first.
+/// In the order in which files are tried: formats with a signature first.
 constexpr std::array<Loader, 10> kLoaders{{
     {"pngload", "VipsForeignLoadPng", "PNG", "frames", false, false},
     {"webpload", "VipsForeignLoadWebp", "WebP", "frames", true, false},
@@ -31,7 +31,7 @@ constexpr std::array<Loader, 10> kLoaders{{
     {"radload", "VipsForeignLoadRad", "Radiance", "pictures", false, false},
 }};
 
-/// Starts it, once: with these loaders and no other, and without lines of its own on stderr.
+/// Starts libvips, once: with these loaders only, and without output of its own on stderr.
 void start();
 
 } // namespace vipslibrary

@@ -19,10 +19,10 @@ using vipsopening::Opened;
 namespace {
 
 constexpr auto kMultiplied = "colours multiplied by their alpha";
-// libvips keeps as many rows of a slide's tiles, which are at most so high.
+// libvips keeps this many rows of a slide's tiles, for tiles of the largest height.
 constexpr double kSlideRows = 2.5 * 1024;
 
-// What is known before libvips opens the file, and what it is to be told.
+// What is known before libvips opens the file, and the options for opening it.
 struct Preparation {
     std::optional<TiffDirectory> tiff;
     std::optional<codecfacts::Jpeg2000> jpeg2000;
@@ -46,7 +46,7 @@ bool isTiff(InputFile& file) {
            magic == std::string("MM\0+", 4);
 }
 
-// OpenSlide looks into files of any kind, and is not made for those that mean harm: it sees what may be a slide.
+// OpenSlide reads files of any kind, and is not hardened against hostile ones: it is given possible slides only.
 bool mayBeSlide(InputFile& file) {
     std::array<char const*, 4> const endings{".mrxs", ".vms", ".vmu", ".svslide"};
     return isTiff(file) ||
@@ -56,7 +56,7 @@ bool mayBeSlide(InputFile& file) {
 bool reads(Loader const& loader, InputFile& file, VipsSource* source) {
     if (is(loader, "openslideload"))
         return mayBeSlide(file) && vips_foreign_is_a(loader.nickname, file.path().c_str()) != 0;
-    // libvips takes none whose first directory is damaged for one; then it is a damaged TIFF all the same.
+    // libvips does not accept a TIFF whose first directory is damaged; it is reported as a damaged TIFF.
     if (is(loader, "tiffload")) return isTiff(file);
     vips_source_rewind(source);
     return vips_foreign_is_a_source((std::string(loader.nickname) + "_source").c_str(), source) != 0;
@@ -99,10 +99,10 @@ VImage load(Loader const& loader, InputFile const& file, VipsSource* source, Sam
         options->set("page", static_cast<int>(known.tiff->index));
     else if (loader.paged && request.page)
         options->set("page", static_cast<int>(std::min<size_t>(*request.page, 100000)) - 1);
-    // As a loader's argument, not VImage::new_from_file: that one takes a "[" in a file name for options.
+    // As a loader's argument: VImage::new_from_file takes a "[" in a file name for options.
     if (is(loader, "openslideload")) {
         VImage::call(loader.nickname, options->set("filename", file.path().c_str()));
-        // It has no alpha: what lies between its tiles has a colour of its own.
+        // A slide has no alpha: gaps between its tiles have the background colour.
         return image.extract_band(0, VImage::option()->set("n", 3));
     }
     vips_source_rewind(source);
@@ -111,8 +111,8 @@ VImage load(Loader const& loader, InputFile const& file, VipsSource* source, Sam
     return image;
 }
 
-// libvips moves JPEG 2000's samples of fewer bits up. Of 8 and 16 bits without sign they stay there, as in other
-// formats that are decoded so; others are numbers that a person chooses a range of.
+// libvips shifts JPEG 2000 samples of fewer bits up. Unsigned ones of up to 8 or 16 bits stay shifted, as in other
+// formats whose decoders scale; others are shifted back to numbers for which a user chooses a range.
 VImage withOwnNumbers(VImage const& image, Preparation const& known) {
     if (!known.jpeg2000 || known.jpeg2000->bits == 0) return image;
     if (image.format() == VIPS_FORMAT_UCHAR || image.format() == VIPS_FORMAT_USHORT) return image;
@@ -128,7 +128,7 @@ size_t pagesOf(VImage const& image, Loader const& loader, Preparation const& kno
     return known.frames;
 }
 
-// Throws where the picture that is wanted cannot be had.
+// Throws if the requested picture cannot be read.
 void requireFrame(InputFile const& file, SampleRequest const& request, Loader const& loader, ImageFacts const& facts) {
     requirePage(file, request, facts.pages, facts.pageNoun);
     if (loader.paged || request.page.value_or(1) == 1) return;
@@ -149,7 +149,7 @@ void nameBands(Loader const& loader, Preparation const& known, ImageFacts& facts
         return;
     }
     bool const isScene = is(loader, "radload");
-    // Floats that other formats hold are labelled so too, though they need not be linear.
+    // Floats of other formats are labelled linear light too, though they need not be linear.
     if (facts.colourSpace == kLinearLight && !isScene) facts.colourSpace.clear();
     layout.alpha = layout.bands == layout.colours + 1;
     if (known.jpeg2000) layout.alpha = layout.alpha && known.jpeg2000->lastIsAlpha;
@@ -165,7 +165,7 @@ void setDensity(VImage const& image, Loader const& loader, Preparation const& kn
         pixeldensity::set(facts, Origin::Tag, known.jpeg2000->pixelsPerMillimetreX,
                           known.jpeg2000->pixelsPerMillimetreY);
     } else if (is(loader, "openslideload")) {
-        // Where a slide does not say them, libvips says 1.
+        // libvips reports 1 for a slide that does not state them.
         if (image.get_typeof("openslide.mpp-x") != 0 && image.get_typeof("openslide.mpp-y") != 0)
             pixeldensity::set(facts, Origin::Instrument, image.xres(), image.yres());
     } else if (!is(loader, "pdfload")) {
@@ -173,32 +173,32 @@ void setDensity(VImage const& image, Loader const& loader, Preparation const& kn
     }
 }
 
-// Deflate makes at most so much of a byte.
+// Deflate's largest ratio of compression.
 constexpr std::uint64_t kMostOfDeflate = 1032;
 
-// A header may say anything.
+// Sizes in a header are not trusted.
 void requirePossible(VImage const& image, Loader const& loader, InputFile const& file) {
     if (!is(loader, "pngload")) return;
     auto const height = static_cast<std::uint64_t>(image.height());
-    // Of fewer than 8 bits there are no fewer than an eighth of the bytes.
+    // Even 1-bit pixels take an eighth of a byte each.
     std::uint64_t const rowBytes = static_cast<std::uint64_t>(image.width()) / 8 + 1;
     if (rowBytes <= kMostOfDeflate * file.size() / height) return;
     throw unreadableImage(file.path(), "its header says " + std::to_string(image.width()) + " x " +
                                            std::to_string(height) + " pixels, which are more than the file holds");
 }
 
-// The decoder of HEIF turns pictures itself.
+// HEIF's decoder turns pictures itself.
 int ignoredOrientation(VImage const& image, Loader const& loader) {
     if (is(loader, "heifload")) return 1;
     int const told = vips_image_get_orientation(image.get_image());
     if (told != 1 || image.get_typeof(VIPS_META_EXIF_NAME) == 0) return told;
-    // Of PNG libvips keeps the block, and looks for nothing in it.
+    // libvips keeps the EXIF block of a PNG, but does not read the orientation from it.
     size_t bytes = 0;
     auto const* const exif = static_cast<std::uint8_t const*>(image.get_blob(VIPS_META_EXIF_NAME, &bytes));
     return codecfacts::exifOrientation({exif, exif + bytes});
 }
 
-// About what libvips and the decoder hold, as the sources of libvips 8.14 have it.
+// Approximate memory of libvips and the decoder, according to the sources of libvips 8.14.
 std::uint64_t heldBytes(VImage const& image, Loader const& loader, InputFile const& file, Preparation const& known) {
     auto const width = static_cast<std::uint64_t>(image.width());
     auto const height = static_cast<std::uint64_t>(image.height());
@@ -228,7 +228,7 @@ Opened vipsopening::open(std::shared_ptr<InputFile> const& file, SampleRequest c
     Preparation const known = prepare(loader, *file, request);
     if (!known.zeros.empty()) source = std::make_unique<VipsSourceOfFile>(file, known.zeros);
     if (loader.paged && !known.tiff && request.page.value_or(1) > 1) {
-        // How many there are is only known of the first.
+        // The number of pages is reported with the first page only.
         SampleRequest const first;
         VImage const whole = load(loader, *file, source->get(), first, known);
         requirePage(*file, request, pagesOf(whole, loader, known), loader.pageNoun);

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-/// A file opened by libvips, and what it says of itself.
+/// A file opened by libvips, and its properties.
 namespace vipsopening {
 
 struct Opened {

@@ -17,12 +17,12 @@ using vips::VRegion;
 
 namespace {
 
-// Rows that are asked of libvips at once: enough to keep its tile caches at work, little enough to stay in them.
+// Rows requested from libvips at once: enough to keep its tile caches busy, few enough to stay in them.
 constexpr size_t kRowsPerRequest = 64;
-constexpr auto kSourceName = "source_custom: "; // libvips' name for files that are read through calls of ours
+constexpr auto kSourceName = "source_custom: "; // libvips' name for files that are read through our callbacks
 
-// What decoders say, line by line, without the names of their functions: "vipspng: libpng read error". What the calls
-// that read the file add to it is left out where there is more.
+// The decoders' messages, line by line, without function names: "vipspng: libpng read error". Lines that the file's
+// callbacks add are dropped if there are others.
 std::string complaintOf(std::string const& text) {
     std::istringstream lines(text);
     std::string complaint;
@@ -36,15 +36,14 @@ std::string complaintOf(std::string const& text) {
     return onOneLine(complaint.empty() ? last : complaint);
 }
 
-// The text of the exception ends in what earlier attempts left in libvips' buffer: empty it for the next failure.
+// The exception's text ends in what earlier attempts left in libvips' buffer: empty it for the next failure.
 HostError unreadable(InputFile const& file, std::string const& text) {
     vips_error_clear();
     file.rethrow();
     return unreadableImage(file.path(), complaintOf(text));
 }
 
-// What decoders of JPEG say of bytes between two parts of a file, which hold nothing, and of a header that says more
-// than it need.
+// Messages of JPEG decoders about bytes between two segments, which hold nothing, and about a redundant header.
 bool isHarmless(std::string const& complaint) {
     return complaint.find("extraneous bytes") != std::string::npos ||
            complaint.find("Invalid SOS parameters") != std::string::npos;
@@ -90,7 +89,7 @@ private:
             throw unreadable(*file_, error.what());
         }
         file_->rethrow();
-        // Decoders go on with grey where data is damaged, and say so here.
+        // Decoders fill damaged parts with grey, and report it here only.
         std::string const complaint = vips_error_buffer();
         if (complaint.empty()) return;
         vips_error_clear();

@@ -10,7 +10,7 @@ VipsSourceOfFile::VipsSourceOfFile(std::shared_ptr<InputFile> file, std::vector<
 }
 
 VipsSourceOfFile::~VipsSourceOfFile() {
-    // libvips may hold it for longer.
+    // libvips may hold the source for longer than this object lives.
     g_signal_handlers_disconnect_by_data(source_, this);
     g_object_unref(source_);
 }

@@ -9,10 +9,10 @@
 #include <vector>
 
 /// A file as libvips' decoders read it: through InputFile, so that a failure of the disk is known as one, a check can
-/// stop any decoder, and nothing is mapped into memory, where a failure ends the program.
+/// stop any decoder, and nothing is mapped into memory, where a failure would end the program.
 class VipsSourceOfFile {
 public:
-    /// Bytes of the file at `zeros` are read as 0.
+    /// Bytes of the file at the offsets `zeros` are read as 0.
     VipsSourceOfFile(std::shared_ptr<InputFile> file, std::vector<std::uint64_t> zeros);
     VipsSourceOfFile(VipsSourceOfFile const&) = delete;
     VipsSourceOfFile& operator=(VipsSourceOfFile const&) = delete;

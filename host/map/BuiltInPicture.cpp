@@ -8,7 +8,7 @@
 namespace {
 
 constexpr size_t kMinPixelsPerThread = 64 * 1024;
-constexpr size_t kColumnsAtOnce = 512; // their rows of heights stay in the processor's first cache
+constexpr size_t kColumnsAtOnce = 512; // so that their rows of heights fit in the processor's L1 cache
 
 } // namespace
 
@@ -43,7 +43,7 @@ void BuiltInPicture::paint(Region const& region, std::uint8_t* pixels) const {
 void BuiltInPicture::paintColumns(Region const& region, std::uint8_t* pixels, size_t rowBytes) const {
     auto const x = static_cast<std::int64_t>(region.x);
     auto y = static_cast<std::int64_t>(region.y);
-    // Slopes need a neighbour on every side; each row of heights is computed once and handed on.
+    // Slopes need a neighbour on every side; each row of heights is computed once and passed on.
     std::vector<std::int64_t> above(region.width + 2);
     std::vector<std::int64_t> here(region.width + 2);
     std::vector<std::int64_t> below(region.width + 2);

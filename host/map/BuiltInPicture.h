@@ -5,8 +5,8 @@
 #include "host/map/Terrain.h"
 
 /// A picture of 16384 x 16384 RGB pixels that is computed, not stored: a map of islands whose grid is labelled with
-/// pixel coordinates, so that a misplaced tile is seen at once. Whole numbers only: every machine computes the same
-/// bytes, whatever the regions in which they are asked for, in any order.
+/// pixel coordinates, so that a misplaced tile is obvious. Integer arithmetic only: every machine computes the same
+/// bytes, whatever the regions and their order.
 class BuiltInPicture final : public PixelSource {
 public:
     static constexpr size_t kSide = 16384;
@@ -17,7 +17,7 @@ public:
     std::string description() const override;
 
 protected:
-    /// Large regions are computed by as many threads as the machine has cores.
+    /// Large regions are computed on one thread per core.
     void readInto(Region const& region, std::uint8_t* pixels) override;
 
 private:

@@ -4,7 +4,7 @@
 
 namespace {
 
-// Seven rows a character, the leftmost pixel in bit 4.
+// Seven rows per character, the leftmost pixel in bit 4.
 using Glyph = std::array<std::uint8_t, 7>;
 
 constexpr std::array<Glyph, 10> kDigits{{{0x0e, 0x11, 0x13, 0x15, 0x19, 0x11, 0x0e},

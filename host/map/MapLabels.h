@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-/// Short texts in a bitmap font: digits, the comma and the blank, six pixels wide and seven high, drawn at a scale.
+/// Short texts in a bitmap font: digits, the comma and the blank, six pixels wide and seven high, at whole scales.
 namespace maplabels {
 
 constexpr std::int64_t kAdvance = 6;

@@ -68,7 +68,7 @@ struct Slope {
     std::int64_t x;
     std::int64_t y;
 
-    // Within 12 % of the length of (x, y) for one pixel, without a root.
+    // The length of (x, y) per pixel, within 12 %, without a square root.
     std::int64_t steepness() const {
         auto const [low, high] = std::minmax({std::abs(x), std::abs(y)});
         return (high + low * 3 / 8) / 2;
@@ -78,7 +78,7 @@ struct Slope {
 // Light from the upper left, with cool shadows and warm lit slopes. Saturates softly, so that cliffs keep their
 // structure.
 void shade(Colour& colour, Slope slope, bool land) {
-    constexpr unsigned kFineBits = 6; // makes it a 32-bit division
+    constexpr unsigned kFineBits = 6; // so that the division has 32 bits
     constexpr std::int32_t kKnee = 3 * Terrain::kMetre >> kFineBits;
     auto const facing = static_cast<std::int32_t>(floorShift(slope.x + slope.y, kFineBits));
     std::int32_t const share = (facing * (land ? 190 : 80)) / (kKnee + std::abs(facing));
@@ -86,7 +86,8 @@ void shade(Colour& colour, Slope slope, bool land) {
     if (share > 0) blend(colour, kSun, share * 5 / 8);
 }
 
-// Share that a line of the given width covers of a pixel whose height is `distance` off the line's.
+// The share of a pixel that a line of the given width covers, if the pixel's height differs by `distance` from the
+// line's.
 std::int64_t lineShare(std::int64_t distance, std::int64_t steepness, std::int64_t widthShare) {
     if (distance >= 2 * steepness) return 0;
     return std::clamp(kFull / 2 + widthShare / 2 - distance * kFull / std::max<std::int64_t>(steepness, 1),
@@ -110,7 +111,7 @@ void drawContours(Colour& colour, std::int64_t height, std::int64_t steepness) {
     std::int64_t const index = distanceToLevel(height, kIndexContourMetres * Terrain::kMetre);
     std::int64_t const minor = distanceToLevel(height, kContourMetres * Terrain::kMetre);
     if (height > kContourMetres / 2 * Terrain::kMetre) {
-        // Where the lines would run together they fade instead.
+        // Lines fade where they would merge.
         bool const dense = steepness * 5 > kContourMetres * Terrain::kMetre;
         if (!dense) blend(colour, kContourInk, lineShare(minor, steepness, kFull) * 7 / 16);
         blend(colour, kContourInk, lineShare(index, steepness, kFull * 7 / 4) * 10 / 16);
@@ -161,7 +162,7 @@ std::string coordinates(std::int64_t x, std::int64_t y) {
     return std::to_string(x) + "," + std::to_string(y);
 }
 
-// The coordinates of the crossing to the upper left: on a plate at each, large at every fourth.
+// The coordinates of the crossing to the upper left, on a plate: at each crossing, large at every fourth.
 void drawLabels(Colour& colour, std::int64_t x, std::int64_t y) {
     constexpr std::int64_t kSmall = 2;
     constexpr std::int64_t kLarge = 26;

@@ -33,7 +33,7 @@ void Terrain::fillHeights(std::int64_t x, std::int64_t y, std::vector<std::int64
     std::vector<std::int64_t> ridges(row.size());
     for (Octave const& octave : ridges_) {
         octave.noise.fillRow(x, y, noise);
-        // The fold of |n| at 0 is the crest line.
+        // |n| has a fold at 0, which is the crest line.
         for (size_t i = 0; i < row.size(); ++i)
             ridges[i] += floorShift((kRidgeTop - std::abs(noise[i])) * octave.metres, kUnitsPerMetreBits);
     }

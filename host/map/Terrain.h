@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-/// The land of the built-in picture: islands in a sea, with mountain ridges inland. Heights are in units of
-/// 1 / kMetre metres, 0 is the sea level. Every value depends on its place alone.
+/// The land of the built-in picture: islands in a sea, with mountain ridges inland. Heights are in units of 1 / kMetre
+/// metres; 0 is the sea level. Every value depends on its coordinates alone.
 class Terrain {
 public:
     static constexpr unsigned kMetreBits = 16;
@@ -23,7 +23,7 @@ public:
 private:
     struct Octave {
         TerrainNoise noise;
-        std::int64_t metres = 0; // height that a noise value of 1 stands for
+        std::int64_t metres = 0; // height of a noise value of 1
     };
 
     std::vector<Octave> land_;

@@ -9,8 +9,8 @@ constexpr unsigned kFadeBits = 24;
 constexpr unsigned kPositionBits = 16;  // of a position inside a cell, 0 to 1
 constexpr unsigned kDirectionBits = 12; // of a direction's components; with a position's: those of kOne
 
-// Sixteen directions, 4096 long. None lies along an axis: between two corners whose directions are perpendicular to
-// the edge between them the noise is 0 all the way, which shows as a straight crease.
+// Sixteen directions, 4096 long. None lies along an axis: along an edge between two corners with directions
+// perpendicular to it the noise would be 0, which shows as a straight crease.
 constexpr std::array<std::array<std::int64_t, 2>, 16> kDirections{{{4017, 799},
                                                                    {3406, 2276},
                                                                    {2276, 3406},
@@ -43,7 +43,7 @@ std::int64_t blend(std::int64_t from, std::int64_t to, std::int64_t share) {
 } // namespace
 
 std::uint32_t latticeHash(std::int64_t x, std::int64_t y, std::uint32_t randomStart) {
-    // One coordinate after the other: mixed together at once, small coordinates of either sign would collide.
+    // Mixes one coordinate after the other: mixed at once, small coordinates of either sign would collide.
     return mix(mix(randomStart ^ (static_cast<std::uint32_t>(x) * 0x9e3779b1u)) +
                static_cast<std::uint32_t>(y) * 0x85ebca77u);
 }
@@ -80,7 +80,7 @@ void TerrainNoise::fillRow(std::int64_t x, std::int64_t y, std::vector<std::int6
         std::int64_t const column = floorShift(x + i, cellBits_);
         std::int64_t const origin = column * side;
         std::int64_t const cellEnd = std::min(end, origin + side - x);
-        // Along a row each side of the cell is a line, base + slope * dx, once its two corners are blended.
+        // Along a row each side of the cell contributes a line, base + slope * dx, once its two corners are blended.
         Corner const g00 = gradient(column, cellRow);
         Corner const g01 = gradient(column, cellRow + 1);
         Corner const g10 = gradient(column + 1, cellRow);

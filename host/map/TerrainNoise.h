@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-/// One octave of gradient noise over the plane, in whole numbers only, so that it is the same on every machine.
+/// One octave of gradient noise over the plane, in integer arithmetic, so that it is the same on every machine.
 ///
 /// The plane is a lattice of square cells; each lattice point has a pseudo-random direction g. Inside a cell the noise
 /// is the blend, by the smooth step f(t) = 6 t^5 - 15 t^4 + 10 t^3 on each axis, of the four corners' g . (p - corner)
@@ -35,7 +35,7 @@ private:
     std::vector<std::int64_t> fade_; // f(i / cell side) in units of 2^-24
 };
 
-/// A well-mixed number for each pair of coordinates.
+/// A pseudo-random number for each pair of coordinates.
 std::uint32_t latticeHash(std::int64_t x, std::int64_t y, std::uint32_t randomStart);
 
 /// value / 2^bits rounded down, also below 0. Half the work of a division, which rounds towards 0; right shifts of

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Of this program and of nobody else: rsync's names for files that arrive are ".NAME.XXXXXX".
+// Marks temporary files of this program alone: rsync names incoming files ".NAME.XXXXXX".
 constexpr auto kMark = ".velmora-";
 constexpr size_t kDigits = 8;
 
@@ -29,9 +29,9 @@ std::string hex(std::uint64_t number, int digits) {
     return text.data();
 }
 
-// What the names of a target's temporary files begin with.
+// The prefix of the names of a target's temporary files.
 std::string prefixOf(fs::path const& target) {
-    constexpr size_t kMaxName = 200; // of 255 bytes that file systems allow
+    constexpr size_t kMaxName = 200; // below the 255 bytes that file systems allow
     std::string const name = target.filename().string();
     bool const fits = name.size() <= kMaxName;
     return "." + (fits ? name : name.substr(0, kMaxName - 17) + "-" + hex(fnv1a(name), 16)) + kMark;
@@ -44,9 +44,9 @@ bool isTemporary(std::string const& name) {
     return end.size() == kDigits && end.find_first_not_of("0123456789abcdef") == std::string::npos;
 }
 
-// A lock of the open file itself and not of the process: SQLite's locks on a store's file are of the process, and would
-// go with any descriptor of it that is closed. On one byte, far from the data and from the bytes that SQLite locks,
-// because network file systems may keep others from writing to what is locked.
+// A lock of the open file description, not of the process: SQLite's locks on a store's file belong to the process, and
+// would go with any of its descriptors that is closed. The lock covers one byte, far from the data and from the bytes
+// that SQLite locks, because network file systems may keep others from writing to locked bytes.
 bool lock(int descriptor, short kind, int command) {
     struct flock range {};
     range.l_type = kind;
@@ -62,8 +62,8 @@ bool locksAreMissing(int errorNumber) {
     return errorNumber == EINVAL || errorNumber == ENOLCK || errorNumber == ENOSYS || errorNumber == EOPNOTSUPP;
 }
 
-// Where it can be locked nobody writes to it any more. It is locked while it is removed: a writer that has only just
-// made it waits for that.
+// A file that can be locked has no writer any more. It is locked while it is removed: a writer that has only just
+// created it waits for the lock.
 void removeLeftover(fs::path const& path) {
     int const descriptor = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) return;
@@ -77,7 +77,7 @@ struct CloseFolder {
     void operator()(DIR* folder) const { closedir(folder); }
 };
 
-// Not by std::filesystem: its iterator that throws nothing ends the program where it runs out of memory.
+// Not by std::filesystem: its non-throwing iterator ends the program if memory runs out.
 void removeIn(fs::path const& folder, std::string const& prefix) {
     std::unique_ptr<DIR, CloseFolder> const entries(opendir(folder.c_str()));
     if (!entries) return;

@@ -15,7 +15,7 @@ namespace {
 
 using Kind = HostError::Kind;
 
-// What people would take a file with such a name for.
+// Endings of names that users would take for pictures.
 constexpr std::array<std::string_view, 48> kPictureEndings{
     ".apng", ".avif", ".bif",  ".bmp",  ".cr2", ".dcm",     ".dng", ".exr",  ".fit",  ".fits", ".fts", ".gif",
     ".hdr",  ".heic", ".heif", ".j2c",  ".j2k", ".jp2",     ".jpc", ".jpe",  ".jpeg", ".jpf",  ".jpg", ".jph",
@@ -35,7 +35,7 @@ bool namesPicture(std::string const& path) {
     return std::find(kPictureEndings.begin(), kPictureEndings.end(), endingOf(path)) != kPictureEndings.end();
 }
 
-// What such a name would have to be; nothing where it is.
+// The endings that such a name must have; empty if the name fits.
 std::string misfitOf(std::string const& path, OutputFile::Ending ending) {
     bool const png = endingOf(path) == ".png";
     bool const tiff = namesTiff(path);
@@ -85,7 +85,7 @@ HostError unwritable(OutputFile const& file, std::string const& reason, std::str
     return HostError(Kind::UnwritableOutput, "cannot write '" + file.path + "': " + reason + "; " + advice);
 }
 
-// Places whose names stand for what a process has open.
+// Folders whose names stand for open files of a process.
 bool namesStream(fs::path const& path) {
     std::string const name = path.lexically_normal().string();
     return name.rfind("/proc/", 0) == 0 || name.rfind("/dev/fd/", 0) == 0;
@@ -103,7 +103,7 @@ void requireOther(OutputFile const& file, struct stat const& target) {
     }
 }
 
-// Hours of work may lie between now and the first byte.
+// Checked early: hours of work may lie between now and the first byte.
 void requireFolder(OutputFile const& file, fs::path const& target) {
     fs::path const folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
     if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) throw file.failure(errno);

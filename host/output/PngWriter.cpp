@@ -13,9 +13,9 @@
 
 namespace {
 
-// Level 3 with one cheap filter: level 6 with libpng's own choice takes four times as long for a tenth less.
+// Level 3 with one cheap filter: level 6 with libpng's own choice takes four times as long for a tenth fewer bytes.
 constexpr int kCompressionLevel = 3;
-constexpr size_t kMaxSide = 0x7fffffff; // what a PNG header can say
+constexpr size_t kMaxSide = 0x7fffffff; // limit of a PNG header
 
 int colourType(size_t bands) {
     constexpr std::array<int, 4> kTypes{PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB,
@@ -23,7 +23,7 @@ int colourType(size_t bands) {
     return kTypes.at(bands - 1);
 }
 
-// libpng reports by longjmp, which must not pass over C++ objects: between the setjmp and the jump there are none.
+// libpng reports by longjmp, which must not pass over C++ objects: none live between the setjmp and the jump.
 void onError(png_structp png, png_const_charp message) {
     auto* const text = static_cast<std::array<char, 256>*>(png_get_error_ptr(png));
     std::snprintf(text->data(), text->size(), "%s", message);
@@ -47,7 +47,7 @@ bool writeHeader(png_structp png, png_infop info, png_uint_32 width, png_uint_32
     png_set_IHDR(png, info, width, height, bits, type, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
     png_write_info(png, info);
-    // In the file the upper byte comes first.
+    // PNG is big-endian.
     if (bits > 8 && isLittleEndian()) png_set_swap(png);
     return true;
 }
@@ -83,7 +83,7 @@ struct PngWriter::State {
         bytes.clear();
     }
 
-    // What a write has thrown, or else what libpng says.
+    // Throws the exception of a write, or else libpng's message.
     [[noreturn]] void fail() const {
         if (thrown) std::rethrow_exception(thrown);
         throw output.failure(std::string(pngMessage.data()));
@@ -92,7 +92,7 @@ struct PngWriter::State {
     static constexpr size_t kBufferBytes = 64 * 1024;
 
     TemporaryOutput output;
-    std::vector<std::uint8_t> bytes; // to be written
+    std::vector<std::uint8_t> bytes; // waiting to be written
     std::exception_ptr thrown;
     size_t rowBytes = 0;
     png_structp png = nullptr;

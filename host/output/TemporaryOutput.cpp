@@ -17,8 +17,8 @@ constexpr mode_t kOwner = 0600;
 constexpr mode_t kOwnerReads = 0400;
 constexpr mode_t kOthers = 0006;
 
-// What everybody may do to all of the sources. Where the output is another group's than a source, either group's people
-// are others to one of the two files: group and others then have what both have there.
+// The permissions that all sources share. If the output has another group than a source, members of either group count
+// as others for one of the two files: group and others then get what both have there.
 mode_t permissionsOf(std::vector<std::string> const& sources, gid_t group) {
     mode_t permissions = kEverybody;
     for (std::string const& source : sources) {
@@ -39,8 +39,7 @@ bool exchange(char const* one, char const* other) {
     return renameat2(AT_FDCWD, one, AT_FDCWD, other, RENAME_EXCHANGE) == 0;
 }
 
-// Where a file system can do nothing else in one step: an empty file that was not there before keeps others off the
-// name.
+// For file systems that can do nothing else atomically: an empty placeholder, created exclusively, reserves the name.
 bool renameOverPlaceholder(char const* from, char const* to) {
     int const placeholder = open(to, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwner);
     if (placeholder < 0) return false;
@@ -73,11 +72,11 @@ void TemporaryOutput::create() {
     do {
         discard();
         std::string name = leftovers::temporaryName(target_).string();
-        // While it is written it has at most the rights that it ends up with; the owner has to write to it.
+        // During the writing it has at most its final permissions; the owner has to write to it.
         mode_t const mode = permissionsOf(file_.sources, getegid()) | kOwner;
         descriptor_ = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
         if (descriptor_ < 0 && errno != EEXIST) throw failure(errno);
-        if (descriptor_ >= 0) temporary_ = std::move(name); // without an allocation: a file that is there has an owner
+        if (descriptor_ >= 0) temporary_ = std::move(name); // move: an allocation could fail
     } while (descriptor_ < 0 || !isHeld());
     limitPermissions(kOwner);
 }
@@ -90,8 +89,8 @@ bool TemporaryOutput::isHeld() const {
     }
 }
 
-// Its name goes before the lock on it: nobody else then takes it for a leftover. What cannot be removed now is tried
-// again at the end.
+// The name is removed before the lock: nobody then takes the file for a leftover. A failed removal is tried again at
+// the end.
 void TemporaryOutput::discard() {
     if (temporary_.empty() || unlink(temporary_.c_str()) == 0 || errno == ENOENT) temporary_.clear();
     if (descriptor_ >= 0) close(descriptor_);
@@ -104,7 +103,7 @@ void TemporaryOutput::limitPermissions(mode_t always) const {
     mode_t const before = status.st_mode & 0777;
     mode_t const wanted = before & (permissionsOf(file_.sources, status.st_gid) | always);
     if (wanted == before || fchmod(descriptor_, wanted) == 0) return;
-    // The file is ours: it is the file system that knows no permissions.
+    // The file is ours, so the file system has no permissions.
     if (errno != EPERM && errno != ENOTSUP) throw failure(errno);
 }
 
@@ -120,7 +119,7 @@ void TemporaryOutput::write(void const* bytes, size_t count) {
 }
 
 void TemporaryOutput::finish() {
-    requireUsable(file_); // much may have happened since the beginning
+    requireUsable(file_); // the conditions may have changed since the beginning
     limitPermissions(kOwnerReads);
     // The data must be on the disk before the name is: a power cut may otherwise leave a named, empty file.
     if (fsync(descriptor_) != 0) throw failure(errno);
@@ -131,8 +130,8 @@ void TemporaryOutput::finish() {
     discard();
 }
 
-// In one step, so that of two that finish at once the later one finds the name taken. Not every file system can rename
-// like that, nor have links.
+// Atomic, so that of two that finish at once the later one finds the name taken. Some file systems can neither rename
+// like that nor make links.
 void TemporaryOutput::takeFreeName() {
     char const* const from = temporary_.c_str();
     char const* const to = target_.c_str();
@@ -156,7 +155,7 @@ void TemporaryOutput::replaceFile() {
     char const* const from = temporary_.c_str();
     char const* const to = target_.c_str();
     bool const exchanged = exchange(from, to);
-    // There is no old file, or the file system cannot do that.
+    // There is no old file, or the file system cannot exchange names.
     if (!exchanged && std::rename(from, to) != 0) throw failure(errno);
     int const reason = syncFolder();
     if (!exchanged) temporary_.clear();
@@ -165,7 +164,7 @@ void TemporaryOutput::replaceFile() {
     throw failure(reason);
 }
 
-// A value of errno; 0 also where a folder cannot be read or synchronised at all.
+// Returns a value of errno; 0 also if a folder cannot be read or synchronised at all.
 int TemporaryOutput::syncFolder() const {
     std::filesystem::path const parent = target_.parent_path();
     int const folder = open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);

@@ -8,9 +8,9 @@
 
 /// A file that takes its name only when it is complete.
 ///
-/// It is made under another name in the target's folder; finish() gives it the target's name: under that name there is
-/// either what was there before or the whole file. One that is destroyed before finish() is removed; one whose process
-/// is killed is removed by the next one for the same target. A link as target stays a link, and what it points to is
+/// It is written under another name in the target's folder; finish() renames it to the target's: that name refers to
+/// the old file or to the whole new one. A file that is destroyed before finish() is removed; that of a killed process
+/// is removed by the next output with the same target. A link as target stays a link, and the file that it points to is
 /// replaced.
 class TemporaryOutput {
 public:
@@ -20,18 +20,18 @@ public:
     TemporaryOutput(TemporaryOutput const&) = delete;
     TemporaryOutput& operator=(TemporaryOutput const&) = delete;
 
-    /// The file to write to, for as long as finish() has not been called: open for writing, and by its name.
+    /// The file to write to, until finish() is called: open for writing, and by its name.
     int descriptor() const { return descriptor_; }
     std::string const& temporaryName() const { return temporary_; }
 
-    /// Writes on where the last write has ended. Throws HostError.
+    /// Appends to the last write. Throws HostError.
     void write(void const* bytes, size_t count);
 
-    /// Writes everything to the disk and gives the file its name, then sees the name to the disk. Throws HostError,
-    /// also where in the meantime a file has come to have the name that is not to be replaced.
+    /// Writes everything to the disk, gives the file its name, and writes the folder to the disk. Throws HostError,
+    /// also if a file that must not be replaced has taken the name meanwhile.
     void finish();
 
-    /// The error to throw where writing failed: names the target and what to do.
+    /// The error to throw if writing fails: names the target and says what to do.
     template <class Reason>
     HostError failure(Reason const& reason) const {
         return file_.failure(reason);

@@ -14,10 +14,10 @@ namespace {
 
 constexpr double kMicronsPerCentimetre = 10000;
 constexpr size_t kStripBytes = 256 * 1024;
-// Deflate may make noise a little larger: well below the 4 GiB that a classic TIFF reaches.
+// Deflate may enlarge noise a little: well below the 4 GiB limit of a classic TIFF.
 constexpr size_t kMaxClassicBytes = size_t{7} << 29;
 
-// A fraction of two numbers of 32 bits, pixels per centimetre.
+// Whether it can be stored as a fraction of two 32-bit numbers, in pixels per centimetre.
 bool isFraction(double micronsPerPixel) {
     constexpr double kLargest = 4294967295.0;
     return micronsPerPixel >= kMicronsPerCentimetre / kLargest && micronsPerPixel <= kMicronsPerCentimetre * kLargest;
@@ -52,7 +52,7 @@ struct TiffWriter::State {
         if (tiff != nullptr) TIFFClose(tiff);
     }
 
-    // Of a failed write libtiff says where it was; the system says why.
+    // libtiff says where a write failed; the system says why.
     HostError failure() const {
         int const reason = errno;
         return reason != 0 ? output.failure(reason) : output.failure(std::string(message.text()));
@@ -84,7 +84,7 @@ struct TiffWriter::State {
         }
     }
 
-    // A strip at once: libtiff then compresses it with libdeflate, in about half the time that rows take.
+    // A whole strip: libtiff then compresses it with libdeflate, in about half the time of single rows.
     void writeStrip() {
         auto const index = static_cast<std::uint32_t>((rows - 1) / rowsPerStrip);
         errno = 0;
@@ -97,7 +97,7 @@ struct TiffWriter::State {
     TiffMessage message;
     TIFF* tiff = nullptr;
     size_t rowsPerStrip;
-    size_t rows = 0; // so far
+    size_t rows = 0; // written so far
     std::vector<std::uint8_t> strip;
 };
 

@@ -2,19 +2,19 @@
 
 #include "host/output/PictureWriter.h"
 
-/// A TIFF file in strips, compressed without loss (deflate with horizontal prediction), as BigTIFF where it may pass
-/// 4 GiB.
+/// A TIFF file in strips, compressed without loss (deflate with horizontal prediction), as BigTIFF if it may exceed 4
+/// GiB.
 class TiffWriter final : public PictureWriter {
 public:
     struct Format {
         size_t width = 0;
         size_t height = 0;
         size_t bands = 0;            ///< 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA
-        size_t bits = 8;             ///< of a sample: 8 or 16
+        size_t bits = 8;             ///< bits of a sample: 8 or 16
         double micronsPerPixelX = 0; ///< 0: unknown
         double micronsPerPixelY = 0;
 
-        /// Whether the file will say the size of a pixel: along both axes, as numbers that a TIFF can hold.
+        /// Whether the file will state the size of a pixel: known along both axes, as numbers that a TIFF can hold.
         bool hasResolution() const;
     };
 

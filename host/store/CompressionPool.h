@@ -17,29 +17,29 @@
 /// Everything that is shared lies behind one mutex. add() waits while kMaxWaitingTilesPerJob tiles per job wait
 /// already, so that a reader that is faster than the compression does not fill the memory.
 ///
-/// Where the system gives fewer threads than are asked for, those do the work; where it gives none, add() does.
+/// If the system gives fewer threads than asked for, these do the work; if it gives none, add() does.
 class CompressionPool {
 public:
     static constexpr size_t kMaxWaitingTilesPerJob = 16;
 
-    /// What makes of a tile what is stored. Each thread has one of its own, which it makes itself.
+    /// Encodes one tile. Each thread makes an encoder of its own.
     using Encoder = std::function<StoredTile(RawTile const&)>;
     using EncoderMaker = std::function<Encoder()>;
 
     /// Tiles of a store are encoded by TileCodec.
     CompressionPool(StoreInfo const& info, size_t jobs);
-    /// jobs: threads; for 0 there is one.
+    /// jobs: number of threads; 0 counts as 1.
     CompressionPool(EncoderMaker maker, size_t jobs);
-    /// Waits for the tiles in work; those that wait are dropped.
+    /// Waits for the tiles in work; drops the queue.
     ~CompressionPool();
     CompressionPool(CompressionPool const&) = delete;
     CompressionPool& operator=(CompressionPool const&) = delete;
 
     /// Throws what a worker threw.
     void add(RawTile&& tile);
-    /// What has been compressed so far. Throws as above.
+    /// The tiles compressed so far. Throws what a worker threw.
     std::vector<StoredTile> take();
-    /// Waits for all tiles and returns the rest of them. No add() after it. Throws as above.
+    /// Waits for all tiles and returns the rest of them. No add() after it. Throws what a worker threw.
     std::vector<StoredTile> finish();
 
 private:
@@ -48,14 +48,14 @@ private:
     void endThreads();
 
     EncoderMaker maker_;
-    Encoder ownEncoder_; // where there are no threads
+    Encoder ownEncoder_; // used if there are no threads
     size_t maxWaiting_ = kMaxWaitingTilesPerJob;
     std::mutex mutex_;
-    std::condition_variable tileWaits_; // or closed_
-    std::condition_variable roomWaits_; // or failure_
+    std::condition_variable tileWaits_; // signals a waiting tile, or closed_
+    std::condition_variable roomWaits_; // signals room in the queue, or failure_
     std::deque<RawTile> waiting_;
     std::vector<StoredTile> finished_;
     std::exception_ptr failure_;
     bool closed_ = false;
-    std::vector<std::thread> threads_; // empty: finished, or none was given
+    std::vector<std::thread> threads_; // empty: finished, or none was started
 };

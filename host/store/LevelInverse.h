@@ -5,19 +5,19 @@
 #include <functional>
 #include <vector>
 
-/// One level of the inverse transform of a plane, row by row from the top: columns first, then rows. It asks for rows
-/// of the bands as it needs them and holds two of each.
+/// One level of the inverse transform of a plane, row by row from the top: columns first, then rows. It requests rows
+/// of the bands as it needs them and holds two rows of each.
 class LevelInverse {
 public:
     using Sample = wavelet53::Sample;
-    /// Puts the next row of two bands into place: the one that is low along x, the one that is high along x.
+    /// Writes the next row of two bands: the band that is low along x, and the band that is high along x.
     using RowSource = std::function<void(Sample* low, Sample* high)>;
 
     /// width: of the plane that is rebuilt. `lowRows` gives rows of LL and HL from L[0], `highRows` of LH and HH from
     /// H[-1], bandSamples(width) samples each.
     LevelInverse(size_t width, RowSource lowRows, RowSource highRows);
 
-    /// The next row of the plane: width samples. To be called once for each row of the plane at most.
+    /// The next row of the plane: width samples. Call it at most once per row of the plane.
     void next(Sample* row);
 
 private:

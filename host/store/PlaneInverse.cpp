@@ -1,7 +1,7 @@
 #include "host/store/PlaneInverse.h"
 
 PlaneInverse::PlaneInverse(TileStore& store, size_t plane) {
-    // From the coarsest: each level takes its low rows from one that is there already.
+    // From the coarsest level: each level takes its low rows from the level before, which must exist.
     for (size_t level = store.info().levels; level > 0; --level)
         addLevel(store, level, plane);
 }

@@ -14,13 +14,13 @@ public:
     PlaneInverse(PlaneInverse const&) = delete;
     PlaneInverse& operator=(PlaneInverse const&) = delete;
 
-    /// The next row: as many samples as the picture has in a row. Throws what TileStore::tile throws.
+    /// The next row: the picture's width in samples. Throws what TileStore::tile throws.
     void next(Sample* row) { levels_.back().next(row); }
 
 private:
     void addLevel(TileStore& store, size_t level, size_t plane);
 
-    // Deques: levels refer to the one above and to their readers, which do not move.
+    // Deques, so that nothing moves: levels refer to the level above and to their readers.
     std::deque<LevelInverse> levels_;
     std::deque<TileRowReader> readers_;
 };

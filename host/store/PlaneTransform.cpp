@@ -1,7 +1,7 @@
 #include "host/store/PlaneTransform.h"
 
 PlaneTransform::PlaneTransform(StoreInfo const& info, size_t plane, RawTileSink const& sink) {
-    // From the coarsest: each level hands its low rows to one that is there already.
+    // From the coarsest level: each level hands its low rows to the level before, which must exist.
     for (size_t level = info.levels; level > 0; --level)
         addLevel(info, level, plane, sink);
 }

@@ -6,7 +6,7 @@
 #include <deque>
 
 /// All levels of the wavelet transform of one plane, cut into tiles: rows of the plane go in, finished tiles come out.
-/// What it holds depends on the plane's width, the tile size and the number of levels, not on the plane's height.
+/// Its memory depends on the plane's width, the tile size and the number of levels, not on the plane's height.
 class PlaneTransform {
 public:
     using Sample = wavelet53::Sample;
@@ -19,13 +19,13 @@ public:
     /// the object must not be used.
     void push(Sample const* row);
 
-    /// Samples that its buffers have room for.
+    /// Capacity of the buffers, in samples.
     size_t bufferedSamples() const;
 
 private:
     void addLevel(StoreInfo const& info, size_t level, size_t plane, RawTileSink const& sink);
 
-    // A deque: levels refer to the one below, and do not move.
+    // A deque, so that nothing moves: levels refer to the level below.
     std::deque<LevelTransform> levels_;
     std::deque<TileRowWriter> cutters_;
 };

@@ -22,7 +22,7 @@ struct Setting {
     int value;
 };
 
-// As SQLite's page "Defense Against The Dark Arts" has it.
+// The settings that SQLite's page "Defense Against The Dark Arts" recommends.
 constexpr std::array<Setting, 7> kDefences{{{SQLITE_DBCONFIG_DEFENSIVE, 1},
                                             {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
                                             {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
@@ -31,7 +31,7 @@ constexpr std::array<Setting, 7> kDefences{{{SQLITE_DBCONFIG_DEFENSIVE, 1},
                                             {SQLITE_DBCONFIG_DQS_DDL, 0},
                                             {SQLITE_DBCONFIG_DQS_DML, 0}}};
 
-// Far above what our statements and our tables take.
+// Limits far above the needs of our statements and tables.
 constexpr std::array<Setting, 10> kLimits{{{SQLITE_LIMIT_LENGTH, Database::kFirstRowBytes},
                                            {SQLITE_LIMIT_SQL_LENGTH, 1024},
                                            {SQLITE_LIMIT_COLUMN, 16},
@@ -45,15 +45,15 @@ constexpr std::array<Setting, 10> kLimits{{{SQLITE_LIMIT_LENGTH, Database::kFirs
 
 constexpr auto kReadingSettings = "PRAGMA mmap_size = 0; PRAGMA query_only = ON; PRAGMA cell_size_check = ON";
 
-// To SQLite ":memory:" is no file, and what begins with "file:" is an address.
+// SQLite takes ":memory:" for no file, and a name that begins with "file:" for a URI.
 std::string fileName(std::string const& path) {
     return path.rfind('/', 0) == 0 ? path : "./" + path;
 }
 
-// A name of a file as SQLite takes one that says how to open it.
+// The URI of a file, with the parameters for opening it.
 std::string immutableUri(std::string const& path) {
     constexpr auto kDigits = "0123456789abcdef";
-    // An absolute path follows an empty name of a machine.
+    // The authority of the URI is empty: an absolute path follows it.
     std::string uri = path.rfind('/', 0) == 0 ? "file://" : "file:";
     for (char const character : fileName(path)) {
         if (character != '%' && character != '?' && character != '#') {
@@ -85,7 +85,7 @@ struct Database::State {
         if (code != SQLITE_OK) fail();
         sqlite3_progress_handler(handle, kStepsACheck, &State::check, this);
         if (reads) defend();
-        // SQLite is content with reading where it cannot open a file for writing.
+        // SQLite falls back to reading if it cannot open a file for writing.
         else if (sqlite3_db_readonly(handle, "main") != 0)
             throw Failure(errno != 0 ? std::generic_category().message(errno) : "it can only be read", SQLITE_READONLY);
     }
@@ -108,7 +108,7 @@ struct Database::State {
         checks = 0;
     }
 
-    // Of a failed write SQLite itself says "disk I/O error"; the system says why.
+    // SQLite reports a failed write as "disk I/O error" only; the system's reason is more precise.
     [[noreturn]] void fail() {
         if (thrown) std::rethrow_exception(std::exchange(thrown, nullptr));
         int const extended = sqlite3_extended_errcode(handle);
@@ -116,12 +116,12 @@ struct Database::State {
         if (code == SQLITE_NOMEM || extended == SQLITE_IOERR_NOMEM) throw std::bad_alloc();
         if (code == SQLITE_INTERRUPT) throw Failure("reading it takes too many steps", code);
         int const known = sqlite3_system_errno(handle);
-        int const reason = known != 0 ? known : errno; // of a failed commit only errno knows
+        int const reason = known != 0 ? known : errno; // a failed commit leaves its reason in errno only
         bool const system = (code == SQLITE_IOERR || code == SQLITE_FULL || code == SQLITE_CANTOPEN) && reason != 0;
         throw Failure(system ? std::generic_category().message(reason) : sqlite3_errmsg(handle), code);
     }
 
-    // Not 0: the statement ends. No exception may pass through SQLite.
+    // A result other than 0 ends the statement. No exception may pass through SQLite.
     static int check(void* database) {
         auto& self = *static_cast<State*>(database);
         if (++self.checks > self.maxChecks) return 1;
@@ -136,7 +136,7 @@ struct Database::State {
     sqlite3* handle = nullptr;
     Interruption interruption;
     std::exception_ptr thrown;
-    size_t checks = 0; // of the present statement
+    size_t checks = 0; // of the current statement
     size_t maxChecks = std::numeric_limits<size_t>::max();
 };
 
@@ -202,7 +202,7 @@ bool Statement::step() {
 }
 
 void Statement::reset() {
-    // It repeats the code of the last step, which that one has thrown.
+    // sqlite3_reset repeats the error code of the last step, which step() has thrown.
     sqlite3_reset(statement_.get());
 }
 
@@ -237,7 +237,7 @@ std::vector<std::uint8_t> Statement::blob(int column) const {
     return {bytes, bytes + sqlite3_column_bytes(statement_.get(), column)};
 }
 
-// A column without bytes is told apart from one that there is no memory for.
+// Distinguishes a column without bytes from one for which there is no memory.
 void Statement::requireMemory() const {
     if (sqlite3_errcode(database_.handle) == SQLITE_NOMEM) throw std::bad_alloc();
 }

@@ -10,10 +10,10 @@
 
 struct sqlite3_stmt;
 
-/// The little of SQLite that a tile store needs, with owners of its handles.
+/// The part of SQLite that a tile store needs, with owners of its handles.
 namespace sqlite {
 
-/// Of a file's path from the root, without links: SQLite takes 512, less those of "-journal".
+/// Longest path of a file, from the root and without links: SQLite's limit is 512, less the length of "-journal".
 constexpr size_t kMaxPathBytes = 504;
 
 class Failure : public std::runtime_error {
@@ -27,31 +27,31 @@ private:
     int code_;
 };
 
-/// Asked now and then while a statement runs. What it throws ends the statement, and reaches who runs it.
+/// Called now and then while a statement runs. An exception ends the statement and reaches its caller.
 using Interruption = std::function<void()>;
 
 /// One thread at a time. Every operation throws Failure, std::bad_alloc and what the interruption throws.
 class Database {
 public:
-    /// ReadOnly is for files that may come from anywhere and that nobody changes: SQLite takes no locks, looks for no
-    /// journal and no log beside the file, makes none, maps no memory, and runs nothing that the file's schema says.
-    /// Its rows have at most kFirstRowBytes until limitRows().
+    /// ReadOnly is for files from untrusted sources that no program changes: SQLite takes no locks, looks for no
+    /// journal and no log beside the file, creates none, maps no memory, and runs nothing that the file's schema says.
+    /// A row has at most kFirstRowBytes until limitRows().
     enum class Mode { ReadOnly, ReadWrite };
     static constexpr size_t kFirstRowBytes = 16 * 1024;
 
-    /// Opens a file that exists, of any name.
+    /// Opens an existing file, whatever its name.
     Database(std::string const& path, Mode mode, Interruption interruption = {});
     ~Database();
     Database(Database const&) = delete;
     Database& operator=(Database const&) = delete;
 
     void execute(std::string const& statements);
-    /// The number that a statement without parameters gives first.
+    /// The first number that a statement without parameters returns.
     std::int64_t number(std::string const& statement);
 
-    /// A row of more bytes is a Failure from now on.
+    /// From now on a row of more bytes is a Failure.
     void limitRows(size_t bytes);
-    /// A statement that takes more steps of SQLite's machine, roughly, is a Failure from now on.
+    /// From now on a statement of more steps of SQLite's virtual machine, roughly, is a Failure.
     void limitSteps(size_t steps);
 
 private:
@@ -60,8 +60,8 @@ private:
     std::unique_ptr<State> state_;
 };
 
-/// A prepared statement; the database outlives it. Parameters count from 1, columns from 0. Texts and blobs that are
-/// bound are not copied: they stay until reset().
+/// A prepared statement; the database must outlive it. Parameters count from 1, columns from 0. Bound texts and blobs
+/// are not copied: they must live until reset().
 class Statement {
 public:
     Statement(Database& database, std::string const& text);
@@ -71,9 +71,9 @@ public:
     void bind(int parameter, std::vector<std::uint8_t> const& value);
     void bindNull(int parameter);
 
-    /// True where there is a row to look at. Throws Failure.
+    /// True if there is a row to read. Throws Failure.
     bool step();
-    /// Ready for other parameters.
+    /// Makes the statement ready for other parameters.
     void reset();
 
     enum class Type { Null, Integer, Real, Text, Blob };

@@ -12,7 +12,7 @@ void note(StoreCheckResult& result, std::string const& description) {
     if (result.damages++ < StoreCheckResult::kMaxDescribed) result.descriptions.push_back(description);
 }
 
-// Nothing where it throws what damage throws.
+// Nothing if `read` throws what damage throws.
 template <class Read>
 auto noted(StoreCheckResult& result, Read const& read) -> std::optional<decltype(read())> {
     try {
@@ -33,7 +33,7 @@ std::optional<bool> checkTile(TileStore& store, TileAddress const& address, Stor
     });
 }
 
-// Readers pass over the places that are not in the index, some older ones without testing it.
+// Readers pass over places that are not in the index, and older readers do not check the index.
 void checkIndex(TileStore& store, size_t level, std::vector<TileAddress> const& places, StoreCheckResult& result) {
     auto const read = noted(result, [&] { return store.cellsInIndex(level); });
     if (!read || !*read) return;
@@ -59,7 +59,7 @@ StoreCheckResult checkStore(TileStore& store, Progress const& progress) {
             });
             if (hasData) places.push_back(place);
         });
-        // Missing and damaged tiles are not in the index either: each would be reported twice.
+        // Missing and damaged tiles are absent from the index too, and would be reported twice.
         if (result.damages == 0) checkIndex(store, level, places, result);
     }
     progress(expected, expected);

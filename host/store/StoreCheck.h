@@ -9,10 +9,11 @@
 struct StoreCheckResult {
     static constexpr size_t kMaxDescribed = 20;
 
-    size_t tiles = 0;   ///< that were read
-    size_t damages = 0; ///< tiles that are missing or do not match their checksum, surplus ones, a wrong index
-    std::vector<std::string> descriptions; ///< of the first kMaxDescribed, one line each
+    size_t tiles = 0;   ///< tiles read
+    size_t damages = 0; ///< missing tiles, tiles that do not match their checksum, surplus tiles, a wrong index
+    std::vector<std::string> descriptions; ///< of the first kMaxDescribed damages, one line each
 };
 
-/// Reads every tile that the store must have. Throws what TileStore throws, but for damaged tiles, which are counted.
+/// Reads every tile that the store must have. Throws what TileStore throws, except for damaged tiles, which are
+/// counted.
 StoreCheckResult checkStore(TileStore& store, Progress const& progress);

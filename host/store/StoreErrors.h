@@ -6,17 +6,17 @@
 #include <cstdint>
 #include <string>
 
-/// What is told about a file that cannot be read as a tile store.
+/// The errors about a file that cannot be read as a tile store.
 namespace storeerrors {
 
 HostError noStore(std::string const& path);
 HostError damaged(std::string const& path, std::string const& what);
 HostError newer(std::string const& path, std::int64_t version);
 HostError locked(std::string const& path);
-/// The system does not give the file or its bytes; reason: in its words.
+/// The system does not give access to the file or its bytes; reason: the system's text.
 HostError unreadable(std::string const& path, std::string const& reason);
 
-/// What a failure of SQLite means for a file whose head is that of a store.
+/// Translates a failure of SQLite on a file that has a store's header.
 HostError translated(std::string const& path, sqlite::Failure const& failure);
 
 } // namespace storeerrors

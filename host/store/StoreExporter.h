@@ -9,6 +9,6 @@
 TiffWriter::Format tiffFormatOf(StoreInfo const& info);
 
 /// Writes the picture that the store was made from into a TIFF file, sample for sample, in strips. The store counts as
-/// the file's source. Throws what TileStore, TiffWriter and progress throw, and HostError (out of memory) before it has
-/// taken any; a failed export leaves nothing behind.
+/// the file's source. Throws what TileStore, TiffWriter and progress throw, and HostError (out of memory) before it
+/// allocates anything; a failed export leaves no file behind.
 void exportStore(TileStore& store, OutputFile file, Progress const& progress);

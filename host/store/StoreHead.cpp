@@ -23,9 +23,9 @@ constexpr size_t kPageBytesAt = 16;
 constexpr size_t kPagesAt = 28;
 constexpr size_t kVersionAt = 60;
 constexpr size_t kApplicationIdAt = 68;
-constexpr size_t kDamagedMarks = 1; // bytes: with more of them it is another file
+constexpr size_t kDamagedMarks = 1; // bytes: with more of them damaged it is another file
 
-// SQLite's file format, section 1.3: what a store always has there.
+// Fields of SQLite's file format, section 1.3, that have fixed values in a store.
 struct Field {
     size_t offset;
     size_t bytes;
@@ -33,8 +33,8 @@ struct Field {
     char const* name;
 };
 
-// A log beside the file would be made, or believed, where the first two say 2. The size of the cache would be taken
-// from the file.
+// SQLite would create a log beside the file, or believe one, if the first two were 2. It would take the cache size from
+// the file.
 constexpr std::array<Field, 10> kFields{{{18, 1, 1, "write version"},
                                          {19, 1, 1, "read version"},
                                          {20, 1, 0, "reserved bytes of a page"},
@@ -46,7 +46,7 @@ constexpr std::array<Field, 10> kFields{{{18, 1, 1, "write version"},
                                          {52, 4, 0, "vacuum mode"},
                                          {56, 4, 1, "text encoding"}}};
 
-// The locks that SQLite takes lie behind these bytes, whatever the file's size.
+// SQLite's locks lie behind these bytes, whatever the file's size.
 constexpr off_t kLocksAt = 0x40000000;
 constexpr off_t kLockBytes = 512;
 
@@ -77,7 +77,7 @@ Head headOf(Descriptor const& file, std::string const& path) {
     return head;
 }
 
-// Big-endian, as all numbers of SQLite's head.
+// Big-endian, like all numbers of SQLite's header.
 std::uint32_t numberAt(Head const& head, size_t offset, size_t bytes) {
     std::uint32_t number = 0;
     for (size_t i = 0; i < bytes; ++i)
@@ -89,7 +89,7 @@ bool isDatabase(Head const& head) {
     return std::equal(kMagic.begin(), kMagic.end(), head.bytes.begin());
 }
 
-// Bytes of the two marks that are not a store's.
+// Number of bytes of the two marks that differ from a store's.
 size_t wrongMarks(Head const& head) {
     size_t count = 0;
     for (size_t i = 0; i < kMagic.size(); ++i)
@@ -99,9 +99,9 @@ size_t wrongMarks(Head const& head) {
     return count;
 }
 
-// A store never changes once it has its name, and it is read without SQLite's locks. Whoever changes one all the same
-// holds one: a lock of an open file description sees those of this process, too. Where a file system has no locks,
-// nobody holds one.
+// A store never changes once it has its name, and it is read without SQLite's locks. A program that changes one all the
+// same holds one of these locks; a lock of an open file description detects those of this process, too. On a file
+// system without locks no program holds one.
 bool isLockedForWriting(Descriptor const& file) {
     struct flock lock {};
     lock.l_type = F_RDLCK;
@@ -125,7 +125,7 @@ std::int64_t Head::version() const {
 
 bool storehead::isMarked(std::string const& path) {
     struct stat status {};
-    // Opening anything else might wait, or do something.
+    // Opening any other kind of file might block, or have side effects.
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
     Descriptor const file(path);
     if (file.value() < 0) return false;
@@ -163,7 +163,7 @@ void storehead::requireLayout(Head const& head, std::string const& path, std::in
     if (pageBytes != expected)
         throw damaged(path, "its pages have " + std::to_string(pageBytes) + " bytes instead of the " +
                                 std::to_string(expected) + " of version " + std::to_string(version));
-    // SQLite itself notices a missing page, but not the missing end of one.
+    // SQLite itself notices a missing page, but not a truncated last one.
     size_t const bytes = numberAt(head, kPagesAt, 4) * pageBytes;
     if (head.fileBytes < bytes)
         throw damaged(path, "it has " + std::to_string(head.fileBytes) + " bytes instead of " + std::to_string(bytes));

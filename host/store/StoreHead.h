@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <string>
 
-/// The first 100 bytes of a store's file: SQLite's own head. They lie under no checksum, and several of them change
-/// what SQLite makes of all others, or which files it looks for beside this one: so they are compared with what a store
-/// has, byte for byte, before SQLite sees the file.
+/// The first 100 bytes of a store's file: SQLite's own header. No checksum covers them, and several of them change the
+/// meaning of all other bytes, or the files that SQLite looks for beside this one. So they are compared with a store's,
+/// byte for byte, before SQLite opens the file.
 namespace storehead {
 
 struct Head {
@@ -18,15 +18,15 @@ struct Head {
     std::int64_t version() const;
 };
 
-/// Whether a file is to be opened as a store: a database of SQLite, or one whose marks have a damaged byte. No picture
-/// starts like that.
+/// Whether a file is to be opened as a store: a database of SQLite, or a file whose marks have one damaged byte. No
+/// picture format starts like that.
 bool isMarked(std::string const& path);
 
-/// Throws HostError: missing file, also where it cannot be read; no store; damaged store, where its marks are; locked
+/// Throws HostError: missing file, also if it cannot be read; no store; damaged store, if the marks are damaged; locked
 /// store.
 Head read(std::string const& path);
 
-/// Throws HostError (damaged store) where the rest of the head is not that of a store of a version.
+/// Throws HostError (damaged store) if the rest of the header is not that of a store of this version.
 void requireLayout(Head const& head, std::string const& path, std::int64_t version);
 
 } // namespace storehead

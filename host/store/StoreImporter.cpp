@@ -23,14 +23,14 @@ constexpr double kMicronsPerMillimetre = 1000;
 
 constexpr size_t kMaxNameBytes = 1024;
 
-// 0 where it is not known, and where no store can hold it.
+// 0 if it is unknown, or if no store can hold it.
 double micronsPerPixel(double pixelsPerMillimetre) {
     if (!(pixelsPerMillimetre > 0)) return 0;
     double const microns = kMicronsPerMillimetre / pixelsPerMillimetre;
     return microns <= StoreInfo::kMaxMicronsPerPixel ? microns : 0;
 }
 
-// Whether it says something else than "not known" that a store has no place for.
+// Whether it is neither "unknown" nor a value that a store can hold.
 bool isNonsense(double pixelsPerMillimetre) {
     return pixelsPerMillimetre != 0 && micronsPerPixel(pixelsPerMillimetre) == 0;
 }
@@ -82,7 +82,7 @@ StoreInfo infoOf(PixelSource& source, ImportOptions const& options, size_t resid
     return info;
 }
 
-// The way of the samples from the picture's rows into the file. Only the thread that calls it talks to the file.
+// Takes the samples from the picture's rows into the file. Only the calling thread writes to the file.
 class Import {
 public:
     Import(OutputFile const& file, StoreInfo const& info, size_t jobs)

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-/// What a tile store holds, and how it is cut into tiles. docs/STORE.md draws it.
+/// The contents of a tile store, and how it is cut into tiles. docs/STORE.md draws it.
 struct StoreInfo {
     static constexpr size_t kMaxLevels = 12;
     static constexpr size_t kMinTileSize = 16;
@@ -19,25 +19,25 @@ struct StoreInfo {
     size_t width = 0;            ///< pixels
     size_t height = 0;           ///< pixels
     size_t bands = 0;            ///< 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA
-    size_t bits = 8;             ///< of a sample: 8 or 16
+    size_t bits = 8;             ///< bits of a sample: 8 or 16
     size_t residualBits = 0;     ///< lowest bits of each sample that stay outside the wavelet
-    size_t levels = 1;           ///< of the wavelet, 1 to kMaxLevels
+    size_t levels = 1;           ///< levels of the wavelet, 1 to kMaxLevels
     size_t tileSize = 256;       ///< samples per side, even
     double micronsPerPixelX = 0; ///< 0: unknown
     double micronsPerPixelY = 0;
     std::string sourceName;     ///< file name of the picture, without folders
-    std::string interpretation; ///< of the bands, for a person: "RGB"
-    std::string selection;      ///< which part of the file, and what was done to its samples; empty: all, as they are
-    double rangeLow = 0;        ///< of the file's samples: what has become 0
-    double rangeHigh = 0;       ///< and what has become the highest; both 0: samples are the file's
+    std::string interpretation; ///< meaning of the bands, human-readable: "RGB"
+    std::string selection;      ///< human-readable: the part of the file, and conversions; empty: the whole, unchanged
+    double rangeLow = 0;        ///< sample of the file that became 0
+    double rangeHigh = 0;       ///< sample of the file that became the highest; both 0: samples are the file's
 };
 
 /// First letter: along x. HL is high along x and low along y. Residual: the lowest bits of the picture's own samples.
 enum class Band { LL, HL, LH, HH, Residual };
 
 /// A tile: levels count from 1, the finest, to StoreInfo::levels; residual tiles are at level 0. LL exists at the
-/// coarsest level only. Planes of residual tiles are the picture's bands; of the others luma, Co, Cg, alpha, or grey,
-/// alpha.
+/// coarsest level only. Planes of residual tiles are the picture's bands; planes of the others are luma, Co, Cg, alpha,
+/// or grey, alpha.
 struct TileAddress {
     size_t level = 0;
     Band band = Band::LL;
@@ -54,7 +54,7 @@ namespace storegeometry {
 /// Levels until the longer side of the coarsest low band fits in one tile; at least 1, at most StoreInfo::kMaxLevels.
 size_t autoLevels(size_t width, size_t height, size_t tileSize);
 
-/// Samples of each band of a level. At level 0 the picture itself. LL of level k is what level k + 1 was made from.
+/// Size of each band of a level in samples; at level 0 that of the picture. LL of level k is the input of level k + 1.
 Size bandExtent(StoreInfo const& info, size_t level);
 
 /// Tiles of each band of a level.
@@ -63,10 +63,10 @@ Size tileCount(StoreInfo const& info, size_t level);
 /// Whether the store has such a tile.
 bool contains(StoreInfo const& info, TileAddress const& address);
 
-/// The samples of a tile that lie in its band, from its upper left corner; those beyond are 0.
+/// Size of the part of a tile that lies in its band, from the upper left corner; samples beyond are 0.
 Size filledPart(StoreInfo const& info, TileAddress const& address);
 
-/// All tiles that the store has.
+/// Number of tiles of the store.
 size_t totalTiles(StoreInfo const& info);
 
 } // namespace storegeometry

@@ -8,14 +8,14 @@
 namespace {
 
 constexpr std::uint64_t kSampleBytes = sizeof(wavelet53::Sample);
-constexpr std::uint64_t kImportedRows = 24; // of a level: twelve that it keeps, of two bands each
-constexpr std::uint64_t kExportedRows = 14; // of a level: six of two bands, and the joiner's even and odd samples
+constexpr std::uint64_t kImportedRows = 24; // rows per level: it keeps twelve of two bands each
+constexpr std::uint64_t kExportedRows = 14; // rows per level: six of two bands, and the joiner's even and odd samples
 
 std::uint64_t cutTilesBytes(StoreInfo const& info, Size const& band) {
     return kSampleBytes * band.width * std::min(info.tileSize, band.height);
 }
 
-// Whole tiles, also where they reach beyond the band.
+// Counts whole tiles, also if they reach beyond the band.
 std::uint64_t readTilesBytes(StoreInfo const& info, size_t level) {
     size_t const rows = std::min(info.tileSize, storegeometry::bandExtent(info, level).height);
     return kSampleBytes * storegeometry::tileCount(info, level).width * info.tileSize * rows;

@@ -2,18 +2,18 @@
 
 #include "host/store/Sqlite.h"
 
-/// The tables of a store and the index of the places with data, as text. A file may come from anywhere: what its schema
-/// says is run by SQLite, so that a reader accepts these objects and no others, letter for letter.
+/// The tables of a store and the index of the places with data, as text. A file may come from an untrusted source, and
+/// SQLite runs what its schema says. So a reader accepts exactly these objects, letter for letter.
 namespace storeschema {
 
 extern char const* const kMetaTable;
 extern char const* const kTilesTable;
-/// Where a reader need not look, without a walk through all tiles. Made when all tiles are there.
+/// The index of the tiles with data, which saves a reader a scan of all tiles. Created once all tiles are written.
 extern char const* const kDataIndex;
 
 enum class Schema { None, WithoutIndex, WithIndex };
 
-/// None where a file does not have exactly these objects. Throws sqlite::Failure.
+/// Empty if a file does not have exactly these objects. Throws sqlite::Failure.
 Schema of(sqlite::Database& database);
 
 } // namespace storeschema

@@ -54,13 +54,14 @@ std::uint32_t withBytes(std::uint32_t crc, std::uint8_t const* bytes, size_t cou
     return static_cast<std::uint32_t>(crc32(crc, bytes, static_cast<uInt>(count)));
 }
 
-// One frame that says it has so many bytes: what it says is known before it is believed.
+// Whether the data is one frame that states this content size: a wrong size is refused before memory is allocated for
+// it.
 bool isFrameOf(Bytes const& data, size_t bytes) {
     return ZSTD_getFrameContentSize(data.data(), data.size()) == bytes &&
            ZSTD_findFrameCompressedSize(data.data(), data.size()) == data.size();
 }
 
-// Beyond the filled part there is 0, which says nothing about the picture.
+// Samples beyond the filled part are 0, whatever the picture.
 std::optional<std::int16_t> uniformValue(RawTile const& tile, size_t side) {
     std::int16_t const value = tile.samples.front();
     for (size_t y = 0; y < tile.filled.height; ++y) {
@@ -120,8 +121,8 @@ struct TileCodec::State {
         return withBytes(keyChecksum(address), stored.data(), stored.size());
     }
 
-    // Most uniform tiles of a store have the same value and fill their place: the sum over all their bytes is taken
-    // once.
+    // Most uniform tiles of a store have the same value and lie whole in the band: the checksum over all their bytes is
+    // computed once.
     std::uint32_t checksumOfUniformBytes(TileAddress const& address, std::int16_t value) {
         Size const filled = storegeometry::filledPart(info, address);
         std::array<size_t, 3> const which{static_cast<std::uint16_t>(value), filled.width, filled.height};

@@ -7,7 +7,7 @@
 /// The tiles that a store must have, in the order of their keys.
 namespace tileorder {
 
-/// Places of a level's grid, row by row.
+/// Visits the places of a level's grid, row by row.
 template <class Visit>
 void forEachPlace(StoreInfo const& info, size_t level, Visit const& visit) {
     Size const tiles = storegeometry::tileCount(info, level);
@@ -16,7 +16,7 @@ void forEachPlace(StoreInfo const& info, size_t level, Visit const& visit) {
             visit(TileAddress{level, Band::LL, 0, column, row});
 }
 
-/// Tiles of all bands and planes at a place.
+/// Visits the tiles of all bands and planes at a place.
 template <class Visit>
 void forEachTileAt(StoreInfo const& info, TileAddress const& place, Visit const& visit) {
     constexpr std::array<Band, 5> kBands{Band::LL, Band::HL, Band::LH, Band::HH, Band::Residual};

@@ -34,7 +34,7 @@ TileRowReader::Tile TileRowReader::tile() {
     auto const value = store_.uniformValue(next_);
     if (value) return {value, {}};
     Tile tile{std::nullopt, store_.tile(next_)};
-    // Of a low picture's tiles most is beyond its end.
+    // Only the filled part: a flat picture's tiles lie mostly beyond its lower end.
     tile.samples.resize(storegeometry::filledPart(store_.info(), next_).height * store_.info().tileSize);
     tile.samples.shrink_to_fit();
     return tile;

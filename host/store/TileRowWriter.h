@@ -9,23 +9,23 @@
 /// A tile before it is compressed.
 struct RawTile {
     TileAddress address;
-    Size filled;                       ///< the part that lies in the band
+    Size filled;                       ///< size of the part that lies in the band
     std::vector<std::int16_t> samples; ///< tileSize * tileSize, rows from the top, 0 beyond the filled part
 };
 
 using RawTileSink = std::function<void(RawTile&&)>;
 
-/// Collects the rows of a band of one plane and cuts them into tiles, a row of tiles at a time.
+/// Collects the rows of a band of one plane and cuts them into tiles, one row of tiles at a time.
 class TileRowWriter {
 public:
     using Sample = wavelet53::Sample;
 
     TileRowWriter(StoreInfo const& info, size_t level, Band band, size_t plane, RawTileSink sink);
 
-    /// The next row of the band from the top; the last row of each row of tiles hands these out.
+    /// The next row of the band from the top; the last row of each row of tiles hands out these tiles.
     void push(Sample const* row);
 
-    /// Samples that its buffer has room for.
+    /// Capacity of the buffer, in samples.
     size_t bufferedSamples() const { return rows_.size(); }
 
 private:

@@ -18,9 +18,9 @@ using storeerrors::translated;
 
 namespace {
 
-// A schema of our own takes some hundred.
+// Reading our own schema takes some hundred steps.
 constexpr size_t kSchemaSteps = 20'000;
-// A row's head, its numbers and its lengths.
+// A row's header, its numbers and its lengths.
 constexpr size_t kRowBytes = 64;
 
 storeformat::Meta readMeta(sqlite::Database& database, std::string const& path) {
@@ -77,7 +77,7 @@ struct TileStore::State {
         }
     }
 
-    // Before memory is taken for what a description asks for.
+    // Called before memory is allocated for what a description states.
     void requireRoom(size_t fileBytes) const {
         size_t const tiles = storegeometry::totalTiles(info);
         if (tiles > fileBytes / storeformat::kLeastRowBytes)
@@ -88,13 +88,13 @@ struct TileStore::State {
     void prepare() {
         codec = std::make_unique<TileCodec>(info, version);
         database.limitRows(std::max(codec->maxDataBytes() + kRowBytes, sqlite::Database::kFirstRowBytes));
-        // Asked for its type alone, a tile's data is not read.
+        // SQLite does not read a tile's data for its type alone.
         valueQuery =
             std::make_unique<Statement>(database, "SELECT value, crc, typeof(data) = 'blob' FROM tiles WHERE id = ?");
         tileQuery = std::make_unique<Statement>(database, "SELECT value, crc, data FROM tiles WHERE id = ?");
     }
 
-    // What `read` makes of the tile's row. The statement is reset in any case: until then it holds the row.
+    // The result of `read` on the tile's row. The statement is reset in any case: until then it holds the row.
     template <class Read>
     auto lookUp(Statement& query, TileAddress const& address, Read const& read) {
         if (!storegeometry::contains(info, address)) throw std::invalid_argument("the store has no " + toText(address));
@@ -126,7 +126,7 @@ struct TileStore::State {
         return tile;
     }
 
-    // Of a row whose column 2 says whether it has data.
+    // The value of a row whose column 2 says whether it has data.
     std::optional<std::int16_t> valueOf(Statement const& query, TileAddress const& address) const {
         StoredTile const tile = numbersOf(query, address, query.integer(2) != 0);
         if (tile.value && !codec->isAsWritten(address, *tile.value, tile.crc)) throw noMatch(address);
@@ -153,7 +153,7 @@ struct TileStore::State {
         return query;
     }
 
-    // What the index says; from version 3 on it is known to be what was written.
+    // The index's places; from version 3 on a checksum proves them.
     std::vector<TileAddress> placesInIndex(size_t level) {
         std::vector<TileAddress> places;
         std::uint32_t crc = 0;
@@ -164,7 +164,7 @@ struct TileStore::State {
         while (query.step()) {
             std::int64_t const key = query.integer(0);
             TileAddress const address = storeformat::addressOf(key);
-            // The pages of a hostile file may follow each other for ever; keys of its tiles that grow come to an end.
+            // A hostile file may chain its pages in a cycle; ascending keys guarantee an end.
             if (key <= last || !storegeometry::contains(info, address)) throw wrongIndex(level);
             last = key;
             crc = storeformat::withKey(crc, key);
@@ -178,7 +178,7 @@ struct TileStore::State {
         return damaged(path, "the index of level " + std::to_string(level) + " is not as it was written");
     }
 
-    // What the rows say, each of them looked at.
+    // The places found by looking at every row.
     std::vector<TileAddress> placesInRows(size_t level) {
         std::vector<TileAddress> places;
         Statement query = overLevel(
@@ -195,7 +195,7 @@ struct TileStore::State {
         return places;
     }
 
-    // Keys that grow come to an end, whatever the file's pages say.
+    // Ascending keys guarantee an end, whatever the file's pages say.
     size_t rows() {
         Statement query(database, "SELECT id FROM tiles ORDER BY id");
         size_t count = 0;
@@ -241,7 +241,7 @@ std::unique_ptr<TileStore::State> TileStore::State::open(std::string const& path
     });
 }
 
-// A store that can be read as one of a version that is known is no newer one: its head is damaged.
+// A file that reads as a store of a known version is not a newer store: its header is damaged.
 void TileStore::State::refuseNewer(std::string const& path, storehead::Head const& head,
                                    sqlite::Interruption const& interruption) {
     for (std::int64_t version = storeformat::kSchemaVersion; version > 0; --version) {

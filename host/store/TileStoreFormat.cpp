@@ -11,7 +11,7 @@ namespace {
 
 using storeformat::Meta;
 
-// What the parts of a key count up to.
+// Upper limit of rows and columns in a key.
 constexpr std::int64_t kPositions = std::int64_t{1} << 24;
 constexpr std::int64_t kBands = 8;
 constexpr std::int64_t kPlanes = 4;
@@ -89,7 +89,7 @@ StoreInfo infoOf(Meta const& meta) {
     info.micronsPerPixelY = numberOf<double>(meta, "micronsPerPixelY", 0, StoreInfo::kMaxMicronsPerPixel);
     info.sourceName = textOf(meta, "sourceName");
     info.interpretation = textOf(meta, "interpretation");
-    // Stores from before these have none of them.
+    // Older stores lack these entries.
     if (meta.count("selection") == 0) return info;
     constexpr double kFarthest = std::numeric_limits<double>::max();
     info.selection = textOf(meta, "selection");
@@ -113,7 +113,7 @@ void requireChecksum(Meta const& meta, std::int64_t version) {
         throw std::invalid_argument("its description does not match its checksum");
 }
 
-// The version in the file's head lies under no checksum.
+// No checksum covers the version in the file's header.
 void requireVersion(Meta const& meta, std::int64_t version) {
     if (version < storeformat::kSealedVersion && meta.count(kVersion) == 0) return;
     if (textOf(meta, kVersion) != std::to_string(version))

@@ -8,17 +8,17 @@
 #include <string>
 #include <vector>
 
-/// What writer and reader of the file have to agree on. docs/STORE.md describes it.
+/// The file format that writer and reader share. docs/STORE.md describes it.
 namespace storeformat {
 
 /// "VLMS", at byte 68 of the file.
 constexpr std::int64_t kApplicationId = 0x564c4d53;
-/// What is written. A reader opens files of this version and of older ones.
+/// The version that is written. A reader opens files of this version and of older ones.
 constexpr std::int64_t kSchemaVersion = 3;
-/// From this version on the signs of samples lie in their lowest bits, pages have kPageBytes, and a file has an index
-/// of the places with data and a checksum of its description.
+/// From this version on samples are zigzag-coded, pages have kPageBytes, and a file has an index of the places with
+/// data and a checksum of its description.
 constexpr std::int64_t kZigzagVersion = 2;
-/// From this version on a tile's checksum is also of its key, and the description has the version and checksums of the
+/// From this version on a tile's checksum covers its key too, and the description has the version and checksums of the
 /// index.
 constexpr std::int64_t kSealedVersion = 3;
 
@@ -28,32 +28,32 @@ constexpr size_t pageBytes(std::int64_t version) {
     return version < kZigzagVersion ? kFirstPageBytes : kPageBytes;
 }
 
-/// Bytes that a row of the table of tiles takes at the least: its place in a page, its lengths, its key.
+/// Least size of a row of the table of tiles in bytes: its place in a page, its lengths, its key.
 constexpr size_t kLeastRowBytes = 8;
 
-/// The key of a tile: sorted by level, row, column, band, plane, so that what is read together lies together.
+/// The key of a tile. Keys sort by level, row, column, band, plane, so that tiles that are read together lie together.
 std::int64_t keyOf(TileAddress const& address);
 
 /// The tile of a key.
 TileAddress addressOf(std::int64_t key);
 
-/// The description's entries. Texts are not longer than these; there are no more entries than kMaxEntries.
+/// The description's entries. These limits hold for its texts and for the number of entries.
 using Meta = std::map<std::string, std::string>;
 constexpr size_t kMaxKeyBytes = 64;
 constexpr size_t kMaxTextBytes = 4096;
 constexpr size_t kMaxEntries = 64;
 
-/// The keys of tiles in the index of the places with data, level by level: CRC-32 of each in ascending order, 8 bytes,
-/// the lowest first.
+/// The keys of the tiles in the index of the places with data, level by level: CRC-32 of each level's keys in ascending
+/// order, 8 bytes each, little-endian.
 using IndexChecksums = std::vector<std::uint32_t>; // by level, from 0
 
 std::uint32_t withKey(std::uint32_t crc, std::int64_t key);
 
-/// What is written, in this version.
+/// The description that is written, in this version.
 Meta toMeta(StoreInfo const& info, IndexChecksums const& index);
-/// Throws std::invalid_argument with what is missing, out of range, or not that of a file of a version.
+/// Throws std::invalid_argument that says what is missing, out of range, or wrong for a file of this version.
 StoreInfo fromMeta(Meta const& meta, std::int64_t version);
-/// Of a description that fromMeta() accepts. Empty before kSealedVersion.
+/// Checksums in a description that fromMeta() accepts. Empty before kSealedVersion.
 IndexChecksums indexChecksums(Meta const& meta, StoreInfo const& info, std::int64_t version);
 
 } // namespace storeformat

@@ -10,10 +10,10 @@
 
 namespace {
 
-// Nothing is kept for a way back, and nothing is synchronised on the way: a file under a temporary name is thrown away
-// after a failure, never repaired, and TemporaryOutput writes it to the disk before it gets its name. So there is no
-// other file beside it that a killed import could leave, and each page is written once. Pages of 4 KiB: of the last one
-// of a tile, which has some 10 KiB, half is empty.
+// No journal and no synchronisation on the way: a file under a temporary name is deleted after a failure, never
+// repaired, and TemporaryOutput writes it to the disk before it gets its name. So a killed import can leave no other
+// file beside it, and each page is written once. Pages have 4 KiB: a tile has some 10 KiB, and its last page is half
+// empty on average.
 constexpr auto kSettings = R"(
     PRAGMA page_size = 4096;
     PRAGMA locking_mode = EXCLUSIVE;
@@ -36,7 +36,7 @@ storeformat::IndexChecksums checksumsOf(sqlite::Database& database, size_t level
     return checksums;
 }
 
-// SQLite looks at the length of a path with all its folders, and the temporary name is the longer one.
+// SQLite limits the length of a path with all its folders, and the temporary name is the longer one.
 void requireShortPath(TemporaryOutput const& output, OutputFile const& file) {
     std::error_code failed;
     size_t const bytes = std::filesystem::weakly_canonical(file.target(), failed).native().size();
@@ -112,7 +112,7 @@ void TileStoreWriter::create() {
     insert_.emplace(*database_, "INSERT INTO tiles VALUES(?, ?, ?, ?)");
 }
 
-// At the end: the description has checksums of the index.
+// Written last: the description has checksums of the index.
 void TileStoreWriter::describe() {
     sqlite::Statement meta(*database_, "INSERT INTO meta VALUES(?, ?)");
     for (auto const& [key, value] : storeformat::toMeta(info_, checksumsOf(*database_, info_.levels))) {

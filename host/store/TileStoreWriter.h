@@ -8,14 +8,15 @@
 #include <optional>
 #include <string>
 
-/// Writes the file of a tile store. It takes its name in finish() only; a writer that is destroyed before that leaves
-/// nothing behind. One thread at a time. Every operation throws HostError (unwritable output); the constructor also
-/// what requireUsable throws, and where no reader would open a store with such a description or under such a name.
+/// Writes the file of a tile store. The file takes its name in finish() only; a writer that is destroyed before that
+/// leaves no file behind. One thread at a time. Every operation throws HostError (unwritable output); the constructor
+/// also throws what requireUsable throws, and HostError if no reader would open a store with such a description or
+/// under such a name.
 class TileStoreWriter {
 public:
     TileStoreWriter(OutputFile const& file, StoreInfo const& info);
 
-    /// Each tile once, in any order.
+    /// Writes each tile once, in any order.
     void write(StoredTile const& tile);
 
     void finish();

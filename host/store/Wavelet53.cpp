@@ -8,7 +8,7 @@ namespace {
 
 constexpr int kHalfRange = 32768;
 
-// Bits above the sixteenth are set where the value does not fit in a sample.
+// Bits above the lowest sixteen are set if the value does not fit in a sample.
 unsigned aboveSample(int value) {
     return static_cast<unsigned>(value + kHalfRange);
 }

@@ -15,7 +15,8 @@ import tempfile
 
 import documents
 
-# By document and language: what compiles or runs the block. There is one of each, so that it is clear which one is meant.
+# By document and language: the test that compiles or runs the block. There is one block of each, so that it is
+# unambiguous.
 LOOKED_AT = {
     ('README.md', 'cpp'): 'tests/consumer, which builds and runs it',
     ('README.md', 'cmake'): 'tests/consumer, which builds with it',

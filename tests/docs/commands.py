@@ -20,7 +20,7 @@ import readersfiles
 
 PICTURE = re.compile(r'[\w.-]+\.(tif|tiff|svs|jpg|png|jp2|fits)')
 STORE = re.compile(r'[\w-]+\.(vlm|store)')
-# Of the built-in picture, for the reader's own ones.
+# A part of the built-in picture, in place of the reader's own ones.
 PIECE = (8192, 2048, 2048, 1536)
 OUTPUT_OPTIONS = ('-o', '--output', '--screenshot')
 REGION_OPTIONS = ('-r', '--region')
@@ -169,7 +169,7 @@ def commands(block):
         words = shlex.split(line, comments=True)
         while words:
             end = words.index('&&') if '&&' in words else len(words)
-            # What stands before a command for its environment is no part of it.
+            # Assignments of environment variables before a command are no part of it.
             begin = next(at for at, word in enumerate(words) if not ASSIGNMENT.fullmatch(word))
             yield number, words[begin:end]
             words = words[end + 1:]

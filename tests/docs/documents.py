@@ -48,7 +48,7 @@ class Velmora:
         self.program = program
         self.folder = folder
         self.environment = dict(os.environ, SDL_VIDEODRIVER='offscreen', XDG_CACHE_HOME=os.path.join(folder, 'cache'))
-        # Where a runtime folder is missing, drivers that ask for a window system write a line of their own.
+        # Without a runtime folder, drivers that ask for a window system write a line of their own.
         self.environment.setdefault('XDG_RUNTIME_DIR', folder)
 
     def run(self, arguments):

@@ -12,7 +12,7 @@ import sys
 LIBRARIES = ('renderbackend', 'gles3renderbackend')
 PROGRAM = ('host', 'apps')
 LITERAL = r'"(?:[^"\\\n]|\\.)*"'
-# Anything, where a text is put together from parts or a document leaves something out.
+# Any text, for texts that are put together from parts and for omissions in the document.
 GAP = '\0'
 
 
@@ -81,7 +81,7 @@ class Sources:
         names = {}
         for path, text in self.texts.items():
             if os.path.basename(path).startswith('VelmoraException.'):
-                continue  # the classes themselves, which hand names on
+                continue  # the classes themselves, which pass names on
             for start in self.constructions(text):
                 argument = first_argument(text, start)
                 if not re.match(r'$|(std::string|Velmora\w+) const\s*&', argument):  # no declaration
@@ -104,7 +104,7 @@ class Sources:
             return [direct]
         if re.fullmatch(r'k\w+', argument):
             return list(self.constants(argument)) or ['(the constant %s)' % argument]
-        # A parameter: what the calls of the function give it. A member: every sentence of the file may be it.
+        # A parameter: the arguments of the function's calls. A member: every sentence of the file is possible.
         headers = re.findall(r'\b(\w+)\([^(){};]*\b%s\b[^(){};]*\)[^(){};]*\{' % re.escape(argument), text[:start])
         calls = [text[found.end():] for found in re.finditer(r'\b%s\(' % headers[-1], text)] if headers else []
         passed = [call[:call.find(';')] for call in calls]
@@ -118,7 +118,7 @@ class Sources:
                 message = joined_literals(first_argument(text, found.end()))
                 if message is not None:
                     yield found.group(1), message, path
-            # Of functions that make one of a text.
+            # Functions that make an error of a text.
             for made in re.finditer(r'\bHostError (\w+)\(std::string const& (\w+)\) \{\s*return HostError\('
                                     r'(?:HostError::)?Kind::(\w+), \2\);', text):
                 for found in re.finditer(r'\bthrow %s\(' % made.group(1), text):
@@ -143,7 +143,7 @@ def fits(first, second):
 class Document:
     def __init__(self, path):
         self.rows = []
-        self.stray = []  # numbers of rows that belong to no table, for there is no head above them
+        self.stray = []  # numbers of rows that belong to no table, because there is no head above them
         section = ''
         lines = read(path).split('\n')
         for number, line in enumerate(lines, 1):
@@ -224,7 +224,7 @@ def compare_program(root, document, faults):
     for kind in sorted(set(rows) - set(kinds(root))):
         faults.append('docs/ERRORS.md: HostError has no kind %s' % kind)
 
-    # Words of capitals stand for what differs; the advice at the end of a text is left out.
+    # Words in capitals stand for varying parts; the advice at the end of a text is left out.
     texts = {(kind, span): re.sub(r'\b[A-Z]+\b', GAP, span) + GAP for kind in rows for span in document.spans(rows[kind][2])}
     used = set()
     for kind, message, path in Sources(root, PROGRAM).host_errors():
@@ -243,7 +243,7 @@ def main():
         print(fault)
     print('%d names in the sources, %d in docs/ERRORS.md, %d kinds of HostError: %d faults'
           % (built, written, program, len(faults)))
-    # Where nothing is found the reading is broken, not the sources sound.
+    # Too few finds mean that the parsing is broken, not that the sources are sound.
     sys.exit(1 if faults or min(built, written, program) < 10 else 0)
 
 

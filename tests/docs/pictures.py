@@ -17,7 +17,7 @@ import pngpixels
 
 FOLDER = 'docs/pictures/'
 PICTURE = re.compile(r'docs/pictures/[\w.-]+\.png')
-# Left, top, right and bottom of "4.1 ms" in the upper left panel.
+# Left, top, right and bottom of the text "4.1 ms" in the upper left panel.
 FRAME_TIME = {'docs/pictures/viewer.png': (56, 104, 130, 118)}
 
 

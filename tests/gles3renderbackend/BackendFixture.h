@@ -13,7 +13,7 @@
 #include <typeinfo>
 #include <vector>
 
-/// What the tests of the backend and its instance share, with and without a GL context.
+/// Code shared by the tests of the backend and its instance, with and without a GL context.
 namespace backendtest {
 
 using Sizes = std::vector<size_t>;

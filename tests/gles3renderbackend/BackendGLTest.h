@@ -85,7 +85,7 @@ inline Picture colouredPicture(size_t widthTexels, size_t heightTexels) {
 /// An RGBA32 instance on the pbuffer of the test program.
 class BackendGLTest : public ::testing::Test {
 protected:
-    static constexpr size_t kSurfaceTexels = 16; // the pbuffer is as wide as it is high
+    static constexpr size_t kSurfaceTexels = 16; // the pbuffer is square
 
     Gles3RenderBackendInstance& gles() const { return backendtest::gles3(instance); }
 
@@ -108,7 +108,7 @@ protected:
         return picture;
     }
 
-    /// What colouredPicture() holds, on the host's surface.
+    /// The contents of colouredPicture() on the host's surface.
     backendtest::Picture colourSurface() const {
         instance->clear(0, {10, 20, 30, 40});
         return backendtest::colouredPicture(kSurfaceTexels, kSurfaceTexels);

@@ -51,7 +51,7 @@ struct Scene {
         tileComponents = count;
         return *this;
     }
-    /// The part of the canvas that is shown, {x0, x1, y0, y1}; where the grid starts on the canvas.
+    /// The visible part of the canvas, {x0, x1, y0, y1}, and the grid's origin on the canvas.
     Scene& region(Sizes const& shown, Sizes const& origin) {
         range = shown;
         gridOrigin = origin;

@@ -1,4 +1,4 @@
-// Builds with VELMORA_CHECKED end the program where the host left GL in a state that an operation does not expect.
+// Builds with VELMORA_CHECKED end the program if the host left GL in a state that an operation does not expect.
 #include "gles3renderbackend/ExpectedState.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/BackendRecordingTest.h"
@@ -62,7 +62,7 @@ protected:
         shape.envelopes = std::const_pointer_cast<DataEnvelopes>(instance->dataEnvelopes(Bytes{1}));
     }
 
-    // Goes through once as it is, then ends the program for each of these.
+    // Runs once unchanged, then ends the program for each of these.
     static void expectDeath(std::function<void()> const& operation, std::vector<Spoilt> const& states) {
         operation();
         for (auto const& state : states)
@@ -137,7 +137,7 @@ TEST_F(ExpectedStateDeathTest, Staging) {
     expectDeath([&] { instance->synchronizeConcurrentStagingBuffer(buffer ? std::move(buffer) : stage()); }, states);
 }
 
-// What the host has set for a mask applies to it: that is how a mask is blended or limited.
+// The host's state applies to a mask: so a host can blend or limit it.
 TEST_F(ExpectedStateDeathTest, MaskIsDrawnUnderTheHostsOwnState) {
     for (auto const capability : {GL_BLEND, GL_SCISSOR_TEST, GL_DEPTH_TEST, GL_STENCIL_TEST, GL_CULL_FACE})
         glEnable(static_cast<GLenum>(capability));

@@ -22,7 +22,7 @@ size_t failEachAllocation(Attempt const& attempt, Check const& check) {
         failAllocationAfter(failed);
         try {
             attempt();
-        } catch (std::exception const&) { // NOLINT(bugprone-empty-catch): check() says what must hold after it
+        } catch (std::exception const&) { // NOLINT(bugprone-empty-catch): check() states what must hold afterwards
         }
         if (letAllocationsSucceed()) return failed;
         check();

@@ -1,4 +1,4 @@
-// Envelope sets that cannot be stored: what was stored before stays.
+// A failed attempt to store an envelope set leaves the stored one unchanged.
 #include "gles3renderbackend/Gles3DataEnvelopes.h"
 #include "tests/gles3renderbackend/BackendRecordingTest.h"
 #include "tests/gles3renderbackend/FailingAllocation.h"

@@ -36,7 +36,7 @@ protected:
                             scene.tileSize, cells, ids, scene.offset);
     }
 
-    // Draws into a target that is black, or coloured where it may be, and compares all of it.
+    // Draws into a target that is black, or coloured if its layout permits, and compares all of it.
     void expectDrawnAsByHand(Scene const& scene, size_t target, Picture expected) const {
         bool const packed = scene.layout.pixelsPerTexel != 1 || scene.layout.texelsPerPixel != 1;
         Sizes const color = packed ? Sizes{0, 0, 0, 40} : Sizes{10, 20, 30, 40};

@@ -1,4 +1,4 @@
-// What createInstance leaves behind when it fails.
+// A failed createInstance leaves nothing behind.
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "gles3renderbackend/Gles3SharedResources.h"
 #include "tests/gles3renderbackend/BackendRecordingTest.h"
@@ -63,7 +63,7 @@ TEST_F(Gles3RenderBackendFailureTest, RefusedTextureLeavesNothingBehind) {
     expectUsable();
 }
 
-// Where GL fails in silence the instance comes to life all the same; whatever happens, no name is lost.
+// If GL fails silently the instance is made all the same; in each case no name is leaked.
 TEST_F(Gles3RenderBackendFailureTest, NoFailingGlCallLosesAName) {
     for (std::string const function :
          {"glGenTextures", "glGenBuffers", "glBufferData", "glMapBufferRange", "glTexImage2D"}) {
@@ -86,7 +86,7 @@ TEST_F(Gles3RenderBackendFailureTest, NoFailingGlCallLosesAName) {
             EXPECT_EQ(failed, noName || (mapped && call == 0));
             instance.reset();
             EXPECT_EQ(gl.living(), std::vector<std::string>());
-            gl.reset(); // what GL said of calls without a name is not the subject here
+            gl.reset(); // GL errors of calls without a name do not matter here
             EXPECT_EQ(InstanceId::of(*other.createInstance(surface)), failed ? 0U : 1U);
         }
     }

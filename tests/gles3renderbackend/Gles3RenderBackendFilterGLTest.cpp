@@ -59,7 +59,7 @@ Picture sourcePicture(BlitRun const& run) {
     return noise(run.layout.texels(run.sourceSize[0]), run.sourceSize[1], 4, 1);
 }
 
-// What a target of fewer bytes per texel keeps of a picture.
+// The bytes of a picture in a target of fewer bytes per texel.
 Picture kept(Picture const& picture, size_t bytesPerTexel) {
     Picture result(picture.width, picture.height, bytesPerTexel);
     for (size_t y = 0; y < picture.height; ++y)
@@ -217,7 +217,7 @@ TEST_F(Gles3RenderBackendFilterGLTest, InvalidBordersAreLeftOut) {
     EXPECT_TRUE(pixelsEqual(read(destination).bytes, expected.bytes, 20));
 }
 
-// The host's next draw would read through what stays enabled, from the buffers of a filter that is gone.
+// The host's next draw would read through an array that stays enabled, from the buffers of a destroyed filter.
 TEST_F(Gles3RenderBackendFilterGLTest, RunThatIsRefusedForItsRecordLeavesNoVertexArrayEnabled) {
     Filter sharpness = instantiated("FilterSharpness8");
     size_t const source = targetOf(noise(8, 8, 4, 1));
@@ -240,7 +240,7 @@ TEST_F(Gles3RenderBackendFilterGLTest, SourcesBeyondTheInputsOfTheFilterChangeNo
     EXPECT_TRUE(pixelsEqual(read(destination).bytes, noise(8, 8, 4, 1).bytes, 8));
 }
 
-// What the interface says of TRILINEAR: no operation makes the mipmaps without which GL samples black.
+// The interface's statement about TRILINEAR: no operation makes the mipmaps without which GL samples black.
 TEST_F(Gles3RenderBackendFilterGLTest, TrilinearTargetIsReadAsItWasDrawnAndSampledBlack) {
     size_t const trilinear = instance->createTarget({8, 8}, 32, false, RenderBackend::TRILINEAR, RenderBackend::RGBA32);
     fill(trilinear, noise(8, 8, 4, 1), 8);

@@ -20,7 +20,7 @@ namespace {
 
 using namespace backendtest;
 
-// Those that the build registers.
+// The names that the build registers.
 std::set<std::string> registeredNames() {
     std::istringstream stream(VELMORA_FILTER_NAMES);
     return {std::istream_iterator<std::string>(stream), {}};
@@ -32,7 +32,7 @@ std::string classNameOf(Gles3Shader const& shader) {
     return name.get();
 }
 
-// A class is named after its filter, but where several names share one.
+// A class is named after its filter, unless several names share it.
 std::string expectedClassOf(std::string const& filter) {
     static std::map<std::string, std::string> const shared = {
         {"BlitFilter1x16", "Gles3BlitFilter16"},

@@ -47,7 +47,7 @@ protected:
         return failureOf([&] { drawOne(target, range, tileSize, offsets); });
     }
 
-    // What a range and a cell come to in clip space; the grid's origin is (gridX, gridY).
+    // A range and a cell in clip space; the grid's origin is (gridX, gridY).
     Geometry geometryOf(Sizes const& range, Sizes const& canvasRange, Sizes const& tileSize, Sizes const& cell) {
         instance->drawTiles(rgbaTarget(1000, 1000), blit, range, canvasRange, tileSize, {cell}, {0}, {});
         return gl.draws().back().uniforms.at("a_geometry");

@@ -1,4 +1,4 @@
-// Filters and what must not come of them: missing sources, programs that hold their instance, half-made programs.
+// Misuse of filters: missing sources, programs that hold their instance, incomplete programs.
 #include "gles3renderbackend/filters/Gles3BlitFilter8.h"
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/BackendRecordingTest.h"
@@ -13,7 +13,7 @@ constexpr char const* kMissingSource =
     "const& filter, std::vector<FilterSource> const& sources, size_t inputW, size_t inputH, size_t destination, size_t "
     "clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom, std::vector<size_t> const& offset)";
 
-// A program that samples what the test says.
+// A program that samples the inputs that the test names.
 class Sampling final : public Gles3Shader {
 public:
     Sampling(Filter& filter, std::string const& samplers)
@@ -122,7 +122,7 @@ TEST_F(Gles3RenderBackendInstanceFilterSafetyTest, SourcesBeyondTheInputsAreBoun
     EXPECT_EQ(gl.draws().back().uniforms.at("s_texture00"), (std::vector<float>{0}));
 }
 
-// They have one source for the filter, whatever it wants.
+// They pass one source to the filter, whatever its number of inputs.
 TEST_F(Gles3RenderBackendInstanceFilterSafetyTest, TilesAndMasksAreRefusedForAFilterOfMoreInputs) {
     size_t const target = rgbaTarget(8, 8);
     auto const drawTiles = [&](Filter const& filter) {

@@ -161,7 +161,7 @@ TEST_F(Gles3RenderBackendInstanceFiltersTest, RefusedProgramLeavesFilterAndTable
     EXPECT_EQ(*filter.instanceKey(), 0U);
 }
 
-// The key was chosen before the factory ran; what the factory instantiates meanwhile has it.
+// The key was chosen before the factory ran; a filter that the factory instantiates meanwhile takes it.
 TEST_F(Gles3RenderBackendInstanceFiltersTest, ShaderWhoseKeyItsOwnFactoryTookIsDiscarded) {
     FilterRegistry registry;
     Filter inner = namedFilter("BlitFilter4x8");

@@ -1,4 +1,4 @@
-// What an instance tells of its targets, clearing them and reading them.
+// The properties of an instance's targets, clearing them and reading them.
 #include "gles3renderbackend/resources/Gles3Target.h"
 #include "tests/gles3renderbackend/BackendRecordingTest.h"
 

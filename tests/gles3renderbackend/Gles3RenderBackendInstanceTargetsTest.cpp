@@ -23,7 +23,7 @@ protected:
         return failureOf([&] { create(size, bits, format); });
     }
 
-    // The text of a failure that is none of our exceptions.
+    // The text of a failure that is no exception of ours.
     std::string plainFailureToCreate(Sizes const& size, RenderBackend::ImageFormatType format,
                                      RenderBackend::ImageFiltering filtering = RenderBackend::NEAREST) const {
         try {

@@ -15,10 +15,10 @@ constexpr char const* kSecondInstance =
 
 class Gles3RenderBackendTest : public RecordingGlTest {
 protected:
-    // Tiles of half the default budget each: half is what two of them may take, a byte more is too much.
+    // Tiles of half the default budget each: two of them fit, one byte more does not.
     void setHalfBudgetTile(RenderBackendInstance& instance, size_t tile) {
         gl.setInteger(GL_MAX_TEXTURE_SIZE, 16000);
-        gl.failNext("glTexImage2D", GL_OUT_OF_MEMORY); // nobody needs the pixels
+        gl.failNext("glTexImage2D", GL_OUT_OF_MEMORY); // the pixels are not needed
         instance.setTile(tile, {}, {16000, 8000, 1}, 0);
     }
 

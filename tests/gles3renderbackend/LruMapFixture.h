@@ -16,7 +16,7 @@ using Key = std::pair<size_t, size_t>;
 
 constexpr size_t kNoLimit = std::numeric_limits<size_t>::max();
 
-// A value that nobody can copy or move and that counts its lives, as a texture counts its GL names.
+// A value that cannot be copied or moved and that counts its lives, as a texture counts its GL names.
 struct Counted {
     static inline size_t made = 0;
     static inline size_t destroyed = 0;

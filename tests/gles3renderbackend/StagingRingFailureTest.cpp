@@ -1,4 +1,4 @@
-// The upload ring where GL refuses, memory runs out, or the instance goes before its buffers.
+// The upload ring if GL refuses, memory runs out, or the instance is destroyed before its buffers.
 #include "tests/gles3renderbackend/FailingAllocation.h"
 #include "tests/gles3renderbackend/StagingRingRecordingTest.h"
 
@@ -93,14 +93,14 @@ TEST_F(StagingRingFailureTest, UploadThatRunsOutOfMemoryGoesOnWhereItStopped) {
         failAllocationAfter(failures);
         try {
             synchronize(std::move(buffers.back()));
-        } catch (std::bad_alloc const&) { // NOLINT(bugprone-empty-catch): what follows says what must hold
+        } catch (std::bad_alloc const&) { // NOLINT(bugprone-empty-catch): the code below states what must hold
         }
         failed = !letAllocationsSucceed();
         size_t const before = uploads().size();
         partly += before > 0 && before < kTiles ? 1U : 0U;
         EXPECT_EQ(gl.boundBuffer(GL_PIXEL_UNPACK_BUFFER), 0U);
 
-        Staged const next = reserve(9, kTwoTexels); // uploads what is left
+        Staged const next = reserve(9, kTwoTexels); // uploads the rest
         next->write({}, 0);
         ASSERT_EQ(uploads().size(), kTiles) << "each tile once";
         for (size_t tile = 1; tile <= kTiles; ++tile) {

@@ -58,7 +58,7 @@ protected:
         return values;
     }
 
-    // What was uploaded since the last forgetCalls, in order, and into which texture.
+    // The uploads since the last forgetCalls, in order, with their textures.
     std::vector<backendtest::Upload> uploads() const {
         std::vector<backendtest::Upload> result;
         GLuint texture = 0;
@@ -73,7 +73,7 @@ protected:
         return gl.texture(upload.texture).image().pixels;
     }
 
-    // What a tile of two texels holds after a write and its upload.
+    // The bytes of a tile of two texels after a write and its upload.
     backendtest::Bytes uploadedAfterWriting(backendtest::Bytes const& pixels, size_t offset) {
         backendtest::Staged buffer = reserve(1, backendtest::kTwoTexels);
         // The room is not clean: without this a forgotten fill would look like zeros.

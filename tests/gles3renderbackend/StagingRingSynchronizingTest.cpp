@@ -1,4 +1,4 @@
-// Writing into the upload ring, giving buffers back, waiting, and what GL may refuse.
+// Writing into the upload ring, giving buffers back, waiting, and GL's refusals.
 #include "tests/gles3renderbackend/StagingRingRecordingTest.h"
 
 #include <limits>
@@ -161,7 +161,7 @@ TEST_F(StagingRingSynchronizingTest, SynchronizingOnAFullRingWaitsForTheOldestBu
 TEST_F(StagingRingSynchronizingTest, SynchronizingTakesTheBuffer) {
     Staged buffer = written(1, kTwoTexels);
     instance->synchronizeConcurrentStagingBuffer(std::move(buffer));
-    EXPECT_EQ(buffer, nullptr); // NOLINT(bugprone-use-after-move): that is what it promises
+    EXPECT_EQ(buffer, nullptr); // NOLINT(bugprone-use-after-move): the interface promises it
 }
 
 TEST_F(StagingRingSynchronizingTest, ForeignBufferIsRefusedAndTaken) {

@@ -1,4 +1,4 @@
-// Handing out room in the upload ring, and what becomes of it.
+// Reserving room in the upload ring, and the buffers' way through it.
 #include "tests/gles3renderbackend/StagingRingRecordingTest.h"
 
 namespace {

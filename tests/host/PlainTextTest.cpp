@@ -104,7 +104,7 @@ TEST(TerminalTextTest, ControlCharactersAreShownAndNotObeyed) {
     EXPECT_EQ(terminalText("a\nb\tc\rd\b"), "a\\x0ab\\x09c\\x0dd\\x08");
     EXPECT_EQ(terminalText(std::string("a\0b", 3)), "a\\x00b");
     EXPECT_EQ(terminalText("\x1f \x7e\x7f"), "\\x1f ~\\x7f");
-    // As UTF-8: U+0080, U+009B, which begins a sequence as ESC [ does, and U+009F.
+    // As UTF-8: U+0080, U+009B, which begins a sequence like ESC [, and U+009F.
     EXPECT_EQ(terminalText("\xc2\x80\xc2\x9b\xc2\x9f"), "\\xc2\\x80\\xc2\\x9b\\xc2\\x9f");
 }
 

@@ -50,7 +50,7 @@ TEST(ToneTablesTest, GammaUpToOneHasNoToe) {
 }
 
 // t = round(0.00304 * 4090) = 12. Entry 11: 6/4090 * 12.92 * 255 = 4.83. Entry 12 is already on the power curve:
-// (7/4090)^(1/2.4) * 1.055 - 0.055 = 0.0192, 4.90, where the toe would give 5.64.
+// (7/4090)^(1/2.4) * 1.055 - 0.055 = 0.0192, 4.90; the toe would give 5.64.
 TEST(ToneTablesTest, ToeEndsAtItsIndexNotThatFarAboveBlackBecauseThatIsRequired) {
     ByteTable const table = gammaTable(12, 2.4, 5, 4095);
     EXPECT_EQ(table[4], 0);

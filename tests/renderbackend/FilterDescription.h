@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// The arguments of the long constructor by name; as it stands, the identity on 8-bit RGBA pixels.
+/// The arguments of the long constructor by name; by default the identity on 8-bit RGBA pixels.
 struct FilterDescription {
     std::string name = "test";
     size_t invalidLeft = 0;

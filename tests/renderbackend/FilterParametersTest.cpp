@@ -210,7 +210,7 @@ TEST(GammaTableParamsTest, TheLocaleDoesNotMatter) {
     std::locale::global(old);
     EXPECT_EQ(during, before);
 
-    // The C library's locale too, where one with commas is installed.
+    // The C library's locale too, if one with decimal commas is installed.
     std::string const oldC = std::setlocale(LC_ALL, nullptr);
     for (char const* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "nl_NL.UTF-8"}) {
         if (std::setlocale(LC_ALL, name) == nullptr) continue;

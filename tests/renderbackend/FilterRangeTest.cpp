@@ -36,7 +36,7 @@ TEST(FilterRangeTest, TheIdentityMapsAnyRangeToItself) {
     }
 }
 
-// What the constructor lets through would otherwise end the program: a division of whole numbers by 0 traps.
+// Otherwise values that the constructor accepts would end the program: integer division by 0 traps.
 TEST(FilterRangeTest, ScaleOfZeroHasNoInputRange) {
     std::string const refused = "#Name:a scale of 0 has no input range#Location:std::vector<size_t> "
                                 "Filter::inputRange(std::vector<size_t> const& outputRange) const";
@@ -191,7 +191,7 @@ TEST(FilterRangeTest, ARangeOfFewerThanFourValuesThrows) {
     EXPECT_EQ(d.filter().inputRange({1, 2, 3, 4, 5}), (Range{1, 2, 3, 4})) << "more values are left alone";
 }
 
-// The reference walks in steps of one and uses no division: what each number means, not how it is computed.
+// The reference walks in steps of one and uses no division: it follows the definition, not the computation.
 struct AxisCase {
     size_t before, after, origin, stride, alignIn, alignOut, num, den;
 };

@@ -31,7 +31,7 @@ std::shared_ptr<Registry::Factory> make() {
     return std::make_shared<Registry::SpecializedFactory<T>>();
 }
 
-// Type and text of what get() or create() throws for a name.
+// Type and text of the exception of get() or create() for a name.
 template <class Operation>
 std::string plainErrorOf(Operation const& operation) {
     try {

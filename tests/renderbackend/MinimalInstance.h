@@ -15,7 +15,7 @@ struct FixedContext : RenderContext {
     size_t height() const override { return 480; }
 };
 
-/// An instance that overrides what is pure and nothing else. It notes the filter calls, all other operations are empty.
+/// An instance that overrides only pure functions. It records the filter calls; all other operations are empty.
 class MinimalInstance : public RenderBackendInstance {
 public:
     struct Execution {
@@ -79,7 +79,7 @@ public:
     }
     void createFilterInstance(Filter& filter) override {
         instantiated.push_back(&filter);
-        // What a real instance does: the shader's own description, without an instance, is assigned over the filter.
+        // As in a real instance: the shader's own description, without an instance, is assigned to the filter.
         Filter adjusted(filter.name(), 0, 0, 0, 0, 0, 1, 0, 1, 1, 1, 1, 1, 1, RenderBackend::NEAREST);
         adjusted.setInstanceKey(std::make_shared<size_t>(7));
         filter = adjusted;

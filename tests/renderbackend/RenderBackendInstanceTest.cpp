@@ -95,7 +95,7 @@ TEST(RenderBackendTest, InstanceCounterStartsAtZeroAndTravelsWithCopiesAndMoves)
     EXPECT_EQ(moved.created(), 2u);
 }
 
-// What a host's own class is that says nothing of itself.
+// A host's own class that leaves the defaults.
 class PlainBuffer : public ConcurrentStagingBuffer {
 public:
     void write(std::vector<std::uint8_t> const&, size_t) override {}

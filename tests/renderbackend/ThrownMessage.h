@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-/// The whole text of the VelmoraException that an operation throws; fails the test where it throws none.
+/// The whole text of the VelmoraException that an operation throws; fails the test if it throws none.
 template <class Operation>
 std::string thrownMessage(Operation const& operation) {
     try {

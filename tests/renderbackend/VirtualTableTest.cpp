@@ -22,7 +22,7 @@ namespace {
 using Sizes = std::vector<size_t>;
 using Bytes = std::vector<unsigned char>;
 
-// The number of an operation, counted from 1 with the destructor; 0 where the member is not virtual.
+// The number of an operation, counted from 1 with the destructor; 0 if the member is not virtual.
 template <class Member>
 size_t slotOf(Member member) {
     std::array<std::ptrdiff_t, 2> raw{};

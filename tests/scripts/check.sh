@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# ./check itself, with stand-ins for everything that it starts: what it adds up, and what it says when something fails.
+# ./check itself, with stand-ins for everything that it starts: its sums, and its messages when something fails.
 # shellcheck source=support.sh
 source "$(dirname "${BASH_SOURCE[0]}")/support.sh"
 copyOf check scripts/sources scripts/usable-path
@@ -18,7 +18,7 @@ for script in install-packages fetch-angle fetch-photographs fetch-format-pictur
 TEXT
     mv "$work/bin/$script" scripts/
 done
-# Says of a preset what $work/says/PRESET holds.
+# Prints $work/says/PRESET for a preset.
 standIn run-tests <<'TEXT'
 cat "$work/says/$1" 2>/dev/null || echo "$1: 10 passed, 0 failed, 1 skipped"
 ! grep -q '^FAILED' "$work/says/$1" 2>/dev/null

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The scripts that fetch ANGLE and pictures: what is there already is left alone and asks no network, whatever folder it lies
-# in; what is not there goes where the variable says. With stand-ins for npm and apt-get.
+# The scripts that fetch ANGLE and pictures: existing folders are left alone without a network request, wherever they
+# lie; missing ones are made at the variable's path. With stand-ins for npm and apt-get.
 # shellcheck source=support.sh
 source "$(dirname "${BASH_SOURCE[0]}")/support.sh"
 copyOf scripts
@@ -71,7 +71,7 @@ for set in photographs:VELMORA_PHOTOGRAPHS_DIR format-pictures:VELMORA_FORMAT_PI
 done
 command -v dpkg-deb >/dev/null || { echo 'no dpkg-deb here: the rest is left out' && exit 77; }
 
-# Each package has the files that the scripts list, each with its own name in it.
+# Each package has the files that the scripts list, each with its own name as content.
 standIn apt-get <<'TEXT'
 shift
 [[ $1 == download ]] || exit 1

@@ -26,7 +26,7 @@ standIn dpkg-query <<'TEXT'
 package=${!#}
 [[ -e $work/installed/$package ]] && printf installed
 TEXT
-# Fails as $work/failure says, for as many calls as it has lines.
+# Fails as $work/failure says, one line per call.
 standIn apt-get <<'TEXT'
 if [[ -s $work/failure ]]; then
     head -n 1 "$work/failure" >&2

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# scripts/layout over a small house of three rooms: each rule, kept and broken.
+# scripts/layout over a small project of three rooms: each rule, kept and broken.
 # shellcheck source=support.sh
 source "$(dirname "${BASH_SOURCE[0]}")/support.sh"
 copyOf scripts/layout scripts/sources
@@ -30,7 +30,7 @@ TEXT
     printf 'add_executable(app main.cpp Map.cpp host/Size.cpp MapTest.cpp)\n' >CMakeLists.txt
 }
 
-# finds PART: one line, with this in it.
+# finds PART: one line that contains PART.
 finds() {
     run scripts/layout
     is 'the exit code of a finding' "$status" 1

@@ -4,7 +4,7 @@
 source "$(dirname "${BASH_SOURCE[0]}")/support.sh"
 copyOf scripts/lib.sh
 
-# Says what it is asked for; fails where a file says so.
+# Prints its arguments; fails if a file says so.
 standIn cmake <<'TEXT'
 echo "cmake speaks"
 if [[ $1 == --build ]]; then [[ ! -e $work/fails/build ]]; else [[ ! -e $work/fails/configure ]]; fi

@@ -4,7 +4,7 @@
 source "$(dirname "${BASH_SOURCE[0]}")/support.sh"
 command -v apt-get >/dev/null || { echo 'no apt-get here' && exit 77; }
 
-# Root's part is played by whoever runs the test.
+# The user who runs the test takes root's part.
 standIn sudo <<'TEXT'
 [[ $1 != -n ]] || shift
 exec "$@"
@@ -24,7 +24,7 @@ TEXT
 export APT_CONFIG=$machine/apt.conf
 aptGet() { run "$root/scripts/patient-apt-get" "$work/log" "$@"; }
 
-# hold LOCK SECONDS: as apt and dpkg do, by fcntl; returns when it has it.
+# hold LOCK SECONDS: by fcntl, like apt and dpkg; returns once it holds the lock.
 hold() {
     python3 -c '
 import fcntl, sys, time

@@ -42,7 +42,7 @@ is 'the exit code with failures' "$status" 1
 has 'what is said of a case that fails' "$out" 'FAILED unit: Outcomes.Fails'
 has 'what is said of a test without a program' "$out" 'FAILED none (was not run: Unable to find executable)'
 
-# Results of an earlier run are none of this one.
+# Results of an earlier run do not count.
 project 'cases(unit Outcomes.Passes*)'
 runTests
 for end in Crashes ExitsInTheMiddle; do

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# scripts/sources in a tree without git: finds what is ours, and nothing in folders that CMake has built in.
+# scripts/sources in a tree without git: finds our files, and nothing in folders that CMake has built in.
 # shellcheck source=support.sh
 source "$(dirname "${BASH_SOURCE[0]}")/support.sh"
 copyOf scripts/sources
@@ -21,7 +21,7 @@ run scripts/sources glsl
 is 'the list of shader pieces' "$out" 'host/x.glsl'
 run scripts/sources shell
 is 'the list of shell scripts' "$out" $'check\nhost/part.sh\nscripts/other\nscripts/sources'
-# Whoever has configured in the sources themselves.
+# CMake configured in the source folder itself.
 touch CMakeCache.txt
 run scripts/sources cpp
 is 'the list of C++ files beside a CMakeCache.txt' "$out" $'host/A.cpp\nhost/A.h\nhost/a folder/B.cpp'

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Sourced by the tests of the scripts. $root is the repository. $work is a folder of the test's own, which goes when it ends,
-# with characters in its name that shells and regular expressions know; programs in $work/bin come before all others.
+# Sourced by the tests of the scripts. $root is the repository. $work is the test's own folder, removed at the end,
+# whose name has special characters of shells and regular expressions; programs in $work/bin come before all others.
 set -uo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 work=$(mktemp -d "${TMPDIR:-/tmp}/velmora a b+(c)-XXXXXX")
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/bin"
 export PATH="$work/bin:$PATH"
-# What ./check gives its own tests is not what the scripts are to find here.
+# The scripts must not see the variables that ./check sets for its own tests.
 unset VELMORA_ANGLE_DIR VELMORA_PHOTOGRAPHS_DIR VELMORA_FORMAT_PICTURES_DIR VELMORA_LONG GTEST_OUTPUT CMAKE_CXX_COMPILER_LAUNCHER
 
 # standIn NAME: the text on stdin becomes the program NAME. Each call of it is a line of $work/calls.
@@ -19,7 +19,7 @@ standIn() {
     chmod +x "$work/bin/$1"
 }
 
-# copyOf PATH...: a repository in $work/repository that has these files of ours alone.
+# copyOf PATH...: a repository in $work/repository that has only these files of ours.
 copyOf() {
     mkdir -p "$work/repository"
     (cd "$root" && tar -cf - "$@") | tar -xf - -C "$work/repository"

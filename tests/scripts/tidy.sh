@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# scripts/tidy with stand-ins for ninja and clang-tidy: looks at every file that is its own, once, and at a file that passed
-# again only when something of ours that it is made of has changed.
+# scripts/tidy with stand-ins for ninja and clang-tidy: checks every file of ours once, and a file that passed again
+# only when one of ours that it depends on has changed.
 # shellcheck source=support.sh
 source "$(dirname "${BASH_SOURCE[0]}")/support.sh"
 copyOf scripts/tidy .clang-tidy
@@ -10,7 +10,7 @@ for file in host/A.cpp host/B.cpp tests/C.cpp 'other host/D.cpp' host/A.h; do
     echo "$file" >"$file"
 done
 
-# CMake's own form. One file is compiled twice.
+# CMake's own format. One file is compiled twice.
 entry() { printf '{\n  "directory": "%s",\n  "command": "g++ %s -o %s -c %s",\n  "file": "%s"\n}' "$PWD/build/debug" "${2-}" "$1.o" "$PWD/$1" "$PWD/$1"; }
 {
     printf '[\n'

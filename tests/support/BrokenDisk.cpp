@@ -1,5 +1,5 @@
-// A disk that fails: loaded before the C library, it lets no byte from kFirstBad on be read of files whose name
-// contains what VELMORA_BROKEN_FILE says.
+// A failing disk: loaded before the C library, it makes reads from byte kFirstBad on fail in files whose names contain
+// the text of VELMORA_BROKEN_FILE.
 #include <array>
 #include <cerrno>
 #include <cstdio>

@@ -1,4 +1,4 @@
-// A driver that cannot render to any texture, and whose name is no text: what the program says then is a test.
+// A driver that cannot render to any texture, and whose name is no text, for tests of the program's message.
 #include <dlfcn.h>
 
 extern "C" {

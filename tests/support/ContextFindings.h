@@ -3,15 +3,15 @@
 #include <string>
 #include <vector>
 
-/// What GL contexts were left with. Tests of a host make contexts of their own, and nobody can ask those that are gone:
-/// so a context is looked at whenever another one, or none, becomes current in its place (InterposedGl.cpp sees to
-/// that).
+/// Faults in the state of GL contexts. Tests of a host make contexts of their own, which cannot be inspected once they
+/// are destroyed: so a context is inspected whenever another one, or none, becomes current in its place
+/// (InterposedGl.cpp calls look()).
 namespace context_findings {
 
-/// Looks at the current context, if there is one, and notes what is wrong with it.
+/// Inspects the current context, if there is one, and records its faults.
 void look();
 
-/// What was noted since the last call, and what is wrong with the current context. Empty: all in order.
+/// The faults recorded since the last call, and those of the current context. Empty: all in order.
 std::vector<std::string> take();
 
 } // namespace context_findings

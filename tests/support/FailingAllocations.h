@@ -2,21 +2,21 @@
 
 #include <cstddef>
 
-/// `new` that fails on demand, in programs that link FailingAllocations.cpp.
+/// A `new` that fails on demand, in programs that link FailingAllocations.cpp.
 namespace failing_allocations {
 
 enum class Threads {
-    This,  ///< the one that asks for it
-    Others ///< all but that
+    This,  ///< the calling thread
+    Others ///< all but the calling thread
 };
 
-/// The n-th `new` from now on of these threads throws std::bad_alloc, once; 0: none does.
+/// The n-th `new` of these threads from now on throws std::bad_alloc, once; 0: none does.
 void failAt(size_t n, Threads threads = Threads::This);
 
-/// No `new` fails any more. Those of these threads since failAt().
+/// Ends the failing. Returns the number of `new` of these threads since failAt().
 size_t stop();
 
-/// Within it this thread's `new` neither counts nor fails: that of libraries for which it would be the end.
+/// During its life this thread's `new` neither counts nor fails: for libraries that would crash.
 class Pause {
 public:
     Pause();

@@ -11,20 +11,20 @@
 #include <utility>
 #include <vector>
 
-/// What a FailingInstance throws.
+/// The exception of a FailingInstance.
 struct StandInFailure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// An instance that hands every operation on to another one, counts them, and fails one of them on demand: any
-/// operation of the backend may fail, if only for want of memory. Allocations that are to fail (FailingAllocations.h)
-/// do so outside of the operations only.
+/// An instance that forwards every operation to another one, counts them, and fails one of them on demand: any
+/// operation of the backend may fail, if only for want of memory. Allocations fail on demand (FailingAllocations.h)
+/// outside the operations only.
 class FailingInstance final : public RenderBackendInstance {
 public:
     enum class When {
         Before, ///< nothing of the operation is done
-        Midway, ///< a tile that was to be stored is there, without its pixels; of other operations nothing is done
-        After   ///< all of it is done
+        Midway, ///< a tile to be stored exists, without its pixels; of other operations nothing is done
+        After   ///< the whole operation is done
     };
 
     FailingInstance(std::shared_ptr<RenderBackendInstance> instance, RenderContext const& context)
@@ -36,7 +36,7 @@ public:
         failing_ = n;
         when_ = when;
     }
-    /// Operations since failAt().
+    /// Number of operations since failAt().
     size_t calls() const { return calls_; }
 
     using Bytes = std::vector<unsigned char>;
@@ -156,7 +156,7 @@ public:
 private:
     template <class Operation>
     auto call(Operation const& operation) const -> decltype(operation()) {
-        failing_allocations::Pause const pause; // GL drivers do not stand it
+        failing_allocations::Pause const pause; // GL drivers crash when allocations fail
         bool const fails = ++calls_ == failing_;
         if (fails && when_ != When::After) throw StandInFailure("this operation was to fail");
         if constexpr (std::is_void_v<decltype(operation())>) {

@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-/// Stands before pthread_create in a program that links FailingThreads.cpp: the system gives so many threads more, then
-/// none, as it does at a limit of processes or of memory.
+/// Replaces pthread_create in a program that links FailingThreads.cpp: the system starts a limited number of threads
+/// more, then none, as at a limit of processes or of memory.
 class ThreadLimit {
 public:
     explicit ThreadLimit(size_t threads);
@@ -11,6 +11,6 @@ public:
     ThreadLimit(ThreadLimit const&) = delete;
     ThreadLimit& operator=(ThreadLimit const&) = delete;
 
-    /// Threads that were asked for in vain.
+    /// Number of threads refused.
     static size_t refused();
 };

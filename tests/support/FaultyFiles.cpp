@@ -1,5 +1,5 @@
-// Calls of the system that fail: loaded before the C library, it counts the calls that write files, or name them, and
-// does at a certain one what the environment asks for. tests/apps/velmora/Faults.h makes that environment.
+// System calls that fail: loaded before the C library, it counts the calls that write files, or name them, and makes
+// chosen ones fail, as the environment says. tests/apps/velmora/Faults.h makes that environment.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -24,14 +24,14 @@ char const* environment(char const* name) {
 }
 
 struct Plan {
-    char const* calls = environment("VELMORA_FAULT_CALLS");     // their names; empty: all
-    char const* missing = environment("VELMORA_FAULT_MISSING"); // names of calls that this system does not know
-    char const* folder = environment("VELMORA_FAULT_FOLDER");   // only calls on files in it; empty: on all
-    long first = std::atol(environment("VELMORA_FAULT_FIRST")); // counted from 1; 0: none
-    long last = std::atol(environment("VELMORA_FAULT_LAST"));   // of those that fail
-    int reason = std::atoi(environment("VELMORA_FAULT_ERRNO")); // 0: the process is killed, or waits
-    char const* wait = environment("VELMORA_FAULT_WAIT");       // a file that it waits for
-    char const* counted = environment("VELMORA_FAULT_COUNTED"); // a file for the number of calls
+    char const* calls = environment("VELMORA_FAULT_CALLS");     // names of the counted calls; empty: all
+    char const* missing = environment("VELMORA_FAULT_MISSING"); // names of calls that this system lacks
+    char const* folder = environment("VELMORA_FAULT_FOLDER");   // counts only calls on files in it; empty: on all
+    long first = std::atol(environment("VELMORA_FAULT_FIRST")); // first failing call, from 1; 0: none
+    long last = std::atol(environment("VELMORA_FAULT_LAST"));   // last failing call
+    int reason = std::atoi(environment("VELMORA_FAULT_ERRNO")); // of the failure; 0: the process is killed, or waits
+    char const* wait = environment("VELMORA_FAULT_WAIT");       // file that the process waits for
+    char const* counted = environment("VELMORA_FAULT_COUNTED"); // file that receives the number of calls
 };
 
 Plan const& plan() {
@@ -41,7 +41,7 @@ Plan const& plan() {
 
 std::atomic<long> count{0};
 
-// Names with a blank between them.
+// Names are separated by blanks.
 bool isIn(char const* names, char const* name) {
     size_t const length = std::strlen(name);
     for (char const* place = std::strstr(names, name); place != nullptr; place = std::strstr(place + length, name))
@@ -61,7 +61,7 @@ bool liesInFolder(int descriptor) {
     return readlink(link.data(), path.data(), path.size() - 1) > 0 && liesInFolder(path.data());
 }
 
-// By the system's own calls, which are not counted.
+// By raw system calls, which are not counted.
 void waitForFile() {
     std::array<char, 4096> reached{};
     std::snprintf(reached.data(), reached.size(), "%s.reached", plan().wait);
@@ -71,10 +71,10 @@ void waitForFile() {
         usleep(kPause);
 }
 
-// A full disk lets files be opened, changed in their rights, and removed all the same.
+// A full disk still permits opening files, changing their permissions and removing them.
 enum class Room { Needed, NotNeeded };
 
-// True where the call is to fail; errno says why.
+// True if the call is to fail; errno says why.
 template <class File>
 bool fails(char const* call, File file, Room room) {
     Plan const& chosen = plan();

@@ -8,7 +8,7 @@
 
 namespace {
 
-// A driver that lost its context reports errors for ever.
+// Limits the loop: a driver that lost its context reports errors for ever.
 constexpr size_t kMostErrors = 64;
 
 struct Expectations {

@@ -1,4 +1,4 @@
-// Runs the GL tests in one context and looks after each test at what it left behind.
+// Runs the GL tests in one context and checks after each test that it left nothing behind.
 #include "tests/support/EnabledVertexArrays.h"
 #include "tests/support/GlErrors.h"
 #include "tests/support/GlImplementation.h"
@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <iostream>
 
-// The leak report comes at the exit, when a driver that was closed has no symbols any more. Kept open, its frames have
-// names.
+// LeakSanitizer reports at exit, when an unloaded driver has no symbols any more. A driver that stays loaded gives its
+// frames names.
 #if defined(__SANITIZE_ADDRESS__)
 extern "C" __attribute__((visibility("default"))) int dlclose(void*) {
     return 0;
@@ -26,7 +26,7 @@ class Janitor : public ::testing::EmptyTestEventListener {
         before_ = living_gl_objects::snapshot();
     }
 
-    // Fixtures are gone by now.
+    // Fixtures are destroyed by now.
     void OnTestEnd(::testing::TestInfo const&) override {
         for (auto const& finding : enabled_vertex_arrays::findings())
             ADD_FAILURE() << finding;

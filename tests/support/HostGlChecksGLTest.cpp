@@ -1,4 +1,4 @@
-// What the main of a host's tests looks at after each test would be found.
+// Proves that the checks after each test in the main of a host's tests find faults.
 #include "gles3renderbackend/Gl.h"
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/gl/SurfacelessContext.h"

@@ -1,5 +1,5 @@
-// The main of GL tests that stand where a host stands: they link the shared library, read files and make contexts of
-// their own. After each test it looks at what that left behind.
+// The main of GL tests that use the backend as a host does: they link the shared library, read files and make contexts
+// of their own. It checks after each test that nothing was left behind.
 #include "tests/support/ContextFindings.h"
 #include "tests/support/GlErrors.h"
 #include "tests/support/GlImplementation.h"
@@ -18,7 +18,7 @@ class Janitor : public ::testing::EmptyTestEventListener {
         before_ = living_gl_objects::snapshot();
     }
 
-    // Fixtures, and their contexts, are gone by now.
+    // Fixtures, and their contexts, are destroyed by now.
     void OnTestEnd(::testing::TestInfo const&) override {
         for (auto const& finding : context_findings::take())
             ADD_FAILURE() << finding;

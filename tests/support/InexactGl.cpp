@@ -1,4 +1,4 @@
-// A GPU that computes the first byte of every picture wrong: what the program says then is a test.
+// A GPU that computes the first byte of every picture wrong, for tests of the program's message.
 #include <dlfcn.h>
 
 extern "C" __attribute__((visibility("default"))) void glReadPixels(int, int, int, int, unsigned int, unsigned int,

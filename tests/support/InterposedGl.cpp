@@ -1,4 +1,4 @@
-// Stands between a host's tests and the libraries for GL and EGL. The backend is a shared library there, whose calls
+// Interposes between a host's tests and the libraries of GL and EGL. The backend is a shared library there, whose calls
 // the linker cannot wrap: the dynamic linker finds these functions first.
 #pragma GCC visibility push(default)
 #include "gles3renderbackend/Gl.h"

@@ -39,7 +39,7 @@ void born(std::string const& kind, GLsizei n, GLuint const* names) {
         born(object(kind, names[i]));
 }
 
-// Name 0 may be deleted, which does nothing.
+// Deleting name 0 is permitted and does nothing.
 void died(std::string const& kind, GLsizei n, GLuint const* names) {
     for (GLsizei i = 0; i < n; ++i)
         if (names[i] != 0) died(object(kind, names[i]));
@@ -65,7 +65,7 @@ std::vector<std::string> findingsSince(Snapshot const& before) {
 
 } // namespace living_gl_objects
 
-// The linker sends each call of glX to __wrap_glX and each call of __real_glX to the GL library: it demands these
+// The linker redirects each call of glX to __wrap_glX and each call of __real_glX to the GL library, and demands these
 // names. NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" {
 

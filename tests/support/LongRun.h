@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string>
 
-/// VELMORA_LONG in the environment: exhaustive sets instead of samples of them.
+/// Whether VELMORA_LONG is in the environment: exhaustive sets instead of samples of them.
 inline bool isLongRun() {
     return std::getenv("VELMORA_LONG") != nullptr;
 }

@@ -1,5 +1,5 @@
-// A system that runs out of memory: no `new` of the program and of its libraries succeeds from the n-th on since its
-// main began; n comes from the environment.
+// A system that runs out of memory: from the n-th on since main began, no `new` of the program and of its libraries
+// succeeds; n comes from the environment.
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
@@ -27,7 +27,7 @@ bool isOfProgram(void const* caller) {
 
 } // namespace
 
-// What the program does first.
+// The program's first system call, which starts the counting.
 using Handler = void (*)(int);
 extern "C" __attribute__((visibility("default"))) Handler signal(int number, Handler handler) noexcept {
     static auto const real = reinterpret_cast<Handler (*)(int, Handler)>(dlsym(RTLD_NEXT, "signal"));

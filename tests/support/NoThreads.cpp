@@ -1,4 +1,4 @@
-// A system that gives the program no thread of C++; libraries with ways of their own, such as GL drivers, get theirs.
+// A system that starts no C++ thread for the program; libraries with ways of their own, such as GL drivers, get theirs.
 #include <cerrno>
 #include <cstring>
 #include <dlfcn.h>

@@ -1,6 +1,6 @@
 #include "tests/support/NullGl.h"
 
-// Shared libraries are to find these functions.
+// Shared libraries must find these functions.
 #pragma GCC visibility push(default)
 #include "gles3renderbackend/Gl.h"
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Names count up; those in use are marked by one bit.
+// Names count up; one bit marks each name in use.
 constexpr size_t kNames = size_t{1} << 22U;
 std::array<bool, kNames> isLiving{};
 GLuint lastName = 0;
@@ -53,7 +53,7 @@ size_t null_gl::livingObjects() {
     return living;
 }
 
-// Parameters that nobody looks at have no names.
+// Unused parameters have no names.
 extern "C" {
 
 void glGenTextures(GLsizei n, GLuint* names) {

@@ -41,7 +41,7 @@ void State::record(char const* name, std::vector<RecordingGl::Argument> argument
     if (std::this_thread::get_id() != thread) ADD_FAILURE() << name << " is called on a thread that has no GL context";
     current = {name, std::move(arguments), {}};
 #ifdef VELMORA_CHECKED
-    // Only checked builds look at what the host left, which is no part of what an operation does.
+    // Checked builds alone query the host's state; these queries are no part of an operation.
     if (expectedState::beingLookedAt) return;
 #endif
     calls.push_back(current);
@@ -65,7 +65,7 @@ void State::raise(GLenum code, std::string const& reason) {
     errors.push_back(
         {code, (code == GL_NO_ERROR ? "misuse" : enumName(code)) + " by " + current.text() + ": " + reason});
     if (code == GL_NO_ERROR || flag != GL_NO_ERROR)
-        return; // as GL does, the flag keeps the first error until it is read
+        return; // as in GL, the flag keeps the first error until it has been read
     flag = code;
     flagMisuse = errors.size() - 1;
 }

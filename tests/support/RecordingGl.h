@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-/// A stand-in for the GL library: it defines the gl* functions, records each call, keeps as much state as a call
-/// sequence can be judged by, and plays scripted answers. Nothing is drawn. One recorder a process, used on the thread
-/// that runs the tests.
+/// A replacement of the GL library: it defines the gl* functions, records each call, keeps enough state to judge a
+/// sequence of calls, and plays scripted answers. Nothing is drawn. One recorder per process, used on the thread that
+/// runs the tests.
 ///
 ///     gl.failNext("glMapBufferRange", GL_OUT_OF_MEMORY);
 ///     EXPECT_THROW(pbo.mapRange(0, kRingBufferBytes), VelmoraException);
@@ -22,7 +22,7 @@ class RecordingGl {
 public:
     struct Argument {
         std::string text;  // GL_TEXTURE_2D, 12, 0.5, null, data (client memory), offset 8 (in the bound buffer)
-        double number = 0; // the same as a number; of an array: its first element
+        double number = 0; // the same as a number; for an array its first element
     };
 
     struct Call {
@@ -41,7 +41,7 @@ public:
         GLenum internalFormat = 0;
         GLenum format = 0;
         GLenum type = 0;
-        std::vector<std::uint8_t> pixels; // rows without padding; zeros where nothing was uploaded
+        std::vector<std::uint8_t> pixels; // rows tightly packed; zeros if nothing was uploaded
     };
 
     struct Texture {
@@ -81,14 +81,14 @@ public:
 
     struct Program {
         std::vector<GLuint> attached;
-        std::map<GLenum, std::string> sources; // of the stages that were linked, by their type
+        std::map<GLenum, std::string> sources; // of the linked stages, by type
         bool linked = false;
         std::string infoLog;
         std::vector<Active> attributes;
         std::vector<Active> uniforms;
         std::map<GLint, std::vector<float>> values; // last value of each uniform location
 
-        /// Throws std::out_of_range when the program has no such uniform or it was never set.
+        /// Throws std::out_of_range if the program has no such uniform or it was never set.
         std::vector<float> const& value(std::string const& uniform) const;
     };
 
@@ -101,7 +101,7 @@ public:
         GLuint buffer = 0;
     };
 
-    /// What a draw call saw.
+    /// The state at a draw call.
     struct Draw {
         GLuint program = 0;
         GLuint framebuffer = 0;
@@ -114,7 +114,7 @@ public:
     };
 
     static RecordingGl& instance();
-    /// Whether a gl* function is answering on this thread. What memory it takes is not the library's.
+    /// Whether a gl* function is executing on this thread. Its allocations are not the library's.
     static bool atWork();
 
     RecordingGl(RecordingGl const&) = delete;
@@ -125,19 +125,19 @@ public:
     /// Forgets the calls and draws so far, keeps objects, state and scripts.
     void forgetCalls();
 
-    // What was called.
+    // The recorded calls.
     std::vector<Call> const& calls() const;
     std::string call(size_t index) const;
     std::vector<std::string> names() const;
-    /// The calls as texts, without the glGetError and glGet* queries when onlyEffects is set.
+    /// The calls as texts, without the glGetError and glGet* queries if onlyEffects is set.
     std::vector<std::string> texts(bool onlyEffects = false) const;
     size_t count(std::string const& name) const;
     std::vector<Call> callsOf(std::string const& name) const;
-    /// Throws std::out_of_range when the function was never called.
+    /// Throws std::out_of_range if the function was never called.
     Call const& last(std::string const& name) const;
     std::vector<Draw> const& draws() const;
 
-    // What lives: "texture 1", "buffer 2", in the order of creation.
+    // The living objects: "texture 1", "buffer 2", in the order of creation.
     std::vector<std::string> living() const;
     Texture const& texture(GLuint name) const;
     Buffer const& buffer(GLuint name) const;
@@ -146,7 +146,7 @@ public:
     Program const& program(GLuint name) const;
     bool isLiving(GLuint name) const;
 
-    // What is bound and set.
+    // The current bindings and state.
     GLuint boundTexture(GLuint unit = 0) const;
     GLuint boundBuffer(GLenum target) const;
     GLuint boundFramebuffer(GLenum target = GL_FRAMEBUFFER) const;
@@ -160,31 +160,33 @@ public:
     std::vector<float> const& clearColor() const;
 
     // Scripts.
-    /// The call after the next `skip` calls of the function fails: it does nothing, raises the error (none: raises
-    /// nothing) and answers null, 0, GL_FALSE, names 0, or, for glCheckFramebufferStatus, GL_FRAMEBUFFER_UNSUPPORTED.
+    /// The call after the next `skip` calls of the function fails: it does nothing, raises the error (GL_NO_ERROR:
+    /// none) and answers null, 0, GL_FALSE, names 0, or, for glCheckFramebufferStatus, GL_FRAMEBUFFER_UNSUPPORTED.
     void failNext(std::string const& name, GLenum error = GL_NO_ERROR, size_t skip = 0);
-    /// The next shader of this type does not compile / the next program does not link, with this log.
+    /// The next shader of this type does not compile, or the next program does not link, with this log.
     void failCompile(GLenum shaderType, std::string const& infoLog);
     void failLink(std::string const& infoLog);
     /// The answer of glGetIntegerv, for instance GL_MAX_TEXTURE_SIZE, which also bounds glTexImage2D.
     void setInteger(GLenum name, GLint value);
     void setString(GLenum name, std::string const& value);
     void setFramebufferStatus(GLenum status);
-    /// What each glReadPixels delivers from now on, from the start, rows without padding. Without a script: zeros.
+    /// The bytes that each glReadPixels delivers from now on, from their start, rows tightly packed. Without a script:
+    /// zeros.
     void setReadPixels(std::vector<std::uint8_t> const& pixels);
-    /// The next linked program has these. Without a script a program has what its sources declare, used or not, each
-    /// kind with locations from 0 in the order of declaration, vertex stage first.
+    /// The active variables of the next linked program. Without a script a program has all that its sources declare,
+    /// used or not, each kind with locations from 0 in the order of declaration, vertex stage first.
     void scriptProgram(std::vector<Active> const& attributes, std::vector<Active> const& uniforms);
-    /// In programs linked from now on, the variable of this name is at this location, and whichever was there takes its
-    /// place.
+    /// In programs linked from now on the variable of this name is at this location, and swaps places with the one
+    /// there.
     void placeUniform(std::string const& name, GLint location);
 
     // Errors: a call that GL would refuse raises an error here too, and the test fails unless glGetError reads it or
     // the test expects it.
-    /// GL_NO_ERROR stands for what GL passes over in silence but no right program does, such as deleting a name twice.
+    /// GL_NO_ERROR stands for calls that GL ignores silently but that no correct program makes, such as deleting a name
+    /// twice.
     void expectError(GLenum error);
-    /// Errors that nobody read or expected, expected ones that did not come, vertex attribute arrays left enabled,
-    /// scripts that were not reached. Empty: all in order.
+    /// Errors that were neither read nor expected, expected ones that did not occur, vertex attribute arrays left
+    /// enabled, unused scripts. Empty: all in order.
     std::vector<std::string> findings() const;
 
 private:

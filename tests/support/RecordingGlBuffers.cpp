@@ -65,7 +65,7 @@ void glBufferData(GLenum target, GLsizeiptr size, void const* data, GLenum usage
     auto* const buffer = boundBuffer(target);
     if (buffer == nullptr) return;
     buffer->usage = usage;
-    buffer->mapped = false; // a new storage unmaps the old one
+    buffer->mapped = false; // new storage unmaps the old one
     buffer->bytes.assign(static_cast<size_t>(size), 0);
     if (data != nullptr) std::copy_n(static_cast<std::uint8_t const*>(data), size, buffer->bytes.begin());
 }

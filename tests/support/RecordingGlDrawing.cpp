@@ -20,7 +20,7 @@ bool attributeExists(GLuint index) {
     return false;
 }
 
-// -1, a location of nothing, reads better than 4294967295.
+// -1, for a missing location, reads better than 4294967295.
 GLint signedIndex(GLuint index) {
     return static_cast<GLint>(index);
 }

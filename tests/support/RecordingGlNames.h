@@ -5,8 +5,8 @@
 #include <string>
 #include <type_traits>
 
-/// Arguments of GL calls as readable texts. Which table names a number depends on what the number stands for: 0 is
-/// GL_POINTS, GL_NONE, GL_ZERO, GL_FALSE or just 0.
+/// Arguments of GL calls as readable texts. The table of names depends on the parameter: 0 is GL_POINTS, GL_NONE,
+/// GL_ZERO, GL_FALSE or just 0.
 namespace recording {
 
 struct Enum {
@@ -29,7 +29,7 @@ struct NameList {
     GLsizei count;
     GLuint const* names;
 };
-/// Client memory, or a byte offset while a buffer is bound.
+/// Client memory, or a byte offset if a buffer is bound.
 struct Pointer {
     void const* value = nullptr;
     bool offset = false;

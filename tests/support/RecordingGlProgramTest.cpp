@@ -38,7 +38,7 @@ protected:
         return name;
     }
 
-    // Built as everybody does it: the shaders go once the program is linked.
+    // Built in the usual way: the shaders are deleted once the program is linked.
     void link() {
         std::array<GLuint, 2> const shaders{shader(GL_FRAGMENT_SHADER, kFragment), shader(GL_VERTEX_SHADER, kVertex)};
         program = glCreateProgram();

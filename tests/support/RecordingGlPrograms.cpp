@@ -1,5 +1,5 @@
-// Shaders, programs and uniforms of the recording GL. Nothing is compiled: a program has what its sources declare, or
-// what a test scripted.
+// Shaders, programs and uniforms of the recording GL. Nothing is compiled: a program has the variables that its sources
+// declare, or those that a test scripted.
 #include "tests/support/RecordingGlState.h"
 
 #include <algorithm>
@@ -58,7 +58,7 @@ bool isWord(char c) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
 }
 
-// Where the comment or blank at this place ends; the place itself when there is none.
+// The end of the comment or blank at this position; the position itself if there is none.
 size_t skipBlank(std::string const& source, size_t at) {
     auto const line = source.compare(at, 2, "//") == 0;
     if (line || source.compare(at, 2, "/*") == 0) {
@@ -90,7 +90,7 @@ bool contains(Actives const& list, std::string const& name) {
     return std::any_of(list.begin(), list.end(), [&](auto const& active) { return active.name == name; });
 }
 
-// "a_one, a_two[3];" behind a type, from the token at `at`.
+// Parses "a_one, a_two[3];" after a type, from the token at `at`.
 void appendNames(std::vector<std::string> const& words, size_t at, GLenum type, Actives& list) {
     for (; at < words.size() && words[at] != ";"; ++at) {
         if (!isWord(words[at].front())) continue;
@@ -104,7 +104,7 @@ void appendNames(std::vector<std::string> const& words, size_t at, GLenum type, 
     }
 }
 
-// What one stage declares with the keyword, behind what is in the list already.
+// Appends the stage's declarations with this keyword to the list.
 void appendDeclared(std::string const& source, std::string const& keyword, Actives& list) {
     auto const words = tokens(source);
     for (size_t i = 0; i + 3 < words.size(); ++i) {

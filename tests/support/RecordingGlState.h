@@ -13,11 +13,11 @@
 #include <utility>
 #include <vector>
 
-/// What the gl* functions of this folder share: the recorder's memory. Tests look at it through RecordingGl.
+/// The recorder's state, shared by the gl* functions of this folder. Tests read it through RecordingGl.
 namespace recording {
 
 struct Error {
-    GLenum code = GL_NO_ERROR; // GL_NO_ERROR: GL itself would stay silent, but no right program does this
+    GLenum code = GL_NO_ERROR; // GL_NO_ERROR: GL itself ignores the call, but no correct program makes it
     std::string text;
     bool read = false;
 };
@@ -36,11 +36,11 @@ struct ProgramScript {
 struct State {
     std::thread::id thread = std::this_thread::get_id();
     std::vector<RecordingGl::Call> calls;
-    RecordingGl::Call current; // also where it is not among the calls
+    RecordingGl::Call current; // also if it is not among the calls
     std::vector<RecordingGl::Draw> draws;
 
     std::vector<Error> errors;
-    GLenum flag = GL_NO_ERROR;        // what glGetError answers next
+    GLenum flag = GL_NO_ERROR;        // the next answer of glGetError
     std::optional<size_t> flagMisuse; // index into errors; a scripted error has none
     std::set<GLenum> expected;
 
@@ -61,7 +61,7 @@ struct State {
 
     GLuint activeUnit = 0;
     std::map<GLuint, GLuint> boundTextures; // by unit
-    std::map<GLuint, GLuint> boundSamplers; // by unit; nobody makes them, any name will do
+    std::map<GLuint, GLuint> boundSamplers; // by unit; never generated, any name is accepted
     std::map<GLenum, GLuint> boundBuffers;
     GLuint readFramebuffer = 0;
     GLuint drawFramebuffer = 0;
@@ -91,7 +91,7 @@ struct State {
     std::array<GLboolean, 4> colorMask{GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE};
 
     void record(char const* name, std::vector<RecordingGl::Argument> arguments);
-    /// Whether a script lets this call of the function fail; raises the script's error. Asked right after record().
+    /// Whether a script makes this call of the function fail; raises the script's error. Call it right after record().
     bool fails(char const* name);
     /// Raises an error for the call recorded last.
     void raise(GLenum code, std::string const& reason);
@@ -105,7 +105,7 @@ struct State {
 State& state();
 void forgetState();
 
-/// Lives as long as the recorder answers a call: RecordingGl::atWork() on this thread.
+/// Lives while the recorder answers a call: RecordingGl::atWork() on this thread.
 class [[nodiscard]] AtWork {
 public:
     AtWork();
@@ -126,7 +126,7 @@ AtWork record(char const* name, Arguments const&... arguments) {
     return atWork;
 }
 
-/// Memory of `size` bytes at `pointer`: client memory, or bytes of the buffer bound to `target`. Null and an error when
+/// `size` bytes of memory at `pointer`: client memory, or bytes of the buffer bound to `target`. Null and an error if
 /// GL would refuse.
 std::uint8_t* pixelMemory(GLenum target, void const* pointer, size_t size);
 

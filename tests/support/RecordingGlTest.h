@@ -4,10 +4,9 @@
 
 #include <gtest/gtest.h>
 
-/// Base of the tests that look at GL calls without a context. Each test starts with an empty recorder and fails when
-/// objects outlive it, when a call was wrong and nobody expected it, when a vertex attribute array is left enabled, or
-/// when a script was not reached. Members of a derived fixture may own GL objects: the look is taken after they are
-/// gone.
+/// Base of the tests of GL calls without a context. Each test starts with an empty recorder and fails if objects
+/// outlive it, if a call was wrong and not expected, if a vertex attribute array is left enabled, or if a script was
+/// not used. Members of a derived fixture may own GL objects: the check comes after their destruction.
 class RecordingGlTest : public ::testing::Test {
 public:
     RecordingGlTest() { gl.reset(); }

@@ -31,12 +31,12 @@ size_t bytesPerPixel(GLenum format, GLenum type) {
     }
 }
 
-// Where the rows of a rectangle lie in memory, from the pixel store of one direction.
+// The layout of a rectangle's rows in memory, from the pixel store state of one direction.
 struct Layout {
     size_t rowBytes;    // of the rectangle
-    size_t strideBytes; // from row to row
+    size_t strideBytes; // stride
     size_t skipBytes;   // before the first row
-    size_t size;        // from the pointer to behind the last row
+    size_t size;        // from the pointer to the end of the last row
 
     size_t row(size_t index) const { return skipBytes + index * strideBytes; }
 };

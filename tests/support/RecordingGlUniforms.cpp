@@ -10,12 +10,12 @@ using recording::state;
 
 namespace {
 
-// Keeps the numbers with the call and as the uniform's last value.
+// Stores the numbers with the call and as the uniform's last value.
 void set(GLint location, std::vector<float> const& values) {
     auto& s = state();
     s.calls.back().values = values;
     if (s.currentProgram == 0) return s.raise(GL_INVALID_OPERATION, "no program is in use");
-    if (location == -1) return; // GL passes over it in silence
+    if (location == -1) return; // GL ignores it silently
     auto& program = s.programs.at(s.currentProgram);
     auto const inside = [&](auto const& active) {
         return location >= active.location && location < active.location + active.size;

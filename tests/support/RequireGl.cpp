@@ -1,5 +1,5 @@
 // velmora-require-gl [COMMAND ARGUMENT...]: runs the command if the GL implementation that the environment names is
-// there. Otherwise says why not and ends with the code of a skipped or, where one is required, a failed test.
+// available. Otherwise it says why not and ends with the code of a skipped or, if one is required, a failed test.
 #include "tests/support/GlImplementation.h"
 
 #include <unistd.h>
@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
         auto const implementation = GlImplementation::open();
         auto& stream = implementation.context == nullptr ? std::cerr : std::cout;
         stream << implementation.description << std::endl;
-        // Without its clean-up: a driver's leaks are not this program's subject.
+        // Skips the clean-up: a driver's leaks do not matter here.
         if (implementation.context == nullptr) std::_Exit(GlImplementation::exitCodeWhenMissing());
         if (argc < 2) std::_Exit(EXIT_SUCCESS);
     }

@@ -70,7 +70,7 @@ std::string ShaderEdit::applied(Stage stage, std::string text) {
     return text;
 }
 
-// The linker sends each call of glShaderSource to __wrap_glShaderSource and demands these names.
+// The linker redirects each call of glShaderSource to __wrap_glShaderSource and demands these names.
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" {
 

@@ -4,29 +4,30 @@
 #include <functional>
 #include <string>
 
-/// Changes shader texts on their way to GL, so that a test sees a filter run with a fault in it. The tests' linker
-/// sends glShaderSource here (the list is in CMakeLists.txt); the product has no hook for it. One edit at a time.
+/// Changes shader texts on their way to GL, so that a test can run a filter with a fault in it. The tests' linker
+/// redirects glShaderSource to this class (CMakeLists.txt has the list); the product has no hook for it. One edit at a
+/// time.
 class ShaderEdit {
 public:
     enum class Stage { kVertex, kFragment };
 
-    /// A text, whose places to change it replaces and counts.
+    /// Changes a text and returns the number of replacements.
     using Rewriting = std::function<size_t(std::string& text)>;
 
-    /// From here on `search` becomes `replacement` in each text of that stage.
+    /// From now on `search` becomes `replacement` in each text of that stage.
     ShaderEdit(Stage stage, std::string const& search, std::string const& replacement);
-    /// From here on each text of that stage is rewritten.
+    /// From now on each text of that stage is rewritten.
     ShaderEdit(Stage stage, Rewriting rewriting);
     ShaderEdit(ShaderEdit const&) = delete;
     ShaderEdit& operator=(ShaderEdit const&) = delete;
     ~ShaderEdit();
 
-    /// The text with every place replaced; counts texts and places.
+    /// The text after all replacements; counts texts and replacements.
     std::string applied(Stage stage, std::string text);
 
-    /// Texts of the stage that came by.
+    /// Number of texts of the stage so far.
     size_t texts() const { return texts_; }
-    /// Places that were replaced in them.
+    /// Number of replacements in them.
     size_t replacements() const { return replacements_; }
 
 private:
@@ -36,5 +37,5 @@ private:
     size_t replacements_ = 0;
 };
 
-/// How often `part`, which is not empty, stands in `text`.
+/// Number of occurrences of `part`, which is not empty, in `text`.
 size_t occurrences(std::string const& text, std::string const& part);

@@ -14,7 +14,7 @@ public:
 
     std::string path(std::string const& name) const { return (path_ / name).string(); }
     std::string path() const { return path_.string(); }
-    /// Names of everything in it, sorted, hidden files too.
+    /// Names of all entries, sorted, hidden files too.
     std::vector<std::string> names() const;
 
 private:

@@ -24,7 +24,7 @@ void startVips() {
     if (started != 0) throw std::runtime_error("libvips does not start");
 }
 
-// A file that was written again under its name would be read in its first state. The limit of the cache stays as the
+// libvips would return the old state of a file that was rewritten under its name. The limit of the cache stays as the
 // program sets it, which is tested.
 void emptyVipsCache() {
     int const limit = vips_cache_get_max();

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-/// Pictures whose every sample is known, and files of them.
+/// Pictures with known samples, and files of them.
 namespace testimages {
 
 /// 8-bit samples, interleaved, rows from the top.
@@ -16,9 +16,9 @@ struct Pixels {
     std::vector<std::uint8_t> samples;
 };
 
-/// The sample of the test pattern: uneven in both directions and different in each band.
+/// The sample of the test pattern: irregular in both directions and different in each band.
 std::uint8_t sample8(size_t x, size_t y, size_t band);
-/// The same with 16 bits; the lower byte is no function of the upper one.
+/// The 16-bit sample of the pattern; the lower byte is no function of the upper one.
 std::uint16_t sample16(size_t x, size_t y, size_t band);
 
 Pixels pattern8(size_t width, size_t height, size_t bands);
@@ -29,19 +29,19 @@ Pixels pattern16UpperBytes(size_t width, size_t height, size_t bands);
 void writePattern8(std::string const& path, std::string const& options, size_t width, size_t height, size_t bands);
 void writePattern16(std::string const& path, std::string const& options, size_t width, size_t height, size_t bands);
 
-/// The part of an image file that libvips itself cuts out, of 16-bit samples the upper bytes.
+/// A region of an image file, cropped by libvips itself; the upper bytes of 16-bit samples.
 Pixels cropByVips(std::string const& path, size_t x, size_t y, size_t width, size_t height);
-/// The whole of a file.
+/// The whole picture of a file.
 Pixels readByVips(std::string const& path);
-/// Every sample of a file of 16 bits; throws where it has others.
+/// Every sample of a 16-bit file; throws if it has another depth.
 std::vector<std::uint16_t> read16ByVips(std::string const& path);
-/// Those of the pattern.
+/// The 16-bit samples of the pattern.
 std::vector<std::uint16_t> pattern16(size_t width, size_t height, size_t bands);
 
-/// The part of a picture.
+/// A region of a picture.
 Pixels crop(Pixels const& pixels, size_t x, size_t y, size_t width, size_t height);
 
-/// Empty where both are the same; else the first difference in words.
+/// Empty if both are equal; else the first difference in words.
 std::string difference(Pixels const& actual, Pixels const& expected);
 
 } // namespace testimages

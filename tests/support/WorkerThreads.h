@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-/// Threads that run jobs in the order in which they are handed in. All are done when it is gone.
+/// Threads that run jobs in the order of submission. The destructor waits for all jobs.
 class WorkerThreads {
 public:
     explicit WorkerThreads(size_t count) {
@@ -55,5 +55,5 @@ private:
     std::condition_variable changed_;
     std::deque<std::function<void()>> jobs_;
     bool closed_ = false;
-    std::vector<std::thread> threads_; // last: they use the others
+    std::vector<std::thread> threads_; // last: the threads use the other members
 };

@@ -1,7 +1,7 @@
 // late-writer [write-again]: a host that writes a tile into the upload ring from a second thread, over the recording
 // GL. With "write-again" the host is wrong: when its write has returned, and the ring has counted it as done, it writes
-// into the same room once more, while GL may be reading it. ThreadSanitizer has to say so, otherwise it watches
-// nothing.
+// into the same room once more, while GL may be reading it. ThreadSanitizer has to report this race, or it would detect
+// none.
 #include "tests/gles3renderbackend/BackendFixture.h"
 #include "tests/support/RecordingGl.h"
 
@@ -13,7 +13,7 @@ namespace {
 
 using namespace backendtest;
 
-// Without an order of memory: it tells the thread when to go on, and tells ThreadSanitizer nothing.
+// Relaxed: it tells the thread when to continue, without an order that ThreadSanitizer would see.
 void waitFor(std::atomic<bool> const& flag) {
     while (!flag.load(std::memory_order_relaxed))
         std::this_thread::yield();

@@ -1,5 +1,5 @@
-// Tiles from up to 32 writer threads through the upload ring, over the recording GL, every byte of each looked at.
-// ThreadSanitizer watches: what the writers put into mapped memory and GL reads from it is ordered by the ring alone.
+// Tiles from up to 32 writer threads through the upload ring, over the recording GL; every byte of each is compared.
+// ThreadSanitizer checks that the ring alone orders the writers' stores to mapped memory and GL's reads.
 #include "tests/gles3renderbackend/StagingRingRecordingTest.h"
 #include "tests/support/LongRun.h"
 #include "tests/support/WorkerThreads.h"
@@ -13,7 +13,7 @@ namespace {
 
 using namespace backendtest;
 
-// What a decoder makes of a tile, and what the test expects in its texture.
+// A decoder's output for a tile, which the test expects in its texture.
 Bytes decoded(size_t id, Sizes const& size) {
     std::minstd_rand random(static_cast<std::uint32_t>(id) + 1);
     Bytes pixels(size[0] * size[1] * size[2]);
@@ -24,7 +24,7 @@ Bytes decoded(size_t id, Sizes const& size) {
 
 using SizeOf = Sizes (*)(size_t id);
 
-// 3 to 96 bytes: the smaller a tile, the more often threads meet.
+// 3 to 96 bytes: the smaller the tiles, the more often threads contend.
 Sizes smallTile(size_t id) {
     return {1 + id % 8, 1 + id / 8 % 4, 3};
 }
@@ -34,14 +34,14 @@ Sizes largeTile(size_t id) {
     return {500 + id % 7, 500, 3};
 }
 
-// A host: the test is its GL thread, the writers are its decoders. It keeps a buffer until its write has returned.
+// A host: the test is its GL thread, the writers are its decoders. It holds a buffer until its write has returned.
 class StagingRingThreadsTest : public StagingRingRecordingTest, public ::testing::WithParamInterface<size_t> {
 protected:
-    // Gives back, at random, once in `period` tiles.
+    // Gives buffers back at random, on average once per `period` tiles.
     void stageTiles(size_t count, SizeOf sizeOf, unsigned period) {
         Watchdog const watchdog("tiles through the upload ring", std::chrono::seconds(500));
         sizeOf_ = sizeOf;
-        gl.forgetCalls(); // the instance uploaded something of its own
+        gl.forgetCalls(); // the instance has uploaded a texture of its own
         decoders_.emplace(GetParam());
         std::minstd_rand random(static_cast<std::uint32_t>(GetParam()));
         for (size_t id = 0; id < count && !HasFailure(); ++id) {
@@ -72,7 +72,7 @@ private:
         lookAtUploads();
     }
 
-    // Oldest first. The first that lies in the open ring buffer closes it, after all its writers are done.
+    // Oldest first. The first buffer in the open ring buffer closes it, after all its writers are done.
     void giveBackWritten() {
         while (!held_.empty() && held_.front().written.load()) {
             EXPECT_TRUE(synchronize(std::move(held_.front().buffer)));
@@ -92,8 +92,8 @@ private:
     }
 
     SizeOf sizeOf_ = nullptr;
-    std::deque<Tile> held_; // reserved and not yet given back; its elements stay where they are
-    size_t seen_ = 0;       // tiles that arrived in a texture
+    std::deque<Tile> held_; // reserved and not yet given back; a deque does not move its elements
+    size_t seen_ = 0;       // tiles uploaded into a texture
     std::optional<WorkerThreads> decoders_;
 };
 

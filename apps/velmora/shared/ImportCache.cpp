@@ -23,7 +23,7 @@ HostError unusable(fs::path const& folder, std::string const& reason) {
                      "cannot keep stores in the folder '" + folder.string() + "': " + reason + kAdvice);
 }
 
-// With the folders above it. 0 or a value of errno.
+// Creates the folder and its parents. Returns 0 or a value of errno.
 int make(fs::path const& folder) {
     if (mkdir(folder.c_str(), S_IRWXU) == 0 || errno == EEXIST) return 0;
     if (errno != ENOENT || !folder.has_relative_path()) return errno;
@@ -42,12 +42,12 @@ void importcache::makePrivate(fs::path const& folder) {
     if (status.st_uid != geteuid()) throw unusable(folder, "it belongs to another user");
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
         throw unusable(folder, "others may write to it; take that from them, chmod go-w");
-    // Its names say which pictures its owner has looked at. Not every file system knows permissions.
+    // The store's names tell which pictures the user has opened. Some file systems have no permissions.
     if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0) chmod(folder.c_str(), S_IRWXU);
 }
 
 fs::path importcache::folder(std::string const& cacheHome, std::string const& home) {
-    // Relative paths there are to be ignored.
+    // The standard says that relative paths there are to be ignored.
     if (fs::path(cacheHome).is_absolute()) return fs::path(cacheHome) / "velmora";
     if (fs::path(home).is_absolute()) return fs::path(home) / ".cache" / "velmora";
     return {};
@@ -65,7 +65,7 @@ std::string importcache::storeName(fs::path const& picture, ImageSelection const
     auto const size = failed ? 0 : fs::file_size(absolute, failed);
     auto const time = failed ? fs::file_time_type() : fs::last_write_time(absolute, failed);
     if (failed) throw failures::cannotOpen(picture.string(), failures::reasonOf(failed.value()));
-    // A path holds no byte 0.
+    // Unambiguous: a path holds no byte 0.
     std::string const separator(1, '\0');
     // File systems allow names of 255 bytes.
     constexpr size_t kMaxStem = 200;

@@ -14,17 +14,18 @@ void note(int) {
 } // namespace
 
 void interruption::listen() {
-    // A limit on file sizes is to be a failed write, which is reported like a full disk, not a sudden end.
+    // A write beyond the limit of file sizes then fails and is reported like a full disk, instead of ending the
+    // program.
     std::signal(SIGXFSZ, SIG_IGN);
     for (int const signal : std::array<int, 3>{SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction previous {};
         sigaction(signal, nullptr, &previous);
-        if (previous.sa_handler == SIG_IGN) continue; // the user's nohup
+        if (previous.sa_handler == SIG_IGN) continue; // as under nohup
         struct sigaction action {};
         action.sa_handler = note;
         sigemptyset(&action.sa_mask);
-        // What waits, as for a pipe that nobody writes to, is not to wait on: it fails, and isNoted() says why. The
-        // handler is taken off by the first signal.
+        // Blocking calls, such as opening a pipe without a writer, are not restarted: they fail, and isNoted() says
+        // why. The first signal removes the handler.
         action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
     }

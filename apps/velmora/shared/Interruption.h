@@ -10,14 +10,14 @@ public:
 
 namespace interruption {
 
-/// From now on SIGINT, SIGTERM and SIGHUP are noted, each once: a second one ends the program at once. Calls of the
-/// system that wait fail then.
+/// From now on SIGINT, SIGTERM and SIGHUP are noted, each once: a second one ends the program at once. Blocking system
+/// calls fail then.
 void listen();
 
 /// Whether a signal has been noted.
 bool isNoted();
 
-/// Throws Interrupted where a signal has been noted. To be called between the steps of long work.
+/// Throws Interrupted if a signal has been noted. Call it between the steps of long work.
 void throwIfNoted();
 
 } // namespace interruption

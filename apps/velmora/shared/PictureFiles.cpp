@@ -82,7 +82,7 @@ ImportOptions picturefiles::cacheOptions(std::string const& image) {
 
 StoreInfo picturefiles::importWithProgress(std::string const& image, std::string const& store,
                                            ImportOptions const& options, ImageSelection const& selection) {
-    // Rows are counted, pixels are shown: the bar knows the width once the picture is open.
+    // Steps are rows, the rate counts pixels: the bar needs the width, which is known once the picture is open.
     std::unique_ptr<ProgressBar> bar;
     auto const open = [&] {
         auto picture = openerOf(image, selection)();

@@ -5,16 +5,16 @@
 #include <cstdio>
 #include <string>
 
-/// A line on a terminal that shows how far a job is:
+/// A line on a terminal that shows the progress of a job:
 ///
 ///     reading photo.tif  [##########--------------]  42%  0:07 left
 ///
-/// Draws nothing where the stream is no terminal.
+/// Draws nothing if the stream is no terminal.
 class ProgressBar {
 public:
-    /// pixelsPerStep: where it is not 0, the line says how many million pixels per second are done.
+    /// pixelsPerStep: if it is not 0, the line shows the rate in million pixels per second.
     ProgressBar(std::string const& title, std::FILE* stream, size_t pixelsPerStep = 0);
-    /// Wipes the line.
+    /// Erases the line.
     ~ProgressBar();
 
     ProgressBar(ProgressBar const&) = delete;
@@ -23,9 +23,9 @@ public:
     /// done of total steps; redraws at most ten times per second.
     void update(size_t done, size_t total);
 
-    /// The line for a share of the work, without rate and time left.
+    /// The line for `done` of `total` steps, without rate and time left.
     static std::string line(std::string const& title, size_t done, size_t total);
-    /// "  12.5 Mpixel/s" for so many pixels in so many seconds; empty where one of them is 0.
+    /// "  12.5 Mpixel/s" for `pixels` in `seconds`; empty if either is 0.
     static std::string rate(size_t pixels, double seconds);
 
 private:

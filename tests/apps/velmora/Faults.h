@@ -5,23 +5,23 @@
 #include <string>
 #include <vector>
 
-/// Calls of the system, of those that write files or name them, that go wrong in a child process:
-/// tests/support/FaultyFiles.cpp, loaded before the C library, does it.
+/// Failing system calls in a child process, among those that write files or name them. tests/support/FaultyFiles.cpp,
+/// loaded before the C library, makes them fail.
 struct Fault {
     static constexpr size_t kUntilTheEnd = 1000 * 1000;
 
-    std::string calls;   ///< only these count, "link unlink"; empty: all
-    std::string missing; ///< these fail always, as on a file system that does not know them
-    std::string folder;  ///< only on files in it; empty: on all
-    size_t first = 0;    ///< counted from 1
-    size_t last = 0;     ///< the same, or a later one: all of them fail
-    int reason = 0;      ///< a value of errno; ENOSPC: only calls that need room count. 0: the process is killed there
+    std::string calls;   ///< names of the counted calls, "link unlink"; empty: all
+    std::string missing; ///< calls that always fail, as on a file system that lacks them
+    std::string folder;  ///< counts only calls on files in it; empty: on all
+    size_t first = 0;    ///< first failing call, from 1
+    size_t last = 0;     ///< last failing call: first, or a later one
+    int reason = 0;      ///< errno; ENOSPC: only calls that need room count. 0: the process is killed there
     std::string wait; ///< instead, the call is held up until this file is there; FILE.reached is made when it begins to
 
     Process::Environment environment() const;
 };
 
-/// How many calls that count a run makes to its end. The run must succeed.
+/// Number of counted calls of a whole run. The run must succeed.
 size_t countCalls(std::vector<std::string> const& arguments, Fault fault, Process::Environment environment = {});
 
 /// Runs velmora with a fault.

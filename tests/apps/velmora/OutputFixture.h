@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-/// A folder, and what the program does to files in it.
+/// A folder, and the program's effect on files in it.
 class OutputFixture : public testing::Test {
 protected:
     static constexpr int kUsage = 2;
@@ -19,7 +19,7 @@ protected:
 
     std::string path(std::string const& name) const { return folder_.path(name); }
 
-    /// One line on stderr that holds the words, and every file as it was.
+    /// Expects one line on stderr with these words, and every file unchanged.
     void expectRefused(std::vector<std::string> const& arguments, int exitCode, std::vector<std::string> const& words,
                        Process::Environment const& environment = {}) const {
         auto const before = contents();
@@ -42,7 +42,7 @@ protected:
     TemporaryFolder folder_;
 
 private:
-    // Names and bytes, in folders too.
+    // Names and contents of all files, in folders too.
     std::vector<std::pair<std::string, std::string>> contents() const {
         std::vector<std::pair<std::string, std::string>> files;
         for (auto const& entry : std::filesystem::recursive_directory_iterator(folder_.path()))

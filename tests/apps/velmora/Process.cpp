@@ -37,7 +37,7 @@ void limitFileSize(size_t bytes) {
     setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-// The loader ends a name in LD_PRELOAD at a blank, and takes folders in LD_LIBRARY_PATH as they are.
+// The loader splits LD_PRELOAD at blanks, and takes folders in LD_LIBRARY_PATH as they are.
 void preload(std::filesystem::path const& library) {
     char const* const folders = std::getenv("LD_LIBRARY_PATH");
     std::string const more = folders == nullptr ? "" : std::string(":") + folders;
@@ -46,10 +46,10 @@ void preload(std::filesystem::path const& library) {
 }
 
 void change(Process::Environment const& changes) {
-    // Drivers that ask for a window system write a line of their own where this is not set.
+    // Without this variable, drivers that ask for a window system write a line of their own.
     setenv("XDG_RUNTIME_DIR", "/tmp", 0);
-    // Of a program under AddressSanitizer: a library may be loaded before it, and its leak check does not follow what
-    // SwiftShader's own allocator returns as thread-local storage, which ends it.
+    // Under AddressSanitizer a library may be loaded before it; its leak check crashes, because it does not follow the
+    // thread-local storage of SwiftShader's own allocator.
     char const* const options = std::getenv("ASAN_OPTIONS");
     std::string const more = ":verify_asan_link_order=0:intercept_tls_get_addr=0";
     setenv("ASAN_OPTIONS", ((options == nullptr ? "" : options) + more).c_str(), 1);
@@ -80,7 +80,7 @@ Process::Process(std::vector<std::string> arguments, Environment const& changes,
     dup2(err_, STDERR_FILENO);
     change(changes);
     limitFileSize(maxFileBytes);
-    // A shell starts what runs in the background, and nohup all that it runs, with signals ignored.
+    // A shell starts background processes, and nohup its command, with signals ignored.
     for (int const number : {SIGINT, SIGTERM, SIGHUP})
         std::signal(number, SIG_DFL);
     execv(pointers[0], pointers.data());
@@ -113,7 +113,7 @@ Process::Result Process::wait() {
 }
 
 bool makePermissionsCount() {
-    // A set that only counts at an execv: this process keeps what it has.
+    // The set takes effect at an execv only: this process keeps its own.
     return geteuid() != 0 ||
            (prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE) == 0 && prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) == 0);
 }

@@ -12,13 +12,13 @@ public:
     using Environment = std::map<std::string, std::string>;
 
     struct Result {
-        int exitCode; ///< -1 where a signal ended it
+        int exitCode; ///< -1: a signal ended it
         std::string out;
         std::string err;
     };
 
     explicit Process(std::vector<std::string> arguments, Environment const& changes = {}, size_t maxFileBytes = 0);
-    /// Kills it where it still runs.
+    /// Kills it if it still runs.
     ~Process();
     Process(Process const&) = delete;
     Process& operator=(Process const&) = delete;
@@ -33,8 +33,8 @@ private:
     int err_;
 };
 
-/// Takes from processes that are started from now on what lets root write to files against their permissions. False
-/// where that cannot be done.
+/// From now on started processes lose root's right to write to files against their permissions. False if that is
+/// impossible.
 bool makePermissionsCount();
 
 /// Runs velmora to its end.

@@ -14,7 +14,7 @@ void change(std::string const& store, std::string const& statement) {
     sqlite::Database(store, sqlite::Database::Mode::ReadWrite).execute(statement);
 }
 
-// Every failure: the exit code, one line on stderr that holds the given words, nothing on stdout, no file made.
+// Every failure: the exit code, one line on stderr with the given words, nothing on stdout, no file made.
 class ProgramErrorsGLTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -146,7 +146,7 @@ TEST_F(ProgramErrorsGLTest, AStoreCutOffIsExitCode10) {
     expectFailure(runVelmora({"render", store, "-o", view()}), 10, {"a.vlm", "damaged"});
 }
 
-// The child loses the GL implementation that it was to run on, and finds no other.
+// The child loses the GL implementation, and finds no other.
 TEST_F(ProgramErrorsGLTest, AMissingGlDriverIsExitCode7) {
     Process::Environment const noDriver{{"LD_LIBRARY_PATH", ""},
                                         {"__EGL_VENDOR_LIBRARY_FILENAMES", "/nowhere/driver.json"}};
@@ -159,8 +159,8 @@ TEST_F(ProgramErrorsGLTest, AFailureOfTheBackendIsExitCode8) {
     expectFailure(runVelmora({"render", image_, "-o", view()}, broken), 8, {"Failed to setup render to texture"});
 }
 
-// Whatever has no memory, the program ends with one line and leaves no picture. Allocations of the backend are among
-// them.
+// Wherever memory runs out, the program ends with one line and leaves no picture. Allocations of the backend are among
+// the failing ones.
 TEST_F(ProgramErrorsGLTest, ADrawingShortOfMemoryEndsWithALine) {
     std::string const store = folder_.path("a.vlm");
     ASSERT_EQ(runVelmora({"import", image_, store}).exitCode, 0);

@@ -1,5 +1,5 @@
-// Whatever call of the system fails, and wherever the program is killed: under the output's name there is the old file,
-// byte for byte, or the whole new one, and nothing else is left.
+// Whichever system call fails, and wherever the program is killed: the output's name refers to the old file, byte for
+// byte, or to the whole new one, and no other file is left.
 #include "host/HostError.h"
 #include "host/store/StoreCheck.h"
 #include "tests/apps/velmora/Faults.h"
@@ -64,8 +64,7 @@ protected:
         EXPECT_EQ(std::filesystem::exists(file) ? readFile(file) : "", old);
     }
 
-    // Lets one call after the other fail. The file is what `old` says before each of them, and not there where that is
-    // empty.
+    // Makes one call after the other fail. Before each the file has the content `old`, or is missing if that is empty.
     template <class IsWhole>
     void sweep(Arguments const& arguments, std::string const& file, std::string const& old, Fault fault,
                IsWhole const& isWhole) const {
@@ -91,7 +90,7 @@ protected:
         EXPECT_TRUE(HasFailure() || failures > calls / 2) << "most calls matter";
     }
 
-    // A call fails; from a call on the disk is full. With a folder only calls on its files fail.
+    // One call fails, or the disk is full from a call on. With a folder only calls on its files fail.
     template <class IsWhole>
     void sweepBoth(Arguments const& arguments, std::string const& file, std::string const& old,
                    std::string const& folder, IsWhole const& isWhole) const {
@@ -103,7 +102,7 @@ protected:
         sweep(arguments, file, old, fault, isWhole);
     }
 
-    // Of all files, with those in folders.
+    // Of all files, also in folders.
     Names names() const {
         Names names;
         for (auto const& entry : std::filesystem::recursive_directory_iterator(folder_.path()))
@@ -206,7 +205,7 @@ TEST_F(ProgramFaultsTest, AnExportThatIsKilledLeavesWhatTheNextOneRemoves) {
     EXPECT_EQ(names(), with(before, tiff_));
 }
 
-// File systems differ in what renames they know, and some have no links.
+// File systems support different kinds of renames, and some have no links.
 TEST_F(ProgramFaultsTest, AnImportNeedsNoRenameThatTakesOnlyFreeNames) {
     for (std::string const missing : {"renameat2", "renameat2 link"}) {
         std::filesystem::remove(store_);
@@ -221,7 +220,7 @@ TEST_F(ProgramFaultsTest, AnImportNeedsNoRenameThatTakesOnlyFreeNames) {
     }
 }
 
-// One is held up where it is about to give its store the name; the other one is quicker.
+// One import is held up before it gives its store the name; the other one overtakes it.
 TEST_F(ProgramFaultsTest, OfTwoImportsTheLaterOneLeavesTheStoreOfTheFirst) {
     for (std::string const missing : {"", "renameat2", "renameat2 link"}) {
         SCOPED_TRACE("without " + missing);

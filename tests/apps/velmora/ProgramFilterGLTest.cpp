@@ -1,4 +1,4 @@
-// The program's filters, byte for byte as chains of plain integer models give them on the whole picture.
+// The program's filters, byte for byte as chains of plain integer models on the whole picture.
 #include "host/Geometry.h"
 #include "reference/Blit.h"
 #include "reference/Clahe.h"
@@ -22,7 +22,7 @@ using testimages::Pixels;
 
 namespace {
 
-// More than one part in each direction, and not a multiple of anything.
+// More than one part in each direction, and not a multiple of any part size.
 constexpr size_t kWidth = 1117;
 constexpr size_t kHeight = 1043;
 
@@ -59,7 +59,7 @@ Texels sharpened(Texels const& image, double gain) {
 Texels equalised(Texels const& image, double clip) {
     Texels deep = reference::rgba8ToYCoCg16(image);
     reference::Planes3 planes = reference::unpackThreeChannel16(deep);
-    // Luma is the first of four components; the others pass.
+    // Luma is the first of four components; the others pass through.
     std::vector<std::int16_t> samples;
     for (std::int32_t const y : planes[0].samples)
         samples.insert(samples.end(), {static_cast<std::int16_t>(y), 0, 0, 0});
@@ -80,7 +80,7 @@ Texels gammaMapped(Texels const& image, double gamma, std::uint64_t black, std::
     return reference::tableLookup8(image, reference::blackWhiteGamma8Table(gamma, black, white));
 }
 
-// Column by column, 1024 is 1.0: rows 0.5 0.25 0, 0 1 -0.125, 0.75 0 0.5.
+// Column-major, 1024 is 1.0: rows 0.5 0.25 0, 0 1 -0.125, 0.75 0 0.5.
 constexpr reference::Matrix3 kMatrix = {512, 0, 768, 256, 1024, 0, 0, -128, 512};
 char const* const kMatrixText = "0.5,0.25,0,0,1,-0.125,0.75,0,0.5";
 
@@ -210,7 +210,7 @@ TEST_F(ProgramFilterGLTest, PicturesSmallerThanTheReachOfAFilterAreExact) {
 
 namespace {
 
-// Pictures of 16 bits: the chain starts with 15 of them.
+// Pictures of 16 bits: the chain starts with the upper 15.
 class ProgramDeepFilterGLTest : public ProgramFilterGLTest {
 protected:
     using DeepModel = std::function<Texels(reference::Planes3 const& codesOf15Bits)>;
@@ -246,7 +246,7 @@ Texels lookedUp(reference::Planes3 const& planes, reference::ByteTable const& ta
     return tableLookup16(reference::packThreeChannel16(planes), table);
 }
 
-// The upper byte of so many bits.
+// The upper byte of a value of `depth` bits.
 Texels shown(reference::Planes3 const& planes, unsigned depth) {
     reference::ByteTable table(size_t{1} << depth);
     for (size_t code = 0; code < table.size(); ++code)

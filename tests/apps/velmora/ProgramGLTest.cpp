@@ -10,7 +10,7 @@
 
 namespace {
 
-// POSIX, not std::regex: gcc 12 warns inside of that one when sanitizers are on.
+// POSIX, not std::regex, inside which gcc 12 warns with sanitizers on.
 bool matches(std::string const& text, std::string const& pattern) {
     regex_t expression{};
     if (regcomp(&expression, pattern.c_str(), REG_EXTENDED | REG_NOSUB | REG_NEWLINE) != 0) return false;
@@ -37,7 +37,7 @@ TEST(ProgramGLTest, InfoNamesTheImplementationThatDraws) {
     ASSERT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.err, "");
     char const* const expected = std::getenv("VELMORA_EXPECT_RENDERER");
-    // A file-name pattern, as the test main takes it.
+    // A file name pattern, like the test main's.
     EXPECT_EQ(fnmatch(expected == nullptr ? "?*" : expected, valueOf(result.out, "renderer").c_str(), 0), 0)
         << result.out;
     EXPECT_NE(valueOf(result.out, "vendor"), "");

@@ -1,4 +1,4 @@
-// Files from anywhere, drawn.
+// Hostile files, drawn.
 #include "tests/apps/velmora/Restricted.h"
 #include "tests/host/store/HostileStores.h"
 #include "tests/support/TemporaryFolder.h"
@@ -7,7 +7,7 @@
 
 #include <filesystem>
 
-// Before a context is made: drivers address gigabytes.
+// Refused before a context is made: drivers address gigabytes.
 TEST(ProgramHostileStoreGLTest, EachIsDamageAtOnceAndTakesNoMemory) {
     TemporaryFolder const folder;
     std::string const path = folder.path("a.vlm");

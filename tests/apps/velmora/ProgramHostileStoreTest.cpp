@@ -1,4 +1,4 @@
-// Files from anywhere, given to the commands that need no GL.
+// Hostile files, given to the commands that need no GL.
 #include "tests/apps/velmora/Restricted.h"
 #include "tests/host/store/HostileStores.h"
 #include "tests/host/store/StoreFiles.h"
@@ -13,9 +13,9 @@ namespace {
 
 using testpictures::Content;
 
-// Half of what the program addresses when it does nothing is libraries.
+// Libraries are half of the idle program's address space.
 constexpr rlim_t kAddressBytes = 1'000'000'000;
-// A tenth of it on a machine that has nothing else to do.
+// On an idle machine it takes a tenth of this.
 constexpr std::chrono::seconds kTime(20);
 
 class ProgramHostileStoreTest : public testing::Test {
@@ -50,7 +50,7 @@ TEST_F(ProgramHostileStoreTest, EachIsDamageAtOnceAndTakesNoMemory) {
     }
 }
 
-// It would clear the screen, name the window, and turn the text around.
+// The text would clear the screen, name the window, and reverse the direction of writing.
 TEST_F(ProgramHostileStoreTest, WhatItsTextsSayToATerminalIsShownAndNotObeyed) {
     testpictures::import(testpictures::picture(40, 30, 1, 8, Content::Noise), path_, {});
     storefiles::change(path_, "UPDATE meta SET value = CAST(x'1b5b324a1b5d303b6d696e6507e280aeff2e746966' AS TEXT)"
@@ -93,7 +93,7 @@ TEST_F(ProgramHostileStoreTest, AFileThatTheDiskDoesNotGiveIsExitCode3) {
     EXPECT_NE(result.err.find("cannot read '/proc/self/mem': Input/output error"), std::string::npos) << result.err;
 }
 
-// Of a flat picture, wider than any machine has memory for should it not be flat.
+// A flat picture, so wide that no machine would have memory for it if it were not flat.
 TEST_F(ProgramHostileStoreTest, AnExportThatTakesMoreMemoryThanThereIsIsExitCode1) {
     ImportOptions options;
     options.tileSize = 2048;

@@ -1,4 +1,4 @@
-// Parts of image files as the program draws them.
+// Parts of image files, drawn by the program.
 #include "tests/apps/velmora/Process.h"
 #include "tests/host/image/TestTiff.h"
 #include "tests/support/TemporaryFolder.h"
@@ -31,7 +31,7 @@ protected:
         return made;
     }
 
-    // What is drawn of the file, and what the program says of it.
+    // The drawn picture, and the program's messages.
     Samples render(std::vector<std::string> options, std::string const& told = "") {
         std::filesystem::remove(path("view.png"));
         options.insert(options.begin(), {"render", path("a.tif"), "-o", path("view.png")});
@@ -77,7 +77,7 @@ TEST_F(ProgramImageGLTest, PagesBandsAndRangesAreDrawn) {
     EXPECT_EQ(filesamples::difference(render({"--page", "3", "--bands", "2", "--range", "auto"}),
                                       upperBytes(filesamples::scaled(filesamples::withBands(third, {2}), -197, 688))),
               "");
-    // A filter takes the 16 bits: this one does nothing.
+    // A filter takes 15 of the 16 bits: this one has no effect.
     EXPECT_EQ(filesamples::difference(render({"--page", "2", "--truncate", "0"}), filesamples::read(image, 2)), "");
 }
 

@@ -1,5 +1,5 @@
-// What the program takes of image files, what it refuses and with which line. Nothing here needs GL: pictures are
-// imported, and what cannot be shown is refused before there is a context or a window.
+// What the program takes from image files, what it refuses and with which line. Nothing here needs GL: pictures are
+// imported, and refusals come before there is a context or a window.
 #include "host/store/TileStore.h"
 #include "tests/apps/velmora/Process.h"
 #include "tests/host/image/TestTiff.h"
@@ -30,7 +30,7 @@ class ProgramImageTest : public testing::Test {
 protected:
     std::string path(std::string const& name) const { return folder_.path(name); }
 
-    // Nothing but the line, and no file made.
+    // Expects the line alone, and no file made.
     void expectFailure(Arguments const& arguments, int exitCode, std::string const& line,
                        Process::Environment const& environment = {}) const {
         std::vector<std::string> const before = folder_.names();
@@ -41,7 +41,7 @@ protected:
         EXPECT_EQ(folder_.names(), before);
     }
 
-    // The same for each of the three commands that take an image, whose name the line may have for COMMAND.
+    // The same for each of the three commands that take an image; COMMAND in the line stands for its name.
     void expectRefused(std::string const& image, Arguments const& options, int exitCode,
                        std::string const& line) const {
         auto const with = [&](Arguments command) {
@@ -57,7 +57,7 @@ protected:
         expectFailure(with({"view", image}), exitCode, lineOf("view"), {{"XDG_CACHE_HOME", path("cache")}});
     }
 
-    // What the import says, and what comes out of the store.
+    // The import's messages, and the store's samples.
     std::string import(std::string const& image, Arguments const& options, std::string const& told = "") const {
         Arguments arguments{"import", image, store_, "--force"};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -74,7 +74,7 @@ protected:
         return filesamples::read(path("out.tif"));
     }
 
-    // The line of `velmora info` and the words of its JSON.
+    // The line of `velmora info` and its JSON entry.
     void expectTaken(std::string const& selection, double low, double high) const {
         auto const info = runVelmora({"info", store_});
         EXPECT_NE(info.out.find("\ntaken of it             " +
@@ -285,7 +285,7 @@ TEST_F(ProgramImageTest, NamesThatAreLeftOutAreAskedFor) {
     expectFailure({}, 2, "no command given; see velmora --help");
 }
 
-// Nobody writes to it: who opens it waits for ever.
+// A pipe without a writer: opening it would block for ever.
 TEST_F(ProgramImageTest, APipeIsNotWaitedFor) {
     std::string const pipe = path("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -296,13 +296,13 @@ TEST_F(ProgramImageTest, APipeIsNotWaitedFor) {
     expectFailure({"export", pipe, path("b.tif")}, 9, line);
 }
 
-// A script may come out of a pipe. While it is waited for, one signal is enough.
+// A script may come through a pipe. While the program waits for it, one signal suffices.
 TEST_F(ProgramImageTest, TheFirstSignalEndsTheWaitForAPipe) {
     std::string const pipe = path("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
         Process process({"view", "--script", pipe});
-        // Until it has opened nothing for a while it may not have come so far.
+        // Waits until the program has opened nothing for a while.
         std::this_thread::sleep_for(std::chrono::milliseconds(700));
         ASSERT_TRUE(process.running());
         process.signal(signal);
@@ -349,7 +349,7 @@ TEST_F(ProgramImageTest, AFileThatOnlyImageMagickReadsIsExitCode4) {
             "PNM, PAM, PFM, BMP, VIPS, JPEG XL, PNG, WebP, JPEG, TIFF, GIF, JPEG 2000, HEIF, PDF, Radiance");
 }
 
-// A file of zeros that take no room on the disk.
+// A sparse file of zeros.
 TEST_F(ProgramImageTest, RowsOfTilesThatWouldFillTheMemoryAreRefused) {
     writeFile(path("a.pgm"), "P5\n3000000 3000\n255\n");
     std::filesystem::resize_file(path("a.pgm"), std::filesystem::file_size(path("a.pgm")) + 3000000ull * 3000);

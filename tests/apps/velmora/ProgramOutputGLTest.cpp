@@ -1,4 +1,4 @@
-// What render does to files that are there, where it keeps stores, and what is left where it fails.
+// The effect of render on existing files, where it keeps stores, and what a failure leaves.
 #include "tests/apps/velmora/Faults.h"
 #include "tests/apps/velmora/OutputFixture.h"
 #include "tests/support/TestImages.h"
@@ -22,7 +22,7 @@ class ProgramOutputGLTest : public OutputFixture {
 protected:
     void SetUp() override { testimages::writePattern8(image_, "", 60, 50, 3); }
 
-    // Of a picture at another zoom, for which a store is made.
+    // For a picture at another zoom, which needs a store.
     Arguments zoomed(std::string const& output) const {
         return {"render", image_, "-o", path(output), "--zoom", "0.5"};
     }
@@ -31,7 +31,7 @@ protected:
         return testimages::difference(testimages::readByVips(file), testimages::readByVips(image_)).empty();
     }
 
-    // With a reason one call fails, or from one on the disk is full; without one the program is killed there.
+    // With a reason one call fails, or the disk is full from one on; without one the program is killed there.
     void sweep(std::string const& output, int reason) const {
         Arguments const arguments{"render", image_, "-o", output, "--force"};
         Fault fault;
@@ -44,7 +44,7 @@ protected:
             writeFile(output, "old");
             fault.last = reason == ENOSPC ? Fault::kUntilTheEnd : fault.first;
             expectOldOrNew(runFaulty(arguments, fault), output, reason);
-            // The next run takes away what is left of one that was killed.
+            // The next run removes the leftovers of a killed one.
             int const next = reason == kKilled ? runVelmora(arguments).exitCode : 0;
             EXPECT_EQ(next, 0);
             EXPECT_EQ(std::distance(fs::directory_iterator(fault.folder), fs::directory_iterator()), 1);
@@ -73,7 +73,7 @@ TEST_F(ProgramOutputGLTest, AFileThatIsThereIsReplacedOnlyByForce) {
     for (std::string const name : {"b.png", "b.tif"}) {
         writeFile(path(name), "mine");
         expectRefused({"render", image_, "-o", path(name)}, kUnwritable, {name, "exists already", "--force"});
-        // At once: the store that the zoom takes is not made first.
+        // At once: before the store for the zoom is made.
         expectRefused({"render", image_, "-o", path(name), "--zoom", "0.5"}, kUnwritable, {name, "exists already"},
                       {{"XDG_CACHE_HOME", path("cache")}});
         EXPECT_EQ(runVelmora({"render", image_, "-o", path(name), "--force"}).exitCode, 0);
@@ -154,8 +154,7 @@ TEST_F(ProgramOutputGLTest, WhatKilledImportsLeaveInTheUsersCacheIsRemoved) {
     EXPECT_EQ(std::distance(left, fs::directory_iterator()), 1);
 }
 
-// Every call that concerns the output, which does not depend on the GL implementation: a hundred runs are enough on
-// one.
+// Every call that concerns the output. It does not depend on the GL implementation: a hundred runs on one suffice.
 TEST_F(ProgramOutputGLTest, WhateverFailsThereIsTheOldFileOrTheNewOne) {
     char const* const renderer = std::getenv("VELMORA_EXPECT_RENDERER");
     if (renderer != nullptr && std::string(renderer).rfind("llvmpipe", 0) != 0) GTEST_SKIP() << "it runs on llvmpipe";

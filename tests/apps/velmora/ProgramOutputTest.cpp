@@ -1,4 +1,4 @@
-// What import and export do to files that are there, and what a user is told where a file cannot be written.
+// The effect of import and export on existing files, and their messages if a file cannot be written.
 #include "host/HostError.h"
 #include "host/store/TileStore.h"
 #include "tests/apps/velmora/OutputFixture.h"
@@ -52,7 +52,7 @@ TEST_F(ProgramOutputTest, AFileThatIsThereIsReplacedOnlyByForce) {
 }
 
 TEST_F(ProgramOutputTest, TheInputIsNeverReplaced) {
-    // A store may have any name: here that of a TIFF.
+    // A store may have almost any name: here that of a TIFF.
     fs::rename(store_, tiff_);
     fs::create_symlink("a.tif", path("link.tif"));
     fs::create_hard_link(tiff_, path("hard.tif"));
@@ -133,7 +133,7 @@ TEST_F(ProgramOutputTest, AStoreOfAnyNameCanBeOpened) {
                                                                  {"b\xff.vlm", path("latin\xe4.png")},
                                                                  {"%41.vlm#x", image_},
                                                                  {std::string(255, 'n'), image_}};
-    // Relative names: these are the ones that SQLite could take for something else.
+    // Relative names: SQLite could take these for something else.
     fs::path const before = fs::current_path();
     fs::current_path(folder_.path());
     for (auto const& [name, image] : names) {
@@ -152,20 +152,20 @@ TEST_F(ProgramOutputTest, APathThatIsTooLongForSqliteIsRefused) {
     while (folder.size() < 470)
         folder += "/" + std::string(std::min<size_t>(100, 475 - folder.size()), 'd');
     fs::create_directories(folder);
-    // While it is written its name has 18 bytes more.
+    // Its temporary name is 18 bytes longer.
     std::string const fits = folder + "/" + std::string(486 - folder.size() - 1, 'a');
     EXPECT_EQ(fits.size(), 486u);
     EXPECT_EQ(runVelmora({"import", image_, fits}).exitCode, 0);
     EXPECT_EQ(runVelmora({"check", fits}).exitCode, 0);
     expectRefused({"import", image_, fits + "a"}, kUnwritable, {"487 bytes", "486 fit"});
-    // The same by a shorter way.
+    // The same by a shorter path.
     fs::create_directory_symlink(folder, path("short"));
     expectRefused({"import", image_, path("short/") + fs::path(fits).filename().string() + "a"}, kUnwritable,
                   {"487 bytes"});
 }
 
-// A file of libvips's own has pixels per millimetre along x and y as floats at bytes 32 and 36, and may say anything.
-// Coarse ones count as those of prints, which say nothing about the thing that is shown.
+// A file of libvips' own has pixels per millimetre along x and y as floats at bytes 32 and 36, of any value. Coarse
+// ones count as print densities, which do not state the size of a pixel.
 TEST_F(ProgramOutputTest, AResolutionThatCannotBeIsLeftOutWithAWord) {
     writeResolution(std::numeric_limits<float>::infinity());
     auto const imported = runVelmora({"import", path("b.v"), path("b.vlm")});

@@ -29,7 +29,7 @@ constexpr size_t kHeight = 457;
 
 class ProgramRenderGLTest : public testing::Test {
 protected:
-    // Draws the file and compares with what libvips cuts out of it.
+    // Draws the file and compares with libvips' own crop.
     void expectCrop(std::string const& file, Region const& region, size_t tile) const {
         std::string const view = folder_.path("view.png");
         auto const result =
@@ -129,7 +129,7 @@ TEST_F(ProgramRenderGLTest, TilesOfAnySizeGiveTheSamePicture) {
     testimages::writePattern8(file, "", kWidth, kHeight, 3);
     for (size_t const tile : {32u, 255u, 257u, 512u, 2048u})
         expectCrop(file, {1, 2, kWidth - 3, kHeight - 5}, tile);
-    // Smaller: Zink 22 loses a descriptor pool of its own after 500 draws in a row, which a leak check reports.
+    // Smaller: Zink 22 leaks a descriptor pool after 500 draws in a row, which a leak check reports.
     expectCrop(file, {301, 202, 190, 133}, 16);
 }
 
@@ -204,7 +204,7 @@ TEST_F(ProgramRenderGLTest, AnImageAtAnyZoomShowsItsNearestPixels) {
     }
     EXPECT_EQ(testimages::difference(got, expected), "");
 
-    // The store that was made is used again: the same is drawn where it is asked for by its name.
+    // The store is reused: rendering it by its name draws the same.
     auto const stores = std::filesystem::directory_iterator(folder_.path("cache/velmora"));
     std::string const store = begin(stores)->path().string();
     ASSERT_EQ(runVelmora({"render", store, "-o", folder_.path("again.png"), "--zoom", "0.71"}).exitCode, 0);
@@ -230,8 +230,7 @@ TEST_F(ProgramRenderGLTest, RegionOfAStoreIsTheFilesAtZoomOneAndALevelBelow) {
     EXPECT_EQ(testimages::difference(testimages::readByVips(view), testimages::cropByVips(file, 101, 57, 380, 291)),
               "");
 
-    // Samples of a quarter's level are four pixels apart: 101 to 480 meet those from 25 to 120, 57 to 347 from 14 to
-    // 86.
+    // Samples of level 2 are four pixels apart: 101 to 480 correspond to 25 to 120, 57 to 347 to 14 to 86.
     ASSERT_EQ(runVelmora({"render", store, "-o", view, "--force", "-r", "101,57,380,291", "--zoom", "0.25"}).exitCode,
               0);
     Pixels const quarter = testimages::readByVips(view);

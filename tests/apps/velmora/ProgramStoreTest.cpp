@@ -26,7 +26,7 @@ protected:
 
     std::string path(std::string const& name) const { return folder_.path(name); }
 
-    // Imports the image; the store and the image are then all there is.
+    // Imports the image; then the image and the store are the only files.
     void import() {
         auto const result = runVelmora({"import", image_, store_, "--tile", "64"});
         ASSERT_EQ(result.exitCode, 0) << result.err;
@@ -34,7 +34,7 @@ protected:
         ASSERT_EQ(before_, (Names{"a.png", "a.vlm"}));
     }
 
-    // One line on stderr that holds the words, and no file made.
+    // Expects one line on stderr with these words, and no file made.
     void expectFailure(Process::Result const& result, int exitCode, std::vector<std::string> const& words) const {
         EXPECT_EQ(result.exitCode, exitCode) << result.err;
         EXPECT_EQ(result.err.rfind("velmora: ", 0), 0u) << result.err;
@@ -48,7 +48,7 @@ protected:
         sqlite::Database(store_, sqlite::Database::Mode::ReadWrite).execute(statement);
     }
 
-    // Every command that reads a store fails alike.
+    // Every command that reads a store fails in the same way.
     void expectReadersFail(int exitCode, std::vector<std::string> const& words) const {
         expectFailure(runVelmora({"info", store_}), exitCode, words);
         expectFailure(runVelmora({"check", store_}), exitCode, words);
@@ -190,7 +190,7 @@ TEST_F(ProgramStoreTest, AStoreCutOffIsExitCode10) {
 TEST_F(ProgramStoreTest, AStoreThatIsOverwrittenIsExitCode9Or10) {
     import();
     std::string const whole = readFile(store_);
-    // Behind the header: the pages of the description and of the tiles.
+    // After the header: the pages of the description and of the tiles.
     writeFile(store_, whole.substr(0, 100) + std::string(whole.size() - 100, '\x55'));
     expectReadersFail(10, {"a.vlm", "damaged"});
     writeFile(store_, std::string(whole.size(), '\x55'));
@@ -259,7 +259,7 @@ TEST_F(ProgramStoreTest, NeitherImportNorExportReplacesWhatItReads) {
 TEST_F(ProgramStoreTest, AFullDiskIsExitCode6AndLeavesNothing) {
     size_t const maxFileBytes = 60000;
     expectFailure(runVelmora({"import", image_, store_}, {}, maxFileBytes), 6, {"a.vlm", "File too large"});
-    // In the middle of the import, too, where more has been written than SQLite keeps in memory.
+    // Also in the middle of the import, when more has been written than SQLite's cache holds.
     std::mt19937 random(1);
     std::string noise = "P6\n1500 1000\n255\n";
     for (size_t i = 0; i < 1500 * 1000 * 3; ++i)
@@ -284,7 +284,7 @@ TEST_F(ProgramStoreTest, ADamagedImageLeavesNothing) {
     }
 }
 
-// The built-in picture takes seconds: once the temporary file is there, the import is under way.
+// The built-in picture takes seconds: once the temporary file exists, the import is in progress.
 TEST_F(ProgramStoreTest, AnInterruptedImportLeavesNothing) {
     for (int const signal : {SIGINT, SIGTERM}) {
         Process process({"import", "--built-in", store_});
@@ -295,7 +295,7 @@ TEST_F(ProgramStoreTest, AnInterruptedImportLeavesNothing) {
     }
 }
 
-// Whatever has no memory, the program ends with one line and leaves nothing half made.
+// Wherever memory runs out, the program ends with one line and leaves no incomplete file.
 TEST_F(ProgramStoreTest, AnImportShortOfMemoryEndsWithALine) {
     size_t failed = 0;
     for (long n = 1;; n += n / 4 + 1) {

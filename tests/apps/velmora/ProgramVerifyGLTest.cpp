@@ -28,7 +28,7 @@ TEST(ProgramVerifyGLTest, EveryFilterIsExact) {
     auto const result = runVelmora({"verify"});
     ASSERT_EQ(result.exitCode, 0) << result.out << result.err;
     EXPECT_EQ(result.err, "");
-    // The renderer, an empty line, the heads of the columns, one line per filter, the totals.
+    // The renderer, an empty line, the column headings, one line per filter, the totals.
     auto const lines = wordsOf(result.out);
     std::vector<std::string> const& names = description::names();
     ASSERT_EQ(lines.size(), 3 + names.size() + 1) << result.out;
@@ -41,7 +41,7 @@ TEST(ProgramVerifyGLTest, EveryFilterIsExact) {
     }
 }
 
-// Each filter's comparison sees the wrong byte: no check is blind.
+// Each filter's comparison finds the wrong byte: no check is blind.
 TEST(ProgramVerifyGLTest, WrongBytesInEveryFilterAreExitCode1) {
     auto const result = runVelmora({"verify", "--json"}, {{"LD_PRELOAD", VELMORA_INEXACT_GL}});
     EXPECT_EQ(result.exitCode, 1);

@@ -9,14 +9,14 @@
 #include <thread>
 #include <vector>
 
-/// Runs velmora with so much memory to address and so much time; a run that takes longer is killed, which is exit code
-/// -1. Under sanitizers, which address terabytes, only the time counts.
+/// Runs velmora with limited address space and time; a run that takes longer is killed, with exit code -1. Under
+/// sanitizers, which address terabytes, only the time is limited.
 inline Process::Result runRestricted(std::vector<std::string> const& arguments, Process::Environment const& changes,
                                      [[maybe_unused]] rlim_t addressBytes, std::chrono::seconds time) {
     rlimit before{};
     getrlimit(RLIMIT_AS, &before);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    // The child has it from this process.
+    // The child inherits it from this process.
     rlimit const limit{addressBytes, before.rlim_max};
     setrlimit(RLIMIT_AS, &limit);
 #endif

@@ -1,4 +1,4 @@
-// ./run, without its build: the script in a folder of its own, with the program that is there.
+// ./run without its build: a copy of the script in a folder of its own, with the built program.
 #include "tests/apps/velmora/Process.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestImages.h"
@@ -31,7 +31,7 @@ protected:
 
     std::string path(std::string const& name) const { return folder_.path(name); }
 
-    // The exit code, with no display.
+    // The exit code, without a display.
     int run(std::string const& where, std::string const& arguments) const {
         std::string const command = "cd '" + path(where) + "' && PATH='" + path("bin") +
                                     "':$PATH DISPLAY= WAYLAND_DISPLAY= ../root/run " + arguments + " >'" + path("out") +
@@ -66,7 +66,7 @@ TEST_F(RunScriptGLTest, AnotherFileIsReplacedOnlyByForce) {
     EXPECT_EQ(run("here", "a.png --force"), 0);
     EXPECT_TRUE(shows("here/view.png", "here/a.png"));
     EXPECT_EQ(run("here", "a.png --force"), 0) << "twice is no mistake: " << readFile(path("out"));
-    // It has the name of the one that was drawn, and is another file.
+    // A different file with the name of the drawn one.
     writeFile(path("here/view.png"), "mine again");
     EXPECT_EQ(run("here", "a.png"), 6);
     EXPECT_EQ(readFile(path("here/view.png")), "mine again");

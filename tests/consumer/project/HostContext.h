@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// What CTest takes for "skipped".
+/// CTest's exit code for a skipped test.
 constexpr int kSkipped = 77;
 
 /// An OpenGL ES 3 context without a surface, current on this thread while the object lives.
@@ -29,7 +29,7 @@ public:
     HostGl(HostGl const&) = delete;
     HostGl& operator=(HostGl const&) = delete;
 
-    /// The display stays: terminating it unloads the driver, and what the driver still holds then looks like a leak.
+    /// The display is not terminated: that would unload the driver, whose allocations would then look like leaks.
     ~HostGl() {
         eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
         if (context_ != EGL_NO_CONTEXT) eglDestroyContext(display_, context_);
@@ -50,7 +50,7 @@ public:
     size_t height() const override { return 480; }
 };
 
-/// Exit code of a program that found no context: a failure where one is required.
+/// Exit code of a program that found no context: a failure if one is required.
 inline int withoutContext() {
     char const* const required = std::getenv("VELMORA_REQUIRE_GL");
     bool const fatal = required != nullptr && *required == '1';
@@ -58,7 +58,7 @@ inline int withoutContext() {
     return fatal ? EXIT_FAILURE : kSkipped;
 }
 
-/// Counts what does not hold.
+/// Counts the checks that fail.
 class Checks {
 public:
     void expect(bool holds, char const* what) {

@@ -1,5 +1,5 @@
-// A host that links the two shared libraries and nothing else of ours: draws, reads back, catches what is thrown
-// inside.
+// A host that links the two shared libraries and nothing else of ours: draws, reads back, catches exceptions of the
+// library.
 #include "HostContext.h"
 
 #include "gles3renderbackend/Gles3RenderBackend.h"

@@ -9,7 +9,7 @@ extern "C" __attribute__((visibility("default"))) void clearUnknownTarget(Render
     backend.createInstance(surface)->clear(77, {0, 0, 0});
 }
 
-/// Whether the plugin itself knows the exception by its type.
+/// Whether the plugin itself can catch the exception by its type.
 extern "C" __attribute__((visibility("default"))) bool pluginCatchesByType(RenderContext const& surface) {
     try {
         clearUnknownTarget(surface);

@@ -1,5 +1,5 @@
-// Loads the backend through a plugin with RTLD_LOCAL, as scripting languages and large programs load theirs, and
-// catches by its type what is thrown inside.
+// Loads the backend through a plugin with RTLD_LOCAL, as scripting languages and large programs load plugins, and
+// catches its exceptions by type.
 #include "HostContext.h"
 
 #include "renderbackend/VelmoraException.h"
@@ -36,6 +36,6 @@ int main() {
         checks.expect(false, "the exception has its type outside the plugin");
     }
     checks.expect(caught, "clearing an unknown target throws VelmoraException");
-    // The plugin stays loaded: leak and race reports at exit name its functions.
+    // The plugin is not unloaded: leak and race reports at exit name its functions.
     return checks.exitCode();
 }

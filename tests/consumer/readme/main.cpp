@@ -1,11 +1,11 @@
-// What follows the lines of README.md: the tile lies where they say.
+// Appended to the code of README.md: the tile must lie where that code puts it.
 #include "HostContext.h"
 
 #include <algorithm>
 
 namespace {
 
-// A row of 256 pixels of the tile, from column 256 of the picture's 512 on.
+// A row of the tile's 256 pixels, from column 256 of the picture's 512 on.
 bool rowIsTheTiles(std::vector<unsigned char> const& picture, std::vector<unsigned char> const& tile, size_t row) {
     auto const drawn = picture.begin() + static_cast<std::ptrdiff_t>((row * 512 + 256) * 4);
     auto const stored = tile.begin() + static_cast<std::ptrdiff_t>(row * 256 * 4);

@@ -1,4 +1,4 @@
-// A filter class of a host's own, registered under a name of its own and run.
+// A host's own filter class, registered under a name of its own and run.
 #include "HostContext.h"
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Red and blue change places.
+// Swaps red and blue.
 class SwapRedAndBlue : public Gles3Shader {
 public:
     explicit SwapRedAndBlue(Filter& filter)

@@ -131,7 +131,7 @@ TEST(CLAHETest, LimitIsNeverBelowOne) {
     EXPECT_EQ(histogram[0], 1U);
 }
 
-// The model's second form goes through the published loop even where there is no room.
+// The model's second form uses the published loop even if there is no room.
 TEST(CLAHETest, RandomHistogramsAreClippedAsByThePublishedLoop) {
     std::mt19937 random(3);
     for (int i = 0; i < 600; ++i) {

@@ -47,7 +47,7 @@ TEST_F(FilterGeometryGLTest, WiderInputStrideWinsOverTheAlignmentOfTwo) {
     EXPECT_EQ(rig.instantiated(description).effectiveAlignX(), 4U);
 }
 
-// Within two pixels of the edge the taps reach out of the picture; everywhere else they do not.
+// The taps reach out of the picture within two pixels of its edge only.
 TEST_F(FilterGeometryGLTest, SharpeningEightBitsYieldsWhatTheTapsReach) {
     Texels const picture = randomTexels(23, 15, 1);
     FilterSharpness8Params params;

@@ -2,7 +2,7 @@
 
 #include "conformance/Inputs.h"
 
-/// What the filters are fed with in the tests.
+/// Input pictures of the filters in the tests.
 namespace filtertest {
 
 using conformance::boundaryPlane;

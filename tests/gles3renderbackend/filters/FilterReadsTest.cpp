@@ -12,7 +12,7 @@ namespace {
 
 class FilterReadsTest : public RecordingGlTest {
 protected:
-    // The fragment stage as GL got it; empty where the filter has no program.
+    // The fragment stage as GL got it; empty if the filter has no program.
     std::string fragmentStage(std::string const& name) {
         Gles3RenderBackend::FilterRegistry registry;
         registerBuiltInFilters(registry);

@@ -73,7 +73,7 @@ TEST_F(Gles3FilterCLAHEGLTest, ClipsThatLeaveNothingWriteNothing) {
     }
 }
 
-// The destination is drawn into afterwards: its framebuffer is as it was.
+// A later draw into the destination works: its framebuffer is unchanged.
 TEST_F(Gles3FilterCLAHEGLTest, DestinationCanBeDrawnIntoAfterwards) {
     Texels const texels = greySlope(50, 50, 17);
     size_t const source = rig.uploaded(texels, Layout::kThreeChannel16);

@@ -12,7 +12,7 @@ using namespace filtertest;
 using reference::Plane;
 using reference::PlaneBands;
 
-// Where sample i of a band lies that continues beyond an image of `length` samples.
+// Index of sample i of a band that is extended beyond an image of `length` samples.
 int bandIndex(bool high, int i, int length) {
     auto const at = static_cast<int>(reference::reflected(high ? 2 * i + 1 : 2 * i, length));
     return high ? (at - 1) / 2 : at / 2;
@@ -104,7 +104,7 @@ TEST_F(LeGall53ReconstructionGLTest, SeveralLevelsAreLosslessWithBandsContinuedB
 TEST_F(LeGall53ReconstructionGLTest, SeveralLevelsOfATileAreLosslessWithoutLeavingTheGpu) {
     constexpr size_t kLevels = 3;
     std::vector<Plane> const images = lowBands(randomPlane(211, 189, 8, -255, 255), kLevels);
-    // What each level needs starts where the next coarser one's output starts.
+    // Each level's input starts at the start of the next coarser level's output.
     std::vector<Stretch> x(kLevels);
     std::vector<Stretch> y(kLevels);
     int endX = 104;

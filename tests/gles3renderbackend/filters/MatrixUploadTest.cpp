@@ -64,7 +64,7 @@ TEST_F(MatrixUploadTest, StrengthIsInTheBytesOf16Bits) {
               (Floats{0, 2, 0, 0, -1, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0}));
 }
 
-// 1024 * -2097152 is the smallest number of 32 bits, and half of 1024 more does not change what is left.
+// 1024 * -2097152 is the smallest 32-bit number, and adding half of 1024 does not change the quotient.
 TEST_F(MatrixUploadTest, SmallestCoefficientSplitsIntoBytes) {
     EXPECT_EQ(uploaded(sixteenBits, {-2097152, 0, 0, 2097151, 0, 0, 0, 0, 0}).at("a_matrix4x4_32_1"),
               (Floats{0, 0, -32, 0, 255, 255, 31, 0, 0, 0, 0, 0, 0, 0, 0, 0}));

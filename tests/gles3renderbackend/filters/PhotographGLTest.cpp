@@ -27,10 +27,10 @@ using reference::Planes3;
 using reference::Pyramid;
 
 constexpr size_t kLevels = 5;
-// One sample of the coarsest band stands for so many pixels; parts of the picture start at multiples of it.
+// Number of pixels per sample of the coarsest band; parts of the picture start at multiples of it.
 constexpr int kUnit = 1 << kLevels;
 constexpr int kPart = 32 * kUnit;
-// What the filters read beyond a part: one coarse sample before it and, over all levels, seven after it.
+// Apron of a part: one coarse sample before it and, over all levels, seven after it.
 constexpr int kBefore = kUnit;
 constexpr int kAfter = 8 * kUnit;
 

@@ -140,7 +140,7 @@ Scene sharpened16() {
             with(&FilterSharpness16Params::gain, 2.0)};
 }
 
-// Of the filters that are not pointwise.
+// Scenes of the filters that are not pointwise.
 std::map<std::string, std::function<Scene()>> const& scenes() {
     static std::map<std::string, std::function<Scene()>> const all = {
         {"FilterFirIH53LeGall16", horizontalStep}, {"FilterFirIV53LeGall16", verticalStep},

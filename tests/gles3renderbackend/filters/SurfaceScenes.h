@@ -14,7 +14,7 @@ enum class OnSurface {
     kRefused   ///< the filter needs a texture to write into
 };
 
-/// What becomes of a filter there, by its name: mirrored, but for those that are listed.
+/// Orientation of a filter's output there, by its name: mirrored, unless it is listed.
 OnSurface orientationOf(std::string const& filter);
 
 /// Runs the filter over noise, a pointwise one as its runs beside the model show it, onto a part of the surface, and

@@ -1,4 +1,4 @@
-// What filters that look results up do beside looking them up.
+// Table filters, apart from their lookups.
 #include "conformance/TableFilter.h"
 #include "host/filter/FilterDescriptions.h"
 #include "reference/TableLookup.h"

@@ -76,7 +76,7 @@ TEST(ToneTableTest, ToeVanishesWhereBlackIsAtOrAboveItsEnd) {
     }
 }
 
-// The index where the toe of such a gamma ends passes the table by far: nothing may be written there.
+// The end of such a gamma's toe lies far beyond the table: nothing may be written there.
 TEST(ToneTableTest, GammaJustAboveOneStopsTheToeAtWhite) {
     for (double const gamma : {std::nextafter(1.0, 2.0), 1.0000001, 1.0001, 1.01, 1.05, 1.054}) {
         Table const table = toneTable::gamma(10, gamma, 10, 1000);

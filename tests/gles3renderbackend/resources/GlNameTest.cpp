@@ -84,7 +84,7 @@ TEST_F(GlNameTest, EachObjectReportsAMissingNameUnderItsOwnConstructor) {
     }
 }
 
-// Linking such a program fails, which is what is reported.
+// Linking such a program fails, and that failure is reported.
 TEST_F(GlNameTest, AProgramMayHaveNoName) {
     gl.failNext("glCreateProgram", GL_OUT_OF_MEMORY);
     EXPECT_EQ(*makeProgramName(), 0U);

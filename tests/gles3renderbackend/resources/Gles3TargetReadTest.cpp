@@ -158,7 +158,7 @@ TEST_F(Gles3TargetReadTest, GrayIsReadAsAlphaOneByteATexel) {
     EXPECT_EQ(buffer, numberedBytes(16));
 }
 
-// Required: what GL prefers is asked and then ignored.
+// Required: GL's preferred format is queried and then ignored.
 TEST_F(Gles3TargetReadTest, GrayIsReadAsAlphaWhateverGlPrefers) {
     gl.expectError(GL_INVALID_OPERATION);
     for (auto const format : std::vector<GLenum>{GL_RGBA, GL_RGB, GL_RED}) {

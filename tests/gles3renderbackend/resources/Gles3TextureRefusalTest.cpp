@@ -1,4 +1,4 @@
-// Uploads that are refused for their pixels: the texture is as it was, in GL and in its fields.
+// Uploads that are refused for their pixels: the texture is unchanged, in GL and in its fields.
 #include "gles3renderbackend/resources/Gles3Texture.h"
 #include "renderbackend/VelmoraException.h"
 #include "tests/gles3renderbackend/resources/Pixels.h"
@@ -63,7 +63,7 @@ TEST_F(Gles3TextureRefusalTest, ATooShortVectorLeavesAnImageSizeFormatAndSamplin
     EXPECT_EQ(gl.last("glTexSubImage2D").number(4), 1) << "still an image that smaller ones go into";
 }
 
-// Which failure is reported, when several apply, has not changed: format, filtering, size, pixels.
+// The order of the checks, if several fail: format, filtering, size, pixels.
 TEST_F(Gles3TextureRefusalTest, OtherFailuresComeBeforeATooShortVector) {
     struct Row {
         RenderBackend::ImageFiltering filtering;

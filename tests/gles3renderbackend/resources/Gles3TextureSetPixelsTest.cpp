@@ -67,7 +67,7 @@ TEST_F(Gles3TextureSetPixelsTest, TheComparisonIsStrictInBothDirections) {
     }
 }
 
-// Required: the in-place path never looks at the format, and GL refuses what does not fit.
+// Required: the in-place path ignores the format, and GL refuses unsuitable ones.
 TEST_F(Gles3TextureSetPixelsTest, InPlacePassesRgbaWhateverTheFormatIs) {
     for (auto const format : {RenderBackend::RGB24, RenderBackend::GRAY8}) {
         Gles3Texture made = texture(4, 4, format);

@@ -199,7 +199,7 @@ TEST_F(Gles3TextureTest, ResizeBeyondTheMaximumThrowsItAndKeepsTheRejectedSize) 
     }
 }
 
-// GL counts in signed 32 bits: what lies beyond 2^31 is negative and not above any maximum.
+// GL counts in signed 32 bits: a size beyond 2^31 is negative and not above any maximum.
 TEST_F(Gles3TextureTest, ResizeComparesAsSigned32BitNumbers) {
     Gles3Texture made = texture(4, 4);
     gl.expectError(GL_INVALID_VALUE);

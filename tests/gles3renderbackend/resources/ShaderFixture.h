@@ -20,7 +20,7 @@ struct TestSurface : RenderContext {
     size_t height() const override { return surfaceHeight; }
 };
 
-/// An instance with its targets, for tests of what draws into them.
+/// An instance with its targets, for tests of shaders that draw into them.
 struct TestInstance {
     TestSurface surface;
     Gles3RenderBackend backend;

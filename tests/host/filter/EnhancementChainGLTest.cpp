@@ -1,4 +1,4 @@
-// The chain itself, beside plain arithmetic.
+// The chain itself, compared with plain arithmetic.
 #include "host/filter/EnhancementChain.h"
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
@@ -42,7 +42,7 @@ protected:
 
 TEST_F(EnhancementChainGLTest, SamplesOfAnyDepthAreShownAsTheirUpperByte) {
     for (unsigned depth = 9; depth <= 15; ++depth) {
-        // All codes, and beyond their ends what a wavelet may leave.
+        // All codes, and values beyond them that a wavelet may leave.
         int const end = 1 << depth;
         std::vector<int> samples;
         for (int code = -512; code < std::min(end + 512, 32768); ++code)

@@ -52,7 +52,7 @@ TEST(EnhancementTest, OtherTextsAreRefusedWithWhatTheyShouldBe) {
     expectRefused(parseTruncate, {"", "17", "-1", "4,", "4,up", "4,round,round", "4.5"});
 }
 
-// The input of a part is at most kMaxSide a side, whatever the part.
+// The input of a part has at most kMaxSide pixels per side, whichever part.
 TEST(EnhancementTest, PartsLeaveRoomForWhatIsReadAroundThem) {
     Sharpen const sharpen;
     Equalise const equalise;

@@ -13,7 +13,7 @@ using Bytes = std::vector<unsigned char>;
 
 class FilterRunnerGLTest : public testing::Test {
 protected:
-    // No two rows or pixels alike. The last byte of a texel of three channels is 255.
+    // All rows and pixels differ. The last byte of a texel of three channels is 255.
     static Bytes picture(SampleLayout layout, Size const& size) {
         Bytes bytes(size.width * size.height * samplelayout::bytesPerPixel(layout));
         for (size_t i = 0; i < bytes.size(); ++i)

@@ -12,10 +12,10 @@ struct Row {
     size_t components;
     size_t bytes;
     bool isSigned;
-    size_t pixels; ///< of four texels
+    size_t pixels; ///< in four texels
 };
 
-// As docs/SAMPLE_LAYOUTS.md draws them.
+// As in the drawings of docs/SAMPLE_LAYOUTS.md.
 constexpr std::array<Row, 5> kRows = {{{SampleLayout::kRgb8, 24, 3, 3, false, 4},
                                        {SampleLayout::kRgba8, 32, 4, 4, false, 4},
                                        {SampleLayout::kOneChannel16, 16, 1, 2, true, 8},

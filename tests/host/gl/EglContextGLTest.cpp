@@ -9,7 +9,7 @@
 
 namespace {
 
-// Gives the thread back the context that the tests share.
+// Restores the shared context of the tests on this thread.
 class EglContextGLTest : public ::testing::Test {
 public:
     ~EglContextGLTest() override { eglMakeCurrent(display_, surface_, surface_, context_); }

@@ -1,4 +1,4 @@
-// Formats that are decoded: what of them is taken, what refused, and that damage is an error.
+// Compressed formats: what is taken from them, what is refused, and that damage is an error.
 #include "tests/host/image/ImageFixture.h"
 #include "tests/host/image/TestCodecs.h"
 #include "tests/host/image/TestTiff.h"
@@ -15,7 +15,7 @@ namespace {
 
 class CodecReadingTest : public ImageFixture {
 protected:
-    // Frames one below the other, as libvips writes animations.
+    // Frames one below the other, libvips' form of animations.
     std::string animation(std::string const& name, std::string const& options, int frames) const {
         std::vector<std::uint8_t> samples;
         for (int i = 0; i < frames * 16 * 16; ++i)
@@ -35,7 +35,7 @@ protected:
 
     // Every pixel of such a frame.
     static void expectFrame(std::string const& file, size_t page) {
-        // GIF's writer of libvips leaves out what stays from frame to frame, which makes alpha of it.
+        // libvips' GIF writer leaves out pixels that stay from frame to frame, and so makes alpha.
         Samples const samples = filesamples::withBands(readAll(file, withPage(page)), {1, 2, 3});
         ASSERT_EQ(samples.values.size(), 768u);
         for (size_t i = 0; i < samples.values.size(); ++i)
@@ -59,14 +59,14 @@ std::string deflated(std::string const& bytes) {
     return packed;
 }
 
-// A PNG of bytes of grey, with more chunks before its pixels.
+// A PNG of 8-bit grey, with additional chunks before its pixels.
 std::string png(std::uint32_t width, std::uint32_t height, std::string const& rows, std::string const& more = "",
                 char interlaced = 0) {
     std::string const header = number(width, 4) + number(height, 4) + std::string("\x08\x00\x00\x00", 4) + interlaced;
     return "\x89PNG\r\n\x1a\n" + chunk("IHDR", header) + more + chunk("IDAT", deflated(rows)) + chunk("IEND", "");
 }
 
-// Objects one after the other; libpoppler finds them without the table of places.
+// Objects one after the other; libpoppler finds them without the cross-reference table.
 std::string pdf(int pages) {
     std::string text = "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n2 0 obj<</Type/Pages/Count " +
                        std::to_string(pages) + "/Kids[";
@@ -106,7 +106,7 @@ TEST_F(CodecReadingTest, OfAnAnimatedPngTheFirstFrameIsTakenWhereItIsAskedFor) {
         write("a.png", png(2, 2, rows, more));
         EXPECT_EQ(valuesOf(file), (std::vector<double>{5, 6, 7, 8}));
     }
-    // Behind the pixels it says nothing.
+    // A chunk after the pixels has no effect.
     std::string late = png(2, 2, rows);
     late.insert(late.size() - 12, chunk("acTL", number(4, 4) + number(0, 4)));
     write("a.png", late);
@@ -117,19 +117,19 @@ TEST_F(CodecReadingTest, APngThatClaimsMoreThanItsFileHoldsIsRefused) {
     std::string const file = write("a.png", png(8000000, 1000, std::string(100, '\0')));
     EXPECT_TRUE(has(refusal(file), "its header says 8000000 x 1000 pixels, which are more than the file holds"))
         << refusal(file);
-    // What a file can hold at most.
+    // The largest picture that the file can hold.
     std::string const black = png(9000, 9000, std::string(9000 * 9001, '\0'));
     write("a.png", black);
     EXPECT_EQ(ImageReader(file, lossless()).width(), 9000u);
 }
 
-// Its rows are there: 60 MB of zeros, packed.
+// The rows exist: 60 MB of zeros, compressed.
 TEST_F(CodecReadingTest, RowsThatWouldFillTheMemoryAreRefused) {
     std::string const file = write("a.png", png(6000000, 10, std::string(10 * 6000001, '\0')));
     EXPECT_EQ(ImageReader(file, lossless()).width(), 6000000u);
     write("a.png", png(6000, 10000, std::string(size_t{10000} * 6001, '\0'), "", 1));
     EXPECT_EQ(ImageReader(file, lossless()).width(), 6000u);
-    // All of a picture in passes is held: 4.5 GB.
+    // An interlaced picture is held whole: 4.5 GB.
     write("a.png", png(90000, 50000, std::string(60000000, '\0'), chunk("tEXt", std::string(4500000, 'x')), 1));
     EXPECT_EQ(refusal(file),
               "'" + file +
@@ -152,7 +152,7 @@ TEST_F(CodecReadingTest, PagesOfAPdfAreDrawnAndThatIsTold) {
     EXPECT_EQ(ImageReader(file, lossless()).width(), 20u);
 }
 
-// Its tiles and levels are those of a scanner's TIFF; what OpenSlide makes of the rest has no alpha.
+// Tiles and levels as in a scanner's TIFF; OpenSlide has no alpha for the rest.
 TEST_F(CodecReadingTest, SlidesHaveNoAlphaNoPagesAndASizeOfTheirPixels) {
     auto const tiles = [](std::uint32_t side) {
         std::vector<std::uint8_t> samples(size_t{side} * side * 3);
@@ -166,7 +166,7 @@ TEST_F(CodecReadingTest, SlidesHaveNoAlphaNoPagesAndASizeOfTheirPixels) {
         return made;
     };
     std::string const slide = path("a.svs");
-    // The second directory is a small picture of the whole.
+    // The second directory is a reduced-size copy of the whole.
     auto thumbnail = tiles(16);
     thumbnail.tile = 0;
     testtiff::write(slide, {tiles(64), thumbnail, tiles(32)});
@@ -202,7 +202,7 @@ TEST_F(CodecReadingTest, PngSaysItToo) {
         };
         auto const word = [&](unsigned value) { return order(number(value, 2)); };
         auto const wide = [&](unsigned value) { return order(number(value, 4)); };
-        // Two entries: another one comes first.
+        // Two entries, a different one first.
         return (bigEndian ? "MM" : "II") + word(42) + wide(8) + word(2) + word(256) + word(3) + wide(1) + word(2) +
                word(0) + word(tag) + word(3) + wide(1) + word(orientation) + word(0) + wide(0);
     };
@@ -237,7 +237,7 @@ TEST_F(CodecReadingTest, InksOfAJpegAreRefusedConvertedOrTakenAsTheyAre) {
     EXPECT_LT(rgb[7] + 50, rgb[6]) << "magenta ink takes green away";
 }
 
-// Radiance's light, by the formula of sRGB.
+// Radiance's linear light, by sRGB's formula.
 TEST_F(CodecReadingTest, LightIsConvertedByTheFormula) {
     std::vector<float> light;
     for (int i = 0; i < 300; ++i)
@@ -259,12 +259,12 @@ TEST_F(CodecReadingTest, LightIsConvertedByTheFormula) {
         std::vector<std::string>{"'" + file +
                                  "' holds linear light: converted to sRGB of 8 bits; what is brighter than white is "
                                  "clipped"});
-    // Or taken as the numbers that it is.
+    // Or taken as plain numbers.
     Samples const own = filesamples::read(file);
     EXPECT_EQ(filesamples::difference(readAll(file, withRange(0, 1.5)), filesamples::scaled(own, 0, 1.5)), "");
 }
 
-// By the formulas of the CIE, for the light of day that libvips takes.
+// By the CIE's formulas, for libvips' daylight.
 TEST_F(CodecReadingTest, LabIsConvertedByTheFormula) {
     std::vector<float> const lab{0, 0, 0, 100, 0, 0, 50, 0, 0, 60, 30, -20, 30, -10, 25, 80, 5, 60};
     VImage::new_from_memory(const_cast<float*>(lab.data()), lab.size() * 4, 6, 1, 3, VIPS_FORMAT_FLOAT)
@@ -290,7 +290,7 @@ TEST_F(CodecReadingTest, LabIsConvertedByTheFormula) {
 }
 
 TEST_F(CodecReadingTest, DamageInTheMiddleIsAnErrorAndNotGrey) {
-    // WebP and JPEG 2000 have nothing to tell it by.
+    // WebP and JPEG 2000 have no checksum.
     for (std::string const name : {"a.jpg", "a.png", "a.jxl"}) {
         testimages::writePattern8(path(name), name == std::string("a.jpg") ? "[Q=90]" : "", 640, 480, 3);
         std::string file = readFile(path(name));
@@ -302,7 +302,7 @@ TEST_F(CodecReadingTest, DamageInTheMiddleIsAnErrorAndNotGrey) {
     }
 }
 
-// Functions of libvips and its calls for bytes are nothing that a person knows.
+// A user does not know libvips' functions and callbacks: the message leaves them out.
 TEST_F(CodecReadingTest, ErrorsOfDecodersNameNoFunctions) {
     for (std::string const name : {"a.jpg", "a.png", "a.webp", "a.gif", "a.jp2", "a.avif"}) {
         testimages::writePattern8(path(name), "", 160, 120, 3);
@@ -315,7 +315,7 @@ TEST_F(CodecReadingTest, ErrorsOfDecodersNameNoFunctions) {
     }
 }
 
-// A tile of JPEG that ends early is filled with grey by its decoder, which says so.
+// The decoder fills a truncated JPEG tile with grey, and reports it.
 TEST_F(CodecReadingTest, DamageInATileOfJpegIsAnErrorAndNotGrey) {
     testimages::writePattern8(path("a.tif"), "[tile,tile-width=256,tile-height=256,compression=jpeg,Q=90]", 512, 512,
                               3);
@@ -328,7 +328,7 @@ TEST_F(CodecReadingTest, DamageInATileOfJpegIsAnErrorAndNotGrey) {
     EXPECT_TRUE(has(refusal(path("a.tif")), "undamaged"));
 }
 
-// Bytes between two parts of a JPEG stand for nothing.
+// Bytes between two segments of a JPEG have no meaning.
 TEST_F(CodecReadingTest, BytesThatHoldNothingAreNoDamage) {
     testimages::writePattern8(path("a.jpg"), "", 64, 48, 3);
     std::string file = readFile(path("a.jpg"));
@@ -339,7 +339,7 @@ TEST_F(CodecReadingTest, BytesThatHoldNothingAreNoDamage) {
     file.insert(table, "abc");
     writeFile(path("a.jpg"), file);
     EXPECT_EQ(valuesOf(path("a.jpg")), before);
-    // The last numbers of the header of the samples, of which a baseline file makes no use.
+    // The last numbers of the scan's header, which a baseline file does not use.
     file = whole;
     size_t const scan = file.find("\xff\xda");
     ASSERT_NE(scan, std::string::npos);
@@ -354,7 +354,7 @@ TEST_F(CodecReadingTest, FilesThatOnlyOtherLoadersOfLibvipsTakeAreRefused) {
     std::string const end = "it is in none of the formats that are read, or its start is damaged; convert it to one of "
                             "FITS, PNM, PAM, PFM, BMP, VIPS, JPEG XL, PNG, WebP, JPEG, TIFF, GIF, JPEG 2000, HEIF, "
                             "PDF, Radiance";
-    // Sun's raster files: ImageMagick reads them. Eight numbers and pixels.
+    // Sun's raster files, which ImageMagick reads: eight numbers and pixels.
     std::string const sun = number(0x59a66a95, 4) + number(2, 4) + number(1, 4) + number(24, 4) + number(6, 4) +
                             number(1, 4) + number(0, 8) + "abcdef";
     for (auto const& [name, content] : std::vector<std::pair<std::string, std::string>>{
@@ -387,7 +387,7 @@ TEST_F(CodecReadingTest, NothingIsReadByALoaderThatIsBlocked) {
         }
         vips_error_clear();
     }
-    // It opens the file before it asks, and loses 95 bytes where that is none of its own.
+    // The library opens the file before it checks the type, and leaks 95 bytes if it is of another.
     VipsOperation* const exr = vips_operation_new("openexrload");
     ASSERT_NE(exr, nullptr);
     EXPECT_NE(vips_operation_get_flags(exr) & VIPS_OPERATION_BLOCKED, 0);

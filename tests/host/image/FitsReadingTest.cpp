@@ -1,4 +1,4 @@
-// FITS files, written out here card by card.
+// FITS files, built here card by card.
 #include "tests/host/image/ImageFixture.h"
 
 #include <fitsio.h>
@@ -25,7 +25,7 @@ std::string padded(std::string text, char with) {
 struct Unit {
     int bitpix = 8;
     std::vector<std::string> axes;
-    std::string data; // the highest byte of a sample first
+    std::string data; // big-endian
     std::vector<std::pair<std::string, std::string>> more = {};
     bool isExtension = false;
 
@@ -67,7 +67,7 @@ std::string shorts(std::vector<int> const& values) {
 TEST_F(FitsReadingTest, SamplesAreTheFilesFromItsFirstRowOn) {
     write({{8, {"3", "2"}, "abcdef"}});
     EXPECT_EQ(valuesOf(fits_), (std::vector<double>{'a', 'b', 'c', 'd', 'e', 'f'}));
-    // The zero that stands for integers without a sign.
+    // The offset that marks unsigned integers.
     write({{16, {"2", "1"}, shorts({-32768, 32767}), {{"BZERO", "32768"}}}});
     EXPECT_EQ(valuesOf(fits_), (std::vector<double>{0, 65535}));
     expectOwnSamples(fits_);
@@ -124,7 +124,7 @@ TEST_F(FitsReadingTest, ExtensionsArePages) {
         expectOwnSamples(fits_, withPage(page), page);
     EXPECT_EQ(valuesOf(fits_, withPage(3)), (std::vector<double>{33026}));
     EXPECT_TRUE(has(misuse(fits_, withPage(4)), "--page is 1 to 3"));
-    // A first unit without pixels is none, nor is a table.
+    // A first HDU without pixels is no page, nor is a table.
     write({{8, {}, ""}, second});
     EXPECT_EQ(valuesOf(fits_), (std::vector<double>{'x', 'y'}));
     write({{8, {}, ""}});

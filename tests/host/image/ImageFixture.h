@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-/// A folder for picture files, and ways to read them.
+/// A folder for picture files, and functions that read them.
 class ImageFixture : public testing::Test {
 protected:
     using Options = ImageReader::Options;
@@ -20,7 +20,7 @@ protected:
 
     std::string path(std::string const& name) const { return folder_.path(name); }
 
-    /// Samples as the file has them, and nothing lost.
+    /// The file's own samples, without any loss.
     static Options lossless() {
         Options options;
         options.samples = ImageReader::Samples::kAsStored;
@@ -52,7 +52,7 @@ protected:
         options.selection.toSrgb = true;
         return options;
     }
-    /// As a picture is shown: colours are converted.
+    /// For display: colours are converted.
     static Options shown() {
         Options options = lossless();
         options.lossless = false;
@@ -80,7 +80,7 @@ protected:
         return readAll(path, options).values;
     }
 
-    /// What opening and reading the whole file fails with.
+    /// The error of opening and reading the whole file.
     static HostError failure(std::string const& path, Options const& options = lossless()) {
         try {
             readAll(path, options);
@@ -104,7 +104,7 @@ protected:
 
     static bool has(std::string const& text, std::string const& part) { return text.find(part) != std::string::npos; }
 
-    /// Equal to what the independent reader says.
+    /// Equal to the independent reader's result.
     static void expectOwnSamples(std::string const& path, Options const& options = lossless(), size_t page = 1) {
         EXPECT_EQ(filesamples::difference(readAll(path, options), filesamples::read(path, page)), "") << path;
     }

@@ -29,7 +29,7 @@ Pixels readAll(std::string const& path, size_t rowsAtOnce = 64) {
     return readStrips(reader, rowsAtOnce);
 }
 
-// What opening and reading the whole file fails with.
+// The error of opening and reading the whole file.
 HostError failure(std::string const& path) {
     try {
         readAll(path);
@@ -110,7 +110,7 @@ TEST_P(ImageReaderFormatTest, ARegionInTheMiddleIsRead) {
 
 TEST_P(ImageReaderFormatTest, AFileCutOffIsAnErrorAndNotGreyPixels) {
     write(640, 480);
-    // A quarter: of a pyramid, the smaller levels at the end may be missing without harm.
+    // A quarter: the smaller levels at the end of a pyramid are not needed.
     truncateFile(path(GetParam().file), 25);
     HostError const error = failure(path(GetParam().file));
     EXPECT_EQ(error.kind(), HostError::Kind::UnreadableImage);
@@ -149,7 +149,7 @@ TEST_F(ImageReaderTest, TiledFilesAreReadInAnyOrder) {
     }
 }
 
-// Tiled: what libvips reads in sequence it does not remember anyway.
+// Tiled: libvips does not cache what it reads sequentially.
 TEST_F(ImageReaderTest, AFileThatChangedIsReadAnew) {
     for (size_t const width : {200u, 300u}) {
         testimages::writePattern8(path("a.tif"), "[tile,tile-width=64,tile-height=64]", width, 100, 3);
@@ -173,7 +173,7 @@ TEST_F(ImageReaderTest, LibvipsOwnFormatIsRead) {
     EXPECT_EQ(testimages::difference(readAll(path("a.v")), testimages::pattern8(40, 30, 3)), "");
 }
 
-// The same file of floats twice: in strips, whose rows go by once, and in tiles.
+// The same float file twice: in strips, whose rows are read once, and in tiles.
 class ImageReaderRangeTest : public ImageReaderTest, public testing::WithParamInterface<char const*> {
 protected:
     static constexpr size_t kWidth = 90;
@@ -309,13 +309,13 @@ TEST_F(ImageReaderTest, SamplesBeyondAnyRangeAreSaid) {
     }
 }
 
-// 30 million pixels. libvips would keep all rows down to the region.
+// 30 million pixels. libvips would cache all rows down to the region.
 TEST_F(ImageReaderTest, ARegionFarDownTakesNoMemoryForTheRowsAboveIt) {
     constexpr size_t kRows = 60000;
     VImage::black(500, static_cast<int>(kRows)).write_to_file(path("a.jpg").c_str());
     ImageReader reader(path("a.jpg"));
     std::vector<std::uint8_t> pixels;
-    // The second one, farther up, after a second start.
+    // The second region is farther up, and needs a second start.
     for (size_t const y : {kRows - 50, kRows - 100}) {
         reader.read({10, y, 400, 50}, pixels);
         EXPECT_EQ(pixels, std::vector<std::uint8_t>(20000));
@@ -334,7 +334,7 @@ TEST_F(ImageReaderTest, RowsAreReadOnceOnTheWayDown) {
     calls = 0;
     ImageReader inStrips(path("a.png"), options);
     readStrips(inStrips, 100);
-    // One more for each strip, no second start, and no row a second time.
+    // One more request per strip, no second start, and no row a second time.
     EXPECT_LE(calls, atOnce + 40);
 }
 
@@ -350,7 +350,7 @@ TEST_F(ImageReaderTest, OfTiledFilesRowsAboveARegionAreNotRead) {
     EXPECT_LT(calls, 100) << "of 140 rows of tiles";
 }
 
-// More samples than are turned into ours at once, and more bytes.
+// More samples than are converted at once, and more bytes.
 TEST_F(ImageReaderTest, ALargeRegionIsThePictureToItsLastRow) {
     testimages::writePattern8(path("a.png"), "", 1900, 1500, 3);
     EXPECT_EQ(testimages::difference(readAll(path("a.png"), 1500), testimages::pattern8(1900, 1500, 3)), "");
@@ -372,7 +372,7 @@ TEST_F(ImageReaderTest, ALargeRegionIsThePictureToItsLastRow) {
     EXPECT_EQ(testimages::difference(readStrips(band, 1500), green), "");
 }
 
-// Of a picture that goes by once, in formats that libvips reads and in text.
+// Sequential pictures, in formats of libvips and in text form.
 TEST_F(ImageReaderTest, ARowFarDownIsThatRow) {
     std::string text = "P2\n1 200\n255\n";
     for (int y = 0; y < 200; ++y)
@@ -395,7 +395,7 @@ TEST_F(ImageReaderTest, ColoursAreConvertedWhereNothingElseIsAskedFor) {
         .write_to_file(path("a.tif").c_str());
     EXPECT_EQ(readAll(path("a.tif")).bands, 3u);
     EXPECT_EQ(ImageReader(path("a.tif")).notes().size(), 1u);
-    // A range is one of the file's own samples.
+    // A range in the file's own samples.
     ImageReader::Options options;
     options.selection.range = SampleRange{0, 255};
     EXPECT_THROW(ImageReader(path("a.tif"), options), HostError);
@@ -413,7 +413,7 @@ TEST_F(ImageReaderTest, ReadingCanBeStoppedOnTheWayDown) {
     ASSERT_LT(calls, 40);
     std::vector<std::uint8_t> pixels;
     EXPECT_THROW(reader.read({0, 4900, 100, 100}, pixels), Stopped);
-    // And by whoever looks on later.
+    // And in later reads.
     ImageReader other(path("a.png"));
     other.whileReading([] { throw Stopped(); });
     EXPECT_THROW(other.read({0, 4900, 100, 100}, pixels), Stopped);

@@ -1,4 +1,4 @@
-// JPEG XL and JPEG 2000, of which libvips does not tell all: frames, channels, which of them is alpha.
+// JPEG XL and JPEG 2000 properties that libvips does not report: frames, channels, which of them is alpha.
 #include "tests/host/image/ImageFixture.h"
 #include "tests/host/image/TestCodecs.h"
 #include "tests/support/FailingThreads.h"
@@ -37,7 +37,7 @@ TEST_F(JxlAndJp2ReadingTest, JpegXlHasItsSamplesAndFrames) {
     EXPECT_TRUE(has(misuse(file, withPage(4)), "--page is 1 to 3"));
 }
 
-// Of several groups of 256 x 256 pixels, which threads take one by one.
+// Several groups of 256 x 256 pixels, which threads decode one by one.
 TEST_F(JxlAndJp2ReadingTest, JpegXlIsReadWithTheThreadsThatTheSystemGives) {
     testcodecs::JpegXl picture;
     picture.width = 700;
@@ -52,7 +52,7 @@ TEST_F(JxlAndJp2ReadingTest, JpegXlIsReadWithTheThreadsThatTheSystemGives) {
     for (size_t const given : {0u, 1u}) {
         ThreadLimit const limit(given);
         EXPECT_TRUE(valuesOf(file) == values) << given;
-        // With one core none is asked for.
+        // With one core no thread is requested.
         EXPECT_EQ(ThreadLimit::refused() > 0, std::thread::hardware_concurrency() > 1) << given;
     }
 }
@@ -98,7 +98,7 @@ TEST_F(JxlAndJp2ReadingTest, ChannelsOfJpegXlThatAreNotReadAreSaid) {
     }
 }
 
-// Its decoder does: nothing is ignored.
+// The decoder applies it: nothing is ignored.
 TEST_F(JxlAndJp2ReadingTest, JpegXlIsTurnedUpright) {
     testcodecs::JpegXl picture;
     picture.width = 2;

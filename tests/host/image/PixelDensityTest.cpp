@@ -1,4 +1,4 @@
-// Which files say how large a pixel is of what they show.
+// Which files state the physical size of a pixel.
 #include "host/image/PixelDensity.h"
 
 #include "tests/host/image/ImageFixture.h"
@@ -29,7 +29,7 @@ bool counts(Origin origin, double dotsPerInch) {
 
 class PixelDensityTest : public ImageFixture {
 protected:
-    // A file of a pixel with a density.
+    // A file of one pixel with a density.
     std::string file(std::string const& name, double dotsPerInch, std::string const& options = "") const {
         std::uint8_t const pixel = 7;
         vips::VImage::new_from_memory(const_cast<std::uint8_t*>(&pixel), 1, 1, 1, 1, VIPS_FORMAT_UCHAR)
@@ -88,7 +88,7 @@ TEST_F(PixelDensityTest, BothAxesHaveToHaveOne) {
     EXPECT_EQ(counted(Origin::Instrument, 600, 0), 0);
 }
 
-// The store that is made of the picture says that it is none.
+// The importer reports that the store cannot hold it.
 TEST_F(PixelDensityTest, ASizeThatCannotBeIsHandedOn) {
     for (double const nonsense : {-3.0, 1e-9, 1e13, std::numeric_limits<double>::infinity()})
         for (auto const& [x, y] : std::vector<std::pair<double, double>>{{nonsense, 600}, {600, nonsense}}) {
@@ -105,7 +105,7 @@ TEST_F(PixelDensityTest, JpegPngAndVipsSayHowLargeTheyAreToBePrinted) {
             EXPECT_EQ(ImageReader(name, lossless()).pixelsPerMillimetreX(), 0) << name << density;
             EXPECT_EQ(ImageReader(name, lossless()).pixelsPerMillimetreY(), 0) << name << density;
         }
-    // Nobody prints that: it is a microscope's.
+    // Above any print density: a microscope's.
     for (std::string const& name : {file("a.jpg", 25400), file("a.png", 25400), file("a.v", 25400)})
         EXPECT_NEAR(ImageReader(name, lossless()).pixelsPerMillimetreX(), 1000, 0.01) << name;
 }
@@ -140,7 +140,7 @@ TEST_F(PixelDensityTest, OmeSaysItInItsDescription) {
     EXPECT_DOUBLE_EQ(tiff(0, 0, size("0.5", "mm")), 2);
     EXPECT_DOUBLE_EQ(tiff(0, 0, size("0.5", "cm")), 0.2);
     EXPECT_DOUBLE_EQ(tiff(0, 0, size("2", "m")), 0.0005);
-    // It comes before the tag, which programs fill with anything.
+    // It has precedence over the tag, into which programs write anything.
     EXPECT_DOUBLE_EQ(tiff(RESUNIT_CENTIMETER, 10000, size("0.25", "")), 4000);
     for (std::string const& nothing :
          {size("0.25", "pixel"), size("0", ""), size("-1", ""), size("much", ""), ome(""), std::string("<OME>"),

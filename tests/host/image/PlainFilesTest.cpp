@@ -1,11 +1,11 @@
-// Windows bitmaps and libvips' own files, written out here byte by byte.
+// Windows bitmaps and libvips' own files, built here byte by byte.
 #include "tests/host/image/ImageFixture.h"
 
 #include <cstring>
 
 namespace {
 
-// Numbers of some bytes, the lowest or the highest byte first.
+// Numbers of `count` bytes, little- or big-endian.
 std::string number(std::uint64_t value, size_t bytes, bool bigEndian = false) {
     std::string text(bytes, '\0');
     for (size_t i = 0; i < bytes; ++i)
@@ -46,7 +46,7 @@ protected:
 
 class VipsFileTest : public ImageFixture {
 protected:
-    // A header of libvips, and samples.
+    // A libvips header, and samples.
     std::string file(std::uint32_t width, std::uint32_t height, std::uint32_t bands, std::uint32_t format,
                      std::uint32_t interpretation, std::string const& samples, std::uint32_t coding = 0,
                      bool bigEndian = false) const {
@@ -101,7 +101,7 @@ TEST_F(BmpFileTest, TheFourthByteIsAlphaWhereAMaskSaysSo) {
     bmp.rest = number(0xff000000, 4) + number(0xff00, 4) + number(0xff, 4) + number(0, 4);
     write(bmp);
     EXPECT_EQ(valuesOf(bmp_), (std::vector<double>{4, 2, 1, 8, 6, 5}));
-    // Masks behind a short header.
+    // Masks after a short header.
     bmp.headerBytes = 40;
     bmp.rest = number(0xff, 4) + number(0xff00, 4) + number(0xff0000, 4);
     write(bmp);
@@ -227,7 +227,7 @@ TEST_F(VipsFileTest, BandsAreWhatLibvipsCallsThem) {
     struct Case {
         std::uint32_t bands;
         std::uint32_t interpretation;
-        std::string refused; // empty: taken as it is
+        std::string refused; // empty: accepted
     };
     for (Case const& one : {Case{1, 1, ""},
                             Case{2, 1, ""},

@@ -1,4 +1,4 @@
-// Netpbm's files, written out here byte by byte.
+// Netpbm's files, built here byte by byte.
 #include "tests/host/image/ImageFixture.h"
 
 #include <cstring>
@@ -61,7 +61,7 @@ TEST_F(PnmFileTest, AFewBitsOfSixteenStayTheNumbersThatTheyAre) {
 TEST_F(PnmFileTest, CommentsAndBlanksOfAnyKindLieInTheHeader) {
     write("P5 # kind\n#\n 2\t#width\n1 \r\n 255\n\x01\x02");
     EXPECT_EQ(values(), (std::vector<double>{1, 2}));
-    // One blank ends it: the next byte is a sample, though it looks like one.
+    // One blank ends the header: the next byte is a sample, though it looks like a blank.
     write("P5\n2 1\n255\n\n ");
     EXPECT_EQ(values(), (std::vector<double>{10, 32}));
 }
@@ -116,7 +116,7 @@ TEST_F(PnmFileTest, PicturesThatFollowOneAnotherArePages) {
     EXPECT_EQ(valuesOf(pnm_, withPage(3)), (std::vector<double>{0, 255, 0}));
     EXPECT_EQ(ImageReader(pnm_, withPage(2)).selection().text, "picture 2 of 3");
     EXPECT_TRUE(has(misuse(pnm_, withPage(4)), "--page is 1 to 3"));
-    // What follows and is no picture is none.
+    // Trailing bytes that are no picture are no page.
     write(first + "\n");
     EXPECT_EQ(values(), (std::vector<double>{7}));
     write(first + "P5");

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-/// Files of formats that cannot be written out by hand, for what libvips' writers do not make of them.
+/// Files that cannot be built by hand and that libvips' writers do not make.
 namespace testcodecs {
 
 struct Jpeg2000 {
@@ -16,16 +16,16 @@ struct Jpeg2000 {
     std::vector<std::vector<int>> components;
 };
 
-/// A codestream without loss.
+/// A lossless codestream.
 std::string jpeg2000(std::string const& path, Jpeg2000 const& picture);
 
-/// A box of JPEG 2000's files: its length, its name, what it holds.
+/// A box of a JPEG 2000 file: its length, its name, its content.
 std::string box(std::string const& name, std::string const& content);
 
-/// A number of some bytes, the highest first.
+/// A big-endian number of `count` bytes.
 std::string number(std::uint64_t value, size_t bytes);
 
-/// A file around a codestream: `boxes` lie in its header, behind the size of the picture and its colour space.
+/// A file around a codestream: `boxes` lie in its header, after the size of the picture and its colour space.
 std::string jp2File(std::string const& codestream, Jpeg2000 const& picture, std::string const& boxes);
 
 struct JpegXl {
@@ -40,7 +40,7 @@ struct JpegXl {
         frames; ///< interleaved samples in the machine's byte order; more than one: an animation
 };
 
-/// JPEG XL without loss.
+/// Lossless JPEG XL.
 std::string jpegXl(JpegXl const& picture);
 
 } // namespace testcodecs

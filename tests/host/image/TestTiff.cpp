@@ -27,7 +27,7 @@ void setFields(TIFF* tiff, Directory const& directory) {
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, directory.planesApart ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
     if (directory.subfileType != 0) TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, directory.subfileType);
     if (directory.photometric == PHOTOMETRIC_YCBCR) TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, 1, 1);
-    // Of light as it is stored libtiff takes floats.
+    // libtiff takes samples of light as floats.
     if (directory.photometric == PHOTOMETRIC_LOGLUV) TIFFSetField(tiff, TIFFTAG_SGILOGDATAFMT, SGILOGDATAFMT_FLOAT);
     if (directory.inkSet != 0) TIFFSetField(tiff, TIFFTAG_INKSET, directory.inkSet);
     if (!directory.description.empty()) TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, directory.description.c_str());

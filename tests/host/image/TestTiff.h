@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/// TIFF files of any directories, written with libtiff.
+/// TIFF files with any directories, written with libtiff.
 namespace testtiff {
 
 struct Directory {
@@ -28,7 +28,7 @@ struct Directory {
     std::string description;
     std::vector<std::uint16_t> palette; ///< reds, greens, blues
     std::uint16_t inkSet = 0;
-    std::uint16_t subDirectories = 0; ///< so many of the directories that follow hang below this one
+    std::uint16_t subDirectories = 0; ///< number of following directories that are sub-directories of this one
 };
 
 /// A directory of samples of one type.
@@ -47,7 +47,7 @@ Directory directory(std::uint32_t width, std::uint32_t height, std::uint16_t ban
     return made;
 }
 
-/// `mode`: as libtiff's: "w", "w8" for BigTIFF, "wb" for the highest byte first.
+/// `mode`: libtiff's: "w", "w8" for BigTIFF, "wb" for big-endian.
 void write(std::string const& path, std::vector<Directory> const& directories, std::string const& mode = "w");
 
 } // namespace testtiff

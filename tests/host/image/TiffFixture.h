@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
-/// A TIFF file of any directories, and what becomes of it.
+/// A TIFF file with any directories, and the result of reading it.
 class TiffFixture : public ImageFixture {
 protected:
     void write(std::vector<testtiff::Directory> const& directories, std::string const& mode = "w") const {
         testtiff::write(tiff_, directories, mode);
     }
 
-    // Uneven samples, no two neighbours alike.
+    // Irregular samples: all neighbours differ.
     static std::vector<std::uint8_t> bytes(size_t count, unsigned start = 3) {
         std::vector<std::uint8_t> made(count);
         for (size_t i = 0; i < count; ++i)

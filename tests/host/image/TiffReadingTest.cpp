@@ -1,5 +1,5 @@
-// Pages and layouts of TIFF files: each is written here with libtiff, and read again without the product where samples
-// are compared.
+// Pages and layouts of TIFF files: each is written here with libtiff, and samples are compared with those of a reader
+// that is independent of the product.
 #include "tests/host/image/TiffFixture.h"
 
 #include <tiffio.h>
@@ -92,7 +92,7 @@ TEST_F(TiffReadingTest, PreviewsOfAPictureThatIsNotFoundAreRefused) {
     preview.subDirectories = 1;
     write({preview, grey(16)});
     EXPECT_TRUE(has(refusal(tiff_), "previews"));
-    // Where nothing lies below, it is all that there is.
+    // Without sub-directories it is the only picture.
     preview.subDirectories = 0;
     write({preview});
     expectOwnSamples(tiff_);
@@ -115,14 +115,14 @@ TEST_F(TiffReadingTest, AnotherOrientationIsTold) {
 TEST_F(TiffReadingTest, MoreThanTheFileHoldsIsRefusedBeforeItIsRead) {
     struct Case {
         std::uint16_t compression;
-        std::uint32_t width; // as much as such a file cannot hold
+        std::uint32_t width; // wider than the file can hold
     };
     for (Case const& one : {Case{COMPRESSION_NONE, 90000}, Case{COMPRESSION_PACKBITS, 900000},
                             Case{COMPRESSION_LZW, 9000000}, Case{COMPRESSION_ADOBE_DEFLATE, 9000000}}) {
         Directory picture = grey(8);
         picture.compression = one.compression;
         write({picture});
-        // Its width is said to be another.
+        // Its header states another width.
         std::string file = readFile(tiff_);
         size_t entry = file.find(std::string("\x00\x01\x04\x00\x01\x00\x00\x00", 8));
         if (entry == std::string::npos) entry = file.find(std::string("\x00\x01\x03\x00\x01\x00\x00\x00", 8));

@@ -1,4 +1,4 @@
-// Samples, bands and colours of TIFF files: what is taken as it is, what refused, and what options make of it.
+// Samples, bands and colours of TIFF files: which are taken unchanged, which are refused, and the effect of options.
 #include "tests/host/image/TiffFixture.h"
 
 #include <tiffio.h>
@@ -23,7 +23,7 @@ TEST_F(TiffSamplesTest, AlphaIsWhereTheFileSaysSo) {
         EXPECT_EQ(refusal(tiff_), "'" + tiff_ +
                                       "' holds 4 bands, RGB and 1 other; grey or RGB is taken, with alpha or without: "
                                       "choose --bands I or I,J,K (1 to 4)");
-        // It is alpha where the user says so.
+        // Alpha, because the user says so.
         EXPECT_EQ(filesamples::difference(readAll(tiff_, withBands({1, 2, 3, 4})), filesamples::read(tiff_)), "");
         EXPECT_EQ(ImageReader(tiff_, withBands({1, 2, 3, 4})).selection().text, "bands 1,2,3 and alpha 4 of 4");
     }
@@ -89,7 +89,7 @@ TEST_F(TiffSamplesTest, ColoursMultipliedByAlphaAreKeptOrDividedAndNotDividedUns
     }
 }
 
-// The word that says so lies apart from its directory.
+// The word that marks premultiplied colours lies apart from its directory.
 TEST_F(TiffSamplesTest, ColoursMultipliedByOneOfThreeExtraBandsAreKept) {
     Directory multiplied = directory(3, 2, 6, bytes(36));
     multiplied.extraSamples = {EXTRASAMPLE_UNSPECIFIED, EXTRASAMPLE_UNSPECIFIED, EXTRASAMPLE_ASSOCALPHA};
@@ -185,7 +185,7 @@ TEST_F(TiffSamplesTest, PlainColoursStayWhatTheyAreWhereAConversionIsAskedFor) {
 }
 
 TEST_F(TiffSamplesTest, ColourSpacesThatNothingConvertsAreTakenByBands) {
-    // Brightness and two colour differences, not compressed: libvips takes them for red, green and blue.
+    // Brightness and two colour differences, uncompressed: libvips takes them for red, green and blue.
     Directory other = directory(2, 2, 3, bytes(12));
     for (auto const& [photometric, name] : std::vector<std::pair<std::uint16_t, std::string>>{
              {PHOTOMETRIC_YCBCR, "YCbCr"}, {PHOTOMETRIC_ICCLAB, "colours of TIFF's kind 9"}}) {
@@ -235,7 +235,7 @@ TEST_F(TiffSamplesTest, RangesAndBandsGoTogether) {
                   "' holds 5 bands, RGB and 2 others and 32-bit float samples from -7.25 to 51.75; grey or "
                   "RGB of unsigned 8 or 16 bits is taken: choose --bands I or I,J,K (1 to 5) and --range LO,HI or "
                   "--range auto");
-    // Of the bands that are chosen.
+    // Range of the selected bands.
     EXPECT_TRUE(has(refusal(tiff_, withBands({2})), "samples from -6.25 to 48.75"));
     Options options = withBands({2});
     options.selection.automaticRange = true;
@@ -291,7 +291,7 @@ TEST_F(TiffSamplesTest, BitsAndPalettesOfBytesAreExpandedWithoutAWord) {
         value = static_cast<std::uint16_t>(value >> 8);
     write({indexed});
     EXPECT_EQ(valuesOf(tiff_), (std::vector<double>{0, 7, 14, 100, 107, 114, 50, 57, 64})) << "lower bytes alone";
-    // Of greys only one band is made.
+    // Grey gives one band.
     for (size_t i = 0; i < 256; ++i)
         for (size_t band = 0; band < 3; ++band)
             indexed.palette[256 * band + i] = static_cast<std::uint16_t>(257 * (255 - i));

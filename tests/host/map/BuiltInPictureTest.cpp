@@ -29,11 +29,11 @@ TEST(BuiltInPictureTest, Has16384By16384RgbPixels) {
 }
 
 TEST(BuiltInPictureTest, IsTheSameWhicheverWayItIsCut) {
-    // Crosses cells of the noise, grid lines and labels; 700 columns are more than are computed at once.
+    // Crosses cells of the noise, grid lines and labels; 700 columns are more than one batch.
     Region const whole{3900, 4000, 700, 160};
     Pixels const reference = read(whole);
     for (size_t const side : {1u, 37u, 100u, 256u, 699u}) {
-        // One pixel at a time is slow: a strip of them is enough.
+        // One pixel at a time is slow: a strip suffices.
         size_t const rows = side == 1 ? 2 : whole.height;
         for (size_t y = 0; y < rows; y += side) {
             for (size_t x = 0; x < whole.width; x += side) {

@@ -40,10 +40,10 @@ TEST(TerrainNoiseTest, ValuesStayWithinOneAndUseBothSigns) {
     EXPECT_GT(high, TerrainNoise::kOne / 3);
 }
 
-// A jump at the border of a cell would be as high as the noise itself.
+// A discontinuity at the border of a cell would be as large as the noise itself.
 TEST(TerrainNoiseTest, NeighboursDifferLittle) {
     TerrainNoise const noise(6, 3);
-    std::int64_t const most = TerrainNoise::kOne / 16; // 4 / 64: a direction's slope, and that of the blend
+    std::int64_t const most = TerrainNoise::kOne / 16; // 4 / 64: a direction's slope plus the blend's
     auto above = rowOf(noise, -200, -200, 600);
     for (std::int64_t y = -199; y < 400; ++y) {
         auto const row = rowOf(noise, -200, y, 600);

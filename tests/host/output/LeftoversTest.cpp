@@ -15,7 +15,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// A temporary file as a writer has it.
+// A temporary file, held as by a writer.
 class Writer {
 public:
     explicit Writer(fs::path const& target)
@@ -74,7 +74,7 @@ TEST(LeftoversTest, WhatNobodyHoldsIsRemoved) {
     EXPECT_TRUE(folder.names().empty());
 }
 
-// As SQLite does it, whose own locks go when any descriptor of the file is closed.
+// As SQLite does, whose own locks go when any descriptor of the file is closed.
 TEST(LeftoversTest, AWriterThatClosesAnotherDescriptorStillHoldsItsFile) {
     TemporaryFolder const folder;
     Writer const writer(folder.path("a.vlm"));
@@ -93,7 +93,7 @@ TEST(LeftoversTest, AFileThatIsTakenBeforeItIsHeldIsNoticed) {
 
 TEST(LeftoversTest, NothingElseIsRemoved) {
     TemporaryFolder const folder;
-    // What other programs and people call their files; others' temporary files; and names that are not quite ours.
+    // Names that other programs and people use; others' temporary files; and names that almost match ours.
     Names names{".a.vlm.0a1b2c",
                 ".a.vlm.backup",
                 ".a.vlm.velmora-0123456",

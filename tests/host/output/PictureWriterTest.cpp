@@ -7,7 +7,7 @@
 
 namespace {
 
-// "\x89PNG" or "II*", of a machine that stores the lower byte first.
+// "\x89PNG" or "II*", on a little-endian machine.
 std::string formatOf(std::string const& path) {
     std::string const start = readFile(path).substr(0, 4);
     if (start == "\x89PNG") return "PNG";

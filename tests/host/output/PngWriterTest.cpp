@@ -118,7 +118,7 @@ TEST(PngWriterTest, AFolderIsAnUnwritableOutput) {
     EXPECT_EQ(failureKind([&] { PngWriter(folder.path(), 2, 2, 3); }), HostError::Kind::UnwritableOutput);
 }
 
-// A rename would take the place of the device.
+// A rename would replace the device.
 TEST(PngWriterTest, ADeviceIsAnUnwritableOutput) {
     EXPECT_EQ(failureKind([] { PngWriter(over("/dev/null"), 2, 2, 3); }), HostError::Kind::UnwritableOutput);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
@@ -141,6 +141,6 @@ TEST(PngWriterTest, RowsOfAMillionPixelsAndMoreAreWritten) {
     Pixels const pixels = testimages::pattern8(1200000, 2, 1);
     write(folder.path("a.png"), pixels);
     std::string const file = readFile(folder.path("a.png"));
-    // Bytes 16 to 19 are the width, most significant first.
+    // Bytes 16 to 19 are the width, big-endian.
     EXPECT_EQ(file.substr(16, 4), std::string("\x00\x12\x4f\x80", 4));
 }

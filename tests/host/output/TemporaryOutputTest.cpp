@@ -40,7 +40,7 @@ protected:
         return status.st_mode & 0777;
     }
 
-    // Of an output whose sources have these permissions.
+    // Permissions of an output whose sources have these permissions.
     mode_t modeMadeOf(std::vector<mode_t> const& modes) const {
         OutputFile output = file("out", true);
         for (mode_t const mode : modes) {

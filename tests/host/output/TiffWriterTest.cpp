@@ -26,7 +26,7 @@ void write(std::string const& path, Pixels const& pixels, size_t rows) {
     tiff.finish();
 }
 
-// As the file's tags say it; 0 without them. ImageReader takes those of prints for none.
+// From the file's tags; 0 without them. ImageReader ignores print densities.
 double pixelsPerMillimetreOf(std::string const& path) {
     std::unique_ptr<TIFF, decltype(&TIFFClose)> const tiff(TIFFOpen(path.c_str(), "r"), &TIFFClose);
     float pixels = 0;
@@ -92,7 +92,7 @@ TEST(TiffWriterTest, AResolutionThatIsNoFractionOfTwoWordsIsLeftOut) {
     }
 }
 
-// Bytes 2 and 3 are the version: 42, or 43 of BigTIFF. The rows of a picture that is never finished need not be there.
+// Bytes 2 and 3 are the version: 42, or 43 for BigTIFF. The picture is never finished, so it needs no rows.
 TEST(TiffWriterTest, WhatMayPass4GiBIsBigTiff) {
     TemporaryFolder const folder;
     for (auto const& [height, version] : std::vector<std::pair<size_t, char>>{{30'000, 42}, {50'000, 43}}) {

@@ -80,7 +80,7 @@ TEST(CompressionPoolTest, ItEndsInTheMiddleOfItsWork) {
 
 namespace {
 
-// Encoders that wait until they may go on.
+// Encoders that wait until they are released.
 class Gate {
 public:
     CompressionPool::EncoderMaker encoders() {
@@ -102,7 +102,7 @@ public:
         changed_.notify_all();
     }
 
-    // Until so many have begun; a test that waits for more than there will be ends at its time limit.
+    // Waits until this many have begun; a test that waits for more runs into its time limit.
     void waitFor(size_t count) {
         std::unique_lock<std::mutex> lock(mutex_);
         changed_.wait(lock, [&] { return begun_ >= count; });
@@ -140,7 +140,7 @@ TEST(CompressionPoolTest, AReaderThatIsFasterWaits) {
         Gate gate;
         std::atomic<size_t> added{0};
         CompressionPool pool(gate.encoders(), jobs);
-        size_t const room = jobs + 16 * jobs; // in work and waiting
+        size_t const room = jobs + 16 * jobs; // in work and in the queue
         std::thread reader([&] {
             for (size_t column = 0; column < room + 5; ++column, ++added)
                 pool.add(tileOf(column, noise(1)));
@@ -148,7 +148,7 @@ TEST(CompressionPoolTest, AReaderThatIsFasterWaits) {
         gate.waitFor(jobs);
         while (added < room)
             std::this_thread::sleep_for(1ms);
-        // It may come a little later, but must not come at all.
+        // It may come a little later, but it has to stay away for good.
         std::this_thread::sleep_for(50ms);
         EXPECT_EQ(added, room);
         EXPECT_EQ(gate.begun(), jobs);
@@ -210,14 +210,14 @@ TEST(CompressionPoolTest, WhatAThreadThrowsReachesTheReader) {
 }
 
 TEST(CompressionPoolTest, AReaderThatWaitsForRoomIsToldWhatAThreadThrows) {
-    constexpr size_t kRoom = 1 + 16; // in work and waiting
+    constexpr size_t kRoom = 1 + 16; // in work and in the queue
     std::atomic<size_t> added{0};
     CompressionPool pool(
         [&] {
             return [&](RawTile const&) -> StoredTile {
                 while (added < kRoom)
                     std::this_thread::sleep_for(1ms);
-                // The reader is about to wait: nobody will ever make room.
+                // The reader is about to wait for room that is never made.
                 std::this_thread::sleep_for(50ms);
                 throw std::runtime_error("zstd fails");
             };

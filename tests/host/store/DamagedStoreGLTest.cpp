@@ -1,4 +1,4 @@
-// What is drawn of a damaged store is what was stored, or it is an error.
+// A damaged store is drawn as it was stored, or drawing fails.
 #include "host/HostError.h"
 #include "host/store/TileOrder.h"
 #include "host/store/TileStore.h"
@@ -18,7 +18,7 @@ namespace {
 
 class DamagedStoreGLTest : public StoreRendererFixture {
 protected:
-    // Half of it flat: places with data and places without, and tiles of one value that is not 0.
+    // Half of it flat: places with data and without, and tiles of one value other than 0.
     DamagedStoreGLTest() {
         Picture picture = testpictures::picture(50, 70, 1, 8, Content::Noise);
         std::fill_n(picture.bytes.begin(), picture.bytes.size() / 2, std::uint8_t{90});
@@ -40,7 +40,7 @@ protected:
         return std::nullopt;
     }
 
-    // By `velmora render`.
+    // Drawn by `velmora render`.
     std::optional<Bytes> drawn() const {
         return unlessDamaged([&] { return renderedWhole(info_, 0); });
     }

@@ -1,4 +1,4 @@
-// Whatever happens to the bytes of a store: either it is noticed, or nothing of the picture has changed.
+// Every change of a store's bytes is detected, or leaves the picture unchanged.
 #include "host/HostError.h"
 #include "host/image/ImageReader.h"
 #include "host/store/StoreCheck.h"
@@ -20,10 +20,10 @@ using testpictures::Picture;
 
 namespace {
 
-// What a store gives to those who read it.
+// The result of reading a whole store.
 struct Content {
     std::vector<std::vector<std::int16_t>> tiles;
-    std::vector<std::vector<std::pair<size_t, size_t>>> placesWithData; // by level; viewers pass over the others
+    std::vector<std::vector<std::pair<size_t, size_t>>> placesWithData; // by level; viewers skip the others
 
     bool operator==(Content const& other) const {
         return tiles == other.tiles && placesWithData == other.placesWithData;
@@ -55,7 +55,7 @@ protected:
         EXPECT_FALSE(std::all_of(tiles.begin(), tiles.end(), hasOneValue));
     }
 
-    // What `read` gives; nothing where it throws what damage throws, and nothing else may be thrown.
+    // The result of `read`; nothing if it throws what damage throws. No other exception is permitted.
     template <class Read>
     auto unlessDamaged(Read const& read) const -> std::optional<decltype(read())> {
         try {
@@ -105,7 +105,7 @@ protected:
         });
     }
 
-    // With `all`, also what is exported, which takes its time and is made of the same tiles.
+    // With `all` also the export, which takes longer and is made from the same tiles.
     void expectNoticedOrHarmless(bool all) const {
         auto const read = content();
         EXPECT_TRUE(!read || *read == content_) << "other samples come out";
@@ -126,7 +126,7 @@ protected:
     Picture picture_;
     std::string whole_;
     Content content_;
-    bool mayBeNoStore_ = false; // where more than a bit of the head changes
+    bool mayBeNoStore_ = false; // if more than a bit of the header changes
 };
 
 std::string positionOf(size_t bit) {
@@ -138,7 +138,7 @@ std::string positionOf(size_t bit) {
 INSTANTIATE_TEST_SUITE_P(Versions, DamagedStoreTest, testing::Values(1, 2, 3),
                          [](auto const& test) { return "Version" + std::to_string(test.param); });
 
-// A few pages, so that all their bits can be looked at.
+// A few pages, so that all their bits can be tested.
 TEST_P(DamagedStoreTest, AnyBitIsNoticedOrHarmless) {
     make(testpictures::picture(50, 70, 1, 8, testpictures::Content::Noise), {});
     size_t const bits = 8 * whole_.size();
@@ -178,7 +178,7 @@ TEST_P(DamagedStoreTest, AnyBitOfTheDescriptionIsNoticedOrHarmless) {
     }
 }
 
-// The page that begins with 0x0a, the kind of an index's leaf, and has the key of the first tile with data.
+// The page that begins with 0x0a, the type of an index leaf, and has the key of the first tile with data.
 TEST_P(DamagedStoreTest, AnyBitOfTheIndexIsNoticedOrHarmless) {
     size_t const pageBytes = GetParam() == 1 ? 16384 : 4096;
     std::vector<size_t> pages;
@@ -227,7 +227,7 @@ TEST_P(DamagedStoreTest, ATileThatIsNotThereIsNoPlaceWithoutData) {
     }
 }
 
-// An index that passes over a tile.
+// An index that lacks a tile.
 TEST_P(DamagedStoreTest, PlacesThatTheIndexLeavesOutAreNoticedOrFoundInTheRows) {
     storefiles::change(
         path_, "PRAGMA writable_schema = ON; UPDATE sqlite_master SET sql = replace(sql, 'value IS NULL OR ', '')"
@@ -267,7 +267,7 @@ protected:
         testpictures::import(testpictures::picture(100, 70, 1, 8, testpictures::Content::Noise), path_, options);
     }
 
-    // Two tiles of a band change places, each with its checksum.
+    // Two tiles of a band are exchanged, each with its checksum.
     void swap(std::int64_t first, std::int64_t second) const {
         auto const move = [&](std::int64_t from, std::int64_t to) {
             return "UPDATE tiles SET id = " + std::to_string(to) + " WHERE id = " + std::to_string(from) + ";";

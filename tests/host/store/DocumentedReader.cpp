@@ -143,7 +143,7 @@ Bytes DocumentedReader::codesOf(Numbers const& samples, Number version) {
 
 std::uint32_t DocumentedReader::checksumOf(std::map<std::string, std::string> const& description) {
     Bytes bytes;
-    // A map of texts is in the order of their bytes.
+    // A std::map sorts texts by their bytes.
     for (auto const& [key, value] : description) {
         if (key == "crc") continue;
         for (std::string const& text : {key, value}) {

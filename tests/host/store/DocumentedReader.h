@@ -9,10 +9,10 @@
 
 struct sqlite3;
 
-/// Reads a tile store as docs/STORE.md describes it, with SQLite, zstd and zlib alone. Slow, and nothing of it is
-/// shared with the product: where the two differ, one of them is wrong, or the description is.
+/// Reads a tile store as docs/STORE.md describes it, with SQLite, zstd and zlib alone. Slow, and independent of the
+/// product: if the two differ, one of them is wrong, or the description is.
 ///
-/// Every operation throws std::runtime_error where the file is not as described.
+/// Every operation throws std::runtime_error if the file is not as described.
 class DocumentedReader {
 public:
     explicit DocumentedReader(std::string const& path);
@@ -26,7 +26,7 @@ public:
 
     /// T * T samples. band: LL 0, HL 1, LH 2, HH 3, residual 4.
     std::vector<std::int64_t> tile(std::int64_t id) const;
-    /// The keys of all tiles that there have to be, in ascending order.
+    /// The keys of all tiles that must exist, in ascending order.
     std::vector<std::int64_t> ids() const;
     /// The keys in the index of the places with data, in ascending order.
     std::vector<std::int64_t> idsWithData() const;

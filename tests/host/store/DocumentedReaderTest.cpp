@@ -1,4 +1,4 @@
-// What docs/STORE.md says is what is in the files, in those of older programs too.
+// Files of this version and of older programs are as docs/STORE.md describes them.
 #include "tests/host/store/DocumentedReader.h"
 
 #include "host/image/ImageReader.h"
@@ -107,7 +107,7 @@ TEST(DocumentedStoreTest, ResidualsOf5BitsAreWhereTheDescriptionSays) {
 
 namespace {
 
-// A store that the program of that time has written, of a picture that is a formula.
+// A store that an older program has written, of a picture that is a formula.
 struct OldStore {
     char const* name;
     std::int64_t version;
@@ -162,7 +162,7 @@ TEST_P(OldStoreTest, GivesEverySample) {
     EXPECT_EQ(exported(path_, folder_.path("out.tif")), picture());
 }
 
-// Also where there is no index, and where it is wrong.
+// Also without an index, and with a wrong one.
 TEST_P(OldStoreTest, ItsRowsSayWhichPlacesHaveData) {
     TileStore store(path_);
     DocumentedReader const reader(path_);

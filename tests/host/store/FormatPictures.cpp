@@ -34,7 +34,7 @@ VImage prepared(VImage const& image, std::string const& name) {
     return image;
 }
 
-// Not read by libvips, in which the product has blocked what it does not need.
+// Read without libvips, in which the product has blocked unneeded loaders.
 VImage imageOf(std::string const& path) {
     filesamples::Samples const samples = filesamples::read(path);
     bool const wide = path.find("depth16") != std::string::npos;
@@ -53,7 +53,7 @@ VImage imageOf(std::string const& path) {
         .copy_memory();
 }
 
-// libvips has no writer of it.
+// libvips cannot write this format.
 void writeBmp(std::string const& from, std::string const& to) {
     filesamples::Samples const samples = filesamples::read(from);
     size_t const rowBytes = (3 * samples.width + 3) / 4 * 4;

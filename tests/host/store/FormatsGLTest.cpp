@@ -1,4 +1,4 @@
-// Pictures of many formats through the GPU: every level of their stores is what the formulas give.
+// Pictures of many formats through the GPU: every level of their stores equals the formulas' result.
 #include "tests/host/store/FormatPictures.h"
 #include "tests/host/view/StoreRendererFixture.h"
 #include "tests/support/LongRun.h"

@@ -1,5 +1,4 @@
-// Pictures of many formats into stores and out of them again: what comes out is what the files hold, as readers that
-// share nothing with the product see it.
+// Pictures of many formats into stores and out of them again: the samples equal those of independent readers.
 #include "host/store/StoreCheck.h"
 #include "host/store/StoreExporter.h"
 #include "host/store/StoreImporter.h"

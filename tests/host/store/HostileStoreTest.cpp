@@ -1,4 +1,4 @@
-// Files that somebody has made to look like stores: each is damage, found at once, and nothing beside it is touched.
+// Forged files that look like stores: each is damage, found at once, and no other file is touched.
 #include "host/HostError.h"
 #include "host/store/StoreCheck.h"
 #include "host/store/StoreExporter.h"
@@ -36,7 +36,7 @@ protected:
         testpictures::import(testpictures::picture(100, 70, 1, 16, Content::Noise), path_, options_);
     }
 
-    // Seconds of the processor since it was asked last: others may use it at the same time.
+    // Processor seconds since the last call: other processes may use the processor too.
     double seconds() {
         std::clock_t const now = std::clock();
         double const passed = static_cast<double>(now - last_) / CLOCKS_PER_SEC;
@@ -44,7 +44,7 @@ protected:
         return passed;
     }
 
-    // What opening it says; empty where it opens.
+    // The error of opening it; empty if it opens.
     std::string opening() {
         seconds();
         std::string text;
@@ -133,7 +133,7 @@ TEST_F(HostileStoreTest, ASchemaWithoutEndIsNotReadToItsEnd) {
          " SELECT 'table', 't' || n, 't' || n, 2, 'CREATE TABLE t' || n || '(a)' FROM r LIMIT 100000");
     sqlite3_memory_highwater(1);
     expectRefused("too many steps");
-    // Of each table that it has read it keeps half a kilobyte.
+    // SQLite keeps half a kilobyte per table.
     EXPECT_LT(sqlite3_memory_highwater(0), 8'000'000);
     make(std::string("CREATE TABLE meta(key TEXT PRIMARY KEY, value TEXT NOT NULL /*") + std::string(3'000'000, 'x') +
          "*/) WITHOUT ROWID;" + kTiles + kIndex);
@@ -145,7 +145,7 @@ TEST_F(HostileStoreTest, ADescriptionForWhichTheFileHasNoRoomIsRefused) {
     expectRefused("asks for");
     describe("height", "134217728");
     expectRefused("asks for");
-    // Also where the tiles are as large as they can be.
+    // Also with tiles of the largest size.
     describe("tileSize", "2048");
     expectRefused("asks for");
 }
@@ -257,7 +257,7 @@ TEST_F(HostileStoreTest, RowsThatNoTileHasAreDamage) {
     }
 }
 
-// Its pages are read again and again: the keys do not grow.
+// Its pages form a cycle: the keys do not grow.
 TEST_F(HostileStoreTest, PagesThatFollowEachOtherForEverComeToAnEnd) {
     constexpr size_t kPageBytes = 4096;
     std::string file = readFile(path_);
@@ -323,7 +323,7 @@ struct Stop {};
 
 } // namespace
 
-// SQLite asks every ten thousand steps or so: this has a few thousand rows of several steps each.
+// SQLite calls back about every ten thousand steps: this store has a few thousand rows of several steps each.
 TEST_F(HostileStoreTest, ALongOperationIsInterrupted) {
     options_.replace = true;
     testpictures::import(testpictures::picture(1200, 900, 1, 8, Content::Noise), path_, options_);

@@ -31,7 +31,7 @@ void makeEndlessTiles(std::string const& path) {
              path);
 }
 
-// The same behind a description that can be believed.
+// The same after a plausible description.
 void makeEndlessTilesOfAPicture(std::string const& path) {
     makeSmall(path);
     storefiles::change(path, std::string("DROP TABLE tiles; CREATE VIEW tiles(id, value, crc, data) AS ") + kEndless +

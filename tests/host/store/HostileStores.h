@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-/// Files that are made to hold up, or to fill, a program that reads them as a store. Each is damage.
+/// Files that are made to block a program that reads them as a store, or to fill its memory. Each is damage.
 namespace hostilestores {
 
 struct Hostile {

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-/// What a store shows at its levels, straight from the formulas of colour transform and wavelet.
+/// A store's picture at its levels, straight from the formulas of colour transform and wavelet.
 namespace levelmodel {
 
 /// Lowest bits of a 16-bit sample that its store leaves outside the wavelet, where the coefficients of the rest fit.

@@ -32,7 +32,7 @@ void push(PlaneTransform& transform, Plane64 const& plane) {
     }
 }
 
-// Every band as one plane of whole tiles, put together from the tiles.
+// Every band as one plane of whole tiles, assembled from the tiles.
 std::map<Key, reference::Plane> assembledBands(StoreInfo const& info, Plane64 const& plane) {
     std::map<Key, reference::Plane> bands;
     size_t tiles = 0;
@@ -71,7 +71,7 @@ reference::Plane window(reference::Plane const& plane, int x0, int y0, int width
     return part;
 }
 
-// What the GPU does with windows of equal size of the four bands: columns first.
+// The GPU's result for windows of equal size of the four bands: columns first.
 reference::Plane rebuilt(reference::Plane const& ll, reference::Plane const& hl, reference::Plane const& lh,
                          reference::Plane const& hh) {
     return reference::inverseFilter53Horizontal(reference::inverseFilter53Vertical(ll, lh),
@@ -155,7 +155,7 @@ TEST(PlaneTransformTest, WhatItHoldsDoesNotGrowWithTheHeight) {
     size_t const tall = held(300, 10'000);
     EXPECT_EQ(held(300, 10'000'000), tall);
     EXPECT_LT(tall, 6 * (64 + 16) * 4 * 300u);
-    // Tiles come out as rows go in: after all but a few rows only those of the last rows are missing.
+    // Tiles come out while rows go in: after all but a few rows only those of the last rows are missing.
     size_t tiles = 0;
     StoreInfo const info = infoOf(20, 5000, 16, 3);
     PlaneTransform transform(info, 0, [&](RawTile&&) { ++tiles; });

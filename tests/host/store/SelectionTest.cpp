@@ -1,4 +1,4 @@
-// What a store says of the part of a file that it was made of.
+// The description of the part of a file from which a store was made.
 #include "host/store/Sqlite.h"
 #include "host/store/TileStore.h"
 #include "tests/host/store/SourceOf.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-// A picture, and what it says of itself.
+// A picture and its metadata.
 class PartSource final : public SourceOf {
 public:
     PartSource(std::unique_ptr<PixelSource> source, Selection part)

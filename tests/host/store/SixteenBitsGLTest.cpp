@@ -1,5 +1,5 @@
-// One rule for what 16 bits show: their upper byte, and with enhancements what these make of 15 bits; the same of a
-// file, of its store, of a window and of a region, at every zoom.
+// One rule for showing 16 bits: their upper byte, and with enhancements the result of these on the upper 15 bits; the
+// same for a file, its store, a window and a region, at every zoom.
 #include "host/filter/EnhancedRenderer.h"
 #include "host/filter/RegionRenderer.h"
 #include "host/image/ImageReader.h"

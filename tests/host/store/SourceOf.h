@@ -6,7 +6,7 @@
 #include <memory>
 #include <utility>
 
-/// The pixels of another picture; what it says of itself is for tests to change.
+/// The pixels of another picture, with metadata that tests can change.
 class SourceOf : public PixelSource {
 public:
     explicit SourceOf(std::unique_ptr<PixelSource> source) : source_(std::move(source)) {}

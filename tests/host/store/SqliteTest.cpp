@@ -1,4 +1,4 @@
-// What the system and SQLite say becomes what it means: a disk that does not answer is no damage.
+// Failures of the system and of SQLite become the right errors: a disk that does not answer is no damage.
 #include "host/store/Sqlite.h"
 
 #include "host/HostError.h"
@@ -22,7 +22,7 @@ namespace {
 
 constexpr sqlite3_int64 kNever = std::numeric_limits<sqlite3_int64>::max();
 
-// SQLite's own way to the files, but for the bytes from `failsFrom` on, which a broken disk does not give.
+// SQLite's own file access, except for the bytes from `failsFrom` on, which fail as on a broken disk.
 struct BrokenDisk {
     BrokenDisk() : usual(sqlite3_vfs_find(nullptr)), vfs(*usual) {
         vfs.zName = "broken disk";
@@ -109,7 +109,7 @@ TEST_F(SqliteTest, ADiskThatDoesNotAnswerIsNoDamage) {
     EXPECT_EQ(checkStore(store, [](size_t, size_t) {}).damages, 0u) << "it has come back";
 }
 
-// The file that the system shows of this process's memory: at its beginning there is none.
+// The system's file of this process's memory: nothing is mapped at its beginning.
 TEST_F(SqliteTest, ADiskThatDoesNotAnswerAtOnceIsNoDamageEither) {
     expectReadError([&] { TileStore const store("/proc/self/mem"); });
     EXPECT_FALSE(TileStore::isStore("/proc/self/mem"));

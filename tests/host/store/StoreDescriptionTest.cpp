@@ -1,4 +1,4 @@
-// Whatever a picture says of itself: what is written of it can be read, or nothing is written.
+// Whatever a picture's metadata: the written description can be read, or nothing is written.
 #include "host/HostError.h"
 #include "host/store/TileStore.h"
 #include "host/store/TileStoreWriter.h"
@@ -32,7 +32,7 @@ private:
 
 class StoreDescriptionTest : public testing::Test {
 protected:
-    // What is read back of a picture with this resolution and name.
+    // The description that is read back for a picture with this resolution and name.
     StoreInfo imported(double x, double y, std::string const& name = "a.tif") {
         ImportOptions options;
         options.replace = true;

@@ -97,7 +97,7 @@ std::string storefiles::unfinishedChange(std::string const& path, std::string co
                                          std::string const& statements, std::string const& suffix) {
     Database const database = opened(path);
     execute(database.get(), mode + "; PRAGMA wal_autocheckpoint = 0; PRAGMA cache_size = 1; PRAGMA cache_spill = 1");
-    // A log has what is committed, a journal what is not.
+    // A log has the committed changes, a journal belongs to uncommitted ones.
     execute(database.get(),
             "BEGIN; " + statements + "; UPDATE tiles SET crc = crc + 1;" + (suffix == "-wal" ? "COMMIT" : ""));
     std::ifstream file(path + suffix, std::ios::binary);

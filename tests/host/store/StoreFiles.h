@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-/// Files of stores that nobody has written like that: older versions, damaged ones.
+/// Files of stores that the product does not write: older versions, damaged ones.
 namespace storefiles {
 
 /// Runs statements on the file with a plain SQLite, also such that change its schema.
@@ -13,11 +13,11 @@ void change(std::string const& path, std::string const& statements);
 /// Rewrites a store as one of version 1 or 2, as docs/STORE.md describes them.
 void rewriteAs(std::int64_t version, std::string const& path);
 
-/// After a change of the description: its checksum fits again.
+/// Corrects the checksum after a change of the description.
 void sealDescription(std::string const& path);
 
-/// What lies beside a database, under its name with a suffix, while a program changes it with `statements`, and after
-/// that every tile; `mode` is the first thing that it does.
+/// The files beside a database, under its name with a suffix, while a program changes it with `statements` and then
+/// every tile; `mode` is its first statement.
 std::string unfinishedChange(std::string const& path, std::string const& mode, std::string const& statements,
                              std::string const& suffix);
 

@@ -1,4 +1,4 @@
-// SQLite's head of a store's file lies under no checksum: what it says is compared with what it must say.
+// No checksum covers SQLite's header of a store's file: its fields are compared with fixed values.
 #include "host/store/StoreHead.h"
 
 #include "host/HostError.h"
@@ -25,7 +25,7 @@ constexpr size_t kVersionAt = 60;
 constexpr size_t kApplicationIdAt = 68;
 
 // The parameter is the file's version. No tile of the picture has only one value: with the wrong version all of them
-// would be unpacked, checksums and all, into other samples.
+// would decode, checksums and all, into other samples.
 class StoreHeadTest : public testing::TestWithParam<std::int64_t> {
 protected:
     StoreHeadTest() {
@@ -52,7 +52,7 @@ protected:
         return all;
     }
 
-    // The kind of error that opening it is; nothing where it opens.
+    // The kind of error of opening it; nothing if it opens.
     std::optional<Kind> failure() const {
         try {
             TileStore const store(path_);
@@ -170,7 +170,7 @@ TEST_P(StoreHeadTest, AFileThatIsLongerIsRead) {
     EXPECT_EQ(failure(), std::nullopt);
 }
 
-// What reads as a store of a version that is known is no newer one.
+// A store that reads as one of a known version is no newer one.
 TEST(NewerStoreTest, AStoreOfALaterVersionIsNamed) {
     TemporaryFolder const folder;
     std::string const path = folder.path("a.vlm");
@@ -187,7 +187,7 @@ TEST(NewerStoreTest, AStoreOfALaterVersionIsNamed) {
     }
 }
 
-// Opening it would wait for a writer.
+// Opening it would block until it has a writer.
 TEST(OtherFilesTest, APipeIsNoStoreAndNobodyWaitsForIt) {
     TemporaryFolder const folder;
     ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
@@ -206,7 +206,7 @@ TEST(OtherFilesTest, ALinkToAStoreIsOne) {
     EXPECT_THROW(TileStore{folder.path("round")}, HostError);
 }
 
-// Names that mean something in the form in which SQLite is told how to open a file.
+// Names with a meaning in SQLite's URI form.
 TEST(OtherFilesTest, AStoreMayHaveAnyName) {
     TemporaryFolder const folder;
     for (std::string const name : {"a?immutable=0", "a#b", "a%41", "%", "a b&mode=memory", "\xff\xfe", "file:a"}) {

@@ -35,7 +35,7 @@ StoreInfo allLevelsOf(size_t width, size_t height, size_t bands, size_t bits, si
     return info;
 }
 
-// What the parts of an import have room for, counted by themselves.
+// The capacities of an import's parts, by their own count.
 std::uint64_t heldBytes(StoreInfo const& info) {
     std::uint64_t samples = 0;
     for (size_t plane = 0; plane < info.bands; ++plane) {
@@ -46,7 +46,7 @@ std::uint64_t heldBytes(StoreInfo const& info) {
     return 2 * samples + info.width * info.bands * (info.bits / 8 + 4);
 }
 
-// What the process may take, for as long as it lives.
+// Limits the process's memory for its lifetime.
 class AddressLimit {
 public:
     explicit AddressLimit(rlim_t bytes) {
@@ -103,8 +103,8 @@ TEST(StoreMemoryTest, ThereIsWhatTheMachineHasOrWhatTheProcessMayTake) {
     EXPECT_EQ(memorybudget::availableBytes(), half);
 }
 
-// A flat picture of 134217728 x 2048 pixels is a file of few megabytes; should its tiles all have data, a row of them
-// would have 550 GB.
+// A flat picture of 134217728 x 2048 pixels is a file of few megabytes; if all its tiles had data, a row of them would
+// have 550 GB.
 TEST(StoreMemoryTest, AnExportForWhichThereIsNoMemoryTakesNone) {
     TemporaryFolder const folder;
     std::string const path = folder.path("a.vlm");
@@ -166,7 +166,7 @@ TEST(StoreMemoryTest, AnImportThatTakesMoreIsRefusedAndSmallerTilesAreTheWayOut)
 TEST(StoreMemoryTest, TheBudgetItselfIsEnoughForAnImport) {
     StoreInfo info = allLevelsOf(1, 1000000, 1, 8, 256);
     std::uint64_t const each = storememory::importBytes(allLevelsOf(2000000, 1000000, 1, 8, 256)) / 2000000;
-    // The widest picture that fits, found by halving.
+    // The widest picture that fits, found by bisection.
     size_t fits = 1;
     size_t refused = 2 * memorybudget::kPictureBytes / each;
     while (refused - fits > 1) {

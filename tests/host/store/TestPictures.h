@@ -28,7 +28,7 @@ Picture picture(size_t width, size_t height, size_t bands, size_t bits, Content 
 
 std::unique_ptr<PixelSource> source(Picture const& picture);
 
-/// Imports the picture and does not look at the progress.
+/// Imports the picture without a progress callback.
 StoreInfo import(Picture const& picture, std::string const& path, ImportOptions const& options = {});
 
 } // namespace testpictures

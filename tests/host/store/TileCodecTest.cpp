@@ -16,7 +16,7 @@ using testtiles::tileOf;
 
 constexpr size_t kTileBytes = 2 * 16 * 16;
 
-// That of the tile at column 3 of HL at level 1, the lowest byte first.
+// The key of the tile at column 3 of HL at level 1, little-endian.
 Bytes const kKey{3 * 32 % 256 + 4, 0, 0, 0, 0, 0, 1 << 5, 0};
 
 Bytes joined(Bytes first, Bytes const& second) {
@@ -94,7 +94,7 @@ TEST(TileCodecTest, WhatIsDamagedIsNotDecoded) {
     EXPECT_FALSE(codec.decode(damaged));
 }
 
-// Every value that a sample may have, in the order of the codes that it is stored as.
+// Every value of a sample, in the order of the zigzag codes.
 TEST(TileCodecTest, SamplesOfAnyValueComeBack) {
     StoreInfo info = infoOf(1000);
     info.tileSize = 256;
@@ -104,7 +104,7 @@ TEST(TileCodecTest, SamplesOfAnyValueComeBack) {
         tile.samples[static_cast<size_t>(i)] = static_cast<std::int16_t>(i % 2 == 0 ? i / 2 : -i / 2 - 1);
     StoredTile const stored = codec.encode(tile);
     EXPECT_EQ(codec.decode(stored), tile.samples);
-    // The codes count up, so their low bytes do; a frame of zstd gives them back.
+    // The codes are consecutive, and so are their low bytes; the zstd frame decodes to them.
     std::vector<std::uint8_t> bytes(2 * 65536);
     ASSERT_EQ(ZSTD_decompress(bytes.data(), bytes.size(), stored.data.data(), stored.data.size()), bytes.size());
     for (size_t i = 0; i < 65536; ++i)
@@ -147,7 +147,7 @@ TEST(TileCodecTest, ChecksumsOfOlderVersionsAreOfTheBandsPart) {
     TileAddress const last{1, Band::HL, 0, 1, 0};
     TileAddress const whole{1, Band::HL, 0, 0, 0};
     Bytes const full = joined(Bytes(256, 14), Bytes(256, 0));
-    // Twice and in turns: sums are kept.
+    // Twice and in turns: checksums are cached.
     for (int i = 0; i < 2; ++i) {
         EXPECT_TRUE(codec.isAsWritten(last, 7, crcOf(bytes)));
         EXPECT_TRUE(codec.isAsWritten(whole, 7, crcOf(full)));
@@ -181,7 +181,7 @@ TEST(TileCodecTest, AnotherPlaceIsNotTheTilesOwn) {
     }
 }
 
-// Each frame gives the tile's bytes to one who unpacks it and does not look at what it says.
+// Each frame decodes to the tile's bytes if its header is ignored.
 TEST(TileCodecTest, OnlyOneFrameThatSaysTheTilesLengthIsUnpacked) {
     TileCodec codec(infoOf(1000));
     StoredTile const whole = codec.encode(tileOf(3, noise(1)));
@@ -193,7 +193,7 @@ TEST(TileCodecTest, OnlyOneFrameThatSaysTheTilesLengthIsUnpacked) {
     tile.data = joined(packed(Bytes(bytes.begin(), middle)), packed(Bytes(middle, bytes.end())));
     ASSERT_EQ(unpacked(tile.data), bytes);
     EXPECT_EQ(codec.decode(tile), std::nullopt) << "two frames";
-    // A frame to be passed over, of four bytes.
+    // A skippable frame of four bytes.
     tile.data = joined(whole.data, {0x50, 0x2a, 0x4d, 0x18, 4, 0, 0, 0, 1, 2, 3, 4});
     ASSERT_EQ(unpacked(tile.data), bytes);
     EXPECT_EQ(codec.decode(tile), std::nullopt) << "a frame and one to be passed over";

@@ -31,7 +31,7 @@ Bands split(std::vector<Sample> const& row) {
     return out;
 }
 
-// The formulas once more, in a range that they cannot leave.
+// The formulas once more, in a range without overflow.
 bool modelFits(Plane const& plane) {
     auto const bands = waveletmodel::bandSamples(plane.width);
     for (std::int64_t n = -1; n < bands; ++n) {

@@ -5,11 +5,11 @@
 #include <random>
 #include <vector>
 
-/// The 5/3 wavelet straight from its formulas, on signals that an index function continues, in 64 bits. Slow, and
-/// nothing of it is shared with the store.
+/// The 5/3 wavelet straight from its formulas, in 64 bits, on signals that an index function extends. Slow, and
+/// independent of the store's code.
 namespace waveletmodel {
 
-/// A plane of samples that continues mirrored about its first and last row and column.
+/// A plane of samples with symmetric extension about its first and last row and column.
 struct Plane {
     std::int64_t width = 0;
     std::int64_t height = 0;
@@ -30,7 +30,7 @@ std::int64_t bandSamples(std::int64_t count);
 /// Samples from lowest to highest, both included.
 Plane noise(std::int64_t width, std::int64_t height, int lowest, int highest, std::mt19937& random);
 
-/// The low band that the next level starts from.
+/// The low band from which the next level starts.
 Plane coarser(Plane const& plane);
 
 } // namespace waveletmodel

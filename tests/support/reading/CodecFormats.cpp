@@ -20,7 +20,7 @@ void require(bool done, char const* what) {
 
 } // namespace
 
-// Samples of fewer bits than 8, or than 16, are moved up to fill these.
+// Samples of fewer bits are shifted up to 8, or to 16.
 Samples filesamples::readJpeg2000(std::string const& path, bool isCodestream) {
     std::unique_ptr<opj_stream_t, decltype(&opj_stream_destroy)> const stream(
         opj_stream_create_default_file_stream(path.c_str(), OPJ_TRUE), opj_stream_destroy);
@@ -51,7 +51,7 @@ Samples filesamples::readJpegXl(Bytes const& bytes, size_t page) {
     JxlBasicInfo info{};
     JxlPixelFormat format{};
     std::vector<std::uint16_t> pixels;
-    // All frames before it are decoded too.
+    // All frames before the wanted one are decoded too.
     for (JxlDecoderStatus status = JxlDecoderProcessInput(decoder.get());;
          status = JxlDecoderProcessInput(decoder.get())) {
         if (status == JXL_DEC_FULL_IMAGE && --page == 0) break;

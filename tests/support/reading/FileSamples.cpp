@@ -22,7 +22,7 @@ bool isWhole(double value) {
     return std::abs(value) < 4e9 && value == std::floor(value);
 }
 
-// By integers alone.
+// In integer arithmetic.
 double scaledWhole(std::int64_t value, std::int64_t low, std::int64_t high) {
     if (value <= low) return 0;
     if (value >= high) return 65535;

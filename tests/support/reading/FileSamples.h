@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// The samples of picture files, read by the library of each format or by a parser of a page, without libvips and
-/// without anything of what reads files in the product: what a test compares with must not make the same mistakes.
+/// The samples of picture files, read by each format's library or by a one-page parser, without libvips and without the
+/// product's readers: the expected values must not share their mistakes.
 namespace filesamples {
 
 struct Samples {
@@ -16,20 +16,20 @@ struct Samples {
     std::vector<double> values; ///< interleaved, rows from the top
 };
 
-/// One page of a file, from 1. The format is told from the file's first bytes. Throws std::runtime_error.
+/// One page of a file, from 1. The file's first bytes tell the format. Throws std::runtime_error.
 Samples read(std::string const& path, size_t page = 1);
 
-/// Bands of it, from 1, in this order; all where none are named.
+/// The selected bands, from 1, in this order; all if none are named.
 Samples withBands(Samples const& samples, std::vector<size_t> const& bands);
 
-/// 16 bits of each sample: `low` becomes 0, `high` 65535, rounded, halves up; clipped beyond; what is no number is 0.
-/// Of whole numbers in whole numbers.
+/// Samples scaled to 16 bits: `low` becomes 0, `high` 65535, rounded, halves up; clipped beyond; NaN becomes 0. Whole
+/// numbers are scaled in integer arithmetic.
 Samples scaled(Samples const& samples, double low, double high);
 
 double smallest(Samples const& samples);
 double largest(Samples const& samples);
 
-/// Empty where both are the same; else the first difference in words. `tolerance`: the distance that is none.
+/// Empty if both are equal; else the first difference in words. `tolerance`: largest permitted distance.
 std::string difference(Samples const& actual, Samples const& expected, double tolerance = 0);
 
 // The formats. Bytes are those of the whole file.

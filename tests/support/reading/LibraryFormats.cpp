@@ -5,7 +5,7 @@
 
 #include <png.h>
 
-// After stdio.h, which it needs and does not include.
+// after stdio.h, which it needs and does not include
 #include <cstdio>
 #include <jpeglib.h>
 
@@ -27,7 +27,7 @@ File open(std::string const& path) {
     return file;
 }
 
-// A sample of 1 to 16 bits in a row; those of 16 with the highest byte first.
+// A sample of 1 to 16 bits in a row; 16-bit samples are big-endian.
 unsigned packed(std::uint8_t const* row, size_t index, unsigned bits) {
     if (bits == 16) return 256u * row[2 * index] + row[2 * index + 1];
     size_t const bit = index * bits;
@@ -48,9 +48,9 @@ struct Png {
 };
 
 struct Transparency {
-    png_bytep alphas = nullptr; // of a palette
+    png_bytep alphas = nullptr; // for a palette
     int count = 0;
-    png_color_16p colour = nullptr; // of others: the one that is transparent
+    png_color_16p colour = nullptr; // the transparent colour of a picture without a palette
     bool any = false;
 };
 
@@ -169,7 +169,7 @@ Samples filesamples::readJpeg(std::string const& path) {
     jpeg_read_header(&jpeg, TRUE);
     jpeg_start_decompress(&jpeg);
     Samples samples{jpeg.output_width, jpeg.output_height, static_cast<size_t>(jpeg.output_components), {}};
-    // Adobe's inks are upside down: 255 is none.
+    // Adobe's inks are inverted: 255 is none.
     bool const inverted = jpeg.out_color_space == JCS_CMYK && jpeg.saw_Adobe_marker != 0;
     Bytes row(samples.width * samples.bands);
     while (jpeg.output_scanline < jpeg.output_height) {
@@ -200,7 +200,7 @@ Samples filesamples::readTiff(std::string const& path, size_t page) {
         readTiles(tiff, samples, bits, format);
     else
         readRows(tiff, samples, bits, format);
-    // Where 0 is white, samples count from the other end.
+    // Samples are inverted if 0 is white.
     if (field<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC) == PHOTOMETRIC_MINISWHITE)
         for (double& value : samples.values)
             value = (bits == 16 ? 65535 : 255) - value;

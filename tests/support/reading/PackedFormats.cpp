@@ -31,7 +31,7 @@ Bytes radianceRow(Bytes const& bytes, size_t& at, size_t width) {
     return row;
 }
 
-// The blocks that follow a place, each after its length, as one.
+// The sub-blocks from a position on, each preceded by its length, concatenated.
 Bytes gifBlocks(Bytes const& bytes, size_t& at) {
     Bytes data;
     while (true) {
@@ -42,7 +42,7 @@ Bytes gifBlocks(Bytes const& bytes, size_t& at) {
     }
 }
 
-// Lempel, Ziv and Welch, as GIF has it: codes from the lowest bit, one bit wider as the table grows.
+// GIF's variant of Lempel, Ziv and Welch: codes from the lowest bit, one bit wider as the table grows.
 Bytes gifIndices(Bytes const& data, unsigned codeBits, size_t count) {
     size_t const clear = size_t{1} << codeBits;
     std::vector<Bytes> table;
@@ -80,7 +80,7 @@ Bytes gifIndices(Bytes const& data, unsigned codeBits, size_t count) {
     return indices;
 }
 
-// Whether any frame has a colour that stands for nothing, or leaves a part of the picture free.
+// Whether any frame has a transparent colour, or leaves a part of the picture uncovered.
 bool isSeenThrough(Bytes const& bytes, size_t at) {
     auto const word = [&](size_t place) { return bytes.at(place) + 256u * bytes.at(place + 1); };
     bool found = false;
@@ -110,7 +110,7 @@ Samples filesamples::readRadiance(Bytes const& bytes) {
         Bytes const row = radianceRow(bytes, at, samples.width);
         for (size_t x = 0; x < samples.width; ++x)
             for (size_t band = 0; band < 3; ++band)
-                // The middle of the step that a byte stands for.
+                // The middle of the step that a byte represents.
                 samples.values.push_back(
                     row[4 * x + 3] == 0 ? 0 : std::ldexp(row[4 * x + band] + 0.5, row[4 * x + 3] - 136));
     }

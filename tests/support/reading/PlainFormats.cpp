@@ -1,4 +1,4 @@
-// Formats whose samples lie in the file as they are: Netpbm's, FITS, BMP, libvips' own.
+// Formats with uncompressed samples: Netpbm's, FITS, BMP, libvips' own.
 #include "tests/support/reading/FileSamples.h"
 
 #include <cctype>
@@ -13,7 +13,7 @@ using filesamples::Samples;
 
 namespace {
 
-// A number of some bytes, as its bits.
+// The bits of a number of `count` bytes.
 std::uint64_t bitsAt(Bytes const& bytes, size_t at, size_t count, bool bigEndian) {
     std::uint64_t value = 0;
     for (size_t i = 0; i < count; ++i)
@@ -88,14 +88,14 @@ Samples readPfm(Bytes const& bytes) {
     Samples samples{words.number(), words.number(), bytes[1] == 'F' ? size_t{3} : size_t{1}, {}};
     bool const bigEndian = std::stod(words.next()) > 0;
     size_t const row = samples.width * samples.bands;
-    // The lowest row comes first.
+    // The bottom row comes first.
     for (size_t y = samples.height; y-- > 0;)
         for (size_t i = 0; i < row; ++i)
             samples.values.push_back(floatOf(bitsAt(bytes, words.afterBlank() + 4 * (y * row + i), 4, bigEndian)));
     return samples;
 }
 
-// The numbers and words of a FITS header, by their keys, and where it ends.
+// The numbers and words of a FITS header, by their keys, and its end.
 struct FitsHeader {
     std::map<std::string, std::string> cards;
     size_t end = 0;
@@ -183,7 +183,7 @@ Samples filesamples::readFits(Bytes const& bytes, size_t page) {
             if (bits > 8) value = signedOf(raw, sampleBytes);
             if (bits == -32) value = floatOf(raw);
             if (bits == -64) value = doubleOf(raw);
-            // Plane after plane.
+            // Planar: plane after plane.
             samples.values[i % pixels * samples.bands + i / pixels] = value * scale + zero;
         }
         return samples;

@@ -1,5 +1,5 @@
-// The first piece of every vertex stage: uniforms get their locations in the order of their declarations, and one at
-// location 0 counts as missing. That is a_geometry.
+// The first piece of every vertex stage: uniforms get their locations in the order of declaration, and a uniform at
+// location 0 counts as missing. Location 0 goes to a_geometry.
 uniform highp vec4 a_geometry;
 attribute highp vec2 a_position;
 

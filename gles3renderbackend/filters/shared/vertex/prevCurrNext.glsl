@@ -4,7 +4,7 @@ varying highp vec2 v_texCoordPrev;
 varying highp vec2 v_texCoordCurr;
 varying highp vec2 v_texCoordNext;
 
-// The coordinates of a texel and of its neighbours along x.
+// Computes the coordinates of a texel and of its neighbours along x.
 void findPrevCurrNext() {
     highp vec2 stepX = vec2(a_texscale00.x, 0.0);
     v_texCoordCurr = inInput00();

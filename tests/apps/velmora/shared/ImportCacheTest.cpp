@@ -42,7 +42,7 @@ TEST(ImportCacheTest, ANewFolderIsItsOwnersAlone) {
     EXPECT_EQ(fs::status(folder.path("home")).permissions(), fs::perms::owner_all);
 }
 
-// As earlier programs have made it. Its names say which pictures its owner has looked at.
+// As earlier programs made it. Its names tell which pictures its owner has opened.
 TEST(ImportCacheTest, AFolderThatOthersMayReadBecomesItsOwnersAlone) {
     TemporaryFolder const folder;
     fs::path const cache = folder.path("velmora");
@@ -123,7 +123,7 @@ TEST(ImportCacheTest, AMissingFileIsAnError) {
     }
 }
 
-// Published values of the hash: of nothing, of "a" and of "foobar".
+// Published values of the hash: for the empty text, "a" and "foobar".
 TEST(ImportCacheTest, TheHashIsFnv1a) {
     EXPECT_EQ(importcache::storeName("x", ""), "x-cbf29ce484222325.vlm");
     EXPECT_EQ(importcache::storeName("x", "a"), "x-af63dc4c8601ec8c.vlm");

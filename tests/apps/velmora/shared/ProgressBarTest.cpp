@@ -11,10 +11,10 @@
 
 namespace {
 
-// A container may have no /dev/pts. tests/expected-skips.txt foresees this where there is none, and only there.
+// A container may have no /dev/pts. tests/expected-skips.txt lists the skip for that case only.
 constexpr auto kNoTerminal = "no pseudo terminal can be opened";
 
-// A terminal that keeps what is written to it.
+// A terminal that keeps its output.
 class PseudoTerminal {
 public:
     PseudoTerminal() {
@@ -31,7 +31,7 @@ public:
 
     std::FILE* stream() const { return stream_; }
 
-    // What was written up to `end`, or within two seconds: the terminal passes it on in its own time.
+    // The output up to `end`, or that of two seconds: the terminal delivers it with a delay.
     std::string writtenUpTo(std::string const& end) const {
         std::string text;
         pollfd descriptor{master_, POLLIN, 0};

@@ -40,7 +40,7 @@ bool isWordAt(std::string const& text, size_t at, size_t length) {
     return (at == 0 || !inWord(at - 1)) && !inWord(at + length);
 }
 
-// Rounds what the text reads by this name from `from` on; the count of places.
+// Rounds the text's reads of this name from offset `from` on; returns their number.
 size_t roundReads(std::string& text, size_t from, std::string const& name) {
     std::string const rounded = "kept(" + name + ")";
     size_t count = 0;

@@ -1,4 +1,4 @@
-// What `velmora verify` says of GPUs that keep coordinates in 16 bits: every filter that they spoil is told.
+// `velmora verify` on GPUs that keep coordinates in 16 bits: it reports every filter that gives wrong bytes there.
 #include "conformance/Verification.h"
 #include "host/filter/FilterDescriptions.h"
 #include "tests/gles3renderbackend/filters/FilterRig.h"
@@ -13,7 +13,7 @@ namespace {
 using filtertest::FilterRig;
 using Quantity = CoarseDevice::Quantity;
 
-// Computed on the CPU, it has no stages; all the others read texels where a varying says.
+// It runs on the CPU and has no stages; all the others read texels at a varying.
 constexpr char const* kWithoutVaryings = "FilterCLAHE";
 
 // Those that tell columns or rows apart: two samples share a texel, or a pixel has two texels. The others write all
@@ -39,7 +39,7 @@ protected:
 TEST_P(CoarseDevicesGLTest, IsToldWhereItSpoilsAResult) {
     auto const& [device, filter] = GetParam();
     ShaderEdit const edit(ShaderEdit::Stage::kFragment, emulating(device));
-    // Of what verify runs that which is about places.
+    // The runs of verify that test places.
     conformance::Scope scope = FilterRig::scope(conformance::Depth::kSharp);
     scope.longStrips = true;
     conformance::Outcome const outcome = conformance::verifyFilter(filter, rig, scope);

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-/// What a mutant must do.
+/// The required effect of a mutant.
 enum class Fate {
     kDiffers,                ///< results differ from the reference
-    kDiffersInHalfPrecision, ///< they do where mediump has 16 bits, as on llvmpipe; elsewhere nothing changes
-    kEquivalent              ///< no result changes: `why` says for what reason
+    kDiffersInHalfPrecision, ///< results differ if mediump has 16 bits, as on llvmpipe; elsewhere nothing changes
+    kEquivalent              ///< no result changes: `why` gives the reason
 };
 
 /// One deliberate fault in the GLSL text of one filter.
@@ -18,7 +18,7 @@ struct Mutant {
     char const* file;   ///< below gles3renderbackend/filters
     char const* search; ///< stands in the file, and in the filter's stage, exactly once
     char const* replacement;
-    char const* why; ///< what would be lost, or why nothing is
+    char const* why; ///< the loss without the code, or why there is none
     Fate fate = Fate::kDiffers;
 };
 

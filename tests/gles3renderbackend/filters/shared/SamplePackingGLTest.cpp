@@ -153,7 +153,7 @@ TEST_F(SamplePackingGLTest, RowParityFollowsTheFirstRow) {
     }
 }
 
-// Every value of a channel, once in each of the three: what goes in comes out, alpha 255.
+// Every value of a channel, once in each of the three: all pass unchanged, alpha 255.
 TEST_F(SamplePackingGLTest, APixelOfThreeChannelsIsTakenApartAndPutTogether) {
     constexpr size_t kWidth = 256;
     constexpr size_t kHeight = 256;
