@@ -15,7 +15,7 @@ namespace sqlite {
 namespace {
 
 constexpr int kPrimaryCode = 0xff;
-constexpr int kStepsACheck = 10'000;
+constexpr int kStepsPerCheck = 10'000;
 
 struct Setting {
     int option;
@@ -83,7 +83,7 @@ struct Database::State {
             sqlite3_open_v2((reads ? immutableUri(path) : fileName(path)).c_str(), &handle, flags, nullptr);
         if (handle == nullptr) throw std::bad_alloc();
         if (code != SQLITE_OK) fail();
-        sqlite3_progress_handler(handle, kStepsACheck, &State::check, this);
+        sqlite3_progress_handler(handle, kStepsPerCheck, &State::check, this);
         if (reads) defend();
         // SQLite falls back to reading if it cannot open a file for writing.
         else if (sqlite3_db_readonly(handle, "main") != 0)
@@ -161,7 +161,7 @@ void Database::limitRows(size_t bytes) {
 }
 
 void Database::limitSteps(size_t steps) {
-    state_->maxChecks = steps / kStepsACheck;
+    state_->maxChecks = steps / kStepsPerCheck;
 }
 
 void Statement::Finalize::operator()(sqlite3_stmt* statement) const {

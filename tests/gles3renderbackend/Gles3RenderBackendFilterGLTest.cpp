@@ -148,7 +148,7 @@ std::vector<BlitRun> runs() {
             .clipped({7, 9, 2, 7}),
         amidThreeChannels("ThreeChannelsOf16Bits", kThreeChannels16InRgb),
         amidThreeChannels("ThreeChannelsOf16BitsInRgba", kThreeChannels16),
-        amid("ThreePixelsATexel", "BlitFilter3x8", kThreePixelsInRgb)
+        amid("ThreePixelsPerTexel", "BlitFilter3x8", kThreePixelsInRgb)
             .copies({99, 29}, {90, 19})
             .part({9, 5}, {60, 17})
             .clipped({6, 3, 2, 7})

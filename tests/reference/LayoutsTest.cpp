@@ -78,7 +78,7 @@ TEST(LayoutsTest, OddWidthOfOneChannelEndsWithAZeroSample) {
     EXPECT_EQ(texels.bytes, (std::vector<std::uint8_t>{1, 0, 2, 0, 3, 0, 0, 0, 4, 0, 5, 0, 6, 0, 0, 0}));
 }
 
-TEST(LayoutsTest, ThreeChannelsTakeTwoTexelsAPixel) {
+TEST(LayoutsTest, ThreeChannelsTakeTwoTexelsPerPixel) {
     Planes3 const channels{Plane(1, 1, {0x1234}), Plane(1, 1, {0x5678}), Plane(1, 1, {-2})};
     Texels const texels = packThreeChannel16(channels);
     EXPECT_EQ(texels.width, 2);

@@ -63,13 +63,13 @@ TEST(ProgressBarTest, LineSurvivesNoWorkAndTooMuch) {
     EXPECT_EQ(ProgressBar::line("a", 9, 8), "a  [########################] 100%");
 }
 
-TEST(ProgressBarTest, RateIsInMillionsOfPixelsASecond) {
+TEST(ProgressBarTest, RateIsInMillionsOfPixelsPerSecond) {
     EXPECT_EQ(ProgressBar::rate(25000000, 2), "  12.5 Mpixel/s");
     EXPECT_EQ(ProgressBar::rate(0, 2), "");
     EXPECT_EQ(ProgressBar::rate(25000000, 0), "");
 }
 
-TEST(ProgressBarTest, ALineWithPixelsAStepSaysTheRate) {
+TEST(ProgressBarTest, ALineWithPixelsPerStepSaysTheRate) {
     PseudoTerminal const terminal;
     if (terminal.stream() == nullptr) GTEST_SKIP() << kNoTerminal;
     ProgressBar bar("a.vlm", terminal.stream(), 1000000);
