@@ -42,7 +42,8 @@ if(SOURCE MATCHES "\\.frag$" AND NOT text MATCHES "^#version 100\nprecision (low
   message(FATAL_ERROR "${SOURCE}: line 2 is not the precision")
 endif()
 # Uniforms are guarded by "location is not 0": location 0 must belong to this one.
-string(REGEX MATCH "uniform [^;]*;" first "${text}")
+string(REGEX REPLACE "//[^\n]*" "" code "${text}")
+string(REGEX MATCH "uniform [^;]*;" first "${code}")
 if(SOURCE MATCHES "\\.vert$" AND NOT first STREQUAL "uniform highp vec4 a_geometry;")
   message(FATAL_ERROR "${SOURCE}: the first uniform is not a_geometry; include shared/vertex/onTarget.glsl before all others")
 endif()
