@@ -15,7 +15,7 @@ struct Pointwise {
     Layout in;
     Layout out;
     std::function<reference::Texels(reference::Texels const&)> model;
-    /// A picture of noise from the filter's domain: width and height in texels, and the seed.
+    /// A picture of noise from the filter's domain: width and height in texels, and the start of its random numbers.
     std::function<reference::Texels(int, int, std::uint32_t)> noise = nullptr;
 };
 

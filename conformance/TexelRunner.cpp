@@ -12,10 +12,6 @@ namespace {
 constexpr std::uint32_t kNoiseStart = 20240607;
 constexpr int kMargin = 3;
 
-Size sizeOf(reference::Texels const& texels, Layout layout) {
-    return {logicalWidth(layout, texels.width), static_cast<size_t>(texels.height)};
-}
-
 std::vector<std::uint8_t> withoutAlpha(std::vector<std::uint8_t> const& rgba) {
     std::vector<std::uint8_t> rgb;
     for (size_t i = 0; i < rgba.size(); i += 4)
@@ -60,9 +56,9 @@ size_t TexelRunner::target(Layout layout, int widthTexels, int heightTexels) {
 
 size_t TexelRunner::uploaded(reference::Texels const& texels, Layout layout) {
     size_t const id = target(layout, texels.width, texels.height);
-    Size const size = sizeOf(texels, layout);
-    runner_.draw(pictures_.at(id).target, layout, size,
-                 layout == Layout::kRgb8 ? withoutAlpha(texels.bytes) : texels.bytes, wholeOf(size));
+    Picture const& picture = pictures_.at(id);
+    runner_.draw(picture.target, layout, picture.size(),
+                 layout == Layout::kRgb8 ? withoutAlpha(texels.bytes) : texels.bytes, wholeOf(picture.size()));
     return id;
 }
 
@@ -76,9 +72,7 @@ size_t TexelRunner::uploaded(reference::Planes3 const& pixels) {
 
 reference::Texels TexelRunner::read(size_t target) const {
     Picture const& picture = pictures_.at(target);
-    std::vector<std::uint8_t> const bytes =
-        runner_.read(picture.target, picture.layout,
-                     {0, 0, logicalWidth(picture.layout, picture.width), static_cast<size_t>(picture.height)});
+    std::vector<std::uint8_t> const bytes = runner_.read(picture.target, picture.layout, wholeOf(picture.size()));
     if (picture.layout == Layout::kRgb8) return opaque(bytes, picture.width, picture.height);
     return reference::Texels(picture.width, picture.height, bytes);
 }
@@ -98,8 +92,7 @@ FilterRun TexelRunner::wholeRun(std::vector<size_t> const& sources) const {
     FilterRun whole;
     for (size_t const source : sources)
         whole.sources.push_back({source, 0, 0, false});
-    Picture const& input = pictures_.at(sources.front());
-    whole.input = {logicalWidth(input.layout, input.width), static_cast<size_t>(input.height)};
+    whole.input = pictures_.at(sources.front()).size();
     return whole;
 }
 

@@ -67,8 +67,11 @@ private:
     struct Picture {
         OwnedTarget target;
         Layout layout;
-        int width;
+        int width; // in texels
         int height;
+
+        /// In pixels.
+        Size size() const { return {logicalWidth(layout, width), static_cast<size_t>(height)}; }
     };
 
     FilterRunner runner_;

@@ -31,10 +31,6 @@ struct Insets {
     size_t bottom = 0;
 };
 
-inline bool operator==(Size const& a, Size const& b) {
-    return a.width == b.width && a.height == b.height;
-}
-
 inline Size sizeOf(Region const& region) {
     return {region.width, region.height};
 }

@@ -79,7 +79,10 @@ void FilterRunner::run(Filter const& filter, std::vector<FilterSource> const& so
 }
 
 Filter const& FilterRunner::copyOf(SampleLayout layout) {
-    return prepared(description::blitFilter(layout));
+    // Asked for with every tile: a description is made at the first use only.
+    auto const found = copies_.find(layout);
+    if (found != copies_.end()) return *found->second;
+    return *copies_.emplace(layout, &prepared(description::blitFilter(layout))).first->second;
 }
 
 void FilterRunner::copy(SampleLayout layout, OwnedTarget const& from, Region const& part, OwnedTarget const& to,
@@ -115,7 +118,7 @@ void FilterRunner::drawScaled(OwnedTarget const& from, Scaling const& scaling, O
 OwnedTarget FilterRunner::padColumns(OwnedTarget const& target, SampleLayout layout, Size const& size,
                                      Insets const& sides) {
     OwnedTarget result = this->target(layout, {size.width + sides.left + sides.right, size.height});
-    copy(layout, target, {0, 0, size.width, size.height}, result, sides.left, 0);
+    copy(layout, target, wholeOf(size), result, sides.left, 0);
     for (size_t i = 0; i < sides.left; ++i)
         copy(layout, target, {0, 0, 1, size.height}, result, i, 0);
     for (size_t i = 0; i < sides.right; ++i)
@@ -126,7 +129,7 @@ OwnedTarget FilterRunner::padColumns(OwnedTarget const& target, SampleLayout lay
 OwnedTarget FilterRunner::padRows(OwnedTarget const& target, SampleLayout layout, Size const& size,
                                   Insets const& sides) {
     OwnedTarget result = this->target(layout, {size.width, size.height + sides.top + sides.bottom});
-    copy(layout, target, {0, 0, size.width, size.height}, result, 0, sides.top);
+    copy(layout, target, wholeOf(size), result, 0, sides.top);
     for (size_t i = 0; i < sides.top; ++i)
         copy(layout, target, {0, 0, size.width, 1}, result, 0, i);
     for (size_t i = 0; i < sides.bottom; ++i)

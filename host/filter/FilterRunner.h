@@ -94,5 +94,6 @@ private:
     std::shared_ptr<RenderBackendInstance> instance_;
     TileNumbers numbers_;                                           // one is used: its tiles are scratch tiles
     std::map<std::pair<std::string, size_t>, OwnedFilter> filters_; // by name and depth
+    std::map<SampleLayout, Filter const*> copies_;                  // in filters_
     std::map<std::pair<size_t, size_t>, OwnedFilter> scaled_;       // by pixels and samples
 };

@@ -14,6 +14,7 @@ using pixelbands::kTexelBytes;
 
 // Enough rows that a strip is worth its draw and read-back calls, few enough that progress is visible.
 constexpr size_t kPreferredStripRows = 512;
+
 // One run of a picture through the backend: owns the target and the current tile.
 class ByteBlocks {
 public:

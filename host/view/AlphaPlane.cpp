@@ -17,7 +17,7 @@ void AlphaPlane::put(std::vector<std::uint8_t>& rgba, View const& view, Region c
                      PlanePart const& plane) const {
     Region const& region = plane.region;
     std::vector<unsigned char> const bytes =
-        targets_.read(plane.target, SampleLayout::kOneChannel16, {0, 0, region.width, region.height});
+        targets_.read(plane.target, SampleLayout::kOneChannel16, wholeOf(sizeOf(region)));
     auto const toX = static_cast<size_t>(static_cast<std::int64_t>(pixels.x) - view.x);
     auto const toY = static_cast<size_t>(static_cast<std::int64_t>(pixels.y) - view.y);
     for (size_t y = 0; y < pixels.height; ++y) {

@@ -66,5 +66,5 @@ std::vector<unsigned char> DataMask::drawn(Cells const& cells, Size const& size)
     instance_->clear(mask.id(), {0, 0, 0, 255});
     instance_->maskRange(white.id(), mask.id(), targets_.prepared(description::maskFilter4x8()),
                          {0, size.width - 1, 0, size.height - 1}, params);
-    return targets_.read(mask, Layout::kRgba8, {0, 0, size.width, size.height});
+    return targets_.read(mask, Layout::kRgba8, wholeOf(size));
 }

@@ -79,14 +79,14 @@ void FrameComposer::drawPiece(View const& view, Region const& pixels, OwnedTarge
     Region const samples = view.samplesOf(pixels);
     Interval const x = samplesRead(zoom, smooth, {samples.x, samples.width}, level.width);
     Interval const y = samplesRead(zoom, smooth, {samples.y, samples.height}, level.height);
-    Region const read = {x.start, y.start, x.length, y.length};
+    Region const read = regionOf(x, y);
     OwnedTarget const& side = canvas(smooth);
     gather(zoom.level(), read, side, 0, 0);
     if (smooth) repeatEdges(side, read, level);
     targets_.drawScaled(side,
                         {zoom.pixels(),
                          zoom.samples(),
-                         {0, 0, read.width, read.height},
+                         wholeOf(sizeOf(read)),
                          pixels.x - read.x / zoom.samples() * zoom.pixels(),
                          pixels.y - read.y / zoom.samples() * zoom.pixels(),
                          {frameX, frameY, pixels.width, pixels.height}},
@@ -108,7 +108,7 @@ void FrameComposer::repeatEdges(OwnedTarget const& canvas, Region const& samples
     auto const repeat = [&](Region const& edge, size_t x, size_t y) {
         OwnedTarget const copy = targets_.target(Layout::kRgba8, {edge.width, edge.height});
         targets_.copy(Layout::kRgba8, canvas, edge, copy, 0, 0);
-        targets_.copy(Layout::kRgba8, copy, {0, 0, edge.width, edge.height}, canvas, x, y);
+        targets_.copy(Layout::kRgba8, copy, wholeOf(sizeOf(edge)), canvas, x, y);
     };
     if (samples.x + samples.width == level.width) repeat({samples.width - 1, 0, 1, samples.height}, samples.width, 0);
     if (samples.y + samples.height == level.height)

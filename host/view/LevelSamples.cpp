@@ -96,8 +96,7 @@ void LevelSamples::putColours(Codes& to, LevelTile const& tile, Region const& pa
 void LevelSamples::putAlpha(Codes& to, LevelTile const& tile, Region const& part) {
     PlanePart const& plane = tiles_.plane(tile, info_.bands - 1);
     Region const& all = plane.region;
-    std::vector<unsigned char> const samples =
-        targets_.read(plane.target, Layout::kOneChannel16, {0, 0, all.width, all.height});
+    std::vector<unsigned char> const samples = targets_.read(plane.target, Layout::kOneChannel16, wholeOf(sizeOf(all)));
     for (size_t y = part.y; y < part.y + part.height; ++y) {
         for (size_t x = part.x; x < part.x + part.width; ++x)
             to.at(x, y, to.bands - 1) = codeOf(sampleAt(samples, (y - all.y) * all.width + x - all.x));

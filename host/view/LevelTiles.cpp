@@ -176,7 +176,7 @@ PlanePart LevelTiles::rebuiltPlane(LevelTile const& tile, size_t plane, std::vec
 
 PlanePart LevelTiles::bandPart(LevelTile const& tile, size_t plane, Band band, Value const& value) {
     Region const region = partRegion(info_, tile);
-    Region const all = {0, 0, region.width, region.height};
+    Region const all = wholeOf(sizeOf(region));
     PlanePart part = {targets_.target(Layout::kOneChannel16, {region.width, region.height}), region};
     if (!value)
         targets_.drawStored(part.target, Layout::kOneChannel16, numbers_.id(numberOf(tile, plane, band)), all);

@@ -69,7 +69,7 @@ void ShownTiles::build(LevelTile const& tile) {
     Region const all = leveltile::shownRegion(info_, tile);
     OwnedTarget result = targets_.target(Layout::kRgba8, {all.width, all.height});
     for (Region const& piece : pieces(tile)) {
-        targets_.copy(Layout::kRgba8, drawn(tile, piece), {0, 0, piece.width, piece.height}, result, piece.x - all.x,
+        targets_.copy(Layout::kRgba8, drawn(tile, piece), wholeOf(sizeOf(piece)), result, piece.x - all.x,
                       piece.y - all.y);
     }
     tiles_.keep(tile, std::move(result), all.width * all.height * 4);

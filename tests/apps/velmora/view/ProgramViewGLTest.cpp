@@ -8,10 +8,10 @@
 #include "host/store/TileStore.h"
 #include "tests/apps/velmora/Restricted.h"
 #include "tests/host/store/HostileStores.h"
+#include "tests/support/LongRun.h"
 
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <sstream>
@@ -19,15 +19,10 @@
 
 namespace {
 
-bool onAngle() {
-    char const* const expected = std::getenv("VELMORA_EXPECT_RENDERER");
-    return expected != nullptr && std::string(expected).rfind("ANGLE", 0) == 0;
-}
-
 class ProgramViewGLTest : public ViewerFixture {
 protected:
     void SetUp() override {
-        if (onAngle()) GTEST_SKIP() << "SDL's driver offscreen needs EGL devices, which ANGLE does not list";
+        if (runsOn("ANGLE")) GTEST_SKIP() << "SDL's driver offscreen needs EGL devices, which ANGLE does not list";
     }
 
     Process::Environment environment() const {
@@ -493,7 +488,7 @@ TEST(ProgramViewErrorsGLTest, WithoutADisplayRenderIsNamed) {
 }
 
 TEST(ProgramViewErrorsGLTest, WithoutAContextTheDriverIsNamed) {
-    if (!onAngle()) GTEST_SKIP() << "there is one here";
+    if (!runsOn("ANGLE")) GTEST_SKIP() << "there is one here";
     auto const result = runVelmora({"view"}, {{"SDL_VIDEODRIVER", "offscreen"}});
     EXPECT_EQ(result.exitCode, 7) << result.err;
     EXPECT_NE(result.err.find("no OpenGL ES 3 context for a window"), std::string::npos) << result.err;
