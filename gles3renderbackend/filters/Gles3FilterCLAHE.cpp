@@ -16,7 +16,6 @@ constexpr char const* kDraw =
     "destination, size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom, SingleFilterParameters const& "
     "params, std::vector<size_t> const& offset, Gles3RenderBackendInstance& instance, Filter const& filter)";
 constexpr size_t kTexelsPerPixel = 2;
-constexpr size_t kBytesPerPixel = 8;
 
 void requireFourComponents(Gles3Target const& target) {
     bool const twoTexels = target.physicalPerLogical() == kTexelsPerPixel && target.logicalPerPhysical() == 1;

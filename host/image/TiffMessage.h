@@ -29,7 +29,8 @@ public:
     char const* text() const { return text_.data(); }
 
 private:
-    static int keep(TIFF*, void* message, char const*, char const* format, va_list arguments) {
+    [[gnu::format(printf, 4, 0)]] static int keep(TIFF*, void* message, char const*, char const* format,
+                                                  va_list arguments) {
         auto& text = static_cast<TiffMessage*>(message)->text_;
         std::vsnprintf(text.data(), text.size(), format, arguments);
         return 1;
