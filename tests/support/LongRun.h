@@ -13,3 +13,8 @@ inline bool runsOn(std::string const& implementation) {
     char const* const renderer = std::getenv("VELMORA_EXPECT_RENDERER");
     return renderer != nullptr && std::string(renderer).rfind(implementation, 0) == 0;
 }
+
+/// Whether a part of a set will do: the short run has the whole of it on llvmpipe only, the fastest implementation.
+inline bool isSampleRun() {
+    return !isLongRun() && !runsOn("llvmpipe");
+}

@@ -1,5 +1,6 @@
 #include "host/store/Sqlite.h"
 #include "tests/apps/velmora/Process.h"
+#include "tests/support/LongRun.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestImages.h"
 
@@ -162,6 +163,7 @@ TEST_F(ProgramErrorsGLTest, AFailureOfTheBackendIsExitCode8) {
 // Wherever memory runs out, the program ends with one line and leaves no picture. Allocations of the backend are among
 // the failing ones.
 TEST_F(ProgramErrorsGLTest, ADrawingShortOfMemoryEndsWithALine) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     std::string const store = folder_.path("a.vlm");
     ASSERT_EQ(runVelmora({"import", image_, store}).exitCode, 0);
     for (std::string const& picture : {image_, store}) {

@@ -1,5 +1,6 @@
 #include "host/filter/FilterDescriptions.h"
 #include "tests/apps/velmora/Process.h"
+#include "tests/support/LongRun.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -43,6 +44,7 @@ TEST(ProgramVerifyGLTest, EveryFilterIsExact) {
 
 // Each filter's comparison finds the wrong byte: no check is blind.
 TEST(ProgramVerifyGLTest, WrongBytesInEveryFilterAreExitCode1) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     auto const result = runVelmora({"verify", "--json"}, {{"LD_PRELOAD", VELMORA_INEXACT_GL}});
     EXPECT_EQ(result.exitCode, 1);
     std::string const count = std::to_string(description::names().size());
