@@ -36,6 +36,10 @@ set(VELMORA_GL_ENVIRONMENT_zink LIBGL_ALWAYS_SOFTWARE=set:1 GALLIUM_DRIVER=set:z
                                 ASAN_OPTIONS=string_append::detect_leaks=0)
 set(VELMORA_GL_ENVIRONMENT_angle LD_LIBRARY_PATH=path_list_prepend:${VELMORA_ANGLE_DIR} VELMORA_EXPECT_RENDERER=set:ANGLE*SwiftShader*)
 
+# The programs of the test preset release-drawing.
+add_custom_target(velmora-drawing-tests)
+add_dependencies(velmora-drawing-tests velmora-require-gl)
+
 function(velmora_add_gl_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "WITHOUT_CASES" "TIMEOUT" "COMMAND;PROPERTIES")
   if(NOT arg_TIMEOUT)
@@ -43,6 +47,7 @@ function(velmora_add_gl_test name)
   endif()
   list(POP_FRONT arg_COMMAND program)
   if(TARGET ${program})
+    add_dependencies(velmora-drawing-tests ${program})
     set(program $<TARGET_FILE:${program}>)
   endif()
   foreach(implementation IN LISTS VELMORA_GL_IMPLEMENTATIONS)

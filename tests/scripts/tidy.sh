@@ -20,7 +20,7 @@ entry() { printf '{\n  "directory": "%s",\n  "command": "g++ %s -o %s -c %s",\n 
     printf ',\n'
     entry host/B.cpp -DAGAIN
     printf ',\n'
-    entry tests/C.cpp
+    entry tests/C.cpp "-DX -Winvalid-pch -include \\\"$PWD/build/debug/tests/a b.dir/cmake_pch.hxx\\\" -DY"
     printf ',\n'
     entry 'other host/D.cpp'
     printf '\n]\n'
@@ -38,10 +38,14 @@ tidy product
 is 'the exit code' "$status" 0
 is 'what is looked at of the product' "$(looked)" 'host/A.cpp host/B.cpp'
 is 'what is said' "$out" 'tidy: 2 files, 2 to look at'
+has 'the checks of the product' "$(calls)" '--checks=-clang-analyzer-*'
+tidy product
+is 'what is looked at of the product again' "$(looked)" ''
 hasNot 'the database' "$(cat build/tidy/database/compile_commands.json)" profile-update
 
 tidy all
-is 'what is looked at of all' "$(looked)" 'tests/C.cpp'
+has 'the database of all' "$(cat build/tidy/database/compile_commands.json)" '"g++ -DX  -DY -o tests/C.cpp.o'
+is 'what is looked at of all, with all checks' "$(looked)" 'host/A.cpp host/B.cpp tests/C.cpp'
 tidy all
 is 'what is looked at again' "$(looked)" ''
 
