@@ -34,9 +34,10 @@ void died(std::string const& name) {
     if (ledger().living.erase(name) == 0) ledger().deletedInVain.push_back(name);
 }
 
+// Name 0: GL made none.
 void born(std::string const& kind, GLsizei n, GLuint const* names) {
     for (GLsizei i = 0; i < n; ++i)
-        born(object(kind, names[i]));
+        if (names[i] != 0) born(object(kind, names[i]));
 }
 
 // Deleting name 0 is permitted and does nothing.

@@ -42,12 +42,16 @@ void State::record(char const* name, std::vector<RecordingGl::Argument> argument
     current = {name, std::move(arguments), {}};
 #ifdef VELMORA_CHECKED
     // Checked builds alone query the host's state; these queries are no part of an operation.
+    verdict = Verdict::Right;
     if (expectedState::beingLookedAt) return;
 #endif
     calls.push_back(current);
+    verdict = GlFaultPlan::instance().next(name);
+    if (verdict == Verdict::OutOfMemory || verdict == Verdict::PendingError) raiseScripted(GL_OUT_OF_MEMORY);
 }
 
 bool State::fails(char const* name) {
+    if (verdict == Verdict::Refused || verdict == Verdict::OutOfMemory) return true;
     for (auto failure = failures.begin(); failure != failures.end(); ++failure) {
         if (failure->name != name) continue;
         if (failure->skip > 0) {
@@ -299,6 +303,9 @@ void RecordingGl::setFramebufferStatus(GLenum status) {
 }
 void RecordingGl::setReadPixels(std::vector<std::uint8_t> const& pixels) {
     state().readPixels = pixels;
+}
+void RecordingGl::drawDigests() {
+    state().digests = true;
 }
 void RecordingGl::placeUniform(std::string const& name, GLint location) {
     state().places[name] = location;

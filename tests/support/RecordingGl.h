@@ -11,7 +11,7 @@
 
 /// A replacement of the GL library: it defines the gl* functions, records each call, keeps enough state to judge a
 /// sequence of calls, and plays scripted answers. Nothing is drawn. One recorder per process, used on the thread that
-/// runs the tests.
+/// runs the tests. Each call goes through the GlFaultPlan.
 ///
 ///     gl.failNext("glMapBufferRange", GL_OUT_OF_MEMORY);
 ///     EXPECT_THROW(pbo.mapRange(0, kRingBufferBytes), VelmoraException);
@@ -173,6 +173,10 @@ public:
     /// The bytes that each glReadPixels delivers from now on, from their start, rows tightly packed. Without a script:
     /// zeros.
     void setReadPixels(std::vector<std::uint8_t> const& pixels);
+    /// From now on a draw leaves in its target a digest of all that it read: the program, its uniforms, the vertices,
+    /// the textures, the target itself. Clearing fills the target, and glReadPixels delivers its bytes. What is read at
+    /// the end tells whether everything before it was the same.
+    void drawDigests();
     /// The active variables of the next linked program. Without a script a program has all that its sources declare,
     /// used or not, each kind with locations from 0 in the order of declaration, vertex stage first.
     void scriptProgram(std::vector<Active> const& attributes, std::vector<Active> const& uniforms);

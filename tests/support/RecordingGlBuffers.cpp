@@ -95,7 +95,8 @@ void* glMapBufferRange(GLenum target, GLintptr offset, GLsizeiptr length, GLbitf
 
 GLboolean glUnmapBuffer(GLenum target) {
     auto const recorded = record("glUnmapBuffer", Enum{target});
-    if (state().fails("glUnmapBuffer")) return GL_FALSE;
+    auto const lost = state().verdict == recording::Verdict::Refused; // GL has lost the contents
+    if (state().fails("glUnmapBuffer") && !lost) return GL_FALSE;
     auto* const buffer = boundBuffer(target);
     if (buffer == nullptr) return GL_FALSE;
     if (!buffer->mapped) {
@@ -103,7 +104,7 @@ GLboolean glUnmapBuffer(GLenum target) {
         return GL_FALSE;
     }
     buffer->mapped = false;
-    return GL_TRUE;
+    return lost ? GL_FALSE : GL_TRUE;
 }
 
 void glFlushMappedBufferRange(GLenum target, GLintptr offset, GLsizeiptr length) {

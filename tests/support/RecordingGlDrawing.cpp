@@ -57,12 +57,17 @@ void rememberDraw(GLsizei count) {
     state().draws.push_back(draw);
 }
 
-void draw(GLsizei count) {
-    if (count < 0) return state().raise(GL_INVALID_VALUE, "negative count");
-    if (state().currentProgram == 0) return state().raise(GL_NO_ERROR, "no program is in use");
+bool draw(GLsizei count) {
+    auto const refused = [](GLenum error, char const* reason) {
+        state().raise(error, reason);
+        return false;
+    };
+    if (count < 0) return refused(GL_INVALID_VALUE, "negative count");
+    if (state().currentProgram == 0) return refused(GL_NO_ERROR, "no program is in use");
     if (!attributesReadable(state().attributes))
-        return state().raise(GL_INVALID_OPERATION, "an enabled attribute has no readable buffer");
+        return refused(GL_INVALID_OPERATION, "an enabled attribute has no readable buffer");
     rememberDraw(count);
+    return true;
 }
 
 } // namespace
@@ -79,6 +84,11 @@ GLenum glGetError() {
 
 void glGetIntegerv(GLenum name, GLint* values) {
     auto const recorded = record("glGetIntegerv", Enum{name}, Pointer{values});
+    if (state().fails("glGetIntegerv")) {
+        auto const small = name == GL_MAX_TEXTURE_SIZE && state().verdict == recording::Verdict::Refused;
+        if (small) *values = GlFaultPlan::kSmallTexture;
+        return;
+    }
     auto const answer = state().integersOf(name);
     if (answer.empty()) return state().raise(GL_INVALID_ENUM, "this integer is not recorded");
     std::copy(answer.begin(), answer.end(), values);
@@ -159,6 +169,8 @@ void glClearColor(GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha) {
 
 void glClear(GLbitfield mask) {
     auto const recorded = record("glClear", ClearMask{mask});
+    if (state().fails("glClear")) return;
+    if (state().digests) recording::digestClear();
 }
 void glFlush() {
     auto const recorded = record("glFlush");
@@ -199,11 +211,14 @@ void glDisableVertexAttribArray(GLuint index) {
 void glDrawElements(GLenum mode, GLsizei count, GLenum type, void const* indices) {
     auto const recorded = record("glDrawElements", Mode{mode}, count, Enum{type},
                                  Pointer{indices, state().boundBuffer(GL_ELEMENT_ARRAY_BUFFER) != 0});
+    if (state().fails("glDrawElements")) return;
     if (state().boundBuffer(GL_ELEMENT_ARRAY_BUFFER) == 0)
         return state().raise(GL_NO_ERROR, "indices come from a buffer here");
     auto const indexBytes = type == GL_UNSIGNED_BYTE ? 1 : type == GL_UNSIGNED_SHORT ? 2 : 4;
     auto const bytes = static_cast<size_t>(std::max(count, 0) * indexBytes);
-    if (recording::pixelMemory(GL_ELEMENT_ARRAY_BUFFER, indices, bytes) != nullptr) draw(count);
+    auto const* const memory = recording::pixelMemory(GL_ELEMENT_ARRAY_BUFFER, indices, bytes);
+    if (memory == nullptr || !draw(count)) return;
+    if (state().digests) recording::digestDraw(count, memory, bytes);
 }
 
 void glDrawArrays(GLenum mode, GLint first, GLsizei count) {

@@ -136,6 +136,11 @@ void applyPlaces(Actives& uniforms) {
     }
 }
 
+// A refused query answers 0; one that is out of memory leaves what is there.
+void answerNothing(GLint* value) {
+    if (state().verdict == recording::Verdict::Refused) *value = 0;
+}
+
 GLint locationOf(Actives const& list, std::string const& name) {
     for (auto const& active : list)
         if (active.name == name || active.name == name + "[0]") return active.location;
@@ -193,6 +198,7 @@ GLboolean glIsShader(GLuint shader) {
 
 void glShaderSource(GLuint shader, GLsizei count, GLchar const* const* strings, GLint const* lengths) {
     auto const recorded = record("glShaderSource", shader, count, Pointer{strings}, Pointer{lengths});
+    if (state().fails("glShaderSource")) return;
     auto* const found = findShader(shader);
     if (found == nullptr) return;
     found->source.clear();
@@ -206,6 +212,7 @@ void glShaderSource(GLuint shader, GLsizei count, GLchar const* const* strings, 
 
 void glCompileShader(GLuint shader) {
     auto const recorded = record("glCompileShader", shader);
+    if (state().fails("glCompileShader")) return;
     auto* const found = findShader(shader);
     if (found == nullptr) return;
     auto& failures = state().compileFailures[found->type];
@@ -217,6 +224,7 @@ void glCompileShader(GLuint shader) {
 
 void glGetShaderiv(GLuint shader, GLenum name, GLint* value) {
     auto const recorded = record("glGetShaderiv", shader, Enum{name}, Pointer{value});
+    if (state().fails("glGetShaderiv")) return answerNothing(value);
     auto const* const found = findShader(shader);
     if (found == nullptr) return;
     switch (name) {
@@ -242,6 +250,7 @@ void glGetShaderiv(GLuint shader, GLenum name, GLint* value) {
 
 void glGetShaderInfoLog(GLuint shader, GLsizei size, GLsizei* length, GLchar* log) {
     auto const recorded = record("glGetShaderInfoLog", shader, size, Pointer{length}, Pointer{log});
+    if (state().fails("glGetShaderInfoLog")) return;
     if (auto const* const found = findShader(shader)) copyText(found->infoLog, size, length, log);
 }
 
@@ -272,6 +281,7 @@ GLboolean glIsProgram(GLuint program) {
 
 void glAttachShader(GLuint program, GLuint shader) {
     auto const recorded = record("glAttachShader", program, shader);
+    if (state().fails("glAttachShader")) return;
     auto* const found = findProgram(program);
     if (found == nullptr || findShader(shader) == nullptr) return;
     found->attached.push_back(shader);
@@ -294,6 +304,7 @@ void glBindAttribLocation(GLuint program, GLuint index, GLchar const* name) {
 
 void glLinkProgram(GLuint program) {
     auto const recorded = record("glLinkProgram", program);
+    if (state().fails("glLinkProgram")) return;
     auto* const found = findProgram(program);
     if (found == nullptr) return;
     auto& s = state();
@@ -318,6 +329,7 @@ void glLinkProgram(GLuint program) {
 
 void glGetProgramiv(GLuint program, GLenum name, GLint* value) {
     auto const recorded = record("glGetProgramiv", program, Enum{name}, Pointer{value});
+    if (state().fails("glGetProgramiv")) return answerNothing(value);
     auto const* const found = findProgram(program);
     if (found == nullptr) return;
     switch (name) {
@@ -349,6 +361,7 @@ void glGetProgramiv(GLuint program, GLenum name, GLint* value) {
 
 void glGetProgramInfoLog(GLuint program, GLsizei size, GLsizei* length, GLchar* log) {
     auto const recorded = record("glGetProgramInfoLog", program, size, Pointer{length}, Pointer{log});
+    if (state().fails("glGetProgramInfoLog")) return;
     if (auto const* const found = findProgram(program)) copyText(found->infoLog, size, length, log);
 }
 
@@ -356,6 +369,7 @@ void glGetActiveAttrib(GLuint program, GLuint index, GLsizei room, GLsizei* leng
                        GLchar* name) {
     auto const recorded =
         record("glGetActiveAttrib", program, index, room, Pointer{length}, Pointer{size}, Pointer{type}, Pointer{name});
+    if (state().fails("glGetActiveAttrib")) return;
     if (auto const* const found = findProgram(program))
         getActive(found->attributes, index, room, length, size, type, name);
 }
@@ -364,28 +378,21 @@ void glGetActiveUniform(GLuint program, GLuint index, GLsizei room, GLsizei* len
                         GLchar* name) {
     auto const recorded = record("glGetActiveUniform", program, index, room, Pointer{length}, Pointer{size},
                                  Pointer{type}, Pointer{name});
+    if (state().fails("glGetActiveUniform")) return;
     if (auto const* const found = findProgram(program))
         getActive(found->uniforms, index, room, length, size, type, name);
 }
 
 GLint glGetAttribLocation(GLuint program, GLchar const* name) {
     auto const recorded = record("glGetAttribLocation", program, name);
+    if (state().fails("glGetAttribLocation")) return -1;
     auto const* const found = findProgram(program);
     return found == nullptr ? -1 : locationOf(found->attributes, name);
 }
 
 GLint glGetUniformLocation(GLuint program, GLchar const* name) {
     auto const recorded = record("glGetUniformLocation", program, name);
+    if (state().fails("glGetUniformLocation")) return -1;
     auto const* const found = findProgram(program);
     return found == nullptr ? -1 : locationOf(found->uniforms, name);
-}
-
-void glUseProgram(GLuint program) {
-    auto const recorded = record("glUseProgram", program);
-    if (program != 0) {
-        auto const* const found = findProgram(program);
-        if (found == nullptr) return;
-        if (!found->linked) return state().raise(GL_INVALID_OPERATION, "the program is not linked");
-    }
-    state().currentProgram = program;
 }

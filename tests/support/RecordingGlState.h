@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/GlFaultPlan.h"
 #include "tests/support/RecordingGl.h"
 #include "tests/support/RecordingGlNames.h"
 
@@ -15,6 +16,8 @@
 
 /// The recorder's state, shared by the gl* functions of this folder. Tests read it through RecordingGl.
 namespace recording {
+
+using Verdict = GlFaultPlan::Verdict;
 
 struct Error {
     GLenum code = GL_NO_ERROR; // GL_NO_ERROR: GL itself ignores the call, but no correct program makes it
@@ -36,7 +39,8 @@ struct ProgramScript {
 struct State {
     std::thread::id thread = std::this_thread::get_id();
     std::vector<RecordingGl::Call> calls;
-    RecordingGl::Call current; // also if it is not among the calls
+    RecordingGl::Call current;        // also if it is not among the calls
+    Verdict verdict = Verdict::Right; // of the GlFaultPlan on it
     std::vector<RecordingGl::Draw> draws;
 
     std::vector<Error> errors;
@@ -51,6 +55,8 @@ struct State {
     std::map<std::string, GLint> places;
     GLenum framebufferStatus = GL_FRAMEBUFFER_COMPLETE;
     std::vector<std::uint8_t> readPixels;
+    bool digests = false;
+    RecordingGl::Image surface{16, 16, GL_RGBA, GL_RGBA, GL_UNSIGNED_BYTE, std::vector<std::uint8_t>(16 * 16 * 4)};
 
     GLuint nextName = 1; // one counter for all kinds, so that a name of the wrong kind is never valid by accident
     std::map<GLuint, RecordingGl::Texture> textures;
@@ -91,7 +97,8 @@ struct State {
     std::array<GLboolean, 4> colorMask{GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE};
 
     void record(char const* name, std::vector<RecordingGl::Argument> arguments);
-    /// Whether a script makes this call of the function fail; raises the script's error. Call it right after record().
+    /// Whether the GlFaultPlan or a script makes this call of the function fail; raises the script's error. Call it
+    /// right after record().
     bool fails(char const* name);
     /// Raises an error for the call recorded last.
     void raise(GLenum code, std::string const& reason);
@@ -125,6 +132,12 @@ AtWork record(char const* name, Arguments const&... arguments) {
     state().record(name, {argument(arguments)...});
     return atWork;
 }
+
+// Where digests are drawn: of the bound framebuffer's texture.
+void digestDraw(GLsizei count, std::uint8_t const* indices, size_t indexBytes);
+void digestClear();
+/// The texel at (x, y), four bytes; zeros outside.
+std::array<std::uint8_t, 4> digestedTexel(size_t x, size_t y);
 
 /// `size` bytes of memory at `pointer`: client memory, or bytes of the buffer bound to `target`. Null and an error if
 /// GL would refuse.

@@ -152,6 +152,7 @@ void glTexParameteri(GLenum target, GLenum name, GLint value) {
 
 void glGenerateMipmap(GLenum target) {
     auto const recorded = record("glGenerateMipmap", Enum{target});
+    if (state().fails("glGenerateMipmap")) return;
     auto* const texture = boundTexture();
     if (texture == nullptr) return;
     if (texture->levels.count(0) == 0) return state().raise(GL_INVALID_OPERATION, "the texture has no image");
@@ -238,6 +239,15 @@ void glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format
     auto const rows = packLayout(static_cast<size_t>(width), static_cast<size_t>(height), pixelBytes);
     auto* const memory = recording::pixelMemory(GL_PIXEL_PACK_BUFFER, pixels, rows.size);
     if (memory == nullptr) return;
+    if (state().digests) {
+        for (size_t row = 0; row < static_cast<size_t>(height); ++row)
+            for (size_t column = 0; column < static_cast<size_t>(width); ++column) {
+                auto const texel =
+                    recording::digestedTexel(static_cast<size_t>(x) + column, static_cast<size_t>(y) + row);
+                std::copy_n(texel.begin(), pixelBytes, memory + rows.row(row) + column * pixelBytes);
+            }
+        return;
+    }
     auto const& scripted = state().readPixels;
     for (size_t row = 0; row < static_cast<size_t>(height); ++row) {
         auto const first = std::min(row * rows.rowBytes, scripted.size());
@@ -283,6 +293,7 @@ void glBindFramebuffer(GLenum target, GLuint framebuffer) {
 void glFramebufferTexture2D(GLenum target, GLenum attachment, GLenum textureTarget, GLuint texture, GLint level) {
     auto const recorded =
         record("glFramebufferTexture2D", Enum{target}, Enum{attachment}, Enum{textureTarget}, texture, level);
+    if (state().fails("glFramebufferTexture2D")) return;
     if (texture != 0 && state().textures.count(texture) == 0)
         return state().raise(GL_INVALID_OPERATION, "not a living texture");
     auto const name = framebufferBinding(target);

@@ -1,4 +1,4 @@
-// Uniform setters of the recording GL.
+// The program in use and its uniforms, of the recording GL.
 #include "tests/support/RecordingGlState.h"
 
 #include <algorithm>
@@ -31,6 +31,16 @@ void setArray(GLint location, GLsizei count, size_t components, GLfloat const* v
 }
 
 } // namespace
+
+void glUseProgram(GLuint program) {
+    auto const recorded = record("glUseProgram", program);
+    if (program != 0) {
+        auto const found = state().programs.find(program);
+        if (found == state().programs.end()) return state().raise(GL_INVALID_VALUE, "not a living program");
+        if (!found->second.linked) return state().raise(GL_INVALID_OPERATION, "the program is not linked");
+    }
+    state().currentProgram = program;
+}
 
 void glUniform1i(GLint location, GLint x) {
     auto const recorded = record("glUniform1i", location, x);

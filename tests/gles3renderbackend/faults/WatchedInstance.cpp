@@ -1,0 +1,71 @@
+#include "tests/gles3renderbackend/faults/WatchedInstance.h"
+
+#include "renderbackend/VelmoraException.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <new>
+#include <typeinfo>
+
+namespace {
+
+std::string contentsOf(char const* path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string nameIn(std::string const& text) {
+    size_t const start = text.find(':') + 1;
+    return text.substr(start, text.find('#', start) - start);
+}
+
+bool startsWith(std::string const& text, std::string const& start) {
+    return text.compare(0, start.size(), start) == 0;
+}
+
+} // namespace
+
+namespace faults {
+
+Judge& Judge::instance() {
+    static Judge judge;
+    return judge;
+}
+
+Judge::Judge() : documented_(contentsOf(VELMORA_ERRORS_MD)) {}
+
+bool Judge::isDocumented(std::string const& text) const {
+    return documented_.find('`' + nameIn(text) + '`') != std::string::npos;
+}
+
+// Takes memory the first time only: a scenario is played before memory runs out.
+void Judge::use(char const* member) {
+    static std::set<void const*> known;
+    if (known.count(member) != 0) return;
+    known.insert(member);
+    used_.insert(member);
+}
+
+void Judge::judge(char const* member) const {
+    std::string const operation(member);
+    bool const erases = startsWith(operation, "Instance::erase") || startsWith(operation, "Instance::clearT");
+    try {
+        throw;
+    } catch (VelmoraException const& failure) {
+        EXPECT_FALSE(erases) << operation << " throws " << failure.what();
+        EXPECT_TRUE(isDocumented(failure.what()))
+            << operation << " throws what docs/ERRORS.md does not have: " << failure.what();
+    } catch (std::bad_alloc const&) {
+        EXPECT_TRUE(memoryRunsOut_ && !erases) << operation << " throws std::bad_alloc";
+    } catch (std::exception const& failure) {
+        EXPECT_EQ(operation, "Instance::createTarget(") << " throws " << typeid(failure).name() << failure.what();
+        std::string const text = failure.what();
+        EXPECT_TRUE(text.rfind("#Name:", 0) == 0 ? isDocumented(text) : memoryRunsOut_) << text;
+    } catch (...) {
+        ADD_FAILURE() << operation << " throws what is no std::exception";
+    }
+}
+
+} // namespace faults
