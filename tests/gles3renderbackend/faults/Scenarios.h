@@ -14,6 +14,8 @@ namespace faults {
 struct Scenario {
     std::string name;
     std::function<Bytes(Stage&)> play;
+    /// Keeps a filter, of which a silent failure of GL may spoil what it keeps.
+    bool keepsFilter = false;
     bool isLarge = false; ///< takes long: fewer of its calls fail without VELMORA_LONG
 };
 

@@ -19,6 +19,7 @@ Bytes noise(size_t count, unsigned seed) {
 
 void Stage::clear() {
     sources_.clear();
+    filters_.clear();
     instance_.reset();
 }
 
@@ -26,6 +27,14 @@ void Stage::anew() {
     clear();
     instance_ = std::make_shared<WatchedInstance>(backend_.createInstance(surface_), surface_);
     instance_->clear(0, {70, 80, 90});
+}
+
+Filter const& Stage::filter(std::string const& name) {
+    auto const found = filters_.find(name);
+    if (found != filters_.end()) return found->second;
+    Filter filter = description::byName(name);
+    instance_->createFilterInstance(filter);
+    return filters_.emplace(name, std::move(filter)).first->second;
 }
 
 size_t Stage::source(SampleLayout layout) {

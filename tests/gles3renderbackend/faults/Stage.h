@@ -3,12 +3,14 @@
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/Geometry.h"
 #include "host/filter/SampleLayout.h"
+#include "renderbackend/Filter.h"
 #include "renderbackend/RenderContext.h"
 #include "tests/gles3renderbackend/faults/WatchedInstance.h"
 
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace faults {
@@ -57,15 +59,24 @@ public:
     /// The rectangles stored there.
     size_t storedEnvelopes() const;
 
+    /// A filter that stays instantiated from scenario to scenario, made as sources are.
+    Filter const& filter(std::string const& name);
+
     /// A tile id that was never used.
     size_t newTile() { return nextTile_++; }
+
+    /// A number for what filters are to know by a key: the same until the next fault.
+    unsigned char key() const { return key_; }
+    void nextKey() { ++key_; }
 
 private:
     Surface surface_;
     Gles3RenderBackend backend_{RenderBackend::RGBA32, 1000 * 1000};
     std::shared_ptr<WatchedInstance> instance_;
     std::map<SampleLayout, size_t> sources_;
+    std::map<std::string, Filter> filters_;
     size_t nextTile_ = 1;
+    unsigned char key_ = 0;
 };
 
 } // namespace faults
