@@ -245,7 +245,7 @@ Bytes playFilter(Stage& stage, Filter const& description) {
     return read;
 }
 
-// Programs that lived before a fault go on after it: one whose table is new, one that computes on the host, one that draws.
+// Programs that lived before a fault go on after it: one whose table is new, one that draws, one that computes.
 Bytes playKeptFilters(Stage& stage) {
     auto& instance = stage.instance();
     EmptyHands const emptyHands(instance);
