@@ -2,6 +2,7 @@
 #include "tests/gles3renderbackend/faults/Sweep.h"
 #include "tests/support/ContextFindings.h"
 #include "tests/support/LivingGlObjects.h"
+#include "tests/support/LongRun.h"
 
 #include <gtest/gtest.h>
 
@@ -31,7 +32,11 @@ std::string nameOf(::testing::TestParamInfo<Scenario> const& info) {
 } // namespace
 
 TEST_P(FaultSweepGLTest, CallsOfGl) {
-    sweepGl(GetParam(), {living, tidyUp}, GetParam().keepsFilter ? 1 : 20).report(GetParam().name);
+    sweepGl(GetParam(), {living, tidyUp},
+            GetParam().keepsFilter ? 1
+            : isSampleRun()        ? 200
+                                   : 20)
+        .report(GetParam().name);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, FaultSweepGLTest, ::testing::ValuesIn(scenarios()), nameOf);
