@@ -119,7 +119,7 @@ private:
         check(fits_get_img_dim(fits_, &axes, &status));
         if (axes > kMaxAxes) throw unreadableImage(file_->path(), "it has " + std::to_string(axes) + " axes");
         check(fits_get_img_sizell(fits_, kMaxAxes, sides.data(), &status));
-        for (size_t axis = static_cast<size_t>(axes); axis < sides.size(); ++axis)
+        for (auto axis = static_cast<size_t>(axes); axis < sides.size(); ++axis)
             sides[axis] = 1;
         setSize(sides);
         setType();

@@ -46,7 +46,7 @@ struct Refusal {
 };
 
 std::string bandsText(SampleFormat const& layout) {
-    std::string const count = counted(layout.bands, "band");
+    std::string count = counted(layout.bands, "band");
     if (layout.colours == 0 || layout.bands <= layout.colours) return count;
     std::string const colours = layout.colours == 1 ? "grey" : "RGB";
     size_t const others = layout.bands - layout.colours - (layout.alpha ? 1 : 0);

@@ -19,7 +19,7 @@ size_t bytesOf(SampleType type) {
 }
 
 std::string toText(SampleType type) {
-    std::string const bits = std::to_string(8 * bytesOf(type)) + "-bit ";
+    std::string bits = std::to_string(8 * bytesOf(type)) + "-bit ";
     switch (type) {
     case SampleType::Unsigned8:
     case SampleType::Unsigned16:
