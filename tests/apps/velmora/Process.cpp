@@ -2,14 +2,19 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <linux/capability.h>
+#include <sstream>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -20,6 +25,19 @@ int temporaryFile() {
     if (file < 0) throw std::runtime_error("no temporary file");
     unlink(name.c_str());
     return file;
+}
+
+// "S 12 3" of a process that sleeps, after 12 ticks of its own and 3 of the kernel for it.
+std::string stateOf(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string text;
+    std::getline(file, text);
+    // The program's name, in parentheses, may contain blanks.
+    std::istringstream fields(text.substr(text.rfind(')') + 1));
+    constexpr size_t kTicks = 11; // of the fields from the state on
+    std::vector<std::string> const all(std::istream_iterator<std::string>(fields), {});
+    if (all.size() < kTicks + 2) throw std::runtime_error("no state of process " + std::to_string(process));
+    return all[0] + " " + all[kTicks] + " " + all[kTicks + 1];
 }
 
 std::string contentOf(int file) {
@@ -103,6 +121,18 @@ void Process::signal(int number) const {
 bool Process::running() const {
     siginfo_t info{};
     return waitid(P_PID, static_cast<id_t>(child_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == 0;
+}
+
+bool Process::waitUntilIdle() const {
+    std::string before;
+    for (int quiet = 0; quiet < 50; ++quiet) {
+        if (!running()) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::string const now = stateOf(child_);
+        if (now != before || now.front() != 'S') quiet = 0;
+        before = now;
+    }
+    return true;
 }
 
 Process::Result Process::wait() {

@@ -25,6 +25,9 @@ public:
 
     void signal(int number) const;
     bool running() const;
+    /// Returns once it has slept for half a second without using the processor: it waits for something. False if it
+    /// ends before.
+    bool waitUntilIdle() const;
     Result wait();
 
 private:

@@ -17,7 +17,6 @@
 #include <filesystem>
 #include <limits>
 #include <numeric>
-#include <thread>
 
 using testtiff::Directory;
 using testtiff::directory;
@@ -302,9 +301,7 @@ TEST_F(ProgramImageTest, TheFirstSignalEndsTheWaitForAPipe) {
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
         Process process({"view", "--script", pipe});
-        // Waits until the program has opened nothing for a while.
-        std::this_thread::sleep_for(std::chrono::milliseconds(700));
-        ASSERT_TRUE(process.running());
+        ASSERT_TRUE(process.waitUntilIdle());
         process.signal(signal);
         auto const result = process.wait();
         EXPECT_EQ(result.exitCode, 130) << result.err;
