@@ -25,6 +25,11 @@ void tidyUp() {
 
 class FaultSweepGLTest : public ::testing::TestWithParam<Scenario> {};
 
+size_t stepOf(Scenario const& scenario) {
+    if (isSampleRun()) return scenario.keepsFilter ? 25 : 200;
+    return scenario.keepsFilter ? 1 : 20;
+}
+
 std::string nameOf(::testing::TestParamInfo<Scenario> const& info) {
     return info.param.name;
 }
@@ -32,11 +37,7 @@ std::string nameOf(::testing::TestParamInfo<Scenario> const& info) {
 } // namespace
 
 TEST_P(FaultSweepGLTest, CallsOfGl) {
-    sweepGl(GetParam(), {living, tidyUp},
-            GetParam().keepsFilter ? 1
-            : isSampleRun()        ? 200
-                                   : 20)
-        .report(GetParam().name);
+    sweepGl(GetParam(), {living, tidyUp}, stepOf(GetParam())).report(GetParam().name);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, FaultSweepGLTest, ::testing::ValuesIn(scenarios()), nameOf);

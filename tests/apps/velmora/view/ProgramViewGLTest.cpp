@@ -119,6 +119,7 @@ TEST_F(ProgramViewGLTest, TheOverlayLeavesThePictureAlone) {
 }
 
 TEST_F(ProgramViewGLTest, WordsOutOfAFileCannotUpsetThePanels) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     // The upper left corner, where the name and the line below it stand.
     auto const corner = [this](std::string const& sourceName) {
         ImportOptions options;
@@ -233,6 +234,7 @@ TEST_F(ProgramViewGLTest, TheAutomaticToneOfDeepPicturesIsAGamma) {
 }
 
 TEST_F(ProgramViewGLTest, AnImageIsImportedOnce) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     testimages::writePattern8(path("a.png"), "", 400, 300, 3);
     std::vector<std::string> const arguments{path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1"};
     auto const wanted = testimages::crop(testimages::pattern8(400, 300, 3), 100, 100, 200, 100);
@@ -323,6 +325,7 @@ TEST_F(ProgramViewGLTest, AnInterruptedImportLeavesNothing) {
 }
 
 TEST_F(ProgramViewGLTest, AMinimisedWindowDrawsNothingAndComesBack) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     std::string const store = makeStore("a.vlm", 700, 500);
     std::vector<std::string> const arguments{store, "--bare", "--size", "320x200", "--at", "350,250,1"};
     expectPixels(after("wait\nminimise\nsleep 50\nkey right\nrestore\n", arguments), expected(230, 150, 320, 200));
@@ -332,6 +335,7 @@ TEST_F(ProgramViewGLTest, AMinimisedWindowDrawsNothingAndComesBack) {
 }
 
 TEST_F(ProgramViewGLTest, WaitingForAMinimisedWindowEnds) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     std::string const store = makeStore("a.vlm", 700, 500);
     std::vector<std::string> const arguments{store, "--bare", "--size", "320x200", "--at", "350,250,1"};
     expectPixels(after("minimise\nwait\nwait\nrestore\n", arguments), expected(190, 150, 320, 200));
@@ -343,6 +347,7 @@ TEST_F(ProgramViewGLTest, WaitingForAMinimisedWindowEnds) {
 }
 
 TEST_F(ProgramViewGLTest, NothingIsDrawnWhereNothingChanges) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     std::string const store = makeStore("a.vlm", 700, 500);
     for (std::string const pause : {"sleep 1500\n", "minimise\nsleep 1500\nrestore\n"}) {
         auto const result =
@@ -463,6 +468,7 @@ TEST_F(ProgramViewGLTest, EveryFailureHasItsExitCode) {
 
 // Drivers address gigabytes, whatever is shown.
 TEST_F(ProgramViewGLTest, FilesThatAreMadeToHoldItUpAreDamageAtOnce) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     for (auto const& hostile : hostilestores::all()) {
         SCOPED_TRACE(hostile.name);
         std::filesystem::remove(path("a.vlm"));
