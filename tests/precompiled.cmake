@@ -1,6 +1,11 @@
+# The command line's header, of which each command needs the whole.
+if(TARGET velmora)
+  target_precompile_headers(velmora PRIVATE <CLI/CLI.hpp>)
+endif()
+
 # One precompiled header for the programs of the tests: what nearly every case includes, GoogleTest's header first, takes longer
 # to compile than the case. It is compiled for the program with the fewest macros: gcc lets others have more. Without the option
-# VELMORA_PRECOMPILED_TESTS an include that is missing shows.
+# VELMORA_PRECOMPILED an include that is missing shows.
 target_precompile_headers(
   velmora-reference-tests
   PRIVATE
