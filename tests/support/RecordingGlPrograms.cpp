@@ -7,6 +7,7 @@
 #include <cstring>
 
 using recording::Enum;
+using recording::findProgram;
 using recording::Pointer;
 using recording::record;
 using recording::state;
@@ -19,13 +20,6 @@ RecordingGl::Shader* findShader(GLuint name) {
     auto const found = state().shaders.find(name);
     if (found != state().shaders.end()) return &found->second;
     state().raise(GL_INVALID_VALUE, "not a living shader");
-    return nullptr;
-}
-
-RecordingGl::Program* findProgram(GLuint name) {
-    auto const found = state().programs.find(name);
-    if (found != state().programs.end()) return &found->second;
-    state().raise(GL_INVALID_VALUE, "not a living program");
     return nullptr;
 }
 
@@ -172,6 +166,13 @@ void releaseShader(GLuint name) {
 }
 
 } // namespace
+
+RecordingGl::Program* recording::findProgram(GLuint name) {
+    auto const found = state().programs.find(name);
+    if (found != state().programs.end()) return &found->second;
+    state().raise(GL_INVALID_VALUE, "not a living program");
+    return nullptr;
+}
 
 GLuint glCreateShader(GLenum type) {
     auto const recorded = record("glCreateShader", Enum{type});

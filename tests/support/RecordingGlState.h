@@ -133,6 +133,9 @@ AtWork record(char const* name, Arguments const&... arguments) {
     return atWork;
 }
 
+/// Null and an error if no living program has this name.
+RecordingGl::Program* findProgram(GLuint name);
+
 // Where digests are drawn: of the bound framebuffer's texture.
 void digestDraw(GLsizei count, std::uint8_t const* indices, size_t indexBytes);
 void digestClear();

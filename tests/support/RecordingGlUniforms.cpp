@@ -35,9 +35,9 @@ void setArray(GLint location, GLsizei count, size_t components, GLfloat const* v
 void glUseProgram(GLuint program) {
     auto const recorded = record("glUseProgram", program);
     if (program != 0) {
-        auto const found = state().programs.find(program);
-        if (found == state().programs.end()) return state().raise(GL_INVALID_VALUE, "not a living program");
-        if (!found->second.linked) return state().raise(GL_INVALID_OPERATION, "the program is not linked");
+        auto const* const found = recording::findProgram(program);
+        if (found == nullptr) return;
+        if (!found->linked) return state().raise(GL_INVALID_OPERATION, "the program is not linked");
     }
     state().currentProgram = program;
 }
