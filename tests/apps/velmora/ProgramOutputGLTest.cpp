@@ -1,11 +1,11 @@
 // The effect of render on existing files, where it keeps stores, and what a failure leaves.
 #include "tests/apps/velmora/Faults.h"
 #include "tests/apps/velmora/OutputFixture.h"
+#include "tests/support/LongRun.h"
 #include "tests/support/TestImages.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -156,8 +156,7 @@ TEST_F(ProgramOutputGLTest, WhatKilledImportsLeaveInTheUsersCacheIsRemoved) {
 
 // Every call that concerns the output. It does not depend on the GL implementation: a hundred runs on one suffice.
 TEST_F(ProgramOutputGLTest, WhateverFailsThereIsTheOldFileOrTheNewOne) {
-    char const* const renderer = std::getenv("VELMORA_EXPECT_RENDERER");
-    if (renderer != nullptr && std::string(renderer).rfind("llvmpipe", 0) != 0) GTEST_SKIP() << "it runs on llvmpipe";
+    if (runsOffLlvmpipe()) GTEST_SKIP() << "it runs on llvmpipe";
     fs::create_directory(path("out"));
     for (std::string const name : {"b.png", "b.tif"})
         for (int const reason : {EIO, ENOSPC, kKilled}) {

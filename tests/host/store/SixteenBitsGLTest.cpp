@@ -43,6 +43,10 @@ std::vector<Steps> someSteps() {
     return {{}, allSteps()[2], allSteps()[5]};
 }
 
+std::vector<Steps> stepsOfThisRun() {
+    return isSampleRun() ? someSteps() : allSteps();
+}
+
 // Several tiles of 512 in each direction, of which the last are small.
 constexpr size_t kMostPixels = 700;
 constexpr size_t kPixelsOfASampleRun = 140;
@@ -231,7 +235,7 @@ TEST_F(SixteenBitsGLTest, EveryCodeIsShownAlike) {
     for (size_t const bands : {1U, 3U}) {
         Picture const picture = everyCode(bands);
         EXPECT_EQ(import(picture, 64).residualBits, 3U);
-        expectOneRule(picture, isSampleRun() ? someSteps() : allSteps());
+        expectOneRule(picture, stepsOfThisRun());
     }
 }
 
@@ -239,21 +243,21 @@ TEST_F(SixteenBitsGLTest, NoiseOfAnyBandsIsShownAlike) {
     for (size_t bands = 1; bands <= 4; ++bands) {
         Picture const picture = testpictures::picture(isSampleRun() ? 140 : 550, 61, bands, 16, Content::Noise);
         import(picture, 64);
-        expectOneRule(picture, bands == 4 && !isSampleRun() ? allSteps() : someSteps());
+        expectOneRule(picture, bands == 4 ? stepsOfThisRun() : someSteps());
     }
 }
 
 TEST_F(SixteenBitsGLTest, PicturesWithMoreResidualBitsAreShownAlike) {
     Picture const picture = testpictures::picture(200, 180, 3, 16, Content::Resonance);
     EXPECT_EQ(import(picture, 64).residualBits, 5U);
-    expectOneRule(picture, isSampleRun() ? someSteps() : allSteps());
+    expectOneRule(picture, stepsOfThisRun());
 }
 
 TEST_F(SixteenBitsGLTest, EnhancementsMeanTheSameAtEveryLevel) {
     Picture const picture = testpictures::picture(571, 130, 3, 16, Content::Noise);
     StoreInfo const info = import(picture, 32, 4);
     ASSERT_EQ(info.residualBits, levelmodel::kResidualBits);
-    for (Steps const& steps : isSampleRun() ? someSteps() : allSteps())
+    for (Steps const& steps : stepsOfThisRun())
         expectLevelsLikePictures(picture, info, steps);
 }
 
