@@ -2,6 +2,7 @@
 
 #include "gles3renderbackend/resources/Gles3Target.h"
 #include "tests/gles3renderbackend/BackendFixture.h"
+#include "tests/support/NoiseBytes.h"
 
 #include <gtest/gtest.h>
 
@@ -29,13 +30,10 @@ struct Picture {
     unsigned char const* texel(size_t x, size_t y) const { return &bytes[(y * width + x) * bytesPerTexel]; }
 };
 
-/// Bytes without a pattern that a wrong stride or order could meet by accident.
-inline Picture noise(size_t widthTexels, size_t heightTexels, size_t texelBytes, std::uint32_t state) {
+/// A picture of noiseBytes().
+inline Picture noise(size_t widthTexels, size_t heightTexels, size_t texelBytes, std::uint32_t start) {
     Picture picture(widthTexels, heightTexels, texelBytes);
-    for (auto& byte : picture.bytes) {
-        state = state * 1664525U + 1013904223U;
-        byte = static_cast<unsigned char>(state >> 24U);
-    }
+    picture.bytes = noiseBytes(picture.bytes.size(), start);
     return picture;
 }
 

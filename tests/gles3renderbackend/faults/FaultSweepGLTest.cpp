@@ -30,14 +30,11 @@ size_t stepOf(Scenario const& scenario) {
     return scenario.keepsFilter ? 1 : 20;
 }
 
-std::string nameOf(::testing::TestParamInfo<Scenario> const& info) {
-    return info.param.name;
-}
-
 } // namespace
 
 TEST_P(FaultSweepGLTest, CallsOfGl) {
     sweepGl(GetParam(), {living, tidyUp}, stepOf(GetParam())).report(GetParam().name);
 }
 
-INSTANTIATE_TEST_SUITE_P(Scenarios, FaultSweepGLTest, ::testing::ValuesIn(scenarios()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Scenarios, FaultSweepGLTest, ::testing::ValuesIn(scenarios()),
+                         ::testing::PrintToStringParamName());

@@ -21,15 +21,13 @@ Living living() {
 
 class FaultSweepTest : public ::testing::TestWithParam<Scenario> {
 public:
-    FaultSweepTest() { begin(); }
-    ~FaultSweepTest() override { RecordingGl::instance().reset(); }
-
-protected:
-    static void begin() {
+    FaultSweepTest() {
         RecordingGl::instance().reset();
         RecordingGl::instance().drawDigests();
     }
+    ~FaultSweepTest() override { RecordingGl::instance().reset(); }
 
+protected:
     static void tidyUp() {
         RecordingGl::instance().forgetCalls();
         while (glGetError() != GL_NO_ERROR) {} // what calls that follow a fault have raised
@@ -37,10 +35,6 @@ protected:
 
     Surroundings surroundings{living, tidyUp};
 };
-
-std::string nameOf(::testing::TestParamInfo<Scenario> const& info) {
-    return info.param.name;
-}
 
 } // namespace
 
@@ -53,7 +47,8 @@ TEST_P(FaultSweepTest, Allocations) {
     sweepAllocations(GetParam(), surroundings, allocations, GetParam().isLarge ? 7 : 1).report(GetParam().name);
 }
 
-INSTANTIATE_TEST_SUITE_P(Scenarios, FaultSweepTest, ::testing::ValuesIn(scenarios()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Scenarios, FaultSweepTest, ::testing::ValuesIn(scenarios()),
+                         ::testing::PrintToStringParamName());
 
 // The list that tests/symbols compares with the library.
 TEST(FaultScenariosTest, CallEveryExportedMember) {

@@ -5,6 +5,7 @@
 #include "host/filter/OwnedTarget.h"
 #include "renderbackend/DataEnvelopes.h"
 #include "renderbackend/FilterParameters.h"
+#include "tests/support/NoiseBytes.h"
 
 #include <array>
 #include <stdexcept>
@@ -65,8 +66,8 @@ Bytes drawWith(WatchedInstance& instance) {
     Filter blit = description::blitFilter4x8();
     instance.createFilterInstance(blit);
     for (size_t tile = 1; tile <= kRingBuffers + 1; ++tile)
-        instance.synchronizeConcurrentStagingBuffer(written(instance, tile, {6, 5, 3}, noise(6 * 5 * 3, 7)));
-    instance.setTile(9, noise(6 * 5 * 4, 3), {6, 5, 4}, 0);
+        instance.synchronizeConcurrentStagingBuffer(written(instance, tile, {6, 5, 3}, noiseBytes(6 * 5 * 3, 7)));
+    instance.setTile(9, noiseBytes(6 * 5 * 4, 3), {6, 5, 4}, 0);
     size_t const target = instance.createTarget({18, 5}, 32, false, RenderBackend::NEAREST, RenderBackend::UNDEFINED);
     instance.clear(target, {0, 0, 0});
     instance.drawTiles(target, blit, {0, 17, 0, 4}, {0, 17, 0, 4}, {6, 5}, {{0, 0}, {1, 0}, {2, 0}}, {1, 9, 99}, {});
@@ -145,12 +146,12 @@ Bytes playTiles(Stage& stage) {
     size_t const second = stage.newTile();
     size_t const third = stage.newTile();
     size_t const missing = stage.newTile();
-    instance.setTile(first, noise(6 * 5 * 4, 3), {6, 5, 4}, 0);
-    instance.setTile(second, noise(6 * 5 * 3 + 10, 4), {6, 5, 3}, 10);
-    instance.setTile(third, noise(12 * 5 * 2, 5), {12, 5, 1}, 0);
+    instance.setTile(first, noiseBytes(6 * 5 * 4, 3), {6, 5, 4}, 0);
+    instance.setTile(second, noiseBytes(6 * 5 * 3 + 10, 4), {6, 5, 3}, 10);
+    instance.setTile(third, noiseBytes(12 * 5 * 2, 5), {12, 5, 1}, 0);
     instance.lockTile(first);
     instance.unlockTile(first);
-    instance.setTile(first, noise(4 * 3 * 4, 6), {4, 3, 4}, 0); // into a corner of its texture
+    instance.setTile(first, noiseBytes(4 * 3 * 4, 6), {4, 3, 4}, 0); // into a corner of its texture
     OwnedTarget const target = blackTarget(stage, SampleLayout::kRgba8, {14, 11});
     instance.drawTiles(target.id(), blit.filter(), {0, 13, 0, 10}, {0, 13, 0, 10}, {6, 5},
                        {{0, 0}, {1, 0}, {0, 1}, {1, 1}}, {first, second, third, missing}, {});
@@ -176,12 +177,12 @@ Bytes playStaging(Stage& stage) {
     auto& instance = stage.instance();
     EmptyHands const emptyHands(instance);
     OwnedFilter const blit(stage.shared(), description::blitFilter4x8());
-    static Bytes const large = noise(kWholeBuffer * kWholeBuffer * 3, 9);
+    static Bytes const large = noiseBytes(kWholeBuffer * kWholeBuffer * 3, 9);
     std::array<size_t, 4> const tiles = {stage.newTile(), stage.newTile(), stage.newTile(), stage.newTile()};
     auto first = written(instance, tiles[0], {kWholeBuffer, kWholeBuffer, 3}, large);
     auto second = written(instance, tiles[1], {kWholeBuffer, kWholeBuffer, 3}, large); // in the next buffer
-    auto third = written(instance, tiles[2], {6, 5, 3}, noise(6 * 5 * 3, 7));
-    auto fourth = written(instance, tiles[3], {12, 5, 1}, noise(12 * 5 * 2, 8));
+    auto third = written(instance, tiles[2], {6, 5, 3}, noiseBytes(6 * 5 * 3, 7));
+    auto fourth = written(instance, tiles[3], {12, 5, 1}, noiseBytes(12 * 5 * 2, 8));
     for (auto* const buffer : {&first, &second, &third, &fourth})
         instance.synchronizeConcurrentStagingBuffer(std::move(*buffer));
     OwnedTarget const target = blackTarget(stage, SampleLayout::kRgba8, {12, 10});

@@ -3,19 +3,11 @@
 #include "host/filter/FilterDescriptions.h"
 #include "host/filter/FilterRunner.h"
 #include "renderbackend/DataEnvelopes.h"
+#include "tests/support/NoiseBytes.h"
 
 #include <utility>
 
 namespace faults {
-
-Bytes noise(size_t count, unsigned seed) {
-    Bytes bytes(count);
-    for (auto& byte : bytes) {
-        seed = seed * 1664525U + 1013904223U;
-        byte = static_cast<unsigned char>(seed >> 24U);
-    }
-    return bytes;
-}
 
 void Stage::clear() {
     sources_.clear();
@@ -48,7 +40,7 @@ size_t Stage::source(SampleLayout layout) {
     bool const rgb = layout == SampleLayout::kRgb8;
     size_t const bytes = samplelayout::texels(layout, size.width) * size.height * (rgb ? 3 : 4);
     // Drawn into a target of the runner's own, and copied: what is drawn there it gives back.
-    OwnedTarget const drawn = runner.upload(layout, size, noise(bytes, static_cast<unsigned>(layout) + 1));
+    OwnedTarget const drawn = runner.upload(layout, size, noiseBytes(bytes, static_cast<std::uint32_t>(layout) + 1));
     Filter const& copy = runner.prepared(description::blitFilter(layout));
     runner.run(copy, {{{drawn.id(), 0, 0, false}}, size, {}, {0, 0}}, id);
     return id;

@@ -18,9 +18,6 @@ namespace faults {
 using Bytes = std::vector<unsigned char>;
 using Sizes = std::vector<size_t>;
 
-/// Bytes without a pattern that a wrong stride or order could meet by accident.
-Bytes noise(size_t count, unsigned seed);
-
 /// The host's surface, as large as the pbuffer of the test programs.
 struct Surface final : RenderContext {
     static constexpr size_t kTexels = 16;
