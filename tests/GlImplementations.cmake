@@ -1,6 +1,6 @@
 # The GL implementations that the tests run on, each chosen by the environment of the process alone.
 #
-#   velmora_add_gl_test(name COMMAND program argument... [WITHOUT_CASES] [TIMEOUT seconds] [PROPERTIES key value...])
+#   velmora_add_gl_test(name COMMAND program argument... [WITHOUT_CASES] [PROPERTIES key value...])
 #
 # registers the command once per implementation, as name/llvmpipe, name/softpipe, name/zink and name/angle. A missing
 # implementation fails its tests under VELMORA_REQUIRE_GL=1 and skips them otherwise; a silent fallback to another one
@@ -41,10 +41,7 @@ add_custom_target(velmora-drawing-tests)
 add_dependencies(velmora-drawing-tests velmora-require-gl)
 
 function(velmora_add_gl_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "WITHOUT_CASES" "TIMEOUT" "COMMAND;PROPERTIES")
-  if(NOT arg_TIMEOUT)
-    set(arg_TIMEOUT 300)
-  endif()
+  cmake_parse_arguments(PARSE_ARGV 1 arg "WITHOUT_CASES" "" "COMMAND;PROPERTIES")
   list(POP_FRONT arg_COMMAND program)
   if(TARGET ${program})
     add_dependencies(velmora-drawing-tests ${program})
@@ -57,7 +54,6 @@ function(velmora_add_gl_test name)
       ${test}
       PROPERTIES ENVIRONMENT_MODIFICATION "${VELMORA_GL_ENVIRONMENT_${implementation}}"
                  SKIP_RETURN_CODE 77
-                 TIMEOUT ${arg_TIMEOUT}
                  LABELS "gl;${implementation}")
     if(arg_PROPERTIES)
       set_tests_properties(${test} PROPERTIES ${arg_PROPERTIES})

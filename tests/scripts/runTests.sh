@@ -9,7 +9,10 @@ cat >CMakePresets.json <<'TEXT'
 {
   "version": 6,
   "configurePresets": [{ "name": "debug", "generator": "Ninja", "binaryDir": "${sourceDir}/build/debug" }],
-  "testPresets": [{ "name": "debug", "configurePreset": "debug" }]
+  "testPresets": [
+    { "name": "debug", "configurePreset": "debug" },
+    { "name": "hasty", "configurePreset": "debug", "execution": { "timeout": 1 } }
+  ]
 }
 TEXT
 
@@ -41,6 +44,12 @@ is 'the closing line with failures' "$(closing)" 'debug: 1 passed, 3 failed, 0 s
 is 'the exit code with failures' "$status" 1
 has 'what is said of a case that fails' "$out" 'FAILED unit: Outcomes.Fails'
 has 'what is said of a test without a program' "$out" 'FAILED none (was not run: Unable to find executable)'
+
+project 'add_test(NAME slow COMMAND sleep 2)'
+run scripts/run-tests hasty
+has "what is said of a test that takes longer than the preset's limit" "$out" 'FAILED slow'
+VELMORA_LONG=1 run scripts/run-tests hasty
+is 'the closing line of the same test in a long run' "$(closing)" 'hasty: 1 passed, 0 failed, 0 skipped'
 
 # Results of an earlier run do not count.
 project 'cases(unit Outcomes.Passes*)'
