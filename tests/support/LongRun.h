@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string>
 
-/// Whether VELMORA_LONG is in the environment: exhaustive sets instead of samples of them.
+/// Whether VELMORA_LONG is in the environment: the long run, with what takes too long for every day.
 inline bool isLongRun() {
     return std::getenv("VELMORA_LONG") != nullptr;
 }
@@ -17,6 +17,11 @@ inline bool runsOn(std::string const& implementation) {
 /// Whether the environment names another implementation than llvmpipe. By hand, without a name, it is false.
 inline bool runsOffLlvmpipe() {
     return std::getenv("VELMORA_EXPECT_RENDERER") != nullptr && !runsOn("llvmpipe");
+}
+
+/// Whether every case of a large set is tried: in the long run, on llvmpipe only. Others have the whole short set there.
+inline bool isExhaustiveRun() {
+    return isLongRun() && !runsOffLlvmpipe();
 }
 
 /// Whether a part of a set will do: the short run has the whole of it on llvmpipe only, the fastest implementation.

@@ -26,7 +26,7 @@ void tidyUp() {
 class FaultSweepGLTest : public ::testing::TestWithParam<Scenario> {};
 
 size_t stepOf(Scenario const& scenario) {
-    if (isSampleRun()) return scenario.keepsFilter ? 25 : 200;
+    if (runsOffLlvmpipe()) return scenario.keepsFilter ? 25 : 200;
     return scenario.keepsFilter ? 1 : 20;
 }
 

@@ -152,7 +152,7 @@ std::vector<size_t> chosen(std::vector<std::string> const& calls, size_t step) {
         ++count[function];
     std::vector<size_t> result;
     for (size_t n = 0; n < calls.size(); ++n)
-        if (isLongRun() || n % step == 0 || count[calls[n]] <= kRare) result.push_back(n);
+        if (isExhaustiveRun() || n % step == 0 || count[calls[n]] <= kRare) result.push_back(n);
     return result;
 }
 
@@ -212,7 +212,7 @@ Tally sweepAllocations(Scenario const& scenario, Surroundings const& surrounding
     Sweep sweep(scenario, surroundings);
     Judge::instance().letMemoryRunOut(true);
     size_t n = 0;
-    for (;; n += isLongRun() ? 1 : step) {
+    for (;; n += isExhaustiveRun() ? 1 : step) {
         std::string const what = scenario.name + ", allocation " + std::to_string(n);
         SCOPED_TRACE(what);
         backendtest::Watchdog const watchdog(what, kLongestScenario);

@@ -82,7 +82,7 @@ TEST_F(DamagedStoreGLTest, AnyBitIsNoticedOrChangesNoPixel) {
     for (std::int64_t const version : {3, 2}) {
         if (version == 2) storefiles::rewriteAs(2, path());
         remember();
-        size_t const distance = isLongRun() ? 31 : isSampleRun() ? 10007 : 1009;
+        size_t const distance = isExhaustiveRun() ? 31 : isSampleRun() ? 10007 : 1009;
         for (size_t bit = 0; bit < 8 * whole_.size() && !HasFailure(); bit += distance) {
             SCOPED_TRACE("version " + std::to_string(version) + ", bit " + std::to_string(bit % 8) + " of byte " +
                          std::to_string(bit / 8));

@@ -22,7 +22,7 @@ TEST_P(FormatPicturesGLTest, EveryLevelIsExact) {
     if (isConverted && !isLongRun()) GTEST_SKIP() << "samples of another one: VELMORA_LONG is not set";
     auto const picture = formatpictures::locate(GetParam(), folder_.path());
     if (picture.missing.empty())
-        expectEveryLevel(formatpictures::middleOf(picture.path, isLongRun() ? 1000 : 150, GetParam().choice), 64);
+        expectEveryLevel(formatpictures::middleOf(picture.path, isExhaustiveRun() ? 1000 : 150, GetParam().choice), 64);
     else if (formatpictures::areRequired())
         FAIL() << picture.missing;
     else
@@ -30,7 +30,7 @@ TEST_P(FormatPicturesGLTest, EveryLevelIsExact) {
 }
 
 TEST_F(FormatsGLTest, EveryLevelOfLinesOfAnyBandsAndBitsIsExact) {
-    std::optional<size_t> const levels = isLongRun() ? std::nullopt : std::optional<size_t>(2);
+    std::optional<size_t> const levels = isExhaustiveRun() ? std::nullopt : std::optional<size_t>(2);
     for (size_t bands = 1; bands <= 4; ++bands)
         for (size_t const bits : {8U, 16U})
             for (auto const& [width, height] : std::vector<std::pair<size_t, size_t>>{{1, 1}, {1, 5000}, {5000, 1}})

@@ -221,7 +221,7 @@ TEST_P(SixteenBitFormatsGLTest, FileStoreWindowAndRegionShowTheSame) {
     // Each of the others in turn.
     size_t const other = 1 + std::hash<std::string>()(GetParam().name) % (allSteps().size() - 1);
     std::vector<Steps> const some = {{}, allSteps()[other]};
-    expectOneRule(picture, isLongRun() ? allSteps() : some);
+    expectOneRule(picture, isExhaustiveRun() ? allSteps() : some);
     // What the reader itself makes of the file.
     auto const eightBits = formatpictures::openAsShown(located.path, GetParam().choice);
     Region const middle = {(eightBits->width() - picture.width) / 2, (eightBits->height() - picture.height) / 2,

@@ -36,7 +36,7 @@ protected:
             ASSERT_GT(operations, 5U);
             size_t failures = 0;
             // Each drawing makes its programs anew: without VELMORA_LONG some operations have to do.
-            size_t const step = isLongRun() ? 1 : operations / (isSampleRun() ? 6 : 40) + 1;
+            size_t const step = isExhaustiveRun() ? 1 : operations / (isSampleRun() ? 6 : 40) + 1;
             for (size_t n = 1; n <= operations; n += step) {
                 failures += fails(draw, n, when) ? 1U : 0U;
                 ASSERT_TRUE(draw() == expected) << "after a failure of operation " << n << " of " << operations;
@@ -221,7 +221,7 @@ TEST_F(TwoPlacesGLTest, AViewGoesOnAfterAnyFailureOfAnAllocation) {
     open(kTileBudgetBytes);
     expectBoth();
     size_t failures = 0;
-    for (size_t n = 1;; n += isLongRun() ? 1 : n / (isSampleRun() ? 3 : 100) + 1) {
+    for (size_t n = 1;; n += isExhaustiveRun() ? 1 : n / (isSampleRun() ? 3 : 100) + 1) {
         SCOPED_TRACE("allocation " + std::to_string(n) + " fails");
         size_t reached = 0;
         failing_allocations::failAt(n);

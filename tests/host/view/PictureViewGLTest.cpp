@@ -35,7 +35,7 @@ TEST_F(PictureViewGLTest, AnyZoomAndPlaceShowsTheNearestSamplesWithoutASeam) {
         StoreInfo const info = import(picture);
         auto const levels = levelsOf(picture, info.levels);
         PictureView view(instance_, path(), options());
-        for (int i = 0; i < (isLongRun() ? 400 : isSampleRun() ? 20 : 70); ++i) {
+        for (int i = 0; i < (isExhaustiveRun() ? 400 : isSampleRun() ? 20 : 70); ++i) {
             View const wanted = randomView(info);
             ASSERT_TRUE(completed(view, wanted) == frameOf(levels, wanted)) << describe(wanted);
         }

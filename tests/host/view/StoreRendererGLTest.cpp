@@ -71,7 +71,7 @@ TEST_F(StoreRendererGLTest, RegionsAreTheirPartOfTheWholeLevel) {
         if (level == 0) {
             EXPECT_TRUE(whole == picture.bytes);
         }
-        for (int i = 0; i < (isLongRun() ? 34 : 3); ++i) {
+        for (int i = 0; i < (isExhaustiveRun() ? 34 : 3); ++i) {
             size_t const x = random() % extent.width;
             size_t const y = random() % extent.height;
             Region const region{x, y, 1 + random() % std::min<size_t>(extent.width - x, 90),
