@@ -19,7 +19,7 @@ inline bool runsOffLlvmpipe() {
     return std::getenv("VELMORA_EXPECT_RENDERER") != nullptr && !runsOn("llvmpipe");
 }
 
-/// Whether every case of a large set is tried: in the long run, on llvmpipe only. Others have the whole short set there.
+/// Whether a large set is tried in full: in the long run, on llvmpipe. Others have the whole short set there.
 inline bool isExhaustiveRun() {
     return isLongRun() && !runsOffLlvmpipe();
 }

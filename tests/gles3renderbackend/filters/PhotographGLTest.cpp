@@ -10,6 +10,7 @@
 #include "tests/gles3renderbackend/filters/LeGall53Steps.h"
 #include "tests/support/GlErrors.h"
 #include "tests/support/LongRun.h"
+#include "tests/support/OptimisedBuild.h"
 
 #include <gmock/gmock.h>
 
@@ -186,12 +187,7 @@ bool drawsOn(std::string const& driver) {
 
 // softpipe interprets every shader: one whole photograph there, and in optimised builds only.
 bool isAmongLongRuns(Shot const& shot) {
-#ifdef NDEBUG
-    bool const optimised = true;
-#else
-    bool const optimised = false;
-#endif
-    return isLongRun() && (!drawsOn("softpipe") || (optimised && shot.when == Shot::kOnLlvmpipe));
+    return isLongRun() && (!drawsOn("softpipe") || (kOptimisedBuild && shot.when == Shot::kOnLlvmpipe));
 }
 
 class PhotographShotGLTest : public PhotographGLTest, public ::testing::WithParamInterface<Shot> {};
