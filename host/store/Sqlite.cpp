@@ -66,6 +66,11 @@ std::string immutableUri(std::string const& path) {
     return uri + "?immutable=1";
 }
 
+// SQLite calls a file damaged whose bytes the system fails to read for one of these reasons (SQLITE_IOERR_CORRUPTFS).
+bool isFailedRead(int reason) {
+    return reason == EIO || reason == ENXIO || reason == ERANGE;
+}
+
 } // namespace
 
 struct Database::State {
@@ -111,12 +116,15 @@ struct Database::State {
     // SQLite reports a failed write as "disk I/O error" only; the system's reason is more precise.
     [[noreturn]] void fail() {
         if (thrown) std::rethrow_exception(std::exchange(thrown, nullptr));
+        int const last = errno; // begin() has made it 0
         int const extended = sqlite3_extended_errcode(handle);
         int const code = extended & kPrimaryCode;
         if (code == SQLITE_NOMEM || extended == SQLITE_IOERR_NOMEM) throw std::bad_alloc();
         if (code == SQLITE_INTERRUPT) throw Failure("reading it takes too many steps", code);
+        if (code == SQLITE_CORRUPT && isFailedRead(last))
+            throw Failure(std::generic_category().message(last), SQLITE_IOERR);
         int const known = sqlite3_system_errno(handle);
-        int const reason = known != 0 ? known : errno; // a failed commit leaves its reason in errno only
+        int const reason = known != 0 ? known : last; // a failed commit leaves its reason in errno only
         bool const system = (code == SQLITE_IOERR || code == SQLITE_FULL || code == SQLITE_CANTOPEN) && reason != 0;
         throw Failure(system ? std::generic_category().message(reason) : sqlite3_errmsg(handle), code);
     }

@@ -50,8 +50,9 @@ struct BrokenDisk {
     }
 
     static int readOrFail(sqlite3_file* file, void* to, int count, sqlite3_int64 offset) {
-        if (offset + count > current->failsFrom) return SQLITE_IOERR_READ;
-        return current->read(file, to, count, offset);
+        if (offset + count <= current->failsFrom) return current->read(file, to, count, offset);
+        errno = EIO;
+        return current->code;
     }
 
     static int lastError(sqlite3_vfs*, int, char*) { return EIO; }
@@ -62,6 +63,7 @@ struct BrokenDisk {
     sqlite3_io_methods methods{};
     int (*read)(sqlite3_file*, void*, int, sqlite3_int64) = nullptr;
     sqlite3_int64 failsFrom = kNever;
+    int code = SQLITE_IOERR_READ; // of a read that fails
 };
 
 BrokenDisk* BrokenDisk::current = nullptr;
@@ -98,6 +100,23 @@ TEST_F(SqliteTest, ADiskThatDoesNotAnswerIsNoDamage) {
         disk.failsFrom = bytes;
         expectReadError([&] { TileStore const store(path_); });
     }
+    disk.failsFrom = kNever;
+    TileStore store(path_);
+    disk.failsFrom = 20'000;
+    expectReadError([&] { store.tile({1, Band::HH, 2, 4, 3}); });
+    expectReadError([&] { checkStore(store, [](size_t, size_t) {}); });
+    expectReadError([&] { store.cellsWithData(1); });
+    expectReadError([&] { store.storedTiles(); });
+    disk.failsFrom = kNever;
+    EXPECT_EQ(checkStore(store, [](size_t, size_t) {}).damages, 0u) << "it has come back";
+}
+
+// SQLite's own file access answers so where the reason is EIO, and statements then say that the file is malformed.
+TEST_F(SqliteTest, ADiskThatSqliteTakesForADamagedFileIsNoDamage) {
+    BrokenDisk disk;
+    disk.code = SQLITE_IOERR_CORRUPTFS;
+    disk.failsFrom = 8000;
+    expectReadError([&] { TileStore const store(path_); });
     disk.failsFrom = kNever;
     TileStore store(path_);
     disk.failsFrom = 20'000;
