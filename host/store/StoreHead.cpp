@@ -111,6 +111,10 @@ bool isLockedForWriting(Descriptor const& file) {
     return fcntl(file.value(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
+bool leadsNowhere(int errorNumber) {
+    return errorNumber == ENOENT || errorNumber == ENOTDIR || errorNumber == ELOOP;
+}
+
 struct stat statusOf(std::string const& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) throw failures::cannotOpen(path, failures::reasonOf(errno));
@@ -125,16 +129,16 @@ std::int64_t Head::version() const {
 
 bool storehead::isMarked(std::string const& path) {
     struct stat status {};
-    // Opening any other kind of file might block, or have side effects.
-    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
-    Descriptor const file(path);
-    if (file.value() < 0) return false;
-    try {
-        Head const head = headOf(file, path);
-        return isDatabase(head) || wrongMarks(head) <= kDamagedMarks;
-    } catch (HostError const&) {
-        return false;
+    if (stat(path.c_str(), &status) != 0) {
+        if (leadsNowhere(errno)) return false;
+        throw failures::cannotOpen(path, failures::reasonOf(errno));
     }
+    // Opening any other kind of file might block, or have side effects.
+    if (!S_ISREG(status.st_mode)) return false;
+    Descriptor const file(path);
+    if (file.value() < 0) throw failures::cannotOpen(path, failures::reasonOf(errno));
+    Head const head = headOf(file, path);
+    return isDatabase(head) || wrongMarks(head) <= kDamagedMarks;
 }
 
 Head storehead::read(std::string const& path) {

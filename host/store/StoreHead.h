@@ -19,7 +19,8 @@ struct Head {
 };
 
 /// Whether a file is to be opened as a store: a database of SQLite, or a file whose marks have one damaged byte. No
-/// picture format starts like that.
+/// picture format starts like that. Throws HostError: missing file, if the system does not give the bytes of a file
+/// that is there; read as a picture, a store would be called damaged.
 bool isMarked(std::string const& path);
 
 /// Throws HostError: missing file, also if it cannot be read; no store; damaged store, if the marks are damaged; locked

@@ -20,6 +20,7 @@
 class TileStore {
 public:
     /// Whether a file is to be opened as a store: it starts like a database of SQLite, and no picture format does.
+    /// False for a name that leads to no file. Throws HostError: missing file, if a file that is there cannot be read.
     static bool isStore(std::string const& path);
 
     /// Opens the file for reading only; write-protected files and folders suffice. interruption: called now and then in
