@@ -1,5 +1,5 @@
-// System calls that fail: loaded before the C library, it counts the calls that write files, or name them, and makes
-// chosen ones fail, as the environment says. tests/apps/velmora/Faults.h makes that environment.
+// System calls that fail: loaded before the C library, it counts the calls on files and makes chosen ones fail, as the
+// environment says. tests/apps/velmora/Faults.h makes that environment.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -15,6 +15,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
+#include <sys/uio.h>
 
 namespace {
 
@@ -24,14 +26,15 @@ char const* environment(char const* name) {
 }
 
 struct Plan {
-    char const* calls = environment("VELMORA_FAULT_CALLS");     // names of the counted calls; empty: all
-    char const* missing = environment("VELMORA_FAULT_MISSING"); // names of calls that this system lacks
-    char const* folder = environment("VELMORA_FAULT_FOLDER");   // counts only calls on files in it; empty: on all
-    long first = std::atol(environment("VELMORA_FAULT_FIRST")); // first failing call, from 1; 0: none
-    long last = std::atol(environment("VELMORA_FAULT_LAST"));   // last failing call
-    int reason = std::atoi(environment("VELMORA_FAULT_ERRNO")); // of the failure; 0: the process is killed, or waits
-    char const* wait = environment("VELMORA_FAULT_WAIT");       // file that the process waits for
-    char const* counted = environment("VELMORA_FAULT_COUNTED"); // file that receives the number of calls
+    char const* calls = environment("VELMORA_FAULT_CALLS");      // names of the counted calls; empty: all but Reading
+    char const* missing = environment("VELMORA_FAULT_MISSING");  // names of calls that this system lacks
+    char const* folder = environment("VELMORA_FAULT_FOLDER");    // counts only calls on files in it; empty: on all
+    long first = std::atol(environment("VELMORA_FAULT_FIRST"));  // first failing call, from 1; 0: none
+    long last = std::atol(environment("VELMORA_FAULT_LAST"));    // last failing call
+    int reason = std::atoi(environment("VELMORA_FAULT_ERRNO"));  // of the failure; 0: the process is killed, or waits
+    bool shortens = *environment("VELMORA_FAULT_SHORT") != '\0'; // instead, half of the bytes are read or written
+    char const* wait = environment("VELMORA_FAULT_WAIT");        // file that the process waits for
+    char const* counted = environment("VELMORA_FAULT_COUNTED");  // file that receives a line per call, see note()
 };
 
 Plan const& plan() {
@@ -71,24 +74,44 @@ void waitForFile() {
         usleep(kPause);
 }
 
-// A full disk still permits opening files, changing their permissions and removing them.
-enum class Room { Needed, NotNeeded };
+// Lines: "read short" for a call that may give fewer bytes than asked for, "open room" for one that a full disk fails.
+void note(char const* call, bool room, bool shortens) {
+    if (*plan().counted == '\0') return;
+    std::array<char, 64> line{};
+    int const length =
+        std::snprintf(line.data(), line.size(), "%s%s%s\n", call, room ? " room" : "", shortens ? " short" : "");
+    auto const file = syscall(SYS_openat, AT_FDCWD, plan().counted, O_WRONLY | O_CREAT | O_APPEND, 0600);
+    syscall(SYS_write, file, line.data(), length);
+    syscall(SYS_close, file);
+}
 
-// True if the call is to fail; errno says why.
+// A full disk still permits opening files, changing their permissions and removing them. Reading: the call neither
+// writes nor names files.
+enum class Room { Needed, NotNeeded, Reading };
+
+// True if the call is to fail; errno says why. `bytes`: of a call that may read or write fewer than it was asked to.
 template <class File>
-bool fails(char const* call, File file, Room room) {
+bool fails(char const* call, File file, Room room, size_t* bytes = nullptr) {
     Plan const& chosen = plan();
     if (isIn(chosen.missing, call)) {
         errno = EINVAL;
         return true;
     }
-    if (*chosen.calls != '\0' && !isIn(chosen.calls, call)) return false;
+    bool const counts = *chosen.calls == '\0' ? room != Room::Reading : isIn(chosen.calls, call);
+    if (!counts) return false;
     if (*chosen.folder != '\0' && !liesInFolder(file)) return false;
-    if (chosen.reason == ENOSPC && room == Room::NotNeeded) return false;
+    if (chosen.reason == ENOSPC && room != Room::Needed) return false;
+    bool const shortens = bytes != nullptr && *bytes > 1;
+    if (chosen.shortens && !shortens) return false;
     long const number = ++count;
+    note(call, room == Room::Needed, shortens);
     if (chosen.first == 0 || number < chosen.first || number > chosen.last) return false;
     if (*chosen.wait != '\0') {
         waitForFile();
+        return false;
+    }
+    if (chosen.shortens) {
+        *bytes /= 2;
         return false;
     }
     if (chosen.reason == 0) kill(getpid(), SIGKILL);
@@ -109,17 +132,10 @@ mode_t modeOf(int flags, va_list arguments) {
     return (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
-__attribute__((destructor)) void report() {
-    if (*plan().counted == '\0') return;
-    std::array<char, 32> text{};
-    int const length = std::snprintf(text.data(), text.size(), "%ld", count.load());
-    auto const file = syscall(SYS_openat, AT_FDCWD, plan().counted, O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    syscall(SYS_write, file, text.data(), length);
-    syscall(SYS_close, file);
-}
-
 } // namespace
 
+// One function for each name under which such a call is imported. The C library calls its own past these: fopen and
+// opendir are calls of their own.
 #pragma GCC visibility push(default)
 extern "C" {
 
@@ -147,6 +163,14 @@ int openat(int folder, char const* path, int flags, ...) {
     return fails("openat", path, roomFor(flags)) ? -1 : next(&openat, "openat")(folder, path, flags, mode);
 }
 
+int openat64(int folder, char const* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    mode_t const mode = modeOf(flags, arguments);
+    va_end(arguments);
+    return fails("openat", path, roomFor(flags)) ? -1 : next(&openat64, "openat64")(folder, path, flags, mode);
+}
+
 int fcntl(int file, int command, ...) {
     va_list arguments;
     va_start(arguments, command);
@@ -163,16 +187,68 @@ int fcntl64(int file, int command, ...) {
     return fails("fcntl", file, Room::NotNeeded) ? -1 : next(&fcntl64, "fcntl64")(file, command, argument);
 }
 
+FILE* fopen(char const* path, char const* mode) {
+    return fails("fopen", path, Room::Reading) ? nullptr : next(&fopen, "fopen")(path, mode);
+}
+
+FILE* fopen64(char const* path, char const* mode) {
+    return fails("fopen", path, Room::Reading) ? nullptr : next(&fopen64, "fopen64")(path, mode);
+}
+
+DIR* opendir(char const* path) {
+    return fails("opendir", path, Room::Reading) ? nullptr : next(&opendir, "opendir")(path);
+}
+
+int stat(char const* path, struct stat* status) noexcept {
+    return fails("stat", path, Room::Reading) ? -1 : next(&stat, "stat")(path, status);
+}
+
+int stat64(char const* path, struct stat64* status) noexcept {
+    return fails("stat", path, Room::Reading) ? -1 : next(&stat64, "stat64")(path, status);
+}
+
+int lstat(char const* path, struct stat* status) noexcept {
+    return fails("lstat", path, Room::Reading) ? -1 : next(&lstat, "lstat")(path, status);
+}
+
+int lstat64(char const* path, struct stat64* status) noexcept {
+    return fails("lstat", path, Room::Reading) ? -1 : next(&lstat64, "lstat64")(path, status);
+}
+
+int fstat(int file, struct stat* status) noexcept {
+    return fails("fstat", file, Room::Reading) ? -1 : next(&fstat, "fstat")(file, status);
+}
+
+int fstat64(int file, struct stat64* status) noexcept {
+    return fails("fstat", file, Room::Reading) ? -1 : next(&fstat64, "fstat64")(file, status);
+}
+
+ssize_t read(int file, void* bytes, size_t size) {
+    return fails("read", file, Room::Reading, &size) ? -1 : next(&read, "read")(file, bytes, size);
+}
+
+ssize_t pread(int file, void* bytes, size_t size, off_t at) {
+    return fails("pread", file, Room::Reading, &size) ? -1 : next(&pread, "pread")(file, bytes, size, at);
+}
+
+ssize_t pread64(int file, void* bytes, size_t size, off64_t at) {
+    return fails("pread", file, Room::Reading, &size) ? -1 : next(&pread64, "pread64")(file, bytes, size, at);
+}
+
 ssize_t write(int file, void const* bytes, size_t size) {
-    return fails("write", file, Room::Needed) ? -1 : next(&write, "write")(file, bytes, size);
+    return fails("write", file, Room::Needed, &size) ? -1 : next(&write, "write")(file, bytes, size);
+}
+
+ssize_t writev(int file, iovec const* parts, int number) {
+    return fails("write", file, Room::Needed) ? -1 : next(&writev, "writev")(file, parts, number);
 }
 
 ssize_t pwrite(int file, void const* bytes, size_t size, off_t at) {
-    return fails("pwrite", file, Room::Needed) ? -1 : next(&pwrite, "pwrite")(file, bytes, size, at);
+    return fails("pwrite", file, Room::Needed, &size) ? -1 : next(&pwrite, "pwrite")(file, bytes, size, at);
 }
 
 ssize_t pwrite64(int file, void const* bytes, size_t size, off64_t at) {
-    return fails("pwrite", file, Room::Needed) ? -1 : next(&pwrite64, "pwrite64")(file, bytes, size, at);
+    return fails("pwrite", file, Room::Needed, &size) ? -1 : next(&pwrite64, "pwrite64")(file, bytes, size, at);
 }
 
 int ftruncate(int file, off_t size) noexcept {
@@ -215,6 +291,10 @@ int link(char const* from, char const* to) noexcept {
 
 int unlink(char const* path) noexcept {
     return fails("unlink", path, Room::NotNeeded) ? -1 : next(&unlink, "unlink")(path);
+}
+
+int unlinkat(int folder, char const* path, int flags) noexcept {
+    return fails("unlink", path, Room::NotNeeded) ? -1 : next(&unlinkat, "unlinkat")(folder, path, flags);
 }
 
 void* mmap(void* address, size_t size, int protection, int flags, int file, off_t at) noexcept {

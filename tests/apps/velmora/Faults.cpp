@@ -2,6 +2,7 @@
 
 #include "tests/support/TemporaryFolder.h"
 
+#include <sstream>
 #include <stdexcept>
 
 Process::Environment Fault::environment() const {
@@ -12,16 +13,28 @@ Process::Environment Fault::environment() const {
             {"VELMORA_FAULT_FIRST", std::to_string(first)},
             {"VELMORA_FAULT_LAST", std::to_string(last)},
             {"VELMORA_FAULT_ERRNO", std::to_string(reason)},
+            {"VELMORA_FAULT_SHORT", shortens ? "1" : ""},
             {"VELMORA_FAULT_WAIT", wait}};
 }
 
-size_t countCalls(std::vector<std::string> const& arguments, Fault fault, Process::Environment environment) {
+std::vector<std::string> callsOf(std::vector<std::string> const& arguments, Fault fault,
+                                 Process::Environment environment) {
     TemporaryFolder const folder;
     fault.first = 0;
     environment["VELMORA_FAULT_COUNTED"] = folder.path("counted");
+    writeFile(folder.path("counted"), "");
     auto const result = runFaulty(arguments, fault, environment);
     if (result.exitCode != 0) throw std::runtime_error("the run without a fault fails: " + result.err);
-    return std::stoul(readFile(folder.path("counted")));
+    std::istringstream lines(readFile(folder.path("counted")));
+    std::vector<std::string> calls;
+    for (std::string line; std::getline(lines, line);)
+        calls.push_back(line);
+    return calls;
+}
+
+size_t countCalls(std::vector<std::string> const& arguments, Fault const& fault,
+                  Process::Environment const& environment) {
+    return callsOf(arguments, fault, environment).size();
 }
 
 Process::Result runFaulty(std::vector<std::string> const& arguments, Fault const& fault,

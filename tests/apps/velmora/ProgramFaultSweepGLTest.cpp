@@ -1,0 +1,105 @@
+// Each call on files of the commands that draw fails in each way. It does not depend on the GL implementation.
+#include "tests/apps/velmora/FaultSweep.h"
+#include "tests/support/LongRun.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestImages.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+constexpr size_t kWidth = 120;
+constexpr size_t kHeight = 90;
+
+class ProgramFaultSweepGLTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (runsOffLlvmpipe()) GTEST_SKIP() << "it runs on llvmpipe";
+        testimages::writePattern8(image_, "", kWidth, kHeight, 3);
+    }
+
+    std::string path(std::string const& name) const { return folder_.path(name); }
+
+    // Drivers keep their programs elsewhere: their calls do not fail.
+    Process::Environment environment() const {
+        return {{"SDL_VIDEODRIVER", "offscreen"},
+                {"XDG_CACHE_HOME", path("cache")},
+                {"MESA_SHADER_CACHE_DIR", programs_.path()}};
+    }
+
+    // Before each run `output` is an old file.
+    faultsweep::Command command(std::string const& name, Arguments const& arguments, std::string const& output) const {
+        faultsweep::Command made;
+        made.name = name;
+        made.arguments = arguments;
+        made.environment = environment();
+        made.folder = folder_.path();
+        made.cache = path("cache/velmora");
+        made.prepare = [=] { writeFile(output, "old"); };
+        return made;
+    }
+
+    // Of an output that is to show the whole picture.
+    static std::string flawOf(std::string const& output) {
+        return testimages::difference(testimages::readByVips(output), testimages::pattern8(kWidth, kHeight, 3));
+    }
+
+    void emptyCache() const { fs::remove_all(path("cache")); }
+
+    TemporaryFolder folder_;
+    TemporaryFolder programs_;
+    std::string image_ = path("image.ppm");
+};
+
+} // namespace
+
+TEST_F(ProgramFaultSweepGLTest, RendersOfImages) {
+    for (std::string const name : {"b.png", "b.tif"}) {
+        auto swept = command("render " + name, {"render", image_, "-o", path(name), "--force"}, path(name));
+        swept.flaw = [=] { return flawOf(path(name)); };
+        EXPECT_GT(faultsweep::sweep(swept, faultsweep::Sample::OneWay).told, 0U);
+    }
+}
+
+TEST_F(ProgramFaultSweepGLTest, RendersOfStores) {
+    ASSERT_EQ(runVelmora({"import", image_, path("a.vlm")}).exitCode, 0);
+    auto swept = command("render of a store", {"render", path("a.vlm"), "-o", path("b.png"), "--force"}, path("b.png"));
+    swept.flaw = [=] { return flawOf(path("b.png")); };
+    EXPECT_GT(faultsweep::sweep(swept, faultsweep::Sample::OneWay).told, 0U);
+}
+
+// A plain picture at another zoom is drawn from a store that is made in the user's cache, or is there already.
+TEST_F(ProgramFaultSweepGLTest, RendersByWayOfTheCache) {
+    for (bool const isThere : {false, true}) {
+        Arguments const arguments{"render", image_, "-o", path("b.png"), "--force", "--zoom", "0.5"};
+        ASSERT_EQ(runVelmora(arguments, environment()).exitCode, 0);
+        auto const expected = testimages::readByVips(path("b.png"));
+        auto swept = command(isThere ? "render from the cache" : "render through the cache", arguments, path("b.png"));
+        swept.prepare = [=] {
+            if (!isThere) emptyCache();
+            writeFile(path("b.png"), "old");
+        };
+        swept.flaw = [=] { return testimages::difference(testimages::readByVips(path("b.png")), expected); };
+        EXPECT_GT(faultsweep::sweep(swept, faultsweep::Sample::OneWay).told, 0U);
+    }
+}
+
+TEST_F(ProgramFaultSweepGLTest, ViewsByWayOfTheCache) {
+    std::string const shown = path("shown.png");
+    auto swept = command("view",
+                         {"view", image_, "--bare", "--size", "120x90", "--at", "60,45,1", "--screenshot", shown,
+                          "--force", "--jobs", "1"},
+                         shown);
+    swept.prepare = [=] {
+        emptyCache();
+        writeFile(shown, "old");
+    };
+    swept.flaw = [=] { return flawOf(shown); };
+    EXPECT_GT(faultsweep::sweep(swept, faultsweep::Sample::OneWay).told, 0U);
+}
