@@ -2,7 +2,9 @@
 
 #include <cstddef>
 
-/// A `new` that fails on demand, in programs that link FailingAllocations.cpp.
+/// A `new` that fails on demand, in programs that link FailingAllocations.cpp. Only those of our own code count: of the
+/// program, into which host/ is linked, and of the two libraries, also where they call the C++ library, whose strings
+/// and streams ask for memory in its name. Drivers, libvips and SQLite have all the memory that they want.
 namespace failing_allocations {
 
 enum class Threads {

@@ -2,13 +2,49 @@
 
 #include "gles3renderbackend/Gl.h"
 
+#include <cstdint>
+#include <cstdlib>
+#include <set>
 #include <sstream>
+#include <tuple>
 
 namespace {
 
+// Memory for the ledger: tests let every `new` of the program fail, and none of these is to be among them.
+template <class T>
+struct PlainMemory {
+    using value_type = T;
+
+    PlainMemory() = default;
+    template <class Other>
+    explicit PlainMemory(PlainMemory<Other> const&) {}
+
+    T* allocate(size_t count) {
+        void* const memory = std::malloc(count * sizeof(T));
+        if (memory == nullptr) std::abort();
+        return static_cast<T*>(memory);
+    }
+    void deallocate(T* memory, size_t) { std::free(memory); }
+
+    bool operator==(PlainMemory const&) const { return true; }
+    bool operator!=(PlainMemory const&) const { return false; }
+};
+
+struct Object {
+    char const* kind; // a literal
+    std::uintptr_t name;
+
+    bool operator<(Object const& other) const {
+        return std::make_tuple(std::string_view(kind), name) <
+               std::make_tuple(std::string_view(other.kind), other.name);
+    }
+};
+
+constexpr char const* kSync = "sync";
+
 struct Ledger {
-    living_gl_objects::Snapshot living;
-    std::vector<std::string> deletedInVain;
+    std::set<Object, std::less<>, PlainMemory<Object>> living;
+    std::multiset<Object, std::less<>, PlainMemory<Object>> deletedInVain;
 };
 
 Ledger& ledger() {
@@ -16,34 +52,32 @@ Ledger& ledger() {
     return instance;
 }
 
-std::string object(std::string const& kind, GLuint name) {
-    return kind + " " + std::to_string(name);
-}
-
-std::string object(GLsync sync) {
+std::string textOf(Object const& object) {
     std::ostringstream text;
-    text << "sync " << static_cast<void const*>(sync);
+    text << object.kind << ' ';
+    if (std::string_view(object.kind) == kSync) text << "0x" << std::hex;
+    text << object.name;
     return text.str();
 }
 
-void born(std::string const& name) {
-    ledger().living.insert(name);
-}
-
-void died(std::string const& name) {
-    if (ledger().living.erase(name) == 0) ledger().deletedInVain.push_back(name);
-}
-
 // Name 0: GL made none.
-void born(std::string const& kind, GLsizei n, GLuint const* names) {
-    for (GLsizei i = 0; i < n; ++i)
-        if (names[i] != 0) born(object(kind, names[i]));
+void born(char const* kind, std::uintptr_t name) {
+    if (name != 0) ledger().living.insert({kind, name});
 }
 
 // Deleting name 0 is permitted and does nothing.
-void died(std::string const& kind, GLsizei n, GLuint const* names) {
+void died(char const* kind, std::uintptr_t name) {
+    if (name != 0 && ledger().living.erase({kind, name}) == 0) ledger().deletedInVain.insert({kind, name});
+}
+
+void born(char const* kind, GLsizei n, GLuint const* names) {
     for (GLsizei i = 0; i < n; ++i)
-        if (names[i] != 0) died(object(kind, names[i]));
+        born(kind, names[i]);
+}
+
+void died(char const* kind, GLsizei n, GLuint const* names) {
+    for (GLsizei i = 0; i < n; ++i)
+        died(kind, names[i]);
 }
 
 } // namespace
@@ -51,15 +85,18 @@ void died(std::string const& kind, GLsizei n, GLuint const* names) {
 namespace living_gl_objects {
 
 Snapshot snapshot() {
-    return ledger().living;
+    Snapshot result;
+    for (Object const& object : ledger().living)
+        result.insert(textOf(object));
+    return result;
 }
 
 std::vector<std::string> findingsSince(Snapshot const& before) {
     std::vector<std::string> result;
-    for (auto const& name : ledger().living)
+    for (std::string const& name : snapshot())
         if (before.count(name) == 0) result.push_back(name + " was not deleted");
-    for (auto const& name : ledger().deletedInVain)
-        result.push_back(name + " was deleted but did not live");
+    for (Object const& object : ledger().deletedInVain)
+        result.push_back(textOf(object) + " was deleted but did not live");
     ledger().deletedInVain.clear();
     return result;
 }
@@ -163,34 +200,34 @@ void __wrap_glDeleteQueries(GLsizei n, GLuint const* names) {
 
 GLuint __wrap_glCreateShader(GLenum type) {
     auto const name = __real_glCreateShader(type);
-    if (name != 0) born(object("shader", name));
+    born("shader", name);
     return name;
 }
 
 void __wrap_glDeleteShader(GLuint name) {
-    if (name != 0) died(object("shader", name));
+    died("shader", name);
     __real_glDeleteShader(name);
 }
 
 GLuint __wrap_glCreateProgram() {
     auto const name = __real_glCreateProgram();
-    if (name != 0) born(object("program", name));
+    born("program", name);
     return name;
 }
 
 void __wrap_glDeleteProgram(GLuint name) {
-    if (name != 0) died(object("program", name));
+    died("program", name);
     __real_glDeleteProgram(name);
 }
 
 GLsync __wrap_glFenceSync(GLenum condition, GLbitfield flags) {
     auto* const sync = __real_glFenceSync(condition, flags);
-    if (sync != nullptr) born(object(sync));
+    born(kSync, reinterpret_cast<std::uintptr_t>(sync));
     return sync;
 }
 
 void __wrap_glDeleteSync(GLsync sync) {
-    if (sync != nullptr) died(object(sync));
+    died(kSync, reinterpret_cast<std::uintptr_t>(sync));
     __real_glDeleteSync(sync);
 }
 }

@@ -1,0 +1,91 @@
+// Each `new` of the host and of the backend fails in turn, with a GL driver that has all its memory: what lives on
+// shows the same pixels afterwards. FailingAllocationsTest.cpp does the same on a GL that draws nothing.
+#include "host/view/StoreRenderer.h"
+#include "tests/host/view/PictureViewFixture.h"
+#include "tests/support/AllocationSweep.h"
+
+#include <algorithm>
+
+using allocationsweep::Scenario;
+using allocationsweep::Threads;
+using pictureview::frameOf;
+using pictureview::levelsOf;
+using testpictures::Content;
+using testpictures::Picture;
+
+namespace {
+
+class ViewAllocationsGLTest : public PictureViewFixture {
+protected:
+    void SetUp() override {
+        if (runsOffLlvmpipe()) GTEST_SKIP() << "it runs on llvmpipe";
+    }
+
+    // Only what a frame needs is kept: with frames in other tiles, threads have to read each time.
+    static PictureView::Options forgetful() {
+        PictureView::Options options = PictureViewFixture::options();
+        options.gpuBytes = options.hostBytes = 1;
+        return options;
+    }
+
+    static std::vector<enhancement::Step> steps() {
+        return {enhancement::Sharpen{2.0}, enhancement::Truncate{1, false}, enhancement::Equalise{3.0}};
+    }
+
+    // GL drivers keep threads. Each drawing makes its programs anew: without VELMORA_LONG few allocations have to do.
+    static Scenario scenario(std::string const& name, Threads threads, std::function<void()> const& work,
+                             std::function<void()> const& check) {
+        Scenario made{name + (threads == Threads::This ? "" : ", on its threads"), work, check, threads};
+        made.samples = 5;
+        made.countsThreads = false;
+        return made;
+    }
+};
+
+} // namespace
+
+TEST_F(ViewAllocationsGLTest, AViewShowsTheSamePixelsAfterwards) {
+    Picture const picture = testpictures::picture(1700, 100, 3, 8, Content::Noise);
+    StoreInfo const info = import(picture, 256);
+    PictureView view(instance_, path(), forgetful());
+    View const first{Zoom::nearest(0.8, info.levels), 5, 5, 40, 30, false};
+    View const second{Zoom(), 1500, 10, 60, 50, false};
+    auto const draw = [&] {
+        instance_->clearTiles(); // bands too have to be read
+        view.enhance({});
+        Bytes bytes = completed(view, first);
+        view.enhance(steps());
+        Bytes const more = completed(view, second);
+        bytes.insert(bytes.end(), more.begin(), more.end());
+        return bytes;
+    };
+    Bytes const expected = draw();
+    Bytes const frame = frameOf(levelsOf(picture, info.levels), first);
+    ASSERT_TRUE(std::equal(frame.begin(), frame.end(), expected.begin()));
+    for (Threads const threads : {Threads::This, Threads::Others}) {
+        auto const swept = scenario(
+            "view", threads, [&] { draw(); }, [&] { EXPECT_TRUE(draw() == expected); });
+        EXPECT_GT(allocationsweep::sweep(swept).thrown, 5U);
+    }
+}
+
+TEST_F(ViewAllocationsGLTest, AStoreIsDrawnAfterwards) {
+    Picture const picture = testpictures::picture(330, 100, 3, 8, Content::Noise);
+    import(picture);
+    for (Threads const threads : {Threads::This, Threads::Others}) {
+        auto const draw = [&] {
+            Bytes bytes;
+            StoreRenderer renderer(instance_, path(), {});
+            renderer.render(
+                Zoom(), false, {0, 0, picture.width, picture.height},
+                [&](std::uint8_t const* rows, size_t count) {
+                    bytes.insert(bytes.end(), rows, rows + count * picture.width * picture.bands);
+                },
+                [](size_t, size_t) {});
+            return bytes;
+        };
+        auto const swept = scenario(
+            "render", threads, [&] { draw(); }, [&] { EXPECT_TRUE(draw() == picture.bytes); });
+        EXPECT_GT(allocationsweep::sweep(swept).thrown, 3U);
+    }
+}
