@@ -117,8 +117,8 @@ public:
     std::unique_ptr<ConcurrentStagingBuffer> concurrentStagingBuffer(size_t targetOrTileId, BufferType type,
                                                                      std::vector<size_t> const& size) override;
     /// Throws "could cast ConcurrentStagingBuffer to this backend" for a buffer of another backend, or none, "could not
-    /// map PBO range" and "could not unmap PBO range". The buffer is destroyed then; a tile that was written is
-    /// uploaded later.
+    /// map PBO range", "could not unmap PBO range" and "could not map PBO: ringbuffer exhausted". The buffer is
+    /// destroyed then; a tile that was written is uploaded later.
     bool synchronizeConcurrentStagingBuffer(std::unique_ptr<ConcurrentStagingBuffer>&& buffer) override;
 
     /// The target of an id; an unknown id makes an empty one. The reference holds until the target is erased.

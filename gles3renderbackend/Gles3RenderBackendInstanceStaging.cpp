@@ -9,6 +9,10 @@
 
 namespace {
 
+constexpr char const* kSynchronize =
+    "bool Gles3RenderBackendInstance::synchronizeConcurrentStagingBuffer(std::unique_ptr<ConcurrentStagingBuffer>&& "
+    "buffer)";
+
 // The records of a ring buffer that are being uploaded into textures. Finished ones leave the list, also if the next
 // one throws: so nothing is uploaded twice, and the next call continues there.
 template <class Records>
@@ -67,10 +71,7 @@ bool Gles3RenderBackendInstance::synchronizeConcurrentStagingBuffer(std::unique_
     expectedState::forStaging();
     std::unique_ptr<ConcurrentStagingBuffer> const owned = std::move(buffer);
     auto const* const staged = dynamic_cast<Gles3ConcurrentStagingBuffer const*>(owned.get());
-    if (staged == nullptr)
-        throw VelmoraException("could cast ConcurrentStagingBuffer to this backend",
-                               "bool Gles3RenderBackendInstance::synchronizeConcurrentStagingBuffer("
-                               "std::unique_ptr<ConcurrentStagingBuffer>&& buffer)");
+    if (staged == nullptr) throw VelmoraException("could cast ConcurrentStagingBuffer to this backend", kSynchronize);
     if (textureCache_->count({id(), staged->targetOrTileId()}) != 0) return true;
     syncTexturesFromPboRingBuffer();
     if (staged->ringIndex() != *writeIndex_) return true; // closed already: it is, or will be, uploaded
@@ -78,8 +79,12 @@ bool Gles3RenderBackendInstance::synchronizeConcurrentStagingBuffer(std::unique_
     std::atomic<int> const& writers = (*bufferUse_)[*writeIndex_];
     while (writers.load() > 0) {} // deliberate spin, see the constructor of the staging buffer
     size_t const next = (*writeIndex_ + 1) % pixelBuffers_->size();
-    while (next == *readIndex_)
+    while (next == *readIndex_) {
+        // Below 0 it never becomes the 0 that uploading asks for.
+        if ((*bufferUse_)[next].load() < 0)
+            throw VelmoraException("could not map PBO: ringbuffer exhausted", kSynchronize);
         syncTexturesFromPboRingBuffer();
+    }
     openRingBuffer(next);
     syncTexturesFromPboRingBuffer();
     return true;

@@ -216,6 +216,24 @@ TEST_F(StagingRingSynchronizingTest, TileWrittenTwiceExhaustsTheRing) {
               std::string("#Name:could not map PBO: ringbuffer exhausted") + kReservation);
 }
 
+// It must not wait for a counter that never becomes zero.
+TEST_F(StagingRingSynchronizingTest, SynchronizingWhereATileWasWrittenTwiceReportsTheExhaustedRing) {
+    Staged const twice = written(1, kWholeBuffer);
+    twice->write({}, 0);
+    written(2, kWholeBuffer);
+    written(3, kWholeBuffer);
+    Watchdog const watchdog("a synchronisation behind a tile that was written twice", std::chrono::seconds(20));
+    for (size_t tile = 4; tile < 6; ++tile)
+        EXPECT_EQ(failureOf([&] { synchronize(written(tile, kTwoTexels)); }),
+                  "#Name:could not map PBO: ringbuffer exhausted#Location:bool "
+                  "Gles3RenderBackendInstance::synchronizeConcurrentStagingBuffer(std::unique_ptr<"
+                  "ConcurrentStagingBuffer>&& buffer)");
+    instance.reset();
+    instance = backend.createInstance(surface);
+    EXPECT_TRUE(synchronize(written(4, kTwoTexels)));
+    EXPECT_TRUE(instance->tileSet(4));
+}
+
 // Failures of GL
 
 TEST_F(StagingRingSynchronizingTest, UnmapThatGlRefusesIsReportedWithItsReason) {
