@@ -171,7 +171,7 @@ VELMORA_CALL(Viewport, (GLint x, GLint y, GLsizei width, GLsizei height), (x, y,
 
 void glGetIntegerv(GLenum name, GLint* values) {
     VELMORA_REAL(void, GetIntegerv, (GLenum, GLint*));
-    if (!isTheBackends(name)) return real(name, values);
+    if (!isTheBackends(name) && !GlFaultPlan::instance().isContextLost()) return real(name, values);
     GLint const refused = name == GL_MAX_TEXTURE_SIZE ? GlFaultPlan::kSmallTexture : 0;
     answer(judged("glGetIntegerv"), refused, values, [&] { real(name, values); });
 }
@@ -180,13 +180,14 @@ void glGetIntegerv(GLenum name, GLint* values) {
 GLboolean glUnmapBuffer(GLenum target) {
     VELMORA_REAL(GLboolean, UnmapBuffer, (GLenum));
     Verdict const verdict = judged("glUnmapBuffer");
-    if (verdict == Verdict::OutOfMemory) return GL_FALSE;
+    if (verdict == Verdict::OutOfMemory || verdict == Verdict::Lost) return GL_FALSE;
     GLboolean const unmapped = real(target);
     return verdict == Verdict::Refused ? GL_FALSE : unmapped;
 }
 
 GLenum glGetError() {
     VELMORA_REAL(GLenum, GetError, ());
+    if (judged("glGetError") == Verdict::Lost) return GlFaultPlan::kContextLost;
     GLenum const pending = std::exchange(pendingError(), GL_NO_ERROR);
     return pending != GL_NO_ERROR ? pending : real();
 }

@@ -40,6 +40,10 @@ std::set<std::string> const& faultless() {
     return functions;
 }
 
+bool isDeletion(std::string const& function) {
+    return function.rfind("glDelete", 0) == 0;
+}
+
 } // namespace
 
 GlFaultPlan& GlFaultPlan::instance() {
@@ -72,14 +76,16 @@ bool GlFaultPlan::isDue(std::string const& function) const {
     size_t const index = calls_.size() - 1;
     if (!playing_ || index < failing_) return false;
     if (index == failing_) return true;
-    return forEver_ && (fault_ == GlFault::OutOfMemory || function == calls_[failing_]);
+    return forEver_ && (fault_ != GlFault::Refused || function == calls_[failing_]);
 }
 
 GlFaultPlan::Verdict GlFaultPlan::next(char const* function) {
-    if (!counting_ || faultless().count(function) != 0) return Verdict::Right;
+    if (!counting_) return Verdict::Right;
+    if (faultless().count(function) != 0) return isContextLost() ? Verdict::Lost : Verdict::Right;
     calls_.emplace_back(function);
     if (!isDue(function)) return Verdict::Right;
     ++failures_;
     if (fault_ == GlFault::Refused) return Verdict::Refused;
+    if (fault_ == GlFault::ContextLost) return isDeletion(function) ? Verdict::Right : Verdict::Lost;
     return failing().count(function) != 0 ? Verdict::OutOfMemory : Verdict::PendingError;
 }

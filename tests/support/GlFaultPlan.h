@@ -13,13 +13,17 @@ enum class GlFault {
     Refused,
     /// GL_OUT_OF_MEMORY is raised. Calls that take memory, and queries, do nothing; what takes none, such as binding
     /// and deleting, is carried out all the same.
-    OutOfMemory
+    OutOfMemory,
+    /// The context is lost, for ever: nothing is done and no query is answered any more, and each glGetError returns
+    /// GL_CONTEXT_LOST. Deleting alone is carried out, so that what the library keeps can be counted.
+    ContextLost
 };
 
 /// Which call of GL fails, and how: the recording GL and the one that stands before a real GL play it. GL thread only.
 class VELMORA_EXPORT GlFaultPlan {
 public:
     static constexpr int kSmallTexture = 2;
+    static constexpr unsigned kContextLost = 0x0507; ///< GL_CONTEXT_LOST, which OpenGL ES 3.0 does not have
 
     /// The one of this program.
     static GlFaultPlan& instance();
@@ -30,10 +34,15 @@ public:
     /// Counts calls from now on; none fails.
     void count();
     /// The same, and the n-th call fails, n from 0; forEver: so do all behind it, those of the same function where it
-    /// is Refused, all where memory is out.
+    /// is Refused, all where memory is out or the context lost.
     void play(size_t n, GlFault fault, bool forEver);
     /// Nothing fails or is counted any more.
     void stop() { counting_ = false; }
+
+    /// Whether a call has come by now with which the context was lost.
+    bool isContextLost() const {
+        return counting_ && playing_ && fault_ == GlFault::ContextLost && calls_.size() > failing_;
+    }
 
     /// The functions called since then, in their order.
     std::vector<std::string> const& calls() const { return calls_; }
@@ -45,6 +54,7 @@ public:
         Refused,      ///< do nothing
         OutOfMemory,  ///< raise the error and do nothing
         PendingError, ///< raise the error and carry the call out
+        Lost          ///< do nothing, for the context is lost
     };
     /// Asked once by each call.
     Verdict next(char const* function);

@@ -18,12 +18,18 @@ std::unique_ptr<State>& holder() {
     return state;
 }
 
+// Where a call goes that comes after the context was lost: it has no effect, and finds nothing.
+std::unique_ptr<State>& nowhere() {
+    static std::unique_ptr<State> state;
+    return state;
+}
+
 thread_local int callsBeingAnswered = 0;
 
 } // namespace
 
 State& state() {
-    return *holder();
+    return nowhere() ? *nowhere() : *holder();
 }
 void forgetState() {
     holder() = std::make_unique<State>();
@@ -34,7 +40,16 @@ AtWork::AtWork() {
 }
 AtWork::AtWork(AtWork&& other) noexcept : counted_(std::exchange(other.counted_, false)) {}
 AtWork::~AtWork() {
-    if (counted_) --callsBeingAnswered;
+    if (!counted_) return;
+    --callsBeingAnswered;
+    nowhere().reset();
+}
+
+void AtWork::leaveNoTrace() {
+    auto lost = std::make_unique<State>();
+    lost->verdict = Verdict::Lost;
+    lost->calls.emplace_back(); // the one that is answered
+    nowhere() = std::move(lost);
 }
 
 void State::record(char const* name, std::vector<RecordingGl::Argument> arguments) {
@@ -42,7 +57,7 @@ void State::record(char const* name, std::vector<RecordingGl::Argument> argument
     current = {name, std::move(arguments), {}};
 #ifdef VELMORA_CHECKED
     // Checked builds alone query the host's state; these queries are no part of an operation.
-    verdict = Verdict::Right;
+    verdict = GlFaultPlan::instance().isContextLost() ? Verdict::Lost : Verdict::Right;
     if (expectedState::beingLookedAt) return;
 #endif
     calls.push_back(current);
@@ -51,7 +66,7 @@ void State::record(char const* name, std::vector<RecordingGl::Argument> argument
 }
 
 bool State::fails(char const* name) {
-    if (verdict == Verdict::Refused || verdict == Verdict::OutOfMemory) return true;
+    if (verdict == Verdict::Refused || verdict == Verdict::OutOfMemory || verdict == Verdict::Lost) return true;
     for (auto failure = failures.begin(); failure != failures.end(); ++failure) {
         if (failure->name != name) continue;
         if (failure->skip > 0) {

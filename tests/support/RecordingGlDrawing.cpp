@@ -75,6 +75,7 @@ bool draw(GLsizei count) {
 GLenum glGetError() {
     auto const recorded = record("glGetError");
     auto& s = state();
+    if (s.verdict == recording::Verdict::Lost) return GlFaultPlan::kContextLost;
     auto const answer = s.flag;
     if (s.flagMisuse) s.errors[*s.flagMisuse].read = true;
     s.flag = GL_NO_ERROR;

@@ -121,6 +121,9 @@ public:
     AtWork& operator=(AtWork const&) = delete;
     ~AtWork();
 
+    /// What the call still does is forgotten when it returns, and it finds no object: the context is lost.
+    void leaveNoTrace();
+
 private:
     bool counted_ = true;
 };
@@ -130,6 +133,7 @@ template <class... Arguments>
 AtWork record(char const* name, Arguments const&... arguments) {
     AtWork atWork;
     state().record(name, {argument(arguments)...});
+    if (state().verdict == Verdict::Lost) atWork.leaveNoTrace();
     return atWork;
 }
 

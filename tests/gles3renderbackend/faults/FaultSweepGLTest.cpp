@@ -1,8 +1,10 @@
-// Every scenario over a real GL, in front of which FaultyGl.cpp stands, with each call of GL failing.
+// Every scenario over a real GL, in front of which FaultyGl.cpp stands, with each call of GL failing, the context lost
+// with each call, and the context ended between operations.
 #include "tests/gles3renderbackend/faults/Sweep.h"
 #include "tests/support/ContextFindings.h"
 #include "tests/support/LivingGlObjects.h"
 #include "tests/support/LongRun.h"
+#include "tests/support/OwnContexts.h"
 
 #include <gtest/gtest.h>
 
@@ -33,7 +35,28 @@ size_t stepOf(Scenario const& scenario) {
 } // namespace
 
 TEST_P(FaultSweepGLTest, CallsOfGl) {
-    sweepGl(GetParam(), {living, tidyUp}, stepOf(GetParam())).report(GetParam().name);
+    sweepGl(GetParam(), {living, tidyUp, {}}, stepOf(GetParam())).report(GetParam().name);
+}
+
+TEST_P(FaultSweepGLTest, LostContexts) {
+    OwnContexts contexts;
+    Surroundings const surroundings{living, tidyUp, [&] { contexts.anew(); }};
+    sweepLostContexts(GetParam(), surroundings, 1).report(GetParam().name);
+}
+
+// The context is destroyed, or not current any more, or reset, which of these implementations ANGLE alone offers.
+TEST_P(FaultSweepGLTest, EndedContexts) {
+    OwnContexts contexts;
+    Surroundings const surroundings{living, tidyUp, [&] { contexts.anew(); }};
+    constexpr size_t kSample = 1;
+    Tally tally = sweepEndedContexts(
+        GetParam(), surroundings, [&] { contexts.destroy(); }, false, kSample);
+    tally += sweepEndedContexts(
+        GetParam(), surroundings, [&] { contexts.setCurrent(false); }, false, kSample);
+    if (contexts.canBeLost())
+        tally += sweepEndedContexts(
+            GetParam(), surroundings, [&] { contexts.lose(); }, true, kSample);
+    tally.report(GetParam().name);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, FaultSweepGLTest, ::testing::ValuesIn(scenarios()),

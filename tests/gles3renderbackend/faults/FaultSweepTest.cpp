@@ -1,4 +1,5 @@
-// Every scenario over the recording GL, with each call of GL failing and with each `new` failing.
+// Every scenario over the recording GL, with each call of GL failing, each `new` failing and the context
+// lost with each call.
 #include "tests/gles3renderbackend/FailingAllocation.h"
 #include "tests/gles3renderbackend/faults/Sweep.h"
 #include "tests/support/RecordingGl.h"
@@ -21,10 +22,7 @@ Living living() {
 
 class FaultSweepTest : public ::testing::TestWithParam<Scenario> {
 public:
-    FaultSweepTest() {
-        RecordingGl::instance().reset();
-        RecordingGl::instance().drawDigests();
-    }
+    FaultSweepTest() { newContext(); }
     ~FaultSweepTest() override { RecordingGl::instance().reset(); }
 
 protected:
@@ -33,7 +31,12 @@ protected:
         while (glGetError() != GL_NO_ERROR) {} // what calls that follow a fault have raised
     }
 
-    Surroundings surroundings{living, tidyUp};
+    static void newContext() {
+        RecordingGl::instance().reset();
+        RecordingGl::instance().drawDigests();
+    }
+
+    Surroundings surroundings{living, tidyUp, newContext};
 };
 
 } // namespace
@@ -45,6 +48,10 @@ TEST_P(FaultSweepTest, CallsOfGl) {
 TEST_P(FaultSweepTest, Allocations) {
     Allocations const allocations = {backendtest::failAllocationAfter, backendtest::letAllocationsSucceed};
     sweepAllocations(GetParam(), surroundings, allocations, GetParam().isLarge ? 7 : 1).report(GetParam().name);
+}
+
+TEST_P(FaultSweepTest, LostContexts) {
+    sweepLostContexts(GetParam(), surroundings, 3).report(GetParam().name);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, FaultSweepTest, ::testing::ValuesIn(scenarios()),

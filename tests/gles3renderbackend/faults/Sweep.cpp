@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <optional>
@@ -21,6 +22,7 @@ constexpr size_t kRare = 1;
 constexpr size_t kTablesKept = 10; // by a filter
 constexpr char const* kOtherBytes = "other bytes than before the fault";
 constexpr std::chrono::seconds kLongestScenario{60};
+constexpr size_t kMostCallsAfterLoss = 10000; // the longest scenario makes a tenth of them
 
 // After these the documents send the host to createInstance.
 bool wantsInstanceAnew(std::string const& text) {
@@ -205,6 +207,117 @@ Tally sweepGl(Scenario const& scenario, Surroundings const& surroundings, size_t
     }
     sweep.end();
     return sweep.tally();
+}
+
+namespace {
+
+// All of them, or without VELMORA_LONG so many, equally far from one another.
+std::vector<size_t> places(size_t count, size_t sample) {
+    std::vector<size_t> result;
+    size_t const wanted = isLongRun() ? count : std::min(count, sample);
+    for (size_t i = 0; i < wanted; ++i)
+        result.push_back((2 * i + 1) * count / (2 * wanted));
+    return result;
+}
+
+// What a scenario reads on a backend of its own, and the calls of GL and operations on its way.
+struct Undisturbed {
+    explicit Undisturbed(Scenario const& scenario) {
+        Stage stage;
+        GlFaultPlan::instance().count();
+        Judge::instance().interrupt(0, {});
+        bytes = scenario.play(stage);
+        GlFaultPlan::instance().stop();
+        calls = GlFaultPlan::instance().calls();
+        operations = Judge::instance().operations();
+    }
+
+    Bytes bytes;
+    std::vector<std::string> calls;
+    size_t operations = 0;
+};
+
+// After instance and backend are destroyed.
+void expectNewStart(Scenario const& scenario, Surroundings const& surroundings, Bytes const& expected, Tally& tally) {
+    EXPECT_EQ(surroundings.living(), Living()) << "after instance and backend";
+    surroundings.newContext();
+    ++tally.repeated;
+    {
+        Stage stage;
+        EXPECT_TRUE(scenario.play(stage) == expected) << "in a new context";
+        surroundings.tidyUp();
+    }
+    surroundings.newContext();
+}
+
+// The host's answer to a context that is gone.
+struct GiveUp {};
+
+} // namespace
+
+Tally sweepLostContexts(Scenario const& scenario, Surroundings const& surroundings, size_t sample) {
+    auto& plan = GlFaultPlan::instance();
+    Undisturbed const undisturbed(scenario);
+    surroundings.newContext();
+    Tally tally;
+    tally.calls = undisturbed.calls.size();
+    for (size_t const n : places(undisturbed.calls.size(), sample)) {
+        std::string const what =
+            scenario.name + ", the context lost with call " + std::to_string(n) + ", " + undisturbed.calls[n];
+        SCOPED_TRACE(what);
+        backendtest::Watchdog const watchdog(what, kLongestScenario);
+        ++tally.faults;
+        {
+            Stage stage;
+            plan.play(n, GlFault::ContextLost, true);
+            try {
+                scenario.play(stage);
+            } catch (std::exception const&) { // the Judge has looked at it
+                ++tally.thrown;
+            }
+            EXPECT_TRUE(plan.isContextLost()) << "the fault was not played";
+            EXPECT_LT(plan.failures(), kMostCallsAfterLoss) << "as if it waited for an answer";
+        }
+        plan.stop();
+        expectNewStart(scenario, surroundings, undisturbed.bytes, tally);
+        if (::testing::Test::HasFailure()) break;
+    }
+    return tally;
+}
+
+Tally sweepEndedContexts(Scenario const& scenario, Surroundings const& surroundings, std::function<void()> const& end,
+                         bool goesOn, size_t sample) {
+    auto& judge = Judge::instance();
+    Undisturbed const undisturbed(scenario);
+    surroundings.newContext();
+    Tally tally;
+    tally.calls = undisturbed.operations;
+    for (size_t const n : places(undisturbed.operations, sample)) {
+        std::string const what = scenario.name + ", the context ended before operation " + std::to_string(n);
+        SCOPED_TRACE(what);
+        backendtest::Watchdog const watchdog(what, kLongestScenario);
+        bool ended = false;
+        ++tally.faults;
+        {
+            Stage stage;
+            judge.interrupt(n, [&] {
+                end();
+                ended = true;
+                if (!goesOn) throw GiveUp();
+            });
+            try {
+                scenario.play(stage);
+            } catch (GiveUp const&) {         // NOLINT(bugprone-empty-catch): all that it had is destroyed by now
+            } catch (std::exception const&) { // the Judge has looked at it
+                ++tally.thrown;
+            }
+            judge.interrupt(0, {});
+        }
+        EXPECT_TRUE(ended);
+        expectNewStart(scenario, surroundings, undisturbed.bytes, tally);
+        if (::testing::Test::HasFailure()) break;
+    }
+    return tally;
 }
 
 Tally sweepAllocations(Scenario const& scenario, Surroundings const& surroundings, Allocations const& allocations,

@@ -17,6 +17,8 @@ struct Surroundings {
     std::function<Living()> living;
     /// Forgets errors that faults have left, such as GL's own about calls that followed.
     std::function<void()> tidyUp;
+    /// Puts another context in place of the current one.
+    std::function<void()> newContext;
 };
 
 /// What a sweep has done.
@@ -40,7 +42,18 @@ struct Tally {
 /// and each that is the only one of its function.
 Tally sweepGl(Scenario const& scenario, Surroundings const& surroundings, size_t step);
 
-/// The same with each `new` of the scenario failing; the n-th for all n, or without VELMORA_LONG, every `step`-th.
+/// Plays a scenario whose context is lost with one of its calls of GL, on a backend of its own each time. Only what is
+/// documented comes out, nothing waits for ever, and destroying all deletes all. In a new context a new backend reads
+/// the right bytes. Without VELMORA_LONG `sample` calls do.
+Tally sweepLostContexts(Scenario const& scenario, Surroundings const& surroundings, size_t sample);
+
+/// Plays a scenario whose context ends between two operations, by `end`; `goesOn`: the host does not know and goes on,
+/// else it destroys what it has. The rest is as above.
+Tally sweepEndedContexts(Scenario const& scenario, Surroundings const& surroundings, std::function<void()> const& end,
+                         bool goesOn, size_t sample);
+
+/// The same as sweepGl() with each `new` of the scenario failing; the n-th for all n, or without VELMORA_LONG, every
+/// `step`-th.
 struct Allocations {
     std::function<void(size_t n)> failAfter; ///< n of them succeed, the next fails
     std::function<bool()> stop;              ///< whether none had failed

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <new>
 #include <typeinfo>
+#include <utility>
 
 namespace {
 
@@ -46,6 +47,16 @@ void Judge::use(char const* member) {
     if (known.count(member) != 0) return;
     known.insert(member);
     used_.insert(member);
+}
+
+void Judge::interrupt(size_t n, std::function<void()> event) {
+    operations_ = 0;
+    eventful_ = n;
+    event_ = std::move(event);
+}
+
+void Judge::step() {
+    if (operations_++ == eventful_ && event_) std::exchange(event_, {})();
 }
 
 void Judge::judge(char const* member) const {

@@ -4,6 +4,7 @@
 #include "tests/support/ForwardingInstance.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -23,10 +24,16 @@ public:
     /// While true, std::bad_alloc may come out of every operation.
     void letMemoryRunOut(bool may) { memoryRunsOut_ = may; }
 
+    /// Something happens before the n-th operation from now on, n from 0, and may throw. Empty: nothing does.
+    void interrupt(size_t n, std::function<void()> event);
+    /// The operations since then.
+    size_t operations() const { return operations_; }
+
     /// Runs an operation. A failure that docs/ERRORS.md does not know fails the test; it comes out all the same.
     template <class Operation>
     auto watch(char const* member, Operation const& operation) -> decltype(operation()) {
         use(member);
+        step();
         try {
             return operation();
         } catch (...) {
@@ -37,12 +44,16 @@ public:
 
 private:
     Judge();
+    void step();
     void judge(char const* member) const; // the exception in flight
     bool isDocumented(std::string const& text) const;
 
     std::string documented_;
     std::set<std::string> used_;
     bool memoryRunsOut_ = false;
+    size_t operations_ = 0;
+    size_t eventful_ = 0;
+    std::function<void()> event_;
 };
 
 /// An instance of the backend that hands every operation on and lets the Judge look at what it throws.
