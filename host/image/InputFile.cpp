@@ -35,12 +35,14 @@ InputFile::InputFile(std::string path, Check check) : path_(std::move(path)), ch
     // The file may have been replaced by a pipe meanwhile: opening one must not block.
     descriptor_ = open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor_ < 0) throw failures::cannotOpen(path_, failures::reasonOf(errno));
-    if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
-        size_ = static_cast<std::uint64_t>(status.st_size);
-        return;
+    try {
+        if (fstat(descriptor_, &status) != 0) throw failures::cannotOpen(path_, failures::reasonOf(errno));
+        requireRegular(path_, status.st_mode, HostError::Kind::UnreadableImage);
+    } catch (...) {
+        close(descriptor_);
+        throw;
     }
-    close(descriptor_);
-    requireRegular(path_, status.st_mode, HostError::Kind::UnreadableImage);
+    size_ = static_cast<std::uint64_t>(status.st_size);
 }
 
 InputFile::~InputFile() {

@@ -62,7 +62,7 @@ protected:
         std::string const store = path("a.vlm");
         Arguments arguments{"import", image, store, "--jobs", "1"};
         if (replaces) arguments.push_back("--force");
-        ASSERT_EQ(runVelmora({"import", path("other.ppm"), path("old")}).exitCode, 0);
+        ASSERT_EQ(runVelmora({"import", path("other.ppm"), path("old"), "--force"}).exitCode, 0);
         std::string const old = readFile(path("old"));
         auto swept = command("import " + ending + (replaces ? " over a store" : ""), arguments);
         swept.prepare = [=] { replaces ? writeFile(store, old) : void(std::filesystem::remove(store)); };

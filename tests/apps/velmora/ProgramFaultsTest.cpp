@@ -161,6 +161,27 @@ TEST_F(ProgramFaultsTest, AFullDiskIsNamed) {
                               "': No space left on device; check the folder, its permissions and free space\n");
 }
 
+// Of the image, the store and their folder.
+TEST_F(ProgramFaultsTest, AStatusThatTheSystemDoesNotGiveIsTheReasonThatIsTold) {
+    Arguments const arguments{"import", image_, store_, "--force", "--jobs", "1"};
+    Fault fault;
+    fault.calls = "stat lstat fstat";
+    fault.folder = folder_.path();
+    size_t const calls = countCalls(arguments, fault);
+    fault.reason = EIO;
+    size_t told = 0;
+    for (fault.first = 1; fault.first <= calls; ++fault.first) {
+        SCOPED_TRACE("call " + std::to_string(fault.first) + " of " + std::to_string(calls));
+        fault.last = fault.first;
+        auto const result = runFaulty(arguments, fault);
+        if (result.exitCode == 0) continue;
+        EXPECT_TRUE(result.exitCode == 3 || result.exitCode == 6) << result.exitCode;
+        EXPECT_NE(result.err.find(std::generic_category().message(EIO)), std::string::npos) << result.err;
+        ++told;
+    }
+    EXPECT_GT(told, 2U);
+}
+
 TEST_F(ProgramFaultsTest, AnImportThatIsKilledLeavesTheOldStoreOrTheNewOne) {
     import(path("other.png"), store_);
     std::string const old = readFile(store_);
