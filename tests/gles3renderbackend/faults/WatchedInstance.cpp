@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <new>
+#include <string_view>
 #include <typeinfo>
 #include <utility>
 
@@ -22,8 +23,10 @@ std::string nameIn(std::string const& text) {
     return text.substr(start, text.find('#', start) - start);
 }
 
-bool startsWith(std::string const& text, std::string const& start) {
-    return text.compare(0, start.size(), start) == 0;
+bool isErasing(std::string_view member) {
+    std::string_view const erase = "Instance::erase";
+    std::string_view const clear = "Instance::clearT";
+    return member.substr(0, erase.size()) == erase || member.substr(0, clear.size()) == clear;
 }
 
 } // namespace
@@ -55,13 +58,14 @@ void Judge::interrupt(size_t n, std::function<void()> event) {
     event_ = std::move(event);
 }
 
-void Judge::step() {
+void Judge::step(char const* member) {
+    if (isErasing(member)) return; // destructors erase, and cannot throw
     if (operations_++ == eventful_ && event_) std::exchange(event_, {})();
 }
 
 void Judge::judge(char const* member) const {
     std::string const operation(member);
-    bool const erases = startsWith(operation, "Instance::erase") || startsWith(operation, "Instance::clearT");
+    bool const erases = isErasing(member);
     try {
         throw;
     } catch (VelmoraException const& failure) {

@@ -24,7 +24,8 @@ public:
     /// While true, std::bad_alloc may come out of every operation.
     void letMemoryRunOut(bool may) { memoryRunsOut_ = may; }
 
-    /// Something happens before the n-th operation from now on, n from 0, and may throw. Empty: nothing does.
+    /// Something happens before the n-th operation from now on that does not erase, n from 0, and may throw. Empty:
+    /// nothing does.
     void interrupt(size_t n, std::function<void()> event);
     /// The operations since then.
     size_t operations() const { return operations_; }
@@ -33,7 +34,7 @@ public:
     template <class Operation>
     auto watch(char const* member, Operation const& operation) -> decltype(operation()) {
         use(member);
-        step();
+        step(member);
         try {
             return operation();
         } catch (...) {
@@ -44,7 +45,7 @@ public:
 
 private:
     Judge();
-    void step();
+    void step(char const* member);
     void judge(char const* member) const; // the exception in flight
     bool isDocumented(std::string const& text) const;
 
