@@ -2,6 +2,7 @@
 #include "apps/velmora/SelectionOptions.h"
 #include "apps/velmora/shared/ImageInput.h"
 #include "apps/velmora/shared/Interruption.h"
+#include "host/Failures.h"
 #include "host/PlainText.h"
 #include "host/gl/GlInfo.h"
 #include "host/gl/SurfacelessContext.h"
@@ -14,6 +15,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <system_error>
 
 namespace {
 
@@ -57,7 +59,14 @@ std::string micronsText(StoreInfo const& store) {
     return text.data();
 }
 
-void storeInfo(std::string const& path, StoreInfo const& info) {
+size_t bytesOf(std::string const& path) {
+    std::error_code failed;
+    auto const bytes = std::filesystem::file_size(path, failed);
+    if (failed) throw failures::cannotOpen(path, failures::reasonOf(failed.value()));
+    return bytes;
+}
+
+void storeInfo(size_t bytes, StoreInfo const& info) {
     auto const number = [](char const* name, size_t value) { printNumber(name, static_cast<std::int64_t>(value)); };
     number("width", info.width);
     number("height", info.height);
@@ -70,11 +79,11 @@ void storeInfo(std::string const& path, StoreInfo const& info) {
     printText("pixel size", micronsText(info));
     printText("made of", info.sourceName);
     printText("taken of it", info.selection.empty() ? "all, sample for sample" : info.selection);
-    number("bytes", std::filesystem::file_size(path));
+    number("bytes", bytes);
 }
 
 // Keys are the names of the store's description.
-void storeJson(std::string const& path, StoreInfo const& info) {
+void storeJson(size_t bytes, StoreInfo const& info) {
     nlohmann::ordered_json const report = {{"width", info.width},
                                            {"height", info.height},
                                            {"bands", info.bands},
@@ -90,7 +99,7 @@ void storeJson(std::string const& path, StoreInfo const& info) {
                                            {"selection", info.selection},
                                            {"rangeLow", info.rangeLow},
                                            {"rangeHigh", info.rangeHigh},
-                                           {"bytes", std::filesystem::file_size(path)}};
+                                           {"bytes", bytes}};
     // A file name may hold any bytes.
     std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
@@ -124,7 +133,8 @@ void info(Options const& options) {
     if (options.store.empty()) return options.json ? glJson() : glInfo();
     imageinput::requireStoreFile(options.store);
     TileStore const store(options.store, interruption::throwIfNoted);
-    options.json ? storeJson(options.store, store.info()) : storeInfo(options.store, store.info());
+    size_t const bytes = bytesOf(options.store);
+    options.json ? storeJson(bytes, store.info()) : storeInfo(bytes, store.info());
 }
 
 } // namespace

@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kPrimaryCode = 0xff;
 constexpr int kStepsPerCheck = 10'000;
+constexpr int kLongestLockWait = 1000; // milliseconds
 
 struct Setting {
     int option;
@@ -89,9 +90,11 @@ struct Database::State {
         if (handle == nullptr) throw std::bad_alloc();
         if (code != SQLITE_OK) fail();
         sqlite3_progress_handler(handle, kStepsPerCheck, &State::check, this);
-        if (reads) defend();
+        if (reads) return defend();
+        // Nobody else writes it: where a lock is refused, the call was interrupted.
+        sqlite3_busy_timeout(handle, kLongestLockWait);
         // SQLite falls back to reading if it cannot open a file for writing.
-        else if (sqlite3_db_readonly(handle, "main") != 0)
+        if (sqlite3_db_readonly(handle, "main") != 0)
             throw Failure(errno != 0 ? std::generic_category().message(errno) : "it can only be read", SQLITE_READONLY);
     }
 

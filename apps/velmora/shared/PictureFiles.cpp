@@ -58,7 +58,6 @@ std::string picturefiles::cachedStore(std::string const& image, ImageSelection c
 }
 
 bool picturefiles::isUsableStore(std::string const& path) {
-    if (!std::filesystem::exists(path)) return false;
     try {
         TileStore const opened(path);
         return true;

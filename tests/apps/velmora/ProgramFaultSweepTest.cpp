@@ -104,6 +104,13 @@ TEST_F(ProgramFaultSweepTest, Checks) {
     EXPECT_GT(faultsweep::sweep(command("check", {"check", makeStore()}), faultsweep::Sample::EachWay).told, 0U);
 }
 
+TEST_F(ProgramFaultSweepTest, Infos) {
+    std::string const store = makeStore();
+    EXPECT_GT(faultsweep::sweep(command("info", {"info", store}), faultsweep::Sample::EachWay).told, 0U);
+    EXPECT_GT(faultsweep::sweep(command("info --json", {"info", "--json", store}), faultsweep::Sample::EachWay).told,
+              0U);
+}
+
 // From outside, at moments that no call of the program chooses, some of them within a call. The seed and the moment are
 // told where it fails.
 TEST_F(ProgramFaultSweepTest, AnImportThatIsKilledAtAnyMomentLeavesTheOldStoreOrTheNewOne) {

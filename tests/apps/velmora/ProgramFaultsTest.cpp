@@ -182,6 +182,27 @@ TEST_F(ProgramFaultsTest, AStatusThatTheSystemDoesNotGiveIsTheReasonThatIsTold) 
     EXPECT_GT(told, 2U);
 }
 
+// As file systems of other machines answer.
+TEST_F(ProgramFaultsTest, ALockThatIsInterruptedIsAskedForAgain) {
+    Arguments const arguments{"import", image_, store_, "--force", "--jobs", "1"};
+    Fault fault;
+    fault.calls = "fcntl";
+    fault.folder = folder_.path();
+    size_t const calls = countCalls(arguments, fault);
+    ASSERT_GE(calls, 3U);
+    fault.reason = EINTR;
+    for (fault.first = 1; fault.first <= calls; ++fault.first) {
+        SCOPED_TRACE("call " + std::to_string(fault.first) + " of " + std::to_string(calls));
+        fault.last = fault.first;
+        auto const result = runFaulty(arguments, fault);
+        bool const isLock = result.err.find("locked") != std::string::npos;
+        EXPECT_FALSE(isLock) << result.err;
+        if (result.exitCode == 0) {
+            EXPECT_TRUE(isWholeStore(store_));
+        }
+    }
+}
+
 TEST_F(ProgramFaultsTest, AnImportThatIsKilledLeavesTheOldStoreOrTheNewOne) {
     import(path("other.png"), store_);
     std::string const old = readFile(store_);
