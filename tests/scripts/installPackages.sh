@@ -11,6 +11,7 @@ library,check  tester           # why
 check  shell  unless=bash       # there already
 check  helper unless=angle      # fetches ANGLE
 bench  timer
+quality  counter
 TEXT
 export VELMORA_ANGLE_DIR=$work/angle VELMORA_LOCK_SECONDS=2
 
@@ -82,6 +83,9 @@ machine compiler window
 install bench
 has 'the call for bench/run' "$(aptCalls)" '--no-install-recommends timer'
 hasNot 'the call for bench/run' "$(aptCalls)" tester
+install quality
+has 'the call for scripts/coverage' "$(aptCalls)" '--no-install-recommends counter'
+hasNot 'the call for scripts/coverage' "$(aptCalls)" timer
 
 machine compiler window
 echo 'E: Failed to fetch http://somewhere  Temporary failure resolving' >"$work/failure"
