@@ -12,7 +12,7 @@ for program in git cmake clang-format-14; do
 [[ ! -e $work/fails/${0##*/} ]]
 TEXT
 done
-for script in install-packages fetch-angle fetch-photographs fetch-format-pictures layout tidy; do
+for script in install-packages fetch-angle fetch-photographs fetch-format-pictures layout tidy mutate; do
     standIn "$script" <<'TEXT'
 [[ ! -e $work/fails/${0##*/} ]]
 TEXT
@@ -40,6 +40,13 @@ has 'the calls' "$(calls)" 'clang-format-14 --dry-run --Werror host/A.cpp'
 check --long
 is 'the presets of --long' "$(calls | sed -nE 's/^run-tests ([^ ]+).*/\1/p' | xargs)" 'asan release tsan'
 has 'the calls of --long' "$(calls)" 'tidy build/release all'
+has 'the calls of --long' "$(calls)" 'mutate --sample'
+has 'the packages of --long' "$(calls)" 'install-packages mutate'
+touch "$work/fails/mutate"
+check --long
+is 'the exit code of --long where mutants are not noticed' "$status" 1
+has 'what is repeated at the end' "$out" 'check: not passed: mutants'
+rm "$work/fails/mutate"
 
 # Relative to where ./check is called.
 mkdir "$work/start"

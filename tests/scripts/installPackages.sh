@@ -12,6 +12,7 @@ check  shell  unless=bash       # there already
 check  helper unless=angle      # fetches ANGLE
 bench  timer
 quality  counter
+mutate parser
 TEXT
 export VELMORA_ANGLE_DIR=$work/angle VELMORA_LOCK_SECONDS=2
 
@@ -86,6 +87,11 @@ hasNot 'the call for bench/run' "$(aptCalls)" tester
 install quality
 has 'the call for scripts/coverage' "$(aptCalls)" '--no-install-recommends counter'
 hasNot 'the call for scripts/coverage' "$(aptCalls)" timer
+
+machine compiler window
+install mutate
+has 'the call for scripts/mutate' "$(aptCalls)" '--no-install-recommends tester helper parser'
+hasNot 'the call for scripts/mutate' "$(aptCalls)" timer
 
 machine compiler window
 echo 'E: Failed to fetch http://somewhere  Temporary failure resolving' >"$work/failure"
