@@ -105,6 +105,21 @@ is 'the sources after a run' "$(sources)" "$before"
 
 mutate
 has 'what runs again without a change' "$out" '14 of 14 mutants, 0 to run'
+
+# Killed in the middle, it leaves no process behind.
+scripts/mutate -j 1 --fresh room/Wait.cpp >/dev/null 2>&1 &
+killed=$!
+until pid=$(pgrep -P "$killed" tiny-tests); do sleep 0.1; done
+kill -KILL "$killed"
+wait "$killed" 2>/dev/null
+for ((tenths = 0; tenths < 20; ++tenths)); do
+    kill -0 "$pid" 2>/dev/null || break
+    sleep 0.1
+done
+! kill -0 "$pid" 2>/dev/null || fail 'a test outlives the script'
+run scripts/mutate -j 2
+has 'what an interrupted run leaves to do' "$out" '14 of 14 mutants, '
+
 mutate --survivors
 has 'what runs of the survivors' "$out" '5 of 14 mutants, 5 to run'
 mutate room/Wait.cpp
