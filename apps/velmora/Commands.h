@@ -2,6 +2,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <memory>
+
+/// The program's command line with all commands.
+std::unique_ptr<CLI::App> makeProgram();
+
 /// One function per command, each in a file of its own. It adds the subcommand to the program; parsing the command line
 /// then runs the command, and the parser passes its exceptions on.
 void addRenderCommand(CLI::App& program);

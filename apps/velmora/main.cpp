@@ -12,18 +12,6 @@
 
 namespace {
 
-constexpr auto kDescription = "Draws very large images tile by tile on OpenGL ES 3.";
-constexpr auto kExamples = R"(Examples:
-  velmora render photo.tif -o view.png         draw an image, write what was drawn
-  velmora render -o map.png -r 0,0,1920,1080   draw a part of the built-in picture
-  velmora view photo.tif                       pan and zoom through an image or a store
-  velmora info                                 what the GL driver can do
-  velmora verify                               whether every filter is exact on it
-  velmora import photo.tif photo.vlm           keep an image as a lossless tile store
-  velmora render --help                        more about one command
-
-)";
-
 // createTarget throws plain std::exceptions; the tags of the text tell the backend's from others.
 bool isBackendFailure(std::exception const& error) {
     return std::string(error.what()).rfind("#Name:", 0) == 0;
@@ -54,26 +42,16 @@ std::string nameOf(CLI::App const& program) {
 }
 
 int run(int argc, char** argv) {
-    CLI::App program(kDescription, "velmora");
-    program.set_version_flag("--version", "velmora " VELMORA_VERSION, "Print the version and exit");
-    program.require_subcommand(0, 1);
-    program.footer(kExamples + exitCodeTable());
-    addViewCommand(program);
-    addRenderCommand(program);
-    addInfoCommand(program);
-    addVerifyCommand(program);
-    addImportCommand(program);
-    addExportCommand(program);
-    addCheckCommand(program);
+    auto const program = makeProgram();
     try {
-        program.parse(argc, argv);
+        program->parse(argc, argv);
     } catch (CLI::ParseError const& error) {
-        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return program.exit(error);
-        return fail(kExitUsage, std::string(error.what()) + "; see " + nameOf(program) + " --help");
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return program->exit(error);
+        return fail(kExitUsage, std::string(error.what()) + "; see " + nameOf(*program) + " --help");
     }
     requireWritten();
     // Checked here: the parser's own test would hide a misspelt command.
-    if (program.get_subcommands().empty()) return fail(kExitUsage, "no command given; see velmora --help");
+    if (program->get_subcommands().empty()) return fail(kExitUsage, "no command given; see velmora --help");
     return kExitSuccess;
 }
 
