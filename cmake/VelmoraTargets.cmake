@@ -22,6 +22,12 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
+# Of shared libraries. Those of the fuzz targets find clang's sanitizers in the program that loads them.
+set(VELMORA_NO_UNDEFINED LINKER:--no-undefined)
+if(VELMORA_BUILD_FUZZ)
+  set(VELMORA_NO_UNDEFINED "")
+endif()
+
 # Paths in includes start at the repository root, or at include/ once installed.
 function(velmora_include_root target scope)
   target_include_directories(${target} ${scope} $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:include>)

@@ -12,7 +12,7 @@ for program in git cmake clang-format-14; do
 [[ ! -e $work/fails/${0##*/} ]]
 TEXT
 done
-for script in install-packages fetch-angle fetch-photographs fetch-format-pictures layout tidy mutate; do
+for script in install-packages fetch-angle fetch-photographs fetch-format-pictures fuzz layout tidy mutate; do
     standIn "$script" <<'TEXT'
 [[ ! -e $work/fails/${0##*/} ]]
 TEXT
@@ -28,13 +28,14 @@ mkdir "$work/fails" "$work/says"
 check() { run "$work/repository/check" "$@"; }
 closing() { tail -n 1 <<<"$out"; }
 
-# Steps: ANGLE, photographs, pictures, layout, three builds, clang-tidy.
+# Steps: ANGLE, photographs, pictures, layout, three builds, fuzzing, clang-tidy.
 check
 is 'the exit code where all passes' "$status" 0
-is 'the closing line where all passes' "$(closing)" 'check: 38 passed, 0 failed, 3 skipped'
+is 'the closing line where all passes' "$(closing)" 'check: 39 passed, 0 failed, 3 skipped'
 is 'the presets' "$(calls | sed -nE 's/^run-tests ([^ ]+).*/\1/p' | xargs)" 'asan-short release-drawing tsan-threads'
 hasNot 'the calls' "$(calls)" git
 has 'the calls' "$(calls)" "cmake --preset release -DVELMORA_ANGLE_DIR=$work/repository/build/angle"
+has 'the calls' "$(calls)" 'fuzz --short'
 has 'the calls' "$(calls)" 'clang-format-14 --dry-run --Werror host/A.cpp'
 
 check --long
@@ -57,13 +58,13 @@ has 'the calls with folders elsewhere' "$(calls)" \
 printf '%s\n' 'FAILED unit: A.B (reason)' 'asan-short: 5 passed, 2 failed, 3 skipped' >"$work/says/asan-short"
 check
 is 'the exit code where a case fails' "$status" 1
-is 'the closing line where a case fails' "$(closing)" 'check: 33 passed, 2 failed, 5 skipped'
+is 'the closing line where a case fails' "$(closing)" 'check: 34 passed, 2 failed, 5 skipped'
 has 'what is repeated at the end' "$out" 'check: not passed: asan-short, unit: A.B (reason)'
 
 echo 'Segmentation fault' >"$work/says/asan-short"
 check
 is 'the exit code where a preset is not counted' "$status" 1
-is 'the closing line where a preset is not counted' "$(closing)" 'check: 28 passed, 1 failed, 2 skipped'
+is 'the closing line where a preset is not counted' "$(closing)" 'check: 29 passed, 1 failed, 2 skipped'
 rm "$work/says/asan-short"
 
 for program in install-packages fetch-angle cmake; do
@@ -74,11 +75,11 @@ for program in install-packages fetch-angle cmake; do
     hasNot "the calls where $program fails" "$(calls)" run-tests
     rm "$work/fails/$program"
 done
-for program in clang-format-14 layout tidy; do
+for program in clang-format-14 fuzz layout tidy; do
     touch "$work/fails/$program"
     check
     is "the exit code where $program fails" "$status" 1
-    is "the closing line where $program fails" "$(closing)" 'check: 37 passed, 1 failed, 3 skipped'
+    is "the closing line where $program fails" "$(closing)" 'check: 38 passed, 1 failed, 3 skipped'
     rm "$work/fails/$program"
 done
 echo 'check: all as said'
