@@ -23,6 +23,12 @@ void requireFourComponents(Gles3Target const& target) {
         throw VelmoraException("CLAHE needs targets of 48 or 64 bits per pixel in RGBA32", kDraw);
 }
 
+// Before memory is taken for it.
+void requireInside(Gles3Target const& source, size_t width, size_t height) {
+    if (width > source.width() / kTexelsPerPixel || height > source.height())
+        throw VelmoraException("CLAHE's input area is larger than its source", kDraw);
+}
+
 // Rows of `width` pixels, four components each, 16-bit numbers in the machine's byte order.
 using Pixels = std::vector<std::int16_t>;
 
@@ -43,7 +49,7 @@ void equalise(Pixels& pixels, size_t width, size_t height, double clipLimit, Fil
 
 // The rest of an extent after both ends are cut; 0 if they exceed it.
 size_t remaining(size_t extent, size_t before, size_t after) {
-    return before + after < extent ? extent - before - after : 0;
+    return before < extent && after < extent - before ? extent - before - after : 0;
 }
 
 } // namespace
@@ -63,6 +69,7 @@ void Gles3FilterCLAHE::draw(std::vector<FilterSource> const& sources, size_t inp
     Gles3Target const& source = instance.target(sources[0].target);
     requireFourComponents(target);
     requireFourComponents(source);
+    requireInside(source, inputW, inputH);
     size_t const x = sources[0].wholeTexture ? 0 : sources[0].x;
     size_t const y = sources[0].wholeTexture ? 0 : sources[0].y;
     Pixels pixels = readPixels(source, x, y, inputW, inputH);

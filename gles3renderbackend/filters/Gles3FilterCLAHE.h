@@ -13,7 +13,8 @@ public:
     explicit Gles3FilterCLAHE(Filter& filter);
 
     /// Reads the input area back, equalises it and uploads its valid part at `offset`, in texels. Throws
-    /// VelmoraException if source or destination are no such targets, before anything is read.
+    /// VelmoraException if source or destination are no such targets, or if the input area is larger than the source,
+    /// before anything is read.
     void draw(std::vector<FilterSource> const& sources, size_t inputW, size_t inputH, size_t destination,
               size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
               SingleFilterParameters const& params, std::vector<size_t> const& offset,

@@ -64,4 +64,22 @@ TEST_F(Gles3FilterCLAHETest, WrongRecordIsRefusedBeforeAnythingIsReadOrWritten) 
     EXPECT_EQ(gl.count("glTexSubImage2D"), 0U);
 }
 
+TEST_F(Gles3FilterCLAHETest, AnAreaLargerThanItsSourceIsRefusedBeforeMemoryIsTakenForIt) {
+    for (Sizes const& area : {Sizes{61, 50}, Sizes{60, 51}, Sizes{size_t{1} << 40, 50}, Sizes{60, size_t{1} << 62}})
+        EXPECT_EQ(failureOf([&] {
+                      run(area[0], area[1], FilterClaheParams());
+                  }).rfind("#Name:CLAHE's input area is larger than its source#Location:", 0),
+                  0u)
+            << area[0] << " x " << area[1];
+    EXPECT_EQ(gl.count("glReadPixels"), 0U);
+}
+
+// Sums of clips that wrap would leave an output wider than what there is.
+TEST_F(Gles3FilterCLAHETest, ClipsBeyondTheAreaLeaveNothing) {
+    size_t const huge = static_cast<size_t>(0) - 10;
+    instance->executeFilter(filter, {{source, 0, 0, false}}, 50, 44, destination, 20, huge, 20, huge,
+                            FilterClaheParams(), {0, 0});
+    EXPECT_EQ(gl.count("glTexSubImage2D"), 0U);
+}
+
 } // namespace
