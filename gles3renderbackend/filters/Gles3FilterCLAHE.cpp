@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -23,9 +24,15 @@ void requireFourComponents(Gles3Target const& target) {
         throw VelmoraException("CLAHE needs targets of 48 or 64 bits per pixel in RGBA32", kDraw);
 }
 
+// Whether GL has as many texels as the target says: of larger numbers it took the lower 32 bits.
+bool isAsLargeAsItSays(Gles3Target const& target) {
+    constexpr size_t kMost = std::numeric_limits<GLsizei>::max();
+    return target.width() <= kMost && target.height() <= kMost;
+}
+
 // Before memory is taken for it.
 void requireInside(Gles3Target const& source, size_t width, size_t height) {
-    if (width > source.width() / kTexelsPerPixel || height > source.height())
+    if (!isAsLargeAsItSays(source) || width > source.width() / kTexelsPerPixel || height > source.height())
         throw VelmoraException("CLAHE's input area is larger than its source", kDraw);
 }
 

@@ -74,6 +74,19 @@ TEST_F(Gles3FilterCLAHETest, AnAreaLargerThanItsSourceIsRefusedBeforeMemoryIsTak
     EXPECT_EQ(gl.count("glReadPixels"), 0U);
 }
 
+// GL made it with the lower 32 bits of its sides.
+TEST_F(Gles3FilterCLAHETest, ASourceThatSaysMoreThanGlHasIsRefused) {
+    size_t const wrapped = size_t{1} << 32U;
+    for (Sizes const& size : {Sizes{wrapped + 60, 50}, Sizes{60, wrapped + 50}}) {
+        source = wideTarget(size[0], size[1]);
+        EXPECT_EQ(failureOf([&] {
+                      run(60, 50, FilterClaheParams());
+                  }).rfind("#Name:CLAHE's input area is larger than its source#Location:", 0),
+                  0u)
+            << size[0] << " x " << size[1];
+    }
+}
+
 // Sums of clips that wrap would leave an output wider than what there is.
 TEST_F(Gles3FilterCLAHETest, ClipsBeyondTheAreaLeaveNothing) {
     size_t const huge = static_cast<size_t>(0) - 10;
