@@ -14,6 +14,8 @@ target_compile_options(
             -Woverloaded-virtual
             -Wundef
             -Wformat=2
+            # Part of -Wall with clang, and not with gcc, in C++.
+            $<$<CXX_COMPILER_ID:Clang>:-Wno-missing-braces>
             $<$<BOOL:${VELMORA_WERROR}>:-Werror>)
 target_compile_definitions(velmora-common INTERFACE $<$<BOOL:${VELMORA_CHECKED}>:VELMORA_CHECKED=1>)
 

@@ -1,6 +1,6 @@
 # The command line's header, of which each command needs the whole.
-if(TARGET velmora)
-  target_precompile_headers(velmora PRIVATE <CLI/CLI.hpp>)
+if(TARGET velmora-commands)
+  target_precompile_headers(velmora-commands PRIVATE <CLI/CLI.hpp>)
 endif()
 
 # One precompiled header for the programs of the tests: what nearly every case includes, GoogleTest's header first, takes longer
@@ -31,7 +31,8 @@ function(velmora_precompile folder)
   foreach(target IN LISTS targets)
     get_target_property(type ${target} TYPE)
     get_target_property(libraries ${target} LINK_LIBRARIES)
-    if(type STREQUAL "EXECUTABLE" AND libraries MATCHES "GTest::")
+    # Fuzz targets are compiled with libFuzzer's counters.
+    if(type STREQUAL "EXECUTABLE" AND libraries MATCHES "GTest::" AND NOT target MATCHES "^velmora-fuzz-")
       # Some libraries ask for it, and one header serves only what is compiled alike.
       target_compile_options(${target} PRIVATE -pthread)
       if(NOT target STREQUAL "velmora-reference-tests")

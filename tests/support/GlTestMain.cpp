@@ -3,6 +3,7 @@
 #include "tests/support/GlErrors.h"
 #include "tests/support/GlImplementation.h"
 #include "tests/support/LivingGlObjects.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +12,7 @@
 
 // LeakSanitizer reports at exit, when an unloaded driver has no symbols any more. A driver that stays loaded gives its
 // frames names.
-#if defined(__SANITIZE_ADDRESS__)
+#if VELMORA_ADDRESS_SANITIZER
 extern "C" __attribute__((visibility("default"))) int dlclose(void*) {
     return 0;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/apps/velmora/Process.h"
+#include "tests/support/Sanitizers.h"
 
 #include <chrono>
 #include <csignal>
@@ -15,7 +16,7 @@ inline Process::Result runRestricted(std::vector<std::string> const& arguments, 
                                      [[maybe_unused]] rlim_t addressBytes, std::chrono::seconds time) {
     rlimit before{};
     getrlimit(RLIMIT_AS, &before);
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if !VELMORA_ADDRESS_SANITIZER && !VELMORA_THREAD_SANITIZER
     // The child inherits it from this process.
     rlimit const limit{addressBytes, before.rlim_max};
     setrlimit(RLIMIT_AS, &limit);

@@ -3,13 +3,15 @@
 #include "tests/host/view/PictureViewFixture.h"
 #include "tests/support/LivingGlObjects.h"
 #include "tests/support/LongRun.h"
+#include "tests/support/OptimisedBuild.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <iostream>
 #include <malloc.h>
-#ifdef __SANITIZE_ADDRESS__
+#if VELMORA_ADDRESS_SANITIZER
 #include <sanitizer/allocator_interface.h>
 #endif
 
@@ -23,7 +25,7 @@ namespace {
 
 // What the process has allocated, the driver's memory among it.
 size_t allocatedBytes() {
-#ifdef __SANITIZE_ADDRESS__
+#if VELMORA_ADDRESS_SANITIZER
     return __sanitizer_get_current_allocated_bytes();
 #else
     auto const all = mallinfo2();
@@ -75,8 +77,8 @@ TEST_F(SoakGLTest, NothingGrows) {
     Picture const picture = testpictures::picture(701, 600, 3, 8, Content::Noise);
     StoreInfo const info = import(picture);
     auto const levels = levelsOf(picture, info.levels);
-    size_t const perTurn = isLongRun() ? 10'000 : isSampleRun() ? 30 : 300;
-    size_t const turns = isLongRun() ? 100 : 6;
+    size_t const perTurn = isExhaustiveRun() ? kOptimisedBuild ? 10'000 : 500 : isSampleRun() ? 30 : 300;
+    size_t const turns = isExhaustiveRun() ? 100 : 6;
     // The first turns fill what the driver and the C library keep.
     size_t const settled = turns / 3;
     size_t before = 0;
