@@ -39,8 +39,8 @@ inline Picture noise(size_t widthTexels, size_t heightTexels, size_t texelBytes,
 
 /// How pixels lie in the texels of a target.
 struct TargetLayout {
-    RenderBackend::ImageFormatType format;
-    size_t bits;               // of a logical pixel
+    RenderBackend::ImageFormatType format{};
+    size_t bits = 0;           // of a logical pixel
     size_t pixelsPerTexel = 1; // one of these two is 1
     size_t texelsPerPixel = 1;
 

@@ -53,9 +53,11 @@ TEST(PrintableTextTest, ControlCharactersAndMarksThatTurnTheLineAreReplaced) {
     EXPECT_EQ(printableText("\x7F"), kReplacement);
     EXPECT_EQ(printableText("\xC2\x9B"), kReplacement) << "a control character of Latin-1";
     EXPECT_EQ(printableText("\xC2\xA0"), "\xC2\xA0") << "the first that is none";
+    // NOLINTBEGIN(misc-misleading-bidirectional): that is what they are
     for (std::string const mark :
          {"\xE2\x80\xA8", "\xE2\x80\xAE", "\xE2\x81\xA6", "\xE2\x81\xA9", "\xE2\x80\x8E", "\xE2\x80\x8F", "\xD8\x9C"})
         EXPECT_EQ(printableText(mark), kReplacement);
+    // NOLINTEND(misc-misleading-bidirectional)
     EXPECT_EQ(printableText("\xE2\x80\xA7\xE2\x80\xAF\xE2\x81\xA5\xE2\x81\xAA"),
               "\xE2\x80\xA7\xE2\x80\xAF\xE2\x81\xA5\xE2\x81\xAA");
 }
@@ -108,12 +110,14 @@ TEST(TerminalTextTest, ControlCharactersAreShownAndNotObeyed) {
     EXPECT_EQ(terminalText("\xc2\x80\xc2\x9b\xc2\x9f"), "\\xc2\\x80\\xc2\\x9b\\xc2\\x9f");
 }
 
+// NOLINTBEGIN(misc-misleading-bidirectional): that is what they are
 TEST(TerminalTextTest, WhatTurnsOtherCharactersAroundOrEndsALineIsShown) {
     EXPECT_EQ(terminalText("a\xe2\x80\xaegpj.exe"), "a\\xe2\\x80\\xaegpj.exe"); // U+202E
     for (std::string const character : {"\xe2\x80\xa8", "\xe2\x80\xa9", "\xe2\x80\xaa", "\xe2\x80\x8e", "\xe2\x80\x8f",
                                         "\xe2\x81\xa6", "\xe2\x81\xa9", "\xd8\x9c"})
         EXPECT_EQ(terminalText(character).front(), '\\') << character;
 }
+// NOLINTEND(misc-misleading-bidirectional)
 
 TEST(TerminalTextTest, WhatIsNoUtf8IsShownByteByByte) {
     EXPECT_EQ(terminalText("\xff\xfe"), "\\xff\\xfe");

@@ -52,7 +52,7 @@ TEST_F(FilterGeometryGLTest, SharpeningEightBitsYieldsWhatTheTapsReach) {
     Texels const picture = randomTexels(23, 15, 1);
     FilterSharpness8Params params;
     params.gain = 1.5;
-    FilterRun const run{{{rig.uploaded(picture, Layout::kRgba8), 0, 0, false}}, 23, 15, 0, 0, 0, 0, {1, 1}};
+    FilterRun const run{{{rig.uploaded(picture, Layout::kRgba8), 0, 0, false}}, {23, 15}, {}, {1, 1}};
     Texels const sharp = cropped(sharpness8(picture, params.gain, 0), 2, 2, 19, 11);
     EXPECT_TRUE(rig.givesWithin(description::filterSharpness8(), run, sharp, Layout::kRgba8, params));
 }
@@ -66,10 +66,11 @@ TEST_F(FilterGeometryGLTest, BothPassesOfSixteenBitSharpeningJoinAtTheirBorders)
     auto const expectSharp = [&](Planes3 const& picture, double gain) {
         size_t const source = rig.uploaded(picture);
         size_t const blur = rig.target(Layout::kThreeChannel16, 2 * (kWidth - 4), kHeight);
-        rig.run(rig.instantiated(description::filterSharpnessH16()), {{{source, 0, 0, false}}, kWidth, kHeight}, blur);
+        rig.run(rig.instantiated(description::filterSharpnessH16()), {{{source, 0, 0, false}}, {kWidth, kHeight}},
+                blur);
         FilterSharpness16Params params;
         params.gain = gain;
-        FilterRun const run{{{source, 2, 0, false}, {blur, 0, 0, false}}, kWidth - 4, kHeight, 0, 0, 0, 0, {2, 1}};
+        FilterRun const run{{{source, 2, 0, false}, {blur, 0, 0, false}}, {kWidth - 4, kHeight}, {}, {2, 1}};
         Planes3 sharp;
         for (size_t c = 0; c < sharp.size(); ++c)
             sharp[c] = filtertest::cropped(sharpness16(picture[c], params.gain, 0), 2, 2, kWidth - 4, kHeight - 4);
@@ -95,13 +96,13 @@ TEST_F(FilterGeometryGLTest, EqualisedTilesWithARegionOfBorderAgreeWithTheWholeP
     Texels const whole =
         reference::packFourChannel16(reference::clahe(samples, kWidth, kHeight, params.value, 0, 0), kWidth, kHeight);
 
-    FilterRun const amid{{{source, 40, 0, false}}, 120, 120};
+    FilterRun const amid{{{source, 40, 0, false}}, {120, 120}};
     EXPECT_TRUE(rig.givesWithin(description::filterCLAHE({40, 40, 40, 40}), amid,
                                 cropped(whole, 2 * 80, 40, 2 * 40, 40), Layout::kFourChannel16, params));
-    FilterRun const atTheRightEdge{{{source, 80, 0, false}}, 85, 80};
+    FilterRun const atTheRightEdge{{{source, 80, 0, false}}, {85, 80}};
     EXPECT_TRUE(rig.givesWithin(description::filterCLAHE({40, 0, 0, 40}), atTheRightEdge,
                                 cropped(whole, 2 * 120, 0, 2 * 45, 40), Layout::kFourChannel16, params));
-    FilterRun const all{{{source, 0, 0, false}}, kWidth, kHeight};
+    FilterRun const all{{{source, 0, 0, false}}, {kWidth, kHeight}};
     EXPECT_TRUE(rig.givesWithin(description::filterCLAHE(), all, whole, Layout::kFourChannel16, params));
 }
 

@@ -18,7 +18,7 @@ protected:
         Filter const filter = rig.instantiated(description::byName(GetParam()));
         rig.instance()->clear(0, {1, 2, 3, 4});
         std::string const failure = failureOf([&] {
-            rig.run(filter, {{{source, 0, 0, false}}, 8, 8}, 0, FilterClaheParams());
+            rig.run(filter, {{{source, 0, 0, false}}, {8, 8}}, 0, FilterClaheParams());
         });
         EXPECT_NE(failure.find("needs targets of 48 or 64 bits"), std::string::npos) << failure;
         Texels surface(16, 16);

@@ -16,14 +16,14 @@ LeGall53Steps::LeGall53Steps(FilterRig& rig)
 
 size_t LeGall53Steps::vertical(FilterSource const& low, FilterSource const& high, Stretch const& x, Stretch const& y) {
     size_t const destination = rig_.target(Layout::kOneChannel16, x.count / 2, y.outputs());
-    rig_.run(vertical_, {{low, high}, static_cast<size_t>(x.count), static_cast<size_t>(y.count)}, destination);
+    rig_.run(vertical_, {{low, high}, {static_cast<size_t>(x.count), static_cast<size_t>(y.count)}}, destination);
     return destination;
 }
 
 size_t LeGall53Steps::horizontal(size_t low, size_t high, Stretch const& x, int rows) {
     size_t const destination = rig_.target(Layout::kOneChannel16, x.outputs() / 2, rows);
     rig_.run(horizontal_,
-             {{{low, 0, 0, false}, {high, 0, 0, false}}, static_cast<size_t>(x.count), static_cast<size_t>(rows)},
+             {{{low, 0, 0, false}, {high, 0, 0, false}}, {static_cast<size_t>(x.count), static_cast<size_t>(rows)}},
              destination);
     return destination;
 }

@@ -23,7 +23,7 @@ TEST_F(TableFiltersGLTest, TableOfAnEarlierKeyIsUsedAgain) {
     // Twelve curves, so that the first two have left and are computed again.
     for (int round = 0; round < 2; ++round) {
         for (std::uint64_t black = 0; black < 720; black += 60) {
-            rig.run(filter, {{{source, 0, 0, false}}, 16, 16}, destination,
+            rig.run(filter, {{{source, 0, 0, false}}, {16, 16}}, destination,
                     FilterLinear16TosRGB8Params(2.2, black, 1023));
             Texels const expected = tableLookup16(texels, reference::gammaTable(10, 2.2, black, 1023));
             ASSERT_TRUE(pixelsEqual(rig.read(destination).bytes, expected.bytes, 16)) << round << ", " << black;
@@ -38,7 +38,7 @@ TEST_F(TableFiltersGLTest, DepthsAboveSixteenAreRefusedAndNothingIsDrawn) {
     for (size_t const depth : {17U, 32U, 64U, 1000U}) {
         Filter const filter = rig.instantiated(conformance::tableFilter("FilterLinear16ToSRGB8", depth));
         EXPECT_EQ(failureOf([&] {
-                      rig.run(filter, {{{source, 0, 0, false}}, 4, 4}, destination, AnyKey());
+                      rig.run(filter, {{{source, 0, 0, false}}, {4, 4}}, destination, AnyKey());
                   }),
                   "unsupported bit depth for Gles3FilterLinearTo8bitSRGB")
             << depth;

@@ -23,9 +23,9 @@ protected:
         size_t const source = rig.uploaded(rgba, Layout::kRgba8);
         size_t const between = rig.target(Layout::kThreeChannel16, 2 * rgba.width, rgba.height);
         size_t const back = rig.target(GetParam().out, conformance::texelsOf(GetParam().out, rgba.width), rgba.height);
-        rig.run(rig.instantiated(description::filterRGBA8ToYCoCg16()), {{{source, 0, 0, false}}, width, height},
+        rig.run(rig.instantiated(description::filterRGBA8ToYCoCg16()), {{{source, 0, 0, false}}, {width, height}},
                 between);
-        rig.run(rig.instantiated(description::byName(GetParam().filter)), {{{between, 0, 0, false}}, width, height},
+        rig.run(rig.instantiated(description::byName(GetParam().filter)), {{{between, 0, 0, false}}, {width, height}},
                 back);
         Texels const result = rig.read(back);
         return GetParam().out == Layout::kRgba8 ? result : reference::threeChannel16ToRgba8(result);

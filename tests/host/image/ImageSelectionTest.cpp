@@ -78,7 +78,7 @@ TEST(ImageSelectionTest, EachSelectionHasAnIdentityOfItsOwn) {
     std::set<std::string> identities;
     for (ImageSelection const& one : all) {
         EXPECT_TRUE(identities.insert(one.identity()).second) << one.identity();
-        EXPECT_EQ(one.isEmpty(), &one == &all[0]);
+        EXPECT_EQ(one.isEmpty(), &one == &all.front());
         ImageSelection const copy = one;
         EXPECT_EQ(copy.identity(), one.identity());
     }

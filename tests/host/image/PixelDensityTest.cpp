@@ -144,6 +144,6 @@ TEST_F(PixelDensityTest, OmeSaysItInItsDescription) {
     EXPECT_DOUBLE_EQ(tiff(RESUNIT_CENTIMETER, 10000, size("0.25", "")), 4000);
     for (std::string const& nothing :
          {size("0.25", "pixel"), size("0", ""), size("-1", ""), size("much", ""), ome(""), std::string("<OME>"),
-          ome("PhysicalSizeX=\"0.25\""), std::string("PhysicalSizeX=\"0.25\" PhysicalSizeY=\"0.25\"")})
+          ome("PhysicalSizeX=\"0.25\""), std::string(R"(PhysicalSizeX="0.25" PhysicalSizeY="0.25")")})
         EXPECT_EQ(tiff(RESUNIT_CENTIMETER, 10000, nothing), 1000) << nothing;
 }

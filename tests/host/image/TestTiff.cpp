@@ -72,7 +72,8 @@ void writeTiles(TIFF* tiff, Directory const& directory) {
 void writeRows(TIFF* tiff, Directory const& directory) {
     size_t const rowBytes = directory.bytes.size() / directory.height;
     size_t const sampleBytes = std::max<size_t>(directory.bits / 8, 1);
-    for (std::uint16_t plane = 0; plane < (directory.planesApart ? directory.bands : 1); ++plane)
+    std::uint16_t const planes = directory.planesApart ? directory.bands : 1;
+    for (std::uint16_t plane = 0; plane < planes; ++plane)
         for (std::uint32_t y = 0; y < directory.height; ++y) {
             std::vector<std::uint8_t> row(&directory.bytes[y * rowBytes], &directory.bytes[y * rowBytes] + rowBytes);
             if (directory.planesApart) {

@@ -119,6 +119,7 @@ TEST_F(HostileStoreTest, AnyOtherObjectIsRefused) {
           "ANALYZE", "DROP INDEX tiles_with_data", "DROP TABLE meta", "ALTER TABLE tiles ADD COLUMN more",
           "DROP INDEX tiles_with_data; CREATE INDEX tiles_with_data ON tiles(id)",
           "DROP INDEX tiles_with_data; CREATE INDEX tiles_with_data ON tiles(crc) WHERE value IS NULL OR value <> 0",
+          // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
           "CREATE TABLE old AS SELECT * FROM meta; DROP TABLE meta;"
           "CREATE TABLE meta(key TEXT PRIMARY KEY, value TEXT AS (key || 'x')) WITHOUT ROWID; DROP TABLE old"}) {
         SCOPED_TRACE(object);
@@ -225,7 +226,7 @@ TEST_F(HostileStoreTest, TextsAreBounded) {
     EXPECT_EQ(opening(), "");
     describe("sourceName", std::string(4097, 'x'));
     expectRefused("description is none of a store");
-    describe("sourceName", std::string(50'000'000, 'x'));
+    describe("sourceName", std::string(50'000'000, 'x')); // NOLINT(bugprone-string-constructor)
     expectRefused("too big");
     writeFile(path_, whole);
     describe(std::string(64, 'k'), "");

@@ -45,7 +45,7 @@ void makeWiderThanItsFile(std::string const& path) {
 
 void makeLongText(std::string const& path) {
     makeSmall(path);
-    describe(path, "interpretation", std::string(100'000'000, 'x'));
+    describe(path, "interpretation", std::string(100'000'000, 'x')); // NOLINT(bugprone-string-constructor)
 }
 
 void makeManyEntries(std::string const& path) {

@@ -33,7 +33,7 @@ protected:
         StoreInfo const said =
             importStore([&] { return std::make_unique<PartSource>(testpictures::source(picture), part); }, store_,
                         options, [](size_t, size_t) {});
-        StoreInfo const read = TileStore(store_).info();
+        StoreInfo read = TileStore(store_).info();
         EXPECT_EQ(said.selection, read.selection);
         EXPECT_EQ(said.rangeLow, read.rangeLow);
         EXPECT_EQ(said.rangeHigh, read.rangeHigh);

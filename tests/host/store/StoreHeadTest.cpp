@@ -16,7 +16,6 @@
 
 using Kind = HostError::Kind;
 using testpictures::Content;
-using testpictures::Picture;
 
 namespace {
 

@@ -12,7 +12,6 @@
 
 using pictureview::describe;
 using pictureview::frameOf;
-using pictureview::Level;
 using pictureview::levelsOf;
 using testpictures::Content;
 using testpictures::Picture;

@@ -48,6 +48,7 @@ protected:
 
 std::vector<TileJob> bandsOf(std::vector<LevelTile> const& tiles) {
     std::vector<TileJob> jobs;
+    jobs.reserve(tiles.size());
     for (LevelTile const& tile : tiles)
         jobs.push_back({tile});
     return jobs;

@@ -27,7 +27,8 @@ double scaledWhole(std::int64_t value, std::int64_t low, std::int64_t high) {
     if (value <= low) return 0;
     if (value >= high) return 65535;
     std::int64_t const span = high - low;
-    return static_cast<double>((2 * 65535 * (value - low) + span) / (2 * span));
+    std::int64_t const nearest = (2 * 65535 * (value - low) + span) / (2 * span);
+    return static_cast<double>(nearest);
 }
 
 double scaledReal(double value, double low, double high) {

@@ -179,7 +179,7 @@ Samples filesamples::readFits(Bytes const& bytes, size_t page) {
         size_t const pixels = samples.width * samples.height;
         for (size_t i = 0; i < count; ++i) {
             std::uint64_t const raw = bitsAt(bytes, header.end + i * sampleBytes, sampleBytes, true);
-            double value = static_cast<double>(raw);
+            auto value = static_cast<double>(raw);
             if (bits > 8) value = signedOf(raw, sampleBytes);
             if (bits == -32) value = floatOf(raw);
             if (bits == -64) value = doubleOf(raw);
