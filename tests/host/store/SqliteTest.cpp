@@ -88,6 +88,25 @@ protected:
         }
     }
 
+    // Of a disk whose reads fail with this code: while the store is opened, from each of these bytes on, and later.
+    void expectNoDamage(int code, std::vector<sqlite3_int64> const& failsFrom) const {
+        BrokenDisk disk;
+        disk.code = code;
+        for (sqlite3_int64 const bytes : failsFrom) {
+            disk.failsFrom = bytes;
+            expectReadError([&] { TileStore const store(path_); });
+        }
+        disk.failsFrom = kNever;
+        TileStore store(path_);
+        disk.failsFrom = 20'000;
+        expectReadError([&] { store.tile({1, Band::HH, 2, 4, 3}); });
+        expectReadError([&] { checkStore(store, [](size_t, size_t) {}); });
+        expectReadError([&] { store.cellsWithData(1); });
+        expectReadError([&] { store.storedTiles(); });
+        disk.failsFrom = kNever;
+        EXPECT_EQ(checkStore(store, [](size_t, size_t) {}).damages, 0u) << "it has come back";
+    }
+
     TemporaryFolder folder_;
     std::string path_ = folder_.path("a.vlm");
 };
@@ -95,37 +114,12 @@ protected:
 } // namespace
 
 TEST_F(SqliteTest, ADiskThatDoesNotAnswerIsNoDamage) {
-    BrokenDisk disk;
-    for (sqlite3_int64 const bytes : {0, 100, 4096, 8000}) {
-        disk.failsFrom = bytes;
-        expectReadError([&] { TileStore const store(path_); });
-    }
-    disk.failsFrom = kNever;
-    TileStore store(path_);
-    disk.failsFrom = 20'000;
-    expectReadError([&] { store.tile({1, Band::HH, 2, 4, 3}); });
-    expectReadError([&] { checkStore(store, [](size_t, size_t) {}); });
-    expectReadError([&] { store.cellsWithData(1); });
-    expectReadError([&] { store.storedTiles(); });
-    disk.failsFrom = kNever;
-    EXPECT_EQ(checkStore(store, [](size_t, size_t) {}).damages, 0u) << "it has come back";
+    expectNoDamage(SQLITE_IOERR_READ, {0, 100, 4096, 8000});
 }
 
 // SQLite's own file access answers so where the reason is EIO, and statements then say that the file is malformed.
 TEST_F(SqliteTest, ADiskThatSqliteTakesForADamagedFileIsNoDamage) {
-    BrokenDisk disk;
-    disk.code = SQLITE_IOERR_CORRUPTFS;
-    disk.failsFrom = 8000;
-    expectReadError([&] { TileStore const store(path_); });
-    disk.failsFrom = kNever;
-    TileStore store(path_);
-    disk.failsFrom = 20'000;
-    expectReadError([&] { store.tile({1, Band::HH, 2, 4, 3}); });
-    expectReadError([&] { checkStore(store, [](size_t, size_t) {}); });
-    expectReadError([&] { store.cellsWithData(1); });
-    expectReadError([&] { store.storedTiles(); });
-    disk.failsFrom = kNever;
-    EXPECT_EQ(checkStore(store, [](size_t, size_t) {}).damages, 0u) << "it has come back";
+    expectNoDamage(SQLITE_IOERR_CORRUPTFS, {8000});
 }
 
 // The system's file of this process's memory: nothing is mapped at its beginning.
