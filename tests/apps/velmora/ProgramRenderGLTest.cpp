@@ -1,5 +1,6 @@
 #include "host/map/BuiltInPicture.h"
 #include "tests/apps/velmora/Process.h"
+#include "tests/support/LongRun.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestImages.h"
 
@@ -170,6 +171,7 @@ TEST_F(ProgramRenderGLTest, AnInterruptedRunLeavesNothingBehind) {
 }
 
 TEST_F(ProgramRenderGLTest, TiffHoldsThePixelsOfThePng) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     std::string const image = folder_.path("a.png");
     std::string const store = folder_.path("a.vlm");
     for (size_t bands = 1; bands <= 4; ++bands) {

@@ -25,7 +25,9 @@ std::vector<std::vector<std::string>> wordsOf(std::string const& text) {
 
 } // namespace
 
+// The catalogue runs on the other implementations in any case: in the GL tests.
 TEST(ProgramVerifyGLTest, EveryFilterIsExact) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     auto const result = runVelmora({"verify"});
     ASSERT_EQ(result.exitCode, 0) << result.out << result.err;
     EXPECT_EQ(result.err, "");
