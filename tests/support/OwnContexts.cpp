@@ -43,7 +43,7 @@ OwnContexts::~OwnContexts() {
 
 void OwnContexts::anew() {
     destroy();
-    EGLConfig const config = configOf(display_, programs_);
+    auto* const config = configOf(display_, programs_);
     std::vector<EGLint> const size{EGL_WIDTH, kSurfaceTexels, EGL_HEIGHT, kSurfaceTexels, EGL_NONE};
     surface_ = eglCreatePbufferSurface(display_, config, size.data());
     std::vector<EGLint> attributes{EGL_CONTEXT_CLIENT_VERSION, 3};
@@ -58,14 +58,14 @@ void OwnContexts::anew() {
 }
 
 void OwnContexts::setCurrent(bool current) const {
-    EGLSurface const surface = current ? surface_ : EGL_NO_SURFACE;
+    auto* const surface = current ? surface_ : EGL_NO_SURFACE;
     if (eglMakeCurrent(display_, surface, surface, current ? context_ : EGL_NO_CONTEXT) == EGL_FALSE)
         throw std::runtime_error("eglMakeCurrent failed");
 }
 
 void OwnContexts::destroy() {
     if (context_ == EGL_NO_CONTEXT) return;
-    setCurrent(false);
+    eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     eglDestroySurface(display_, surface_);
     eglDestroyContext(display_, context_);
     context_ = EGL_NO_CONTEXT;

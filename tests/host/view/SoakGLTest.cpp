@@ -38,6 +38,13 @@ bool measuresMemory() {
     return runsOn("llvmpipe") || runsOn("softpipe");
 }
 
+// The frames of one of the test's turns.
+size_t framesPerTurn() {
+    if (isExhaustiveRun()) return kOptimisedBuild ? 10'000 : 500;
+    if (runsOffLlvmpipe()) return 30;
+    return kOptimisedBuild ? 300 : 100;
+}
+
 class SoakGLTest : public PictureViewFixture {
 protected:
     // A turn of the program: an instance, views one after the other, frames with and without enhancements.
@@ -78,7 +85,7 @@ TEST_F(SoakGLTest, NothingGrows) {
     Picture const picture = testpictures::picture(701, 600, 3, 8, Content::Noise);
     StoreInfo const info = import(picture);
     auto const levels = levelsOf(picture, info.levels);
-    size_t const perTurn = isExhaustiveRun() ? kOptimisedBuild ? 10'000 : 500 : runsOffLlvmpipe() ? 30 : 300;
+    size_t const perTurn = framesPerTurn();
     size_t const turns = isExhaustiveRun() ? 100 : 6;
     // The first turns fill what the driver and the C library keep.
     size_t const settled = turns / 3;

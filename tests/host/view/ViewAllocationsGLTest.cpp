@@ -36,7 +36,7 @@ protected:
     static Scenario scenario(std::string const& name, Threads threads, std::function<void()> const& work,
                              std::function<void()> const& check) {
         Scenario made{name + (threads == Threads::This ? "" : ", on its threads"), work, check, threads};
-        made.samples = 5;
+        made.samples = 2;
         made.countsThreads = false;
         return made;
     }
