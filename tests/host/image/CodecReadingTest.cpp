@@ -367,7 +367,7 @@ TEST_F(CodecReadingTest, FilesThatOnlyOtherLoadersOfLibvipsTakeAreRefused) {
              {"a.dat", std::string(3000, '\x07')},
              {"a.miff", "id=ImageMagick  version=1.0\n"}}) {
         std::string const file = write(name, content);
-        EXPECT_EQ(refusal(file), "cannot read '" + file + end);
+        EXPECT_EQ(refusal(file), std::string("cannot read '").append(file).append(end));
     }
     std::string const empty = write("a.png", "");
     EXPECT_EQ(refusal(empty), "cannot read '" + empty + "': the file is empty; copy or save the picture once more");
