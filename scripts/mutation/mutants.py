@@ -7,7 +7,8 @@ environment of the program chooses the arm:
     count = (velmora_mutant(4711U) ? (total + rest) : (total - rest));
 
 Left out, because they have no arm at run time or change nothing: constant expressions, what comes from macros, sizeof,
-static_assert, swapped arguments of min and max. Offsets and columns are those of bytes: texts are read as Latin-1.
+static_assert, swapped arguments of min and max, the memory that is reserved for a container. Offsets and columns are those of
+bytes: texts are read as Latin-1.
 """
 import hashlib
 import re
@@ -210,6 +211,8 @@ class Finder:
                 continue
             text = self.text[slice(*span)]
             inner = unwrapped(body)
+            if inner.kind == CursorKind.CALL_EXPR and inner.spelling == 'reserve':
+                continue
             isAssignment = inner.kind == CursorKind.BINARY_OPERATOR and self.assigns(inner)
             if (inner.kind == CursorKind.CALL_EXPR and text.endswith(')') or isAssignment
                     or inner.kind == CursorKind.CALL_EXPR and inner.spelling == 'operator=') and not MACRO_CALL.match(text):

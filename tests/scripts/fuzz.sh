@@ -58,7 +58,7 @@ is 'the exit code of --short' "$status" 0
 is 'the targets of --short' "$(cut -d : -f 1 <<<"$out" | sort | xargs)" 'one store-edits'
 has 'the build of --short' "$(calls)" 'cmake --build --preset asan --target velmora-fuzz'
 has 'the call of a target with seeds' "$(calls | grep velmora-fuzz-one)" '-seed=1 -runs=20002 '
-has 'the call of a target without seeds' "$(calls | grep velmora-fuzz-store-edits)" '-seed=1 -runs=2000 '
+has 'the call of a target without seeds' "$(calls | grep velmora-fuzz-store-edits)" '-seed=1 -runs=20000 '
 hasNot 'the calls of --short' "$(calls)" build/fuzz/corpus
 
 VELMORA_LONG=1 fuzz --short
