@@ -101,7 +101,7 @@ void Gles3RenderBackendInstance::drawTiles(size_t target, Filter const& tileShad
 
     std::vector<size_t> const physical = targetSize(target);
     Extent const logical = referenceSize(target, destination);
-    if (physical[0] == 0 || physical[1] == 0 || logical[0] == 0 || logical[1] == 0) return; // a minimised window
+    if (logical[0] == 0 || logical[1] == 0) return; // a minimised window
     size_t const rangeWidth = range[1] - range[0] + 1;
     size_t const rangeHeight = range[3] - range[2] + 1;
     Viewport const viewport = {wholeTexels(valueOrZero(offsets, 0), physical[0], logical[0]),

@@ -95,7 +95,7 @@ void Gles3RenderBackendInstance::inputTextureRange(FilterSource const& source, F
                                                    size_t clipBottom, double& offsetX, double& offsetY, double& scaleX,
                                                    double& scaleY) {
     Extent const size = referenceSize(source.target, findOrMakeTarget(source.target));
-    auto const [outputW, outputH] = outputExtent(filter, inputW, inputH, clipLeft, clipRight, clipTop, clipBottom);
+    auto const [outputW, outputH] = outputExtent(filter, inputW, inputH, clipLeft + clipRight, clipTop + clipBottom);
     // The source at the size of the filter's whole output, of which the output extent is a part.
     double const scaledW = ratio(size[0] * filter.scaleXNum(), filter.scaleXDen());
     double const scaledH = ratio(size[1] * filter.scaleYNum(), filter.scaleYDen());

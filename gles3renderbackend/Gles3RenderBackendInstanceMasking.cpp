@@ -32,10 +32,10 @@ void Gles3RenderBackendInstance::maskRange(size_t source, size_t target, Filter 
 
     std::vector<size_t> const size = targetSize(target);
     Extent const reference = referenceSize(target, findOrMakeTarget(target));
-    double offsetX = 0;
-    double offsetY = 0;
-    double scaleX = 1;
-    double scaleY = 1;
+    double offsetX{};
+    double offsetY{};
+    double scaleX{};
+    double scaleY{};
     inputTextureRange({source, 0, 0, false}, maskShader, reference[0], reference[1], 0, 0, 0, 0, offsetX, offsetY,
                       scaleX, scaleY);
     shader->setTexRange(offsetX, offsetY, scaleX, scaleY, 0);

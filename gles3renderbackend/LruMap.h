@@ -4,12 +4,14 @@
 #include <boost/intrusive/list.hpp>
 #include <boost/intrusive/set.hpp>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
+
+template <class K, class V, class Hash>
+class LruMapInvariants;
 
 /// An LRU map with a budget in bytes. Entries can be locked: a locked entry is never evicted and its bytes do not count
 /// against the budget. One thread only.
@@ -32,7 +34,7 @@
 /// Cost: get, find, peek, count, lock in constant time on a present key; unlock and erase O(log n); an insertion
 /// O(log n) and O(log n) for each entry it evicts; eraseRange O(log n) and O(log n) for each entry it removes.
 ///
-/// Invariants (proved by invariantsHold):
+/// Invariants (proved by LruMapInvariants of the tests):
 ///   1. index_ and byKey_ hold the same entries, one for a key, and index_ finds each of them.
 ///   2. An entry is in recent_, in returned_ or locked: exactly one of the three, and `place` says which.
 ///   3. recent_ and returned_ are each sorted by stamp; no two entries have the same stamp; none is beyond clock_.
@@ -88,10 +90,9 @@ public:
     /// Bytes of the locked entries.
     size_t lockedBytes() const { return lockedBytes_; }
 
-    /// Whether the invariants above hold. For tests: O(n log n), allocates.
-    bool invariantsHold() const;
-
 private:
+    friend class LruMapInvariants<K, V, Hash>;
+
     enum class Place : std::uint8_t { Recent, Returned, Locked };
 
     // The fields that a hit and a descent in the key tree read are adjacent: one cache line for a small key.
@@ -174,8 +175,6 @@ private:
     size_t destroy(Entry& entry);
     template <class Recency>
     static Entry* frontBut(Recency& recency, Entry const* keep);
-    bool entriesConsistent() const;
-    bool recencyConsistent() const;
 
     Index index_;
     RecentList recent_;
@@ -356,48 +355,6 @@ size_t LruMap<K, V, Hash>::destroy(Entry& entry) {
     used_ -= entry.size;
     if (entry.place == Place::Locked) lockedBytes_ -= entry.size;
     return entry.size;
-}
-
-template <class K, class V, class Hash>
-bool LruMap<K, V, Hash>::invariantsHold() const {
-    return entriesConsistent() && recencyConsistent();
-}
-
-template <class K, class V, class Hash>
-bool LruMap<K, V, Hash>::entriesConsistent() const {
-    size_t entries = 0;
-    size_t used = 0;
-    size_t lockedBytes = 0;
-    Entry const* previous = nullptr;
-    for (Entry const& entry : byKey_) {
-        if (previous != nullptr && !(previous->key < entry.key)) return false;
-        if (entry.hash != Hash{}(entry.key) || index_.find(entry.key, entry.hash) != &entry) return false;
-        if (entry.recentHook.is_linked() != (entry.place == Place::Recent)) return false;
-        if (entry.returnedHook.is_linked() != (entry.place == Place::Returned)) return false;
-        previous = &entry;
-        ++entries;
-        used += entry.size;
-        if (entry.place == Place::Locked) lockedBytes += entry.size;
-    }
-    return entries == index_.size() && used == used_ && lockedBytes == lockedBytes_;
-}
-
-template <class K, class V, class Hash>
-bool LruMap<K, V, Hash>::recencyConsistent() const {
-    auto const older = [](Entry const& a, Entry const& b) { return a.stamp < b.stamp; };
-    if (!std::is_sorted(recent_.begin(), recent_.end(), older)) return false;
-    if (!std::is_sorted(returned_.begin(), returned_.end(), older)) return false;
-
-    std::vector<std::uint64_t> stamps;
-    size_t locked = 0;
-    for (Entry const& entry : byKey_) {
-        stamps.push_back(entry.stamp);
-        if (entry.place == Place::Locked) ++locked;
-    }
-    std::sort(stamps.begin(), stamps.end());
-    if (std::adjacent_find(stamps.begin(), stamps.end()) != stamps.end()) return false;
-    if (!stamps.empty() && stamps.back() > clock_) return false;
-    return recent_.size() + returned_.size() + locked == stamps.size();
 }
 
 template <class K, class V, class Hash>

@@ -11,7 +11,7 @@ namespace {
 using Rectangle = DataEnvelopes::Rectangle;
 
 constexpr std::uint32_t kLargest = std::numeric_limits<std::uint32_t>::max();
-constexpr Rectangle kBlank{{kLargest, kLargest}, {0, 0}};
+constexpr Rectangle kBlank{{kLargest, kLargest}, {0, 0}}; // changes no hull
 
 Rectangle hullOf(Rectangle const& a, Rectangle const& b) {
     return {{std::min(a.min[0], b.min[0]), std::min(a.min[1], b.min[1])},
@@ -100,9 +100,9 @@ std::uint32_t PackedRectangleIndex::Node::slotsMeeting(Rectangle const& window) 
     return slots;
 }
 
-PackedRectangleIndex::Rectangle PackedRectangleIndex::Node::hull(size_t slots) const {
-    Rectangle all = box(0);
-    for (size_t slot = 1; slot < slots; ++slot)
+PackedRectangleIndex::Rectangle PackedRectangleIndex::Node::hull() const {
+    Rectangle all = kBlank;
+    for (size_t slot = 0; slot < kFanOut; ++slot)
         all = hullOf(all, box(slot));
     return all;
 }
@@ -111,12 +111,8 @@ PackedRectangleIndex::PackedRectangleIndex(std::vector<Rectangle> const& rectang
     : count_(rectangles.size()),
       bounds_(std::accumulate(rectangles.begin(), rectangles.end(), rectangles.front(), hullOf)) {
     addLeaves(rectangles);
-    size_t slots = count_;
-    while (levels_.back().nodes.size() > 1) {
-        Level level = levelAbove(levels_.back(), slots);
-        slots = levels_.back().nodes.size();
-        levels_.push_back(std::move(level));
-    }
+    while (levels_.back().nodes.size() > 1)
+        levels_.push_back(levelAbove(levels_.back()));
 }
 
 void PackedRectangleIndex::addLeaves(std::vector<Rectangle> const& rectangles) {
@@ -132,20 +128,28 @@ void PackedRectangleIndex::addLeaves(std::vector<Rectangle> const& rectangles) {
     levels_.push_back(std::move(leaves));
 }
 
-PackedRectangleIndex::Level PackedRectangleIndex::levelAbove(Level const& below, size_t slotsBelow) const {
+PackedRectangleIndex::Level PackedRectangleIndex::levelAbove(Level const& below) const {
     Level level;
     size_t const slots = below.nodes.size();
     level.nodes.resize((slots + kFanOut - 1) / kFanOut);
-    level.sums.resize(level.nodes.size() * kFanOut, 0);
+    level.sums.resize(level.nodes.size() * kFanOut);
     for (size_t slot = 0; slot < slots; ++slot) {
-        size_t const first = slot * kFanOut;
-        size_t const used = std::min(kFanOut, slotsBelow - first);
-        Node const& child = below.nodes[slot];
-        level.nodes[slot / kFanOut].put(slot % kFanOut, child.hull(used));
-        for (size_t k = 0; k < used; ++k)
-            level.sums[slot] += below.sums.empty() ? cellsOf(child.box(k)) : below.sums[first + k];
+        level.nodes[slot / kFanOut].put(slot % kFanOut, below.nodes[slot].hull());
+        level.sums[slot] = cellsOfNode(below, slot);
     }
     return level;
+}
+
+size_t PackedRectangleIndex::cellsOfNode(Level const& level, size_t node) const {
+    size_t const first = node * kFanOut;
+    size_t cells = 0;
+    if (level.sums.empty())
+        for (size_t i = first; i < std::min(first + kFanOut, count_); ++i)
+            cells += cellsOf(rectangle(i));
+    else
+        for (size_t slot = 0; slot < kFanOut; ++slot)
+            cells += level.sums[first + slot];
+    return cells;
 }
 
 PackedRectangleIndex::Rectangle PackedRectangleIndex::rectangle(size_t i) const {

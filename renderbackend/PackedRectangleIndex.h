@@ -51,15 +51,16 @@ private:
         void put(size_t slot, Rectangle const& box);
         Rectangle box(size_t slot) const { return {{minX[slot], minY[slot]}, {maxX[slot], maxY[slot]}}; }
         std::uint32_t slotsMeeting(Rectangle const& window) const;
-        Rectangle hull(size_t slots) const;
+        Rectangle hull() const;
     };
     struct Level {
         std::vector<Node> nodes;
-        std::vector<size_t> sums; ///< cells below each slot; empty in level 0, whose slots are rectangles
+        std::vector<size_t> sums; ///< cells below each slot, 0 for blanks; empty in level 0, whose slots are rectangles
     };
 
     void addLeaves(std::vector<Rectangle> const& rectangles);
-    Level levelAbove(Level const& below, size_t slotsBelow) const;
+    Level levelAbove(Level const& below) const;
+    size_t cellsOfNode(Level const& level, size_t node) const;
     size_t cellsBelow(size_t level, size_t node, Rectangle const& window) const;
     void collectBelow(size_t level, size_t node, Rectangle const& window, std::vector<size_t>& found) const;
 

@@ -20,7 +20,7 @@ constexpr size_t kTexelsPerPixel = 2;
 
 void requireFourComponents(Gles3Target const& target) {
     bool const twoTexels = target.physicalPerLogical() == kTexelsPerPixel && target.logicalPerPhysical() == 1;
-    if (target.ownSurface() == 0 || target.format() != RenderBackend::RGBA32 || !twoTexels)
+    if (target.format() != RenderBackend::RGBA32 || !twoTexels)
         throw VelmoraException("CLAHE needs targets of 48 or 64 bits per pixel in RGBA32", kDraw);
 }
 

@@ -139,7 +139,7 @@ void Gles3Shader::draw(std::vector<FilterSource> const& sources, size_t inputW, 
 
     auto const size = instance.physicalSize(destination, target);
     auto const reference = instance.referenceSize(destination, target);
-    auto const [outputW, outputH] = outputExtent(filter, inputW, inputH, clipLeft, clipRight, clipTop, clipBottom);
+    auto const [outputW, outputH] = outputExtent(filter, inputW, inputH, clipLeft + clipRight, clipTop + clipBottom);
     glViewport(0, 0, static_cast<GLsizei>(size[0]), static_cast<GLsizei>(size[1]));
     setOutputGeometry(size, quotient(outputW * size[0], reference[0]), quotient(outputH * size[1], reference[1]),
                       offset);

@@ -28,6 +28,14 @@ public:
     }
 };
 
+// The surface that says it has texels whatever its target has.
+class NeverEmpty final : public Gles3RenderBackendInstance {
+public:
+    using Gles3RenderBackendInstance::Gles3RenderBackendInstance;
+
+    Sizes targetSize(size_t) override { return {10, 10}; }
+};
+
 class Gles3RenderBackendInstanceDrawingTest : public BackendRecordingTest {
 protected:
     Gles3RenderBackendInstanceDrawingTest() { instance->createFilterInstance(blit); }
@@ -363,6 +371,15 @@ TEST_F(Gles3RenderBackendInstanceDrawingTest, PhysicalSizeIsAskedThroughTheInter
     HalfAsWide half(9, surface, backend);
     half.drawTiles(target, blit, {0, 99, 0, 49}, {0, 99, 0, 49}, {50, 50}, {}, {}, {10, 5});
     EXPECT_EQ(gl.last("glViewport").text(), "glViewport(5, 5, 50, 50)");
+}
+
+TEST_F(Gles3RenderBackendInstanceDrawingTest, TargetWithoutPixelsDrawsNothingWhateverItsPhysicalSize) {
+    NeverEmpty instanceOfTexels(9, surface, backend);
+    for (size_t const target : {rgbaTarget(10, 0), rgbaTarget(0, 10)}) {
+        EXPECT_NO_THROW(
+            instanceOfTexels.drawTiles(target, blit, {0, 9, 0, 9}, {0, 9, 0, 9}, {5, 5}, {{0, 0}}, {1}, {}));
+    }
+    EXPECT_TRUE(gl.draws().empty());
 }
 
 TEST_F(Gles3RenderBackendInstanceDrawingTest, ShortVectorsAreRefusedBeforeAnyGlCall) {

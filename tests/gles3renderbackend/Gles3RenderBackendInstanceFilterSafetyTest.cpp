@@ -135,12 +135,14 @@ TEST_F(Gles3RenderBackendInstanceFilterSafetyTest, TilesAndMasksAreRefusedForAFi
     };
     std::string const refused = "#Name:fewer sources than the filter has inputs#Location:void "
                                 "Gles3RenderBackendInstance::";
-    Filter const interleave = instantiated(withInputs("FilterInterleave16", 3));
-    EXPECT_EQ(drawTiles(interleave).find(refused + "drawTiles("), 0U) << drawTiles(interleave);
-    EXPECT_TRUE(gl.draws().empty());
-    gl.forgetCalls();
-    EXPECT_EQ(maskRange(interleave).find(refused + "maskRange("), 0U) << maskRange(interleave);
-    EXPECT_TRUE(gl.calls().empty());
+    for (Filter const& filter :
+         {instantiated(withInputs("FilterFirIV53LeGall16", 2)), instantiated(withInputs("FilterInterleave16", 3))}) {
+        EXPECT_EQ(drawTiles(filter).find(refused + "drawTiles("), 0U) << drawTiles(filter);
+        EXPECT_TRUE(gl.draws().empty());
+        gl.forgetCalls();
+        EXPECT_EQ(maskRange(filter).find(refused + "maskRange("), 0U) << maskRange(filter);
+        EXPECT_TRUE(gl.calls().empty());
+    }
     // Unit 1 holds the table.
     EXPECT_EQ(drawTiles(instantiated(withInputs("FilterBlackWhiteGamma8", 1))), kNoFailure);
     EXPECT_EQ(maskRange(instantiated(withInputs("MaskFilter4x8", 1))).find("#Name:bad parameters cast#"), 0U)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "gles3renderbackend/LruMap.h"
+#include "tests/gles3renderbackend/LruMapInvariants.h"
 
 #include <gtest/gtest.h>
 
@@ -40,9 +40,9 @@ using Ids = std::vector<size_t>;
 
 inline void put(Cache& map, Key const& key, size_t bytes) {
     map.get(key);
-    ASSERT_TRUE(map.invariantsHold());
+    ASSERT_TRUE(invariantsHold(map));
     map.setSize(key, bytes);
-    ASSERT_TRUE(map.invariantsHold());
+    ASSERT_TRUE(invariantsHold(map));
 }
 
 // The ids below 32 of owner 1 that are present.

@@ -8,12 +8,12 @@ class LruMapLockTest : public LruMapTest {};
 TEST_F(LruMapLockTest, GetCreatesAnUnlockedEntryOfSizeZero) {
     Cache map(10);
     EXPECT_EQ(map.get({1, 3}).tag, 0);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     EXPECT_EQ(map.count({1, 3}), 1u);
     EXPECT_EQ(map.used(), 0u);
     EXPECT_EQ(map.setSize({1, 3}, 4), 0u);
     EXPECT_EQ(map.lockedBytes(), 0u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, HalfBudgetTilesEvictTheOldestUnlockedOne) {
@@ -34,7 +34,7 @@ TEST_F(LruMapLockTest, CapacityZeroEvictsEveryUnlockedEntryBeforeInserting) {
     map.get({1, 1});
     EXPECT_EQ(present(map), (Ids{1}));
     EXPECT_EQ(map.used(), 0u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, CapacityZeroEvictsEveryUnlockedEntryLeftByUnlocking) {
@@ -50,7 +50,7 @@ TEST_F(LruMapLockTest, CapacityZeroEvictsEveryUnlockedEntryLeftByUnlocking) {
     map.get({1, 4});
     EXPECT_EQ(present(map), (Ids{1, 4}));
     EXPECT_EQ(map.used(), 3u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, LockedEntrySurvivesEvictionAndIsEvictedOnceUnlocked) {
@@ -62,7 +62,7 @@ TEST_F(LruMapLockTest, LockedEntrySurvivesEvictionAndIsEvictedOnceUnlocked) {
         put(map, {1, id}, 1);
     EXPECT_EQ(present(map), (Ids{0, 27, 28, 29}));
     map.unlock({1, 0});
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     EXPECT_EQ(present(map), (Ids{0, 27, 28, 29}));
     map.get({1, 30});
     EXPECT_EQ(present(map), (Ids{27, 28, 29, 30})) << "the oldest of all";
@@ -74,7 +74,7 @@ TEST_F(LruMapLockTest, UnlockedEntryIsEvictedAtItsPlaceInTheMiddleOfTheOrder) {
         put(map, {1, id}, 1);
     map.lock({1, 1});
     map.unlock({1, 1});
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     put(map, {1, 4}, 1);
     EXPECT_EQ(present(map), (Ids{1, 2, 3, 4}));
     put(map, {1, 5}, 1);
@@ -92,7 +92,7 @@ TEST_F(LruMapLockTest, UseWhileLockedCountsForTheOrderAfterUnlocking) {
     map.find({1, 0});
     map.get({1, 2});
     map.unlock({1, 0});
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     put(map, {1, 3}, 1);
     EXPECT_EQ(present(map), (Ids{0, 2, 3}));
     put(map, {1, 4}, 1);
@@ -106,7 +106,7 @@ TEST_F(LruMapLockTest, UseAfterUnlockingMakesTheEntryMostRecentlyUsed) {
     map.lock({1, 1});
     map.unlock({1, 1});
     map.find({1, 1});
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     put(map, {1, 3}, 1);
     put(map, {1, 4}, 1);
     EXPECT_EQ(present(map), (Ids{1, 3, 4}));
@@ -118,12 +118,12 @@ TEST_F(LruMapLockTest, LockIsAFlagAndNotACount) {
     map.lock({1, 0});
     map.lock({1, 0});
     EXPECT_EQ(map.lockedBytes(), 4u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     map.unlock({1, 0});
     EXPECT_EQ(map.lockedBytes(), 0u);
     map.unlock({1, 0});
     EXPECT_EQ(map.lockedBytes(), 0u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, LockAndUnlockOfAnAbsentKeyDoNothing) {
@@ -134,7 +134,7 @@ TEST_F(LruMapLockTest, LockAndUnlockOfAnAbsentKeyDoNothing) {
     EXPECT_EQ(map.lockedBytes(), 0u);
     put(map, {1, 0}, 4);
     EXPECT_EQ(map.lockedBytes(), 0u) << "the lock was not remembered";
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, LockedBytesRaiseTheBudgetByTheSameAmount) {
@@ -148,7 +148,7 @@ TEST_F(LruMapLockTest, LockedBytesRaiseTheBudgetByTheSameAmount) {
     EXPECT_EQ(present(map), (Ids{0, 1, 2}));
     map.setSize({1, 2}, 1);
     EXPECT_EQ(present(map), (Ids{0, 2}));
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, GrowingALockedEntryGrowsTheLockedBytesAndEvictsNothing) {
@@ -162,7 +162,7 @@ TEST_F(LruMapLockTest, GrowingALockedEntryGrowsTheLockedBytesAndEvictsNothing) {
     EXPECT_EQ(map.lockedBytes(), 20u);
     EXPECT_EQ(map.used(), 30u);
     EXPECT_EQ(present(map), (Ids{0, 1}));
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, SetSizeSkipsTheEntryBeingResizedAmongTheUnlockedAgain) {
@@ -175,7 +175,7 @@ TEST_F(LruMapLockTest, SetSizeSkipsTheEntryBeingResizedAmongTheUnlockedAgain) {
         map.unlock({1, id});
     EXPECT_EQ(map.setSize({1, 1}, 5), 2u);
     EXPECT_EQ(present(map), (Ids{1, 3, 4})) << "0 went first, then 2, which is older than 3";
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, LockedEntriesAndTheEntryInHandExceedTheBudget) {
@@ -187,7 +187,7 @@ TEST_F(LruMapLockTest, LockedEntriesAndTheEntryInHandExceedTheBudget) {
     EXPECT_EQ(present(map), (Ids{0, 1}));
     EXPECT_EQ(map.used(), 104u);
     EXPECT_EQ(map.lockedBytes(), 4u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, TheLargestCapacityMeansNoLimitAlsoWithLockedBytes) {
@@ -207,11 +207,11 @@ TEST_F(LruMapLockTest, EraseRemovesALockedEntryAndItsLockedBytes) {
     map.lock({1, 1});
     EXPECT_EQ(map.erase({1, 0}), 3u);
     EXPECT_EQ(map.lockedBytes(), 4u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     EXPECT_EQ(map.eraseRange({1, 0}, {1, 9}), 4u);
     EXPECT_EQ(map.lockedBytes(), 0u);
     EXPECT_EQ(map.used(), 0u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, ErasedKeyComesBackUnlockedEmptyAndWithANewValue) {
@@ -223,7 +223,7 @@ TEST_F(LruMapLockTest, ErasedKeyComesBackUnlockedEmptyAndWithANewValue) {
     EXPECT_EQ(map.get({1, 0}).tag, 0);
     EXPECT_EQ(map.setSize({1, 0}, 1), 0u);
     EXPECT_EQ(map.lockedBytes(), 0u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapLockTest, EvictToCountsLockedBytesAndLeavesThemBe) {
@@ -239,7 +239,7 @@ TEST_F(LruMapLockTest, EvictToCountsLockedBytesAndLeavesThemBe) {
     EXPECT_EQ(map.size(), 1u);
     map.unlock({1, 0});
     EXPECT_EQ(map.evictTo(5), 10u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 } // namespace

@@ -168,7 +168,7 @@ public:
     }
 
     void compare() {
-        ASSERT_TRUE(map_.invariantsHold());
+        ASSERT_TRUE(invariantsHold(map_));
         ASSERT_EQ(map_.used(), model_.used());
         ASSERT_EQ(map_.size(), model_.records().size());
         ASSERT_EQ(map_.lockedBytes(), model_.lockedBytes());

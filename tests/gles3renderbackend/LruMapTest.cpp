@@ -16,7 +16,7 @@ TEST_F(LruMapTest, NewMapIsEmptyAndReportsItsCapacity) {
     EXPECT_EQ(map.used(), 0u);
     EXPECT_EQ(map.lockedBytes(), 0u);
     EXPECT_EQ(map.count({1, 0}), 0u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, GetOfAPresentKeyReturnsTheSameObject) {
@@ -24,7 +24,7 @@ TEST_F(LruMapTest, GetOfAPresentKeyReturnsTheSameObject) {
     map.get({1, 3}).tag = 5;
     EXPECT_EQ(map.get({1, 3}).tag, 5);
     EXPECT_EQ(Counted::made, 1u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, ReferenceStaysValidWhileOtherEntriesComeAndGo) {
@@ -36,7 +36,7 @@ TEST_F(LruMapTest, ReferenceStaysValidWhileOtherEntriesComeAndGo) {
     map.eraseRange({1, 1}, {1, 4000});
     EXPECT_EQ(kept.tag, 9);
     EXPECT_EQ(map.find({1, 0}), &kept);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, FindMarksTheEntryMostRecentlyUsed) {
@@ -44,7 +44,7 @@ TEST_F(LruMapTest, FindMarksTheEntryMostRecentlyUsed) {
     put(map, {1, 0}, 1);
     put(map, {1, 1}, 1);
     ASSERT_NE(map.find({1, 0}), nullptr);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     put(map, {1, 2}, 1);
     EXPECT_EQ(present(map), (Ids{0, 2}));
 }
@@ -55,7 +55,7 @@ TEST_F(LruMapTest, FindOfAnAbsentKeyIsNullAndCreatesNothing) {
     EXPECT_EQ(map.find({1, 1}), nullptr);
     EXPECT_EQ(present(map), (Ids{0}));
     EXPECT_EQ(Counted::made, 1u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, PeekCountAndSetSizeDoNotChangeTheRecencyOrder) {
@@ -85,7 +85,7 @@ TEST_F(LruMapTest, HalfBudgetTilesKeepTheTwoMostRecentlyUsed) {
     map.setSize({1, 2}, kBudget / 2);
     EXPECT_EQ(present(map), (Ids{1, 2}));
     EXPECT_EQ(map.used(), kBudget);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, EvictionStopsAsSoonAsTheBudgetHolds) {
@@ -98,7 +98,7 @@ TEST_F(LruMapTest, EvictionStopsAsSoonAsTheBudgetHolds) {
     map.get({1, 2});
     map.get({1, 4});
     EXPECT_EQ(present(map), (Ids{2, 4})) << "an empty entry behind it stays";
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, GetOfAPresentKeyEvictsNothingThoughTheBudgetIsExceeded) {
@@ -110,7 +110,7 @@ TEST_F(LruMapTest, GetOfAPresentKeyEvictsNothingThoughTheBudgetIsExceeded) {
     map.get({1, 1});
     map.find({1, 1});
     EXPECT_EQ(present(map), (Ids{0, 1}));
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, SetSizeOfAnAbsentKeyReturnsZeroAndEvictsNothing) {
@@ -120,7 +120,7 @@ TEST_F(LruMapTest, SetSizeOfAnAbsentKeyReturnsZeroAndEvictsNothing) {
     EXPECT_EQ(map.count({1, 1}), 0u);
     EXPECT_EQ(map.used(), 5u);
     EXPECT_EQ(present(map), (Ids{0}));
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, SetSizeToASmallerOrEqualSizeNeverEvicts) {
@@ -135,7 +135,7 @@ TEST_F(LruMapTest, SetSizeToASmallerOrEqualSizeNeverEvicts) {
     EXPECT_EQ(map.setSize({1, 2}, 8), 9u);
     EXPECT_EQ(map.used(), 26u) << "far over the budget of 0";
     EXPECT_EQ(present(map), (Ids{0, 1, 2}));
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, SetSizeToALargerSizeEvictsFromTheLeastRecentlyUsedEnd) {
@@ -145,7 +145,7 @@ TEST_F(LruMapTest, SetSizeToALargerSizeEvictsFromTheLeastRecentlyUsedEnd) {
     EXPECT_EQ(map.setSize({1, 4}, 5), 2u);
     EXPECT_EQ(present(map), (Ids{2, 3, 4}));
     EXPECT_EQ(map.used(), 9u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, SetSizeNeverEvictsTheEntryBeingResizedThoughItIsTheOldest) {
@@ -157,7 +157,7 @@ TEST_F(LruMapTest, SetSizeNeverEvictsTheEntryBeingResizedThoughItIsTheOldest) {
     EXPECT_EQ(map.setSize({1, 0}, 40), 4u);
     EXPECT_EQ(present(map), (Ids{0}));
     EXPECT_EQ(map.used(), 40u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, EraseReturnsTheBytesAndDestroysTheValueOnce) {
@@ -167,7 +167,7 @@ TEST_F(LruMapTest, EraseReturnsTheBytesAndDestroysTheValueOnce) {
     EXPECT_EQ(map.erase({1, 0}), 3u);
     EXPECT_EQ(Counted::destroyed, 1u);
     EXPECT_EQ(map.used(), 4u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     EXPECT_EQ(map.erase({1, 0}), 0u);
     EXPECT_EQ(Counted::destroyed, 1u);
     EXPECT_EQ(present(map), (Ids{1}));
@@ -178,7 +178,7 @@ TEST_F(LruMapTest, EraseRangeKeepsTheKeyEqualToItsEnd) {
     for (size_t id = 3; id < 9; ++id)
         put(map, {1, id}, id);
     EXPECT_EQ(map.eraseRange({1, 4}, {1, 7}), 4u + 5u + 6u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     EXPECT_EQ(present(map), (Ids{3, 7, 8}));
     EXPECT_EQ(Counted::destroyed, 3u);
 }
@@ -191,7 +191,7 @@ TEST_F(LruMapTest, EraseRangeFromAKeyToItselfRemovesNothingAndToTheNextOnlyThatK
     EXPECT_EQ(present(map), (Ids{4, 5, 6}));
     EXPECT_EQ(map.eraseRange({1, 5}, {1, 6}), 5u);
     EXPECT_EQ(present(map), (Ids{4, 6}));
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, EraseRangeWithItsEndsSwappedRemovesNothing) {
@@ -200,7 +200,7 @@ TEST_F(LruMapTest, EraseRangeWithItsEndsSwappedRemovesNothing) {
         put(map, {1, id}, id);
     EXPECT_EQ(map.eraseRange({1, 7}, {1, 4}), 0u);
     EXPECT_EQ(present(map), (Ids{4, 5, 6}));
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, EraseRangeOfOneOwnerKeepsTheOthersAndTheLargestId) {
@@ -211,7 +211,7 @@ TEST_F(LruMapTest, EraseRangeOfOneOwnerKeepsTheOthersAndTheLargestId) {
         put(map, {owner, kNoLimit}, 4);
     }
     EXPECT_EQ(map.eraseRange({2, 0}, {2, kNoLimit}), 3u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     EXPECT_EQ(map.count({2, 0}) + map.count({2, 7}), 0u);
     EXPECT_EQ(map.count({2, kNoLimit}), 1u);
     EXPECT_EQ(map.used(), 7u + 4u + 7u);
@@ -226,7 +226,7 @@ TEST_F(LruMapTest, EraseRangeOverEntriesInEveryStateRemovesThemAll) {
     for (size_t const id : {4u, 3u})
         map.unlock({1, id});
     EXPECT_EQ(map.eraseRange({1, 1}, {1, 7}), 6u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     EXPECT_EQ(present(map), (Ids{0, 7}));
     EXPECT_EQ(map.lockedBytes(), 0u);
 }
@@ -253,12 +253,12 @@ TEST_F(LruMapTest, ThrowingValueConstructorInsertsNothingAfterTheEviction) {
     map.unlock({1, 1});
     Counted::failNext = true;
     EXPECT_THROW(map.get({1, 3}), std::runtime_error);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
     EXPECT_EQ(map.count({1, 3}), 0u);
     EXPECT_EQ(present(map), (Ids{2})) << "evicted before the value was made";
     EXPECT_EQ(map.get({1, 3}).tag, 0);
     EXPECT_EQ(present(map), (Ids{2, 3}));
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 TEST_F(LruMapTest, KeysMayBeStringsInAPair) {
@@ -267,13 +267,13 @@ TEST_F(LruMapTest, KeysMayBeStringsInAPair) {
     for (char const* const name : {"a", "b", ""}) {
         map.get({1, name});
         map.setSize({1, name}, 1);
-        EXPECT_TRUE(map.invariantsHold());
+        EXPECT_TRUE(invariantsHold(map));
     }
     EXPECT_EQ(map.count({1, "a"}), 0u);
     EXPECT_EQ(map.count({1, "b"}), 1u);
     EXPECT_EQ(map.eraseRange({1, ""}, {1, "b"}), 1u);
     EXPECT_EQ(map.count({1, "b"}), 1u);
-    EXPECT_TRUE(map.invariantsHold());
+    EXPECT_TRUE(invariantsHold(map));
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 #include "renderbackend/FilterParameters.h"
 #include "tests/gles3renderbackend/BackendRecordingTest.h"
 
+#include <utility>
+
 namespace {
 
 using namespace backendtest;
@@ -44,6 +46,7 @@ TEST_F(Gles3FilterCLAHETest, EqualisedRowsAreUploadedIntoTheDestinationAndTheRow
     gl.setReadPixels(pixels);
     FilterClaheParams params;
     params.value = 1.0;
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
     run(50, 44, params, {3, 2});
     EXPECT_EQ(gl.last("glTexSubImage2D").text(),
               "glTexSubImage2D(GL_TEXTURE_2D, 0, 3, 2, 100, 44, GL_RGBA, GL_UNSIGNED_BYTE, data)");
@@ -62,6 +65,16 @@ TEST_F(Gles3FilterCLAHETest, WrongRecordIsRefusedBeforeAnythingIsReadOrWritten) 
               "#Name:Filter parameters cast failed#Location:T& SingleFilterParameters::as<T>()");
     EXPECT_EQ(gl.count("glReadPixels"), 0U);
     EXPECT_EQ(gl.count("glTexSubImage2D"), 0U);
+}
+
+TEST_F(Gles3FilterCLAHETest, ThreeByteTexelsAreRefusedEvenWhereAPixelHasTwoOfThem) {
+    size_t const threeBytes = instance->createTarget({60, 50}, 48, false, RenderBackend::NEAREST, RenderBackend::RGB24);
+    std::string const refused = "#Name:CLAHE needs targets of 48 or 64 bits per pixel in RGBA32#Location:";
+    size_t const good = std::exchange(source, threeBytes);
+    EXPECT_EQ(failureOf([&] { run(50, 44, FilterClaheParams()); }).rfind(refused, 0), 0U) << "as the source";
+    source = good;
+    destination = threeBytes;
+    EXPECT_EQ(failureOf([&] { run(50, 44, FilterClaheParams()); }).rfind(refused, 0), 0U) << "as the destination";
 }
 
 TEST_F(Gles3FilterCLAHETest, AnAreaLargerThanItsSourceIsRefusedBeforeMemoryIsTakenForIt) {
