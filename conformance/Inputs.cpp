@@ -111,9 +111,4 @@ Plane cropped(Plane const& plane, int x, int y, int width, int height) {
     return out;
 }
 
-Planes3 cropped(Planes3 const& planes, int x, int y, int width, int height) {
-    return {cropped(planes[0], x, y, width, height), cropped(planes[1], x, y, width, height),
-            cropped(planes[2], x, y, width, height)};
-}
-
 } // namespace conformance

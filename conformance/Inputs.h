@@ -44,6 +44,5 @@ reference::Texels greySlope(int widthPixels, int height, std::uint32_t randomSta
 
 /// A rectangle of one channel.
 reference::Plane cropped(reference::Plane const& plane, int x, int y, int width, int height);
-reference::Planes3 cropped(reference::Planes3 const& planes, int x, int y, int width, int height);
 
 } // namespace conformance

@@ -2,6 +2,8 @@
 
 #include <glib.h>
 
+#include <array>
+#include <cstdio>
 #include <string_view>
 
 namespace {
@@ -76,4 +78,16 @@ std::string plainText(std::string const& text, size_t maxBytes) {
 
 std::string counted(size_t number, std::string const& noun) {
     return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+std::string bytesText(std::uint64_t bytes) {
+    constexpr std::array<char const*, 7> kUnits{"bytes", "kB", "MB", "GB", "TB", "PB", "EB"};
+    auto number = static_cast<double>(bytes);
+    size_t unit = 0;
+    // 999.5 would be written as 1000.
+    for (; number >= 999.5; number /= 1000)
+        ++unit;
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.*f %s", unit > 0 && number < 9.95 ? 1 : 0, number, kUnits.at(unit));
+    return text.data();
 }

@@ -30,5 +30,6 @@ std::unique_ptr<CLI::App> makeProgram() {
     addImportCommand(*program);
     addExportCommand(*program);
     addCheckCommand(*program);
+    addCacheCommand(*program);
     return program;
 }

@@ -16,3 +16,4 @@ void addViewCommand(CLI::App& program);
 void addImportCommand(CLI::App& program);
 void addExportCommand(CLI::App& program);
 void addCheckCommand(CLI::App& program);
+void addCacheCommand(CLI::App& program);

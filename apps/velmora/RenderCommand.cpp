@@ -15,6 +15,7 @@
 #include "host/map/BuiltInPicture.h"
 #include "host/output/PictureWriter.h"
 #include "host/store/TileStore.h"
+#include "host/view/PyramidStages.h"
 #include "host/view/StoreRenderer.h"
 #include "renderbackend/RenderBackendInstance.h"
 
@@ -54,6 +55,7 @@ struct Options {
     size_t tileSize = 256;
     double zoom = 1.0;
     bool smooth = false;
+    std::uint64_t cacheBytes = picturefiles::kCacheBytes;
     size_t bits = 0; // 0: chosen by the output's format
     std::vector<enhancement::Step> steps;
 };
@@ -167,7 +169,7 @@ void renderImage(Options const& options) {
     report(options, shape, source->width(), source->height(), source->description(), seconds);
 }
 
-Zoom zoomOf(Options const& options, StoreInfo const& info) {
+Zoom zoomOf(Options const& options, PictureInfo const& info) {
     Zoom const smallest = Zoom::nearest(0.0, info.levels);
     if (options.zoom >= smallest.value()) return Zoom::nearest(options.zoom, info.levels);
     throw HostError(HostError::Kind::Usage, picturefiles::nameOf(options.image) + " has " +
@@ -175,8 +177,20 @@ Zoom zoomOf(Options const& options, StoreInfo const& info) {
                                                 toText(smallest.value()));
 }
 
-void renderStore(Options const& options, std::string const& store) {
-    StoreInfo const info = TileStore(store, interruption::throwIfNoted).info();
+PictureInfo infoOf(PictureSource const& source) {
+    if (source.pyramid) return PyramidStages::infoOf(*source.pyramid);
+    return TileStore(source.store, interruption::throwIfNoted).info();
+}
+
+// What is said of a picture in the closing line.
+std::string description(PictureSource const& source, PictureInfo const& info) {
+    std::string const samples = printableText(info.interpretation) + ", " + std::to_string(info.bits) + " bits";
+    if (source.pyramid) return samples + ", " + source.pyramid->facts().image.format;
+    return samples + ", store of " + counted(info.levels, "level");
+}
+
+void renderLevels(Options const& options, PictureSource const& source) {
+    PictureInfo const info = infoOf(source);
     Zoom const zoom = zoomOf(options, info);
     std::string const note = zoom.noteFor(options.zoom);
     Region const wanted = chosenRegion(options, info.width, info.height);
@@ -185,12 +199,10 @@ void renderStore(Options const& options, std::string const& store) {
                          bitsOf(options, info.bits)};
     double const seconds = drawInto(
         outputOf(options), shape, kBandBudgetBytes, [&](auto const& instance, auto const& write, auto const& progress) {
-            StoreRenderer(instance, store, options.steps, interruption::throwIfNoted, shape.bits)
+            StoreRenderer(instance, source, options.steps, interruption::throwIfNoted, shape.bits)
                 .render(zoom, options.smooth, region, write, progress);
         });
-    report(options, shape, info.width, info.height,
-           printableText(info.interpretation) + ", " + std::to_string(info.bits) + " bits, store of " +
-               counted(info.levels, "level") + (note.empty() ? "" : ", " + note),
+    report(options, shape, info.width, info.height, description(source, info) + (note.empty() ? "" : ", " + note),
            seconds);
 }
 
@@ -198,13 +210,11 @@ void render(Options const& options) {
     // Checked at once: importing an image first may take long.
     requireUsable(outputOf(options), OutputFile::Ending::PngOrTiff);
     imageinput::inspect(options.image, options.selection, imageinput::Colours::Shown);
-    // An image has no levels, so other zooms need a store of it. At zoom 1 reading the region suffices.
-    if (TileStore::isStore(options.image))
-        renderStore(options, options.image);
-    else if (options.zoom != 1.0)
-        renderStore(options, picturefiles::storeOf(options.image, options.selection));
-    else
-        renderImage(options);
+    // At zoom 1 reading the region suffices.
+    if (options.zoom == 1.0 && !TileStore::isStore(options.image)) return renderImage(options);
+    auto const source = picturefiles::shownAtOnce(options.image, options.selection);
+    renderLevels(options,
+                 source ? *source : picturefiles::storeOf(options.image, options.selection, options.cacheBytes));
 }
 
 std::string checkZoom(std::string const& text) {
@@ -251,7 +261,7 @@ void addRenderCommand(CLI::App& program) {
     command
         ->add_option("--zoom", options->zoom,
                      "Magnification, output pixels per picture pixel: a whole number, or below 1 the nearest of 32 "
-                     "steps per halving. For an image, a store is made first")
+                     "steps per halving")
         ->capture_default_str()
         ->type_name("Z")
         ->check(checkZoom);
@@ -269,6 +279,7 @@ void addRenderCommand(CLI::App& program) {
         ->check(CLI::Range(RegionRenderer::kMinTileSize, RegionRenderer::kMaxTileSize));
     command->add_flag("--smooth", options->smooth,
                       "Zoom below 1: bilinear interpolation instead of the nearest sample");
+    addCacheOption(*command, options->cacheBytes);
     addFilterOptions(*command);
     command->callback([options, command] {
         options->steps = filterStepsOf(*command);

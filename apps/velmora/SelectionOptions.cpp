@@ -53,6 +53,22 @@ void addSelectionOptions(CLI::App& command, ImageSelection& selection) {
         ->group(kGroup);
 }
 
+void addCacheOption(CLI::App& command, std::uint64_t& bytes) {
+    command
+        .add_option(
+            "--cache-size", bytes,
+            "What stores of images may take in the cache; those that were used longest ago go first. Default: 10GB")
+        ->type_name("SIZE")
+        ->transform(CLI::AsSizeValue(true))
+        // Runs before the other one, which would take -1 for the largest number.
+        ->transform(CLI::Validator(
+            [](std::string const& text) {
+                bool const isNumber = !text.empty() && text.front() >= '0' && text.front() <= '9';
+                return isNumber ? std::string() : "\"" + text + "\" is no size, such as 10GB or 500MB";
+            },
+            ""));
+}
+
 std::string checkNamed(std::string const& name) {
     return name.empty() ? "the name of a file is empty" : "";
 }

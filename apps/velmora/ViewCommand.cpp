@@ -27,11 +27,12 @@ constexpr double kMaxWindowSide = 16384;
 constexpr auto kExamples = R"(Examples:
   velmora view                                   the built-in picture
   velmora view slide.vlm                         a tile store
-  velmora view scan.tif --gamma 2.2,300,9000     an image: a store of it is made first, once
+  velmora view slide.svs                         a whole slide, by the levels that it has
+  velmora view scan.tif --gamma 2.2,300,9000     an image of 16 bits: a store of it is made first, once
   velmora view slide.vlm --at 52000,31000,1 --size 1920x1080 --screenshot part.png
 
 Drag and wheel move; the key ? shows all keys. Stores of images are kept in $XDG_CACHE_HOME/velmora
-or ~/.cache/velmora and may be deleted at any time.)";
+or ~/.cache/velmora; velmora cache shows and clears them.)";
 
 struct Memory {
     size_t host = 256; // megabytes
@@ -164,6 +165,8 @@ void addViewCommand(CLI::App& program) {
     command->add_option("--jobs", options->importJobs, "Threads that read tiles; default: one per core")
         ->type_name("N")
         ->check(CLI::Range(size_t{1}, kMaxJobs));
+    options->cacheBytes = picturefiles::kCacheBytes;
+    addCacheOption(*command, options->cacheBytes);
     command->add_flag("--bare", options->bare, "Show the picture without overlay");
     command
         ->add_option("--screenshot", options->screenshot,

@@ -12,6 +12,8 @@ set(files
     SampleLayout.h
     ScratchTile.cpp
     ScratchTile.h
+    StagedTile.cpp
+    StagedTile.h
     TileNumbers.cpp
     TileNumbers.h)
 list(TRANSFORM files PREPEND ${CMAKE_CURRENT_LIST_DIR}/)

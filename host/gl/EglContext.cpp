@@ -18,32 +18,26 @@ constexpr EGLAttrib kAngleTypeVulkan = 0x3450;
 constexpr EGLAttrib kAngleDeviceType = 0x3209;
 constexpr EGLAttrib kAngleDeviceTypeSwiftShader = 0x3487;
 
+struct ErrorName {
+    EGLint error;
+    char const* text;
+};
+
+constexpr std::array<ErrorName, 11> kErrorNames{{{EGL_SUCCESS, "no EGL error"},
+                                                 {EGL_NOT_INITIALIZED, "EGL_NOT_INITIALIZED"},
+                                                 {EGL_BAD_ACCESS, "EGL_BAD_ACCESS"},
+                                                 {EGL_BAD_ALLOC, "EGL_BAD_ALLOC"},
+                                                 {EGL_BAD_ATTRIBUTE, "EGL_BAD_ATTRIBUTE"},
+                                                 {EGL_BAD_CONFIG, "EGL_BAD_CONFIG"},
+                                                 {EGL_BAD_CONTEXT, "EGL_BAD_CONTEXT"},
+                                                 {EGL_BAD_DISPLAY, "EGL_BAD_DISPLAY"},
+                                                 {EGL_BAD_MATCH, "EGL_BAD_MATCH"},
+                                                 {EGL_BAD_PARAMETER, "EGL_BAD_PARAMETER"},
+                                                 {EGL_BAD_SURFACE, "EGL_BAD_SURFACE"}}};
+
 std::string errorName(EGLint error) {
-    switch (error) {
-    case EGL_SUCCESS:
-        return "no EGL error";
-    case EGL_NOT_INITIALIZED:
-        return "EGL_NOT_INITIALIZED";
-    case EGL_BAD_ACCESS:
-        return "EGL_BAD_ACCESS";
-    case EGL_BAD_ALLOC:
-        return "EGL_BAD_ALLOC";
-    case EGL_BAD_ATTRIBUTE:
-        return "EGL_BAD_ATTRIBUTE";
-    case EGL_BAD_CONFIG:
-        return "EGL_BAD_CONFIG";
-    case EGL_BAD_CONTEXT:
-        return "EGL_BAD_CONTEXT";
-    case EGL_BAD_DISPLAY:
-        return "EGL_BAD_DISPLAY";
-    case EGL_BAD_MATCH:
-        return "EGL_BAD_MATCH";
-    case EGL_BAD_PARAMETER:
-        return "EGL_BAD_PARAMETER";
-    case EGL_BAD_SURFACE:
-        return "EGL_BAD_SURFACE";
-    default:
-        break;
+    for (ErrorName const& name : kErrorNames) {
+        if (name.error == error) return name.text;
     }
     std::ostringstream text;
     text << "EGL error 0x" << std::hex << error;

@@ -3,6 +3,7 @@
 #include <fitsio.h>
 
 #include <array>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -123,6 +124,7 @@ private:
             sides[axis] = 1;
         setSize(sides);
         setType();
+        setBlank();
         requireData();
     }
 
@@ -154,6 +156,21 @@ private:
             return;
         }
         throw imageNotRead(file_->path(), "its samples are integers of 64 bits, which are not read");
+    }
+
+    // BLANK names an integer as it lies in the file; samples are scaled.
+    void setBlank() {
+        if (facts_.layout.type == SampleType::Float32 || facts_.layout.type == SampleType::Float64) return;
+        auto const blank = number("BLANK");
+        if (blank) facts_.nodata = number("BZERO").value_or(0) + number("BSCALE").value_or(1) * *blank;
+    }
+
+    std::optional<double> number(char const* key) const {
+        int status = 0;
+        double value = 0;
+        bool const found = fits_read_key(fits_, TDOUBLE, key, &value, nullptr, &status) == 0;
+        fits_clear_errmsg();
+        return found ? std::optional(value) : std::nullopt;
     }
 
     // Sizes in a header are not trusted.

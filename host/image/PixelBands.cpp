@@ -1,6 +1,12 @@
 #include "host/image/PixelBands.h"
 
+#include <array>
 #include <cstring>
+
+char const* pixelbands::toText(size_t bands) {
+    constexpr std::array<char const*, 4> kNames{"grey", "grey and alpha", "RGB", "RGBA"};
+    return kNames.at(bands - 1);
+}
 
 void pixelbands::widen(std::uint8_t const* from, size_t bands, std::uint8_t* to, size_t count) {
     size_t const wide = components(bands);

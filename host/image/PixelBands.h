@@ -17,6 +17,9 @@ constexpr bool isGrey(size_t bands) {
     return bands <= 2;
 }
 
+/// "grey", "grey and alpha", "RGB" or "RGBA".
+char const* toText(size_t bands);
+
 /// Components of the tiles that hold pixels of `bands` bands: RGB for grey, RGBA for grey and alpha.
 constexpr size_t components(size_t bands) {
     return hasAlpha(bands) ? 4 : 3;

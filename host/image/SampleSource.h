@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// The name of the colour space of linear light, whose samples may exceed white.
 constexpr auto kLinearLight = "linear light";
@@ -41,6 +42,9 @@ struct ImageFacts {
     double pixelsPerMillimetreY = 0; ///<
     std::string drawn;               ///< how pixels were drawn if the file has none: "drawn at 72 pixels per inch"
     std::uint64_t heldBytes = 0;     ///< approximate memory of the decoder while it reads, besides a few rows
+    size_t levels = 1;               ///< sizes in which the decoder gives the picture, at most: SampleRequest::level
+    std::optional<double> nodata;    ///< the sample that means that there is none
+    std::vector<std::uint8_t> iccProfile; ///< empty: none is stated
 };
 
 /// The samples of a picture, unchanged from the file.
@@ -64,6 +68,7 @@ struct SampleRequest {
     std::optional<size_t> page; ///< from 1; empty: the file's main picture, or else the first
     bool toSrgb = false;        ///< convert colours to sRGB, if facts().convertible
     bool asNumbers = false;     ///< bands as they lie in the file, even if colours are premultiplied by alpha
+    size_t level = 0;           ///< below facts().levels; 0: the full size, others: smaller ones
 };
 
 /// Opens a picture file of any supported format. Throws HostError: unreadable image; usage, if there is no such page.

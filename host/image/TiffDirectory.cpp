@@ -1,12 +1,11 @@
 #include "host/image/TiffDirectory.h"
 
-#include "host/image/TiffMessage.h"
+#include "host/image/TiffFile.h"
 
 #include <tiffio.h>
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <utility>
 
 namespace {
@@ -15,94 +14,21 @@ constexpr double kMillimetresPerInch = 25.4;
 constexpr double kMillimetresPerCentimetre = 10;
 constexpr size_t kLeastKeptRows = 512; // for a picture in strips, libvips keeps at least these
 
-// I/O callbacks for libtiff. They write nothing and map nothing: a mapped file that shrinks would end the program.
-struct Client {
-    InputFile* file;
-    std::uint64_t position = 0;
-
-    static Client& of(thandle_t handle) { return *static_cast<Client*>(handle); }
-
-    static tmsize_t read(thandle_t handle, void* bytes, tmsize_t count) {
-        auto const got = of(handle).file->readAt(of(handle).position, bytes, static_cast<size_t>(count));
-        if (got > 0) of(handle).position += static_cast<std::uint64_t>(got);
-        return got;
-    }
-    static tmsize_t write(thandle_t, void*, tmsize_t) { return -1; }
-    static toff_t seek(thandle_t handle, toff_t offset, int whence) {
-        Client& client = of(handle);
-        if (whence == SEEK_SET) client.position = offset;
-        if (whence == SEEK_CUR) client.position += offset;
-        if (whence == SEEK_END) client.position = client.file->size() + offset;
-        return client.position;
-    }
-    static int close(thandle_t) { return 0; }
-    static toff_t size(thandle_t handle) { return of(handle).file->size(); }
-    static int map(thandle_t, void**, toff_t*) { return 0; }
-    static void unmap(thandle_t, void*, toff_t) {}
-};
-
-class Tiff {
-public:
-    explicit Tiff(InputFile& file) : client_{&file} {
-        tiff_ = TIFFClientOpenExt(file.path().c_str(), "rmC", &client_, Client::read, Client::write, Client::seek,
-                                  Client::close, Client::size, Client::map, Client::unmap, message_.options().get());
-        if (tiff_ == nullptr) throw failure();
-    }
-    Tiff(Tiff const&) = delete;
-    Tiff& operator=(Tiff const&) = delete;
-    ~Tiff() {
-        if (tiff_ != nullptr) TIFFClose(tiff_);
-    }
-
-    TIFF* get() const { return tiff_; }
-
-    template <class Value>
-    Value value(std::uint32_t tag, Value otherwise) const {
-        Value found{};
-        return TIFFGetFieldDefaulted(tiff_, tag, &found) == 1 ? found : otherwise;
-    }
-
-    HostError failure() const {
-        client_.file->rethrow();
-        return unreadableImage(client_.file->path(), *message_.text() == 0 ? "it is no TIFF file" : message_.text());
-    }
-
-private:
-    Client client_;
-    TiffMessage message_;
-    TIFF* tiff_ = nullptr;
-};
-
-bool isReduced(Tiff const& tiff) {
-    return (tiff.value<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0) & FILETYPE_REDUCEDIMAGE) != 0;
-}
-
-bool hasSubDirectories(Tiff const& tiff) {
-    std::uint16_t count = 0;
-    toff_t* offsets = nullptr;
-    return TIFFGetField(tiff.get(), TIFFTAG_SUBIFD, &count, &offsets) == 1 && count > 0;
-}
-
-// The directories that are no reduced-size copies of others.
-std::vector<size_t> pagesOf(Tiff const& tiff, InputFile const& file) {
-    std::vector<size_t> whole;
-    size_t count = 0;
+// Throws for a file whose directories are all reduced-size copies of a picture that lies elsewhere.
+void findPages(TiffChain& chain, InputFile const& file) {
     bool more = false;
-    do {
-        if (!isReduced(tiff)) whole.push_back(count);
-        more = more || hasSubDirectories(tiff);
-        ++count;
-    } while (TIFFReadDirectory(tiff.get()) == 1);
-    file.rethrow();
-    if (!whole.empty()) return whole;
+    for (size_t i = 0; i < chain.entries.size(); ++i) {
+        if (!chain.entries[i].isReduced()) chain.pages.push_back(i);
+        more = more || !chain.entries[i].subDirectories.empty();
+    }
+    if (!chain.pages.empty()) return;
     if (more)
         throw imageNotRead(file.path(),
                            "it holds previews of a picture that lies where it is not looked for, as raw files "
                            "of cameras do; export it as a plain TIFF");
     // All directories are marked as reduced copies: each counts as a page.
-    for (size_t i = 0; i < count; ++i)
-        whole.push_back(i);
-    return whole;
+    for (size_t i = 0; i < chain.entries.size(); ++i)
+        chain.pages.push_back(i);
 }
 
 struct Meaning {
@@ -111,7 +37,7 @@ struct Meaning {
     bool convertible;
 };
 
-Meaning meaningOf(Tiff const& tiff, std::uint16_t photometric, std::uint16_t compression, std::uint16_t bands) {
+Meaning meaningOf(TiffFile const& tiff, std::uint16_t photometric, std::uint16_t compression, std::uint16_t bands) {
     switch (photometric) {
     case PHOTOMETRIC_MINISWHITE:
     case PHOTOMETRIC_MINISBLACK:
@@ -138,7 +64,7 @@ Meaning meaningOf(Tiff const& tiff, std::uint16_t photometric, std::uint16_t com
 }
 
 // Palettes have 16 bits; libvips takes the upper 8, or the lower 8 of palettes that have no others.
-void describePalette(Tiff const& tiff, TiffDirectory& directory) {
+void describePalette(TiffFile const& tiff, TiffDirectory& directory) {
     std::array<std::uint16_t*, 3> maps{};
     auto const bits = tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
     if (bits > 16 || TIFFGetField(tiff.get(), TIFFTAG_COLORMAP, maps.data(), &maps[1], &maps[2]) != 1) return;
@@ -205,7 +131,7 @@ private:
     bool big_ = false;
 };
 
-void describeBands(Tiff const& tiff, InputFile& file, TiffDirectory& directory) {
+void describeBands(TiffFile const& tiff, InputFile& file, TiffDirectory& directory) {
     auto const bands = tiff.value<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
     Meaning meaning = meaningOf(tiff, directory.photometric, directory.compression, bands);
     directory.colourBands = meaning.colourBands;
@@ -223,7 +149,7 @@ void describeBands(Tiff const& tiff, InputFile& file, TiffDirectory& directory) 
 }
 
 // libvips would report such samples as damage.
-void requireReadSamples(Tiff const& tiff, InputFile const& file) {
+void requireReadSamples(TiffFile const& tiff, InputFile const& file) {
     auto const bits = tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
     auto const format = tiff.value<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
     if (format == SAMPLEFORMAT_COMPLEXINT || format == SAMPLEFORMAT_COMPLEXIEEEFP)
@@ -253,7 +179,7 @@ std::uint64_t mostBytesPerByte(std::uint16_t compression) {
     }
 }
 
-void describeSize(Tiff const& tiff, InputFile const& file, TiffDirectory& directory) {
+void describeSize(TiffFile const& tiff, InputFile const& file, TiffDirectory& directory) {
     auto const width = tiff.value<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
     auto const height = tiff.value<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
     auto const bits = std::uint64_t{tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1)} *
@@ -277,7 +203,7 @@ void describeSize(Tiff const& tiff, InputFile const& file, TiffDirectory& direct
                                                " pixels, which are more than the file holds");
 }
 
-void describeResolution(Tiff const& tiff, TiffDirectory& directory) {
+void describeResolution(TiffFile const& tiff, TiffDirectory& directory) {
     double millimetres = 0;
     switch (tiff.value<std::uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH)) {
     case RESUNIT_INCH:
@@ -295,20 +221,51 @@ void describeResolution(Tiff const& tiff, TiffDirectory& directory) {
 
 } // namespace
 
-TiffDirectory TiffDirectory::read(InputFile& file, SampleRequest const& request) {
-    Tiff const tiff(file);
-    std::vector<size_t> const pages = pagesOf(tiff, file);
+bool TiffChain::Entry::isReduced() const {
+    return (subfileType & FILETYPE_REDUCEDIMAGE) != 0;
+}
+
+bool TiffChain::Entry::isMask() const {
+    return (subfileType & FILETYPE_MASK) != 0;
+}
+
+TiffChain TiffChain::read(TiffFile const& tiff) {
+    TiffChain chain;
+    do {
+        Entry entry;
+        entry.offset = TIFFCurrentDirOffset(tiff.get());
+        entry.subfileType = tiff.value<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0);
+        std::uint16_t count = 0;
+        toff_t* offsets = nullptr;
+        if (TIFFGetField(tiff.get(), TIFFTAG_SUBIFD, &count, &offsets) == 1)
+            entry.subDirectories.assign(offsets, offsets + count);
+        chain.entries.push_back(std::move(entry));
+    } while (TIFFReadDirectory(tiff.get()) == 1);
+    tiff.file().rethrow();
+    findPages(chain, tiff.file());
+    return chain;
+}
+
+TiffDirectory TiffDirectory::current(TiffFile const& tiff) {
     TiffDirectory directory;
-    directory.pages = pages.size();
-    directory.index = pages[requirePage(file, request, pages.size(), "pages") - 1];
-    if (TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(directory.index)) != 1) throw tiff.failure();
     directory.photometric = tiff.value<std::uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
     directory.compression = tiff.value<std::uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-    requireReadSamples(tiff, file);
-    describeBands(tiff, file, directory);
-    describeSize(tiff, file, directory);
+    describeBands(tiff, tiff.file(), directory);
+    describeSize(tiff, tiff.file(), directory);
     describeResolution(tiff, directory);
     char const* description = nullptr;
     if (TIFFGetField(tiff.get(), TIFFTAG_IMAGEDESCRIPTION, &description) == 1) directory.description = description;
+    return directory;
+}
+
+TiffDirectory TiffDirectory::read(InputFile& file, SampleRequest const& request) {
+    TiffFile const tiff(file, "rmC");
+    TiffChain const chain = TiffChain::read(tiff);
+    size_t const index = chain.pages[requirePage(file, request, chain.pages.size(), "pages") - 1];
+    if (TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(index)) != 1) throw tiff.failure();
+    requireReadSamples(tiff, file);
+    TiffDirectory directory = current(tiff);
+    directory.pages = chain.pages.size();
+    directory.index = index;
     return directory;
 }

@@ -6,6 +6,26 @@
 #include <string>
 #include <vector>
 
+class TiffFile;
+
+/// The directories of a TIFF file.
+struct TiffChain {
+    struct Entry {
+        std::uint64_t offset = 0; ///< in the file
+        std::uint32_t subfileType = 0;
+        std::vector<std::uint64_t> subDirectories; ///< offsets
+
+        bool isReduced() const; ///< a smaller copy of another picture
+        bool isMask() const;
+    };
+
+    std::vector<Entry> entries; ///< as they follow one another
+    std::vector<size_t> pages;  ///< indices of those that are no reduced-size copies of others
+
+    /// From the first directory on, which must be the current one. Throws HostError (unreadable image).
+    static TiffChain read(TiffFile const& tiff);
+};
+
 /// The properties of the picture in one directory of a TIFF file that libvips does not report.
 struct TiffDirectory {
     size_t index = 0;              ///< in the file, from 0
@@ -28,4 +48,6 @@ struct TiffDirectory {
 
     /// Throws HostError (unreadable image; usage, if there is no such page).
     static TiffDirectory read(InputFile& file, SampleRequest const& request);
+    /// Of the current directory: `index` and `pages` are left out. Throws HostError (unreadable image).
+    static TiffDirectory current(TiffFile const& tiff);
 };

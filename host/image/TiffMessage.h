@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/image/Complaint.h"
+
 #include <tiffio.h>
 
 #include <array>
@@ -7,8 +9,8 @@
 #include <cstdio>
 #include <memory>
 
-/// libtiff's last error about one file; warnings are dropped. It must outlive the file that was opened with its
-/// options.
+/// libtiff's last error and last warning about one file, without warnings that mean no damage. It must outlive the file
+/// that was opened with its options.
 class TiffMessage {
 public:
     using Options = std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)>;
@@ -21,12 +23,16 @@ public:
     Options options() {
         Options options(TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
         TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keep, this);
-        TIFFOpenOptionsSetWarningHandlerExtR(options.get(), drop, nullptr);
+        TIFFOpenOptionsSetWarningHandlerExtR(options.get(), keepWarning, this);
         return options;
     }
 
     /// Empty if there was no error.
     char const* text() const { return text_.data(); }
+    /// Empty if there was no warning. Decoders warn of damaged data, and fill the rest with grey.
+    char const* warning() const { return warning_.data(); }
+    /// Forgets both.
+    void clear() { text_[0] = warning_[0] = 0; }
 
 private:
     [[gnu::format(printf, 4, 0)]] static int keep(TIFF*, void* message, char const*, char const* format,
@@ -35,7 +41,15 @@ private:
         std::vsnprintf(text.data(), text.size(), format, arguments);
         return 1;
     }
-    static int drop(TIFF*, void*, char const*, char const*, va_list) { return 1; }
+    [[gnu::format(printf, 4, 0)]] static int keepWarning(TIFF*, void* message, char const*, char const* format,
+                                                         va_list arguments) {
+        Text text{};
+        std::vsnprintf(text.data(), text.size(), format, arguments);
+        if (!complaint::isHarmless(text.data())) static_cast<TiffMessage*>(message)->warning_ = text;
+        return 1;
+    }
 
-    std::array<char, 256> text_{};
+    using Text = std::array<char, 256>;
+    Text text_{};
+    Text warning_{};
 };

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -19,6 +20,7 @@ using vipsopening::Opened;
 namespace {
 
 constexpr auto kMultiplied = "colours multiplied by their alpha";
+constexpr long kMostLevels = 64;
 // libvips keeps this many rows of a slide's tiles, for tiles of the largest height.
 constexpr double kSlideRows = 2.5 * 1024;
 
@@ -54,8 +56,7 @@ bool mayBeSlide(InputFile& file) {
 }
 
 bool reads(Loader const& loader, InputFile& file, VipsSource* source) {
-    if (is(loader, "openslideload"))
-        return mayBeSlide(file) && vips_foreign_is_a(loader.nickname, file.path().c_str()) != 0;
+    if (is(loader, "openslideload")) return vipsopening::isSlide(file);
     // libvips does not accept a TIFF whose first directory is damaged; it is reported as a damaged TIFF.
     if (is(loader, "tiffload")) return isTiff(file);
     vips_source_rewind(source);
@@ -90,6 +91,24 @@ Preparation prepare(Loader const& loader, InputFile& file, SampleRequest const& 
     return known;
 }
 
+void setLevel(Loader const& loader, size_t level, vips::VOption* options) {
+    if (is(loader, "openslideload")) options->set("level", static_cast<int>(level));
+    if (is(loader, "jp2kload")) options->set("page", static_cast<int>(level));
+    if (is(loader, "jpegload")) options->set("shrink", 1 << level);
+}
+
+// Sizes that the decoder gives.
+size_t levelsOf(VImage const& image, Loader const& loader) {
+    char const* const counter = is(loader, "openslideload") ? "openslide.level-count" : VIPS_META_N_PAGES;
+    if (is(loader, "jpegload")) return 4; // 1, 1/2, 1/4, 1/8
+    if (!is(loader, "openslideload") && !is(loader, "jp2kload")) return 1;
+    if (image.get_typeof(counter) == 0) return 1;
+    // libvips keeps OpenSlide's properties as texts.
+    bool const isText = image.get_typeof(counter) != G_TYPE_INT;
+    long const count = isText ? std::strtol(image.get_string(counter), nullptr, 10) : image.get_int(counter);
+    return static_cast<size_t>(std::clamp(count, 1L, kMostLevels));
+}
+
 VImage load(Loader const& loader, InputFile const& file, VipsSource* source, SampleRequest const& request,
             Preparation const& known) {
     VImage image;
@@ -99,6 +118,7 @@ VImage load(Loader const& loader, InputFile const& file, VipsSource* source, Sam
         options->set("page", static_cast<int>(known.tiff->index));
     else if (loader.paged && request.page)
         options->set("page", static_cast<int>(std::min<size_t>(*request.page, 100000)) - 1);
+    if (request.level > 0) setLevel(loader, request.level, options);
     // As a loader's argument: VImage::new_from_file takes a "[" in a file name for options.
     if (is(loader, "openslideload")) {
         VImage::call(loader.nickname, options->set("filename", file.path().c_str()));
@@ -187,6 +207,13 @@ void requirePossible(VImage const& image, Loader const& loader, InputFile const&
                                            std::to_string(height) + " pixels, which are more than the file holds");
 }
 
+std::vector<std::uint8_t> profileOf(VImage const& image) {
+    if (image.get_typeof(VIPS_META_ICC_NAME) == 0) return {};
+    size_t bytes = 0;
+    auto const* const profile = static_cast<std::uint8_t const*>(image.get_blob(VIPS_META_ICC_NAME, &bytes));
+    return {profile, profile + bytes};
+}
+
 // HEIF's decoder turns pictures itself.
 int ignoredOrientation(VImage const& image, Loader const& loader) {
     if (is(loader, "heifload")) return 1;
@@ -222,6 +249,10 @@ std::uint64_t heldBytes(VImage const& image, Loader const& loader, InputFile con
 
 } // namespace
 
+bool vipsopening::isSlide(InputFile& file) {
+    return mayBeSlide(file) && vips_foreign_is_a("openslideload", file.path().c_str()) != 0;
+}
+
 Opened vipsopening::open(std::shared_ptr<InputFile> const& file, SampleRequest const& request) {
     auto source = std::make_unique<VipsSourceOfFile>(file, std::vector<std::uint64_t>{});
     Loader const& loader = loaderOf(*file, source->get());
@@ -244,6 +275,8 @@ Opened vipsopening::open(std::shared_ptr<InputFile> const& file, SampleRequest c
     requirePossible(loaded, loader, *file);
     facts.orientation = ignoredOrientation(loaded, loader);
     facts.heldBytes = heldBytes(loaded, loader, *file, known);
+    facts.levels = levelsOf(loaded, loader);
+    facts.iccProfile = profileOf(loaded);
     if (is(loader, "pdfload")) facts.drawn = "drawn at 72 pixels per inch";
     setDensity(loaded, loader, known, facts);
 

@@ -17,6 +17,9 @@ struct Opened {
     bool readsAnywhere = false;
 };
 
+/// Whether OpenSlide reads the file.
+bool isSlide(InputFile& file);
+
 /// Throws HostError (unreadable image; usage), vips::VError.
 Opened open(std::shared_ptr<InputFile> const& file, SampleRequest const& request);
 

@@ -1,6 +1,7 @@
 #include "host/image/VipsSamples.h"
 
 #include "host/HostError.h"
+#include "host/image/Complaint.h"
 #include "host/image/VipsLibrary.h"
 #include "host/image/VipsOpening.h"
 
@@ -8,6 +9,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
+#include <shared_mutex>
 #include <sstream>
 #include <utility>
 
@@ -43,16 +46,39 @@ HostError unreadable(InputFile const& file, std::string const& text) {
     return unreadableImage(file.path(), complaintOf(text));
 }
 
-// Messages of JPEG decoders about bytes between two segments, which hold nothing, and about a redundant header.
-bool isHarmless(std::string const& complaint) {
-    return complaint.find("extraneous bytes") != std::string::npos ||
-           complaint.find("Invalid SOS parameters") != std::string::npos;
+// libvips keeps the complaints of all threads in one buffer. Readings of several threads go on side by side as long as
+// it stays empty; a reading that finds it filled is repeated while no other goes on: then complaints are its own.
+// Opening a file is always alone: trying the loaders leaves complaints.
+class Readings {
+public:
+    using Together = std::shared_lock<std::shared_mutex>;
+    using Alone = std::unique_lock<std::shared_mutex>;
+
+    Together together() {
+        std::lock_guard<std::mutex> const lock(door_);
+        return Together(inside_);
+    }
+    // The door stays shut while this thread waits: else readings that follow one another would keep it out for ever.
+    Alone alone() {
+        std::lock_guard<std::mutex> const lock(door_);
+        return Alone(inside_);
+    }
+
+private:
+    std::mutex door_;
+    std::shared_mutex inside_;
+};
+
+Readings& readings() {
+    static Readings all;
+    return all;
 }
 
 class VipsSamples final : public SampleSource {
 public:
     VipsSamples(std::shared_ptr<InputFile> file, SampleRequest const& request)
         : file_(std::move(file)),
+          request_(request),
           opened_(vipsopening::open(file_, request)),
           region_(regionOf(*file_, opened_.image)) {}
 
@@ -83,6 +109,28 @@ private:
 
     void prepare(int x, int y, int width, int rows) {
         file_->check();
+        if (opened_.readsAnywhere && prepareWithOthers(x, y, width, rows)) return;
+        auto const lock = readings().alone();
+        // A reading that has left complaints is repeated by its own thread.
+        vips_error_clear();
+        if (opened_.readsAnywhere) reopen();
+        prepareAlone(x, y, width, rows);
+    }
+
+    // Returns whether nothing failed and no thread complains.
+    bool prepareWithOthers(int x, int y, int width, int rows) {
+        auto const lock = readings().together();
+        try {
+            region_.prepare(x, y, width, rows);
+        } catch (VError const&) {
+            file_->rethrow();
+            return false;
+        }
+        file_->rethrow();
+        return *vips_error_buffer() == 0;
+    }
+
+    void prepareAlone(int x, int y, int width, int rows) {
         try {
             region_.prepare(x, y, width, rows);
         } catch (VError const& error) {
@@ -93,18 +141,39 @@ private:
         std::string const complaint = vips_error_buffer();
         if (complaint.empty()) return;
         vips_error_clear();
-        if (!isHarmless(complaint)) throw unreadable(*file_, complaint);
+        if (!complaint::isHarmless(complaint)) throw unreadable(*file_, complaint);
+    }
+
+    // A decoder that has failed may not go on.
+    void reopen() {
+        try {
+            opened_ = vipsopening::open(file_, request_);
+            region_ = regionOf(*file_, opened_.image);
+        } catch (VError const& error) {
+            throw unreadable(*file_, error.what());
+        }
+        vips_error_clear();
     }
 
     std::shared_ptr<InputFile> file_;
+    SampleRequest request_;
     vipsopening::Opened opened_;
     VRegion region_;
 };
 
 } // namespace
 
+bool vipssamples::isSlide(InputFile& file) {
+    vipslibrary::start();
+    auto const lock = readings().alone();
+    bool const is = vipsopening::isSlide(file);
+    vips_error_clear();
+    return is;
+}
+
 std::unique_ptr<SampleSource> vipssamples::open(std::shared_ptr<InputFile> const& file, SampleRequest const& request) {
     vipslibrary::start();
+    auto const lock = readings().alone();
     try {
         auto source = std::make_unique<VipsSamples>(file, request);
         file->rethrow();

@@ -8,6 +8,9 @@
 /// through OpenSlide. ICC profiles and orientation tags are not applied.
 namespace vipssamples {
 
+/// Whether the file is given to OpenSlide.
+bool isSlide(InputFile& file);
+
 /// Throws HostError (unreadable image; usage).
 std::unique_ptr<SampleSource> open(std::shared_ptr<InputFile> const& file, SampleRequest const& request);
 

@@ -1,6 +1,7 @@
 #include "host/output/Leftovers.h"
 
 #include "host/Fnv1a.h"
+#include "host/output/FileLock.h"
 
 #include <array>
 #include <cerrno>
@@ -44,32 +45,14 @@ bool isTemporary(std::string const& name) {
     return end.size() == kDigits && end.find_first_not_of("0123456789abcdef") == std::string::npos;
 }
 
-// A lock of the open file description, not of the process: SQLite's locks on a store's file belong to the process, and
-// would go with any of its descriptors that is closed. The lock covers one byte, far from the data and from the bytes
-// that SQLite locks, because network file systems may keep others from writing to locked bytes.
-bool lock(int descriptor, short kind, int command) {
-    struct flock range {};
-    range.l_type = kind;
-    range.l_whence = SEEK_SET;
-    range.l_start = off_t{1} << 62;
-    range.l_len = 1;
-    int done = 0;
-    while ((done = fcntl(descriptor, command, &range)) != 0 && errno == EINTR) {}
-    return done == 0;
-}
-
-bool locksAreMissing(int errorNumber) {
-    return errorNumber == EINVAL || errorNumber == ENOLCK || errorNumber == ENOSYS || errorNumber == EOPNOTSUPP;
-}
-
 // A file that can be locked has no writer any more. It is locked while it is removed: a writer that has only just
 // created it waits for the lock.
 void removeLeftover(fs::path const& path) {
     int const descriptor = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) return;
     struct stat status {};
-    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && lock(descriptor, F_RDLCK, F_OFD_SETLK))
-        unlink(path.c_str());
+    bool const isFile = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    if (isFile && filelock::take(descriptor, filelock::Kind::Shared)) unlink(path.c_str());
     close(descriptor);
 }
 
@@ -94,7 +77,7 @@ fs::path leftovers::temporaryName(fs::path const& target) {
 }
 
 bool leftovers::hold(int descriptor) {
-    if (!lock(descriptor, F_WRLCK, F_OFD_SETLKW) && !locksAreMissing(errno))
+    if (!filelock::await(descriptor, filelock::Kind::Exclusive) && !filelock::isMissing(errno))
         throw std::system_error(errno, std::generic_category());
     struct stat status {};
     if (fstat(descriptor, &status) != 0) throw std::system_error(errno, std::generic_category());

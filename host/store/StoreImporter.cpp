@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "host/PlainText.h"
 #include "host/Threads.h"
+#include "host/image/PixelBands.h"
 #include "host/image/PixelSource.h"
 #include "host/store/ColourPlanes.h"
 #include "host/store/CompressionPool.h"
@@ -11,7 +12,6 @@
 #include "host/store/TileStoreWriter.h"
 
 #include <algorithm>
-#include <array>
 #include <deque>
 #include <sstream>
 
@@ -57,11 +57,6 @@ void tellOfLost(PixelSource const& source, ImportOptions const& options) {
     options.note(line);
 }
 
-char const* interpretationOf(size_t bands) {
-    constexpr std::array<char const*, StoreInfo::kMaxBands> kNames{"grey", "grey and alpha", "RGB", "RGBA"};
-    return kNames.at(bands - 1);
-}
-
 StoreInfo infoOf(PixelSource& source, ImportOptions const& options, size_t residualBits) {
     StoreInfo info;
     info.width = source.width();
@@ -74,7 +69,7 @@ StoreInfo infoOf(PixelSource& source, ImportOptions const& options, size_t resid
     info.micronsPerPixelX = micronsPerPixel(source.pixelsPerMillimetreX());
     info.micronsPerPixelY = micronsPerPixel(source.pixelsPerMillimetreY());
     info.sourceName = plainText(options.sourceName, kMaxNameBytes);
-    info.interpretation = interpretationOf(info.bands);
+    info.interpretation = pixelbands::toText(info.bands);
     auto const selection = source.selection();
     info.selection = selection.text;
     info.rangeLow = selection.rangeLow;

@@ -1,14 +1,15 @@
 #pragma once
 
 #include "host/Geometry.h"
+#include "host/PictureInfo.h"
 #include "host/store/Wavelet53.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 
-/// The contents of a tile store, and how it is cut into tiles. docs/STORE.md draws it.
-struct StoreInfo {
+/// The contents of a tile store, and how it is cut into tiles. Its levels are those of the wavelet, 1 to kMaxLevels.
+/// docs/STORE.md draws it.
+struct StoreInfo : PictureInfo {
     static constexpr size_t kMaxLevels = 12;
     static constexpr size_t kMinTileSize = 16;
     static constexpr size_t kMaxTileSize = 2048;
@@ -16,20 +17,11 @@ struct StoreInfo {
     static constexpr size_t kMaxSide = size_t{1} << 27;
     static constexpr double kMaxMicronsPerPixel = 1e12;
 
-    size_t width = 0;            ///< pixels
-    size_t height = 0;           ///< pixels
-    size_t bands = 0;            ///< 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA
-    size_t bits = 8;             ///< bits of a sample: 8 or 16
-    size_t residualBits = 0;     ///< lowest bits of each sample that stay outside the wavelet
-    size_t levels = 1;           ///< levels of the wavelet, 1 to kMaxLevels
-    size_t tileSize = 256;       ///< samples per side, even
-    double micronsPerPixelX = 0; ///< 0: unknown
-    double micronsPerPixelY = 0;
-    std::string sourceName;     ///< file name of the picture, without folders
-    std::string interpretation; ///< meaning of the bands, human-readable: "RGB"
-    std::string selection;      ///< human-readable: the part of the file, and conversions; empty: the whole, unchanged
-    double rangeLow = 0;        ///< sample of the file that became 0
-    double rangeHigh = 0;       ///< sample of the file that became the highest; both 0: samples are the file's
+    size_t residualBits = 0; ///< lowest bits of each sample that stay outside the wavelet
+    size_t tileSize = 256;   ///< samples per side, even
+    std::string selection;   ///< human-readable: the part of the file, and conversions; empty: the whole, unchanged
+    double rangeLow = 0;     ///< sample of the file that became 0
+    double rangeHigh = 0;    ///< sample of the file that became the highest; both 0: samples are the file's
 };
 
 /// First letter: along x. HL is high along x and low along y. Residual: the lowest bits of the picture's own samples.

@@ -1,5 +1,7 @@
 #include "host/view/BandReader.h"
 
+#include "host/Threads.h"
+
 #include <algorithm>
 
 namespace {
@@ -32,9 +34,10 @@ Region partRegion(StoreInfo const& info, LevelTile const& tile) {
 BandReader::BandReader(std::string const& storePath, std::shared_ptr<SampleCache> cache)
     : store_(storePath), cache_(std::move(cache)) {}
 
-std::vector<BandPart> BandReader::read(TileJob const& job) {
+void BandReader::read(LoadedTile& tile) {
     StoreInfo const& info = store_.info();
-    std::vector<BandPart> parts;
+    TileJob const& job = tile.job;
+    std::vector<BandPart>& parts = tile.parts;
     for (size_t plane = 0; plane < info.bands; ++plane) {
         if (job.what == TileJob::What::Residuals) {
             parts.push_back(part({0, Band::Residual, plane, 0, 0}, leveltile::shownRegion(info, job.tile)));
@@ -43,7 +46,6 @@ std::vector<BandPart> BandReader::read(TileJob const& job) {
         for (Band const band : bandsFor(info, job.tile))
             parts.push_back(part({bandLevel(info, job.tile), band, plane, 0, 0}, partRegion(info, job.tile)));
     }
-    return parts;
 }
 
 // A region of a band; of the address column and row do not count.
@@ -91,4 +93,12 @@ SampleCache::Samples BandReader::samples(TileAddress const& address) {
     SampleCache::Samples read = std::make_shared<std::vector<std::int16_t> const>(store_.tile(address));
     cache_->keep(address, read);
     return read;
+}
+
+std::vector<std::unique_ptr<TileReader>> bandReaders(std::string const& storePath, size_t wanted,
+                                                     std::shared_ptr<SampleCache> const& cache) {
+    std::vector<std::unique_ptr<TileReader>> readers;
+    for (size_t i = 0; i < threadsFor(wanted); ++i)
+        readers.push_back(std::make_unique<BandReader>(storePath, cache));
+    return readers;
 }

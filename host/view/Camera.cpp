@@ -31,7 +31,7 @@ double neighbour(Zoom const& zoom, bool larger) {
 
 } // namespace
 
-Camera::Camera(StoreInfo const& picture, Size const& frame) : picture_(picture), frame_(frame) {
+Camera::Camera(PictureInfo const& picture, Size const& frame) : picture_(picture), frame_(frame) {
     fit();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/store/StoreInfo.h"
+#include "host/PictureInfo.h"
 #include "host/view/View.h"
 
 #include <cstddef>
@@ -31,7 +31,7 @@ struct PicturePixel {
 class Camera {
 public:
     /// Of a picture of at least one pixel; shows the whole of it. A frame may be empty, as that of a minimised window.
-    Camera(StoreInfo const& picture, Size const& frame);
+    Camera(PictureInfo const& picture, Size const& frame);
 
     View view() const;
     Zoom const& zoom() const { return zoom_; }
@@ -68,7 +68,7 @@ private:
     void set(Zoom const& zoom, Place const& about);
     void clamp();
 
-    StoreInfo picture_;
+    PictureInfo picture_;
     Size frame_;
     Zoom zoom_;
     double wanted_ = 1; // the magnification asked for, of which zoom_ is the nearest there is

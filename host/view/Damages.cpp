@@ -8,7 +8,9 @@ void Damages::require(std::exception_ptr const& failure) {
     try {
         std::rethrow_exception(failure);
     } catch (HostError const& error) {
-        if (error.kind() != HostError::Kind::DamagedStore) throw;
+        bool const ofFile =
+            error.kind() == HostError::Kind::DamagedStore || error.kind() == HostError::Kind::UnreadableImage;
+        if (!ofFile) throw;
         if (first_.empty()) first_ = error.what();
     }
 }
@@ -34,6 +36,6 @@ bool Damages::cannotBeRebuilt(LevelTile const& tile) const {
     if (bands_.empty()) return false;
     for (LevelTile one = tile;; one = leveltile::parent(one)) {
         if (bands_.count(one) != 0) return true;
-        if (one.level == info_.levels) return false;
+        if (one.level >= coarsestParent_) return false;
     }
 }

@@ -1,25 +1,26 @@
 #pragma once
 
-#include "host/view/BandReader.h"
+#include "host/view/TileReader.h"
 
 #include <cstddef>
 #include <exception>
 #include <set>
 #include <string>
 
-/// What a view has found damaged in its store, and what cannot be rebuilt for it: each tile whose bands are damaged,
-/// and all finer ones below it.
+/// What a view has found damaged in its file, and what cannot be rebuilt for it: each damaged tile and, in a store, all
+/// finer ones below it.
 class Damages {
 public:
-    /// tolerated: they are noted, else thrown on.
-    Damages(StoreInfo const& info, bool tolerated) : info_(info), tolerated_(tolerated) {}
+    /// Tiles are rebuilt out of coarser ones up to that level; 0: each by itself. tolerated: damages are noted, else
+    /// thrown on.
+    Damages(size_t coarsestParent, bool tolerated) : coarsestParent_(coarsestParent), tolerated_(tolerated) {}
 
     /// Notes what kept a job from being done. Throws it where it is no damage, or none is tolerated.
     void note(TileJob const& job, std::exception_ptr const& failure);
     /// The same of the places that have data, without which every tile has to be read.
     void noteOfAreas(std::exception_ptr const& failure);
 
-    /// What another view of the store has found.
+    /// What another view of the file has found.
     void add(Damages const& other);
 
     bool cannotBeRebuilt(LevelTile const& tile) const;
@@ -34,7 +35,7 @@ public:
 private:
     void require(std::exception_ptr const& failure);
 
-    StoreInfo info_;
+    size_t coarsestParent_;
     bool tolerated_;
     bool areasUnknown_ = false;
     std::set<LevelTile> bands_;

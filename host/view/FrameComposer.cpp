@@ -27,7 +27,7 @@ Interval samplesRead(Zoom const& zoom, bool smooth, Interval const& samples, siz
 } // namespace
 
 FrameComposer::FrameComposer(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, ShownTiles& tiles,
-                             StoreInfo const& info)
+                             PictureInfo const& info)
     : instance_(std::move(instance)), targets_(targets), tiles_(tiles), info_(info) {}
 
 OwnedTarget FrameComposer::draw(View const& view, std::array<std::uint8_t, 3> const& background,

@@ -19,7 +19,7 @@
 class FrameComposer {
 public:
     FrameComposer(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, ShownTiles& tiles,
-                  StoreInfo const& info);
+                  PictureInfo const& info);
 
     /// Of the view's size. Where a tile is missing, the finest coarser one is shown; the background where there is
     /// none. Holes, in pixels of the picture at the view's zoom, are striped.
@@ -37,7 +37,7 @@ private:
     std::shared_ptr<RenderBackendInstance> instance_;
     FilterRunner& targets_;
     ShownTiles& tiles_;
-    StoreInfo info_;
+    PictureInfo info_;
     std::vector<size_t> background_;
     // Scratch targets for samples side by side, made once: createTarget may hand out a larger one that was used before,
     // and the scale depends on the exact size.

@@ -33,7 +33,7 @@ std::vector<std::uint16_t> LevelSamples::codes(size_t level, Region const& regio
         Region const part = common(leveltile::shownRegion(info_, tile), region);
         putColours(result, tile, part);
         if (bands > 1 && bands == info_.bands && pixelbands::hasAlpha(bands)) putAlpha(result, tile, part);
-        if (level == 0 && info_.residualBits > 0) addResiduals(result, tile, part);
+        if (hasResidualBits(level)) addResiduals(result, tile, part);
     }
     return std::move(result.codes);
 }

@@ -23,6 +23,8 @@ class LevelSamples {
 public:
     LevelSamples(FilterRunner& targets, LevelTiles& tiles, StoreInfo const& info);
 
+    /// Whether samples of the level have residual bits.
+    bool hasResidualBits(size_t level) const { return level == 0 && info_.residualBits > 0; }
     /// Keeps the residual bits of a tile of level 0.
     void keep(LoadedTile&& loaded);
     bool hasResiduals(LevelTile const& tile) const { return residuals_.count(tile) != 0; }

@@ -24,21 +24,21 @@ Region fromRange(std::vector<size_t> const& range) {
 
 } // namespace
 
-Size leveltile::levelExtent(StoreInfo const& info, size_t level) {
+Size leveltile::levelExtent(PictureInfo const& info, size_t level) {
     auto const halved = [level](size_t length) { return ((length - 1) >> level) + 1; };
     return {halved(info.width), halved(info.height)};
 }
 
-Size leveltile::pixelExtent(StoreInfo const& info, Zoom const& zoom) {
+Size leveltile::pixelExtent(PictureInfo const& info, Zoom const& zoom) {
     Size const level = levelExtent(info, zoom.level());
     return {zoom.pixelsOf(level.width), zoom.pixelsOf(level.height)};
 }
 
-Region leveltile::shownRegion(StoreInfo const& info, LevelTile const& tile) {
+Region leveltile::shownRegion(PictureInfo const& info, LevelTile const& tile) {
     return fromCorner(tile, kSide, levelExtent(info, tile.level));
 }
 
-Region leveltile::pixelRegion(StoreInfo const& info, Zoom const& zoom, LevelTile const& tile) {
+Region leveltile::pixelRegion(PictureInfo const& info, Zoom const& zoom, LevelTile const& tile) {
     Region const samples = shownRegion(info, tile);
     size_t const x = zoom.pixelsOf(samples.x);
     size_t const y = zoom.pixelsOf(samples.y);

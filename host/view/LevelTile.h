@@ -32,14 +32,14 @@ constexpr size_t kSide = 512;
 constexpr size_t kMargin = 6;
 
 /// Samples of a level that show the picture: half as many at each further one.
-Size levelExtent(StoreInfo const& info, size_t level);
+Size levelExtent(PictureInfo const& info, size_t level);
 /// Pixels of the whole picture at a zoom.
-Size pixelExtent(StoreInfo const& info, Zoom const& zoom);
+Size pixelExtent(PictureInfo const& info, Zoom const& zoom);
 
 /// The tile's samples without the margin, as far as they show the picture.
-Region shownRegion(StoreInfo const& info, LevelTile const& tile);
+Region shownRegion(PictureInfo const& info, LevelTile const& tile);
 /// The pixels of the whole picture at a zoom of the tile's level that show those samples.
-Region pixelRegion(StoreInfo const& info, Zoom const& zoom, LevelTile const& tile);
+Region pixelRegion(PictureInfo const& info, Zoom const& zoom, LevelTile const& tile);
 /// With the margin, as far as the level has samples.
 Region planeRegion(StoreInfo const& info, LevelTile const& tile);
 /// What the tile is rebuilt from: this region of each band of the next level, even in width. Not for tiles of the

@@ -3,6 +3,7 @@
 #include "host/Quietly.h"
 #include "host/filter/FilterDescriptions.h"
 #include "host/image/PixelBands.h"
+#include "host/view/BandReader.h"
 
 #include <algorithm>
 #include <iterator>
@@ -68,10 +69,6 @@ unsigned LevelTiles::depth() const {
 
 SampleLayout LevelTiles::layout() const {
     return depth() == kShownDepth ? Layout::kRgba8 : Layout::kThreeChannel16;
-}
-
-bool LevelTiles::hasParent(LevelTile const& tile) const {
-    return tile.level == info_.levels || has(leveltile::parent(tile));
 }
 
 std::vector<size_t> LevelTiles::bandIds(LevelTile const& tile, std::vector<Value> const& values) const {

@@ -3,7 +3,8 @@
 #include "host/filter/EnhancementChain.h"
 #include "host/filter/FilterRunner.h"
 #include "host/view/KeptTiles.h"
-#include "host/view/TileLoader.h"
+#include "host/view/RebuiltTiles.h"
+#include "host/view/TileReader.h"
 
 #include <cstddef>
 #include <map>
@@ -33,20 +34,17 @@ struct PlanePart {
 ///
 /// Level k is the low band that level k + 1 of the store was made into. What comes out is exact: the store continues
 /// the bands beyond the picture's edge, so no edge is a case of its own. GL thread only. Throws VelmoraException.
-class LevelTiles {
+class LevelTiles final : public RebuiltTiles {
 public:
     /// Bits of a sample that is shown as it is.
     static constexpr unsigned kShownDepth = EnhancementChain::kShownDepth;
 
     LevelTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, StoreInfo const& info);
 
-    /// Of the pixels: RGBA texels where a sample has 8 bits, else three channels of 16.
-    SampleLayout layout() const;
-    unsigned depth() const;
-
-    bool has(LevelTile const& tile) const { return tiles_.has(tile); }
-    /// Whether what the tile is rebuilt from is there, apart from its bands.
-    bool hasParent(LevelTile const& tile) const;
+    SampleLayout layout() const override;
+    unsigned depth() const override;
+    bool has(LevelTile const& tile) const override { return tiles_.has(tile); }
+    OwnedTarget const* pixels(LevelTile const& tile) override;
     /// Whether the instance's cache still has the tile's bands.
     bool hasBands(LevelTile const& tile) const;
 
@@ -57,8 +55,6 @@ public:
     /// From high bands of 0.
     void buildEmpty(LevelTile const& tile);
 
-    /// The pixels of leveltile::shownRegion(); null where the tile is not there.
-    OwnedTarget const* pixels(LevelTile const& tile);
     /// The samples of a plane. The tile is there.
     PlanePart const& plane(LevelTile const& tile, size_t plane);
 

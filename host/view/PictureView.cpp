@@ -3,27 +3,38 @@
 #include "host/HostError.h"
 #include "host/filter/FilterDescriptions.h"
 #include "host/image/PixelBands.h"
-#include "host/view/AlphaPlane.h"
+#include "host/view/PyramidStages.h"
+#include "host/view/StoreTileStages.h"
 
 #include <stdexcept>
 
-PictureView::PictureView(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
+namespace {
+
+std::unique_ptr<PictureStages> stagesOf(std::shared_ptr<RenderBackendInstance> const& instance, FilterRunner& targets,
+                                        PictureSource const& source, PictureView::Options const& options) {
+    if (source.pyramid) return std::make_unique<PyramidStages>(instance, targets, source.pyramid, options.threads);
+    StoreTileStages::Options const ofStore = {options.threads, options.hostBytes, options.interruption};
+    return std::make_unique<StoreTileStages>(instance, targets, source.store, ofStore);
+}
+
+} // namespace
+
+PictureView::PictureView(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
                          Options const& options)
     : instance_(instance),
       background_(options.background),
       targets_(instance),
-      stages_(instance, targets_, storePath, {options.threads, options.hostBytes, options.interruption}),
-      damages_(info(), options.showHoles),
-      pipeline_(info(), {options.gpuBytes, options.enhanceCoarserLevels, options.forCodes}, stages_, damages_),
-      composer_(instance, targets_, stages_.enhanced(), info()),
-      mask_(instance, targets_, stages_.emptyAreas(), info()) {}
+      stages_(stagesOf(instance, targets_, source, options)),
+      damages_(stages_->needsParents() ? info().levels : 0, options.showHoles),
+      pipeline_(info(), {options.gpuBytes, options.enhanceCoarserLevels, options.forCodes}, *stages_, damages_),
+      composer_(instance, targets_, stages_->shown(), info()) {}
 
 Size PictureView::sizeAt(Zoom const& zoom) const {
     return leveltile::pixelExtent(info(), zoom);
 }
 
 void PictureView::enhance(std::vector<enhancement::Step> const& steps) {
-    stages_.enhanced().enhance(steps);
+    stages_->shown().enhance(steps);
     pipeline_.renew();
 }
 
@@ -46,8 +57,7 @@ std::vector<std::uint8_t> PictureView::pixels() {
     if (view().isEmpty()) return {};
     frame();
     auto rgba = targets_.read(*frame_, SampleLayout::kRgba8, {0, 0, view().width, view().height});
-    if (pixelbands::hasAlpha(info().bands) && complete())
-        AlphaPlane(targets_, stages_.rebuilt(), info()).put(rgba, view(), pipeline_.sound());
+    if (pixelbands::hasAlpha(info().bands) && complete()) stages_->putAlpha(rgba, view(), pipeline_.sound());
     return rgba;
 }
 
@@ -55,7 +65,7 @@ std::vector<std::uint16_t> PictureView::codes() {
     Region const pixels = view().pixelsOf(info());
     if (!complete() || hasHoles() || pixels.width != view().width || pixels.height != view().height)
         throw std::logic_error("codes are those of a complete view within the picture");
-    return stages_.samples().codes(view());
+    return stages_->codes(view());
 }
 
 void PictureView::present() {
@@ -67,7 +77,7 @@ void PictureView::present() {
 std::vector<std::uint8_t> PictureView::dataMask() {
     if (view().isEmpty()) return {};
     try {
-        return mask_.draw(view());
+        return stages_->dataMask(view());
     } catch (HostError const&) {
         damages_.noteOfAreas(std::current_exception());
         return std::vector<std::uint8_t>(view().width * view().height, 0);
@@ -75,6 +85,6 @@ std::vector<std::uint8_t> PictureView::dataMask() {
 }
 
 PictureView::Statistics PictureView::statistics() const {
-    LevelTiles const& rebuilt = stages_.rebuilt();
-    return {rebuilt.count(), rebuilt.bytes() + stages_.enhancedBytes(), stages_.hostBytes(), pipeline_.waiting()};
+    PictureStages::Usage const usage = stages_->usage();
+    return {usage.tiles, usage.gpuBytes + stages_->enhancedBytes(), usage.hostBytes, pipeline_.waiting()};
 }

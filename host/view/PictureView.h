@@ -1,9 +1,9 @@
 #pragma once
 
 #include "host/filter/Enhancement.h"
-#include "host/view/DataMask.h"
 #include "host/view/FrameComposer.h"
-#include "host/view/StoreTileStages.h"
+#include "host/view/PictureSource.h"
+#include "host/view/PictureStages.h"
 #include "host/view/TilePipeline.h"
 #include "host/view/View.h"
 #include "renderbackend/RenderBackendInstance.h"
@@ -18,8 +18,8 @@
 #include <string>
 #include <vector>
 
-/// Shows a store: threads read and decompress the tiles that a view needs, the GPU rebuilds the levels from them, runs
-/// the enhancements and draws a frame.
+/// Shows a picture: threads read the tiles that a view needs, the GPU rebuilds a store's levels from them, runs the
+/// enhancements and draws a frame.
 ///
 ///     show(view)      says what is wanted; what waits and is not wanted any more is dropped
 ///     advance(time)   takes in what the threads have finished, for about so long
@@ -34,7 +34,7 @@ class PictureView {
 public:
     struct Options {
         size_t threads = 0;                   ///< that read tiles; 0: as many as the machine has cores
-        size_t hostBytes = 256 * 1000 * 1000; ///< for tiles that are decompressed
+        size_t hostBytes = 256 * 1000 * 1000; ///< for tiles of a store that are decompressed
         size_t gpuBytes = 256 * 1000 * 1000;  ///< for rebuilt tiles; what one frame needs may be more
         bool enhanceCoarserLevels = true;     ///< to show them until finer ones arrive
         std::array<std::uint8_t, 3> background = {32, 32, 32};
@@ -42,16 +42,16 @@ public:
         /// it is thrown.
         bool showHoles = false;
         bool forCodes = false;              ///< of a picture of 16 bits: codes() is wanted, and no frame
-        std::function<void()> interruption; ///< called now and then while the store is read on the GL thread; may throw
+        std::function<void()> interruption; ///< called now and then while a store is read on the GL thread; may throw
     };
 
-    /// Opens the store; nothing is read from it yet but its description and which areas are empty.
-    PictureView(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
+    /// Opens a store, of which nothing is read yet but its description and which areas are empty, or takes a pyramid.
+    PictureView(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
                 Options const& options);
     PictureView(PictureView const&) = delete;
     PictureView& operator=(PictureView const&) = delete;
 
-    StoreInfo const& info() const { return stages_.info(); }
+    PictureInfo const& info() const { return stages_->info(); }
     /// Pixels of the whole picture at a zoom.
     Size sizeAt(Zoom const& zoom) const;
 
@@ -63,7 +63,7 @@ public:
     /// Whether something new can be seen.
     bool advance(std::chrono::milliseconds time) { return pipeline_.advance(time); }
     /// Waits for a thread to finish a tile, for at most so long; returns at once where nothing is in work.
-    void wait(std::chrono::milliseconds time) { stages_.wait(time); }
+    void wait(std::chrono::milliseconds time) { stages_->wait(time); }
     /// Whether frame() shows the view as it is wanted, but for holes.
     bool complete() const { return pipeline_.complete(); }
     /// Whether the view has any.
@@ -100,10 +100,9 @@ private:
     std::shared_ptr<RenderBackendInstance> instance_;
     std::array<std::uint8_t, 3> background_;
     FilterRunner targets_;
-    StoreTileStages stages_;
+    std::unique_ptr<PictureStages> stages_;
     Damages damages_;
     TilePipeline pipeline_;
     FrameComposer composer_;
-    DataMask mask_;
     std::optional<OwnedTarget> frame_;
 };

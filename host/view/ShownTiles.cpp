@@ -4,8 +4,8 @@
 
 using Layout = SampleLayout;
 
-ShownTiles::ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, LevelTiles& tiles,
-                       LevelSamples& samples, StoreInfo const& info)
+ShownTiles::ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, RebuiltTiles& tiles,
+                       LevelSamples* samples, PictureInfo const& info)
     : instance_(std::move(instance)),
       targets_(targets),
       rebuilt_(tiles),
@@ -52,7 +52,8 @@ TileSources ShownTiles::sourcesOf(LevelTile const& tile) {
     TileSources sources = {leveltile::over(tile.level, chain(tile.level).inputFor(leveltile::shownRegion(info_, tile))),
                            {}};
     // Enhancements of 16 bits look at 15.
-    if (tile.level == 0 && info_.residualBits > 0 && !steps_.empty()) sources.residuals = sources.rebuilt;
+    bool const deep = samples_ != nullptr && samples_->hasResidualBits(tile.level);
+    if (deep && !steps_.empty()) sources.residuals = sources.rebuilt;
     return sources;
 }
 
@@ -80,7 +81,7 @@ OwnedTarget ShownTiles::drawn(LevelTile const& tile, Region const& piece) {
     Region const region = steps.inputFor(piece);
     bool const deep = rebuilt_.layout() == Layout::kThreeChannel16;
     // Shown as they are, 16 bits need no more than their upper ones.
-    if (deep && !steps_.empty()) return steps.draw15(samples_.planes(tile.level, region), piece);
+    if (deep && !steps_.empty()) return steps.draw15(samples_->planes(tile.level, region), piece);
     return steps.draw(input(tile.level, region), rebuilt_.depth(), piece);
 }
 

@@ -15,8 +15,9 @@
 /// Throws VelmoraException.
 class ShownTiles {
 public:
-    ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, LevelTiles& tiles,
-               LevelSamples& samples, StoreInfo const& info);
+    /// All of them outlive it. samples: of tiles of 16 bits.
+    ShownTiles(std::shared_ptr<RenderBackendInstance> instance, FilterRunner& targets, RebuiltTiles& tiles,
+               LevelSamples* samples, PictureInfo const& info);
 
     /// The enhancements from now on; drops all tiles. Throws HostError (usage) where they read too much around a pixel.
     void enhance(std::vector<enhancement::Step> const& steps);
@@ -40,9 +41,9 @@ private:
 
     std::shared_ptr<RenderBackendInstance> instance_;
     FilterRunner& targets_;
-    LevelTiles& rebuilt_;
-    LevelSamples& samples_;
-    StoreInfo info_;
+    RebuiltTiles& rebuilt_;
+    LevelSamples* samples_;
+    PictureInfo info_;
     std::vector<enhancement::Step> steps_;
     size_t pieceSide_;
     std::map<size_t, std::unique_ptr<EnhancementChain>> chains_; // a picture's size belongs to a chain

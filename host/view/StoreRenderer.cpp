@@ -39,16 +39,16 @@ Interval intervalAt(double zoom, size_t start, size_t length, size_t picture) {
 
 } // namespace
 
-StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
+StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
                              std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption,
                              size_t bits)
-    : view_(instance, storePath, smallBudgets(bits > 8, interruption)),
+    : view_(instance, source, smallBudgets(bits == 16, interruption)),
       bands_(EnhancedRenderer::bandsOf(view_.info().bands, steps)),
       sampleBytes_(bits / 8) {
     view_.enhance(steps);
 }
 
-Region StoreRenderer::regionAt(StoreInfo const& info, Zoom const& zoom, Region const& region) {
+Region StoreRenderer::regionAt(PictureInfo const& info, Zoom const& zoom, Region const& region) {
     Size const whole = leveltile::pixelExtent(info, zoom);
     Interval const x = intervalAt(zoom.value(), region.x, region.width, whole.width);
     Interval const y = intervalAt(zoom.value(), region.y, region.height, whole.height);

@@ -16,18 +16,18 @@
 /// window that shows the same has the same pixels. GL thread only.
 class StoreRenderer {
 public:
-    /// Opens the store; interruption: as PictureView's. bits: 8, or 16 where the picture has them and there are no
-    /// steps. Throws HostError where the steps read too much around a pixel, and what TileStore throws.
-    StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& storePath,
+    /// interruption: as PictureView's. bits: 8, or 16 where the picture has them and there are no steps. Throws
+    /// HostError where the steps read too much around a pixel, and what TileStore throws.
+    StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
                   std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption = {},
                   size_t bits = 8);
 
-    StoreInfo const& info() const { return view_.info(); }
+    PictureInfo const& info() const { return view_.info(); }
     /// Of what comes out: those of the picture, but colour where a matrix may make colour of grey.
     size_t bands() const { return bands_; }
 
     /// The pixels at a zoom that show a region of the picture, a part of one counted as whole.
-    static Region regionAt(StoreInfo const& info, Zoom const& zoom, Region const& region);
+    static Region regionAt(PictureInfo const& info, Zoom const& zoom, Region const& region);
 
     /// region: in pixels of the picture at this zoom. smooth: of 8 bits only. Throws what store, sink and progress
     /// throw, and VelmoraException.

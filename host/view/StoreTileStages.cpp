@@ -1,12 +1,21 @@
 #include "host/view/StoreTileStages.h"
 
+#include "host/view/AlphaPlane.h"
+#include "host/view/BandReader.h"
+
 StoreTileStages::StoreTileStages(std::shared_ptr<RenderBackendInstance> const& instance, FilterRunner& targets,
                                  std::string const& storePath, Options const& options)
     : instance_(instance),
+      targets_(targets),
       store_(storePath, options.interruption),
       cache_(std::make_shared<SampleCache>(options.hostBytes)),
       rebuilt_(instance, targets, store_.info()),
       samples_(targets, rebuilt_, store_.info()),
-      enhanced_(instance, targets, rebuilt_, samples_, store_.info()),
+      enhanced_(instance, targets, rebuilt_, &samples_, store_.info()),
       emptyAreas_(instance, store_),
-      loader_(storePath, options.threads, cache_) {}
+      mask_(instance, targets, emptyAreas_, store_.info()),
+      loader_(bandReaders(storePath, options.threads, cache_)) {}
+
+void StoreTileStages::putAlpha(std::vector<std::uint8_t>& rgba, View const& view, std::vector<LevelTile> const& tiles) {
+    AlphaPlane(targets_, rebuilt_, store_.info()).put(rgba, view, tiles);
+}

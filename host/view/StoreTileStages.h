@@ -1,18 +1,19 @@
 #pragma once
 
+#include "host/view/DataMask.h"
 #include "host/view/EmptyAreas.h"
 #include "host/view/LevelSamples.h"
 #include "host/view/LevelTiles.h"
+#include "host/view/PictureStages.h"
 #include "host/view/SampleCache.h"
-#include "host/view/ShownTiles.h"
-#include "host/view/TileStages.h"
+#include "host/view/TileLoader.h"
 
 #include <functional>
 #include <string>
 
 /// The stages of a store's tiles: threads that load them, the GPU that rebuilds and enhances them. GL thread only.
 /// Throws HostError, what TileStore throws, and VelmoraException.
-class StoreTileStages final : public TileStages {
+class StoreTileStages final : public PictureStages {
 public:
     struct Options {
         size_t threads = 0;
@@ -24,17 +25,17 @@ public:
     StoreTileStages(std::shared_ptr<RenderBackendInstance> const& instance, FilterRunner& targets,
                     std::string const& storePath, Options const& options);
 
-    StoreInfo const& info() const { return store_.info(); }
-    EmptyAreas& emptyAreas() { return emptyAreas_; }
-    LevelTiles& rebuilt() { return rebuilt_; }
-    LevelTiles const& rebuilt() const { return rebuilt_; }
-    LevelSamples& samples() { return samples_; }
-    ShownTiles& enhanced() { return enhanced_; }
-    /// Of decompressed tiles that are kept.
-    size_t hostBytes() const { return cache_->bytes(); }
-    /// Until a thread has loaded a tile, for at most so long; returns at once where nothing is in work.
-    void wait(std::chrono::milliseconds time) { loader_.wait(time); }
+    StoreInfo const& info() const override { return store_.info(); }
+    ShownTiles& shown() override { return enhanced_; }
+    void wait(std::chrono::milliseconds time) override { loader_.wait(time); }
+    Usage usage() const override { return {rebuilt_.count(), rebuilt_.bytes(), cache_->bytes()}; }
+    void putAlpha(std::vector<std::uint8_t>& rgba, View const& view, std::vector<LevelTile> const& tiles) override;
+    std::vector<std::uint16_t> codes(View const& view) override { return samples_.codes(view); }
+    std::vector<std::uint8_t> dataMask(View const& view) override { return mask_.draw(view); }
 
+    bool needsParents() const override { return true; }
+    bool standsIn(size_t /*level*/) const override { return true; }
+    bool hasResidualBits(size_t level) const override { return samples_.hasResidualBits(level); }
     bool isEmpty(LevelTile const& tile) override { return emptyAreas_.empty(tile); }
     void load(std::vector<TileJob> const& jobs) override { loader_.want(jobs); }
     std::unique_ptr<LoadedTile> takeLoaded() override { return loader_.take(); }
@@ -65,11 +66,13 @@ public:
 
 private:
     std::shared_ptr<RenderBackendInstance> instance_;
+    FilterRunner& targets_;
     TileStore store_;
     std::shared_ptr<SampleCache> cache_;
     LevelTiles rebuilt_;
     LevelSamples samples_; // of pictures of 16 bits
     ShownTiles enhanced_;
     EmptyAreas emptyAreas_;
+    DataMask mask_;
     TileLoader loader_;
 };

@@ -17,7 +17,7 @@ void dropIf(std::map<LevelTile, std::unique_ptr<LoadedTile>>& tiles, Predicate c
 
 } // namespace
 
-TilePipeline::TilePipeline(StoreInfo const& info, Options const& options, TileStages& stages, Damages& damages)
+TilePipeline::TilePipeline(PictureInfo const& info, Options const& options, TileStages& stages, Damages& damages)
     : info_(info), options_(options), stages_(stages), damages_(damages) {}
 
 void TilePipeline::want(View const& view) {
@@ -37,9 +37,8 @@ void TilePipeline::renew() {
 // Nothing counts as complete until this is through.
 void TilePipeline::settle() {
     if (request_) return;
-    TileRequest request = requestFor(
-        info_, view_, [this](LevelTile const& tile) { return stages_.sourcesOf(tile); }, options_.enhanceCoarserLevels);
-    if (options_.forCodes && view_.zoom.level() == 0 && info_.residualBits > 0)
+    TileRequest request = requestFor(info_, view_, stages_, options_.enhanceCoarserLevels);
+    if (options_.forCodes && stages_.hasResidualBits(view_.zoom.level()))
         request.residuals.insert(request.shown.begin(), request.shown.end());
     // What was loaded for another view and is not needed now would only take room.
     dropIf(waiting_, [&](LevelTile const& tile) { return request.needed.count(tile) == 0; });
@@ -129,7 +128,8 @@ bool TilePipeline::step() {
 }
 
 bool TilePipeline::rebuild(LevelTile const& tile) {
-    bool const hasParent = tile.level == info_.levels || stages_.isRebuilt(leveltile::parent(tile));
+    bool const hasParent =
+        !stages_.needsParents() || tile.level == info_.levels || stages_.isRebuilt(leveltile::parent(tile));
     if (stages_.isRebuilt(tile) || !hasParent || damages_.cannotBeRebuilt(tile)) return false;
     auto const loaded = waiting_.find(tile);
     if (loaded != waiting_.end()) {

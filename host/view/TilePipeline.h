@@ -34,7 +34,7 @@ public:
     static constexpr size_t kMaxTrimmedBytes = 16 * 1000 * 1000;
 
     /// Stages and damages outlive it.
-    TilePipeline(StoreInfo const& info, Options const& options, TileStages& stages, Damages& damages);
+    TilePipeline(PictureInfo const& info, Options const& options, TileStages& stages, Damages& damages);
 
     /// What is shown from now on. What waits and is not needed any more is dropped.
     void want(View const& view);
@@ -72,7 +72,7 @@ private:
     bool isThere(LevelTile const& tile) const;
     std::vector<LevelTile> shown(bool holes) const;
 
-    StoreInfo info_;
+    PictureInfo info_;
     Options options_;
     TileStages& stages_;
     Damages& damages_;

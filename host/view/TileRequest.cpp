@@ -1,5 +1,7 @@
 #include "host/view/TileRequest.h"
 
+#include "host/view/TileStages.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -33,24 +35,33 @@ void addParents(std::set<LevelTile>& tiles, size_t coarsest) {
     }
 }
 
+// Coarser tiles of the levels that are shown until finer ones are there.
+void addFallbacks(std::set<LevelTile>& tiles, size_t coarsest, TileStages const& stages) {
+    for (LevelTile tile : std::vector<LevelTile>(tiles.begin(), tiles.end())) {
+        while (tile.level < coarsest) {
+            tile = leveltile::parent(tile);
+            if (stages.standsIn(tile.level)) tiles.insert(tile);
+        }
+    }
+}
+
 } // namespace
 
-TileRequest requestFor(StoreInfo const& info, View const& view,
-                       std::function<TileSources(LevelTile const&)> const& sourcesOf, bool withCoarser) {
+TileRequest requestFor(PictureInfo const& info, View const& view, TileStages& stages, bool withCoarser) {
     Region const samples = view.samplesOf(view.pixelsOf(info));
     size_t const level = view.zoom.level();
     std::vector<LevelTile> const shown = leveltile::over(level, samples);
     std::set<LevelTile> all(shown.begin(), shown.end());
-    if (withCoarser) addParents(all, info.levels);
+    if (withCoarser) addFallbacks(all, info.levels, stages);
 
     TileRequest request;
     for (LevelTile const& tile : all) {
-        TileSources sources = sourcesOf(tile);
+        TileSources sources = stages.sourcesOf(tile);
         request.needed.insert(sources.rebuilt.begin(), sources.rebuilt.end());
         request.residuals.insert(sources.residuals.begin(), sources.residuals.end());
         request.sources.emplace(tile, std::move(sources));
     }
-    addParents(request.needed, info.levels);
+    if (stages.needsParents()) addParents(request.needed, info.levels);
     Point const middle = {static_cast<double>(samples.x) + static_cast<double>(samples.width) / 2,
                           static_cast<double>(samples.y) + static_cast<double>(samples.height) / 2};
     request.rebuilt = sorted(request.needed, level, middle);

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "host/PictureInfo.h"
 #include "host/view/LevelTile.h"
 #include "host/view/View.h"
 
-#include <functional>
 #include <map>
 #include <set>
 #include <vector>
@@ -17,7 +17,7 @@ struct TileSources {
 /// The tiles that a view needs. In the lists coarser levels come first, in a level those tiles that are nearest to the
 /// frame's middle.
 struct TileRequest {
-    std::vector<LevelTile> rebuilt;           ///< also what finer ones are rebuilt from
+    std::vector<LevelTile> rebuilt;           ///< also what those of a store are rebuilt from
     std::vector<LevelTile> shown;             ///< of the view's level
     std::vector<LevelTile> coarser;           ///< fallbacks, shown until those are there
     std::map<LevelTile, TileSources> sources; ///< of the shown ones and their fallbacks
@@ -26,6 +26,7 @@ struct TileRequest {
     std::set<LevelTile> pinnedShown;          ///< the shown ones and their fallbacks
 };
 
+class TileStages;
+
 /// withCoarser: with fallbacks.
-TileRequest requestFor(StoreInfo const& info, View const& view,
-                       std::function<TileSources(LevelTile const&)> const& sourcesOf, bool withCoarser);
+TileRequest requestFor(PictureInfo const& info, View const& view, TileStages& stages, bool withCoarser);

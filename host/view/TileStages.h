@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/view/TileLoader.h"
+#include "host/view/TileReader.h"
 #include "host/view/TileRequest.h"
 
 #include <cstddef>
@@ -8,14 +8,21 @@
 #include <set>
 #include <vector>
 
-/// The stages of a tile, on its way from a store to the screen. TilePipeline decides which tile passes which one next;
-/// StoreTileStages does the work, and tests have stages that only take notes.
+/// The stages of a tile, on its way from a file to the screen. TilePipeline decides which tile passes which one next;
+/// PictureStages do the work, and tests have stages that only take notes.
 ///
 ///     load, takeLoaded --> rebuilt, out of what was loaded, out of the backend's cache or out of nothing --> enhanced
-///                          residual bits, of pictures of 16 bits ------------------------------------------^
+///                          residual bits, of stores of 16 bits --------------------------------------------^
 class TileStages {
 public:
     virtual ~TileStages() = default;
+
+    /// Whether a tile is rebuilt out of its parent, which has to be there first.
+    virtual bool needsParents() const = 0;
+    /// Whether tiles of the level are shown until finer ones are there; those of the coarsest always are.
+    virtual bool standsIn(size_t level) const = 0;
+    /// Whether samples of the level have bits besides those that its tiles are rebuilt with.
+    virtual bool hasResidualBits(size_t level) const = 0;
 
     /// Whether the tile's bands are all 0 and need no loading. Throws HostError where that cannot be read.
     virtual bool isEmpty(LevelTile const& tile) = 0;
@@ -27,7 +34,7 @@ public:
     virtual size_t loading() const = 0;
 
     virtual bool isRebuilt(LevelTile const& tile) const = 0;
-    /// Whether the backend's cache still has the bands that the tile was built from before.
+    /// Whether the backend's cache still has what the tile was built from before.
     virtual bool hasBands(LevelTile const& tile) const = 0;
     virtual void buildFromLoaded(LoadedTile const& loaded) = 0;
     virtual void buildFromCache(LevelTile const& tile) = 0;

@@ -20,7 +20,7 @@ Interval samplesOf(Zoom const& zoom, size_t start, size_t length) {
 
 } // namespace
 
-Region View::pixelsOf(StoreInfo const& picture) const {
+Region View::pixelsOf(PictureInfo const& picture) const {
     Size const whole = leveltile::pixelExtent(picture, zoom);
     Interval const across = ::pixelsOf(x, width, whole.width);
     Interval const down = ::pixelsOf(y, height, whole.height);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/Geometry.h"
-#include "host/store/StoreInfo.h"
+#include "host/PictureInfo.h"
 #include "host/view/Zoom.h"
 
 #include <cstddef>
@@ -22,7 +22,7 @@ struct View {
 
     bool isEmpty() const { return width == 0 || height == 0; }
     /// The pixels of the whole picture at the zoom that the frame shows; of no size where it shows none.
-    Region pixelsOf(StoreInfo const& picture) const;
+    Region pixelsOf(PictureInfo const& picture) const;
     /// The samples of the zoom's level that pixels of the whole picture show.
     Region samplesOf(Region const& pixels) const;
 

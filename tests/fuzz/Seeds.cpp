@@ -1,8 +1,63 @@
-// velmora-fuzz-seeds FOLDER: writes the seeds that are stores, FOLDER/store-file/*.vlm.
+// velmora-fuzz-seeds FOLDER: writes the seeds that are stores, FOLDER/store-file/*.vlm, and pictures,
+// FOLDER/tiff-pyramid/*.tif.
 #include "tests/fuzz/FuzzStores.h"
+#include "tests/host/image/TestTiff.h"
+
+#include <tiffio.h>
 
 #include <cstdio>
 #include <filesystem>
+
+namespace {
+
+using testtiff::Directory;
+
+Directory level(std::uint32_t width, std::uint32_t height, std::uint16_t bands, std::uint16_t compression) {
+    std::vector<std::uint8_t> samples(size_t{width} * height * bands);
+    for (size_t i = 0; i < samples.size(); ++i)
+        samples[i] = static_cast<std::uint8_t>(i / bands + i % bands * 60);
+    Directory made = testtiff::directory(width, height, bands, samples);
+    made.tile = 16;
+    made.compression = compression;
+    return made;
+}
+
+Directory reduced(std::uint32_t width, std::uint32_t height, std::uint16_t bands, std::uint16_t compression) {
+    Directory made = level(width, height, bands, compression);
+    made.subfileType = FILETYPE_REDUCEDIMAGE;
+    return made;
+}
+
+void writePictures(std::filesystem::path const& folder) {
+    std::filesystem::create_directories(folder);
+    auto const write = [&](char const* name, std::vector<Directory> const& directories, char const* mode) {
+        testtiff::write((folder / name).string(), directories, mode);
+    };
+    write("lzw.tif", {level(40, 30, 1, COMPRESSION_LZW), reduced(20, 15, 1, COMPRESSION_LZW)}, "w");
+    write("deflateBig.tif", {level(40, 30, 3, COMPRESSION_ADOBE_DEFLATE), reduced(10, 8, 3, COMPRESSION_PACKBITS)},
+          "wb8");
+    Directory colours = level(40, 30, 3, COMPRESSION_JPEG);
+    colours.photometric = PHOTOMETRIC_YCBCR;
+    colours.subsampled = true;
+    write("jpeg.tif", {colours}, "w");
+    write("webpAndZstd.tif", {level(20, 30, 3, COMPRESSION_WEBP), reduced(10, 15, 3, COMPRESSION_ZSTD)}, "w");
+    Directory apart = level(20, 16, 3, COMPRESSION_NONE);
+    apart.planesApart = true;
+    apart.tile = 0;
+    apart.rowsPerStrip = 5;
+    apart.subDirectories = 1;
+    apart.nodata = "7";
+    write("planes.tif", {apart, reduced(10, 8, 3, COMPRESSION_NONE)}, "w");
+    Directory palette = level(24, 10, 1, COMPRESSION_NONE);
+    palette.bits = 4;
+    palette.bytes.resize(12 * 10);
+    palette.photometric = PHOTOMETRIC_PALETTE;
+    for (std::uint16_t i = 0; i < 48; ++i)
+        palette.palette.push_back(static_cast<std::uint16_t>(i * 1000));
+    write("palette.tif", {palette}, "w8");
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2) {
@@ -13,5 +68,6 @@ int main(int argc, char** argv) {
     std::filesystem::create_directories(folder);
     for (size_t which = 0; which < fuzzstores::kValid; ++which)
         writeFile((folder / ("valid" + std::to_string(which) + ".vlm")).string(), fuzzstores::valid(which));
+    writePictures(std::filesystem::path(argv[1]) / "tiff-pyramid");
     return 0;
 }

@@ -148,3 +148,15 @@ TEST(CountedTest, OneIsNoPlural) {
     EXPECT_EQ(counted(1, "level"), "1 level");
     EXPECT_EQ(counted(12, "level"), "12 levels");
 }
+
+TEST(BytesTextTest, ASizeHasTwoOrThreeDigits) {
+    EXPECT_EQ(bytesText(0), "0 bytes");
+    EXPECT_EQ(bytesText(999), "999 bytes");
+    EXPECT_EQ(bytesText(1000), "1.0 kB");
+    EXPECT_EQ(bytesText(9949), "9.9 kB");
+    EXPECT_EQ(bytesText(9950), "10 kB");
+    EXPECT_EQ(bytesText(999'499), "999 kB");
+    EXPECT_EQ(bytesText(999'500), "1.0 MB");
+    EXPECT_EQ(bytesText(10'000'000'000), "10 GB");
+    EXPECT_EQ(bytesText(UINT64_MAX), "18 EB");
+}

@@ -57,11 +57,23 @@ bool liesInFolder(char const* path) {
     return path != nullptr && std::strncmp(path, plan().folder, length) == 0;
 }
 
-bool liesInFolder(int descriptor) {
+// What gcov has counted, which is no file of the program's.
+bool isOfGcov(char const* path) {
+    constexpr char const* kEnding = ".gcda";
+    size_t const length = path == nullptr ? 0 : std::strlen(path);
+    return length > std::strlen(kEnding) && std::strcmp(path + length - std::strlen(kEnding), kEnding) == 0;
+}
+
+bool counts(char const* path) {
+    return !isOfGcov(path) && (*plan().folder == '\0' || liesInFolder(path));
+}
+
+bool counts(int descriptor) {
     std::array<char, 64> link{};
     std::array<char, 4096> path{};
     std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", descriptor);
-    return readlink(link.data(), path.data(), path.size() - 1) > 0 && liesInFolder(path.data());
+    bool const known = readlink(link.data(), path.data(), path.size() - 1) > 0;
+    return known ? counts(path.data()) : *plan().folder == '\0';
 }
 
 // By raw system calls, which are not counted.
@@ -97,9 +109,8 @@ bool fails(char const* call, File file, Room room, size_t* bytes = nullptr) {
         errno = EINVAL;
         return true;
     }
-    bool const counts = *chosen.calls == '\0' ? room != Room::Reading : isIn(chosen.calls, call);
-    if (!counts) return false;
-    if (*chosen.folder != '\0' && !liesInFolder(file)) return false;
+    bool const chooses = *chosen.calls == '\0' ? room != Room::Reading : isIn(chosen.calls, call);
+    if (!chooses || !counts(file)) return false;
     if (chosen.reason == ENOSPC && room != Room::Needed) return false;
     bool const shortens = bytes != nullptr && *bytes > 1;
     if (chosen.shortens && !shortens) return false;

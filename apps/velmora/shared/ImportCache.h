@@ -2,9 +2,12 @@
 
 #include "host/image/ImageSelection.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
+#include <vector>
 
 /// The folder of the stores that the viewer makes of pictures. No other program needs them: they may be deleted at any
 /// time.
@@ -25,5 +28,26 @@ std::string storeName(std::filesystem::path const& picture, ImageSelection const
 
 /// The name of the store of anything but a file, from a text that identifies it.
 std::string storeName(std::string const& stem, std::string const& identity);
+
+/// A store in a cache.
+struct Store {
+    std::filesystem::path path;
+    std::uint64_t bytes = 0;
+    std::chrono::system_clock::time_point used; ///< last
+};
+
+/// Notes that a store is used now, and keeps trim() of any process from removing it as long as the result lives. Null
+/// for a store that cannot be opened.
+std::shared_ptr<void const> use(std::filesystem::path const& store);
+
+/// The stores in a folder, the one that was used longest ago first. Other files, and links, are none.
+std::vector<Store> stores(std::filesystem::path const& folder);
+
+/// Removes stores, those that were used longest ago first, until the others take at most so many bytes; none that is in
+/// use. Returns what is gone.
+std::vector<Store> trim(std::filesystem::path const& folder, std::uint64_t bytes);
+
+/// Bytes of all of them.
+std::uint64_t bytesOf(std::vector<Store> const& stores);
 
 } // namespace importcache

@@ -4,10 +4,12 @@
 #include "apps/velmora/shared/Interruption.h"
 #include "apps/velmora/shared/ProgressBar.h"
 #include "host/HostError.h"
+#include "host/PlainText.h"
 #include "host/image/ImageReader.h"
 #include "host/map/BuiltInPicture.h"
 #include "host/output/Leftovers.h"
 #include "host/store/TileStore.h"
+#include "host/view/PyramidStages.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -42,28 +44,59 @@ PictureOpener picturefiles::openerOf(std::string const& image, ImageSelection co
     };
 }
 
+std::filesystem::path picturefiles::cacheFolder(std::string const& what) {
+    auto folder = importcache::folder(environment("XDG_CACHE_HOME"), environment("HOME"));
+    if (!folder.empty()) return folder;
+    throw HostError(HostError::Kind::UnwritableOutput,
+                    "there is no folder to keep " + what +
+                        " in: neither XDG_CACHE_HOME nor HOME names one; set one of them, or import the picture with "
+                        "velmora import");
+}
+
 std::string picturefiles::cachedStore(std::string const& image, ImageSelection const& selection) {
     std::string const name = image.empty() ? importcache::storeName("built-in", BuiltInPicture().description())
                                            : importcache::storeName(std::filesystem::path(image), selection);
-    auto const folder = importcache::folder(environment("XDG_CACHE_HOME"), environment("HOME"));
-    if (folder.empty())
-        throw HostError(
-            HostError::Kind::UnwritableOutput,
-            "there is no folder to keep a store of " + nameOf(image) +
-                " in: neither XDG_CACHE_HOME nor HOME names one; set one of them, or import the picture with "
-                "velmora import");
+    auto const folder = cacheFolder("a store of " + nameOf(image));
     importcache::makePrivate(folder);
     leftovers::removeAll(folder);
     return (folder / name).string();
 }
 
-bool picturefiles::isUsableStore(std::string const& path) {
+std::optional<PictureSource> picturefiles::shownAtOnce(std::string const& image, ImageSelection const& selection) {
+    if (image.empty()) return std::nullopt;
+    if (TileStore::isStore(image)) return PictureSource(image);
+    if (selection.hasRange()) return std::nullopt;
+    PyramidOptions options;
+    options.selection = selection;
+    options.check = interruption::throwIfNoted;
+    std::shared_ptr<Pyramid const> const pyramid = openPyramid(image, options).pyramid;
+    if (!pyramid || !PyramidStages::shows(*pyramid)) return std::nullopt;
+    return PictureSource(pyramid);
+}
+
+std::optional<PictureSource> picturefiles::usableStore(std::string const& path) {
+    PictureSource source(path);
+    // Before it is opened, so that no other process removes it in between.
+    source.kept = importcache::use(path);
     try {
         TileStore const opened(path);
-        return true;
+        return source;
     } catch (HostError const&) {
-        return false;
+        return std::nullopt;
     }
+}
+
+PictureSource picturefiles::keptStore(std::string const& path, std::uint64_t cacheBytes) {
+    PictureSource source(path);
+    source.kept = importcache::use(path);
+    std::filesystem::path const store = path;
+    importcache::trim(store.parent_path(), cacheBytes);
+    std::error_code failed;
+    std::uint64_t const bytes = std::filesystem::file_size(store, failed);
+    if (!failed && bytes > cacheBytes)
+        tell("note: " + path + " takes " + bytesText(bytes) + ", more than --cache-size " + bytesText(cacheBytes) +
+             ": it goes as soon as another store is made");
+    return source;
 }
 
 void picturefiles::tell(std::string const& line) {
@@ -94,10 +127,10 @@ StoreInfo picturefiles::importWithProgress(std::string const& image, std::string
     });
 }
 
-std::string picturefiles::storeOf(std::string const& image, ImageSelection const& selection) {
-    if (!image.empty() && TileStore::isStore(image)) return image;
-    std::string store = cachedStore(image, selection);
-    if (isUsableStore(store)) return store;
+PictureSource picturefiles::storeOf(std::string const& image, ImageSelection const& selection,
+                                    std::uint64_t cacheBytes) {
+    std::string const store = cachedStore(image, selection);
+    if (auto source = usableStore(store)) return *source;
     importWithProgress(image, store, cacheOptions(image), selection);
-    return store;
+    return keptStore(store, cacheBytes);
 }

@@ -2,7 +2,11 @@
 
 #include "host/image/ImageSelection.h"
 #include "host/store/StoreImporter.h"
+#include "host/view/PictureSource.h"
 
+#include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,12 +22,28 @@ std::vector<std::string> sourcesOf(std::string const& image);
 /// Opens the image with the samples of the file, or its selected part.
 PictureOpener openerOf(std::string const& image, ImageSelection const& selection = {});
 
+/// What the stores in the cache may take by default.
+constexpr std::uint64_t kCacheBytes = 10'000'000'000;
+
+/// The cache's folder, which need not be there. what: is to be kept in it. Throws HostError (unwritable output) if the
+/// user has none.
+std::filesystem::path cacheFolder(std::string const& what = "stores of images");
+
 /// The path of the store of an image, or of a part of it, in the cache; creates the folder, and removes the leftovers
 /// of killed imports. Throws HostError (missing file, unwritable output).
 std::string cachedStore(std::string const& image, ImageSelection const& selection = {});
 
-/// Whether the file is a readable store: another version of the program may have made it.
-bool isUsableStore(std::string const& path);
+/// What can be shown of the image without reading all of it first: a store, or the file itself by the levels that it
+/// has, where its samples are shown as they are. Throws HostError.
+std::optional<PictureSource> shownAtOnce(std::string const& image, ImageSelection const& selection);
+
+/// The store at a path in the cache, kept there as long as the result lives; nothing if it has to be made: it is
+/// missing, or another version of the program has made it.
+std::optional<PictureSource> usableStore(std::string const& path);
+
+/// A store that was just made, kept in the cache as long as the result lives. Others that were used longest ago are
+/// removed until all take at most so many bytes; prints a note if it alone takes more.
+PictureSource keptStore(std::string const& path, std::uint64_t cacheBytes);
 
 /// Prints a note on stderr.
 void tell(std::string const& line);
@@ -35,7 +55,7 @@ ImportOptions cacheOptions(std::string const& image);
 StoreInfo importWithProgress(std::string const& image, std::string const& store, ImportOptions const& options,
                              ImageSelection const& selection = {});
 
-/// The image itself if it is a store, else its store in the cache, which is made if it is missing.
-std::string storeOf(std::string const& image, ImageSelection const& selection = {});
+/// The image's store in the cache, which is made if it is missing. cacheBytes: as for keptStore().
+PictureSource storeOf(std::string const& image, ImageSelection const& selection, std::uint64_t cacheBytes);
 
 } // namespace picturefiles

@@ -17,9 +17,9 @@ PictureView::Options small(PictureView::Options options) {
 
 } // namespace
 
-Overview::Overview(std::shared_ptr<RenderBackendInstance> instance, std::string store,
+Overview::Overview(std::shared_ptr<RenderBackendInstance> instance, PictureSource source,
                    PictureView::Options const& options)
-    : instance_(std::move(instance)), store_(std::move(store)), options_(small(options)) {}
+    : instance_(std::move(instance)), source_(std::move(source)), options_(small(options)) {}
 
 void Overview::enhance(std::vector<enhancement::Step> const& steps) {
     complete_ = false;
@@ -39,7 +39,7 @@ bool Overview::advance(std::chrono::milliseconds time) {
 }
 
 void Overview::open() {
-    auto picture = std::make_unique<PictureView>(instance_, store_, options_);
+    auto picture = std::make_unique<PictureView>(instance_, source_, options_);
     picture->enhance(steps_);
     Camera const whole(picture->info(), {kMaxSide, kMaxSide});
     View view = whole.view();

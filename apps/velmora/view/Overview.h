@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <memory>
-#include <string>
 #include <vector>
 
 /// The whole picture, small, with the enhancements of the large one. Its view is its own, on the same instance, so that
@@ -16,7 +15,8 @@ public:
     static constexpr size_t kMaxSide = 200;
 
     /// Nothing is opened until advance(). Holes, background and interruption are as in the options.
-    Overview(std::shared_ptr<RenderBackendInstance> instance, std::string store, PictureView::Options const& options);
+    Overview(std::shared_ptr<RenderBackendInstance> instance, PictureSource source,
+             PictureView::Options const& options);
 
     /// Enhancements from now on. The texture stays as it is until they are drawn.
     void enhance(std::vector<enhancement::Step> const& steps);
@@ -33,7 +33,7 @@ private:
     void open();
 
     std::shared_ptr<RenderBackendInstance> instance_;
-    std::string store_;
+    PictureSource source_;
     PictureView::Options options_;
     std::vector<enhancement::Step> steps_;
     std::unique_ptr<PictureView> picture_;

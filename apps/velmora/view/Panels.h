@@ -15,7 +15,7 @@ namespace panels {
 
 /// What the panels show.
 struct Model {
-    StoreInfo const* info = nullptr;
+    PictureInfo const* info = nullptr;
     Camera const* camera = nullptr;
     OverlayTexture const* overview = nullptr; ///< the whole picture, small
     // Texts without control characters.

@@ -24,14 +24,14 @@ constexpr enhancement::Gamma kDeepGamma{1.0, 0, enhancement::kLargestCode};
 
 } // namespace
 
-StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
+StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
                        ViewerOptions const& options, Size const& frame)
-    : store_(store),
+    : source_(source),
       toggles_{options.smooth},
-      picture_(instance, store, options.picture),
+      picture_(instance, source, options.picture),
       camera_(picture_.info(), frame),
       switches_(options.steps),
-      overview_(instance, store, options.picture),
+      overview_(instance, source, options.picture),
       name_(printableText(picture_.info().sourceName)),
       interpretation_(printableText(picture_.info().interpretation)) {
     if (options.start) {
@@ -98,7 +98,7 @@ void StoreScene::setTone(enhancement::Gamma const& tone) {
 void StoreScene::setAutomaticTone() {
     PercentilePoints points;
     try {
-        TileStore store(store_);
+        TileStore store(source_.store);
         points = percentilePoints(store);
     } catch (HostError const& error) {
         message_ = printableText(error.what(), kMessageCharacters);

@@ -20,7 +20,7 @@
 /// say what has to be drawn anew; whoever draws remembers it. GL thread only.
 class StoreScene {
 public:
-    StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, std::string const& store,
+    StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
                ViewerOptions const& options, Size const& frame);
 
     Camera& camera() { return camera_; }
@@ -68,7 +68,7 @@ private:
     std::array<std::uint8_t, 3> colourAt(Place const& cursor) const;
     std::string switchesText() const;
 
-    std::string store_;
+    PictureSource source_;
     Toggles toggles_;
     PictureView picture_;
     Camera camera_;

@@ -28,10 +28,17 @@ Viewer::Viewer(ViewerOptions const& options)
       backend_(RenderBackend::RGBA32, options.bandBytes),
       instance_(backend_.createInstance(window_)),
       script_(options.script) {
-    bool const isStore = !options_.image.empty() && TileStore::isStore(options_.image);
-    std::string const store = isStore ? options_.image : picturefiles::cachedStore(options_.image, options_.selection);
-    if (isStore || picturefiles::isUsableStore(store))
-        open(store);
+    if (auto const source = picturefiles::shownAtOnce(options_.image, options_.selection))
+        open(*source);
+    else
+        openStoreOf(options_.image);
+}
+
+// Its store in the cache, or what makes one.
+void Viewer::openStoreOf(std::string const& image) {
+    std::string const store = picturefiles::cachedStore(image, options_.selection);
+    if (auto const source = picturefiles::usableStore(store))
+        open(*source);
     else
         startImport(store);
 }
@@ -42,8 +49,8 @@ void Viewer::startImport(std::string const& store) {
     import_ = std::make_unique<Import>(picturefiles::openerOf(options_.image, options_.selection), store, options);
 }
 
-void Viewer::open(std::string const& store) {
-    scene_ = std::make_unique<StoreScene>(instance_, store, options_, frame());
+void Viewer::open(PictureSource const& source) {
+    scene_ = std::make_unique<StoreScene>(instance_, source, options_, frame());
     due_.raise(Redraw::Picture);
 }
 
@@ -67,7 +74,7 @@ void Viewer::turn() {
     if (import_ && import_->job.done()) {
         std::string const store = import_->store;
         import_.reset();
-        open(store);
+        open(picturefiles::keptStore(store, options_.cacheBytes));
     }
     // Nothing can be seen of a minimised window.
     if (visible()) follow(frame());

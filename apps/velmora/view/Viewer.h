@@ -42,8 +42,9 @@ private:
         size_t seen = 0; // version of the preview
     };
 
+    void openStoreOf(std::string const& image);
     void startImport(std::string const& store);
-    void open(std::string const& store);
+    void open(PictureSource const& source);
 
     void turn();
     void takeEvents();

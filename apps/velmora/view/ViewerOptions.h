@@ -24,6 +24,7 @@ struct ViewerOptions {
     Size window{1280, 800};
     PictureView::Options picture;
     size_t bandBytes = 32 * 1000 * 1000; ///< budget of the backend's tile cache, which keeps what tiles are made of
+    std::uint64_t cacheBytes = 0;        ///< that stores in the cache may take
     size_t importJobs = 0;               ///< as ImportOptions::jobs
     bool smooth = false;
     bool bare = false; ///< no overlay

@@ -1,5 +1,7 @@
 #include "tests/apps/velmora/Process.h"
 
+#include "tests/support/TemporaryFolder.h"
+
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -63,7 +65,24 @@ void preload(std::filesystem::path const& library) {
     setenv("LD_PRELOAD", library.filename().c_str(), 1);
 }
 
+// For stores that the program keeps: the user's own cache stays as it is.
+std::string const& cacheHome() {
+    static TemporaryFolder const kFolder;
+    static std::string const kPath = kFolder.path();
+    return kPath;
+}
+
+// The driver's programs stay where they are: most runs would compile all of them again.
+void setCaches() {
+    char const* const caches = std::getenv("XDG_CACHE_HOME");
+    char const* const home = std::getenv("HOME");
+    std::string const ofUser = caches != nullptr ? caches : home != nullptr ? std::string(home) + "/.cache" : "";
+    if (!ofUser.empty()) setenv("MESA_SHADER_CACHE_DIR", ofUser.c_str(), 0);
+    setenv("XDG_CACHE_HOME", cacheHome().c_str(), 1);
+}
+
 void change(Process::Environment const& changes) {
+    setCaches();
     // Without this variable, drivers that ask for a window system write a line of their own.
     setenv("XDG_RUNTIME_DIR", "/tmp", 0);
     // Under AddressSanitizer a library may be loaded before it; its leak check crashes, because it does not follow the
@@ -91,6 +110,7 @@ Process::Process(std::vector<std::string> arguments, Environment const& changes,
     for (auto& argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);
+    cacheHome(); // made by this process, which removes it
     child_ = fork();
     if (child_ < 0) throw std::runtime_error("no child process");
     if (child_ > 0) return;
@@ -101,7 +121,8 @@ Process::Process(std::vector<std::string> arguments, Environment const& changes,
     // A shell starts background processes, and nohup its command, with signals ignored.
     for (int const number : {SIGINT, SIGTERM, SIGHUP})
         std::signal(number, SIG_DFL);
-    execv(pointers[0], pointers.data());
+    // Not execv, in whose place gcov first writes what it has counted since the fork: nothing.
+    execvpe(pointers[0], pointers.data(), environ);
     _exit(127);
 }
 
@@ -150,5 +171,10 @@ bool makePermissionsCount() {
 
 Process::Result runVelmora(std::vector<std::string> const& arguments, Process::Environment const& changes,
                            size_t maxFileBytes) {
-    return Process(arguments, changes, maxFileBytes).wait();
+    if (maxFileBytes == 0) return Process(arguments, changes).wait();
+    // gcov would spoil its counts by writing a part of them.
+    TemporaryFolder const counts;
+    Process::Environment all = changes;
+    all.emplace(Process::kCountsFolder, counts.path(""));
+    return Process(arguments, all, maxFileBytes).wait();
 }

@@ -11,6 +11,9 @@ class Process {
 public:
     using Environment = std::map<std::string, std::string>;
 
+    /// The variable that names another folder for what gcov counts: for a process that may be killed while it writes.
+    static constexpr char const* kCountsFolder = "GCOV_PREFIX";
+
     struct Result {
         int exitCode; ///< -1: a signal ended it
         std::string out;

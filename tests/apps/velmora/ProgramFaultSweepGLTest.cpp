@@ -22,6 +22,7 @@ protected:
     void SetUp() override {
         if (runsOffLlvmpipe()) GTEST_SKIP() << "it runs on llvmpipe";
         testimages::writePattern8(image_, "", kWidth, kHeight, 3);
+        testimages::writePattern16(deep_, "", kWidth, kHeight, 3);
     }
 
     std::string path(std::string const& name) const { return folder_.path(name); }
@@ -49,12 +50,17 @@ protected:
     static std::string flawOf(std::string const& output) {
         return testimages::difference(testimages::readByVips(output), testimages::pattern8(kWidth, kHeight, 3));
     }
+    static std::string deepFlawOf(std::string const& output) {
+        return testimages::difference(testimages::readByVips(output),
+                                      testimages::pattern16UpperBytes(kWidth, kHeight, 3));
+    }
 
     void emptyCache() const { fs::remove_all(path("cache")); }
 
     TemporaryFolder folder_;
     TemporaryFolder programs_;
     std::string image_ = path("image.ppm");
+    std::string deep_ = path("deep.ppm");
 };
 
 } // namespace
@@ -74,10 +80,10 @@ TEST_F(ProgramFaultSweepGLTest, RendersOfStores) {
     EXPECT_GT(faultsweep::sweep(swept, faultsweep::Sample::OneWay).told, 0U);
 }
 
-// A plain picture at another zoom is drawn from a store that is made in the user's cache, or is there already.
+// A picture of 16 bits at another zoom is drawn from a store that is made in the user's cache, or is there already.
 TEST_F(ProgramFaultSweepGLTest, RendersByWayOfTheCache) {
     for (bool const isThere : {false, true}) {
-        Arguments const arguments{"render", image_, "-o", path("b.png"), "--force", "--zoom", "0.5"};
+        Arguments const arguments{"render", deep_, "-o", path("b.png"), "--force", "--zoom", "0.5"};
         ASSERT_EQ(runVelmora(arguments, environment()).exitCode, 0);
         auto const expected = testimages::readByVips(path("b.png"));
         auto swept = command(isThere ? "render from the cache" : "render through the cache", arguments, path("b.png"));
@@ -93,13 +99,26 @@ TEST_F(ProgramFaultSweepGLTest, RendersByWayOfTheCache) {
 TEST_F(ProgramFaultSweepGLTest, ViewsByWayOfTheCache) {
     std::string const shown = path("shown.png");
     auto swept = command("view",
-                         {"view", image_, "--bare", "--size", "120x90", "--at", "60,45,1", "--screenshot", shown,
+                         {"view", deep_, "--bare", "--size", "120x90", "--at", "60,45,1", "--screenshot", shown,
                           "--force", "--jobs", "1"},
                          shown);
     swept.prepare = [=] {
         emptyCache();
         writeFile(shown, "old");
     };
-    swept.flaw = [=] { return flawOf(shown); };
+    swept.flaw = [=] { return deepFlawOf(shown); };
     EXPECT_GT(faultsweep::sweep(swept, faultsweep::Sample::OneWay).told, 0U);
+}
+
+TEST_F(ProgramFaultSweepGLTest, ViewsAFileByItsLevels) {
+    std::string const image = path("levels.tif");
+    testimages::writePattern8(image, "[tile,pyramid,tile_width=64,tile_height=64]", kWidth, kHeight, 3);
+    std::string const shown = path("shown.png");
+    auto const swept = command("view of a file",
+                               {"view", image, "--bare", "--size", "120x90", "--at", "60,45,1", "--screenshot", shown,
+                                "--force", "--jobs", "1"},
+                               shown);
+    auto checked = swept;
+    checked.flaw = [=] { return flawOf(shown); };
+    EXPECT_GT(faultsweep::sweep(checked, faultsweep::Sample::OneWay).told, 0U);
 }

@@ -125,9 +125,11 @@ TEST_F(ProgramFaultSweepTest, AnImportThatIsKilledAtAnyMomentLeavesTheOldStoreOr
     ASSERT_EQ(runVelmora(oldImport).exitCode, 0);
     std::string const old = readFile(store);
     auto const names = folder_.names();
+    TemporaryFolder const counts;
     // Returns once the new store's temporary file is there.
     auto const start = [&] {
-        auto process = std::make_unique<Process>(Arguments{"import", path("large.ppm"), store, "--force"});
+        auto process = std::make_unique<Process>(Arguments{"import", path("large.ppm"), store, "--force"},
+                                                 Process::Environment{{Process::kCountsFolder, counts.path("")}});
         while (process->running() && folder_.names() == names)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         return process;

@@ -1,6 +1,7 @@
 #include "tests/apps/velmora/Process.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <cstdlib>
 #include <fnmatch.h>
@@ -51,6 +52,16 @@ TEST(ProgramGLTest, InfoPrintsLimitsThatOpenGlEs3Guarantees) {
     EXPECT_GE(std::atoi(valueOf(result.out, "max viewport").c_str()), 2048);
     EXPECT_GE(std::atoi(valueOf(result.out, "fragment texture units").c_str()), 16);
     EXPECT_GE(std::atoi(valueOf(result.out, "combined texture units").c_str()), 32);
+}
+
+TEST(ProgramGLTest, InfoAsJsonSaysWhatInfoSays) {
+    std::string const text = runVelmora({"info"}).out;
+    auto const json = nlohmann::json::parse(runVelmora({"info", "--json"}).out);
+    for (char const* const key : {"renderer", "vendor", "version", "shadingLanguageVersion"})
+        EXPECT_NE(text.find(json.at(key).get<std::string>()), std::string::npos) << key;
+    EXPECT_NE(text.find(" " + std::to_string(json.at("maxTextureSize").get<int>()) + "\n"), std::string::npos);
+    ASSERT_EQ(json.at("precisions").size(), 12U);
+    EXPECT_EQ(json.at("precisions").back().at("stage"), "fragment");
 }
 
 TEST(ProgramGLTest, InfoPrintsEveryPrecisionOfBothStages) {

@@ -95,11 +95,17 @@ TEST_F(ProgramImageGLTest, ColoursAreConvertedAndThatIsTold) {
               "");
 }
 
-// Other zooms than 1 need a store, which is kept.
+// Other zooms than 1 need a store of images of 16 bits, which is kept.
 TEST_F(ProgramImageGLTest, EachPartOfAFileHasAStoreOfItsOwn) {
-    std::string const image = tiff({directory(9, 7, 1, bytes(63, 1)), directory(9, 7, 1, bytes(63, 100))});
+    auto const deep = [](unsigned start) {
+        std::vector<std::uint16_t> samples;
+        for (std::uint8_t const byte : bytes(63, start))
+            samples.push_back(static_cast<std::uint16_t>(byte * 257));
+        return samples;
+    };
+    std::string const image = tiff({directory(9, 7, 1, deep(1)), directory(9, 7, 1, deep(100))});
     auto const enlarged = [&](size_t page) {
-        Samples const small = filesamples::read(image, page);
+        Samples const small = upperBytes(filesamples::read(image, page));
         Samples large{18, 14, 1, {}};
         for (size_t i = 0; i < 18u * 14u; ++i)
             large.values.push_back(small.values[i / 18 / 2 * 9 + i % 18 / 2]);
@@ -113,8 +119,8 @@ TEST_F(ProgramImageGLTest, EachPartOfAFileHasAStoreOfItsOwn) {
         EXPECT_EQ(filesamples::difference(render({"--page", std::to_string(page), "--zoom", "2"}), enlarged(page)), "")
             << page;
     EXPECT_EQ(stores(), 2);
-    render({"--page", "1", "--range", "0,255", "--zoom", "2"});
-    render({"--page", "1", "--range", "0,256", "--zoom", "2"});
+    render({"--page", "1", "--range", "0,65535", "--zoom", "2"});
+    render({"--page", "1", "--range", "0,65536", "--zoom", "2"});
     render({"--page", "1", "--bands", "1", "--zoom", "2"});
     EXPECT_EQ(stores(), 5);
 }

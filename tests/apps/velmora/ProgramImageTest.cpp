@@ -325,8 +325,9 @@ TEST_F(ProgramImageTest, AFileThatTheDiskCannotGiveIsNotCalledDamaged) {
         auto const result = runVelmora({"import", image, store_}, broken);
         EXPECT_EQ(result.exitCode, 3) << image << result.err;
         bool const fits = image == path("a.fits");
-        std::string const reason = fits ? "': error reading from FITS file; " : "': Input/output error; ";
-        EXPECT_EQ(result.err, "velmora: cannot read '" + image + reason + "check the disk that the file lies on\n");
+        std::string expected = "velmora: cannot read '";
+        expected.append(image).append("': ").append(fits ? "error reading from FITS file" : "Input/output error");
+        EXPECT_EQ(result.err, expected.append("; check the disk that the file lies on\n"));
         EXPECT_EQ(folder_.names(), before);
         EXPECT_EQ(runVelmora({"import", image, store_, "--force"}).exitCode, 0) << image;
         std::filesystem::remove(store_);

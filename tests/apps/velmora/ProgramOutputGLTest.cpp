@@ -20,12 +20,13 @@ constexpr int kKilled = 0; // instead of a value of errno
 
 class ProgramOutputGLTest : public OutputFixture {
 protected:
-    void SetUp() override { testimages::writePattern8(image_, "", 60, 50, 3); }
-
-    // For a picture at another zoom, which needs a store.
-    Arguments zoomed(std::string const& output) const {
-        return {"render", image_, "-o", path(output), "--zoom", "0.5"};
+    void SetUp() override {
+        testimages::writePattern8(image_, "", 60, 50, 3);
+        testimages::writePattern16(deep_, "", 60, 50, 3);
     }
+
+    // For an image of 16 bits at another zoom, which needs a store.
+    Arguments zoomed(std::string const& output) const { return {"render", deep_, "-o", path(output), "--zoom", "0.5"}; }
 
     bool isWhole(std::string const& file) const {
         return testimages::difference(testimages::readByVips(file), testimages::readByVips(image_)).empty();
@@ -65,6 +66,7 @@ protected:
     }
 
     std::string image_ = path("a.tif");
+    std::string deep_ = path("deep.tif");
 };
 
 } // namespace
@@ -74,7 +76,7 @@ TEST_F(ProgramOutputGLTest, AFileThatIsThereIsReplacedOnlyByForce) {
         writeFile(path(name), "mine");
         expectRefused({"render", image_, "-o", path(name)}, kUnwritable, {name, "exists already", "--force"});
         // At once: before the store for the zoom is made.
-        expectRefused({"render", image_, "-o", path(name), "--zoom", "0.5"}, kUnwritable, {name, "exists already"},
+        expectRefused({"render", deep_, "-o", path(name), "--zoom", "0.5"}, kUnwritable, {name, "exists already"},
                       {{"XDG_CACHE_HOME", path("cache")}});
         EXPECT_EQ(runVelmora({"render", image_, "-o", path(name), "--force"}).exitCode, 0);
         EXPECT_TRUE(isWhole(path(name)));
@@ -114,6 +116,7 @@ TEST_F(ProgramOutputGLTest, WhatIsNoRegularFileIsNamed) {
 
 TEST_F(ProgramOutputGLTest, OutputsAreAsPrivateAsTheirInput) {
     ASSERT_EQ(chmod(image_.c_str(), 0600), 0);
+    ASSERT_EQ(chmod(deep_.c_str(), 0600), 0);
     for (std::string const name : {"b.png", "b.tif"}) {
         EXPECT_EQ(runVelmora({"render", image_, "-o", path(name)}).exitCode, 0);
         EXPECT_EQ(modeOf(path(name)), 0600u);
@@ -128,7 +131,7 @@ TEST_F(ProgramOutputGLTest, OutputsAreAsPrivateAsTheirInput) {
 TEST_F(ProgramOutputGLTest, WithoutAFolderOfTheUsersNoStoreIsKept) {
     fs::path const everybodys = fs::temp_directory_path() / "velmora";
     bool const before = fs::exists(everybodys);
-    expectRefused(zoomed("b.png"), kUnwritable, {"a.tif", "XDG_CACHE_HOME", "HOME", "velmora import"},
+    expectRefused(zoomed("b.png"), kUnwritable, {"deep.tif", "XDG_CACHE_HOME", "HOME", "velmora import"},
                   {{"XDG_CACHE_HOME", ""}, {"HOME", ""}});
     EXPECT_EQ(fs::exists(everybodys), before);
     EXPECT_EQ(runVelmora(zoomed("b.png"), {{"XDG_CACHE_HOME", ""}, {"HOME", path("home")}}).exitCode, 0);

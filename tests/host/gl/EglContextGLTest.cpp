@@ -7,6 +7,10 @@
 
 #include <EGL/egl.h>
 
+#include <stdexcept>
+#include <string>
+#include <thread>
+
 namespace {
 
 // Restores the shared context of the tests on this thread.
@@ -70,4 +74,17 @@ TEST_F(EglContextGLTest, EachContextKeepsItsSurface) {
 TEST_F(EglContextGLTest, NoContextIsCurrentAfterTheLastOne) {
     { EglContext const context; }
     EXPECT_EQ(eglGetCurrentContext(), EGL_NO_CONTEXT);
+}
+
+TEST_F(EglContextGLTest, AContextThatIsCurrentOnAnotherThreadIsRefused) {
+    EglContext context(1, 1);
+    std::string text;
+    std::thread([&] {
+        try {
+            context.makeCurrent();
+        } catch (std::runtime_error const& error) {
+            text = error.what();
+        }
+    }).join();
+    EXPECT_EQ(text, "eglMakeCurrent failed (EGL_BAD_ACCESS)");
 }

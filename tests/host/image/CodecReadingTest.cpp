@@ -395,3 +395,8 @@ TEST_F(CodecReadingTest, NothingIsReadByALoaderThatIsBlocked) {
     EXPECT_NE(vips_operation_get_flags(exr) & VIPS_OPERATION_BLOCKED, 0);
     g_object_unref(exr);
 }
+
+TEST_F(CodecReadingTest, APngWithoutImageDataIsNoPicture) {
+    std::string const header = number(16, 4) + number(16, 4) + std::string("\x08\x02\0\0\0", 5);
+    EXPECT_NE(refusal(write("a.png", "\x89PNG\r\n\x1a\n" + chunk("IHDR", header))), "");
+}

@@ -19,7 +19,8 @@ struct Directory {
     std::uint32_t subfileType = 0;
     std::uint16_t orientation = 1;
     std::uint16_t compression = 1;
-    std::uint32_t tile = 0;         ///< side of tiles; 0: strips
+    std::uint32_t tile = 0;         ///< width of tiles; 0: strips
+    std::uint32_t tileHeight = 0;   ///< 0: as their width
     std::uint32_t rowsPerStrip = 0; ///< 0: all
     bool planesApart = false;
     std::uint16_t resolutionUnit = 0; ///< 0: no resolution; 1: none, 2: inch, 3: centimetre
@@ -28,7 +29,10 @@ struct Directory {
     std::string description;
     std::vector<std::uint16_t> palette; ///< reds, greens, blues
     std::uint16_t inkSet = 0;
-    std::uint16_t subDirectories = 0; ///< number of following directories that are sub-directories of this one
+    std::string nodata;                   ///< text of GDAL's tag; empty: none
+    std::vector<std::uint8_t> iccProfile; ///< empty: none
+    bool subsampled = false;              ///< half as many samples of colour, if they are YCbCr
+    std::uint16_t subDirectories = 0;     ///< number of following directories that are sub-directories of this one
 };
 
 /// A directory of samples of one type.

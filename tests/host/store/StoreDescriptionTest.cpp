@@ -30,6 +30,29 @@ private:
     double y_;
 };
 
+class ClippedSource final : public SourceOf {
+public:
+    ClippedSource(std::unique_ptr<PixelSource> source, Lost const& lost) : SourceOf(std::move(source)), lost_(lost) {}
+
+    Lost lost() const override { return lost_; }
+
+private:
+    Lost lost_;
+};
+
+class VastSource final : public SourceOf {
+public:
+    VastSource(std::unique_ptr<PixelSource> source, size_t width, size_t height)
+        : SourceOf(std::move(source)), width_(width), height_(height) {}
+
+    size_t width() const override { return width_; }
+    size_t height() const override { return height_; }
+
+private:
+    size_t width_;
+    size_t height_;
+};
+
 class StoreDescriptionTest : public testing::Test {
 protected:
     // The description that is read back for a picture with this resolution and name.
@@ -42,6 +65,18 @@ protected:
         auto const open = [&] { return std::make_unique<ResolvedSource>(testpictures::source(picture_), x, y); };
         importStore(open, path_, options, [](size_t, size_t) {});
         return TileStore(path_).info();
+    }
+
+    // What an import says of samples that the picture's source has changed.
+    std::vector<std::string> notesOf(PixelSource::Lost const& lost) {
+        ImportOptions options;
+        options.replace = true;
+        options.sourceName = "a.tif";
+        notes_.clear();
+        options.note = [this](std::string const& line) { notes_.push_back(line); };
+        auto const open = [&] { return std::make_unique<ClippedSource>(testpictures::source(picture_), lost); };
+        importStore(open, path_, options, [](size_t, size_t) {});
+        return notes_;
     }
 
     StoreInfo plain() const {
@@ -93,6 +128,53 @@ TEST_F(StoreDescriptionTest, OneThatCannotBeIsLeftOutWithAWord) {
     }
     EXPECT_EQ(imported(0, 0).micronsPerPixelX, 0);
     EXPECT_TRUE(notes_.empty()) << "it is not known";
+}
+
+TEST_F(StoreDescriptionTest, SamplesThatWereChangedAreCounted) {
+    using Notes = std::vector<std::string>;
+    EXPECT_EQ(notesOf({0, 0}), Notes{});
+    EXPECT_EQ(notesOf({1, 0}), Notes{"'a.tif': 1 sample beyond the range clipped"});
+    EXPECT_EQ(notesOf({0, 1}), Notes{"'a.tif': 1 sample that is no number made 0"});
+    EXPECT_EQ(notesOf({0, 2}), Notes{"'a.tif': 2 samples that are no number made 0"});
+    EXPECT_EQ(notesOf({2, 1}), Notes{"'a.tif': 2 samples beyond the range clipped, 1 sample that is no number made 0"});
+}
+
+TEST_F(StoreDescriptionTest, AStoreNeverReplacesWhatItIsMadeOf) {
+    writeFile(path_, "the picture");
+    ImportOptions options;
+    options.replace = true;
+    options.sources = {path_};
+    bool opened = false;
+    auto const open = [&]() -> std::unique_ptr<PixelSource> {
+        opened = true;
+        return testpictures::source(picture_);
+    };
+    try {
+        importStore(open, path_, options, [](size_t, size_t) {});
+        ADD_FAILURE() << "it was replaced";
+    } catch (HostError const& error) {
+        EXPECT_EQ(error.kind(), HostError::Kind::UnwritableOutput);
+        EXPECT_NE(std::string(error.what()).find("it is the input itself"), std::string::npos) << error.what();
+    }
+    EXPECT_FALSE(opened);
+    EXPECT_EQ(readFile(path_), "the picture");
+}
+
+TEST_F(StoreDescriptionTest, PicturesLargerThanAStoreCanBeAreRefusedBeforeAFileIsMade) {
+    for (auto const& [width, height] :
+         {std::pair{StoreInfo::kMaxSide + 1, size_t{20}}, {20, StoreInfo::kMaxSide + 1}}) {
+        auto const open = [&, width = width, height = height] {
+            return std::make_unique<VastSource>(testpictures::source(picture_), width, height);
+        };
+        try {
+            importStore(open, path_, {}, [](size_t, size_t) {});
+            ADD_FAILURE() << width << " x " << height;
+        } catch (HostError const& error) {
+            EXPECT_EQ(error.kind(), HostError::Kind::UnreadableImage);
+            EXPECT_NE(std::string(error.what()).find("the picture is too large"), std::string::npos) << error.what();
+        }
+        EXPECT_TRUE(folder_.names().empty());
+    }
 }
 
 TEST_F(StoreDescriptionTest, NamesOfPicturesAreKeptAsPlainText) {

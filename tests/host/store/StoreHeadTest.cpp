@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <sys/stat.h>
 
@@ -192,6 +193,16 @@ TEST(OtherFilesTest, APipeIsNoStoreAndNobodyWaitsForIt) {
     ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
     EXPECT_FALSE(TileStore::isStore(folder.path("pipe")));
     EXPECT_THROW(TileStore{folder.path("pipe")}, HostError);
+}
+
+// An earlier call may have left any number in errno.
+TEST(OtherFilesTest, AFileThatEndsAmidTheHeadIsReadOnce) {
+    TemporaryFolder const folder;
+    writeFile(folder.path("short"), "SQLite");
+    for (int const earlier : {0, EINTR, EIO}) {
+        errno = earlier;
+        EXPECT_FALSE(TileStore::isStore(folder.path("short"))) << earlier;
+    }
 }
 
 TEST(OtherFilesTest, ALinkToAStoreIsOne) {

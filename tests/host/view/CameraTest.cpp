@@ -211,3 +211,18 @@ TEST(CameraTest, TheLastPixelIsWithinThePicture) {
         }
     }
 }
+
+TEST(CameraTest, AFrameOfOnePixelShowsTheWholePictureToo) {
+    for (Size const& frame : {Size{1, 200}, Size{200, 1}, Size{1, 1}}) {
+        Camera c = camera(4000, 3000, {900, 700});
+        c.resize(frame);
+        Camera const fresh = camera(4000, 3000, frame);
+        EXPECT_TRUE(c.zoom() == fresh.zoom()) << c.zoom().value();
+        EXPECT_EQ(c.view().x, fresh.view().x);
+        EXPECT_EQ(c.view().y, fresh.view().y);
+    }
+}
+
+TEST(PicturePixelTest, WithoutANumberItIsTheFirst) {
+    EXPECT_TRUE((PicturePixel{} == PicturePixel{0, 0}));
+}

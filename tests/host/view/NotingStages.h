@@ -37,6 +37,9 @@ public:
     // What a test says.
     std::set<LevelTile> empty;
     std::set<LevelTile> cached;
+    bool parents = true;                  ///< tiles are rebuilt out of their parents
+    std::set<size_t> standIns;            ///< levels; none: all of them
+    bool residualBits = false;            ///< level 0 has them
     bool residualsNeeded = false;         ///< to enhance tiles of level 0
     size_t bytesEnhanced = 0;             ///< of all enhanced tiles
     size_t bytesTrimmed = 0;              ///< by each trimRebuilt()
@@ -63,6 +66,9 @@ public:
             finish(jobNames().front());
     }
 
+    bool needsParents() const override { return parents; }
+    bool standsIn(size_t level) const override { return standIns.empty() || standIns.count(level) != 0; }
+    bool hasResidualBits(size_t level) const override { return level == 0 && residualBits; }
     bool isEmpty(LevelTile const& tile) override {
         call("isEmpty");
         return empty.count(tile) != 0;

@@ -82,7 +82,7 @@ PictureViewFixture::Bytes PictureViewFixture::completed(PictureView& view, View 
     return completed(view);
 }
 
-View PictureViewFixture::randomView(StoreInfo const& info) {
+View PictureViewFixture::randomView(PictureInfo const& info) {
     double const zoom = std::exp2(std::uniform_real_distribution<>(-static_cast<double>(info.levels) - 1, 3)(random_));
     View view;
     view.zoom = Zoom::nearest(zoom, info.levels);

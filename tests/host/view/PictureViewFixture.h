@@ -51,7 +51,7 @@ protected:
     static Bytes completed(PictureView& view, View const& wanted);
 
     /// Somewhere, also beside the picture.
-    View randomView(StoreInfo const& info);
+    View randomView(PictureInfo const& info);
 
     std::string path() const { return folder_.path("a.vlm"); }
 

@@ -3,13 +3,16 @@
 
 #include "host/HostError.h"
 #include "host/filter/EnhancedRenderer.h"
-#include "host/view/EmptyAreas.h"
+#include "host/store/TileStore.h"
+#include "tests/support/ForwardingInstance.h"
 #include "tests/support/LongRun.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstring>
 #include <fstream>
 
 using pictureview::backgroundPixels;
@@ -25,7 +28,48 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
+constexpr std::array<Band, 3> kHighBands = {Band::HL, Band::LH, Band::HH};
+
 class PictureViewGLTest : public PictureViewFixture {};
+
+// Has no surface: what is drawn there is only noted.
+class NotingInstance final : public ForwardingInstance<NotingInstance> {
+public:
+    struct Draw {
+        std::string filter;
+        std::vector<FilterSource> sources;
+        Sizes numbers; // width, height, the clips, the offset
+    };
+
+    NotingInstance(std::shared_ptr<RenderBackendInstance> instance, RenderContext const& context)
+        : ForwardingInstance(std::move(instance), context) {}
+
+    void executeFilter(Filter const& filter, std::vector<FilterSource> const& sources, size_t inputW, size_t inputH,
+                       size_t destination, size_t clipLeft, size_t clipRight, size_t clipTop, size_t clipBottom,
+                       SingleFilterParameters const& params, Sizes const& offset) override {
+        if (destination == 0)
+            presented.push_back({filter.name(),
+                                 sources,
+                                 {inputW, inputH, clipLeft, clipRight, clipTop, clipBottom, offset[0], offset[1]}});
+        else
+            ForwardingInstance::executeFilter(filter, sources, inputW, inputH, destination, clipLeft, clipRight,
+                                              clipTop, clipBottom, params, offset);
+    }
+
+    std::vector<Draw> presented;
+
+private:
+    friend ForwardingInstance<NotingInstance>;
+
+    template <class Operation>
+    static auto query(char const* /*member*/, Operation const& operation) -> decltype(operation()) {
+        return operation();
+    }
+    template <class Operation>
+    static auto call(char const* /*member*/, Operation const& operation) -> decltype(operation()) {
+        return operation();
+    }
+};
 
 } // namespace
 
@@ -311,6 +355,27 @@ TEST_F(PictureViewGLTest, SmoothPixelsLieBetweenTheSamplesAround) {
     }
 }
 
+TEST_F(PictureViewGLTest, MaskOfDetailEverywhereIsTheWholeView) {
+    StoreInfo const info = import(testpictures::picture(300, 200, 1, 8, Content::Noise));
+    PictureView view(instance_, path(), options());
+    for (double const zoom : {1.0, 0.5}) {
+        view.show({Zoom::nearest(zoom, info.levels), 0, 0, 100, 80, false});
+        EXPECT_EQ(view.dataMask(), Bytes(100 * 80, 255)) << zoom;
+    }
+}
+
+TEST_F(PictureViewGLTest, WaitingEndsWithATileThatIsLoaded) {
+    StoreInfo const info = import(testpictures::picture(1500, 1100, 3, 8, Content::Noise));
+    PictureView view(instance_, path(), options());
+    for (size_t level = info.levels; level > 0; --level) {
+        view.show({Zoom::nearest(1.0 / static_cast<double>(size_t{1} << level), info.levels), 0, 0, 50, 40, false});
+        while (!view.complete()) {
+            view.wait(60s);
+            EXPECT_TRUE(view.advance(0ms)) << "level " << level;
+        }
+    }
+}
+
 TEST_F(PictureViewGLTest, MaskCoversWhereThePictureHasDetail) {
     Picture picture = testpictures::picture(2048, 1024, 1, 8, Content::Flat);
     Picture const noise = testpictures::picture(256, 256, 1, 8, Content::Noise);
@@ -336,23 +401,27 @@ TEST_F(PictureViewGLTest, MaskCoversWhereThePictureHasDetail) {
     }
 }
 
-TEST_F(PictureViewGLTest, EmptyAreasAreKnownWithoutReading) {
-    Picture picture = testpictures::picture(2048, 1024, 1, 8, Content::Flat);
-    picture.bytes[700 * 2048 + 1500] ^= 0x40U;
-    StoreInfo const info = import(picture, 64);
+// A tile of the finest bands spans 128 pixels, whose corners are corners of the mask's cells.
+TEST_F(PictureViewGLTest, AtFullSizeTheMaskShowsTilesWithDataToThePixel) {
+    Picture picture = testpictures::picture(1024, 768, 1, 8, Content::Flat);
+    picture.bytes[500 * 1024 + 300] ^= 0x40U;
+    picture.bytes[420 * 1024 + 700] ^= 0x40U;
+    import(picture, 64);
     TileStore store(path());
-    EmptyAreas areas(instance_, store);
-    EXPECT_TRUE(areas.empty({0, 0, 0}));
-    EXPECT_FALSE(areas.empty({0, 2, 1})) << "the pixel is here";
-    EXPECT_TRUE(areas.empty({0, 3, 1}));
-    EXPECT_TRUE(areas.withData(0, {0, 0, 1024, 512}).empty());
-    auto const found = areas.withData(0, {0, 0, 2048, 1024});
-    ASSERT_FALSE(found.empty());
-    for (Region const& area : found) {
-        EXPECT_LE(area.x, 1500U);
-        EXPECT_GT(area.x + area.width, 1490U);
+    auto const hasData = [&](size_t column, size_t row) {
+        return std::any_of(kHighBands.begin(), kHighBands.end(), [&](Band band) {
+            return store.uniformValue({1, band, 0, column, row}) != std::int16_t{0};
+        });
+    };
+    PictureView view(instance_, path(), options());
+    completed(view, {Zoom(), 128, 256, 640, 400, false});
+    Bytes const mask = view.dataMask();
+    ASSERT_EQ(mask.size(), 640U * 400U);
+    for (size_t y = 0; y < 400; ++y) {
+        for (size_t x = 0; x < 640; ++x)
+            ASSERT_EQ(mask[y * 640 + x], hasData((128 + x) / 128, (256 + y) / 128) ? 255 : 0) << x << "," << y;
     }
-    EXPECT_FALSE(areas.empty({info.levels, 0, 0})) << "the coarsest level is always read";
+    EXPECT_GT(std::count(mask.begin(), mask.end(), 255), 0);
 }
 
 TEST_F(PictureViewGLTest, ADamagedTileIsAnErrorAndNoWrongPicture) {
@@ -370,6 +439,62 @@ TEST_F(PictureViewGLTest, ADamagedTileIsAnErrorAndNoWrongPicture) {
         FAIL() << "a damaged store was shown";
     } catch (HostError const& error) {
         EXPECT_EQ(error.kind(), HostError::Kind::DamagedStore) << error.what();
+    }
+}
+
+TEST_F(PictureViewGLTest, AFrameIsPresentedWholeAtTheSurfacesOrigin) {
+    import(testpictures::picture(300, 200, 3, 8, Content::Noise));
+    auto const noting = std::make_shared<NotingInstance>(instance_, context_);
+    PictureView view(noting, path(), options());
+    view.present();
+    EXPECT_TRUE(noting->presented.empty()) << "there is no frame yet";
+    completed(view, {Zoom(), 10, 20, 123, 45, false});
+    size_t const frame = view.frame();
+    view.present();
+    ASSERT_EQ(noting->presented.size(), 1U);
+    NotingInstance::Draw const& drawn = noting->presented.front();
+    EXPECT_EQ(drawn.filter, "BlitFilter4x8");
+    ASSERT_EQ(drawn.sources.size(), 1U);
+    EXPECT_EQ(drawn.sources.front().target, frame);
+    EXPECT_EQ(drawn.sources.front().x, 0U);
+    EXPECT_EQ(drawn.sources.front().y, 0U);
+    EXPECT_FALSE(drawn.sources.front().wholeTexture);
+    EXPECT_EQ(drawn.numbers, (std::vector<size_t>{123, 45, 0, 0, 0, 0, 0, 0}));
+    view.show({Zoom(), 0, 0, 0, 45, false});
+    view.present();
+    EXPECT_EQ(noting->presented.size(), 1U) << "a view without pixels has no frame";
+}
+
+TEST_F(PictureViewGLTest, CodesAreThoseOfACompleteViewWithinThePictureAlone) {
+    Picture const picture = testpictures::picture(100, 100, 4, 16, Content::Noise);
+    import(picture);
+    PictureView::Options wanted = options();
+    wanted.forCodes = true;
+    PictureView view(instance_, path(), wanted);
+    auto const complete = [&view] {
+        while (!view.complete()) {
+            if (!view.advance(50ms)) view.wait(50ms);
+        }
+    };
+    auto const refused = [&view] {
+        try {
+            view.codes();
+        } catch (std::logic_error const& error) {
+            return std::string(error.what()) == "codes are those of a complete view within the picture";
+        }
+        return false;
+    };
+    view.show({Zoom(), 10, 10, 30, 20, false});
+    EXPECT_TRUE(refused()) << "nothing was read yet";
+    complete();
+    std::vector<std::uint16_t> expected(30U * 20U * 4);
+    for (size_t row = 0; row < 20; ++row)
+        std::memcpy(&expected[row * 30 * 4], &picture.bytes[((10 + row) * 100 + 10) * 8], 30U * 8);
+    EXPECT_TRUE(view.codes() == expected);
+    for (View const& beyond : {View{Zoom(), 90, 10, 30, 20, false}, View{Zoom(), 10, 90, 30, 20, false}}) {
+        view.show(beyond);
+        complete();
+        EXPECT_TRUE(refused()) << describe(beyond);
     }
 }
 

@@ -2,11 +2,16 @@
 
 #include "host/HostError.h"
 #include "host/store/Sqlite.h"
+#include "host/view/BandReader.h"
 #include "tests/host/store/TestPictures.h"
+#include "tests/host/view/BandParts.h"
 #include "tests/support/FailingThreads.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
 
 using testpictures::Content;
 using testpictures::Picture;
@@ -82,7 +87,7 @@ TEST_F(TileLoaderTest, EveryTileComesOnceWithTheSamplesOfTheStore) {
     StoreInfo const info = import(testpictures::picture(700, 530, 3, 8, Content::Noise), 64);
     TileStore store(path());
     for (size_t const threads : {1U, 2U, 8U}) {
-        TileLoader loader(path(), threads, cache());
+        TileLoader loader(bandReaders(path(), threads, cache()));
         std::vector<LevelTile> wanted;
         for (size_t level = 0; level <= info.levels; ++level) {
             auto const tiles = tilesOf(info, level);
@@ -103,7 +108,7 @@ TEST_F(TileLoaderTest, OneThreadReadsInTheOrderThatIsWanted) {
     StoreInfo const info = import(testpictures::picture(2100, 530, 1, 8, Content::Ramp));
     auto wanted = tilesOf(info, 0);
     std::swap(wanted[0], wanted[3]);
-    TileLoader loader(path(), 1, cache());
+    TileLoader loader(bandReaders(path(), 1, cache()));
     loader.want(bandsOf(wanted));
     for (LevelTile const& tile : wanted)
         EXPECT_TRUE(next(loader)->job.tile == tile);
@@ -113,7 +118,7 @@ TEST_F(TileLoaderTest, WhatWaitsIsDroppedWhenOtherTilesAreWanted) {
     StoreInfo const info = import(testpictures::picture(6000, 5000, 1, 8, Content::Flat), 256);
     auto const many = tilesOf(info, 0);
     ASSERT_GT(many.size(), 100U);
-    TileLoader loader(path(), 1, cache());
+    TileLoader loader(bandReaders(path(), 1, cache()));
     loader.want(bandsOf(many));
     // The thread rests when so many are finished that nobody has taken.
     while (loader.pending() < many.size())
@@ -130,7 +135,7 @@ TEST_F(TileLoaderTest, WhatWaitsIsDroppedWhenOtherTilesAreWanted) {
 TEST_F(TileLoaderTest, TilesThatAreFinishedAreNotReadAgain) {
     StoreInfo const info = import(testpictures::picture(600, 500, 1, 8, Content::Noise));
     auto const tiles = tilesOf(info, 0);
-    TileLoader loader(path(), 2, cache());
+    TileLoader loader(bandReaders(path(), 2, cache()));
     for (int i = 0; i < 50; ++i)
         loader.want(bandsOf(tiles));
     size_t count = 0;
@@ -144,7 +149,7 @@ TEST_F(TileLoaderTest, TilesThatCannotBeReadComeOutWithTheFailure) {
     sqlite::Database(path(), sqlite::Database::Mode::ReadWrite)
         .execute("UPDATE tiles SET crc = crc + 1 WHERE id = (SELECT min(id) FROM tiles WHERE data IS NOT NULL)");
     auto const tiles = tilesOf(info, 0);
-    TileLoader loader(path(), 2, cache());
+    TileLoader loader(bandReaders(path(), 2, cache()));
     for (int again = 0; again < 2; ++again) {
         loader.want(bandsOf(tiles));
         std::set<LevelTile> got;
@@ -168,7 +173,7 @@ TEST_F(TileLoaderTest, TheThreadsThatTheSystemGivesDoTheWork) {
         std::unique_ptr<TileLoader> loader;
         {
             ThreadLimit const limit(given);
-            loader = std::make_unique<TileLoader>(path(), 4, cache());
+            loader = std::make_unique<TileLoader>(bandReaders(path(), 4, cache()));
             EXPECT_EQ(ThreadLimit::refused(), 1U);
         }
         EXPECT_EQ(loader->threads(), given);
@@ -187,28 +192,28 @@ TEST_F(TileLoaderTest, TheThreadsThatTheSystemGivesDoTheWork) {
 TEST_F(TileLoaderTest, ALoaderGoesWhileTilesWait) {
     StoreInfo const info = import(testpictures::picture(3000, 3000, 1, 8, Content::Noise), 256);
     for (int i = 0; i < 10; ++i) {
-        TileLoader loader(path(), 4, cache());
+        TileLoader loader(bandReaders(path(), 4, cache()));
         loader.want(bandsOf(tilesOf(info, 0)));
         loader.wait(std::chrono::milliseconds(i));
     }
-    TileLoader idle(path(), 4, cache());
+    TileLoader idle(bandReaders(path(), 4, cache()));
     idle.wait(100000ms); // returns: nothing is in work
     EXPECT_EQ(idle.pending(), 0U);
 }
 
 TEST_F(TileLoaderTest, AMissingStoreIsKnownAtOnce) {
-    EXPECT_THROW(TileLoader(folder_.path("none"), 2, cache()), HostError);
+    EXPECT_THROW(bandReaders(folder_.path("none"), 2, cache()), HostError);
 }
 
 TEST_F(TileLoaderTest, CacheKeepsNoMoreThanItsBudget) {
     import(testpictures::picture(700, 530, 3, 8, Content::Noise), 64);
     auto const small = cache(20000);
     BandReader reader(path(), small);
-    auto const first = reader.read({{0, 0, 0}});
+    auto const first = partsOf(reader, {0, 0, 0});
     EXPECT_GT(small->bytes(), 0U);
     EXPECT_LE(small->bytes(), 20000U);
     BandReader roomy(path(), cache());
-    auto const second = roomy.read({{0, 0, 0}});
+    auto const second = partsOf(roomy, {0, 0, 0});
     ASSERT_EQ(first.size(), second.size());
     for (size_t i = 0; i < first.size(); ++i)
         EXPECT_EQ(first[i].bytes, second[i].bytes);
@@ -217,8 +222,105 @@ TEST_F(TileLoaderTest, CacheKeepsNoMoreThanItsBudget) {
 TEST_F(TileLoaderTest, FlatAreasAreOneValueWithoutSamples) {
     import(testpictures::picture(700, 530, 3, 8, Content::Flat), 64);
     BandReader reader(path(), cache());
-    for (BandPart const& part : reader.read({{0, 0, 0}})) {
+    for (BandPart const& part : partsOf(reader, {0, 0, 0})) {
         EXPECT_EQ(part.value, 0);
         EXPECT_TRUE(part.bytes.empty());
     }
+}
+
+namespace {
+
+// Room for one tile, which counts how often it is written.
+class CountingRoom final : public ConcurrentStagingBuffer {
+public:
+    CountingRoom(std::vector<std::uint8_t>& to, std::atomic<int>& writes) : to_(to), writes_(writes) {}
+
+    void write(std::vector<std::uint8_t> const& pixels, size_t offset) override {
+        to_.assign(pixels.begin() + static_cast<std::ptrdiff_t>(offset), pixels.end());
+        ++writes_;
+    }
+    bool ready() const override { return true; }
+    void* nativeHandle() const override { return nullptr; }
+    std::shared_ptr<void> keepAlive() const override { return nullptr; }
+
+private:
+    std::vector<std::uint8_t>& to_;
+    std::atomic<int>& writes_;
+};
+
+// Says that it reads, once, and reads nothing before it is let go.
+class WaitingReader final : public TileReader {
+public:
+    WaitingReader(std::promise<void>& reading, std::shared_future<void> go) : reading_(reading), go_(std::move(go)) {}
+
+    void read(LoadedTile& /*tile*/) override {
+        if (!told_) reading_.set_value();
+        told_ = true;
+        go_.wait();
+    }
+
+private:
+    std::promise<void>& reading_;
+    std::shared_future<void> go_;
+    bool told_ = false;
+};
+
+class HandedTilesTest : public testing::Test {
+protected:
+    std::unique_ptr<LoadedTile> tile() {
+        auto tile = std::make_unique<LoadedTile>();
+        tile->job.tile = {0, 7, 7};
+        tile->pixels = {1, 2, 3};
+        tile->room = std::make_unique<CountingRoom>(room_, writes_);
+        return tile;
+    }
+    std::vector<std::unique_ptr<TileReader>> reader() {
+        std::vector<std::unique_ptr<TileReader>> readers;
+        readers.push_back(std::make_unique<WaitingReader>(reading_, go_.get_future().share()));
+        return readers;
+    }
+
+    std::promise<void> reading_;
+    std::promise<void> go_;
+    std::vector<std::uint8_t> room_;
+    std::atomic<int> writes_{0};
+};
+
+} // namespace
+
+TEST_F(HandedTilesTest, AThreadCopiesThemAndTheyAreTakenOnceMore) {
+    TileLoader loader(reader());
+    loader.hand(tile());
+    loader.wait(10s);
+    auto const copied = loader.take();
+    ASSERT_NE(copied, nullptr);
+    EXPECT_EQ(copied->job.tile.column, 7U);
+    EXPECT_EQ(room_, (std::vector<std::uint8_t>{1, 2, 3}));
+    EXPECT_EQ(writes_, 1);
+    EXPECT_EQ(loader.pending(), 0U);
+}
+
+TEST_F(HandedTilesTest, TheCallerCopiesThemWhereThreadsRead) {
+    TileLoader loader(reader());
+    loader.want({{{0, 0, 0}}});
+    reading_.get_future().wait();
+    loader.hand(tile());
+    loader.copyHanded();
+    EXPECT_EQ(writes_, 1);
+    EXPECT_EQ(loader.pending(), 2U);
+    go_.set_value();
+}
+
+TEST_F(HandedTilesTest, ClosingCopiesThemAndReadsNothingMore) {
+    TileLoader loader(reader());
+    loader.want({{{0, 0, 0}}, {{0, 1, 0}}});
+    go_.set_value();
+    loader.hand(tile());
+    loader.close();
+    EXPECT_EQ(writes_, 1);
+    bool handed = false;
+    while (auto const taken = loader.take())
+        handed = handed || taken->job.tile.column == 7;
+    EXPECT_TRUE(handed);
+    EXPECT_EQ(loader.take(), nullptr);
 }

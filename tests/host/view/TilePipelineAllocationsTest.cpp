@@ -16,7 +16,7 @@ protected:
         }
     }
 
-    void sweep(std::string const& name, StoreInfo const& info, std::vector<View> const& views) {
+    void sweep(std::string const& name, PictureInfo const& info, std::vector<View> const& views) {
         auto const work = [&] {
             pipeline_.reset();
             stages_ = NotingStages();

@@ -1,4 +1,6 @@
 // What fails, in the pipeline's stages or in the store, and what goes while others still work.
+#include "host/view/BandReader.h"
+#include "host/view/TileLoader.h"
 #include "tests/host/store/TestPictures.h"
 #include "tests/host/view/TilePipelineFixture.h"
 #include "tests/support/TemporaryFolder.h"
@@ -15,7 +17,8 @@ class TilePipelineFailuresTest : public TilePipelineFixture {};
 // Loads from a store, on threads.
 class LoadingStages final : public NotingStages {
 public:
-    explicit LoadingStages(std::string const& path) : loader_(path, 2, std::make_shared<SampleCache>(1000 * 1000)) {}
+    explicit LoadingStages(std::string const& path)
+        : loader_(bandReaders(path, 2, std::make_shared<SampleCache>(1000 * 1000))) {}
 
     void load(std::vector<TileJob> const& wanted) override { loader_.want(wanted); }
     std::unique_ptr<LoadedTile> takeLoaded() override { return loader_.take(); }
@@ -102,6 +105,20 @@ TEST_F(TilePipelineFailuresTest, WhatDependsOnADamagedTileIsAHoleAndNotAskedForA
     EXPECT_EQ(stages_.rebuilt.count({0, 1, 0}), 0U);
 }
 
+TEST_F(TilePipelineFailuresTest, WithoutParentsADamagedTileIsAHoleAlone) {
+    stages_.parents = false;
+    start(wideStore(), true);
+    pipeline().want(threeTiles());
+    stages_.finish("2:0,0", std::make_exception_ptr(HostError(HostError::Kind::UnreadableImage, "tile 2:0,0")));
+    stages_.finish("0:2,0", std::make_exception_ptr(HostError(HostError::Kind::UnreadableImage, "tile 0:2,0")));
+    stages_.finishAll();
+    run();
+    EXPECT_TRUE(pipeline().complete());
+    EXPECT_EQ(namesOf(pipeline().holes()), (Names{"0:2,0"}));
+    EXPECT_EQ(damages_->count(), 2U);
+    EXPECT_EQ(damages_->first(), "tile 2:0,0");
+}
+
 TEST_F(TilePipelineFailuresTest, WithoutTheIndexOfAreasEverythingIsLoaded) {
     stages_.empty = {{1, 1, 0}};
     stages_.pre = [](std::string const& name) {
@@ -138,7 +155,7 @@ TEST_F(TilePipelineFailuresTest, APipelineMayGoWhileThreadsLoad) {
     View const all{Zoom(), 0, 0, 3000, 2600, false};
     for (int rounds = 0; rounds < 3; ++rounds) {
         LoadingStages stages(folder.path("a.vlm"));
-        Damages damages(info, false);
+        Damages damages(info.levels, false);
         {
             TilePipeline pipeline(info, {1000, true, false}, stages, damages);
             pipeline.want(all);

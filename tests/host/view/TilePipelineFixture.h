@@ -11,8 +11,8 @@ namespace tilepipeline {
 using Names = std::vector<std::string>;
 
 // 4 x 1 tiles of level 0, 2 x 1 of level 1 and one of level 2, the coarsest.
-inline StoreInfo wideStore() {
-    StoreInfo info;
+inline PictureInfo wideStore() {
+    PictureInfo info;
     info.width = 2048;
     info.height = 512;
     info.bands = 3;
@@ -21,8 +21,8 @@ inline StoreInfo wideStore() {
 }
 
 // 8 x 8 tiles of level 0, 4 x 4 of level 1, 2 x 2 of level 2 and one of level 3.
-inline StoreInfo largeStore() {
-    StoreInfo info;
+inline PictureInfo largeStore() {
+    PictureInfo info;
     info.width = info.height = 4096;
     info.bands = 3;
     info.levels = 3;
@@ -44,8 +44,8 @@ inline HostError damaged(std::string const& text) {
 
 class TilePipelineFixture : public testing::Test {
 protected:
-    void start(StoreInfo const& info, bool tolerant = false) {
-        damages_.emplace(info, tolerant);
+    void start(PictureInfo const& info, bool tolerant = false) {
+        damages_.emplace(stages_.parents ? info.levels : 0, tolerant);
         pipeline_.emplace(info, options_, stages_, *damages_);
     }
 

@@ -236,10 +236,8 @@ TEST_F(TilePipelineTest, TilesAreEnhancedOnceTheirResidualBitsAreThere) {
 TEST_F(TilePipelineTest, CodesNeedResidualBitsAndNothingEnhanced) {
     options_.forCodes = true;
     options_.enhanceCoarserLevels = false;
-    StoreInfo info = wideStore();
-    info.bits = 16;
-    info.residualBits = 3;
-    start(info);
+    stages_.residualBits = true;
+    start(wideStore());
     pipeline().want(tileAt(2, 0));
     EXPECT_EQ(stages_.jobNames(), (Names{"2:0,0", "1:1,0", "0:2,0", "0:2,0 residuals"}));
     for (char const* const name : {"2:0,0", "1:1,0", "0:2,0"})
@@ -250,4 +248,27 @@ TEST_F(TilePipelineTest, CodesNeedResidualBitsAndNothingEnhanced) {
     pipeline().advance(0ms);
     EXPECT_TRUE(pipeline().complete());
     EXPECT_TRUE(stages_.enhanced.empty());
+}
+
+TEST_F(TilePipelineTest, WithoutParentsEachTileIsMadeForItself) {
+    stages_.parents = false;
+    options_.enhanceCoarserLevels = false;
+    start(wideStore());
+    pipeline().want(tileAt(2, 0));
+    EXPECT_EQ(stages_.jobNames(), (Names{"0:2,0"}));
+    stages_.finishAll();
+    EXPECT_EQ(run(), (Names{"load 0:2,0", "enhance 0:2,0"}));
+    EXPECT_TRUE(pipeline().complete());
+}
+
+TEST_F(TilePipelineTest, LevelsThatStandInAloneAreLoadedBesides) {
+    stages_.parents = false;
+    stages_.standIns = {2};
+    start(wideStore());
+    pipeline().want(tileAt(2, 0));
+    EXPECT_EQ(stages_.jobNames(), (Names{"2:0,0", "0:2,0"}));
+    stages_.finish("2:0,0");
+    EXPECT_EQ(run(), (Names{"load 2:0,0", "enhance 2:0,0"}));
+    stages_.finishAll();
+    EXPECT_EQ(run(), (Names{"load 0:2,0", "enhance 0:2,0"}));
 }

@@ -129,3 +129,84 @@ TEST(ImportCacheTest, TheHashIsFnv1a) {
     EXPECT_EQ(importcache::storeName("x", "a"), "x-af63dc4c8601ec8c.vlm");
     EXPECT_EQ(importcache::storeName("x", "foobar"), "x-85944171f73967e8.vlm");
 }
+
+namespace {
+
+// A cache with stores of 100 bytes each, the first used longest ago.
+class CacheLimitTest : public testing::Test {
+protected:
+    fs::path store(std::string const& stem, std::chrono::hours age) const {
+        fs::path const path = folder_.path(importcache::storeName(stem, stem));
+        writeFile(path, std::string(100, 's'));
+        fs::last_write_time(path, fs::file_time_type::clock::now() - age);
+        return path;
+    }
+
+    std::vector<fs::path> trimmedTo(std::uint64_t bytes) const {
+        std::vector<fs::path> paths;
+        for (importcache::Store const& gone : importcache::trim(folder_.path(), bytes))
+            paths.push_back(gone.path);
+        return paths;
+    }
+
+    TemporaryFolder const folder_;
+    fs::path const old_ = store("old", 300h);
+    fs::path const older_ = store("older", 400h);
+    fs::path const fresh_ = store("fresh", 1h);
+};
+
+} // namespace
+
+TEST_F(CacheLimitTest, StoresAreListedByTheirLastUse) {
+    auto const stores = importcache::stores(folder_.path());
+    ASSERT_EQ(stores.size(), 3u);
+    EXPECT_EQ(stores[0].path, older_);
+    EXPECT_EQ(stores[1].path, old_);
+    EXPECT_EQ(stores[2].path, fresh_);
+    EXPECT_EQ(stores[0].bytes, 100u);
+    EXPECT_EQ(importcache::bytesOf(stores), 300u);
+    auto const age = std::chrono::system_clock::now() - stores[0].used;
+    EXPECT_GT(age, 399h);
+    EXPECT_LT(age, 401h);
+    EXPECT_TRUE(importcache::stores(folder_.path("none")).empty());
+}
+
+TEST_F(CacheLimitTest, ThoseThatWereUsedLongestAgoGoFirst) {
+    EXPECT_TRUE(trimmedTo(300).empty());
+    EXPECT_EQ(trimmedTo(299), std::vector<fs::path>{older_});
+    EXPECT_EQ(trimmedTo(100), std::vector<fs::path>{old_});
+    EXPECT_EQ(trimmedTo(0), std::vector<fs::path>{fresh_});
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{});
+}
+
+TEST_F(CacheLimitTest, AUseMakesAStoreTheLatest) {
+    importcache::use(older_);
+    EXPECT_EQ(trimmedTo(200), std::vector<fs::path>{old_});
+}
+
+TEST_F(CacheLimitTest, AStoreInUseStays) {
+    {
+        auto const used = importcache::use(older_);
+        ASSERT_NE(used, nullptr);
+        EXPECT_EQ(trimmedTo(0), (std::vector<fs::path>{old_, fresh_}));
+    }
+    EXPECT_EQ(trimmedTo(0), std::vector<fs::path>{older_});
+    EXPECT_EQ(importcache::use(older_), nullptr);
+}
+
+TEST_F(CacheLimitTest, OtherFilesStay) {
+    std::vector<std::string> const others{"notes.txt",
+                                          "mine.vlm",
+                                          "x-0123456789abcde.vlm",
+                                          "x-0123456789abcdeX.vlm",
+                                          ".x-0123456789abcdef.vlm",
+                                          "x_0123456789abcdef.vlm",
+                                          "x-0123456789abcdef.vlmx",
+                                          "-0123456789abcdef"};
+    for (std::string const& name : others)
+        writeFile(folder_.path(name), "other");
+    fs::create_symlink(fresh_, folder_.path("link-0123456789abcdef.vlm"));
+    fs::create_directory(folder_.path("folder-0123456789abcdef.vlm"));
+    EXPECT_EQ(trimmedTo(0).size(), 3u);
+    EXPECT_EQ(folder_.names().size(), others.size() + 2);
+}

@@ -1,0 +1,117 @@
+#include "host/pyramid/Pyramid.h"
+
+#include "host/MemoryBudget.h"
+#include "host/image/ImageRefusal.h"
+#include "host/image/VipsSamples.h"
+#include "host/pyramid/DecoderPyramid.h"
+#include "host/pyramid/MemoryPyramid.h"
+#include "host/pyramid/TiffPyramid.h"
+
+#include <utility>
+
+namespace {
+
+PyramidBands bandsOf(ImageSelection const& selection, SampleFormat const& layout) {
+    PyramidBands bands;
+    bands.inFile = layout.bands;
+    for (size_t const band : selection.bands)
+        bands.chosen.push_back(band - 1);
+    return bands;
+}
+
+// Chosen bands are grey or RGB, with alpha or without.
+PyramidFacts factsOf(PyramidFacts facts, PyramidBands const& bands) {
+    if (bands.chosen.empty()) return facts;
+    SampleFormat& layout = facts.image.layout;
+    layout.bands = bands.chosen.size();
+    layout.colours = layout.bands <= 2 ? 1 : 3;
+    layout.alpha = layout.bands > layout.colours;
+    facts.image.colourSpace.clear();
+    facts.image.convertible = false;
+    facts.isMultiplied = false;
+    return facts;
+}
+
+bool isSmaller(Size const& a, Size const& b) {
+    return a.width <= b.width && a.height <= b.height && (a.width < b.width || a.height < b.height);
+}
+
+// The sizes that the decoder gives.
+std::vector<Size> sizesOf(std::string const& path, SampleRequest request, ImageFacts const& facts,
+                          InputFile::Check const& check) {
+    std::vector<Size> sizes{{facts.layout.width, facts.layout.height}};
+    for (request.level = 1; request.level < facts.levels; ++request.level) {
+        auto const source = openSamples(std::make_shared<InputFile>(path, check), request);
+        SampleFormat const& layout = source->facts().layout;
+        Size const size{layout.width, layout.height};
+        bool const isLevel =
+            isSmaller(size, sizes.back()) && layout.bands == facts.layout.bands && layout.type == facts.layout.type;
+        if (!isLevel) break; // levels are numbered without gaps
+        sizes.push_back(size);
+    }
+    return sizes;
+}
+
+std::uint64_t bytesOf(SampleFormat const& layout, Size const& size) {
+    return std::uint64_t{layout.pixelBytes()} * size.width * size.height;
+}
+
+struct Opened {
+    std::unique_ptr<PyramidFile> file;
+    std::string reason;
+};
+
+std::string tooLarge(ImageFacts const& facts, std::uint64_t bytes, std::uint64_t most, bool hasLevels) {
+    return std::string(hasLevels ? "its smallest level" : "it has no smaller levels, and") + " takes " +
+           memorybudget::toText(bytes) + " as " + facts.format + " decoded, more than the " +
+           memorybudget::toText(most) + " that are decoded at once";
+}
+
+Opened open(std::string const& path, PyramidOptions const& options) {
+    auto const file = std::make_shared<InputFile>(path, options.check);
+    SampleRequest request;
+    request.page = options.selection.page;
+    request.toSrgb = options.selection.toSrgb;
+    request.asNumbers = !request.toSrgb;
+    // A slide is a TIFF too: OpenSlide knows more about it.
+    if (tiffpyramid::is(*file) && !request.toSrgb && !vipssamples::isSlide(*file)) {
+        file->rethrow();
+        if (auto tiff = tiffpyramid::open(*file, request, options.cacheBytes)) return {std::move(tiff), ""};
+    }
+    auto const source = openSamples(file, request);
+    ImageFacts const facts = source->facts();
+    imagerefusal::requireMemory(path, facts);
+    bool const hasDecoders = source->readsAnywhere() && facts.levels > 1;
+    std::vector<Size> const sizes = sizesOf(path, request, facts, options.check);
+    if (hasDecoders) return {decoderpyramid::open(path, request, facts, sizes, options.cacheBytes), ""};
+    std::uint64_t const bytes = bytesOf(facts.layout, sizes.front());
+    if (bytes <= options.memoryBytes) return {memorypyramid::open(path, request, facts, sizes), ""};
+    return {nullptr, tooLarge(facts, bytes, options.memoryBytes, false)};
+}
+
+} // namespace
+
+Pyramid::Pyramid(std::string path, std::shared_ptr<PyramidFile const> file, ImageSelection const& selection)
+    : path_(std::move(path)),
+      file_(std::move(file)),
+      bands_(bandsOf(selection, file_->facts().image.layout)),
+      facts_(std::make_shared<PyramidFacts const>(factsOf(file_->facts(), bands_))) {}
+
+std::unique_ptr<PyramidReader> Pyramid::reader(InputFile::Check const& check) const {
+    return std::make_unique<PyramidReader>(facts_, file_->reader(check), bands_, path_);
+}
+
+PyramidOpening openPyramid(std::string const& path, PyramidOptions const& options) {
+    Opened opened = open(path, options);
+    if (!opened.file) return {nullptr, opened.reason};
+    ImageFacts const& facts = opened.file->facts().image;
+    ImageSelection selection = options.selection;
+    selection.range.reset();
+    selection.automaticRange = false;
+    imagerefusal::requireSelectable(path, facts, selection);
+    Size const& smallest = opened.file->facts().levels.back().size;
+    std::uint64_t const bytes = bytesOf(facts.layout, smallest);
+    if (bytes > options.memoryBytes)
+        return {nullptr, tooLarge(facts, bytes, options.memoryBytes, opened.file->facts().levels.size() > 1)};
+    return {std::make_unique<Pyramid>(path, std::move(opened.file), selection), ""};
+}

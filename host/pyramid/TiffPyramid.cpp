@@ -1,0 +1,270 @@
+#include "host/pyramid/TiffPyramid.h"
+
+#include "host/image/PixelDensity.h"
+#include "host/pyramid/NodataSample.h"
+#include "host/pyramid/TiffUnits.h"
+#include "host/pyramid/UnitReader.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+#include <utility>
+
+namespace {
+
+constexpr std::uint32_t kNodataTag = 42113;     // GDAL_NODATA: a text
+constexpr size_t kMostLevels = 64;              // considered of a page
+constexpr double kSameRatio = 0.01;             // relative difference of the ratios of a level's sides
+constexpr double kRounding = 1.5;               // of a level's sides, in its samples
+constexpr double kLeastStep = 1.5;              // between pages that are levels
+constexpr std::uint64_t kHandleBytes = 1 << 20; // of libtiff, per level: tables of tiles, the decoder
+
+struct TiffLevels final : UnitFile {
+    using UnitFile::UnitFile;
+
+    std::uint64_t fileBytes = 0;
+    std::vector<TiffLevel> levels;
+};
+
+class TiffReader final : public UnitReader {
+public:
+    TiffReader(std::shared_ptr<TiffLevels> opened, InputFile::Check check)
+        : UnitReader(opened), opened_(std::move(opened)), check_(std::move(check)) {
+        open();
+    }
+
+    void setCheck(InputFile::Check const& check) override {
+        check_ = check;
+        if (file_) file_->setCheck(check);
+    }
+
+protected:
+    std::vector<std::uint8_t> decode(size_t level, Region const& unit, size_t index) override {
+        if (!file_) open();
+        if (!levels_[level])
+            levels_[level] = std::make_unique<TiffUnits>(*file_, opened_->levels[level], opened_->facts.image.nodata);
+        return levels_[level]->decode(index, sizeOf(unit));
+    }
+
+    void drop() noexcept override {
+        levels_.clear();
+        file_.reset();
+    }
+
+private:
+    void open() {
+        auto file = std::make_unique<InputFile>(opened_->path, check_);
+        if (file->size() != opened_->fileBytes) throw changed(opened_->path);
+        levels_.resize(opened_->levels.size());
+        file_ = std::move(file);
+    }
+
+    std::shared_ptr<TiffLevels> opened_;
+    InputFile::Check check_;
+    std::unique_ptr<InputFile> file_; // null after a failure
+    std::vector<std::unique_ptr<TiffUnits>> levels_;
+};
+
+class TiffPyramid final : public PyramidFile {
+public:
+    explicit TiffPyramid(std::shared_ptr<TiffLevels> opened) : opened_(std::move(opened)) {}
+
+    PyramidFacts const& facts() const override { return opened_->facts; }
+    std::unique_ptr<LevelReader> reader(InputFile::Check const& check) const override {
+        return std::make_unique<TiffReader>(opened_, check);
+    }
+
+private:
+    std::shared_ptr<TiffLevels> opened_;
+};
+
+// A directory that may be a level.
+struct Copy {
+    TiffLevel level;
+    std::string colourSpace;
+    bool isMultiplied = false;
+};
+
+// Whether the sides have the ratio of the full picture's, but for rounding.
+bool hasShapeOf(SampleFormat const& full, SampleFormat const& copy) {
+    double const across = static_cast<double>(full.width) / static_cast<double>(copy.width);
+    double const down = static_cast<double>(full.height) / static_cast<double>(copy.height);
+    if (std::abs(across / down - 1) <= kSameRatio) return true;
+    return std::abs(static_cast<double>(copy.width) - static_cast<double>(full.width) / down) < kRounding ||
+           std::abs(static_cast<double>(copy.height) - static_cast<double>(full.height) / across) < kRounding;
+}
+
+bool isCopyOf(Copy const& full, Copy const& copy) {
+    SampleFormat const& a = full.level.layout.samples;
+    SampleFormat const& b = copy.level.layout.samples;
+    bool const isSmaller = b.width <= a.width && b.height <= a.height && (b.width < a.width || b.height < a.height);
+    return isSmaller && a.bands == b.bands && a.type == b.type && a.colours == b.colours && a.alpha == b.alpha &&
+           full.colourSpace == copy.colourSpace && full.isMultiplied == copy.isMultiplied && hasShapeOf(a, b);
+}
+
+// Finds the levels of a page.
+class LevelFinder {
+public:
+    LevelFinder(TiffFile& tiff, TiffChain const& chain, size_t page) : tiff_(tiff), chain_(chain), page_(page) {}
+
+    // Empty if the page's samples are not decoded.
+    std::vector<TiffLevel> find(Copy const& full) {
+        std::vector<TiffLevel> levels{full.level};
+        for (std::uint64_t const offset : offsets()) {
+            auto const copy = at(offset);
+            if (copy && isCopyOf(full, *copy)) levels.push_back(copy->level);
+        }
+        addPages(full, levels);
+        auto const width = [](TiffLevel const& level) { return level.layout.samples.width; };
+        std::stable_sort(levels.begin() + 1, levels.end(),
+                         [&](TiffLevel const& a, TiffLevel const& b) { return width(a) > width(b); });
+        dropEqual(levels);
+        return levels;
+    }
+
+    // The number of pages that are levels.
+    size_t pagesTaken() const { return pagesTaken_; }
+
+    // Empty if the directory is damaged, or its samples are not decoded.
+    std::optional<Copy> at(std::uint64_t offset) {
+        try {
+            return require(offset);
+        } catch (HostError const&) {
+            tiff_.file().rethrow();
+            return std::nullopt;
+        }
+    }
+
+    std::optional<Copy> require(std::uint64_t offset) {
+        if (TIFFSetSubDirectory(tiff_.get(), offset) != 1) throw tiff_.failure();
+        TiffDirectory const directory = TiffDirectory::current(tiff_);
+        auto layout = TiffLayout::of(tiff_, directory);
+        if (!layout) return std::nullopt;
+        return Copy{{offset, std::move(*layout)}, directory.colourSpace, directory.isMultiplied};
+    }
+
+private:
+    // Directories that state that they are copies of the page.
+    std::vector<std::uint64_t> offsets() const {
+        auto const& entries = chain_.entries;
+        std::vector<std::uint64_t> found = entries[page_].subDirectories;
+        bool const isOnly = chain_.pages.size() == 1;
+        size_t i = isOnly ? 0 : page_ + 1;
+        for (; i < entries.size() && found.size() < kMostLevels; ++i) {
+            if (entries[i].isMask() || i == page_) continue;
+            if (!entries[i].isReduced()) break;
+            found.push_back(entries[i].offset);
+        }
+        if (found.size() > kMostLevels) found.resize(kMostLevels);
+        return found;
+    }
+
+    void addPages(Copy const& full, std::vector<TiffLevel>& levels) {
+        if (!full.level.layout.tiled) return;
+        auto last = static_cast<double>(full.level.layout.samples.width);
+        size_t tried = 0;
+        for (size_t const page : chain_.pages) {
+            if (page <= page_ || chain_.entries[page].isMask() || ++tried > kMostLevels) continue;
+            auto const copy = at(chain_.entries[page].offset);
+            if (!copy || !copy->level.layout.tiled || !isCopyOf(full, *copy)) continue;
+            auto const width = static_cast<double>(copy->level.layout.samples.width);
+            if (width * kLeastStep > last) continue;
+            last = width;
+            levels.push_back(copy->level);
+            ++pagesTaken_;
+        }
+    }
+
+    static void dropEqual(std::vector<TiffLevel>& levels) {
+        std::vector<TiffLevel> kept;
+        for (TiffLevel& level : levels) {
+            SampleFormat const& size = level.layout.samples;
+            bool const isFirst = kept.empty();
+            if (!isFirst) {
+                SampleFormat const& last = kept.back().layout.samples;
+                bool const isSmaller = size.width <= last.width && size.height <= last.height &&
+                                       (size.width < last.width || size.height < last.height);
+                if (!isSmaller) continue;
+            }
+            kept.push_back(std::move(level));
+        }
+        levels = std::move(kept);
+    }
+
+    TiffFile& tiff_;
+    TiffChain const& chain_;
+    size_t page_;
+    size_t pagesTaken_ = 0;
+};
+
+void setTags(TiffFile const& tiff, ImageFacts& facts) {
+    facts.orientation = tiff.value<std::uint16_t>(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    if (facts.orientation < ORIENTATION_TOPLEFT || facts.orientation > ORIENTATION_LEFTBOT) facts.orientation = 1;
+    std::uint32_t count = 0;
+    void* bytes = nullptr;
+    if (TIFFGetField(tiff.get(), TIFFTAG_ICCPROFILE, &count, &bytes) == 1 && count > 0) {
+        auto const* const profile = static_cast<std::uint8_t const*>(bytes);
+        facts.iccProfile.assign(profile, profile + count);
+    }
+    // libtiff does not know the tag: it gives a count and the values as they lie in the file.
+    TIFFField const* const field = TIFFFindField(tiff.get(), kNodataTag, TIFF_ANY);
+    if (field == nullptr || TIFFFieldDataType(field) != TIFF_ASCII || TIFFFieldPassCount(field) == 0) return;
+    if (TIFFGetField(tiff.get(), kNodataTag, &count, &bytes) == 1)
+        facts.nodata = nodatasample::parse({static_cast<char const*>(bytes), count});
+}
+
+void setFacts(TiffFile const& tiff, TiffDirectory const& directory, PyramidFacts& facts) {
+    ImageFacts& image = facts.image;
+    image.format = "TIFF";
+    image.colourSpace = directory.colourSpace;
+    image.convertible = directory.convertible;
+    image.heldBytes = directory.heldBytes;
+    facts.isMultiplied = directory.isMultiplied;
+    setTags(tiff, image);
+    if (!pixeldensity::setFromOme(image, directory.description))
+        pixeldensity::set(image, pixeldensity::Origin::Tag, directory.pixelsPerMillimetreX,
+                          directory.pixelsPerMillimetreY);
+}
+
+void setLevels(std::vector<TiffLevel> const& levels, PyramidFacts& facts) {
+    facts.image.layout = levels.front().layout.samples;
+    std::uint64_t largest = 0;
+    for (TiffLevel const& level : levels) {
+        TiffLayout const& layout = level.layout;
+        facts.levels.push_back({{layout.samples.width, layout.samples.height}, layout.unit});
+        largest =
+            std::max<std::uint64_t>(largest, layout.samples.pixelBytes() * layout.unit.width * layout.unit.height);
+    }
+    facts.image.levels = levels.size();
+    // A unit, and what it is decoded from.
+    facts.readerBytes = 3 * largest + levels.size() * kHandleBytes;
+}
+
+} // namespace
+
+bool tiffpyramid::is(InputFile& file) {
+    std::array<char, 4> start{};
+    if (file.readAt(0, start.data(), start.size()) < 4) return false;
+    std::string const magic(start.begin(), start.end());
+    return magic == std::string("II*\0", 4) || magic == std::string("II+\0", 4) || magic == std::string("MM\0*", 4) ||
+           magic == std::string("MM\0+", 4);
+}
+
+std::unique_ptr<PyramidFile> tiffpyramid::open(InputFile& file, SampleRequest const& request, size_t cacheBytes) {
+    TiffFile tiff(file, "rmDOC");
+    TiffChain const chain = TiffChain::read(tiff);
+    size_t const page = chain.pages[requirePage(file, request, chain.pages.size(), "pages") - 1];
+    LevelFinder finder(tiff, chain, page);
+    auto const full = finder.require(chain.entries[page].offset);
+    if (!full) return nullptr;
+
+    auto opened = std::make_shared<TiffLevels>(file.path(), cacheBytes);
+    opened->fileBytes = file.size();
+    setFacts(tiff, TiffDirectory::current(tiff), opened->facts);
+    opened->levels = finder.find(*full);
+    opened->facts.image.pages = chain.pages.size() - (request.page ? 0 : finder.pagesTaken());
+    setLevels(opened->levels, opened->facts);
+    file.rethrow();
+    return std::make_unique<TiffPyramid>(std::move(opened));
+}

@@ -1,0 +1,85 @@
+#include "host/pyramid/TiffUnits.h"
+
+#include "host/pyramid/LevelReader.h"
+#include "host/pyramid/NodataSample.h"
+
+#include <cstring>
+
+namespace {
+
+// The header is read with the directory, and values of tile tables on demand: a picture may have millions of tiles.
+constexpr auto kMode = "rhmDOC";
+
+} // namespace
+
+TiffUnits::TiffUnits(InputFile& file, TiffLevel const& level, std::optional<double> nodata)
+    : tiff_(file, kMode), level_(level), nodata_(nodata) {
+    if (TIFFSetSubDirectory(tiff_.get(), level.offset) != 1) throw tiff_.failure();
+    auto const layout = TiffLayout::of(tiff_, TiffDirectory::current(tiff_));
+    file.rethrow();
+    if (!layout || !(*layout == level.layout)) throw changed(file.path());
+}
+
+std::vector<std::uint8_t> TiffUnits::decode(size_t index, Size const& shown) {
+    TiffLayout const& layout = level_.layout;
+    size_t const rows = shown.height;
+    if (nodata_ && isLeftOut(index)) return blank(shown.width * rows);
+    // Rows of a tile below the picture are decoded too.
+    size_t const decodedRows = layout.tiled ? layout.unit.height : rows;
+    std::vector<std::uint8_t> samples(layout.unit.width * decodedRows * layout.samples.pixelBytes());
+    size_t const planes = layout.planesApart ? layout.bands : 1;
+    for (size_t plane = 0; plane < planes; ++plane) {
+        size_t const number = plane * layout.units.width * layout.units.height + index;
+        if (layout.isPlain()) {
+            decodePlane(number, decodedRows, samples.data());
+            continue;
+        }
+        decoded_.resize(layout.rowBytes() * decodedRows);
+        decodePlane(number, decodedRows, decoded_.data());
+        layout.expand(decoded_.data(), decodedRows, plane, samples.data());
+    }
+    size_t const pixelBytes = layout.samples.pixelBytes();
+    // Columns of a tile beside the picture go.
+    if (shown.width < layout.unit.width)
+        for (size_t row = 1; row < rows; ++row)
+            std::memmove(&samples[row * shown.width * pixelBytes], &samples[row * layout.unit.width * pixelBytes],
+                         shown.width * pixelBytes);
+    samples.resize(shown.width * rows * pixelBytes);
+    return samples;
+}
+
+bool TiffUnits::isLeftOut(size_t index) const {
+    auto const unit = static_cast<std::uint32_t>(index);
+    int failed = 0;
+    bool const isLeft = TIFFGetStrileByteCountWithErr(tiff_.get(), unit, &failed) == 0 && failed == 0 &&
+                        TIFFGetStrileOffsetWithErr(tiff_.get(), unit, &failed) == 0;
+    if (failed != 0) throw tiff_.failure();
+    return isLeft;
+}
+
+std::vector<std::uint8_t> TiffUnits::blank(size_t pixels) const {
+    SampleFormat const& format = level_.layout.samples;
+    std::vector<std::uint8_t> const one =
+        nodatasample::bytesOf(*nodata_, format.type).value_or(std::vector<std::uint8_t>(bytesOf(format.type)));
+    std::vector<std::uint8_t> samples;
+    samples.reserve(pixels * format.pixelBytes());
+    for (size_t i = 0; i < pixels * format.bands; ++i)
+        samples.insert(samples.end(), one.begin(), one.end());
+    return samples;
+}
+
+void TiffUnits::decodePlane(size_t index, size_t rows, std::uint8_t* decoded) {
+    auto const number = static_cast<std::uint32_t>(index);
+    auto const bytes = static_cast<tmsize_t>(level_.layout.rowBytes() * rows);
+    tiff_.file().check();
+    tiff_.message().clear();
+    // libtiff would read what is not compressed from any offset.
+    if (isLeftOut(index)) throw unreadableImage(tiff_.file().path(), "it leaves out a tile");
+    tmsize_t const got = level_.layout.tiled ? TIFFReadEncodedTile(tiff_.get(), number, decoded, bytes)
+                                             : TIFFReadEncodedStrip(tiff_.get(), number, decoded, bytes);
+    tiff_.file().rethrow();
+    bool const isWhole = got == bytes && *tiff_.message().text() == 0;
+    if (isWhole && *tiff_.message().warning() == 0) return;
+    char const* const reason = *tiff_.message().text() != 0 ? tiff_.message().text() : tiff_.message().warning();
+    throw unreadableImage(tiff_.file().path(), *reason != 0 ? reason : "a tile ends before its samples do");
+}

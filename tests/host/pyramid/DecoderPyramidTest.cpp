@@ -1,0 +1,134 @@
+// Slides and JPEG 2000: levels that libvips gives.
+#include "tests/host/pyramid/PyramidFixture.h"
+#include "tests/support/TestImages.h"
+
+#include <vips/vips8>
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+class DecoderPyramidTest : public PyramidFixture {
+protected:
+    // As a scanner writes it: full pages of levels, and a thumbnail in strips.
+    static Directory scanned(std::uint32_t width, std::uint32_t height, std::uint32_t seed) {
+        Directory made = level(width, height, 3, seed);
+        made.compression = COMPRESSION_LZW;
+        made.description =
+            "Aperio Image Library v1\r\n" + std::to_string(width) + "x" + std::to_string(height) + "|MPP = 0.2500";
+        return made;
+    }
+
+    std::string slide(std::string const& name) const {
+        Directory thumbnail = scanned(30, 20, 9);
+        thumbnail.tile = 0;
+        return write({scanned(300, 200, 1), thumbnail, scanned(75, 50, 2)}, "w", name);
+    }
+
+    // Damages the data of a tile of the first page.
+    static void damage(std::string const& file, size_t share) {
+        std::string content = readFile(file);
+        size_t const tile = 8 + (300 * 200 * 3) * share / 100;
+        content.replace(tile, 3000, std::string(3000, '\xff'));
+        writeFile(file, content);
+    }
+
+    std::string jpeg2000(std::string const& name, size_t width, size_t height, bool lossless) const {
+        Bytes samples = ramps(width, height, 3);
+        vips::VImage::new_from_memory(samples.data(), samples.size(), static_cast<int>(width), static_cast<int>(height),
+                                      3, VIPS_FORMAT_UCHAR)
+            .jp2ksave(
+                path(name).c_str(),
+                vips::VImage::option()->set("tile_width", 256)->set("tile_height", 256)->set("lossless", lossless));
+        return path(name);
+    }
+};
+
+} // namespace
+
+TEST_F(DecoderPyramidTest, SlidesHaveTheirLevels) {
+    auto const pyramid = open(slide("a.svs"));
+    EXPECT_EQ(pyramid->facts().image.format, "slide");
+    EXPECT_EQ(pyramid->facts().image.pages, 1u);
+    EXPECT_DOUBLE_EQ(pyramid->facts().image.pixelsPerMillimetreX, 4000);
+    ASSERT_EQ(sizesOf(pyramid->facts()), (Sizes{"300x200", "75x50"}));
+    auto const reader = pyramid->reader();
+    expectLevel(*reader, 0, scanned(300, 200, 1).bytes);
+    expectLevel(*reader, 1, scanned(75, 50, 2).bytes);
+}
+
+TEST_F(DecoderPyramidTest, SquaresOfSlidesAreDecodedOnce) {
+    auto const pyramid = open(slide("a.svs"));
+    auto const reader = pyramid->reader();
+    readAll(*reader);
+    EXPECT_EQ(reader->statistics().decodedUnits, 2u);
+    EXPECT_EQ(reader->statistics().decodedBytes, 300u * 200 * 3);
+    auto const other = pyramid->reader();
+    readAll(*other);
+    EXPECT_EQ(other->statistics().decodedUnits, 0u);
+    EXPECT_EQ(other->statistics().cachedUnits, 2u);
+}
+
+TEST_F(DecoderPyramidTest, ADamagedPartOfASlideFailsItsReadsAlone) {
+    std::string const file = slide("a.svs");
+    damage(file, 50);
+    auto const reader = open(file)->reader();
+    for (int i = 0; i < 2; ++i) {
+        HostError const error = failure([&] { readAll(*reader); });
+        EXPECT_EQ(error.kind(), HostError::Kind::UnreadableImage);
+        EXPECT_TRUE(has(error.what(), "cannot read '" + file + "': ")) << error.what();
+        expectLevel(*reader, 1, scanned(75, 50, 2).bytes);
+    }
+}
+
+TEST_F(DecoderPyramidTest, Jpeg2000HasTheResolutionsOfItsWavelet) {
+    std::string const file = jpeg2000("a.jp2", 1000, 700, true);
+    auto const pyramid = open(file);
+    EXPECT_EQ(pyramid->facts().image.format, "JPEG 2000");
+    ASSERT_GE(pyramid->facts().levels.size(), 3u);
+    auto const reader = pyramid->reader();
+    expectLevel(*reader, 0, ramps(1000, 700, 3));
+    for (size_t level = 1; level < pyramid->facts().levels.size(); ++level) {
+        vips::VImage const decoded =
+            vips::VImage::jp2kload(file.c_str(), vips::VImage::option()->set("page", static_cast<int>(level)))
+                .copy_memory();
+        Size const size = pyramid->facts().levels[level].size;
+        EXPECT_EQ(size.width, static_cast<size_t>(decoded.width()));
+        auto const* const first = static_cast<std::uint8_t const*>(decoded.data());
+        expectLevel(*reader, level, Bytes(first, first + size.width * size.height * 3));
+    }
+}
+
+TEST_F(DecoderPyramidTest, ComplaintsOfOneThreadAreNotThoseOfAnother) {
+    std::string const intact = slide("intact.svs");
+    std::string const damaged = slide("damaged.svs");
+    damage(damaged, 10);
+    Bytes const expected = scanned(300, 200, 1).bytes;
+    PyramidOptions options;
+    options.cacheBytes = 0;
+    auto const good = open(intact, options);
+    auto const bad = open(damaged, options);
+    std::atomic<int> wrong{0};
+    std::atomic<int> right{0};
+    std::vector<std::thread> threads;
+    threads.reserve(4);
+    for (int thread = 0; thread < 4; ++thread)
+        threads.emplace_back([&, thread] {
+            bool const isGood = thread % 2 == 0;
+            auto const reader = (isGood ? good : bad)->reader();
+            for (int i = 0; i < 12; ++i) {
+                try {
+                    bool const isSame = readAll(*reader) == expected;
+                    ++(isGood && isSame ? right : wrong);
+                } catch (HostError const& error) {
+                    bool const isNamed = has(error.what(), damaged) && error.kind() == HostError::Kind::UnreadableImage;
+                    ++(!isGood && isNamed ? right : wrong);
+                }
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(right, 48);
+}
