@@ -85,11 +85,6 @@ void setSampling(size_t width, size_t height, RenderBackend::ImageFiltering filt
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
 }
 
-void uploadImage(TexelFormat const& texels, size_t width, size_t height, void const* data) {
-    glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(texels.format), static_cast<GLsizei>(width),
-                 static_cast<GLsizei>(height), 0, texels.format, texels.type, data);
-}
-
 } // namespace
 
 Gles3Texture::Gles3Texture() : texture_(makeTextureName("Gles3Texture::Gles3Texture()")) {}
@@ -116,10 +111,9 @@ void Gles3Texture::resize(size_t width, size_t height) {
     width_ = width;
     height_ = height;
     bind();
-    auto const texels = texelFormat(format_);
-    if (!texels) throw VelmoraException(kInvalidFormat, kResize);
+    if (!texelFormat(format_)) throw VelmoraException(kInvalidFormat, kResize);
     requireSupportedSize(width, height, kResize);
-    uploadImage(*texels, width, height, nullptr);
+    uploadFromMemory(nullptr);
 }
 
 bool Gles3Texture::fitsInPlace(std::vector<size_t> const& size) const {
@@ -144,7 +138,7 @@ void Gles3Texture::setPixels(std::vector<std::uint8_t> const& pixels, std::vecto
         defineImage(size);
         glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
         requireSupportedSize(width_, height_, kSetPixels);
-        uploadImage(*texelFormat(format_), width_, height_, data);
+        uploadFromMemory(data);
     }
     if (rowLength) glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
 }
@@ -153,9 +147,9 @@ void Gles3Texture::setPixels(std::vector<std::uint8_t> const& pixels, std::vecto
 bool Gles3Texture::endsInside(size_t pixelBytes, std::vector<size_t> const& size, size_t offset,
                               std::optional<size_t> rowLength) const {
     if (fitsInPlace(size)) {
-        // Read as RGBA; if the texture has another format GL refuses the call and reads nothing.
+        // Read as RGBA; if GL's image has another format GL refuses the call and reads nothing.
         size_t const bytes = bytesRead(size[0], size[1], 4, rowLength);
-        return format_ == RenderBackend::RGBA32 && !holds(pixelBytes, offset, bytes);
+        return *mayBeRgba_ && !holds(pixelBytes, offset, bytes);
     }
     // Without pixels from the offset on, a new image is allocated and not filled.
     return pixelBytes > offset && !holds(pixelBytes, offset, bytesRead(size[0], size[1], size[2], rowLength));
@@ -167,7 +161,7 @@ void Gles3Texture::setPixels(std::vector<size_t> const& size, Gles3Pbo const& pb
     defineImage(size);
     pbo.bind();
     // With a buffer bound, GL takes the pointer as a byte offset into it.
-    uploadImage(*texelFormat(format_), width_, height_, reinterpret_cast<void const*>(offset));
+    uploadImage(reinterpret_cast<void const*>(offset));
     pbo.unbind();
 }
 
@@ -179,6 +173,21 @@ void Gles3Texture::defineImage(std::vector<size_t> const& size) {
     if (!format) throw VelmoraException(kInvalidFormat, kSetPixels);
     format_ = *format;
     setSampling(width_, height_, filtering_);
+}
+
+// GL may refuse it, for the size or for a mapped buffer, and keep the image before.
+void Gles3Texture::uploadImage(void const* data) const {
+    auto const texels = *texelFormat(format_);
+    glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(texels.format), static_cast<GLsizei>(width_),
+                 static_cast<GLsizei>(height_), 0, texels.format, texels.type, data);
+    *mayBeRgba_ = *mayBeRgba_ || format_ == RenderBackend::RGBA32;
+}
+
+// Of a size within GL's limit, which GL takes unless its lower 32 bits are a negative number.
+void Gles3Texture::uploadFromMemory(void const* data) const {
+    uploadImage(data);
+    if (static_cast<GLsizei>(width_) >= 0 && static_cast<GLsizei>(height_) >= 0)
+        *mayBeRgba_ = format_ == RenderBackend::RGBA32;
 }
 
 void Gles3Texture::generateMipmaps() {

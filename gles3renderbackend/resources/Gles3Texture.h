@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -69,10 +70,15 @@ private:
     bool fitsInPlace(std::vector<size_t> const& size) const;
     bool endsInside(size_t pixelBytes, std::vector<size_t> const& size, size_t offset,
                     std::optional<size_t> rowLength) const;
+    void uploadImage(void const* data) const;
+    void uploadFromMemory(void const* data) const;
 
     size_t width_ = 0;
     size_t height_ = 0;
     RenderBackend::ImageFormatType format_ = RenderBackend::RGBA32;
     RenderBackend::ImageFiltering filtering_ = RenderBackend::NEAREST;
     GlName texture_;
+    // Whether GL's image may be of RGBA texels, which copies share. format_ does not tell it after an upload that was
+    // refused, or that another copy made.
+    std::shared_ptr<bool> mayBeRgba_ = std::make_shared<bool>(false);
 };

@@ -144,6 +144,15 @@ TEST_F(Gles3TargetReadTest, AConvertingReadOfFourTexelsARowIsAlignedToFour) {
     EXPECT_EQ(gl.pixelStore(GL_PACK_ALIGNMENT), 4);
 }
 
+TEST_F(Gles3TargetReadTest, AConvertingReadOfNoTexelsWritesNothing) {
+    preferReading(GL_RGBA);
+    Gles3Target const made = target(RenderBackend::RGB24);
+    Bytes buffer{7, 8, 9};
+    EXPECT_EQ(made.getPixels(buffer.data(), buffer.size(), 0, 0, 0, 2), 0U);
+    EXPECT_EQ(made.getPixels(buffer.data(), buffer.size(), 0, 0, 2, 0), 0U);
+    EXPECT_EQ(buffer, (Bytes{7, 8, 9}));
+}
+
 TEST_F(Gles3TargetReadTest, GrayIsReadAsAlphaOneByteATexel) {
     Gles3Target const made = target(RenderBackend::GRAY8);
     preferReading(GL_ALPHA);

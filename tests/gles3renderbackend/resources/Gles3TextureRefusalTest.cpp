@@ -1,9 +1,13 @@
 // Uploads that are refused for their pixels: the texture is unchanged, in GL and in its fields.
+#include "gles3renderbackend/resources/Gles3Pbo.h"
 #include "gles3renderbackend/resources/Gles3Texture.h"
 #include "renderbackend/VelmoraException.h"
 #include "tests/gles3renderbackend/resources/Pixels.h"
 #include "tests/gles3renderbackend/resources/Thrown.h"
 #include "tests/support/RecordingGlTest.h"
+
+#include <limits>
+#include <optional>
 
 namespace {
 
@@ -61,6 +65,65 @@ TEST_F(Gles3TextureRefusalTest, ATooShortVectorLeavesAnImageSizeFormatAndSamplin
     EXPECT_EQ(gl.pixelStore(GL_UNPACK_ROW_LENGTH), 0);
     made.setPixels({9, 9, 9, 9}, {1, 1, 4});
     EXPECT_EQ(gl.last("glTexSubImage2D").number(4), 1) << "still an image that smaller ones go into";
+}
+
+// Each factor or sum of the bytes that GL would read passes SIZE_MAX in turn; a number that wraps around would fit.
+TEST_F(Gles3TextureRefusalTest, RowsThatAreLongerThanAnyVectorAreRefused) {
+    constexpr size_t kMost = std::numeric_limits<size_t>::max();
+    Gles3Texture made({}, {4, 4}, RenderBackend::RGBA32, RenderBackend::NEAREST);
+    refuse(made, {2, 3, 4}, kMost / 2 + 1);
+    refuse(made, {2, 2, 4}, kMost - 1);
+    refuse(made, {1, 2, 4}, kMost / 4 + 1);
+    EXPECT_EQ(made.width(), 4U);
+}
+
+// The format of the texture is not the image's then, and GL reads RGBA.
+TEST_F(Gles3TextureRefusalTest, ATooShortVectorIsRefusedAfterAnImageOfAnotherFormatWas) {
+    gl.setInteger(GL_MAX_TEXTURE_SIZE, 64);
+    Gles3Texture made({}, {32, 32}, RenderBackend::RGBA32, RenderBackend::NEAREST);
+    EXPECT_THROW(made.setPixels({}, {65, 65, 3}), VelmoraException);
+    ASSERT_EQ(made.format(), RenderBackend::RGB24);
+    refuse(made, {1, 2, 3});
+    EXPECT_EQ(image(made).width, 32U);
+}
+
+TEST_F(Gles3TextureRefusalTest, ATooShortVectorIsRefusedAfterGlRefusedANegativeSize) {
+    gl.expectError(GL_INVALID_VALUE);
+    Gles3Texture made({}, {32, 32}, RenderBackend::RGBA32, RenderBackend::NEAREST);
+    for (std::vector<size_t> const& size : {std::vector<size_t>{0x80000000, 40, 3}, {40, 0x80000000, 3}}) {
+        made.setPixels({}, size);
+        ASSERT_EQ(made.format(), RenderBackend::RGB24);
+        refuse(made, {1, 2, 3});
+        EXPECT_EQ(image(made).width, 32U);
+    }
+}
+
+TEST_F(Gles3TextureRefusalTest, ATooShortVectorIsRefusedAfterGlRefusedAPixelBuffer) {
+    gl.expectError(GL_INVALID_VALUE);
+    gl.setInteger(GL_MAX_TEXTURE_SIZE, 64);
+    Gles3Texture made({}, {32, 32}, RenderBackend::RGBA32, RenderBackend::NEAREST);
+    Gles3Pbo const buffer(GL_PIXEL_UNPACK_BUFFER, GL_STREAM_DRAW, Gles3Pbo::kMappedBytes);
+    made.setPixels({65, 65, 3}, buffer, 0);
+    ASSERT_EQ(made.format(), RenderBackend::RGB24);
+    refuse(made, {1, 2, 3});
+    EXPECT_EQ(image(made).width, 32U);
+}
+
+TEST_F(Gles3TextureRefusalTest, ATooShortVectorIsRefusedAfterACopyMadeTheImage) {
+    Gles3Texture made({}, {4, 4}, RenderBackend::RGB24, RenderBackend::NEAREST);
+    Gles3Texture copy = made;
+    copy.setPixels({}, {4, 4, 4});
+    ASSERT_EQ(made.format(), RenderBackend::RGB24);
+    refuse(made, {1, 2, 3});
+}
+
+TEST_F(Gles3TextureRefusalTest, AnImageWithoutTexelsNeedsNoBytes) {
+    for (std::vector<size_t> const& size : {std::vector<size_t>{0, 3, 4}, {3, 0, 4}}) {
+        Gles3Texture made({}, {4, 4}, RenderBackend::RGBA32, RenderBackend::NEAREST);
+        EXPECT_NO_THROW(made.setPixels(Bytes(1), size));
+        EXPECT_EQ(gl.count("glTexSubImage2D"), 1U);
+        gl.forgetCalls();
+    }
 }
 
 // The order of the checks, if several fail: format, filtering, size, pixels.
