@@ -1,4 +1,4 @@
-# cmake -DSOURCE=x.frag -DROOT=filters -DNAME=x_frag -DEXPANDED=... -DOUTPUT=... -P EmbedGlslStage.cmake
+# cmake -DSOURCE=x.frag -DROOT=filters -DNAME=x_frag -DHEADER=x.h -DEXPANDED=... -DOUTPUT=... -P EmbedGlslStage.cmake
 # Expands #include "shared/x.glsl" once per name and writes the text, bare and as a C++ constant.
 cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/GlslPrecision.cmake)
@@ -52,4 +52,4 @@ if(NOT line STREQUAL "")
   message(FATAL_ERROR "${SOURCE}: \"${line}\" declares without highp, or holds a comment in /* */")
 endif()
 file(WRITE ${EXPANDED} "${text}")
-file(WRITE ${OUTPUT} "#include \"GlslSources.h\"\n\nstd::string const glsl::${NAME} = R\"glsl(${text})glsl\";\n")
+file(WRITE ${OUTPUT} "#include \"${HEADER}\"\n\nstd::string const glsl::${NAME} = R\"glsl(${text})glsl\";\n")

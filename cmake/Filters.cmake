@@ -8,7 +8,7 @@
 #
 #   velmora_add_filters(target)   adds the classes, the stages and the registry of all filters named so far
 #
-# The global property VELMORA_FILTER_NAMES is the list of names, for the tests.
+# The global properties VELMORA_FILTER_NAMES and VELMORA_GLSL_STAGES are the names and all embedded stages, for the tests.
 #
 # Includes of stages are expanded by EmbedGlslStage.cmake. The expanded texts stay in the build folder for glslangValidator
 # and for the tests.
@@ -17,6 +17,7 @@ set_property(GLOBAL PROPERTY VELMORA_FILTER_SOURCES "")
 set_property(GLOBAL PROPERTY VELMORA_FILTER_INCLUDES "")
 set_property(GLOBAL PROPERTY VELMORA_FILTER_NAMES "")
 set_property(GLOBAL PROPERTY VELMORA_FILTER_REGISTRATIONS "")
+set_property(GLOBAL PROPERTY VELMORA_FILTER_STAGES "")
 set_property(GLOBAL PROPERTY VELMORA_GLSL_STAGES "")
 
 # The first of the names that has such a stage in filters/.
@@ -63,7 +64,7 @@ function(velmora_filter class)
   foreach(stem IN LISTS class arg_STAGES)
     foreach(stage ${stem}.vert ${stem}.frag)
       if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/filters/${stage})
-        set_property(GLOBAL APPEND PROPERTY VELMORA_GLSL_STAGES ${stage})
+        set_property(GLOBAL APPEND PROPERTY VELMORA_FILTER_STAGES ${stage})
       endif()
     endforeach()
   endforeach()
@@ -81,37 +82,44 @@ function(velmora_glsl_includes source root out)
   set(${out} ${found} PARENT_SCOPE)
 endfunction()
 
-function(velmora_add_filters target)
-  get_property(sources GLOBAL PROPERTY VELMORA_FILTER_SOURCES)
-  get_property(stages GLOBAL PROPERTY VELMORA_GLSL_STAGES)
-  list(REMOVE_DUPLICATES stages)
-  set_property(GLOBAL PROPERTY VELMORA_GLSL_STAGES ${stages})
-  target_sources(${target} PRIVATE ${sources})
-
-  set(folder ${CMAKE_CURRENT_SOURCE_DIR}/filters)
+# velmora_embed_stages(TARGET HEADER FILE...): GLSL stages as constant texts of a target, whose sources include HEADER for
+# them: FOLDER/x.vert is glsl::x_vert. What they include lies in gles3renderbackend/filters.
+function(velmora_embed_stages target header)
+  set(root ${PROJECT_SOURCE_DIR}/gles3renderbackend/filters)
   set(declarations "")
-  foreach(stage IN LISTS stages)
-    set(source ${folder}/${stage})
+  foreach(source IN LISTS ARGN)
+    cmake_path(GET source FILENAME stage)
     string(REPLACE "." "_" name ${stage})
-    velmora_glsl_includes(${source} ${folder} snippets)
+    velmora_glsl_includes(${source} ${root} snippets)
     add_custom_command(
       OUTPUT ${VELMORA_GLSL_DIR}/${stage}.cpp ${VELMORA_GLSL_DIR}/${stage}
-      COMMAND ${CMAKE_COMMAND} -DSOURCE=${source} -DROOT=${folder} -DNAME=${name} -DEXPANDED=${VELMORA_GLSL_DIR}/${stage}
-              -DOUTPUT=${VELMORA_GLSL_DIR}/${stage}.cpp -P ${PROJECT_SOURCE_DIR}/cmake/EmbedGlslStage.cmake
+      COMMAND ${CMAKE_COMMAND} -DSOURCE=${source} -DROOT=${root} -DNAME=${name} -DHEADER=${header}
+              -DEXPANDED=${VELMORA_GLSL_DIR}/${stage} -DOUTPUT=${VELMORA_GLSL_DIR}/${stage}.cpp -P
+              ${PROJECT_SOURCE_DIR}/cmake/EmbedGlslStage.cmake
       DEPENDS ${source} ${snippets} ${PROJECT_SOURCE_DIR}/cmake/EmbedGlslStage.cmake
               ${PROJECT_SOURCE_DIR}/cmake/GlslPrecision.cmake
       VERBATIM)
     target_sources(${target} PRIVATE ${VELMORA_GLSL_DIR}/${stage}.cpp)
     string(APPEND declarations "extern std::string const ${name};\n")
+    set_property(GLOBAL APPEND PROPERTY VELMORA_GLSL_STAGES ${stage})
   endforeach()
 
   file(
     CONFIGURE
-    OUTPUT ${VELMORA_GLSL_DIR}/GlslSources.h
+    OUTPUT ${VELMORA_GLSL_DIR}/${header}
     CONTENT
       "#pragma once\n// Written by cmake/Filters.cmake: one constant text per GLSL stage, FILE.vert as FILE_vert.\n#include <string>\n\nnamespace glsl {\n${declarations}}\n"
     @ONLY)
   target_include_directories(${target} PRIVATE ${VELMORA_GLSL_DIR})
+endfunction()
+
+function(velmora_add_filters target)
+  get_property(sources GLOBAL PROPERTY VELMORA_FILTER_SOURCES)
+  get_property(stages GLOBAL PROPERTY VELMORA_FILTER_STAGES)
+  list(REMOVE_DUPLICATES stages)
+  list(TRANSFORM stages PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/filters/)
+  target_sources(${target} PRIVATE ${sources})
+  velmora_embed_stages(${target} GlslSources.h ${stages})
 
   get_property(VELMORA_FILTER_INCLUDES GLOBAL PROPERTY VELMORA_FILTER_INCLUDES)
   get_property(VELMORA_FILTER_REGISTRATIONS GLOBAL PROPERTY VELMORA_FILTER_REGISTRATIONS)

@@ -1,6 +1,5 @@
 #include "conformance/Verification.h"
 
-#include "conformance/Checks.h"
 #include "host/filter/FilterDescriptions.h"
 #include "renderbackend/VelmoraException.h"
 
@@ -48,19 +47,29 @@ std::vector<std::string> namesWithRuns() {
     return names;
 }
 
-Outcome verifyFilter(std::string const& name, TexelRunner& runner, Scope const& scope) {
+namespace {
+
+Outcome outcomeOf(std::string const& name, std::function<Check const&()> const& check, TexelRunner& runner,
+                  Scope const& scope) {
     Outcome outcome;
     outcome.filter = name;
     auto const start = std::chrono::steady_clock::now();
     Trial trial(runner, scope);
     try {
-        runsOf(name)(trial);
+        check()(trial);
     } catch (std::exception const& error) {
         outcome.failure = textOf(error);
     }
     outcome.tally = trial.tally();
     outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return outcome;
+}
+
+} // namespace
+
+Outcome verifyFilter(std::string const& name, TexelRunner& runner, Scope const& scope) {
+    return outcomeOf(
+        name, [&]() -> Check const& { return runsOf(name); }, runner, scope);
 }
 
 void visitPointwise(std::string const& name, TexelRunner& runner, PointwiseVisitor const& visitor) {
@@ -71,13 +80,18 @@ void visitPointwise(std::string const& name, TexelRunner& runner, PointwiseVisit
 }
 
 std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, Scope const& scope,
-                            Progress const& progress) {
+                            Progress const& progress, Checks const& own) {
     TexelRunner runner(instance);
     std::vector<std::string> const& names = description::names();
     std::vector<Outcome> outcomes;
     for (std::string const& name : names) {
-        progress(outcomes.size(), names.size());
+        progress(outcomes.size(), names.size() + own.size());
         outcomes.push_back(verifyFilter(name, runner, scope));
+    }
+    for (auto const& entry : own) {
+        progress(outcomes.size(), names.size() + own.size());
+        outcomes.push_back(outcomeOf(
+            entry.first, [&]() -> Check const& { return entry.second; }, runner, scope));
     }
     return outcomes;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "conformance/Checks.h"
 #include "conformance/Trial.h"
 #include "host/Progress.h"
 
@@ -25,8 +26,9 @@ struct Outcome {
 /// Runs every built-in filter name against its plain integer model, in the order of their descriptions. Progress counts
 /// filters. The outcome of a filter that the backend cannot run has a failure. GL thread only; uses targets and tile
 /// ids of the instance and gives them back, and empties its pool of erased targets.
+/// `own`: runs of the host's own filters, which come last.
 std::vector<Outcome> verify(std::shared_ptr<RenderBackendInstance> const& instance, Scope const& scope,
-                            Progress const& progress);
+                            Progress const& progress, Checks const& own = {});
 
 /// The outcome of one name. A name without runs has a failure that says where to add them.
 Outcome verifyFilter(std::string const& name, TexelRunner& runner, Scope const& scope);

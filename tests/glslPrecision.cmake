@@ -79,6 +79,8 @@ set(precision_Gles3FilterFirIV53LeGall16 highp)
 set(precision_Gles3FilterInterleave16 lowp)
 set(precision_Gles3FilterSharpnessV16 highp)
 set(precision_Gles3FilterTruncate16 highp)
+set(precision_backdrop highp)
+set(precision_channelMix highp)
 set(precision_lookup16 highp)
 
 string(REPLACE "," ";" stages "${STAGES}")
@@ -103,7 +105,7 @@ file(READ ${FOLDER}/copy.frag text)
 string(REPLACE "varying highp" "varying" text "${text}")
 file(WRITE ${WORK}/copy.frag "${text}")
 execute_process(
-  COMMAND ${CMAKE_COMMAND} -DSOURCE=${WORK}/copy.frag -DROOT=${WORK} -DNAME=copy_frag -DEXPANDED=${WORK}/expanded.frag
+  COMMAND ${CMAKE_COMMAND} -DSOURCE=${WORK}/copy.frag -DROOT=${WORK} -DNAME=copy_frag -DHEADER=GlslSources.h -DEXPANDED=${WORK}/expanded.frag
           -DOUTPUT=${WORK}/copy.frag.cpp -P ${EMBED}
   RESULT_VARIABLE result
   ERROR_VARIABLE error)

@@ -8,6 +8,7 @@
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
+#include "host/channels/HostFilters.h"
 #include "host/filter/EnhancedRenderer.h"
 #include "host/filter/RegionRenderer.h"
 #include "host/gl/SurfacelessContext.h"
@@ -121,7 +122,7 @@ double drawInto(OutputFile const& output, Shape const& shape, size_t tileBytes, 
     // Opened before the context, so that an unwritable output is reported at once.
     auto const file = makePictureWriter(output, shape.width, shape.height, shape.bands, shape.bits);
     SurfacelessContext context;
-    Gles3RenderBackend backend(RenderBackend::RGBA32, tileBytes);
+    Gles3RenderBackend backend(hostfilters::registry(), RenderBackend::RGBA32, tileBytes);
     auto const instance = backend.createInstance(context);
 
     auto const start = std::chrono::steady_clock::now();

@@ -2,9 +2,11 @@
 #include "apps/velmora/shared/Interruption.h"
 #include "apps/velmora/shared/ProgressBar.h"
 #include "conformance/Verification.h"
+#include "conformance/channels/HostFilterChecks.h"
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
+#include "host/channels/HostFilters.h"
 #include "host/gl/GlInfo.h"
 #include "host/gl/SurfacelessContext.h"
 #include "renderbackend/RenderBackendInstance.h"
@@ -57,14 +59,17 @@ Totals totalsOf(std::vector<Outcome> const& outcomes) {
 }
 
 std::vector<Outcome> outcomes(Options const& options, SurfacelessContext& context, GlInfo const& gl) {
-    Gles3RenderBackend backend(RenderBackend::RGBA32, kTileBudgetBytes);
+    Gles3RenderBackend backend(hostfilters::registry(), RenderBackend::RGBA32, kTileBudgetBytes);
     ProgressBar bar("verifying", stderr);
     conformance::Scope const scope = {options.full ? conformance::Depth::kFull : conformance::Depth::kThorough,
                                       std::min({gl.maxTextureSize, gl.maxViewport[0], gl.maxViewport[1]})};
-    return conformance::verify(backend.createInstance(context), scope, [&](size_t done, size_t total) {
-        interruption::throwIfNoted();
-        bar.update(done, total);
-    });
+    return conformance::verify(
+        backend.createInstance(context), scope,
+        [&](size_t done, size_t total) {
+            interruption::throwIfNoted();
+            bar.update(done, total);
+        },
+        conformance::hostFilterChecks());
 }
 
 void printRow(std::string const& name, std::uint64_t pixels, std::uint64_t differingBytes, double seconds) {

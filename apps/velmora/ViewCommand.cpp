@@ -1,4 +1,5 @@
 #include "apps/velmora/Commands.h"
+#include "apps/velmora/DisplayOptions.h"
 #include "apps/velmora/FilterOptions.h"
 #include "apps/velmora/SelectionOptions.h"
 #include "apps/velmora/shared/ImageInput.h"
@@ -28,7 +29,9 @@ constexpr auto kExamples = R"(Examples:
   velmora view                                   the built-in picture
   velmora view slide.vlm                         a tile store
   velmora view slide.svs                         a whole slide, by the levels that it has
-  velmora view scan.tif --gamma 2.2,300,9000     an image of 16 bits: a store of it is made first, once
+  velmora view scan.tif                          12 bits in 16 are shown bright: --range auto
+  velmora view heat.tif --range 280,310 --colour-map inferno
+  velmora view scan.tif --gamma 2.2,300,9000     filters of 16 bits: a store is made first, once
   velmora view slide.vlm --at 52000,31000,1 --size 1920x1080 --screenshot part.png
 
 Drag and wheel move; the key ? shows all keys. Stores of images are kept in $XDG_CACHE_HOME/velmora
@@ -138,7 +141,8 @@ void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
     options.sources = picturefiles::sourcesOf(options.image);
     // Before a window opens.
     requireScreenshots(options);
-    imageinput::inspect(options.image, options.selection, imageinput::Colours::Shown);
+    imageinput::inspect(options.image, options.selection,
+                        options.shownAs() ? imageinput::Colours::Ranged : imageinput::Colours::Shown);
     Viewer(options).run();
 }
 
@@ -154,6 +158,7 @@ void addViewCommand(CLI::App& program) {
         ->type_name("")
         ->check(checkNamed);
     addSelectionOptions(*command, options->selection);
+    addDisplayOptions(*command, options->display);
     command->add_option("--size", texts->size, "Window size; default: 1280x800")->type_name("WxH")->check(checkSize);
     command->add_option("--at", texts->at, "Picture pixel at the centre, and zoom (screen pixels per picture pixel)")
         ->type_name("X,Y,ZOOM")
@@ -181,6 +186,7 @@ void addViewCommand(CLI::App& program) {
     addFilterOptions(*command);
     command->callback([options, texts, memory, command] {
         options->steps = filterStepsOf(*command);
+        options->display = withRange(options->display, options->selection);
         view(*options, *texts, *memory);
     });
 }

@@ -39,10 +39,14 @@ public:
         request_.asNumbers = !options_.selection.bands.empty() || options_.selection.hasRange();
         open();
         imagerefusal::requireMemory(path, facts());
+        if (options_.anySamples) forgetRange();
         imagerefusal::requireSelectable(path, facts(), options_.selection);
         if (isToBeConverted()) convert();
         chooseBands();
-        imagerefusal::requireNothingLost(path, facts(), options_.selection, [this] { return samplesText(); });
+        if (options_.anySamples)
+            imagerefusal::requireShowable(path, facts(), options_.selection);
+        else
+            imagerefusal::requireNothingLost(path, facts(), options_.selection, [this] { return samplesText(); });
         range_ = options_.selection.range;
         takeNotes();
     }
@@ -93,6 +97,11 @@ private:
     void open() {
         source_ = openSamples(file_, request_);
         nextRow_ = 0;
+    }
+
+    void forgetRange() {
+        options_.selection.range.reset();
+        options_.selection.automaticRange = false;
     }
 
     bool isToBeConverted() const {

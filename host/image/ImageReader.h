@@ -36,7 +36,10 @@ public:
     struct Options {
         Samples samples = Samples::kEightBits;
         ImageSelection selection;
-        bool lossless = false;       ///< colours are converted only if the selection says so
+        bool lossless = false; ///< colours are converted only if the selection says so
+        /// Samples of every type and bands of any meaning are not refused: the file is opened for its notes, and must
+        /// not be read. A range is for showing it.
+        bool anySamples = false;
         InputFile::Check check = {}; ///< called now and then while the file is read; an exception stops it
     };
 

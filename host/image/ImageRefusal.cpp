@@ -89,6 +89,13 @@ void addSamples(ImageFacts const& facts, ImageSelection const& selection, imager
                 std::string("--range LO,HI or --range auto") + (isLight ? ", or --to-srgb for light from 0 to 1" : ""));
 }
 
+void throwIfAny(std::string const& path, Refusal const& refusal) {
+    if (refusal.holds.empty()) return;
+    throw HostError(HostError::Kind::UnreadableImage, "'" + path + "' holds " + joined(refusal.holds, " and ") + "; " +
+                                                          refusal.taken() + ": choose " +
+                                                          joined(refusal.options, " and "));
+}
+
 } // namespace
 
 void imagerefusal::requireSelectable(std::string const& path, ImageFacts const& facts,
@@ -117,10 +124,14 @@ void imagerefusal::requireNothingLost(std::string const& path, ImageFacts const&
         addColours(facts, selection, refusal);
         addSamples(facts, selection, samples, refusal);
     }
-    if (refusal.holds.empty()) return;
-    throw HostError(HostError::Kind::UnreadableImage, "'" + path + "' holds " + joined(refusal.holds, " and ") + "; " +
-                                                          refusal.taken() + ": choose " +
-                                                          joined(refusal.options, " and "));
+    throwIfAny(path, refusal);
+}
+
+void imagerefusal::requireShowable(std::string const& path, ImageFacts const& facts, ImageSelection const& selection) {
+    Refusal refusal;
+    addPages(facts, selection, refusal);
+    if (!refusal.pages && !facts.colourSpace.empty()) addColours(facts, selection, refusal);
+    throwIfAny(path, refusal);
 }
 
 void imagerefusal::requireMemory(std::string const& path, ImageFacts const& facts) {

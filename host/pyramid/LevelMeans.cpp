@@ -1,6 +1,6 @@
 #include "host/pyramid/LevelMeans.h"
 
-#include "host/pyramid/NodataSample.h"
+#include "host/image/NodataSample.h"
 
 #include <cmath>
 #include <cstring>

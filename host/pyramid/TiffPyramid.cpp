@@ -1,7 +1,7 @@
 #include "host/pyramid/TiffPyramid.h"
 
+#include "host/image/NodataSample.h"
 #include "host/image/PixelDensity.h"
-#include "host/pyramid/NodataSample.h"
 #include "host/pyramid/TiffUnits.h"
 #include "host/pyramid/UnitReader.h"
 

@@ -1,7 +1,7 @@
 #include "host/pyramid/TiffUnits.h"
 
+#include "host/image/NodataSample.h"
 #include "host/pyramid/LevelReader.h"
-#include "host/pyramid/NodataSample.h"
 
 #include <cstring>
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "host/display/DisplayRequest.h"
 #include "host/pyramid/Pyramid.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -14,5 +16,6 @@ struct PictureSource {
 
     std::string store; ///< its path; empty: the pyramid
     std::shared_ptr<Pyramid const> pyramid;
-    std::shared_ptr<void const> kept; ///< keeps a store in a cache from being removed
+    std::optional<DisplayRequest> display; ///< of the pyramid; empty: its samples are shown as they are
+    std::shared_ptr<void const> kept;      ///< keeps a store in a cache from being removed
 };

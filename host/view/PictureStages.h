@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/display/ChannelDisplay.h"
 #include "host/view/ShownTiles.h"
 #include "host/view/TileStages.h"
 #include "host/view/View.h"
@@ -24,6 +25,13 @@ public:
         size_t hostBytes = 0; ///< of what is decoded and kept
     };
     virtual Usage usage() const = 0;
+
+    /// The channels that can be set; none where samples are shown as they are.
+    virtual std::vector<ChannelDisplay> const& channels() const;
+    /// The same with automatic ranges.
+    virtual std::vector<ChannelDisplay> automaticChannels() const { return channels(); }
+    /// Shows the channels otherwise. Whether what was loaded is of no use any more. Only where there are channels.
+    virtual bool display(std::vector<ChannelDisplay> const& channels);
 
     /// Puts the alpha of tiles of the view's level, which are rebuilt, into the view's RGBA texels.
     virtual void putAlpha(std::vector<std::uint8_t>& rgba, View const& view, std::vector<LevelTile> const& tiles) = 0;

@@ -1,8 +1,10 @@
 #include "host/view/PictureView.h"
 
 #include "host/HostError.h"
+#include "host/channels/BackdropFilter.h"
 #include "host/filter/FilterDescriptions.h"
 #include "host/image/PixelBands.h"
+#include "host/view/ChannelStages.h"
 #include "host/view/PyramidStages.h"
 #include "host/view/StoreTileStages.h"
 
@@ -12,7 +14,9 @@ namespace {
 
 std::unique_ptr<PictureStages> stagesOf(std::shared_ptr<RenderBackendInstance> const& instance, FilterRunner& targets,
                                         PictureSource const& source, PictureView::Options const& options) {
-    if (source.pyramid) return std::make_unique<PyramidStages>(instance, targets, source.pyramid, options.threads);
+    if (source.pyramid && source.display)
+        return std::make_unique<ChannelStages>(instance, targets, *source.pyramid, *source.display, options.threads);
+    if (source.pyramid) return std::make_unique<PyramidStages>(instance, targets, *source.pyramid, options.threads);
     StoreTileStages::Options const ofStore = {options.threads, options.hostBytes, options.interruption};
     return std::make_unique<StoreTileStages>(instance, targets, source.store, ofStore);
 }
@@ -38,11 +42,32 @@ void PictureView::enhance(std::vector<enhancement::Step> const& steps) {
     pipeline_.renew();
 }
 
+void PictureView::display(std::vector<ChannelDisplay> const& channels) {
+    bool const loadsAgain = stages_->display(channels);
+    if (loadsAgain) pipeline_.forgetLoaded();
+    stages_->shown().renew();
+    pipeline_.renew();
+}
+
 size_t PictureView::frame() {
     if (view().isEmpty()) throw std::logic_error("a view without pixels has no frame");
     frame_.reset();
-    frame_ = composer_.draw(view(), background_, holes());
+    frame_ = drawn();
+    if (pixelbands::hasAlpha(info().bands)) {
+        BackdropParams backdrop;
+        backdrop.colour = background_;
+        Size const size = {view().width, view().height};
+        OwnedTarget opaque = targets_.target(SampleLayout::kRgba8, size);
+        targets_.run(targets_.prepared(BackdropFilter::description()), {{frame_->id(), 0, 0, false}}, size, opaque,
+                     backdrop);
+        frame_ = std::move(opaque);
+    }
     return frame_->id();
+}
+
+// What is transparent is so.
+OwnedTarget PictureView::drawn() {
+    return composer_.draw(view(), background_, holes());
 }
 
 // In pixels of the picture at the view's zoom.
@@ -55,8 +80,7 @@ std::vector<Region> PictureView::holes() const {
 
 std::vector<std::uint8_t> PictureView::pixels() {
     if (view().isEmpty()) return {};
-    frame();
-    auto rgba = targets_.read(*frame_, SampleLayout::kRgba8, {0, 0, view().width, view().height});
+    auto rgba = targets_.read(drawn(), SampleLayout::kRgba8, {0, 0, view().width, view().height});
     if (pixelbands::hasAlpha(info().bands) && complete()) stages_->putAlpha(rgba, view(), pipeline_.sound());
     return rgba;
 }

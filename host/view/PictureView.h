@@ -57,6 +57,12 @@ public:
 
     /// Enhancements from now on. Throws HostError (usage) where they read too much around a pixel.
     void enhance(std::vector<enhancement::Step> const& steps);
+    /// The channels that display() sets; none where samples are shown as they are.
+    std::vector<ChannelDisplay> const& channels() const { return stages_->channels(); }
+    /// The same with the ranges that all but 8 bits open with.
+    std::vector<ChannelDisplay> automaticChannels() const { return stages_->automaticChannels(); }
+    /// Shows the channels otherwise from now on: as many as channels() has, of the same bands.
+    void display(std::vector<ChannelDisplay> const& channels);
     void show(View const& view) { pipeline_.want(view); }
     /// The one that was shown last; at first one without pixels.
     View const& view() const { return pipeline_.view(); }
@@ -96,6 +102,7 @@ public:
 
 private:
     std::vector<Region> holes() const;
+    OwnedTarget drawn();
 
     std::shared_ptr<RenderBackendInstance> instance_;
     std::array<std::uint8_t, 3> background_;

@@ -29,6 +29,8 @@ public:
     /// RGBA texels of leveltile::shownRegion(), in the target's upper left corner; null where the tile is not there.
     OwnedTarget const* texels(LevelTile const& tile);
 
+    /// Drops all tiles: what they are made of has changed.
+    void renew() { tiles_.clear(); }
     size_t trim(size_t bytes, std::set<LevelTile> const& needed) { return tiles_.trim(bytes, needed); }
     size_t bytes() const { return tiles_.bytes(); }
 

@@ -40,6 +40,8 @@ public:
     void want(View const& view);
     /// Asks for the same view once more, after other enhancements; at once for what is shown first.
     void renew();
+    /// Drops what is loaded and not made into tiles.
+    void forgetLoaded() { waiting_.clear(); }
     View const& view() const { return view_; }
 
     /// Takes in what is loaded and makes tiles of it, for about so long; at least one, where there is one to make.

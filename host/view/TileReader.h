@@ -39,6 +39,7 @@ struct LoadedTile {
     TileJob job;
     std::vector<BandPart> parts;      ///< of a store
     std::vector<std::uint8_t> pixels; ///< of a picture with levels of its own
+    std::uint64_t coding = 0;         ///< if the pixels are codes: the number of their ChannelCoding
     std::exception_ptr failure;       ///< what kept the tile from being read; empty: nothing
 
     /// Room for the pixels in memory that the GPU reads, made on the GL thread; null: none yet.

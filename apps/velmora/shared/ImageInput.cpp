@@ -26,6 +26,7 @@ void imageinput::inspect(std::string const& image, ImageSelection const& selecti
     options.samples = ImageReader::Samples::kAsStored;
     options.selection = selection;
     options.lossless = colours == Colours::Kept;
+    options.anySamples = colours == Colours::Ranged;
     options.check = interruption::throwIfNoted;
     ImageReader const reader(image, options);
     for (std::string const& note : reader.notes())

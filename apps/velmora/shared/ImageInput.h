@@ -9,7 +9,8 @@ namespace imageinput {
 
 enum class Colours {
     Kept, ///< a command that promises every sample: colours other than grey and RGB are refused
-    Shown ///< a command that shows a picture: such colours are converted, with a note
+    Shown, ///< a command that shows a picture: such colours are converted, with a note
+    Ranged ///< the same, and samples of every type are shown through a range
 };
 
 /// Opens the image, or nothing for the built-in picture, and reports on stderr the conversions that no option asked

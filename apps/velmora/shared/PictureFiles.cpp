@@ -62,16 +62,24 @@ std::string picturefiles::cachedStore(std::string const& image, ImageSelection c
     return (folder / name).string();
 }
 
-std::optional<PictureSource> picturefiles::shownAtOnce(std::string const& image, ImageSelection const& selection) {
+std::optional<PictureSource> picturefiles::shownAtOnce(std::string const& image, ImageSelection const& selection,
+                                                       std::optional<DisplayRequest> const& display) {
     if (image.empty()) return std::nullopt;
     if (TileStore::isStore(image)) return PictureSource(image);
-    if (selection.hasRange()) return std::nullopt;
+    if (selection.hasRange() && !display) return std::nullopt;
     PyramidOptions options;
     options.selection = selection;
     options.check = interruption::throwIfNoted;
     std::shared_ptr<Pyramid const> const pyramid = openPyramid(image, options).pyramid;
-    if (!pyramid || !PyramidStages::shows(*pyramid)) return std::nullopt;
-    return PictureSource(pyramid);
+    if (!pyramid) return std::nullopt;
+    bool const asIs = PyramidStages::shows(*pyramid) && (!display || display->isEmpty());
+    // Other colours are converted on the way into a store.
+    bool const isConverted = !pyramid->facts().image.colourSpace.empty() && selection.bands.empty();
+    bool const isRanged = display && !isConverted && !pyramid->facts().isMultiplied;
+    if (!asIs && !isRanged) return std::nullopt;
+    PictureSource source(pyramid);
+    if (!asIs) source.display = display;
+    return source;
 }
 
 std::optional<PictureSource> picturefiles::usableStore(std::string const& path) {

@@ -34,8 +34,10 @@ std::filesystem::path cacheFolder(std::string const& what = "stores of images");
 std::string cachedStore(std::string const& image, ImageSelection const& selection = {});
 
 /// What can be shown of the image without reading all of it first: a store, or the file itself by the levels that it
-/// has, where its samples are shown as they are. Throws HostError.
-std::optional<PictureSource> shownAtOnce(std::string const& image, ImageSelection const& selection);
+/// has. Its samples are shown as they are where they can be and nothing else is asked for; else, if `display` is given,
+/// as it says. Throws HostError: also (usage) if a colour map is asked for that the image cannot have.
+std::optional<PictureSource> shownAtOnce(std::string const& image, ImageSelection const& selection,
+                                         std::optional<DisplayRequest> const& display = {});
 
 /// The store at a path in the cache, kept there as long as the result lives; nothing if it has to be made: it is
 /// missing, or another version of the program has made it.

@@ -27,6 +27,12 @@ void Overview::enhance(std::vector<enhancement::Step> const& steps) {
     if (picture_) picture_->enhance(steps_);
 }
 
+void Overview::display(std::vector<ChannelDisplay> const& channels) {
+    complete_ = false;
+    channels_ = channels;
+    if (picture_) picture_->display(channels_);
+}
+
 bool Overview::advance(std::chrono::milliseconds time) {
     if (complete_) return false;
     if (!picture_) open();
@@ -41,6 +47,7 @@ bool Overview::advance(std::chrono::milliseconds time) {
 void Overview::open() {
     auto picture = std::make_unique<PictureView>(instance_, source_, options_);
     picture->enhance(steps_);
+    if (!channels_.empty()) picture->display(channels_);
     Camera const whole(picture->info(), {kMaxSide, kMaxSide});
     View view = whole.view();
     view.x = 0;

@@ -7,8 +7,8 @@
 #include <memory>
 #include <vector>
 
-/// The whole picture, small, with the enhancements of the large one. Its view is its own, on the same instance, so that
-/// the window's view never shows anything else. GL thread only. Throws what PictureView throws.
+/// The whole picture, small, with the enhancements and channels of the large one. Its view is its own, on the same
+/// instance, so that the window's view never shows anything else. GL thread only. Throws what PictureView throws.
 class Overview {
 public:
     /// Along the longer side.
@@ -20,9 +20,11 @@ public:
 
     /// Enhancements from now on. The texture stays as it is until they are drawn.
     void enhance(std::vector<enhancement::Step> const& steps);
+    /// Shows the channels otherwise from now on, as PictureView::display().
+    void display(std::vector<ChannelDisplay> const& channels);
     /// Loads and draws what is missing, for about so long. Whether the texture has changed.
     bool advance(std::chrono::milliseconds time);
-    /// Whether the texture has the enhancements.
+    /// Whether the texture has the enhancements and channels.
     bool complete() const { return complete_; }
 
     OverlayTexture const& texture() const { return texture_; }
@@ -36,6 +38,7 @@ private:
     PictureSource source_;
     PictureView::Options options_;
     std::vector<enhancement::Step> steps_;
+    std::vector<ChannelDisplay> channels_; // none: as they open
     std::unique_ptr<PictureView> picture_;
     OverlayTexture texture_;
     bool complete_ = false;

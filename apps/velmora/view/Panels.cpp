@@ -6,8 +6,13 @@
 #include <imgui.h>
 
 #include <algorithm>
-#include <cinttypes>
+#include <array>
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -20,6 +25,8 @@ constexpr float kMargin = 8;
 constexpr ImU32 kLine = IM_COL32(255, 255, 255, 230);
 constexpr ImU32 kShadow = IM_COL32(0, 0, 0, 160);
 constexpr ImU32 kTileColour = IM_COL32(255, 210, 0, 255);
+
+constexpr float kOverviewHeight = 240; // with its frame and the margins
 
 constexpr auto kHelp = "drag, arrows     move\n"
                        "wheel            zoom about the cursor\n"
@@ -63,8 +70,11 @@ void drawStatus(panels::Model const& model) {
     placeNext(0, 0);
     ImGui::Begin("status", nullptr, kWordFlags);
     ImGui::TextUnformatted(model.name.c_str());
-    ImGui::Text("%zu x %zu, %s, %zu bits", model.info->width, model.info->height, model.interpretation.c_str(),
-                model.info->bits);
+    if (model.channels != nullptr && !model.channels->empty())
+        ImGui::Text("%zu x %zu, %s", model.info->width, model.info->height, model.interpretation.c_str());
+    else
+        ImGui::Text("%zu x %zu, %s, %zu bits", model.info->width, model.info->height, model.interpretation.c_str(),
+                    model.info->bits);
     ImGui::Text("zoom %.4g %%, level %zu", 100 * model.camera->zoom().value(), model.camera->zoom().level());
     if (model.pixel)
         ImGui::Text("%zu, %zu: %u %u %u", model.pixel->x, model.pixel->y, model.shown[0], model.shown[1],
@@ -153,6 +163,114 @@ void drawTone(panels::Model const& model, panels::UserEdits& edits) {
     edits.tone = tone;
 }
 
+// A step of a range's ends: 1 in a range of many whole numbers, else a part of it.
+double stepOf(Tone const& tone) {
+    double const range = tone.high - tone.low;
+    return range > 100 ? 1 : range / 100;
+}
+
+// Typed, or in steps: a mouse pixel would be too coarse for 16 bits.
+bool editRange(Tone& tone) {
+    Tone edited = tone;
+    double const step = stepOf(tone);
+    bool changed = ImGui::InputDouble("black", &edited.low, step, 10 * step, "%.6g");
+    changed |= ImGui::InputDouble("white", &edited.high, step, 10 * step, "%.6g");
+    bool const isRange =
+        std::abs(edited.low) <= Tone::kFarthest && std::abs(edited.high) <= Tone::kFarthest && edited.low < edited.high;
+    if (!changed || !isRange) return false;
+    tone = edited;
+    return true;
+}
+
+bool editCurve(Tone& tone) {
+    auto gamma = static_cast<float>(tone.gamma);
+    auto curve = static_cast<int>(tone.curve);
+    bool const bent = ImGui::SliderFloat("gamma", &gamma, 0.2F, 5, "%.2f", ImGuiSliderFlags_AlwaysClamp);
+    if (bent) tone.gamma = static_cast<double>(gamma);
+    bool const chosen = ImGui::Combo("curve", &curve, "linear\0log\0asinh\0");
+    if (chosen) tone.curve = static_cast<Tone::Curve>(curve);
+    return bent || chosen;
+}
+
+bool editColour(ChannelDisplay& channel) {
+    Colour const& full = channel.colours.back();
+    std::array<float, 3> colour{};
+    for (size_t i = 0; i < colour.size(); ++i)
+        colour[i] = static_cast<float>(full[i]) / 255;
+    if (!ImGui::ColorEdit3("##colour", colour.data(), ImGuiColorEditFlags_NoInputs)) return false;
+    Colour edited{};
+    for (size_t i = 0; i < colour.size(); ++i)
+        edited[i] = static_cast<std::uint8_t>(std::lround(255 * colour[i]));
+    channel.colours = colourmap::rampTo(edited);
+    return true;
+}
+
+// Of one channel. Which of them it has is not told: the list begins with what a click makes of it.
+bool editColourMap(ChannelDisplay& channel) {
+    bool changed = false;
+    for (std::string const& name : colourmap::names()) {
+        if (ImGui::SmallButton(name.c_str())) {
+            channel.colours = colourmap::named(name);
+            changed = true;
+        }
+        ImGui::SameLine();
+    }
+    if (ImGui::SmallButton("invert")) {
+        channel.colours = colourmap::inverted(channel.colours);
+        changed = true;
+    }
+    return changed;
+}
+
+bool editChannel(ChannelDisplay& channel, bool isAlone) {
+    if (isAlone) {
+        bool changed = editRange(channel.tone);
+        changed |= editCurve(channel.tone);
+        changed |= editColourMap(channel);
+        return changed;
+    }
+    bool changed = ImGui::Checkbox("##on", &channel.isOn);
+    ImGui::SameLine();
+    if (channel.role == ChannelTable::Role::Alpha) {
+        ImGui::TextUnformatted(channel.name.c_str());
+        return changed;
+    }
+    changed |= editColour(channel);
+    ImGui::SameLine();
+    // Folded: a picture may have many.
+    if (!ImGui::TreeNode(channel.name.c_str())) return changed;
+    changed |= editRange(channel.tone);
+    changed |= editCurve(channel.tone);
+    ImGui::TreePop();
+    return changed;
+}
+
+void drawChannels(panels::Model const& model, panels::UserEdits& edits) {
+    if (model.channels == nullptr || model.channels->empty()) return;
+    placeNext(1, 0);
+    float const scale = ImGui::GetIO().FontGlobalScale;
+    // Above the overview; what does not fit is scrolled.
+    ImVec2 const window = ImGui::GetIO().DisplaySize;
+    ImGui::SetNextWindowSizeConstraints({0, 0}, {window.x, std::max(window.y - kOverviewHeight, 80 * scale)});
+    ImGui::Begin("channels", nullptr, kPanelFlags & ~ImGuiWindowFlags_NoScrollbar);
+    ImGui::PushItemWidth(160 * scale);
+    edits.automaticRanges = ImGui::Button("auto");
+    auto channels = *model.channels;
+    auto const colours = std::count_if(channels.begin(), channels.end(), [](ChannelDisplay const& channel) {
+        return channel.role == ChannelTable::Role::Added;
+    });
+    bool changed = false;
+    for (ChannelDisplay& channel : channels) {
+        ImGui::PushID(static_cast<int>(channel.band));
+        bool const isAlone = colours == 1 && channel.role == ChannelTable::Role::Added;
+        changed |= editChannel(channel, isAlone);
+        ImGui::PopID();
+    }
+    ImGui::PopItemWidth();
+    ImGui::End();
+    if (changed) edits.channels = std::move(channels);
+}
+
 void drawHelp() {
     ImVec2 const size = ImGui::GetIO().DisplaySize;
     ImGui::SetNextWindowPos({size.x / 2, size.y / 2}, ImGuiCond_Always, {0.5F, 0.5F});
@@ -176,6 +294,7 @@ panels::UserEdits panels::draw(Model const& model) {
     drawStatus(model);
     drawScaleBar(model);
     drawTone(model, edits);
+    drawChannels(model, edits);
     edits.lookAt = drawOverview(model);
     if (model.help) drawHelp();
     return edits;

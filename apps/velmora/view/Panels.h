@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/velmora/view/OverlayTexture.h"
+#include "host/display/ChannelDisplay.h"
 #include "host/filter/Enhancement.h"
 #include "host/view/Camera.h"
 #include "host/view/PictureView.h"
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// What the viewer draws over the picture with Dear ImGui, between Overlay::begin and end.
 namespace panels {
@@ -32,6 +34,7 @@ struct Model {
     bool help = false;
     std::optional<enhancement::Gamma> tone; ///< of pictures of 16 bits
     bool toneOn = false;
+    std::vector<ChannelDisplay> const* channels = nullptr; ///< that can be set; empty: none
 };
 
 /// What the user did in the panels.
@@ -39,6 +42,8 @@ struct UserEdits {
     std::optional<Place> lookAt; ///< of the picture
     std::optional<enhancement::Gamma> tone;
     bool automaticTone = false;
+    std::optional<std::vector<ChannelDisplay>> channels;
+    bool automaticRanges = false; ///< of all channels
 };
 
 UserEdits draw(Model const& model);

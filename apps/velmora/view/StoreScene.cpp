@@ -110,6 +110,13 @@ void StoreScene::setAutomaticTone() {
     setTone(tone);
 }
 
+void StoreScene::setChannels(std::vector<ChannelDisplay> const& channels) {
+    picture_.display(channels);
+    overview_.display(channels);
+    // What is on the GPU is shown at once.
+    picture_.advance(kTurn);
+}
+
 View StoreScene::wantedView() const {
     View view = camera_.view();
     view.smooth = toggles_.smooth;
@@ -198,6 +205,7 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     model.help = toggles_.help;
     if (isDeep()) model.tone = switches_.last<enhancement::Gamma>().value_or(kDeepGamma);
     model.toneOn = switches_.on<enhancement::Gamma>();
+    model.channels = &picture_.channels();
 
     if (toggles_.mask && !maskIsMissing()) panels::drawMask(mask_);
     if (toggles_.tiles) panels::drawTiles(camera_);
@@ -205,7 +213,9 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     if (edits.lookAt) camera_.lookAt(*edits.lookAt);
     if (edits.tone) setTone(*edits.tone);
     if (edits.automaticTone) setAutomaticTone();
-    if (edits.tone || edits.automaticTone) return Redraw::Picture;
+    if (edits.automaticRanges) setChannels(picture_.automaticChannels());
+    if (edits.channels) setChannels(*edits.channels);
+    if (edits.tone || edits.automaticTone || edits.automaticRanges || edits.channels) return Redraw::Picture;
     return edits.lookAt ? Redraw::Overlay : Redraw::Nothing;
 }
 

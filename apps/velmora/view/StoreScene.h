@@ -57,6 +57,7 @@ private:
     Redraw toggleStep(Controls::Command command);
     void setTone(enhancement::Gamma const& tone);
     void setAutomaticTone();
+    void setChannels(std::vector<ChannelDisplay> const& channels);
     bool isDeep() const { return picture_.info().bits == 16; }
     View wantedView() const;
     bool maskIsMissing() const { return toggles_.mask && maskView_ != picture_.view(); }

@@ -6,6 +6,7 @@
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
+#include "host/channels/HostFilters.h"
 #include "host/output/PngWriter.h"
 #include "host/store/TileStore.h"
 
@@ -25,10 +26,10 @@ constexpr std::chrono::milliseconds kIdleTurn{200};
 Viewer::Viewer(ViewerOptions const& options)
     : options_(options),
       window_("velmora - " + printableText(picturefiles::nameOf(options.image)), options.window),
-      backend_(RenderBackend::RGBA32, options.bandBytes),
+      backend_(hostfilters::registry(), RenderBackend::RGBA32, options.bandBytes),
       instance_(backend_.createInstance(window_)),
       script_(options.script) {
-    if (auto const source = picturefiles::shownAtOnce(options_.image, options_.selection))
+    if (auto const source = picturefiles::shownAtOnce(options_.image, options_.selection, options_.shownAs()))
         open(*source);
     else
         openStoreOf(options_.image);

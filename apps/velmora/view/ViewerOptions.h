@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/velmora/view/Script.h"
+#include "host/display/DisplayRequest.h"
 #include "host/filter/Enhancement.h"
 #include "host/image/ImageSelection.h"
 #include "host/output/OutputFile.h"
@@ -21,6 +22,7 @@ struct ViewerOptions {
 
     std::string image;        ///< an image or a store; empty: the built-in picture
     ImageSelection selection; ///< of an image
+    DisplayRequest display;   ///< of an image's samples
     Size window{1280, 800};
     PictureView::Options picture;
     size_t bandBytes = 32 * 1000 * 1000; ///< budget of the backend's tile cache, which keeps what tiles are made of
@@ -35,6 +37,12 @@ struct ViewerOptions {
     std::optional<Start> start;
     std::vector<enhancement::Step> steps;
     std::vector<Script::Line> script;
+
+    /// How samples are shown that are not imported first. Empty: enhancements are asked for, which look at the samples
+    /// of more than 8 bits themselves.
+    std::optional<DisplayRequest> shownAs() const {
+        return steps.empty() || !display.isEmpty() ? std::optional(display) : std::nullopt;
+    }
 
     /// A screenshot of that name.
     OutputFile outputOf(std::string const& name) const {

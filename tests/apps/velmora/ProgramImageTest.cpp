@@ -40,6 +40,15 @@ protected:
         EXPECT_EQ(folder_.names(), before);
     }
 
+    // What the viewer shows and the others would change: they refuse it, it fails for want of a window.
+    void expectRefusedButByView(std::string const& image, std::string const& line) const {
+        expectFailure({"import", image, path("new.vlm")}, 4, line);
+        expectFailure({"render", image, "-o", path("new.png")}, 4, line);
+        auto const result = runVelmora({"view", image}, {{"XDG_CACHE_HOME", path("cache")}});
+        EXPECT_EQ(result.exitCode, 13) << result.err;
+        EXPECT_EQ(result.err.rfind("velmora: no display", 0), 0u) << result.err;
+    }
+
     // The same for each of the three commands that take an image; COMMAND in the line stands for its name.
     void expectRefused(std::string const& image, Arguments const& options, int exitCode,
                        std::string const& line) const {
@@ -115,11 +124,11 @@ protected:
 
 TEST_F(ProgramImageTest, OtherSamplesThanTheStoresAreTakenByRange) {
     std::string const image = tiff({floats()});
-    expectRefused(image, {}, 4,
-                  "'" + image +
-                      "' holds 32-bit float samples from -3.5 to 124172; unsigned samples of 8 or 16 bits are kept: "
-                      "choose --range "
-                      "LO,HI or --range auto");
+    expectRefusedButByView(
+        image, "'" + image +
+                   "' holds 32-bit float samples from -3.5 to 124172; unsigned samples of 8 or 16 bits are kept: "
+                   "choose --range "
+                   "LO,HI or --range auto");
     filesamples::Samples const own = filesamples::read(image);
     std::string const all = "samples -3.5 to 124172 of 32-bit float as 0 to 65535";
     std::string const said = import(image, {"--range", "auto"});
@@ -162,10 +171,10 @@ TEST_F(ProgramImageTest, BandsAreTakenByTheirNumbers) {
     Directory five = directory(4, 3, 5, samples);
     five.extraSamples = {0, 0};
     std::string const image = tiff({five});
-    expectRefused(image, {}, 4,
-                  "'" + image +
-                      "' holds 5 bands, RGB and 2 others; grey or RGB is taken, with alpha or without: choose "
-                      "--bands I or I,J,K (1 to 5)");
+    expectRefusedButByView(image,
+                           "'" + image +
+                               "' holds 5 bands, RGB and 2 others; grey or RGB is taken, with alpha or without: choose "
+                               "--bands I or I,J,K (1 to 5)");
     expectRefused(image, {"--bands", "3,6,1"}, 2, "'" + image + "' has no band 6; --bands are 1 to 5");
     for (auto const& [text, bands, said] : std::vector<std::tuple<std::string, std::vector<size_t>, std::string>>{
              {"5", {5}, "band 5 of 5"},
@@ -183,10 +192,10 @@ TEST_F(ProgramImageTest, FourBandsWithoutAlphaAreNotTakenForIt) {
     Directory four = directory(4, 3, 4, samples);
     four.extraSamples = {0};
     std::string const image = tiff({four});
-    expectRefused(image, {}, 4,
-                  "'" + image +
-                      "' holds 4 bands, RGB and 1 other; grey or RGB is taken, with alpha or without: choose "
-                      "--bands I or I,J,K (1 to 4)");
+    expectRefusedButByView(image,
+                           "'" + image +
+                               "' holds 4 bands, RGB and 1 other; grey or RGB is taken, with alpha or without: choose "
+                               "--bands I or I,J,K (1 to 4)");
     four.extraSamples = {2};
     import(tiff({four}), {});
     expectTaken("", 0, 0);

@@ -3,6 +3,7 @@
 #include "tests/support/FailingAllocations.h"
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
+#include "host/channels/HostFilters.h"
 #include "host/filter/EnhancedRenderer.h"
 #include "host/filter/RegionRenderer.h"
 #include "host/view/StoreRenderer.h"
@@ -107,7 +108,7 @@ protected:
     Picture picture_ = testpictures::picture(90, 70, 3, 16, Content::Noise);
     TemporaryFolder folder_;
     FixedContext context_;
-    Gles3RenderBackend backend_{RenderBackend::RGBA32, 1000 * 1000};
+    Gles3RenderBackend backend_{hostfilters::registry(), RenderBackend::RGBA32, 1000 * 1000};
 };
 
 } // namespace
@@ -152,7 +153,7 @@ TEST_F(FailingAllocationsTest, AViewThatLivesOn) {
     importPicture(path());
     for (Threads const threads : {Threads::This, Threads::Others}) {
         // Nothing is kept: the threads have to read each time.
-        Gles3RenderBackend poor(RenderBackend::RGBA32, 1);
+        Gles3RenderBackend poor(hostfilters::registry(), RenderBackend::RGBA32, 1);
         PictureView::Options forgetful = options();
         forgetful.hostBytes = 1;
         PictureView view(poor.createInstance(context_), path(), forgetful);

@@ -162,7 +162,7 @@ protected:
     // bandBytes: what the instance's cache keeps of what tiles are rebuilt from.
     void open(size_t bandBytes) {
         view_.reset();
-        poor_ = std::make_unique<Gles3RenderBackend>(RenderBackend::RGBA32, bandBytes);
+        poor_ = std::make_unique<Gles3RenderBackend>(hostfilters::registry(), RenderBackend::RGBA32, bandBytes);
         failing_ = std::make_shared<FailingInstance>(poor_->createInstance(context_), context_);
         PictureView::Options small = options();
         small.gpuBytes = 1;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
+#include "host/channels/HostFilters.h"
 #include "host/gl/SurfacelessContext.h"
 #include "host/view/PictureView.h"
 #include "tests/host/store/TestPictures.h"
@@ -60,6 +61,6 @@ protected:
     std::mt19937 random_{20};
     TemporaryFolder folder_;
     SurfacelessContext context_;
-    Gles3RenderBackend backend_{RenderBackend::RGBA32, kTileBudgetBytes};
+    Gles3RenderBackend backend_{hostfilters::registry(), RenderBackend::RGBA32, kTileBudgetBytes};
     std::shared_ptr<RenderBackendInstance> instance_ = backend_.createInstance(context_);
 };

@@ -196,7 +196,7 @@ TEST_F(PictureViewGLTest, SmallestBudgetsGiveTheSamePixels) {
     Picture const picture = testpictures::picture(701, 600, 3, 8, Content::Noise);
     StoreInfo const info = import(picture);
     auto const levels = levelsOf(picture, info.levels);
-    Gles3RenderBackend poor(RenderBackend::RGBA32, 1);
+    Gles3RenderBackend poor(hostfilters::registry(), RenderBackend::RGBA32, 1);
     auto const instance = poor.createInstance(context_);
     PictureView::Options small = options();
     small.hostBytes = small.gpuBytes = 1;

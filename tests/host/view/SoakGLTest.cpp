@@ -49,7 +49,7 @@ class SoakGLTest : public PictureViewFixture {
 protected:
     // A turn of the program: an instance, views one after the other, frames with and without enhancements.
     void turn(StoreInfo const& info, std::vector<pictureview::Level> const& levels, size_t frames) {
-        Gles3RenderBackend backend(RenderBackend::RGBA32, kBandBytes);
+        Gles3RenderBackend backend(hostfilters::registry(), RenderBackend::RGBA32, kBandBytes);
         auto const instance = backend.createInstance(context_);
         for (size_t shown = 0; shown < frames;) {
             PictureView::Options small = options();

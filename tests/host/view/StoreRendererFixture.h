@@ -2,6 +2,7 @@
 
 #include "gles3renderbackend/Gles3RenderBackend.h"
 #include "host/Geometry.h"
+#include "host/channels/HostFilters.h"
 #include "host/gl/SurfacelessContext.h"
 #include "host/view/StoreRenderer.h"
 #include "tests/host/store/TestPictures.h"
@@ -36,6 +37,6 @@ protected:
 
     TemporaryFolder folder_;
     SurfacelessContext context_;
-    Gles3RenderBackend backend_{RenderBackend::RGBA32, kTileBudgetBytes};
+    Gles3RenderBackend backend_{hostfilters::registry(), RenderBackend::RGBA32, kTileBudgetBytes};
     std::shared_ptr<RenderBackendInstance> instance_ = backend_.createInstance(context_);
 };

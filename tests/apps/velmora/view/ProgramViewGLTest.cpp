@@ -4,6 +4,7 @@
 // made with: ProgramViewWindowTest.cpp resizes one.
 #include "tests/apps/velmora/view/ViewerFixture.h"
 
+#include "host/display/ColourMap.h"
 #include "host/store/Sqlite.h"
 #include "host/store/TileStore.h"
 #include "tests/apps/velmora/Restricted.h"
@@ -11,6 +12,7 @@
 #include "tests/support/LongRun.h"
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -260,10 +262,79 @@ TEST_F(ProgramViewGLTest, WhatAWindowShowsOfAFileIsWhatRenderDraws) {
     }
 }
 
-TEST_F(ProgramViewGLTest, AnImageOfSixteenBitsIsImportedOnce) {
-    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
+// A byte of each sample of the pattern: between both ends in proportion, rounded.
+testimages::Pixels patternInRange(size_t width, size_t height, size_t bands, double low, double high) {
+    testimages::Pixels pixels = testimages::pattern16UpperBytes(width, height, bands);
+    std::vector<std::uint16_t> const samples = testimages::pattern16(width, height, bands);
+    for (size_t i = 0; i < samples.size(); ++i) {
+        double const share = (samples[i] - low) / (high - low);
+        pixels.samples[i] = static_cast<std::uint8_t>(std::floor(255 * std::min(std::max(share, 0.0), 1.0) + 0.5));
+    }
+    return pixels;
+}
+
+TEST_F(ProgramViewGLTest, AnImageOfSixteenBitsIsShownInARangeAtOnce) {
     testimages::writePattern16(path("a.png"), "", 400, 300, 3);
     std::vector<std::string> const arguments{path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1"};
+    auto const with = [&](std::vector<std::string> const& more) {
+        auto all = arguments;
+        all.insert(all.end(), more.begin(), more.end());
+        return all;
+    };
+    auto const part = [](testimages::Pixels const& whole) { return testimages::crop(whole, 100, 100, 200, 100); };
+    expectPixels(shown(with({"--range", "0,65535"})), part(patternInRange(400, 300, 3, 0, 65535)));
+    expectPixels(shown(with({"--range", "1000.5,20000"})), part(patternInRange(400, 300, 3, 1000.5, 20000)));
+    // Samples that are seldom are left out.
+    auto const automatic = shown(arguments);
+    EXPECT_NE(testimages::difference(automatic, part(patternInRange(400, 300, 3, 0, 65535))), "");
+    expectPixels(shown(with({"--range", "auto"})), automatic);
+    EXPECT_EQ(cached(), std::vector<std::string>());
+}
+
+TEST_F(ProgramViewGLTest, OneChannelHasCurvesAndColourMaps) {
+    testimages::writePattern16(path("a.png"), "", 400, 300, 1);
+    std::vector<std::string> const arguments{path("a.png"), "--bare",    "--size",  "200x100",
+                                             "--at",        "200,150,1", "--range", "0,65535"};
+    auto const with = [&](std::vector<std::string> const& more) {
+        auto all = arguments;
+        all.insert(all.end(), more.begin(), more.end());
+        return all;
+    };
+    auto const grey = patternInRange(400, 300, 1, 0, 65535);
+    auto const mapped = [&](auto const& colourOf) {
+        testimages::Pixels pixels{400, 300, 3, {}};
+        for (std::uint8_t const byte : grey.samples)
+            for (std::uint8_t const one : colourOf(byte))
+                pixels.samples.push_back(one);
+        return testimages::crop(pixels, 100, 100, 200, 100);
+    };
+    using Bytes = std::array<std::uint8_t, 3>;
+    expectPixels(shown(with({"--invert"})), mapped([](std::uint8_t byte) {
+                     auto const dark = static_cast<std::uint8_t>(255 - byte);
+                     return Bytes{dark, dark, dark};
+                 }));
+    ColourMap const magma = colourmap::named("magma");
+    expectPixels(shown(with({"--colour-map", "magma"})), mapped([&](std::uint8_t byte) { return magma[byte]; }));
+    auto const bent = shown(with({"--curve", "log"}));
+    auto const straight = shown(arguments);
+    size_t brighter = 0;
+    for (size_t i = 0; i < bent.samples.size(); ++i) {
+        ASSERT_GE(bent.samples[i], straight.samples[i]);
+        if (bent.samples[i] > straight.samples[i]) ++brighter;
+    }
+    EXPECT_GT(brighter, bent.samples.size() / 2);
+    testimages::writePattern16(path("b.png"), "", 400, 300, 3);
+    auto const refused = view({path("b.png"), "--bare", "--colour-map", "magma", "--screenshot", path("none.png")});
+    expectFailure(refused, 2, {"a colour map is for one channel", "3", "--bands"});
+    EXPECT_FALSE(std::filesystem::exists(path("none.png")));
+}
+
+// Filters look at the samples themselves.
+TEST_F(ProgramViewGLTest, AnImageOfSixteenBitsIsImportedOnceForFilters) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
+    testimages::writePattern16(path("a.png"), "", 400, 300, 3);
+    std::vector<std::string> const arguments{path("a.png"), "--bare",    "--size",     "200x100",
+                                             "--at",        "200,150,1", "--truncate", "0"};
     auto const wanted = testimages::crop(testimages::pattern16UpperBytes(400, 300, 3), 100, 100, 200, 100);
     expectPixels(shown(arguments), wanted);
     ASSERT_EQ(cached().size(), 1u);
@@ -282,7 +353,7 @@ TEST_F(ProgramViewGLTest, AnImageOfSixteenBitsIsImportedOnce) {
     EXPECT_EQ(cached().size(), 2u);
     // A small cache has room for what is shown alone.
     auto small = arguments;
-    small.insert(small.end(), {"--range", "0,1000", "--cache-size", "1kB"});
+    small.insert(small.end(), {"--bands", "1", "--cache-size", "1kB"});
     small.insert(small.end(), {"--screenshot", path("shown.png"), "--force"});
     auto const result = view(small);
     EXPECT_EQ(result.exitCode, 0);
@@ -296,9 +367,10 @@ TEST_F(ProgramViewGLTest, WithoutThreadsAnImageIsImportedAndShownAllTheSame) {
     auto withoutThreads = environment();
     withoutThreads["LD_PRELOAD"] = VELMORA_NO_THREADS;
     for (std::string const name : {"8.png", "16.png"}) {
-        auto const result = runVelmora({"view", path(name), "--bare", "--size", "200x100", "--at", "200,150,1",
-                                        "--screenshot", path("shown.png"), "--force"},
-                                       withoutThreads);
+        std::vector<std::string> arguments{"view", path(name),  "--bare",       "--size",          "200x100",
+                                           "--at", "200,150,1", "--screenshot", path("shown.png"), "--force"};
+        if (name == "16.png") arguments.insert(arguments.end(), {"--truncate", "0"});
+        auto const result = runVelmora(arguments, withoutThreads);
         EXPECT_EQ(result.exitCode, 0) << result.err;
         auto const whole =
             name == "8.png" ? testimages::pattern8(400, 300, 3) : testimages::pattern16UpperBytes(400, 300, 3);
@@ -379,9 +451,9 @@ TEST_F(ProgramViewGLTest, WaitingForAMinimisedWindowEnds) {
     expectPixels(after("minimise\nwait\nwait\nrestore\n", arguments), expected(190, 150, 320, 200));
     // An import goes on unseen.
     testimages::writePattern16(path("a.png"), "", 400, 300, 3);
-    expectPixels(
-        after("minimise\nwait\nrestore\n", {path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1"}),
-        testimages::crop(testimages::pattern16UpperBytes(400, 300, 3), 100, 100, 200, 100));
+    expectPixels(after("minimise\nwait\nrestore\n",
+                       {path("a.png"), "--bare", "--size", "200x100", "--at", "200,150,1", "--truncate", "0"}),
+                 testimages::crop(testimages::pattern16UpperBytes(400, 300, 3), 100, 100, 200, 100));
 }
 
 TEST_F(ProgramViewGLTest, NothingIsDrawnWhereNothingChanges) {

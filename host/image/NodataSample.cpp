@@ -1,4 +1,4 @@
-#include "host/pyramid/NodataSample.h"
+#include "host/image/NodataSample.h"
 
 #include <charconv>
 #include <cmath>
@@ -66,4 +66,13 @@ std::optional<std::vector<std::uint8_t>> nodatasample::bytesOf(double number, Sa
         return bytes(number);
     }
     return std::nullopt;
+}
+
+std::optional<double> nodatasample::valueOf(double number, SampleType type) {
+    auto const bytes = bytesOf(number, type);
+    if (!bytes) return std::nullopt;
+    if (type != SampleType::Float32) return number;
+    float nearest = 0;
+    std::memcpy(&nearest, bytes->data(), sizeof nearest);
+    return static_cast<double>(nearest);
 }

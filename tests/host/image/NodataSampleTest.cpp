@@ -1,4 +1,4 @@
-#include "host/pyramid/NodataSample.h"
+#include "host/image/NodataSample.h"
 
 #include <gtest/gtest.h>
 
@@ -49,4 +49,11 @@ TEST(NodataSampleTest, AFloatIsTheNearestOne) {
     double sample = 0;
     std::memcpy(&sample, nodatasample::bytesOf(-0.1, SampleType::Float64).value().data(), sizeof sample);
     EXPECT_EQ(sample, -0.1);
+}
+
+TEST(NodataSampleTest, ValuesAreThoseOfTheType) {
+    EXPECT_EQ(nodatasample::valueOf(-9999, SampleType::Signed16), -9999.0);
+    EXPECT_EQ(nodatasample::valueOf(-9999, SampleType::Unsigned16), std::nullopt);
+    EXPECT_EQ(nodatasample::valueOf(0.1, SampleType::Float32), static_cast<double>(0.1F));
+    EXPECT_EQ(nodatasample::valueOf(0.1, SampleType::Float64), 0.1);
 }

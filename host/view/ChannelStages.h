@@ -1,0 +1,50 @@
+#pragma once
+
+#include "host/display/DisplayRequest.h"
+#include "host/view/ChannelReader.h"
+#include "host/view/FileStages.h"
+#include "host/view/MixedTiles.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <vector>
+
+/// The stages of a picture file of any samples: threads make codes of them, and the GPU mixes the colours of the
+/// channels. GL thread only. Throws HostError and VelmoraException.
+class ChannelStages final : public FileStages {
+public:
+    /// The targets outlive it; their backend has ChannelMixFilter in its registry. threads: 0: one per core. Reads the
+    /// coarsest level where a range is automatic.
+    ChannelStages(std::shared_ptr<RenderBackendInstance> const& instance, FilterRunner& targets, Pyramid const& pyramid,
+                  DisplayRequest const& request, size_t threads);
+
+    std::vector<ChannelDisplay> const& channels() const override { return channels_; }
+    std::vector<ChannelDisplay> automaticChannels() const override;
+    bool display(std::vector<ChannelDisplay> const& channels) override;
+
+    Usage usage() const override { return {mixed_.count(), mixed_.bytes(), 0}; }
+
+    void load(std::vector<TileJob> const& jobs) override { loader().want(jobs); }
+    std::unique_ptr<LoadedTile> takeLoaded() override;
+    size_t loading() const override { return loader().pending(); }
+
+    bool hasBands(LevelTile const& tile) const override { return mixed_.hasCodes(tile); }
+    void buildFromLoaded(LoadedTile const& loaded) override { mixed_.build(loaded); }
+    void buildFromCache(LevelTile const& tile) override { mixed_.mix(tile); }
+    size_t trimRebuilt(size_t bytes, std::set<LevelTile> const& needed) override { return mixed_.trim(bytes, needed); }
+
+private:
+    struct Opened;
+    ChannelStages(std::shared_ptr<RenderBackendInstance> const& instance, FilterRunner& targets, Pyramid const& pyramid,
+                  Opened opened, size_t threads);
+
+    ImageFacts facts_;
+    std::shared_ptr<CurrentCoding> coding_;
+    std::vector<Tone> automatic_; // of all channels
+    std::vector<ChannelDisplay> channels_;
+    std::vector<ChannelDisplay> shown_; // those that are on, in the order of their codes
+    MixedTiles::Tables tables_;         // theirs
+    MixedTiles& mixed_;
+};

@@ -1,0 +1,12 @@
+#include "host/view/PictureStages.h"
+
+#include <stdexcept>
+
+std::vector<ChannelDisplay> const& PictureStages::channels() const {
+    static std::vector<ChannelDisplay> const none;
+    return none;
+}
+
+bool PictureStages::display(std::vector<ChannelDisplay> const& /*channels*/) {
+    throw std::logic_error("samples of this picture are shown as they are");
+}

@@ -1,0 +1,431 @@
+// Pictures of any samples by the levels of their files, beside a model that reckons pixel by pixel.
+#include "host/view/ChannelStages.h"
+
+#include "host/HostError.h"
+#include "tests/host/image/TestTiff.h"
+#include "tests/host/view/PictureViewFixture.h"
+#include "tests/support/LongRun.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+
+using pictureview::describe;
+using pictureview::frameOf;
+using pictureview::kBackground;
+using pictureview::Level;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr size_t kWidth = 640; // halves three times
+constexpr size_t kHeight = 712;
+constexpr size_t kLevels = 2; // down to 160 x 178
+constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
+
+// The samples of each level, interleaved, each level of other noise.
+template <class Sample>
+struct File {
+    size_t bands = 1;
+    std::vector<std::vector<Sample>> levels;
+};
+
+template <class Sample>
+File<Sample> fileOf(size_t bands, std::function<Sample(std::mt19937&)> const& sample) {
+    File<Sample> file;
+    file.bands = bands;
+    std::mt19937 random(static_cast<std::uint32_t>(bands * 7 + sizeof(Sample)));
+    for (size_t level = 0; level <= kLevels; ++level) {
+        std::vector<Sample> samples((kWidth >> level) * (kHeight >> level) * bands);
+        for (Sample& one : samples)
+            one = sample(random);
+        file.levels.push_back(samples);
+    }
+    return file;
+}
+
+// Most of the type's values, and few at its ends, so that percentiles lie within.
+template <class Sample>
+Sample spread(std::mt19937& random) {
+    auto const share = static_cast<double>(random() % 1000000) / 1e6;
+    if constexpr (std::is_floating_point_v<Sample>) {
+        return static_cast<Sample>(2000 * share * share - 300);
+    } else {
+        auto const low = static_cast<double>(std::numeric_limits<Sample>::lowest());
+        auto const high = static_cast<double>(std::numeric_limits<Sample>::max());
+        return static_cast<Sample>(low + (high - low) * share * share);
+    }
+}
+
+struct Range {
+    double low;
+    double high;
+};
+
+// As numpy.percentile reckons it.
+double percentile(std::vector<double> sorted, double percent) {
+    std::sort(sorted.begin(), sorted.end());
+    double const place = percent / 100 * static_cast<double>(sorted.size() - 1);
+    auto const below = static_cast<size_t>(std::floor(place));
+    double const share = place - std::floor(place);
+    if (share == 0) return sorted[below];
+    return sorted[below] + share * (sorted[below + 1] - sorted[below]);
+}
+
+// Of the coarsest level.
+template <class Sample>
+Range automatic(File<Sample> const& file, std::vector<size_t> const& bands, double nodata = kNotANumber) {
+    std::vector<double> numbers;
+    std::vector<Sample> const& samples = file.levels.back();
+    for (size_t i = 0; i < samples.size(); i += file.bands) {
+        for (size_t const band : bands) {
+            auto const number = static_cast<double>(samples[i + band]);
+            if (std::isfinite(number) && number != nodata) numbers.push_back(number);
+        }
+    }
+    return {percentile(numbers, 0.5), percentile(numbers, 99.5)};
+}
+
+int byteOf(double sample, Range const& range) {
+    double const share = (sample - range.low) / (range.high - range.low);
+    if (share <= 0) return 0;
+    if (share >= 1) return 255;
+    return static_cast<int>(std::floor(255 * share + 0.5));
+}
+
+using Rgba = std::array<std::uint8_t, 4>;
+
+// RGBA levels: what `show` makes of each pixel's samples.
+template <class Sample>
+std::vector<Level> shownLevels(File<Sample> const& file, std::function<Rgba(Sample const*)> const& show) {
+    std::vector<Level> levels;
+    for (size_t level = 0; level <= kLevels; ++level) {
+        Level shown{kWidth >> level, kHeight >> level, 4, {}};
+        std::vector<Sample> const& samples = file.levels[level];
+        for (size_t i = 0; i < samples.size(); i += file.bands) {
+            Rgba const rgba = show(&samples[i]);
+            shown.bytes.insert(shown.bytes.end(), rgba.begin(), rgba.end());
+        }
+        levels.push_back(shown);
+    }
+    return levels;
+}
+
+template <class Sample>
+std::vector<Level> greyLevels(File<Sample> const& file, Range const& range, double nodata = kNotANumber) {
+    return shownLevels<Sample>(file, [=](Sample const* samples) -> Rgba {
+        auto const sample = static_cast<double>(*samples);
+        if (std::isnan(sample) || sample == nodata) return {0, 0, 0, 0};
+        auto const grey = static_cast<std::uint8_t>(byteOf(sample, range));
+        return {grey, grey, grey, 255};
+    });
+}
+
+class ChannelStagesGLTest : public PictureViewFixture {
+protected:
+    using Edit = std::function<void(testtiff::Directory&)>;
+
+    template <class Sample>
+    std::shared_ptr<Pyramid const> open(File<Sample> const& file, Edit const& edit = nullptr) const {
+        std::vector<testtiff::Directory> directories;
+        for (size_t level = 0; level <= kLevels; ++level) {
+            auto directory = testtiff::directory<Sample>(static_cast<std::uint32_t>(kWidth >> level),
+                                                         static_cast<std::uint32_t>(kHeight >> level),
+                                                         static_cast<std::uint16_t>(file.bands), file.levels[level]);
+            directory.tile = 64;
+            directory.subfileType = level == 0 ? 0 : 1;
+            if (edit) edit(directory);
+            directories.push_back(directory);
+        }
+        testtiff::write(folder_.path("samples.tif"), directories);
+        return openPyramid(folder_.path("samples.tif")).pyramid;
+    }
+
+    static PictureSource shown(std::shared_ptr<Pyramid const> const& pyramid, DisplayRequest const& request = {}) {
+        PictureSource source(pyramid);
+        source.display = request;
+        return source;
+    }
+
+    void expectRandomViews(PictureView& view, std::vector<Level> const& levels, size_t count = views()) {
+        for (size_t i = 0; i < count; ++i) {
+            View const wanted = randomView(view.info());
+            ASSERT_TRUE(completed(view, wanted) == frameOf(levels, wanted)) << describe(wanted);
+        }
+    }
+
+    static size_t views() {
+        if (isExhaustiveRun()) return 100;
+        return runsOffLlvmpipe() ? 6 : 15;
+    }
+
+    template <class Sample>
+    void expectGreyIsShown() {
+        auto const file = fileOf<Sample>(1, spread<Sample>);
+        PictureView view(instance_, shown(open(file)), options());
+        ASSERT_EQ(view.info().levels, kLevels);
+        expectRandomViews(view, greyLevels(file, automatic(file, {0})));
+    }
+};
+
+TEST_F(ChannelStagesGLTest, WholeNumbersOfEveryTypeAreShownInTheirAutomaticRange) {
+    expectGreyIsShown<std::uint16_t>();
+    expectGreyIsShown<std::int16_t>();
+    expectGreyIsShown<std::uint32_t>();
+    expectGreyIsShown<std::int32_t>();
+}
+
+TEST_F(ChannelStagesGLTest, FloatsAreShownInTheirAutomaticRange) {
+    expectGreyIsShown<float>();
+    expectGreyIsShown<double>();
+}
+
+TEST_F(ChannelStagesGLTest, BytesAreShownWhole) {
+    auto const file = fileOf<std::int8_t>(1, spread<std::int8_t>);
+    PictureView view(instance_, shown(open(file)), options());
+    expectRandomViews(view, greyLevels(file, {-128, 127}));
+}
+
+TEST_F(ChannelStagesGLTest, TheRangeThatIsAskedForIsShown) {
+    auto const file = fileOf<std::uint16_t>(1, spread<std::uint16_t>);
+    DisplayRequest request;
+    request.range = SampleRange{1000, 9000.5};
+    PictureView view(instance_, shown(open(file), request), options());
+    expectRandomViews(view, greyLevels(file, {1000, 9000.5}));
+}
+
+TEST_F(ChannelStagesGLTest, WhatIsNotANumberIsTransparent) {
+    auto const file = fileOf<float>(1, [](std::mt19937& random) {
+        if (random() % 3 == 0) return std::nanf("");
+        if (random() % 50 == 0) return std::numeric_limits<float>::infinity();
+        return spread<float>(random);
+    });
+    PictureView view(instance_, shown(open(file)), options());
+    EXPECT_EQ(view.info().bands, 2u) << "grey and alpha";
+    expectRandomViews(view, greyLevels(file, automatic(file, {0})));
+}
+
+TEST_F(ChannelStagesGLTest, NodataIsTransparent) {
+    auto const file = fileOf<std::int16_t>(
+        1, [](std::mt19937& random) { return random() % 3 == 0 ? std::int16_t{-9999} : spread<std::int16_t>(random); });
+    auto const pyramid = open(file, [](testtiff::Directory& directory) { directory.nodata = "-9999"; });
+    PictureView view(instance_, shown(pyramid), options());
+    expectRandomViews(view, greyLevels(file, automatic(file, {0}, -9999), -9999));
+}
+
+// The window has its background where the picture is transparent.
+TEST_F(ChannelStagesGLTest, FramesShowTheBackgroundThroughWhatIsTransparent) {
+    auto const file = fileOf<float>(
+        1, [](std::mt19937& random) { return random() % 2 == 0 ? std::nanf("") : spread<float>(random); });
+    PictureView view(instance_, shown(open(file)), options());
+    View const wanted{Zoom(), 100, 50, 60, 40, false};
+    Bytes expected = completed(view, wanted);
+    size_t transparent = 0;
+    for (size_t i = 0; i < expected.size(); i += 4) {
+        if (expected[i + 3] == 255) continue;
+        ++transparent;
+        std::copy(kBackground.begin(), kBackground.end(), &expected[i]);
+        expected[i + 3] = 255;
+    }
+    EXPECT_GT(transparent, 600u);
+    EXPECT_EQ(instance_->getPixels(view.frame(), {0, 60, 0, 40}), expected);
+}
+
+template <class Sample>
+std::vector<Level> rgbLevels(File<Sample> const& file, Range const& range, double mostAlpha = 0) {
+    return shownLevels<Sample>(file, [=](Sample const* samples) {
+        Rgba rgba = {0, 0, 0, 255};
+        for (size_t i = 0; i < 3; ++i)
+            rgba[i] = static_cast<std::uint8_t>(byteOf(static_cast<double>(samples[i]), range));
+        if (mostAlpha > 0) rgba[3] = static_cast<std::uint8_t>(byteOf(static_cast<double>(samples[3]), {0, mostAlpha}));
+        return rgba;
+    });
+}
+
+TEST_F(ChannelStagesGLTest, RedGreenAndBlueHaveOneRange) {
+    auto const file = fileOf<std::uint16_t>(3, [](std::mt19937& random) {
+        return static_cast<std::uint16_t>(random() % (random() % 3 == 0 ? 60000 : 5000));
+    });
+    PictureView view(instance_, shown(open(file)), options());
+    EXPECT_EQ(view.info().bands, 3u);
+    expectRandomViews(view, rgbLevels(file, automatic(file, {0, 1, 2})));
+}
+
+TEST_F(ChannelStagesGLTest, AlphaIsShownWhole) {
+    auto const file = fileOf<std::uint16_t>(4, spread<std::uint16_t>);
+    auto const pyramid = open(file, [](testtiff::Directory& directory) { directory.extraSamples = {2}; });
+    PictureView view(instance_, shown(pyramid), options());
+    EXPECT_EQ(view.info().bands, 4u);
+    expectRandomViews(view, rgbLevels(file, automatic(file, {0, 1, 2}), 65535));
+}
+
+// Bands of which the file says nothing else, as fluorescence microscopes write them.
+template <class Sample>
+class Channels {
+public:
+    explicit Channels(File<Sample> const& file) : file_(file) {}
+
+    // Of channels that are on: their colours in proportion, added.
+    std::vector<Level> shown(std::vector<ChannelDisplay> const& channels) const {
+        return shownLevels<Sample>(file_, [&](Sample const* samples) {
+            std::array<int, 3> sum{};
+            bool any = false;
+            for (ChannelDisplay const& channel : channels) {
+                if (!channel.isOn) continue;
+                any = true;
+                int const byte =
+                    byteOf(static_cast<double>(samples[channel.band]), {channel.tone.low, channel.tone.high});
+                Colour const& colour = channel.colours.back();
+                for (size_t i = 0; i < 3; ++i)
+                    sum[i] += (2 * colour[i] * byte + 255) / 510;
+            }
+            Rgba rgba{};
+            for (size_t i = 0; i < 3; ++i)
+                rgba[i] = static_cast<std::uint8_t>(std::min(sum[i], 255));
+            rgba[3] = any ? 255 : 0;
+            return rgba;
+        });
+    }
+
+private:
+    File<Sample> const& file_;
+};
+
+class ChannelSettingsGLTest : public ChannelStagesGLTest {
+protected:
+    template <class Sample>
+    std::shared_ptr<Pyramid const> openChannels(File<Sample> const& file) const {
+        return open(file, [&](testtiff::Directory& directory) {
+            directory.photometric = 1;
+            directory.extraSamples.assign(file.bands - 1, 0);
+        });
+    }
+
+    // Settings of all kinds, one after the other, on one view.
+    template <class Sample>
+    void expectSettingsAreShown() {
+        auto const file = fileOf<Sample>(5, spread<Sample>);
+        PictureView view(instance_, shown(openChannels(file)), options());
+        Channels<Sample> const model(file);
+        auto channels = view.channels();
+        ASSERT_EQ(channels.size(), 5u);
+        for (size_t band = 0; band < channels.size(); ++band) {
+            bool const whole = sizeof(Sample) == 1;
+            Range const range = whole ? Range{0, 255} : automatic(file, {band});
+            EXPECT_DOUBLE_EQ(channels[band].tone.low, range.low);
+            EXPECT_DOUBLE_EQ(channels[band].tone.high, range.high);
+        }
+        expectRandomViews(view, model.shown(channels), 4);
+
+        double const span = channels[0].tone.high - channels[0].tone.low;
+        channels[0].tone.low += span / 7;
+        channels[3].colours = colourmap::rampTo({200, 100, 50});
+        view.display(channels);
+        expectRandomViews(view, model.shown(channels), 4);
+
+        channels[1].isOn = false;
+        channels[4].isOn = false;
+        view.display(channels);
+        expectRandomViews(view, model.shown(channels), 4);
+
+        channels[1].isOn = true;
+        view.display(channels);
+        expectRandomViews(view, model.shown(channels), 4);
+
+        view.display(view.automaticChannels());
+        channels[0].tone.low -= span / 7;
+        expectRandomViews(view, model.shown(view.channels()), 2);
+        EXPECT_DOUBLE_EQ(view.channels()[0].tone.low, automatic(file, {0}).low);
+    }
+};
+
+TEST_F(ChannelSettingsGLTest, SettingsOfWholeNumbersAreShown) {
+    expectSettingsAreShown<std::uint16_t>();
+    expectSettingsAreShown<std::uint8_t>();
+}
+
+TEST_F(ChannelSettingsGLTest, SettingsOfFloatsAreShown) {
+    expectSettingsAreShown<float>();
+}
+
+TEST_F(ChannelSettingsGLTest, WithoutAnyChannelAllIsTransparent) {
+    auto const file = fileOf<std::uint16_t>(2, spread<std::uint16_t>);
+    PictureView view(instance_, shown(openChannels(file)), options());
+    auto channels = view.channels();
+    for (ChannelDisplay& channel : channels)
+        channel.isOn = false;
+    view.display(channels);
+    View const wanted{Zoom(), 0, 0, 40, 30, false};
+    Bytes const frame = completed(view, wanted);
+    for (size_t i = 0; i < frame.size(); i += 4)
+        ASSERT_EQ(frame[i] + frame[i + 1] + frame[i + 2], 0);
+}
+
+// What threads have in work for the settings before must not be shown.
+TEST_F(ChannelSettingsGLTest, SettingsMayChangeWhileTilesAreOnTheirWay) {
+    auto const file = fileOf<float>(3, spread<float>);
+    PictureView view(instance_, shown(openChannels(file)), options());
+    Channels<float> const model(file);
+    auto channels = view.channels();
+    for (int round = 0; round < 12; ++round) {
+        view.show(randomView(view.info()));
+        for (int turn = 0; turn < round % 3; ++turn)
+            view.advance(0ms);
+        channels[static_cast<size_t>(round) % 3].tone.high *= 0.9;
+        channels[static_cast<size_t>(round) % 2].isOn = round % 4 != 0;
+        view.display(channels);
+        for (int turn = 0; turn < round % 2; ++turn)
+            view.advance(0ms);
+        if (round % 3 == 2) expectRandomViews(view, model.shown(channels), 2);
+    }
+}
+
+// With no room for codes, tiles are read once more for each setting.
+TEST_F(ChannelSettingsGLTest, ASmallBudgetShowsTheSame) {
+    auto const file = fileOf<std::uint16_t>(5, spread<std::uint16_t>);
+    PictureView::Options small = options();
+    small.gpuBytes = 1;
+    PictureView view(instance_, shown(openChannels(file)), small);
+    Channels<std::uint16_t> const model(file);
+    auto channels = view.channels();
+    for (int round = 0; round < 3; ++round) {
+        channels[2].tone.high *= 0.8;
+        view.display(channels);
+        expectRandomViews(view, model.shown(channels), 3);
+    }
+}
+
+TEST_F(ChannelStagesGLTest, ColourMapsAreForOneChannel) {
+    DisplayRequest request;
+    request.colourMap = "viridis";
+    request.isInverted = true;
+    auto const file = fileOf<std::uint16_t>(1, spread<std::uint16_t>);
+    PictureView view(instance_, shown(open(file), request), options());
+    EXPECT_EQ(view.info().bands, 3u);
+    Range const range = automatic(file, {0});
+    ColourMap const map = colourmap::named("viridis");
+    expectRandomViews(view, shownLevels<std::uint16_t>(file, [&](std::uint16_t const* sample) -> Rgba {
+                          Colour const& colour = map[static_cast<size_t>(255 - byteOf(*sample, range))];
+                          return {colour[0], colour[1], colour[2], 255};
+                      }));
+    auto const colours = open(fileOf<std::uint16_t>(3, spread<std::uint16_t>));
+    try {
+        PictureView const refused(instance_, shown(colours, request), options());
+        ADD_FAILURE() << "a colour map of three channels";
+    } catch (HostError const& error) {
+        EXPECT_EQ(error.kind(), HostError::Kind::Usage);
+        EXPECT_STREQ(error.what(), "a colour map is for one channel, and the picture has 3: choose one with --bands");
+    }
+}
+
+TEST_F(ChannelStagesGLTest, PicturesThatAreShownAsTheyAreHaveNoChannels) {
+    auto const file = fileOf<std::uint8_t>(3, spread<std::uint8_t>);
+    PictureView view(instance_, PictureSource(open(file)), options());
+    EXPECT_TRUE(view.channels().empty());
+    EXPECT_THROW(view.display({}), std::logic_error);
+}
+
+} // namespace
