@@ -103,8 +103,14 @@ bool PyramidStages::reserveNext() {
     if (decoded_.empty() || inRing_ == kMostInRing || !uploaded_.reserve(*decoded_.front())) return false;
     auto tile = std::move(decoded_.front());
     decoded_.pop_front();
+    size_t const number = tile->room->targetOrTileId();
+    try {
+        loader().hand(std::move(tile));
+    } catch (...) {
+        uploaded_.abandon(number);
+        throw;
+    }
     ++inRing_;
-    loader().hand(std::move(tile));
     return true;
 }
 

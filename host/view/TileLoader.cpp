@@ -60,7 +60,14 @@ std::unique_ptr<LoadedTile> TileLoader::take() {
 void TileLoader::hand(std::unique_ptr<LoadedTile> tile) {
     {
         Tiles handed;
-        handed.push_back(std::move(tile));
+        try {
+            handed.emplace_back();
+        } catch (...) {
+            // The ring waits for every room that it has given.
+            tile->room->write(tile->pixels, 0);
+            throw;
+        }
+        handed.back() = std::move(tile);
         std::lock_guard<std::mutex> const lock(mutex_);
         handed_.splice(handed_.end(), handed);
     }

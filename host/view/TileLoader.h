@@ -37,7 +37,8 @@ public:
     /// A tile that is finished, the one that was finished first, or that could not be read; empty where there is none.
     /// Such a tile may be wanted again.
     std::unique_ptr<LoadedTile> take();
-    /// Has a thread copy the tile's pixels into its room, before anything else; take() gives it once more then.
+    /// Has a thread copy the tile's pixels into its room, before anything else; take() gives it once more then. Where
+    /// it throws, they are copied, and the tile is gone.
     void hand(std::unique_ptr<LoadedTile> tile);
     /// Copies what was handed over and no thread has begun, so that the GPU has not to wait for threads that read.
     void copyHanded();

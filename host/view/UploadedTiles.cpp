@@ -1,6 +1,10 @@
 #include "host/view/UploadedTiles.h"
 
+#include "host/Quietly.h"
 #include "host/image/PixelBands.h"
+
+#include <algorithm>
+#include <cstdint>
 
 namespace {
 
@@ -14,25 +18,69 @@ UploadedTiles::UploadedTiles(std::shared_ptr<RenderBackendInstance> instance, Fi
                              PictureInfo const& info)
     : instance_(std::move(instance)), targets_(targets), info_(info), numbers_(instance_) {}
 
+UploadedTiles::~UploadedTiles() {
+    quietly([this] { flush(); });
+}
+
 bool UploadedTiles::usesRing() const {
     return !ringFailed_ && pixelbands::components(info_.bands) == kRingComponents;
 }
 
+size_t UploadedTiles::nextNumber() {
+    return numbers_.id(next_++ % (size_t{1} << TileNumbers::kBits));
+}
+
 bool UploadedTiles::reserve(LoadedTile& tile) {
+    eraseLate();
+    late_.reserve(late_.size() + rooms_ + 1);
     Size const size = sizeOf(leveltile::shownRegion(info_, tile.job.tile));
     try {
-        tile.room = instance_->concurrentStagingBuffer(numbers_.id(next_++ % (size_t{1} << TileNumbers::kBits)),
-                                                       RenderBackend::TILE, {size.width, size.height, kRingComponents});
+        tile.room = instance_->concurrentStagingBuffer(nextNumber(), RenderBackend::TILE,
+                                                       {size.width, size.height, kRingComponents});
     } catch (VelmoraException const&) {
         ringFailed_ = true;
     }
+    if (tile.room) ++rooms_;
     return tile.room != nullptr;
 }
 
 void UploadedTiles::upload(LoadedTile& tile) {
     size_t const number = tile.room->targetOrTileId();
+    --rooms_;
     instance_->synchronizeConcurrentStagingBuffer(std::move(tile.room));
-    tile.staged = std::make_unique<StagedTile>(instance_, number);
+    if (instance_->tileSet(number))
+        tile.staged = std::make_unique<StagedTile>(instance_, number);
+    else
+        late_.push_back(number);
+}
+
+void UploadedTiles::abandon(size_t number) {
+    --rooms_;
+    late_.push_back(number);
+}
+
+void UploadedTiles::eraseLate() {
+    auto const isThere = [this](size_t number) {
+        if (!instance_->tileSet(number)) return false;
+        instance_->unlockTile(number);
+        instance_->eraseTile(number);
+        return true;
+    };
+    late_.erase(std::remove_if(late_.begin(), late_.end(), isThere), late_.end());
+}
+
+// Otherwise tiles would come into the backend's cache under numbers that others have by then. Each turn closes a buffer
+// of the ring, which waits for its writers.
+void UploadedTiles::flush() {
+    eraseLate();
+    while (!late_.empty()) {
+        size_t const number = nextNumber();
+        auto room = instance_->concurrentStagingBuffer(number, RenderBackend::TILE, {1, 1, kRingComponents});
+        room->write(std::vector<std::uint8_t>(kRingComponents), 0);
+        instance_->synchronizeConcurrentStagingBuffer(std::move(room));
+        late_.push_back(number);
+        eraseLate();
+    }
 }
 
 void UploadedTiles::build(LoadedTile const& loaded) {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <thread>
 #include <tiff.h>
 
 using pictureview::backgroundPixels;
@@ -235,6 +236,25 @@ TEST_F(PyramidStagesGLTest, ViewsComeAndGoWhileTilesAreOnTheirWay) {
         other = std::move(next);
     }
     other.reset();
+    instance_->clearTiles();
+}
+
+// The ring uploads nothing behind a tile that is not written yet.
+TEST_F(PyramidStagesGLTest, TilesBehindALateWriterAreShown) {
+    FileLevels const file = fileOf(1201, 903, 3, {2, 4, 8});
+    auto const pyramid = open(file);
+    auto const levels = modelsOf(file, 3);
+    for (int round = 0; round < 3; ++round) {
+        auto const room = instance_->concurrentStagingBuffer(1, RenderBackend::TILE, {512, 512, 3});
+        std::thread writer([&] {
+            std::this_thread::sleep_for(300ms);
+            room->write(Bytes(512 * 512 * 3), 0);
+        });
+        PictureView view(instance_, pyramid, options());
+        View const whole{Zoom(), 0, 0, 1201, 903, false};
+        EXPECT_TRUE(completed(view, whole) == frameOf(levels, whole));
+        writer.join();
+    }
     instance_->clearTiles();
 }
 
