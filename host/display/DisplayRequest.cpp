@@ -41,9 +41,9 @@ void setRange(ChannelDisplay& channel, SampleRange const& range) {
 
 void setAutomaticRanges(std::vector<ChannelDisplay*> const& colours, ImageFacts const& facts,
                         std::vector<std::uint8_t> const& samples) {
-    std::vector<size_t> bands;
-    for (ChannelDisplay const* const channel : colours)
-        bands.push_back(channel->band);
+    std::vector<size_t> bands(colours.size());
+    std::transform(colours.begin(), colours.end(), bands.begin(),
+                   [](ChannelDisplay const* channel) { return channel->band; });
     bool const isRgb = facts.layout.isPlain();
     SampleRange const common = isRgb ? automaticRange(facts, samples, bands) : SampleRange();
     for (ChannelDisplay* const channel : colours)

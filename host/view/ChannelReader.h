@@ -14,7 +14,7 @@
 /// The channels whose codes threads make of tiles, and a number that tells one such choice from another.
 struct ChannelCoding {
     struct Channel {
-        size_t band; ///< of the picture
+        size_t band = 0; ///< of the picture
         SampleCodes codes;
     };
 

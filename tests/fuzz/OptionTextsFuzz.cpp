@@ -1,5 +1,7 @@
 // An input is a parser of the command line, by number, and the text that it gets.
 #include "host/Geometry.h"
+#include "host/display/ColourMap.h"
+#include "host/display/Tone.h"
 #include "host/filter/Enhancement.h"
 #include "host/image/ImageSelection.h"
 #include "tests/fuzz/Fuzz.h"
@@ -36,6 +38,15 @@ void range(std::string const& text) {
     require(selection.range.has_value() != selection.automaticRange, "a range is given or automatic");
 }
 
+void curve(std::string const& text) {
+    require(tone::toText(tone::parseCurve(text)) == text, "a curve has the name that it was asked for by");
+}
+
+void colour(std::string const& text) {
+    colourmap::parseColour(text);
+    require(text.size() == 6 || text.size() == 7, "a colour has six digits");
+}
+
 void sharpen(std::string const& text) {
     require(std::isfinite(enhancement::parseSharpen(text).gain), "a gain is finite");
 }
@@ -61,14 +72,15 @@ void truncate(std::string const& text) {
     require(enhancement::parseTruncate(text).bits <= 16, "at most 16 bits are cut");
 }
 
-constexpr void (*kParsers[])(std::string const&) = {region, bands, range, sharpen, matrix, gamma, equalise, truncate};
+constexpr void (*kParsers[])(std::string const&) = {region, bands,    range,    sharpen, matrix,
+                                                    gamma,  equalise, truncate, curve,   colour};
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, size_t size) {
     fuzz::Input input(bytes, size);
     // A digit, so that inputs can be read.
-    auto* const parser = kParsers[input.byte() % std::size(kParsers)];
+    auto* const parser = kParsers[static_cast<std::uint8_t>(input.byte() - '0') % std::size(kParsers)];
     std::string const text = input.text(input.left());
     try {
         parser(text);

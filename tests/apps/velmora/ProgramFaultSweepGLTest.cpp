@@ -100,13 +100,24 @@ TEST_F(ProgramFaultSweepGLTest, ViewsByWayOfTheCache) {
     std::string const shown = path("shown.png");
     auto swept = command("view",
                          {"view", deep_, "--bare", "--size", "120x90", "--at", "60,45,1", "--screenshot", shown,
-                          "--force", "--jobs", "1"},
+                          "--force", "--jobs", "1", "--truncate", "0"},
                          shown);
     swept.prepare = [=] {
         emptyCache();
         writeFile(shown, "old");
     };
     swept.flaw = [=] { return deepFlawOf(shown); };
+    EXPECT_GT(faultsweep::sweep(swept, faultsweep::Sample::OneWay).told, 0U);
+}
+
+TEST_F(ProgramFaultSweepGLTest, ViewsSamplesThroughARange) {
+    std::string const shown = path("shown.png");
+    Arguments const arguments{"view",    deep_,          "--bare", "--size",  "120x90", "--at",
+                              "60,45,1", "--screenshot", shown,    "--force", "--jobs", "1"};
+    auto swept = command("view through a range", arguments, shown);
+    ASSERT_EQ(runVelmora(arguments, swept.environment).exitCode, 0);
+    auto const expected = testimages::readByVips(shown);
+    swept.flaw = [=] { return testimages::difference(testimages::readByVips(shown), expected); };
     EXPECT_GT(faultsweep::sweep(swept, faultsweep::Sample::OneWay).told, 0U);
 }
 

@@ -5,6 +5,7 @@
 #include "tests/host/image/TestTiff.h"
 #include "tests/host/view/PictureViewFixture.h"
 #include "tests/support/LongRun.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -159,8 +160,10 @@ protected:
 
     static size_t views() {
         if (isExhaustiveRun()) return 100;
-        return runsOffLlvmpipe() ? 6 : 15;
+        return runsOffLlvmpipe() || VELMORA_THREAD_SANITIZER ? 5 : 15;
     }
+    // After a change of the settings.
+    static size_t fewViews() { return std::min<size_t>(views() / 4, 4); }
 
     template <class Sample>
     void expectGreyIsShown() {
@@ -318,26 +321,26 @@ protected:
             EXPECT_DOUBLE_EQ(channels[band].tone.low, range.low);
             EXPECT_DOUBLE_EQ(channels[band].tone.high, range.high);
         }
-        expectRandomViews(view, model.shown(channels), 4);
+        expectRandomViews(view, model.shown(channels), fewViews());
 
         double const span = channels[0].tone.high - channels[0].tone.low;
         channels[0].tone.low += span / 7;
         channels[3].colours = colourmap::rampTo({200, 100, 50});
         view.display(channels);
-        expectRandomViews(view, model.shown(channels), 4);
+        expectRandomViews(view, model.shown(channels), fewViews());
 
         channels[1].isOn = false;
         channels[4].isOn = false;
         view.display(channels);
-        expectRandomViews(view, model.shown(channels), 4);
+        expectRandomViews(view, model.shown(channels), fewViews());
 
         channels[1].isOn = true;
         view.display(channels);
-        expectRandomViews(view, model.shown(channels), 4);
+        expectRandomViews(view, model.shown(channels), fewViews());
 
         view.display(view.automaticChannels());
         channels[0].tone.low -= span / 7;
-        expectRandomViews(view, model.shown(view.channels()), 2);
+        expectRandomViews(view, model.shown(view.channels()), fewViews());
         EXPECT_DOUBLE_EQ(view.channels()[0].tone.low, automatic(file, {0}).low);
     }
 };
@@ -379,7 +382,7 @@ TEST_F(ChannelSettingsGLTest, SettingsMayChangeWhileTilesAreOnTheirWay) {
         view.display(channels);
         for (int turn = 0; turn < round % 2; ++turn)
             view.advance(0ms);
-        if (round % 3 == 2) expectRandomViews(view, model.shown(channels), 2);
+        if (round % 3 == 2) expectRandomViews(view, model.shown(channels), fewViews());
     }
 }
 
@@ -394,7 +397,7 @@ TEST_F(ChannelSettingsGLTest, ASmallBudgetShowsTheSame) {
     for (int round = 0; round < 3; ++round) {
         channels[2].tone.high *= 0.8;
         view.display(channels);
-        expectRandomViews(view, model.shown(channels), 3);
+        expectRandomViews(view, model.shown(channels), fewViews());
     }
 }
 

@@ -4,6 +4,7 @@
 #include "tests/host/image/TestTiff.h"
 #include "tests/host/view/PictureViewFixture.h"
 #include "tests/support/LongRun.h"
+#include "tests/support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -163,7 +164,7 @@ protected:
 
     static size_t views() {
         if (isExhaustiveRun()) return 200;
-        return runsOffLlvmpipe() ? 15 : 40;
+        return runsOffLlvmpipe() || VELMORA_THREAD_SANITIZER ? 15 : 40;
     }
 
     void expectRandomViews(FileLevels const& file) {

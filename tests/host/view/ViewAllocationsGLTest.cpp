@@ -1,6 +1,7 @@
 // Each `new` of the host and of the backend fails in turn, with a GL driver that has all its memory: what lives on
 // shows the same pixels afterwards. FailingAllocationsTest.cpp does the same on a GL that draws nothing.
 #include "host/view/StoreRenderer.h"
+#include "tests/host/image/TestTiff.h"
 #include "tests/host/view/PictureViewFixture.h"
 #include "tests/support/AllocationSweep.h"
 
@@ -65,6 +66,38 @@ TEST_F(ViewAllocationsGLTest, AViewShowsTheSamePixelsAfterwards) {
     for (Threads const threads : {Threads::This, Threads::Others}) {
         auto const swept = scenario(
             "view", threads, [&] { draw(); }, [&] { EXPECT_TRUE(draw() == expected); });
+        EXPECT_GT(allocationsweep::sweep(swept).thrown, 5U);
+    }
+}
+
+TEST_F(ViewAllocationsGLTest, ChannelsShowTheSamePixelsAfterwards) {
+    std::vector<float> samples(600 * 80 * 3);
+    for (float& sample : samples)
+        sample = static_cast<float>(random_() % 1000);
+    auto directory = testtiff::directory(600, 80, 3, samples);
+    directory.photometric = 1;
+    directory.extraSamples = {0, 0};
+    testtiff::write(folder_.path("channels.tif"), {directory});
+    PictureSource source(std::shared_ptr<Pyramid const>(openPyramid(folder_.path("channels.tif")).pyramid));
+    source.display = DisplayRequest();
+    PictureView view(instance_, source, forgetful());
+    auto const channels = view.channels();
+    auto others = channels;
+    others[0].isOn = false;
+    others[1].tone.high = 500;
+    others[2].colours = colourmap::rampTo({10, 200, 30});
+    auto const draw = [&] {
+        view.display(channels);
+        Bytes bytes = completed(view, {Zoom(), 5, 5, 40, 30, false});
+        view.display(others);
+        Bytes const more = completed(view, {Zoom(), 550, 10, 60, 50, false});
+        bytes.insert(bytes.end(), more.begin(), more.end());
+        return bytes;
+    };
+    Bytes const expected = draw();
+    for (Threads const threads : {Threads::This, Threads::Others}) {
+        auto const swept = scenario(
+            "channels", threads, [&] { draw(); }, [&] { EXPECT_TRUE(draw() == expected); });
         EXPECT_GT(allocationsweep::sweep(swept).thrown, 5U);
     }
 }
