@@ -8,7 +8,7 @@
 namespace imageinput {
 
 enum class Colours {
-    Kept, ///< a command that promises every sample: colours other than grey and RGB are refused
+    Kept,  ///< a command that promises every sample: colours other than grey and RGB are refused
     Shown, ///< a command that shows a picture: such colours are converted, with a note
     Ranged ///< the same, and samples of every type are shown through a range
 };
