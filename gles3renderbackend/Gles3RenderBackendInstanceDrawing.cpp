@@ -94,6 +94,7 @@ void Gles3RenderBackendInstance::drawTiles(size_t target, Filter const& tileShad
     Gles3Shader* const shader = findShader(tileShader);
     if (shader == nullptr)
         throw VelmoraException("Instance for Filter <" + tileShader.name() + "> not available", kDrawTiles);
+    shader->requireProgram(kDrawTiles);
     shader->requireSources(1, tileShader, kDrawTiles);
     glUseProgram(shader->program());
     shader->setModelView(kIdentity);

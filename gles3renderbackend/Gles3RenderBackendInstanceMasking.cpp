@@ -24,6 +24,7 @@ void Gles3RenderBackendInstance::maskRange(size_t source, size_t target, Filter 
     if (shader == nullptr)
         throw VelmoraException("Instance for Filter <" + maskShader.name() + "> not available", kMaskRange);
     if (range.size() < 3) throw VelmoraException("a range needs its start: values 0 and 2", kMaskRange);
+    shader->requireProgram(kMaskRange);
     shader->requireSources(1, maskShader, kMaskRange);
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, findOrMakeTarget(source).texture());

@@ -99,6 +99,10 @@ void Gles3Shader::requireSources(size_t sources, Filter const& filter, char cons
         throw VelmoraException("fewer sources than the filter has inputs", location);
 }
 
+void Gles3Shader::requireProgram(char const* location) const {
+    if (program() == 0) throw VelmoraException("a filter without a program draws no tiles", location);
+}
+
 void Gles3Shader::setGeometry(double x, double y, double w, double h) {
     glUseProgram(program());
     glUniform4f(geometry_, static_cast<GLfloat>(x), static_cast<GLfloat>(y), static_cast<GLfloat>(w),

@@ -53,6 +53,8 @@ public:
     /// input of `filter`, the caller's description, that has no source: it would show whatever texture its unit was
     /// left with. The program samples "s_texture00", "s_texture01" and so on, up to the first name that it lacks.
     void requireSources(size_t sources, Filter const& filter, char const* location) const;
+    /// Throws VelmoraException "a filter without a program draws no tiles" under `location` if the class has none.
+    void requireProgram(char const* location) const;
 
     /// For a table of shaders that the instance owns: a shader that held its instance would keep both alive for ever.
     using Filter::forgetInstance;

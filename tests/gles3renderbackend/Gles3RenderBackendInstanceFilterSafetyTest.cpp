@@ -149,6 +149,24 @@ TEST_F(Gles3RenderBackendInstanceFilterSafetyTest, TilesAndMasksAreRefusedForAFi
         << "one source is enough";
 }
 
+// The equalisation computes on its instance.
+TEST_F(Gles3RenderBackendInstanceFilterSafetyTest, TilesAndMasksAreRefusedForAFilterWithoutAProgram) {
+    size_t const target = rgbaTarget(8, 8);
+    Filter const clahe = instantiated(withInputs("FilterCLAHE", 1));
+    std::string const refused = "#Name:a filter without a program draws no tiles#Location:void "
+                                "Gles3RenderBackendInstance::";
+    std::string const tiles = failureOf([&] {
+        instance->drawTiles(target, clahe, {0, 7, 0, 7}, {0, 0, 0, 0}, {8, 8}, {{0, 0}}, {1}, {});
+    });
+    EXPECT_EQ(tiles.find(refused + "drawTiles("), 0U) << tiles;
+    gl.forgetCalls();
+    std::string const mask = failureOf([&] {
+        instance->maskRange(target, 0, clahe, {0, 7, 0, 7}, MaskFilterParams());
+    });
+    EXPECT_EQ(mask.find(refused + "maskRange("), 0U) << mask;
+    EXPECT_TRUE(gl.calls().empty());
+}
+
 // The filter has a check, and words, of its own.
 TEST_F(Gles3RenderBackendInstanceFilterSafetyTest, FilterWithoutAProgramReportsItsMissingSourceItself) {
     Filter const clahe = instantiated(withInputs("FilterCLAHE", 1));
