@@ -158,6 +158,10 @@ private:
             notes_.push_back(name + " holds " + convertedFrom_ + ": converted to sRGB of " +
                              std::to_string(8 * bytesOf(facts().layout.type)) + " bits" +
                              (convertedFrom_ == kLinearLight ? "; what is brighter than white is clipped" : ""));
+        if (options_.anySamples && facts().stack && facts().stack->pages() < facts().pages)
+            notes_.push_back(name + " has " + std::to_string(facts().pages) + " pages, of which the " +
+                             std::to_string(facts().stack->pages()) +
+                             " of its first image are shown; --page N shows another");
         if (!facts().drawn.empty()) notes_.push_back(name + " has no pixels of its own and is " + facts().drawn);
         if (facts().orientation != 1)
             notes_.push_back(name + " asks to be turned or mirrored (orientation " +

@@ -129,7 +129,7 @@ void imagerefusal::requireNothingLost(std::string const& path, ImageFacts const&
 
 void imagerefusal::requireShowable(std::string const& path, ImageFacts const& facts, ImageSelection const& selection) {
     Refusal refusal;
-    addPages(facts, selection, refusal);
+    if (!facts.stack) addPages(facts, selection, refusal);
     if (!refusal.pages && !facts.colourSpace.empty()) addColours(facts, selection, refusal);
     throwIfAny(path, refusal);
 }

@@ -21,8 +21,8 @@ using SamplesText = std::function<std::string()>;
 void requireNothingLost(std::string const& path, ImageFacts const& facts, ImageSelection const& selection,
                         SamplesText const& samples);
 
-/// The same for a picture whose samples are only shown: they may be of any type, and bands of any meaning, but not of
-/// another colour space.
+/// The same for a picture whose samples are only shown: they may be of any type, bands of any meaning, and pages
+/// planes of a stack, but colours not of another colour space.
 void requireShowable(std::string const& path, ImageFacts const& facts, ImageSelection const& selection);
 
 /// Throws HostError (unreadable image) if reading the file would exceed the memory budget of a picture.

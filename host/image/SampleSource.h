@@ -4,6 +4,7 @@
 #include "host/image/InputFile.h"
 #include "host/image/SampleType.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -29,6 +30,32 @@ struct SampleFormat {
     bool isPlain() const { return colours > 0 && bands == colours + (alpha ? 1 : 0); }
 };
 
+/// What a file says of a band.
+struct BandFacts {
+    std::string name;                                  ///< empty: none
+    std::optional<std::array<std::uint8_t, 3>> colour; ///< red, green, blue
+};
+
+/// Pages of a file that are planes of one picture.
+struct ImageStack {
+    size_t planes = 1; ///< of one slice at one time: pages with the bands of other channels
+    size_t slices = 1;
+    size_t times = 1;
+    std::string sliceNoun; ///< "z", or "page" where the file does not say what its pages are
+
+    size_t pages() const { return planes * slices * times; }
+    bool hasPositions() const { return slices > 1 || times > 1; }
+};
+
+/// A slice at a time, counted from 0.
+struct StackPosition {
+    size_t slice = 0;
+    size_t time = 0;
+
+    bool operator==(StackPosition const& other) const { return slice == other.slice && time == other.time; }
+    bool operator!=(StackPosition const& other) const { return !(*this == other); }
+};
+
 /// The properties of a picture in a file.
 struct ImageFacts {
     SampleFormat layout;
@@ -45,6 +72,8 @@ struct ImageFacts {
     size_t levels = 1;               ///< sizes in which the decoder gives the picture, at most: SampleRequest::level
     std::optional<double> nodata;    ///< the sample that means that there is none
     std::vector<std::uint8_t> iccProfile; ///< empty: none is stated
+    std::optional<ImageStack> stack;      ///< of the file's pages, if no page was asked for
+    std::vector<BandFacts> bands;         ///< of layout's; empty: the file says nothing of them
 };
 
 /// The samples of a picture, unchanged from the file.

@@ -1,6 +1,7 @@
 #include "host/image/TiffDirectory.h"
 
 #include "host/image/TiffFile.h"
+#include "host/image/TiffStack.h"
 
 #include <tiffio.h>
 
@@ -219,7 +220,23 @@ void describeResolution(TiffFile const& tiff, TiffDirectory& directory) {
     directory.pixelsPerMillimetreY = double{tiff.value<float>(TIFFTAG_YRESOLUTION, 0)} / millimetres;
 }
 
+TiffChain::Kind kindOf(TiffFile const& tiff) {
+    TiffChain::Kind kind;
+    kind.width = tiff.value<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
+    kind.height = tiff.value<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
+    kind.bands = tiff.value<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
+    kind.bits = tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
+    kind.sampleFormat = tiff.value<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+    kind.photometric = tiff.value<std::uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    return kind;
+}
+
 } // namespace
+
+bool TiffChain::Kind::operator==(Kind const& other) const {
+    return width == other.width && height == other.height && bands == other.bands && bits == other.bits &&
+           sampleFormat == other.sampleFormat && photometric == other.photometric;
+}
 
 bool TiffChain::Entry::isReduced() const {
     return (subfileType & FILETYPE_REDUCEDIMAGE) != 0;
@@ -235,6 +252,7 @@ TiffChain TiffChain::read(TiffFile const& tiff) {
         Entry entry;
         entry.offset = TIFFCurrentDirOffset(tiff.get());
         entry.subfileType = tiff.value<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0);
+        entry.kind = kindOf(tiff);
         std::uint16_t count = 0;
         toff_t* offsets = nullptr;
         if (TIFFGetField(tiff.get(), TIFFTAG_SUBIFD, &count, &offsets) == 1)
@@ -267,5 +285,7 @@ TiffDirectory TiffDirectory::read(InputFile& file, SampleRequest const& request)
     TiffDirectory directory = current(tiff);
     directory.pages = chain.pages.size();
     directory.index = index;
+    auto const stack = request.page ? std::nullopt : TiffStack::of(chain, directory.description);
+    if (stack) directory.stack = stack->size;
     return directory;
 }

@@ -3,6 +3,7 @@
 #include "host/image/SampleSource.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,9 +11,22 @@ class TiffFile;
 
 /// The directories of a TIFF file.
 struct TiffChain {
+    /// Planes of one picture are of one kind.
+    struct Kind {
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        std::uint16_t bands = 0;
+        std::uint16_t bits = 0; ///< of a sample
+        std::uint16_t sampleFormat = 0;
+        std::uint16_t photometric = 0;
+
+        bool operator==(Kind const& other) const;
+    };
+
     struct Entry {
         std::uint64_t offset = 0; ///< in the file
         std::uint32_t subfileType = 0;
+        Kind kind;
         std::vector<std::uint64_t> subDirectories; ///< offsets
 
         bool isReduced() const; ///< a smaller copy of another picture
@@ -44,10 +58,11 @@ struct TiffDirectory {
     double pixelsPerMillimetreX = 0; ///< 0: unknown
     double pixelsPerMillimetreY = 0;
     std::string description;
+    std::optional<ImageStack> stack;           ///< of the pages, if none was asked for
     std::vector<std::uint64_t> multipliedTags; ///< offsets in the file of the bytes that state isMultiplied
 
     /// Throws HostError (unreadable image; usage, if there is no such page).
     static TiffDirectory read(InputFile& file, SampleRequest const& request);
-    /// Of the current directory: `index` and `pages` are left out. Throws HostError (unreadable image).
+    /// Of the current directory: `index`, `pages` and `stack` are left out. Throws HostError (unreadable image).
     static TiffDirectory current(TiffFile const& tiff);
 };

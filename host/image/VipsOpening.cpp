@@ -271,6 +271,7 @@ Opened vipsopening::open(std::shared_ptr<InputFile> const& file, SampleRequest c
     facts.format = loader.format;
     facts.pageNoun = loader.pageNoun;
     facts.pages = pagesOf(loaded, loader, known);
+    if (known.tiff) facts.stack = known.tiff->stack;
     requireFrame(*file, request, loader, facts);
     requirePossible(loaded, loader, *file);
     facts.orientation = ignoredOrientation(loaded, loader);

@@ -29,11 +29,12 @@ public:
     }
 
 protected:
-    std::vector<std::uint8_t> decode(size_t level, Region const& unit, size_t) override {
+    std::vector<std::uint8_t> decode(Unit const& unit) override {
         if (keptBytes_ > kMostKeptBytes) drop();
-        if (!levels_[level].source) levels_[level] = opened(level);
-        std::vector<std::uint8_t> samples(unit.width * unit.height * file_->facts.image.layout.pixelBytes());
-        levels_[level].source->read(unit, samples.data());
+        if (!levels_[unit.level].source) levels_[unit.level] = opened(unit.level);
+        std::vector<std::uint8_t> samples(unit.region.width * unit.region.height *
+                                          file_->facts.image.layout.pixelBytes());
+        levels_[unit.level].source->read(unit.region, samples.data());
         keptBytes_ += samples.size();
         return samples;
     }

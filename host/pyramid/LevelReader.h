@@ -21,10 +21,16 @@ struct PyramidLevel {
 struct PyramidFacts {
     ImageFacts image;                 ///< of the full size
     std::vector<PyramidLevel> levels; ///< the full size first; widths and heights decrease
+    /// Pages that hold the picture's bands: planes of each slice at each time, which have equally many bands. The
+    /// bands of image.layout are those of one slice at one time.
+    ImageStack stack;
     /// Colours are premultiplied by alpha, and samples are left so.
     bool isMultiplied = false;
     std::uint64_t readerBytes = 0; ///< approximate memory of a reader, besides the cache
     std::uint64_t sharedBytes = 0; ///< approximate memory that readers share when all levels have been read, besides it
+
+    size_t planeBands() const { return image.layout.bands / stack.planes; }
+    size_t planePixelBytes() const { return image.layout.pixelBytes() / stack.planes; }
 };
 
 /// Counts of a reader's work.
@@ -47,9 +53,9 @@ public:
     LevelReader& operator=(LevelReader const&) = delete;
     virtual ~LevelReader() = default;
 
-    /// Reads a region that lies in the level: all bands, interleaved, rows tightly packed from the top. Throws
-    /// HostError, and what the check throws; a later read is not affected.
-    virtual void read(size_t level, Region const& region, std::uint8_t* samples) = 0;
+    /// Reads a region that lies in the level, of one plane, numbered as in TiffStack: all of its bands, interleaved,
+    /// rows tightly packed from the top. Throws HostError, and what the check throws; a later read is not affected.
+    virtual void read(size_t level, size_t plane, Region const& region, std::uint8_t* samples) = 0;
     virtual void setCheck(InputFile::Check const& check) = 0;
     virtual PyramidStatistics statistics() const { return {}; }
 };

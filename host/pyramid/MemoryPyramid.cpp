@@ -33,7 +33,7 @@ public:
     void setCheck(InputFile::Check const& check) override { check_ = check; }
     PyramidStatistics statistics() const override { return statistics_; }
 
-    void read(size_t level, Region const& region, std::uint8_t* samples) override {
+    void read(size_t level, size_t /*plane*/, Region const& region, std::uint8_t* samples) override {
         if (!samples_[level]) samples_[level] = take(level);
         size_t const pixelBytes = opened_->facts.image.layout.pixelBytes();
         size_t const width = opened_->facts.levels[level].size.width;

@@ -26,6 +26,11 @@ PyramidFacts factsOf(PyramidFacts facts, PyramidBands const& bands) {
     layout.bands = bands.chosen.size();
     layout.colours = layout.bands <= 2 ? 1 : 3;
     layout.alpha = layout.bands > layout.colours;
+    std::vector<BandFacts> named;
+    if (!facts.image.bands.empty())
+        for (size_t const band : bands.chosen)
+            named.push_back(facts.image.bands.at(band));
+    facts.image.bands = std::move(named);
     facts.image.colourSpace.clear();
     facts.image.convertible = false;
     facts.isMultiplied = false;
@@ -109,8 +114,9 @@ PyramidOpening openPyramid(std::string const& path, PyramidOptions const& option
     selection.range.reset();
     selection.automaticRange = false;
     imagerefusal::requireSelectable(path, facts, selection);
+    // Planes are read one after the other.
     Size const& smallest = opened.file->facts().levels.back().size;
-    std::uint64_t const bytes = bytesOf(facts.layout, smallest);
+    std::uint64_t const bytes = bytesOf(facts.layout, smallest) / opened.file->facts().stack.planes;
     if (bytes > options.memoryBytes)
         return {nullptr, tooLarge(facts, bytes, options.memoryBytes, opened.file->facts().levels.size() > 1)};
     return {std::make_unique<Pyramid>(path, std::move(opened.file), selection), ""};

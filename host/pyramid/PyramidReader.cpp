@@ -4,17 +4,46 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <utility>
 
 namespace {
 
-constexpr size_t kPartBytes = 4 * 1024 * 1024; // of all bands, read at once where some are selected
+constexpr size_t kPartBytes = 4 * 1024 * 1024; // of all bands of a plane, read at once where some are taken
 
 } // namespace
 
 PyramidReader::PyramidReader(std::shared_ptr<PyramidFacts const> facts, std::unique_ptr<LevelReader> levels,
                              PyramidBands bands, std::string path)
-    : facts_(std::move(facts)), levels_(std::move(levels)), bands_(std::move(bands)), path_(std::move(path)) {}
+    : all_(std::move(facts)),
+      levels_(std::move(levels)),
+      bands_(std::move(bands)),
+      path_(std::move(path)),
+      facts_(all_),
+      taken_(bands_.chosen) {
+    if (taken_.empty() && all_->stack.planes > 1) {
+        taken_.resize(bands_.inFile);
+        std::iota(taken_.begin(), taken_.end(), size_t{0});
+    }
+}
+
+void PyramidReader::take(std::vector<size_t> const& bands, StackPosition const& position) {
+    auto facts = std::make_shared<PyramidFacts>(*all_);
+    SampleFormat& layout = facts->image.layout;
+    std::vector<size_t> all(layout.bands);
+    std::iota(all.begin(), all.end(), size_t{0});
+    if (bands != all) {
+        layout.bands = bands.size();
+        layout.colours = 0;
+        layout.alpha = false;
+    }
+    std::vector<size_t> taken;
+    for (size_t const band : bands)
+        taken.push_back(bands_.chosen.empty() ? band : bands_.chosen.at(band));
+    facts_ = std::move(facts);
+    taken_ = std::move(taken);
+    position_ = position;
+}
 
 void PyramidReader::read(size_t level, Region const& region, std::uint8_t* samples) {
     if (level >= facts_->levels.size())
@@ -26,18 +55,37 @@ void PyramidReader::read(size_t level, Region const& region, std::uint8_t* sampl
         throw HostError(HostError::Kind::RegionOutside, "the region " + toText(region) + " leaves the picture of " +
                                                             std::to_string(size.width) + " x " +
                                                             std::to_string(size.height) + " pixels; choose one inside");
-    if (bands_.chosen.empty()) return levels_->read(level, region, samples);
-    size_t const sampleBytes = bytesOf(facts_->image.layout.type);
-    size_t const fileRowBytes = region.width * bands_.inFile * sampleBytes;
-    size_t const rowsAtOnce = std::clamp<size_t>(kPartBytes / fileRowBytes, 1, region.height);
+    if (taken_.empty()) return levels_->read(level, 0, region, samples);
+    size_t const rowBytes = region.width * bands_.inFile / all_->stack.planes * bytesOf(facts_->image.layout.type);
+    size_t const rowsAtOnce = std::clamp<size_t>(kPartBytes / rowBytes, 1, region.height);
+    size_t const pixelBytes = facts_->image.layout.pixelBytes();
     for (size_t row = 0; row < region.height; row += rowsAtOnce) {
         Region const part{region.x, region.y + row, region.width, std::min(rowsAtOnce, region.height - row)};
-        all_.resize(part.height * fileRowBytes);
-        levels_->read(level, part, all_.data());
-        for (size_t at = 0; at < all_.size(); at += bands_.inFile * sampleBytes)
-            for (size_t const band : bands_.chosen) {
-                std::memcpy(samples, &all_[at + band * sampleBytes], sampleBytes);
-                samples += sampleBytes;
+        readBands(level, part, samples + row * region.width * pixelBytes);
+    }
+}
+
+// Plane by plane, each once.
+void PyramidReader::readBands(size_t level, Region const& region, std::uint8_t* samples) {
+    ImageStack const& stack = all_->stack;
+    size_t const sampleBytes = bytesOf(facts_->image.layout.type);
+    size_t const planeBands = bands_.inFile / stack.planes;
+    size_t const pixels = region.width * region.height;
+    size_t const firstPlane = (position_.time * stack.slices + position_.slice) * stack.planes;
+    plane_.resize(pixels * planeBands * sampleBytes);
+    for (size_t plane = 0; plane < stack.planes; ++plane) {
+        bool isRead = false;
+        for (size_t i = 0; i < taken_.size(); ++i) {
+            if (taken_[i] / planeBands != plane) continue;
+            if (!isRead) levels_->read(level, firstPlane + plane, region, plane_.data());
+            isRead = true;
+            std::uint8_t const* from = plane_.data() + taken_[i] % planeBands * sampleBytes;
+            std::uint8_t* to = samples + i * sampleBytes;
+            for (size_t pixel = 0; pixel < pixels; ++pixel) {
+                std::memcpy(to, from, sampleBytes);
+                from += planeBands * sampleBytes;
+                to += taken_.size() * sampleBytes;
             }
+        }
     }
 }

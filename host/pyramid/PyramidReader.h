@@ -21,8 +21,11 @@ public:
     PyramidReader(std::shared_ptr<PyramidFacts const> facts, std::unique_ptr<LevelReader> levels, PyramidBands bands,
                   std::string path);
 
-    /// The pyramid's.
+    /// The pyramid's, of the bands that are taken.
     PyramidFacts const& facts() const { return *facts_; }
+    /// Reads these bands of the pyramid's from now on, by their indices, of one slice at one time. Where some are left
+    /// out, none is grey, a primary colour or alpha any more. Of planes no others are decoded.
+    void take(std::vector<size_t> const& bands, StackPosition const& position);
     /// Reads a region: samples of the layout's type in the machine's byte order, interleaved, rows tightly packed from
     /// the top: region.width * region.height * facts().image.layout.pixelBytes() bytes. Throws HostError: region
     /// outside; unreadable image, if a part of the region is damaged; missing file, if the system cannot read it; and
@@ -34,9 +37,14 @@ public:
     PyramidStatistics statistics() const { return levels_->statistics(); }
 
 private:
-    std::shared_ptr<PyramidFacts const> facts_;
+    void readBands(size_t level, Region const& region, std::uint8_t* samples);
+
+    std::shared_ptr<PyramidFacts const> const all_; // the pyramid's
     std::unique_ptr<LevelReader> levels_;
-    PyramidBands bands_;
+    PyramidBands const bands_; // the pyramid's
     std::string path_;
-    std::vector<std::uint8_t> all_; // bands of some rows
+    std::shared_ptr<PyramidFacts const> facts_;
+    std::vector<size_t> taken_; // bands of the file; none: all, as they lie in it
+    StackPosition position_;
+    std::vector<std::uint8_t> plane_; // all of its bands, some rows
 };

@@ -36,6 +36,11 @@ PyramidTiles::PyramidTiles(std::unique_ptr<PyramidReader> reader)
     : reader_(std::move(reader)),
       means_(LevelMeans::of(facts().image.layout, isWeighed(facts()), facts().image.nodata)) {}
 
+void PyramidTiles::take(std::vector<size_t> const& bands, StackPosition const& position) {
+    reader_->take(bands, position);
+    means_ = LevelMeans::of(facts().image.layout, isWeighed(facts()), facts().image.nodata);
+}
+
 Size PyramidTiles::size(size_t level) const {
     SampleFormat const& layout = facts().image.layout;
     return {LevelScale::halved(layout.width, level), LevelScale::halved(layout.height, level)};

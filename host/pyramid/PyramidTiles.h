@@ -23,6 +23,8 @@ public:
 
     PyramidFacts const& facts() const { return reader_->facts(); }
     PyramidReader& reader() { return *reader_; }
+    /// As PyramidReader::take().
+    void take(std::vector<size_t> const& bands, StackPosition const& position);
     /// Samples of a level, at most kMostLevels.
     Size size(size_t level) const;
     /// The level of the file that it comes from.

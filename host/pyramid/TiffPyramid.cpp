@@ -2,6 +2,7 @@
 
 #include "host/image/NodataSample.h"
 #include "host/image/PixelDensity.h"
+#include "host/image/TiffStack.h"
 #include "host/pyramid/TiffUnits.h"
 #include "host/pyramid/UnitReader.h"
 
@@ -18,7 +19,8 @@ constexpr size_t kMostLevels = 64;              // considered of a page
 constexpr double kSameRatio = 0.01;             // relative difference of the ratios of a level's sides
 constexpr double kRounding = 1.5;               // of a level's sides, in its samples
 constexpr double kLeastStep = 1.5;              // between pages that are levels
-constexpr std::uint64_t kHandleBytes = 1 << 20; // of libtiff, per level: tables of tiles, the decoder
+constexpr std::uint64_t kHandleBytes = 1 << 20; // of libtiff, per level and plane: tables of tiles, the decoder
+constexpr size_t kMostHandles = 32;             // of a reader
 
 struct TiffLevels final : UnitFile {
     using UnitFile::UnitFile;
@@ -40,15 +42,20 @@ public:
     }
 
 protected:
-    std::vector<std::uint8_t> decode(size_t level, Region const& unit, size_t index) override {
+    std::vector<std::uint8_t> decode(Unit const& unit) override {
         if (!file_) open();
-        if (!levels_[level])
-            levels_[level] = std::make_unique<TiffUnits>(*file_, opened_->levels[level], opened_->facts.image.nodata);
-        return levels_[level]->decode(index, sizeOf(unit));
+        std::array<size_t, 2> const key{unit.level, unit.plane};
+        std::unique_ptr<TiffUnits>& units = units_.get(key);
+        if (!units) {
+            units = std::make_unique<TiffUnits>(*file_, opened_->levels[unit.level], unit.plane,
+                                                opened_->facts.image.nodata);
+            units_.setSize(key, 1);
+        }
+        return units->decode(unit.number, sizeOf(unit.region));
     }
 
     void drop() noexcept override {
-        levels_.clear();
+        units_.evictTo(0);
         file_.reset();
     }
 
@@ -56,14 +63,13 @@ private:
     void open() {
         auto file = std::make_unique<InputFile>(opened_->path, check_);
         if (file->size() != opened_->fileBytes) throw changed(opened_->path);
-        levels_.resize(opened_->levels.size());
         file_ = std::move(file);
     }
 
     std::shared_ptr<TiffLevels> opened_;
     InputFile::Check check_;
-    std::unique_ptr<InputFile> file_; // null after a failure
-    std::vector<std::unique_ptr<TiffUnits>> levels_;
+    std::unique_ptr<InputFile> file_;                                               // null after a failure
+    LruMap<std::array<size_t, 2>, std::unique_ptr<TiffUnits>> units_{kMostHandles}; // of levels and planes
 };
 
 class TiffPyramid final : public PyramidFile {
@@ -108,19 +114,35 @@ class LevelFinder {
 public:
     LevelFinder(TiffFile& tiff, TiffChain const& chain, size_t page) : tiff_(tiff), chain_(chain), page_(page) {}
 
-    // Empty if the page's samples are not decoded.
-    std::vector<TiffLevel> find(Copy const& full) {
+    // Those of a page. Of a stack, other pages are no levels.
+    std::vector<TiffLevel> find(Copy const& full, bool isStack) {
         std::vector<TiffLevel> levels{full.level};
-        for (std::uint64_t const offset : offsets()) {
+        for (std::uint64_t const offset : copiesOf(page_)) {
             auto const copy = at(offset);
             if (copy && isCopyOf(full, *copy)) levels.push_back(copy->level);
         }
-        addPages(full, levels);
+        if (!isStack) addPages(full, levels);
         auto const width = [](TiffLevel const& level) { return level.layout.samples.width; };
         std::stable_sort(levels.begin() + 1, levels.end(),
                          [&](TiffLevel const& a, TiffLevel const& b) { return width(a) > width(b); });
         dropEqual(levels);
         return levels;
+    }
+
+    // Adds the directories of the stack's other planes to the levels of its first. Levels that a plane lacks go.
+    void addPlanes(TiffStack const& stack, std::vector<TiffLevel>& levels) const {
+        std::vector<std::uint64_t> const first = copiesOf(page_);
+        for (size_t plane = 1; plane < stack.pages.size(); ++plane) {
+            size_t const page = chain_.pages[stack.pages[plane]];
+            levels.front().offsets.push_back(chain_.entries[page].offset);
+            std::vector<std::uint64_t> const copies = copiesOf(page);
+            for (auto level = levels.begin() + 1; level != levels.end();) {
+                auto const copy = std::find(first.begin(), first.end(), level->offsets.front()) - first.begin();
+                bool const isThere = static_cast<size_t>(copy) < copies.size();
+                if (isThere) level->offsets.push_back(copies[static_cast<size_t>(copy)]);
+                level = isThere ? level + 1 : levels.erase(level);
+            }
+        }
     }
 
     // The number of pages that are levels.
@@ -141,18 +163,18 @@ public:
         TiffDirectory const directory = TiffDirectory::current(tiff_);
         auto layout = TiffLayout::of(tiff_, directory);
         if (!layout) return std::nullopt;
-        return Copy{{offset, std::move(*layout)}, directory.colourSpace, directory.isMultiplied};
+        return Copy{{{offset}, std::move(*layout)}, directory.colourSpace, directory.isMultiplied};
     }
 
 private:
     // Directories that state that they are copies of the page.
-    std::vector<std::uint64_t> offsets() const {
+    std::vector<std::uint64_t> copiesOf(size_t page) const {
         auto const& entries = chain_.entries;
-        std::vector<std::uint64_t> found = entries[page_].subDirectories;
+        std::vector<std::uint64_t> found = entries[page].subDirectories;
         bool const isOnly = chain_.pages.size() == 1;
-        size_t i = isOnly ? 0 : page_ + 1;
+        size_t i = isOnly ? 0 : page + 1;
         for (; i < entries.size() && found.size() < kMostLevels; ++i) {
-            if (entries[i].isMask() || i == page_) continue;
+            if (entries[i].isMask() || i == page) continue;
             if (!entries[i].isReduced()) break;
             found.push_back(entries[i].offset);
         }
@@ -229,6 +251,7 @@ void setFacts(TiffFile const& tiff, TiffDirectory const& directory, PyramidFacts
 
 void setLevels(std::vector<TiffLevel> const& levels, PyramidFacts& facts) {
     facts.image.layout = levels.front().layout.samples;
+    std::uint64_t const handles = std::min(levels.size() * levels.front().offsets.size(), kMostHandles);
     std::uint64_t largest = 0;
     for (TiffLevel const& level : levels) {
         TiffLayout const& layout = level.layout;
@@ -238,7 +261,26 @@ void setLevels(std::vector<TiffLevel> const& levels, PyramidFacts& facts) {
     }
     facts.image.levels = levels.size();
     // A unit, and what it is decoded from.
-    facts.readerBytes = 3 * largest + levels.size() * kHandleBytes;
+    facts.readerBytes = 3 * largest + handles * kHandleBytes;
+}
+
+// That of the first directory, which tells what the pages are.
+std::string descriptionOf(TiffFile& tiff, TiffChain const& chain) {
+    if (TIFFSetSubDirectory(tiff.get(), chain.entries.front().offset) != 1) throw tiff.failure();
+    return TiffDirectory::current(tiff).description;
+}
+
+// Planes are bands of which the file does not say that they are red, green and blue.
+void setStack(TiffStack const& stack, PyramidFacts& facts) {
+    facts.stack = stack.size;
+    facts.image.stack = stack.size;
+    facts.image.bands = stack.bands;
+    SampleFormat& layout = facts.image.layout;
+    layout.bands *= stack.size.planes;
+    if (stack.size.planes > 1) {
+        layout.colours = 0;
+        layout.alpha = false;
+    }
 }
 
 } // namespace
@@ -254,7 +296,9 @@ bool tiffpyramid::is(InputFile& file) {
 std::unique_ptr<PyramidFile> tiffpyramid::open(InputFile& file, SampleRequest const& request, size_t cacheBytes) {
     TiffFile tiff(file, "rmDOC");
     TiffChain const chain = TiffChain::read(tiff);
-    size_t const page = chain.pages[requirePage(file, request, chain.pages.size(), "pages") - 1];
+    size_t const first = requirePage(file, request, chain.pages.size(), "pages") - 1;
+    auto const stack = request.page ? std::nullopt : TiffStack::of(chain, descriptionOf(tiff, chain));
+    size_t const page = chain.pages[stack ? stack->pages.front() : first];
     LevelFinder finder(tiff, chain, page);
     auto const full = finder.require(chain.entries[page].offset);
     if (!full) return nullptr;
@@ -262,9 +306,11 @@ std::unique_ptr<PyramidFile> tiffpyramid::open(InputFile& file, SampleRequest co
     auto opened = std::make_shared<TiffLevels>(file.path(), cacheBytes);
     opened->fileBytes = file.size();
     setFacts(tiff, TiffDirectory::current(tiff), opened->facts);
-    opened->levels = finder.find(*full);
+    opened->levels = finder.find(*full, stack.has_value());
+    if (stack) finder.addPlanes(*stack, opened->levels);
     opened->facts.image.pages = chain.pages.size() - (request.page ? 0 : finder.pagesTaken());
     setLevels(opened->levels, opened->facts);
+    if (stack) setStack(*stack, opened->facts);
     file.rethrow();
     return std::make_unique<TiffPyramid>(std::move(opened));
 }

@@ -12,12 +12,14 @@ constexpr auto kMode = "rhmDOC";
 
 } // namespace
 
-TiffUnits::TiffUnits(InputFile& file, TiffLevel const& level, std::optional<double> nodata)
+TiffUnits::TiffUnits(InputFile& file, TiffLevel const& level, size_t plane, std::optional<double> nodata)
     : tiff_(file, kMode), level_(level), nodata_(nodata) {
-    if (TIFFSetSubDirectory(tiff_.get(), level.offset) != 1) throw tiff_.failure();
+    if (TIFFSetSubDirectory(tiff_.get(), level.offsets[plane]) != 1) throw tiff_.failure();
     auto const layout = TiffLayout::of(tiff_, TiffDirectory::current(tiff_));
     file.rethrow();
-    if (!layout || !(*layout == level.layout)) throw changed(file.path());
+    if (layout && *layout == level.layout) return;
+    if (plane == 0) throw changed(file.path());
+    throw imageNotRead(file.path(), "its pages keep their samples in different ways; choose one with --page N");
 }
 
 std::vector<std::uint8_t> TiffUnits::decode(size_t index, Size const& shown) {

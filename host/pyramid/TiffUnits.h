@@ -7,17 +7,18 @@
 #include <optional>
 #include <vector>
 
-/// A directory of a TIFF file that is read as a level.
+/// Directories of a TIFF file that are read as a level.
 struct TiffLevel {
-    std::uint64_t offset = 0; ///< of the directory in the file
-    TiffLayout layout;
+    std::vector<std::uint64_t> offsets; ///< in the file: that of each plane
+    TiffLayout layout;                  ///< of all of them
 };
 
-/// Decodes the tiles or strips of one level. One thread at a time. After a failure it must not be used any more.
+/// Decodes the tiles or strips of one plane of a level. One thread at a time. After a failure it must not be used any
+/// more.
 class TiffUnits {
 public:
-    /// Throws HostError (unreadable image), if the file no longer has this level.
-    TiffUnits(InputFile& file, TiffLevel const& level, std::optional<double> nodata);
+    /// Throws HostError (unreadable image), if the file no longer has this level, or another layout of the plane.
+    TiffUnits(InputFile& file, TiffLevel const& level, size_t plane, std::optional<double> nodata);
 
     /// The samples of a unit, of which `shown` pixels lie in the picture. Units that a file leaves out are nodata, if
     /// it states such a sample. Throws HostError, and what the file's check throws.

@@ -1,14 +1,13 @@
 #include "host/pyramid/UnitCache.h"
 
-UnitCache::Samples UnitCache::find(size_t level, size_t unit) {
+UnitCache::Samples UnitCache::find(Key const& key) {
     std::lock_guard<std::mutex> const lock(mutex_);
-    Samples const* const found = units_.find({level, unit});
+    Samples const* const found = units_.find(key);
     return found != nullptr ? *found : nullptr;
 }
 
-void UnitCache::keep(size_t level, size_t unit, Samples const& samples) {
+void UnitCache::keep(Key const& key, Samples const& samples) {
     std::lock_guard<std::mutex> const lock(mutex_);
-    Key const key{level, unit};
     units_.get(key) = samples;
     units_.setSize(key, samples->size());
 }

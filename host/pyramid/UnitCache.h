@@ -13,19 +13,18 @@
 /// for a look-up, never while a tile is decoded.
 class UnitCache {
 public:
+    using Key = std::array<size_t, 3>; ///< level, plane, number of the unit
     using Samples = std::shared_ptr<std::vector<std::uint8_t> const>;
 
     /// bytes: of the samples that are kept. A single unit may exceed it.
     explicit UnitCache(size_t bytes) : units_(bytes) {}
 
     /// Empty where the unit is not kept.
-    Samples find(size_t level, size_t unit);
-    void keep(size_t level, size_t unit, Samples const& samples);
+    Samples find(Key const& key);
+    void keep(Key const& key, Samples const& samples);
     size_t bytes() const;
 
 private:
-    using Key = std::array<size_t, 2>;
-
     mutable std::mutex mutex_;
     LruMap<Key, Samples> units_;
 };

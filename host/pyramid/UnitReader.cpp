@@ -18,18 +18,18 @@ void copy(Region const& unit, std::uint8_t const* from, Region const& region, st
 
 } // namespace
 
-void UnitReader::read(size_t level, Region const& region, std::uint8_t* samples) {
+void UnitReader::read(size_t level, size_t plane, Region const& region, std::uint8_t* samples) {
     try {
-        readUnits(level, region, samples);
+        readUnits(level, plane, region, samples);
     } catch (...) {
         drop();
         throw;
     }
 }
 
-void UnitReader::readUnits(size_t level, Region const& region, std::uint8_t* samples) {
+void UnitReader::readUnits(size_t level, size_t plane, Region const& region, std::uint8_t* samples) {
     PyramidLevel const& of = file_->facts.levels[level];
-    size_t const pixelBytes = file_->facts.image.layout.pixelBytes();
+    size_t const pixelBytes = file_->facts.planePixelBytes();
     size_t const columns = (of.size.width + of.unit.width - 1) / of.unit.width;
     size_t const lastColumn = (region.x + region.width - 1) / of.unit.width;
     size_t const lastRow = (region.y + region.height - 1) / of.unit.height;
@@ -37,20 +37,24 @@ void UnitReader::readUnits(size_t level, Region const& region, std::uint8_t* sam
         for (size_t column = region.x / of.unit.width; column <= lastColumn; ++column) {
             size_t const x = column * of.unit.width;
             size_t const y = row * of.unit.height;
-            Region const one{x, y, std::min(of.unit.width, of.size.width - x),
-                             std::min(of.unit.height, of.size.height - y)};
-            copy(one, unit(level, one, row * columns + column)->data(), region, samples, pixelBytes);
+            Unit const unit{
+                level,
+                plane,
+                row * columns + column,
+                {x, y, std::min(of.unit.width, of.size.width - x), std::min(of.unit.height, of.size.height - y)}};
+            copy(unit.region, samplesOf(unit)->data(), region, samples, pixelBytes);
         }
 }
 
-UnitCache::Samples UnitReader::unit(size_t level, Region const& region, size_t index) {
-    if (auto kept = file_->cache.find(level, index)) {
+UnitCache::Samples UnitReader::samplesOf(Unit const& unit) {
+    UnitCache::Key const key{unit.level, unit.plane, unit.number};
+    if (auto kept = file_->cache.find(key)) {
         ++statistics_.cachedUnits;
         return kept;
     }
-    auto decoded = std::make_shared<std::vector<std::uint8_t> const>(decode(level, region, index));
+    auto decoded = std::make_shared<std::vector<std::uint8_t> const>(decode(unit));
     ++statistics_.decodedUnits;
     statistics_.decodedBytes += decoded->size();
-    file_->cache.keep(level, index, decoded);
+    file_->cache.keep(key, decoded);
     return decoded;
 }

@@ -26,18 +26,26 @@ class UnitReader : public LevelReader {
 public:
     explicit UnitReader(std::shared_ptr<UnitFile> file) : file_(std::move(file)) {}
 
-    void read(size_t level, Region const& region, std::uint8_t* samples) final;
+    void read(size_t level, size_t plane, Region const& region, std::uint8_t* samples) final;
     PyramidStatistics statistics() const final { return statistics_; }
 
 protected:
-    /// The samples of a unit, as far as it lies in the level; numbered row by row. Throws as read().
-    virtual std::vector<std::uint8_t> decode(size_t level, Region const& unit, size_t index) = 0;
+    /// A unit of a plane's level.
+    struct Unit {
+        size_t level = 0;
+        size_t plane = 0;
+        size_t number = 0; ///< row by row
+        Region region;     ///< as far as it lies in the level
+    };
+
+    /// The samples of a unit. Throws as read().
+    virtual std::vector<std::uint8_t> decode(Unit const& unit) = 0;
     /// Gives up decoders and open files: none goes on after a failure.
     virtual void drop() noexcept = 0;
 
 private:
-    void readUnits(size_t level, Region const& region, std::uint8_t* samples);
-    UnitCache::Samples unit(size_t level, Region const& region, size_t index);
+    void readUnits(size_t level, size_t plane, Region const& region, std::uint8_t* samples);
+    UnitCache::Samples samplesOf(Unit const& unit);
 
     std::shared_ptr<UnitFile> file_;
     PyramidStatistics statistics_;

@@ -55,6 +55,19 @@ void writePictures(std::filesystem::path const& folder) {
     for (std::uint16_t i = 0; i < 48; ++i)
         palette.palette.push_back(static_cast<std::uint16_t>(i * 1000));
     write("palette.tif", {palette}, "w8");
+    std::vector<Directory> stack;
+    for (size_t page = 0; page < 4; ++page) {
+        stack.push_back(level(24, 20, 1, COMPRESSION_NONE));
+        stack.back().subDirectories = 1;
+        stack.push_back(reduced(12, 10, 1, COMPRESSION_NONE));
+    }
+    stack.front().description =
+        R"(<OME UUID="a"><Image><Pixels DimensionOrder="XYCZT" SizeC="2" SizeZ="2" SizeT="1">)"
+        R"(<Channel Name="DAPI" Color="65535"/><Channel/><TiffData IFD="0" PlaneCount="3"><UUID>a</UUID></TiffData>)"
+        R"(<TiffData FirstC="1" FirstZ="1" IFD="3"/></Pixels></Image></OME>)";
+    write("ome.tif", stack, "w");
+    stack.front().description = "ImageJ=1\nchannels=2\nslices=1\nframes=2\n";
+    write("imagej.tif", stack, "w8");
 }
 
 } // namespace

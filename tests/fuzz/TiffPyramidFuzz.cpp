@@ -50,6 +50,7 @@ void requireSame(Source& source, Source& other, size_t level, Region const& regi
 
 void requireFacts(PyramidFacts const& facts) {
     SampleFormat const& layout = facts.image.layout;
+    require(facts.stack.pages() > 0 && layout.bands % facts.stack.planes == 0, "planes have equally many bands");
     require(layout.bands > 0 && layout.colours <= layout.bands, "colours are bands");
     require(!facts.levels.empty() && facts.levels.size() <= 130, "there are levels, and not too many");
     require(facts.levels.front().size.width == layout.width && facts.levels.front().size.height == layout.height,
@@ -92,6 +93,12 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, size_t size) {
     for (size_t level = 0; level < std::min(kLevels, file->facts().levels.size()); ++level)
         for (Region const& region : regionsOf(file->facts().levels[level].size))
             requireSame(*one, *other, level, region);
+    SampleFormat const& layout = file->facts().image.layout;
+    ImageStack const& stack = file->facts().stack;
+    std::vector<size_t> const last = {layout.bands - 1, 0};
+    one->take(last, {stack.slices - 1, stack.times - 1});
+    other->take(last, {stack.slices - 1, stack.times - 1});
+    requireSame(*one, *other, 0, regionsOf({layout.width, layout.height}).back());
     PyramidTiles tiles(pyramid.reader());
     PyramidTiles others(pyramid.reader());
     for (size_t const level : {1u, 3u})

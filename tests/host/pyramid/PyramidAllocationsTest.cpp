@@ -59,6 +59,12 @@ TEST_F(PyramidAllocationsTest, OfATiff) {
     sweep(write({apart, level<std::uint16_t>(35, 25, 3, 2, FILETYPE_REDUCEDIMAGE)}));
 }
 
+TEST_F(PyramidAllocationsTest, OfAStack) {
+    Directory first = level(40, 30, 1, 1);
+    first.description = R"(<OME><Image><Pixels SizeC="2"><Channel Name="DAPI"/><Channel/></Pixels></Image></OME>)";
+    sweep(write({first, level(40, 30, 1, 2)}));
+}
+
 TEST_F(PyramidAllocationsTest, OfAFileInMemory) {
     testimages::writePattern16(path("a.png"), "", 70, 60, 3);
     sweep(path("a.png"));

@@ -373,7 +373,8 @@ TEST_F(TiffPyramidTest, FactsAreTheFiles) {
 
 TEST_F(TiffPyramidTest, PhysicalSizesOfOmeAreTaken) {
     Directory full = level(40, 30, 1, 1);
-    full.description = R"(<?xml version="1.0"?><OME><Image><Pixels PhysicalSizeX="0.25" PhysicalSizeY="0.5"></OME>)";
+    full.description =
+        R"(<?xml version="1.0"?><OME><Image><Pixels PhysicalSizeX="0.25" PhysicalSizeY="0.5"/></Image></OME>)";
     auto const pyramid = open(write({full}));
     EXPECT_DOUBLE_EQ(pyramid->facts().image.pixelsPerMillimetreX, 4000);
     EXPECT_DOUBLE_EQ(pyramid->facts().image.pixelsPerMillimetreY, 2000);
