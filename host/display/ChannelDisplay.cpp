@@ -1,5 +1,8 @@
 #include "host/display/ChannelDisplay.h"
 
+#include "host/PlainText.h"
+
+#include <algorithm>
 #include <array>
 #include <limits>
 
@@ -38,6 +41,15 @@ std::vector<ChannelDisplay> coloured(size_t bands, SampleType type) {
     return channels;
 }
 
+// What the file says of its bands goes first.
+std::vector<ChannelDisplay> stated(std::vector<ChannelDisplay> channels, std::vector<BandFacts> const& bands) {
+    for (size_t i = 0; i < std::min(channels.size(), bands.size()); ++i) {
+        if (!bands[i].name.empty()) channels[i].name = printableText(bands[i].name);
+        if (bands[i].colour) channels[i].colours = colourmap::rampTo(*bands[i].colour);
+    }
+    return channels;
+}
+
 std::vector<ChannelDisplay> primariesOf(SampleType type) {
     auto channels = coloured(kRgb, type);
     for (size_t i = 0; i < kRgb; ++i)
@@ -63,9 +75,10 @@ bool ChannelDisplay::operator==(ChannelDisplay const& other) const {
            colours == other.colours;
 }
 
-std::vector<ChannelDisplay> channeldisplay::defaultsFor(SampleFormat const& layout) {
+std::vector<ChannelDisplay> channeldisplay::defaultsFor(ImageFacts const& facts) {
+    SampleFormat const& layout = facts.layout;
     SampleType const type = layout.type;
-    if (!layout.isPlain()) return layout.bands == 1 ? greyOf(type) : coloured(layout.bands, type);
+    if (!layout.isPlain()) return stated(layout.bands == 1 ? greyOf(type) : coloured(layout.bands, type), facts.bands);
     auto channels = layout.colours == kRgb ? primariesOf(type) : greyOf(type);
     if (layout.alpha) channels.push_back(alphaAt(layout.colours, type));
     return channels;

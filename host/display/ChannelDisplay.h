@@ -24,8 +24,9 @@ struct ChannelDisplay {
 namespace channeldisplay {
 
 /// The channels of a picture as it opens: grey, or red, green and blue, with their alpha; bands of which the file says
-/// neither have colours of their own, and the first six of them are on. Tones are those of wholeRange().
-std::vector<ChannelDisplay> defaultsFor(SampleFormat const& layout);
+/// neither have the names and colours that it states, or colours of their own, and the first six of them are on. Tones
+/// are those of wholeRange().
+std::vector<ChannelDisplay> defaultsFor(ImageFacts const& facts);
 
 /// From the least to the largest value of an integer type, 0 to 1 of floats.
 Tone wholeRange(SampleType type);

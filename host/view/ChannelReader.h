@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 /// The channels whose codes threads make of tiles, and a number that tells one such choice from another.
@@ -20,6 +21,7 @@ struct ChannelCoding {
 
     std::uint64_t number = 0;
     std::vector<Channel> channels;
+    StackPosition position;
 };
 
 /// Hands the coding that is asked for to the threads. Any thread.
@@ -43,9 +45,15 @@ public:
     void read(LoadedTile& tile) override;
 
 private:
+    void take(ChannelCoding const& coding);
+
     PictureInfo info_;
     PyramidTiles levels_;
+    bool isPlain_;     // all bands of the picture are grey or RGB, with or without alpha
+    size_t bandCount_; // of the picture
     std::shared_ptr<CurrentCoding const> coding_;
+    std::optional<std::uint64_t> taken_; // number of the coding whose bands are read
+    std::vector<size_t> bands_;          // that are read, by the picture's indices
     std::vector<std::uint8_t> samples_;
     std::vector<std::uint16_t> codes_;
 };

@@ -1,9 +1,11 @@
 #include "host/view/ChannelStages.h"
 
+#include "host/HostError.h"
 #include "host/display/ChannelTable.h"
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
 #include <string>
 #include <utility>
 
@@ -35,9 +37,10 @@ bool haveSameCodes(SampleType type, std::vector<ChannelDisplay> const& before, s
 }
 
 std::shared_ptr<ChannelCoding const> codingOf(ImageFacts const& facts, std::vector<ChannelDisplay> const& shown,
-                                              std::uint64_t number) {
+                                              StackPosition const& position, std::uint64_t number) {
     auto coding = std::make_shared<ChannelCoding>();
     coding->number = number;
+    coding->position = position;
     for (ChannelDisplay const& channel : shown)
         coding->channels.push_back({channel.band, codesOf(facts, channel)});
     return coding;
@@ -61,12 +64,28 @@ MixedTiles::Tables tablesOf(ImageFacts const& facts, std::vector<ChannelDisplay>
     return tables;
 }
 
-std::vector<std::uint8_t> coarsestSamples(Pyramid const& pyramid, size_t level) {
+// Of all bands.
+std::vector<std::uint8_t> coarsestSamples(Pyramid const& pyramid, size_t level, StackPosition const& position) {
     PyramidTiles levels(pyramid.reader());
+    std::vector<size_t> bands(pyramid.facts().image.layout.bands);
+    std::iota(bands.begin(), bands.end(), size_t{0});
+    levels.take(bands, position);
     Size const size = levels.size(level);
     std::vector<std::uint8_t> samples(size.width * size.height * levels.facts().image.layout.pixelBytes());
     levels.read(level, wholeOf(size), samples.data());
     return samples;
+}
+
+void requireAlong(char const* option, size_t wanted, size_t extent) {
+    if (wanted < extent) return;
+    throw HostError(HostError::Kind::Usage,
+                    std::string(option) + " is " +
+                        (extent == 1 ? "0: the picture has no others" : "0 to " + std::to_string(extent - 1)));
+}
+
+void requirePosition(StackPosition const& position, ImageStack const& stack) {
+    requireAlong("--z", position.slice, stack.slices);
+    requireAlong("--t", position.time, stack.times);
 }
 
 bool mayBeTransparent(ImageFacts const& facts, std::vector<ChannelDisplay> const& channels) {
@@ -87,13 +106,16 @@ bool isGrey(std::vector<ChannelDisplay> const& channels) {
 struct ChannelStages::Opened {
     ImageFacts facts;
     PictureInfo info;
+    StackPosition position;
     std::vector<ChannelDisplay> channels;
     std::vector<Tone> automatic;
     std::shared_ptr<CurrentCoding> coding;
 
     Opened(Pyramid const& pyramid, DisplayRequest const& request)
         : facts(pyramid.facts().image), info(plainInfoOf(pyramid)), coding(std::make_shared<CurrentCoding>()) {
-        auto const samples = coarsestSamples(pyramid, info.levels);
+        requirePosition(request.position, pyramid.facts().stack);
+        position = request.position;
+        auto const samples = coarsestSamples(pyramid, info.levels, position);
         channels = displayrequest::channelsFor(request, facts, samples);
         DisplayRequest plain;
         plain.automaticRange = true;
@@ -115,10 +137,17 @@ ChannelStages::ChannelStages(std::shared_ptr<RenderBackendInstance> const& insta
                  threads,
                  [&] { return std::make_unique<ChannelReader>(pyramid.reader(), opened.info, opened.coding); }),
       facts_(std::move(opened.facts)),
+      stack_(pyramid.facts().stack),
+      position_(opened.position),
       coding_(std::move(opened.coding)),
       automatic_(std::move(opened.automatic)),
       mixed_(static_cast<MixedTiles&>(tiles())) {
-    display(opened.channels);
+    show(opened.channels, opened.position);
+}
+
+ChannelStages::Showing ChannelStages::showingOf(Pyramid const& pyramid, DisplayRequest const& request) {
+    Opened opened(pyramid, request);
+    return {opened.info, std::move(opened.channels)};
 }
 
 std::vector<ChannelDisplay> ChannelStages::automaticChannels() const {
@@ -131,21 +160,22 @@ std::vector<ChannelDisplay> ChannelStages::automaticChannels() const {
 }
 
 // Nothing below the tables throws: codes, tables and channels belong together at any time.
-bool ChannelStages::display(std::vector<ChannelDisplay> const& channels) {
+bool ChannelStages::show(std::vector<ChannelDisplay> const& channels, StackPosition const& position) {
     auto kept = channels;
     auto shown = shownOf(channels);
     auto tables = tablesOf(facts_, shown, shown_, tables_);
     auto shownTables = tables;
-    bool const sameCodes = coding_->get() && haveSameCodes(facts_.layout.type, shown_, shown);
+    bool const sameCodes = coding_->get() && position == position_ && haveSameCodes(facts_.layout.type, shown_, shown);
     if (!sameCodes) {
         auto const before = coding_->get();
-        coding_->set(codingOf(facts_, shown, before ? before->number + 1 : 0));
+        coding_->set(codingOf(facts_, shown, position, before ? before->number + 1 : 0));
         mixed_.forgetCodes();
     }
     mixed_.show(std::move(shownTables));
     channels_ = std::move(kept);
     shown_ = std::move(shown);
     tables_ = std::move(tables);
+    position_ = position;
     return !sameCodes;
 }
 

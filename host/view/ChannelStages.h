@@ -20,9 +20,21 @@ public:
     ChannelStages(std::shared_ptr<RenderBackendInstance> const& instance, FilterRunner& targets, Pyramid const& pyramid,
                   DisplayRequest const& request, size_t threads);
 
+    /// How a file is shown that is shown as it is asked for.
+    struct Showing {
+        PictureInfo info; ///< bands: those of the mixture
+        std::vector<ChannelDisplay> channels;
+    };
+    /// Reads the coarsest level where a range is automatic.
+    static Showing showingOf(Pyramid const& pyramid, DisplayRequest const& request);
+
     std::vector<ChannelDisplay> const& channels() const override { return channels_; }
     std::vector<ChannelDisplay> automaticChannels() const override;
-    bool display(std::vector<ChannelDisplay> const& channels) override;
+    bool display(std::vector<ChannelDisplay> const& channels) override { return show(channels, position_); }
+
+    ImageStack stack() const override { return stack_; }
+    StackPosition position() const override { return position_; }
+    bool moveTo(StackPosition const& position) override { return show(channels_, position); }
 
     Usage usage() const override { return {mixed_.count(), mixed_.bytes(), 0}; }
 
@@ -40,7 +52,11 @@ private:
     ChannelStages(std::shared_ptr<RenderBackendInstance> const& instance, FilterRunner& targets, Pyramid const& pyramid,
                   Opened opened, size_t threads);
 
+    bool show(std::vector<ChannelDisplay> const& channels, StackPosition const& position);
+
     ImageFacts facts_;
+    ImageStack stack_;
+    StackPosition position_;
     std::shared_ptr<CurrentCoding> coding_;
     std::vector<Tone> automatic_; // of all channels
     std::vector<ChannelDisplay> channels_;

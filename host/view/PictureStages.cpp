@@ -10,3 +10,7 @@ std::vector<ChannelDisplay> const& PictureStages::channels() const {
 bool PictureStages::display(std::vector<ChannelDisplay> const& /*channels*/) {
     throw std::logic_error("samples of this picture are shown as they are");
 }
+
+bool PictureStages::moveTo(StackPosition const& /*position*/) {
+    throw std::logic_error("this picture has one slice, and one time");
+}

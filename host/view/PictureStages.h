@@ -33,6 +33,12 @@ public:
     /// Shows the channels otherwise. Whether what was loaded is of no use any more. Only where there are channels.
     virtual bool display(std::vector<ChannelDisplay> const& channels);
 
+    /// The slices and times among which the picture can be moved.
+    virtual ImageStack stack() const { return {}; }
+    virtual StackPosition position() const { return {}; }
+    /// Shows another slice or time, which the stack has. Whether what was loaded is of no use any more.
+    virtual bool moveTo(StackPosition const& position);
+
     /// Puts the alpha of tiles of the view's level, which are rebuilt, into the view's RGBA texels.
     virtual void putAlpha(std::vector<std::uint8_t>& rgba, View const& view, std::vector<LevelTile> const& tiles) = 0;
     /// The samples of a view within the picture, 16 bits, interleaved, rows from the top; the tiles of the view's level

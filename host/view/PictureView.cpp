@@ -43,7 +43,16 @@ void PictureView::enhance(std::vector<enhancement::Step> const& steps) {
 }
 
 void PictureView::display(std::vector<ChannelDisplay> const& channels) {
-    bool const loadsAgain = stages_->display(channels);
+    renew(stages_->display(channels));
+}
+
+void PictureView::moveTo(StackPosition const& position) {
+    if (position == stages_->position()) return;
+    renew(stages_->moveTo(position));
+}
+
+// Tiles that were made of other samples or colours go.
+void PictureView::renew(bool loadsAgain) {
     if (loadsAgain) pipeline_.forgetLoaded();
     stages_->shown().renew();
     pipeline_.renew();

@@ -63,6 +63,11 @@ public:
     std::vector<ChannelDisplay> automaticChannels() const { return stages_->automaticChannels(); }
     /// Shows the channels otherwise from now on: as many as channels() has, of the same bands.
     void display(std::vector<ChannelDisplay> const& channels);
+    /// The slices and times among which the picture can be moved.
+    ImageStack stack() const { return stages_->stack(); }
+    StackPosition position() const { return stages_->position(); }
+    /// Shows another slice or time from now on, which the stack has.
+    void moveTo(StackPosition const& position);
     void show(View const& view) { pipeline_.want(view); }
     /// The one that was shown last; at first one without pixels.
     View const& view() const { return pipeline_.view(); }
@@ -101,6 +106,7 @@ public:
     Statistics statistics() const;
 
 private:
+    void renew(bool loadsAgain);
     std::vector<Region> holes() const;
     OwnedTarget drawn();
 

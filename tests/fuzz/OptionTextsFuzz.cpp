@@ -1,6 +1,7 @@
 // An input is a parser of the command line, by number, and the text that it gets.
 #include "host/Geometry.h"
 #include "host/display/ColourMap.h"
+#include "host/display/DisplayRequest.h"
 #include "host/display/Tone.h"
 #include "host/filter/Enhancement.h"
 #include "host/image/ImageSelection.h"
@@ -47,6 +48,11 @@ void colour(std::string const& text) {
     require(text.size() == 6 || text.size() == 7, "a colour has six digits");
 }
 
+void channel(std::string const& text) {
+    ChannelRequest const channel = displayrequest::parseChannel(text);
+    require(!channel.range || !channel.automaticRange, "a channel's range is given or automatic");
+}
+
 void sharpen(std::string const& text) {
     require(std::isfinite(enhancement::parseSharpen(text).gain), "a gain is finite");
 }
@@ -72,8 +78,8 @@ void truncate(std::string const& text) {
     require(enhancement::parseTruncate(text).bits <= 16, "at most 16 bits are cut");
 }
 
-constexpr void (*kParsers[])(std::string const&) = {region, bands,    range,    sharpen, matrix,
-                                                    gamma,  equalise, truncate, curve,   colour};
+constexpr void (*kParsers[])(std::string const&) = {region,   bands,    range, sharpen, matrix, gamma,
+                                                    equalise, truncate, curve, colour,  channel};
 
 } // namespace
 

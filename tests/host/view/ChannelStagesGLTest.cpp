@@ -401,6 +401,102 @@ TEST_F(ChannelSettingsGLTest, ASmallBudgetShowsTheSame) {
     }
 }
 
+// Two channels of three slices, each of which is a page of its own.
+class StackGLTest : public ChannelSettingsGLTest {
+protected:
+    using Sample = std::uint16_t;
+    static constexpr size_t kChannels = 2;
+    static constexpr size_t kSlices = 3;
+
+    StackGLTest() {
+        for (size_t slice = 0; slice < kSlices; ++slice)
+            slices_.push_back(fileOf<Sample>(kChannels, [&](std::mt19937& random) {
+                return static_cast<Sample>(spread<Sample>(random) ^ (slice * 0x2a51));
+            }));
+    }
+
+    std::shared_ptr<Pyramid const> openStack() const {
+        std::vector<testtiff::Directory> pages;
+        for (File<Sample> const& slice : slices_)
+            for (size_t channel = 0; channel < kChannels; ++channel)
+                for (size_t level = 0; level <= kLevels; ++level)
+                    pages.push_back(page(slice, channel, level));
+        pages.front().description = R"(<OME><Image><Pixels SizeC="2" SizeZ="3" DimensionOrder="XYCZT">)"
+                                    R"(<Channel Name="DAPI" Color="-8388353"/><Channel/></Pixels></Image></OME>)";
+        testtiff::write(folder_.path("stack.tif"), pages);
+        return openPyramid(folder_.path("stack.tif")).pyramid;
+    }
+
+    std::vector<File<Sample>> slices_;
+
+private:
+    static testtiff::Directory page(File<Sample> const& slice, size_t channel, size_t level) {
+        std::vector<Sample> samples;
+        for (size_t i = channel; i < slice.levels[level].size(); i += kChannels)
+            samples.push_back(slice.levels[level][i]);
+        auto made = testtiff::directory<Sample>(static_cast<std::uint32_t>(kWidth >> level),
+                                                static_cast<std::uint32_t>(kHeight >> level), 1, samples);
+        made.tile = 128;
+        made.subfileType = level == 0 ? 0 : 1;
+        made.subDirectories = level == 0 ? kLevels : 0;
+        return made;
+    }
+};
+
+TEST_F(StackGLTest, EachSliceIsShown) {
+    PictureView view(instance_, shown(openStack()), options());
+    EXPECT_EQ(view.stack().slices, kSlices);
+    EXPECT_EQ(view.stack().times, 1u);
+    auto const channels = view.channels();
+    ASSERT_EQ(channels.size(), kChannels);
+    EXPECT_EQ(channels[0].name, "DAPI");
+    EXPECT_EQ(channels[0].colours, colourmap::rampTo({255, 128, 0}));
+    for (size_t band = 0; band < kChannels; ++band)
+        EXPECT_DOUBLE_EQ(channels[band].tone.low, automatic(slices_[0], {band}).low) << "that of the first slice";
+    for (size_t const slice : {0u, 2u, 1u, 2u}) {
+        view.moveTo({slice, 0});
+        EXPECT_EQ(view.position(), (StackPosition{slice, 0}));
+        expectRandomViews(view, Channels<Sample>(slices_[slice]).shown(channels), fewViews());
+    }
+}
+
+TEST_F(StackGLTest, ASliceMayBeAskedFor) {
+    DisplayRequest request;
+    request.position.slice = 2;
+    request.channels = {displayrequest::parseChannel("1:FF8000")};
+    PictureView view(instance_, shown(openStack(), request), options());
+    auto const channels = view.channels();
+    EXPECT_FALSE(channels[0].isOn);
+    EXPECT_DOUBLE_EQ(channels[1].tone.high, automatic(slices_[2], {1}).high);
+    expectRandomViews(view, Channels<Sample>(slices_[2]).shown(channels), fewViews());
+    for (StackPosition const& beyond : {StackPosition{3, 0}, StackPosition{0, 1}}) {
+        request.position = beyond;
+        try {
+            PictureView const refused(instance_, shown(openStack(), request), options());
+            ADD_FAILURE() << "slice " << beyond.slice << ", time " << beyond.time;
+        } catch (HostError const& error) {
+            EXPECT_EQ(error.kind(), HostError::Kind::Usage);
+            EXPECT_STREQ(error.what(), beyond.slice == 3 ? "--z is 0 to 2" : "--t is 0: the picture has no others");
+        }
+    }
+}
+
+TEST_F(StackGLTest, SlicesAndSettingsMayChangeWhileTilesAreOnTheirWay) {
+    PictureView view(instance_, shown(openStack()), options());
+    auto channels = view.channels();
+    for (size_t round = 0; round < 12; ++round) {
+        view.show(randomView(view.info()));
+        for (size_t turn = 0; turn < round % 3; ++turn)
+            view.advance(0ms);
+        size_t const slice = round * 5 % kSlices;
+        view.moveTo({slice, 0});
+        channels[round % kChannels].isOn = round % 4 != 1;
+        channels[round % kChannels].tone.high *= 0.95;
+        view.display(channels);
+        if (round % 3 == 2) expectRandomViews(view, Channels<Sample>(slices_[slice]).shown(channels), fewViews());
+    }
+}
+
 TEST_F(ChannelStagesGLTest, ColourMapsAreForOneChannel) {
     DisplayRequest request;
     request.colourMap = "viridis";
@@ -420,7 +516,8 @@ TEST_F(ChannelStagesGLTest, ColourMapsAreForOneChannel) {
         ADD_FAILURE() << "a colour map of three channels";
     } catch (HostError const& error) {
         EXPECT_EQ(error.kind(), HostError::Kind::Usage);
-        EXPECT_STREQ(error.what(), "a colour map is for one channel, and the picture has 3: choose one with --bands");
+        EXPECT_STREQ(error.what(),
+                     "a colour map is for one channel, and 3 are shown: choose one with --channel or --bands");
     }
 }
 
