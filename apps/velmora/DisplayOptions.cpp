@@ -1,8 +1,23 @@
 #include "apps/velmora/DisplayOptions.h"
 
+#include <stdexcept>
+#include <string>
+#include <vector>
+
 namespace {
 
 constexpr auto kGroup = "How samples are shown";
+constexpr size_t kMostAlongAxis = 1000 * 1000;
+
+// The sentence for the user, if the text is no channel.
+std::string checkChannel(std::string const& text) {
+    try {
+        displayrequest::parseChannel(text);
+    } catch (std::invalid_argument const& error) {
+        return error.what();
+    }
+    return "";
+}
 
 } // namespace
 
@@ -24,6 +39,29 @@ void addDisplayOptions(CLI::App& command, DisplayRequest& request) {
                     "Colours for one channel: " + CLI::detail::join(colourmap::names()))
         ->type_name("NAME")
         ->check(CLI::IsMember(colourmap::names()))
+        ->group(kGroup);
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--channel",
+            [&request](std::vector<std::string> const& texts) {
+                for (std::string const& text : texts)
+                    request.channels.push_back(displayrequest::parseChannel(text));
+            },
+            "A channel to show, counted from 0 as in OME-XML, its colour, and its range; once per channel, others are "
+            "off")
+        ->type_name("C[:RRGGBB][:LO,HI|:auto]")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->check(checkChannel)
+        ->group(kGroup);
+    command
+        .add_option("--z", request.position.slice, "The slice of a stack, or the page where pages are slices, from 0")
+        ->type_name("N")
+        ->check(CLI::Range(size_t{0}, kMostAlongAxis))
+        ->group(kGroup);
+    command.add_option("--t", request.position.time, "The time of a stack, from 0")
+        ->type_name("N")
+        ->check(CLI::Range(size_t{0}, kMostAlongAxis))
         ->group(kGroup);
     command.add_flag("--invert", request.isInverted, "Turn the colours of one channel round")->group(kGroup);
 }

@@ -1,4 +1,5 @@
 #include "apps/velmora/Commands.h"
+#include "apps/velmora/DisplayOptions.h"
 #include "apps/velmora/FilterOptions.h"
 #include "apps/velmora/SelectionOptions.h"
 #include "apps/velmora/shared/ImageInput.h"
@@ -16,16 +17,20 @@
 #include "host/map/BuiltInPicture.h"
 #include "host/output/PictureWriter.h"
 #include "host/store/TileStore.h"
+#include "host/view/ChannelStages.h"
 #include "host/view/PyramidStages.h"
 #include "host/view/StoreRenderer.h"
 #include "renderbackend/RenderBackendInstance.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <functional>
 #include <iostream>
+#include <iterator>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -40,16 +45,20 @@ constexpr auto kExamples = R"(Examples:
   velmora render slide.tif -o view.png              the whole image
   velmora render slide.tif -o view.png -r 8000,6000,1920,1080 --tile 512
   velmora render scan16.tif -o view.png --gamma 2.2,300,9000 --sharpen 1
+  velmora render heat.tif -o heat.png --range 280,310 --colour-map inferno
+  velmora render cells.ome.tif -o cells.png --channel 0:0000FF --channel 2:00FF00:200,3000 --z 12
   velmora render slide.tif -o small.tif --zoom 0.1 --smooth
   velmora render slide.vlm -o part.png -r 8000,6000,1920,1080 --zoom 0.5
 
 Filters run one after the other in the order given, each as often as it is given. A region is
 that part of the whole picture enhanced. Alpha stays as it is. Of 16 bits filters look at 15, and
-end in 8; 16 bits are shown as their upper byte.)";
+end in 8. Without filters, samples that an output of 8 bits cannot keep are shown as in the window:
+through --range, which is auto unless it is given.)";
 
 struct Options {
     std::string image;
     ImageSelection selection;
+    DisplayRequest display;
     std::string output;
     bool force = false;
     std::string region;
@@ -179,13 +188,49 @@ Zoom zoomOf(Options const& options, PictureInfo const& info) {
 }
 
 PictureInfo infoOf(PictureSource const& source) {
+    if (source.display) return ChannelStages::showingOf(*source.pyramid, *source.display).info;
     if (source.pyramid) return PyramidStages::infoOf(*source.pyramid);
     return TileStore(source.store, interruption::throwIfNoted).info();
 }
 
+// Which slice and time of a stack.
+std::string positionText(ImageStack const& stack, StackPosition const& position) {
+    auto const along = [](std::string const& noun, size_t index, size_t extent) {
+        if (extent == 1) return std::string();
+        return noun == "page" ? ", page " + std::to_string(index + 1) + " of " + std::to_string(extent)
+                              : ", " + noun + " " + std::to_string(index) + " of 0 to " + std::to_string(extent - 1);
+    };
+    return along(stack.sliceNoun, position.slice, stack.slices) + along("t", position.time, stack.times);
+}
+
+// Which channels, and the samples that they show.
+std::string channelsText(std::vector<ChannelDisplay> const& channels) {
+    std::vector<ChannelDisplay> on;
+    std::copy_if(channels.begin(), channels.end(), std::back_inserter(on), [](ChannelDisplay const& channel) {
+        return channel.isOn && channel.role == ChannelTable::Role::Added;
+    });
+    auto const colours = std::count_if(channels.begin(), channels.end(), [](ChannelDisplay const& channel) {
+        return channel.role == ChannelTable::Role::Added;
+    });
+    std::string text;
+    if (on.size() != static_cast<size_t>(colours))
+        text = ", " + std::to_string(on.size()) + " of " + std::to_string(colours) + " channels";
+    if (on.empty()) return text;
+    auto const hasRangeOfFirst = [&](ChannelDisplay const& channel) {
+        return channel.tone.low == on.front().tone.low && channel.tone.high == on.front().tone.high;
+    };
+    if (!std::all_of(on.begin(), on.end(), hasRangeOfFirst)) return text + ", each in a range of its own";
+    return text + ", samples from " + toText(on.front().tone.low) + " to " + toText(on.front().tone.high);
+}
+
 // What is said of a picture in the closing line.
 std::string description(PictureSource const& source, PictureInfo const& info) {
-    std::string const samples = printableText(info.interpretation) + ", " + std::to_string(info.bits) + " bits";
+    std::string const interpretation = printableText(info.interpretation);
+    if (source.display)
+        return interpretation + ", " + source.pyramid->facts().image.format +
+               positionText(source.pyramid->facts().stack, source.display->position) +
+               channelsText(ChannelStages::showingOf(*source.pyramid, *source.display).channels);
+    std::string const samples = interpretation + ", " + std::to_string(info.bits) + " bits";
     if (source.pyramid) return samples + ", " + source.pyramid->facts().image.format;
     return samples + ", store of " + counted(info.levels, "level");
 }
@@ -207,10 +252,38 @@ void renderLevels(Options const& options, PictureSource const& source) {
            seconds);
 }
 
+// Whether samples are shown as the window shows them: where nothing looks at the samples themselves.
+bool mayBeDisplayed(Options const& options) {
+    bool const asksForMore = !options.display.asksForRangeAlone();
+    if (asksForMore && options.bits == 16)
+        throw HostError(HostError::Kind::Usage, "--bits 16 keeps samples, and --channel, --z, --t, --curve, "
+                                                "--colour-map and --invert show them in 8 bits; leave out one of them");
+    return options.bits != 16 && (options.steps.empty() || asksForMore);
+}
+
+// Whether the output keeps 16 bits of what was not asked to be shown otherwise.
+bool keepsSamples(Options const& options, ImageFacts const& facts) {
+    bool const isWide = facts.layout.type == SampleType::Unsigned16 || options.selection.hasRange();
+    bool const isWeighed = options.smooth && options.zoom < 1;
+    return options.display.asksForRangeAlone() && namesTiff(options.output) && options.bits != 8 && !isWeighed &&
+           isWide && facts.layout.isPlain();
+}
+
+// What shows the samples of a file as the window does; nothing where they are as they are, or are kept.
+std::optional<PictureSource> displayedSource(Options const& options) {
+    if (!mayBeDisplayed(options)) return std::nullopt;
+    auto source = picturefiles::shownAtOnce(options.image, options.selection, options.display);
+    bool const isDisplayed = source && source->display && !keepsSamples(options, source->pyramid->facts().image);
+    return isDisplayed ? source : std::nullopt;
+}
+
 void render(Options const& options) {
     // Checked at once: importing an image first may take long.
     requireUsable(outputOf(options), OutputFile::Ending::PngOrTiff);
-    imageinput::inspect(options.image, options.selection, imageinput::Colours::Shown);
+    imageinput::inspect(options.image, options.selection,
+                        mayBeDisplayed(options) ? imageinput::Colours::Ranged : imageinput::Colours::Shown,
+                        options.display);
+    if (auto const source = displayedSource(options)) return renderLevels(options, *source);
     // At zoom 1 reading the region suffices.
     if (options.zoom == 1.0 && !TileStore::isStore(options.image)) return renderImage(options);
     auto const source = picturefiles::shownAtOnce(options.image, options.selection);
@@ -249,6 +322,7 @@ void addRenderCommand(CLI::App& program) {
         ->type_name("")
         ->check(checkNamed);
     addSelectionOptions(*command, options->selection);
+    addDisplayOptions(*command, options->display);
     command
         ->add_option("-o,--output", options->output,
                      "The file to write: a TIFF where it ends in .tif or .tiff, a PNG where it ends in .png")
@@ -284,6 +358,7 @@ void addRenderCommand(CLI::App& program) {
     addFilterOptions(*command);
     command->callback([options, command] {
         options->steps = filterStepsOf(*command);
+        options->display = withRange(options->display, options->selection);
         render(*options);
     });
 }

@@ -31,6 +31,7 @@ constexpr auto kExamples = R"(Examples:
   velmora view slide.svs                         a whole slide, by the levels that it has
   velmora view scan.tif                          12 bits in 16 are shown bright: --range auto
   velmora view heat.tif --range 280,310 --colour-map inferno
+  velmora view cells.ome.tif --channel 0:0000FF --channel 2:00FF00:200,3000 --z 12
   velmora view scan.tif --gamma 2.2,300,9000     filters of 16 bits: a store is made first, once
   velmora view slide.vlm --at 52000,31000,1 --size 1920x1080 --screenshot part.png
 
@@ -142,7 +143,7 @@ void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
     // Before a window opens.
     requireScreenshots(options);
     imageinput::inspect(options.image, options.selection,
-                        options.shownAs() ? imageinput::Colours::Ranged : imageinput::Colours::Shown);
+                        options.shownAs() ? imageinput::Colours::Ranged : imageinput::Colours::Shown, options.display);
     Viewer(options).run();
 }
 

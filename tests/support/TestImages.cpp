@@ -1,5 +1,7 @@
 #include "tests/support/TestImages.h"
 
+#include <algorithm>
+#include <cmath>
 #include <vips/vips8>
 
 #include <stdexcept>
@@ -88,6 +90,16 @@ testimages::Pixels testimages::pattern8(size_t width, size_t height, size_t band
 testimages::Pixels testimages::pattern16UpperBytes(size_t width, size_t height, size_t bands) {
     auto const samples = pattern<std::uint16_t>(width, height, bands, sample16);
     return {width, height, bands, upperBytes(samples.data(), samples.size())};
+}
+
+testimages::Pixels testimages::pattern16InRange(size_t width, size_t height, size_t bands, double low, double high) {
+    Pixels pixels{width, height, bands, {}};
+    for (std::uint16_t const sample : pattern<std::uint16_t>(width, height, bands, sample16)) {
+        double const share = (sample - low) / (high - low);
+        pixels.samples.push_back(
+            static_cast<std::uint8_t>(std::floor(255 * std::min(std::max(share, 0.0), 1.0) + 0.5)));
+    }
+    return pixels;
 }
 
 void testimages::writePattern8(std::string const& path, std::string const& options, size_t width, size_t height,

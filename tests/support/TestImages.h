@@ -24,6 +24,8 @@ std::uint16_t sample16(size_t x, size_t y, size_t band);
 Pixels pattern8(size_t width, size_t height, size_t bands);
 /// The upper bytes of the 16-bit pattern.
 Pixels pattern16UpperBytes(size_t width, size_t height, size_t bands);
+/// A byte of each sample of the 16-bit pattern: between both ends in proportion, rounded.
+Pixels pattern16InRange(size_t width, size_t height, size_t bands, double low, double high);
 
 /// Write the pattern; the format follows from the name's ending, options in libvips' form: "[tile,pyramid]".
 void writePattern8(std::string const& path, std::string const& options, size_t width, size_t height, size_t bands);

@@ -9,19 +9,24 @@
 
 namespace {
 
-void requireNoSelection(std::string const& what, ImageSelection const& selection) {
-    if (selection.isEmpty()) return;
-    throw HostError(HostError::Kind::Usage, what +
-                                                " is taken as it is; --page, --bands, --range and --to-srgb choose a "
-                                                "part of an image file: leave them out");
+void requirePlain(std::string const& what, ImageSelection const& selection, DisplayRequest const& display) {
+    if (!selection.isEmpty())
+        throw HostError(HostError::Kind::Usage,
+                        what + " is taken as it is; --page, --bands, --range and --to-srgb choose a part of an image "
+                               "file: leave them out");
+    if (!display.asksForRangeAlone())
+        throw HostError(HostError::Kind::Usage,
+                        what + " is shown as it is; --channel, --z, --t, --curve, --colour-map and --invert are for "
+                               "image files: leave them out");
 }
 
 } // namespace
 
-void imageinput::inspect(std::string const& image, ImageSelection const& selection, Colours colours) {
-    if (image.empty()) return requireNoSelection("the built-in picture", selection);
+void imageinput::inspect(std::string const& image, ImageSelection const& selection, Colours colours,
+                         DisplayRequest const& display) {
+    if (image.empty()) return requirePlain("the built-in picture", selection, display);
     requireRegularFile(image, HostError::Kind::UnreadableImage);
-    if (TileStore::isStore(image)) return requireNoSelection("'" + image + "', a tile store,", selection);
+    if (TileStore::isStore(image)) return requirePlain("'" + image + "', a tile store,", selection, display);
     ImageReader::Options options;
     options.samples = ImageReader::Samples::kAsStored;
     options.selection = selection;

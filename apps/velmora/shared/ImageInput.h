@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/display/DisplayRequest.h"
 #include "host/image/ImageSelection.h"
 
 #include <string>
@@ -15,8 +16,10 @@ enum class Colours {
 
 /// Opens the image, or nothing for the built-in picture, and reports on stderr the conversions that no option asked
 /// for. Throws HostError: missing file, unreadable image (something would be lost that an option could keep), usage
-/// (the selection is impossible, for instance with a store or the built-in picture).
-void inspect(std::string const& image, ImageSelection const& selection, Colours colours);
+/// (the selection is impossible, or more than a range is asked for display, for instance with a store or the built-in
+/// picture).
+void inspect(std::string const& image, ImageSelection const& selection, Colours colours,
+             DisplayRequest const& display = {});
 
 /// Throws HostError (no store) if a store's name is not that of a regular file, before opening a pipe could block.
 void requireStoreFile(std::string const& path);

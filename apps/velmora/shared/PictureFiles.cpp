@@ -15,12 +15,19 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 namespace {
 
 std::string environment(char const* name) {
     char const* const value = std::getenv(name);
     return value == nullptr ? "" : value;
+}
+
+[[noreturn]] void refuseDisplay(std::string const& image, std::string const& reason) {
+    throw HostError(HostError::Kind::Usage,
+                    "'" + image + "' cannot be shown with --channel, --z, --t, --curve, --colour-map or --invert: " +
+                        reason + "; leave them out");
 }
 
 } // namespace
@@ -70,13 +77,23 @@ std::optional<PictureSource> picturefiles::shownAtOnce(std::string const& image,
     PyramidOptions options;
     options.selection = selection;
     options.check = interruption::throwIfNoted;
-    std::shared_ptr<Pyramid const> const pyramid = openPyramid(image, options).pyramid;
-    if (!pyramid) return std::nullopt;
-    bool const asIs = PyramidStages::shows(*pyramid) && (!display || display->isEmpty());
+    PyramidOpening opening = openPyramid(image, options);
+    std::shared_ptr<Pyramid const> const pyramid = std::move(opening.pyramid);
+    bool const hasWishes = display && !display->asksForRangeAlone();
+    if (!pyramid) {
+        if (hasWishes) refuseDisplay(image, opening.reason);
+        return std::nullopt;
+    }
+    ImageFacts const& facts = pyramid->facts().image;
+    bool const isOne = !pyramid->facts().stack.hasPositions();
+    bool const asIs = PyramidStages::shows(*pyramid) && (!display || (display->isEmpty() && isOne));
     // Other colours are converted on the way into a store.
-    bool const isConverted = !pyramid->facts().image.colourSpace.empty() && selection.bands.empty();
+    bool const isConverted = !facts.colourSpace.empty() && selection.bands.empty();
     bool const isRanged = display && !isConverted && !pyramid->facts().isMultiplied;
-    if (!asIs && !isRanged) return std::nullopt;
+    if (!asIs && !isRanged) {
+        if (hasWishes) refuseDisplay(image, "its colours are converted first");
+        return std::nullopt;
+    }
     PictureSource source(pyramid);
     if (!asIs) source.display = display;
     return source;

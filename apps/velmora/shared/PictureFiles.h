@@ -35,7 +35,7 @@ std::string cachedStore(std::string const& image, ImageSelection const& selectio
 
 /// What can be shown of the image without reading all of it first: a store, or the file itself by the levels that it
 /// has. Its samples are shown as they are where they can be and nothing else is asked for; else, if `display` is given,
-/// as it says. Throws HostError: also (usage) if a colour map is asked for that the image cannot have.
+/// as it says. Throws HostError: also (usage) if more than a range is asked for, and the image cannot be shown so.
 std::optional<PictureSource> shownAtOnce(std::string const& image, ImageSelection const& selection,
                                          std::optional<DisplayRequest> const& display = {});
 

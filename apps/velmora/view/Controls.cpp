@@ -48,6 +48,14 @@ Controls::Command commandOf(SDL_Keycode key) {
         return Controls::Command::Gamma;
     case SDLK_c:
         return Controls::Command::Equalise;
+    case SDLK_PAGEDOWN:
+        return Controls::Command::NextSlice;
+    case SDLK_PAGEUP:
+        return Controls::Command::PreviousSlice;
+    case SDLK_PERIOD:
+        return Controls::Command::NextTime;
+    case SDLK_COMMA:
+        return Controls::Command::PreviousTime;
     default:
         return Controls::Command::None;
     }

@@ -11,7 +11,21 @@
 /// Turns mouse, wheel, touch and key events into camera moves and commands. Needs no window.
 class Controls {
 public:
-    enum class Command { None, Quit, Help, Tiles, Mask, Smooth, Sharpen, Gamma, Equalise };
+    enum class Command {
+        None,
+        Quit,
+        Help,
+        Tiles,
+        Mask,
+        Smooth,
+        Sharpen,
+        Gamma,
+        Equalise,
+        NextSlice,
+        PreviousSlice,
+        NextTime,
+        PreviousTime
+    };
 
     /// camera: null where there is nothing to move yet. pixelsPerUnit: of the window, see Window. overlayHasMouse:
     /// the cursor is over something that takes clicks and the wheel itself.

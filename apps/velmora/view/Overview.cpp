@@ -33,6 +33,12 @@ void Overview::display(std::vector<ChannelDisplay> const& channels) {
     if (picture_) picture_->display(channels_);
 }
 
+void Overview::moveTo(StackPosition const& position) {
+    complete_ = false;
+    position_ = position;
+    if (picture_) picture_->moveTo(position);
+}
+
 bool Overview::advance(std::chrono::milliseconds time) {
     if (complete_) return false;
     if (!picture_) open();
@@ -48,6 +54,7 @@ void Overview::open() {
     auto picture = std::make_unique<PictureView>(instance_, source_, options_);
     picture->enhance(steps_);
     if (!channels_.empty()) picture->display(channels_);
+    if (position_) picture->moveTo(*position_);
     Camera const whole(picture->info(), {kMaxSide, kMaxSide});
     View view = whole.view();
     view.x = 0;

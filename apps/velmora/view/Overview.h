@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <vector>
 
 /// The whole picture, small, with the enhancements and channels of the large one. Its view is its own, on the same
@@ -22,6 +23,8 @@ public:
     void enhance(std::vector<enhancement::Step> const& steps);
     /// Shows the channels otherwise from now on, as PictureView::display().
     void display(std::vector<ChannelDisplay> const& channels);
+    /// Shows another slice or time from now on, as PictureView::moveTo().
+    void moveTo(StackPosition const& position);
     /// Loads and draws what is missing, for about so long. Whether the texture has changed.
     bool advance(std::chrono::milliseconds time);
     /// Whether the texture has the enhancements and channels.
@@ -38,7 +41,8 @@ private:
     PictureSource source_;
     PictureView::Options options_;
     std::vector<enhancement::Step> steps_;
-    std::vector<ChannelDisplay> channels_; // none: as they open
+    std::vector<ChannelDisplay> channels_;  // none: as they open
+    std::optional<StackPosition> position_; // empty: as it opens
     std::unique_ptr<PictureView> picture_;
     OverlayTexture texture_;
     bool complete_ = false;

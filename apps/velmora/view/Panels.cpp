@@ -38,6 +38,8 @@ constexpr auto kHelp = "drag, arrows     move\n"
                        "s                sharpen\n"
                        "g                gamma\n"
                        "c                equalise (CLAHE)\n"
+                       "Page Up, Down    the slice or page before, after\n"
+                       ", .              the time before, after\n"
                        "d                tiles of the level\n"
                        "m                where the store has detail\n"
                        "?                this help\n"
@@ -222,6 +224,40 @@ bool editColourMap(ChannelDisplay& channel) {
     return changed;
 }
 
+// A slider whose numbers begin with `first`. Whether the index has changed.
+bool editIndex(char const* label, size_t& index, size_t extent, int first) {
+    if (extent <= 1) return false;
+    auto shown = static_cast<int>(index) + first;
+    int const last = static_cast<int>(extent) - 1 + first;
+    std::string const format = "%d / " + std::to_string(last);
+    if (!ImGui::SliderInt(label, &shown, first, last, format.c_str(), ImGuiSliderFlags_AlwaysClamp)) return false;
+    index = static_cast<size_t>(shown - first);
+    return true;
+}
+
+// Pages are counted from 1, as --page does, slices and times from 0, as microscopes do.
+void editPosition(panels::Model const& model, panels::UserEdits& edits) {
+    StackPosition position = model.position;
+    int const first = model.stack.sliceNoun == "page" ? 1 : 0;
+    bool moved = editIndex(model.stack.sliceNoun.c_str(), position.slice, model.stack.slices, first);
+    moved |= editIndex("t", position.time, model.stack.times, 0);
+    if (moved) edits.position = position;
+}
+
+// Shows one channel of colour alone; all of them, if it is alone already.
+void showAlone(std::vector<ChannelDisplay>& channels, ChannelDisplay const& one) {
+    auto const isOther = [&](ChannelDisplay const& channel) {
+        return channel.role == ChannelTable::Role::Added && channel.band != one.band;
+    };
+    bool const isAlone = one.isOn && std::none_of(channels.begin(), channels.end(), [&](ChannelDisplay const& channel) {
+                             return isOther(channel) && channel.isOn;
+                         });
+    for (ChannelDisplay& channel : channels)
+        if (isOther(channel)) channel.isOn = isAlone;
+    for (ChannelDisplay& channel : channels)
+        if (channel.band == one.band) channel.isOn = true;
+}
+
 bool editChannel(ChannelDisplay& channel, bool isAlone) {
     if (isAlone) {
         bool changed = editRange(channel.tone);
@@ -238,7 +274,7 @@ bool editChannel(ChannelDisplay& channel, bool isAlone) {
     changed |= editColour(channel);
     ImGui::SameLine();
     // Folded: a picture may have many.
-    if (!ImGui::TreeNode(channel.name.c_str())) return changed;
+    if (!ImGui::TreeNode("channel", "%s", channel.name.c_str())) return changed;
     changed |= editRange(channel.tone);
     changed |= editCurve(channel.tone);
     ImGui::TreePop();
@@ -260,12 +296,20 @@ void drawChannels(panels::Model const& model, panels::UserEdits& edits) {
         return channel.role == ChannelTable::Role::Added;
     });
     bool changed = false;
+    std::optional<ChannelDisplay> alone;
+    editPosition(model, edits);
     for (ChannelDisplay& channel : channels) {
+        bool const isColour = channel.role == ChannelTable::Role::Added;
         ImGui::PushID(static_cast<int>(channel.band));
-        bool const isAlone = colours == 1 && channel.role == ChannelTable::Role::Added;
-        changed |= editChannel(channel, isAlone);
+        if (isColour && colours > 1) {
+            if (ImGui::SmallButton("solo")) alone = channel;
+            ImGui::SameLine();
+        }
+        changed |= editChannel(channel, isColour && colours == 1);
         ImGui::PopID();
     }
+    if (alone) showAlone(channels, *alone);
+    changed |= alone.has_value();
     ImGui::PopItemWidth();
     ImGui::End();
     if (changed) edits.channels = std::move(channels);

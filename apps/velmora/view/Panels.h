@@ -35,6 +35,8 @@ struct Model {
     std::optional<enhancement::Gamma> tone; ///< of pictures of 16 bits
     bool toneOn = false;
     std::vector<ChannelDisplay> const* channels = nullptr; ///< that can be set; empty: none
+    ImageStack stack;                                      ///< in which the picture can be moved
+    StackPosition position;
 };
 
 /// What the user did in the panels.
@@ -44,6 +46,7 @@ struct UserEdits {
     bool automaticTone = false;
     std::optional<std::vector<ChannelDisplay>> channels;
     bool automaticRanges = false; ///< of all channels
+    std::optional<StackPosition> position;
 };
 
 UserEdits draw(Model const& model);

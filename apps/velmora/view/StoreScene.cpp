@@ -62,6 +62,14 @@ Redraw StoreScene::command(Controls::Command command) {
     case Controls::Command::Gamma:
     case Controls::Command::Equalise:
         return toggleStep(command);
+    case Controls::Command::NextSlice:
+        return moveBy(1, 0);
+    case Controls::Command::PreviousSlice:
+        return moveBy(-1, 0);
+    case Controls::Command::NextTime:
+        return moveBy(0, 1);
+    case Controls::Command::PreviousTime:
+        return moveBy(0, -1);
     case Controls::Command::None:
     case Controls::Command::Quit:
         return Redraw::Nothing;
@@ -114,6 +122,26 @@ void StoreScene::setChannels(std::vector<ChannelDisplay> const& channels) {
     picture_.display(channels);
     overview_.display(channels);
     // What is on the GPU is shown at once.
+    picture_.advance(kTurn);
+}
+
+// Not beyond the ends.
+Redraw StoreScene::moveBy(int slices, int times) {
+    ImageStack const stack = picture_.stack();
+    auto const moved = [](size_t from, int by, size_t extent) {
+        auto const to = static_cast<std::int64_t>(from) + by;
+        return static_cast<size_t>(std::clamp<std::int64_t>(to, 0, static_cast<std::int64_t>(extent) - 1));
+    };
+    StackPosition const before = picture_.position();
+    StackPosition const now = {moved(before.slice, slices, stack.slices), moved(before.time, times, stack.times)};
+    if (now == before) return Redraw::Nothing;
+    moveTo(now);
+    return Redraw::Picture;
+}
+
+void StoreScene::moveTo(StackPosition const& position) {
+    picture_.moveTo(position);
+    overview_.moveTo(position);
     picture_.advance(kTurn);
 }
 
@@ -206,6 +234,8 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     if (isDeep()) model.tone = switches_.last<enhancement::Gamma>().value_or(kDeepGamma);
     model.toneOn = switches_.on<enhancement::Gamma>();
     model.channels = &picture_.channels();
+    model.stack = picture_.stack();
+    model.position = picture_.position();
 
     if (toggles_.mask && !maskIsMissing()) panels::drawMask(mask_);
     if (toggles_.tiles) panels::drawTiles(camera_);
@@ -215,7 +245,9 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     if (edits.automaticTone) setAutomaticTone();
     if (edits.automaticRanges) setChannels(picture_.automaticChannels());
     if (edits.channels) setChannels(*edits.channels);
-    if (edits.tone || edits.automaticTone || edits.automaticRanges || edits.channels) return Redraw::Picture;
+    if (edits.position) moveTo(*edits.position);
+    bool const isOther = edits.tone || edits.automaticTone || edits.automaticRanges || edits.channels || edits.position;
+    if (isOther) return Redraw::Picture;
     return edits.lookAt ? Redraw::Overlay : Redraw::Nothing;
 }
 

@@ -58,6 +58,8 @@ private:
     void setTone(enhancement::Gamma const& tone);
     void setAutomaticTone();
     void setChannels(std::vector<ChannelDisplay> const& channels);
+    Redraw moveBy(int slices, int times);
+    void moveTo(StackPosition const& position);
     bool isDeep() const { return picture_.info().bits == 16; }
     View wantedView() const;
     bool maskIsMissing() const { return toggles_.mask && maskView_ != picture_.view(); }

@@ -40,10 +40,11 @@ protected:
         EXPECT_EQ(folder_.names(), before);
     }
 
-    // What the viewer shows and the others would change: they refuse it, it fails for want of a window.
-    void expectRefusedButByView(std::string const& image, std::string const& line) const {
+    // What is shown as it is, and a store or a filter would change: those are refused, the viewer fails for want of a
+    // window.
+    void expectShownAlone(std::string const& image, std::string const& line) const {
         expectFailure({"import", image, path("new.vlm")}, 4, line);
-        expectFailure({"render", image, "-o", path("new.png")}, 4, line);
+        expectFailure({"render", image, "-o", path("new.png"), "--sharpen", "1"}, 4, line);
         auto const result = runVelmora({"view", image}, {{"XDG_CACHE_HOME", path("cache")}});
         EXPECT_EQ(result.exitCode, 13) << result.err;
         EXPECT_EQ(result.err.rfind("velmora: no display", 0), 0u) << result.err;
@@ -124,11 +125,11 @@ protected:
 
 TEST_F(ProgramImageTest, OtherSamplesThanTheStoresAreTakenByRange) {
     std::string const image = tiff({floats()});
-    expectRefusedButByView(
-        image, "'" + image +
-                   "' holds 32-bit float samples from -3.5 to 124172; unsigned samples of 8 or 16 bits are kept: "
-                   "choose --range "
-                   "LO,HI or --range auto");
+    expectShownAlone(image,
+                     "'" + image +
+                         "' holds 32-bit float samples from -3.5 to 124172; unsigned samples of 8 or 16 bits are kept: "
+                         "choose --range "
+                         "LO,HI or --range auto");
     filesamples::Samples const own = filesamples::read(image);
     std::string const all = "samples -3.5 to 124172 of 32-bit float as 0 to 65535";
     std::string const said = import(image, {"--range", "auto"});
@@ -157,7 +158,7 @@ TEST_F(ProgramImageTest, WhatARangeDoesNotKeepIsCountedAndTold) {
 
 TEST_F(ProgramImageTest, OneOfSeveralPagesIsTaken) {
     std::string const image = tiff({grey(1), grey(100), grey(200)});
-    expectRefused(image, {}, 4, "'" + image + "' holds 3 pages; one of them is taken: choose --page N (1 to 3)");
+    expectShownAlone(image, "'" + image + "' holds 3 pages; one of them is taken: choose --page N (1 to 3)");
     expectRefused(image, {"--page", "4"}, 2, "'" + image + "' holds 3 pages; --page is 1 to 3");
     std::string const said = import(image, {"--page", "2"});
     EXPECT_NE(said.find("of a.tif (page 2 of 3) in"), std::string::npos) << said;
@@ -171,10 +172,10 @@ TEST_F(ProgramImageTest, BandsAreTakenByTheirNumbers) {
     Directory five = directory(4, 3, 5, samples);
     five.extraSamples = {0, 0};
     std::string const image = tiff({five});
-    expectRefusedButByView(image,
-                           "'" + image +
-                               "' holds 5 bands, RGB and 2 others; grey or RGB is taken, with alpha or without: choose "
-                               "--bands I or I,J,K (1 to 5)");
+    expectShownAlone(image,
+                     "'" + image +
+                         "' holds 5 bands, RGB and 2 others; grey or RGB is taken, with alpha or without: choose "
+                         "--bands I or I,J,K (1 to 5)");
     expectRefused(image, {"--bands", "3,6,1"}, 2, "'" + image + "' has no band 6; --bands are 1 to 5");
     for (auto const& [text, bands, said] : std::vector<std::tuple<std::string, std::vector<size_t>, std::string>>{
              {"5", {5}, "band 5 of 5"},
@@ -192,10 +193,9 @@ TEST_F(ProgramImageTest, FourBandsWithoutAlphaAreNotTakenForIt) {
     Directory four = directory(4, 3, 4, samples);
     four.extraSamples = {0};
     std::string const image = tiff({four});
-    expectRefusedButByView(image,
-                           "'" + image +
-                               "' holds 4 bands, RGB and 1 other; grey or RGB is taken, with alpha or without: choose "
-                               "--bands I or I,J,K (1 to 4)");
+    expectShownAlone(image, "'" + image +
+                                "' holds 4 bands, RGB and 1 other; grey or RGB is taken, with alpha or without: choose "
+                                "--bands I or I,J,K (1 to 4)");
     four.extraSamples = {2};
     import(tiff({four}), {});
     expectTaken("", 0, 0);

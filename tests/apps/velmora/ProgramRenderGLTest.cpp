@@ -215,18 +215,19 @@ TEST_F(ProgramRenderGLTest, AnImageAtAnyZoomShowsItsNearestPixels) {
     EXPECT_EQ(large.samples[(89 * 120 + 119) * 3], whole.samples[(79 * kWidth + 139) * whole.bands]);
 }
 
-TEST_F(ProgramRenderGLTest, AnImageOfSixteenBitsAtAnyZoomIsDrawnFromAStoreThatIsKept) {
+TEST_F(ProgramRenderGLTest, FiltersOfSixteenBitsAtAnyZoomLookAtAStoreThatIsKept) {
     std::string const file = folder_.path("a.png");
     std::string const view = folder_.path("view.png");
     Process::Environment const cache = {{"XDG_CACHE_HOME", folder_.path("cache")}};
     testimages::writePattern16(file, "", kWidth, kHeight, 3);
-    ASSERT_EQ(runVelmora({"render", file, "-o", view, "--zoom", "0.71"}, cache).exitCode, 0);
+    ASSERT_EQ(runVelmora({"render", file, "-o", view, "--zoom", "0.71", "--srgb"}, cache).exitCode, 0);
     auto const stores = std::filesystem::directory_iterator(folder_.path("cache/velmora"));
     std::string const store = begin(stores)->path().string();
-    ASSERT_EQ(runVelmora({"render", store, "-o", folder_.path("again.png"), "--zoom", "0.71"}).exitCode, 0);
+    ASSERT_EQ(runVelmora({"render", store, "-o", folder_.path("again.png"), "--zoom", "0.71", "--srgb"}).exitCode, 0);
     EXPECT_EQ(readFile(folder_.path("again.png")), readFile(view));
     std::filesystem::create_hard_link(store, folder_.path("same.vlm"));
-    ASSERT_EQ(runVelmora({"render", file, "-o", view, "--force", "--zoom", "3", "-r", "100,50,40,30"}, cache).exitCode,
+    ASSERT_EQ(runVelmora({"render", file, "-o", view, "--force", "--zoom", "3", "-r", "100,50,40,30", "--srgb"}, cache)
+                  .exitCode,
               0);
     EXPECT_TRUE(std::filesystem::equivalent(store, folder_.path("same.vlm"))) << "it is not made again";
 }
@@ -317,10 +318,10 @@ TEST_F(ProgramRenderDeepGLTest, ATiffKeepsSixteenBits) {
     EXPECT_EQ(testimages::read16ByVips(folder_.path("small.tif")).size(), 151u * 104 * 3);
 }
 
-TEST_F(ProgramRenderDeepGLTest, EightBitsAreTheUpperOnesAndTheClosingLineSaysSo) {
+TEST_F(ProgramRenderDeepGLTest, EightBitsOfAStoreAreTheUpperOnesAndTheClosingLineSaysSo) {
     auto const upper = testimages::pattern16UpperBytes(301, 207, 3);
-    std::vector<std::pair<std::vector<std::string>, std::string>> const runs = {
-        {{file_, "--bits", "8"}, "a.tif"}, {{store_, "--bits", "8"}, "a.tif"}, {{file_}, "b.png"}, {{store_}, "b.png"}};
+    std::vector<std::pair<std::vector<std::string>, std::string>> const runs = {{{store_, "--bits", "8"}, "a.tif"},
+                                                                                {{store_}, "b.png"}};
     for (auto const& [arguments, name] : runs) {
         std::string const words = rendered(arguments, name);
         EXPECT_TRUE(contains(words, " 8 bits per sample")) << words;
@@ -331,6 +332,24 @@ TEST_F(ProgramRenderDeepGLTest, EightBitsAreTheUpperOnesAndTheClosingLineSaysSo)
         EXPECT_TRUE(contains(rendered({picture, "--srgb"}, "c.tif"), " 8 bits per sample"));
         EXPECT_TRUE(contains(rendered({picture, "--zoom", "0.5", "--smooth"}, "d.tif"), " 8 bits per sample"));
     }
+}
+
+TEST_F(ProgramRenderDeepGLTest, EightBitsOfAFileAreThoseOfARange) {
+    auto const expected = testimages::pattern16InRange(301, 207, 3, 1000.5, 50000);
+    std::vector<std::pair<std::vector<std::string>, std::string>> const runs = {
+        {{file_, "--range", "1000.5,50000", "--bits", "8"}, "a.tif"}, {{file_, "--range", "1000.5,50000"}, "b.png"}};
+    for (auto const& [arguments, name] : runs) {
+        std::string const words = rendered(arguments, name);
+        EXPECT_TRUE(contains(words, " 8 bits per sample")) << words;
+        EXPECT_THROW(testimages::read16ByVips(folder_.path(name)), std::runtime_error);
+        EXPECT_EQ(testimages::difference(testimages::readByVips(folder_.path(name)), expected), "");
+    }
+    // Samples that are seldom are left out.
+    rendered({file_}, "c.png");
+    auto const automatic = testimages::readByVips(folder_.path("c.png"));
+    rendered({file_, "--range", "auto"}, "d.png");
+    EXPECT_EQ(testimages::difference(testimages::readByVips(folder_.path("d.png")), automatic), "");
+    EXPECT_NE(testimages::difference(automatic, testimages::pattern16InRange(301, 207, 3, 0, 65535)), "");
 }
 
 TEST_F(ProgramRenderDeepGLTest, APngHasSixteenBitsWhereTheyAreAskedFor) {

@@ -162,6 +162,10 @@ TEST_F(ControlsTest, KeysGiveCommands) {
     EXPECT_EQ(handle(key(SDLK_s)), Command::Sharpen);
     EXPECT_EQ(handle(key(SDLK_g)), Command::Gamma);
     EXPECT_EQ(handle(key(SDLK_c)), Command::Equalise);
+    EXPECT_EQ(handle(key(SDLK_PAGEDOWN)), Command::NextSlice);
+    EXPECT_EQ(handle(key(SDLK_PAGEUP)), Command::PreviousSlice);
+    EXPECT_EQ(handle(key(SDLK_PERIOD)), Command::NextTime);
+    EXPECT_EQ(handle(key(SDLK_COMMA)), Command::PreviousTime);
     EXPECT_EQ(handle(key(SDLK_x)), Command::None);
     EXPECT_EQ(handle(key(SDLK_q, KMOD_LCTRL)), Command::None);
     SDL_Event quit{};

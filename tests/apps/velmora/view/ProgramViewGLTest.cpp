@@ -8,6 +8,7 @@
 #include "host/store/Sqlite.h"
 #include "host/store/TileStore.h"
 #include "tests/apps/velmora/Restricted.h"
+#include "tests/host/image/TestTiff.h"
 #include "tests/host/store/HostileStores.h"
 #include "tests/support/LongRun.h"
 
@@ -247,30 +248,24 @@ TEST_F(ProgramViewGLTest, AnImageOfEightBitsIsShownFromItsFile) {
 }
 
 TEST_F(ProgramViewGLTest, WhatAWindowShowsOfAFileIsWhatRenderDraws) {
-    testimages::writePattern8(path("a.tif"), "[tile,pyramid,tile_width=128,tile_height=128]", 1700, 1300, 3);
-    for (std::string const zoom : {"0.4", "0.2", "2"}) {
-        auto const drawn = runVelmora({"render", path("a.tif"), "-o", path("whole.png"), "--force", "--zoom", zoom});
+    std::string const tiles = "[tile,pyramid,tile_width=128,tile_height=128]";
+    testimages::writePattern8(path("8.tif"), tiles, 1700, 1300, 3);
+    testimages::writePattern16(path("16.tif"), tiles, 1700, 1300, 3);
+    std::vector<std::pair<std::string, std::string>> const runs = {
+        {"8.tif", "0.4"}, {"8.tif", "0.2"}, {"8.tif", "2"}, {"16.tif", "0.2"}, {"16.tif", "1"}};
+    for (auto const& [name, zoom] : runs) {
+        SCOPED_TRACE(name + " at " + zoom);
+        auto const drawn = runVelmora({"render", path(name), "-o", path("whole.png"), "--force", "--zoom", zoom});
         ASSERT_EQ(drawn.exitCode, 0) << drawn.err;
         auto const whole = testimages::readByVips(path("whole.png"));
         // As large as what is drawn: all of it.
         size_t const width = std::min<size_t>(whole.width, 600);
         size_t const height = std::min<size_t>(whole.height, 400);
-        auto const window = shown({path("a.tif"), "--bare", "--size",
-                                   std::to_string(width) + "x" + std::to_string(height), "--at", "850,650," + zoom});
+        auto const window = shown({path(name), "--bare", "--size", std::to_string(width) + "x" + std::to_string(height),
+                                   "--at", "850,650," + zoom});
         expectPixels(window,
                      testimages::crop(whole, (whole.width - width) / 2, (whole.height - height) / 2, width, height));
     }
-}
-
-// A byte of each sample of the pattern: between both ends in proportion, rounded.
-testimages::Pixels patternInRange(size_t width, size_t height, size_t bands, double low, double high) {
-    testimages::Pixels pixels = testimages::pattern16UpperBytes(width, height, bands);
-    std::vector<std::uint16_t> const samples = testimages::pattern16(width, height, bands);
-    for (size_t i = 0; i < samples.size(); ++i) {
-        double const share = (samples[i] - low) / (high - low);
-        pixels.samples[i] = static_cast<std::uint8_t>(std::floor(255 * std::min(std::max(share, 0.0), 1.0) + 0.5));
-    }
-    return pixels;
 }
 
 TEST_F(ProgramViewGLTest, AnImageOfSixteenBitsIsShownInARangeAtOnce) {
@@ -282,11 +277,12 @@ TEST_F(ProgramViewGLTest, AnImageOfSixteenBitsIsShownInARangeAtOnce) {
         return all;
     };
     auto const part = [](testimages::Pixels const& whole) { return testimages::crop(whole, 100, 100, 200, 100); };
-    expectPixels(shown(with({"--range", "0,65535"})), part(patternInRange(400, 300, 3, 0, 65535)));
-    expectPixels(shown(with({"--range", "1000.5,20000"})), part(patternInRange(400, 300, 3, 1000.5, 20000)));
+    expectPixels(shown(with({"--range", "0,65535"})), part(testimages::pattern16InRange(400, 300, 3, 0, 65535)));
+    expectPixels(shown(with({"--range", "1000.5,20000"})),
+                 part(testimages::pattern16InRange(400, 300, 3, 1000.5, 20000)));
     // Samples that are seldom are left out.
     auto const automatic = shown(arguments);
-    EXPECT_NE(testimages::difference(automatic, part(patternInRange(400, 300, 3, 0, 65535))), "");
+    EXPECT_NE(testimages::difference(automatic, part(testimages::pattern16InRange(400, 300, 3, 0, 65535))), "");
     expectPixels(shown(with({"--range", "auto"})), automatic);
     EXPECT_EQ(cached(), std::vector<std::string>());
 }
@@ -300,7 +296,7 @@ TEST_F(ProgramViewGLTest, OneChannelHasCurvesAndColourMaps) {
         all.insert(all.end(), more.begin(), more.end());
         return all;
     };
-    auto const grey = patternInRange(400, 300, 1, 0, 65535);
+    auto const grey = testimages::pattern16InRange(400, 300, 1, 0, 65535);
     auto const mapped = [&](auto const& colourOf) {
         testimages::Pixels pixels{400, 300, 3, {}};
         for (std::uint8_t const byte : grey.samples)
@@ -325,8 +321,130 @@ TEST_F(ProgramViewGLTest, OneChannelHasCurvesAndColourMaps) {
     EXPECT_GT(brighter, bent.samples.size() / 2);
     testimages::writePattern16(path("b.png"), "", 400, 300, 3);
     auto const refused = view({path("b.png"), "--bare", "--colour-map", "magma", "--screenshot", path("none.png")});
-    expectFailure(refused, 2, {"a colour map is for one channel", "3", "--bands"});
+    expectFailure(refused, 2, {"a colour map is for one channel", "3", "--channel", "--bands"});
     EXPECT_FALSE(std::filesystem::exists(path("none.png")));
+}
+
+namespace {
+
+// Two channels of two slices, 16 bits.
+class ProgramStackGLTest : public ProgramViewGLTest {
+protected:
+    static constexpr size_t kWidth = 120;
+    static constexpr size_t kHeight = 100;
+    static constexpr size_t kChannels = 2;
+
+    ProgramStackGLTest() {
+        std::vector<testtiff::Directory> pages;
+        for (unsigned page = 0; page < 4; ++page) {
+            std::vector<std::uint16_t> samples;
+            for (unsigned i = 0; i < kWidth * kHeight; ++i)
+                samples.push_back(static_cast<std::uint16_t>((i * 7919 + page * 4111) % 5000));
+            pages_.push_back(samples);
+            pages.push_back(testtiff::directory<std::uint16_t>(kWidth, kHeight, 1, samples));
+        }
+        pages.front().description =
+            R"(<OME><Image><Pixels SizeC="2" SizeZ="2" DimensionOrder="XYCZT"><Channel/><Channel/></Pixels></Image>)"
+            "</OME>";
+        testtiff::write(file_, pages);
+    }
+
+    // A channel of a slice in the range 1000 to 4000, in proportion to the colour.
+    static testimages::Pixels coloured(std::vector<std::uint16_t> const& samples, std::array<int, 3> const& colour) {
+        testimages::Pixels pixels{kWidth, kHeight, 3, {}};
+        for (std::uint16_t const sample : samples) {
+            double const share = std::min(std::max((sample - 1000) / 3000.0, 0.0), 1.0);
+            int const byte = static_cast<int>(std::floor(255 * share + 0.5));
+            for (int const full : colour)
+                pixels.samples.push_back(static_cast<std::uint8_t>((2 * full * byte + 255) / 510));
+        }
+        return pixels;
+    }
+
+    std::vector<std::string> window(std::vector<std::string> const& more) const {
+        std::vector<std::string> all{file_, "--bare", "--size", "120x100", "--at", "60,50,1"};
+        all.insert(all.end(), more.begin(), more.end());
+        return all;
+    }
+
+    testimages::Pixels rendered(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), {"render", file_, "-o", path("drawn.png"), "--force"});
+        auto const result = runVelmora(arguments, environment());
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return testimages::readByVips(path("drawn.png"));
+    }
+
+    std::string file_ = path("stack.ome.tif");
+    std::vector<std::vector<std::uint16_t>> pages_;
+};
+
+} // namespace
+
+TEST_F(ProgramStackGLTest, ChannelsAndSlicesAreThoseOfRender) {
+    std::vector<std::string> const chosen{"--channel", "1:FF8040:1000,4000", "--z", "1"};
+    auto const expected = coloured(pages_[3], {255, 128, 64});
+    expectPixels(shown(window(chosen)), expected);
+    expectPixels(rendered(chosen), expected);
+    expectPixels(shown(window({})), rendered({}));
+    expectPixels(shown(window({"--z", "1"})), rendered({"--z", "1"}));
+    EXPECT_NE(testimages::difference(rendered({"--z", "1"}), rendered({})), "");
+    EXPECT_EQ(cached(), std::vector<std::string>());
+}
+
+TEST_F(ProgramStackGLTest, TheClosingLineSaysWhatIsDrawn) {
+    auto const said = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"render", file_, "-o", path("drawn.png"), "--force"});
+        return runVelmora(arguments, environment()).out;
+    };
+    auto const expectWords = [](std::string const& line, std::string const& words) {
+        EXPECT_NE(line.find("(120 x 100, 2 bands of 16-bit unsigned, TIFF, " + words + "), 8 bits per sample"),
+                  std::string::npos)
+            << line;
+    };
+    expectWords(said({}), "z 0 of 0 to 1, each in a range of its own");
+    expectWords(said({"--z", "1", "--channel", "1:1000,4000"}),
+                "z 1 of 0 to 1, 1 of 2 channels, samples from 1000 to 4000");
+    expectWords(said({"--range", "0,99.5"}), "z 0 of 0 to 1, samples from 0 to 99.5");
+}
+
+TEST_F(ProgramStackGLTest, KeysMoveThroughSlices) {
+    std::vector<std::string> const chosen{"--channel", "0:FFFFFF:1000,4000"};
+    auto const first = coloured(pages_[0], {255, 255, 255});
+    auto const second = coloured(pages_[2], {255, 255, 255});
+    expectPixels(after("wait\nkey PageDown\n", window(chosen)), second);
+    expectPixels(after("wait\nkey PageDown\nkey PageDown\n", window(chosen)), second);
+    expectPixels(after("wait\nkey PageDown\nkey PageUp\nkey PageUp\nkey .\nkey ,\n", window(chosen)), first);
+}
+
+TEST_F(ProgramStackGLTest, APageIsAPictureOfItsOwn) {
+    expectPixels(rendered({"--page", "3", "--range", "1000,4000"}), [&] {
+        auto grey = coloured(pages_[2], {255, 255, 255});
+        testimages::Pixels one{kWidth, kHeight, 1, {}};
+        for (size_t i = 0; i < grey.samples.size(); i += 3)
+            one.samples.push_back(grey.samples[i]);
+        return one;
+    }());
+    expectFailure(view({file_, "--page", "3", "--z", "1", "--screenshot", path("none.png")}), 2,
+                  {"--z is 0: the picture has no others"});
+}
+
+TEST_F(ProgramStackGLTest, WhatThePictureLacksIsRefused) {
+    auto const refused = [&](std::vector<std::string> arguments, std::vector<std::string> const& words) {
+        arguments.insert(arguments.end(), {"--screenshot", path("none.png")});
+        expectFailure(view(arguments), 2, words);
+    };
+    refused({file_, "--z", "2"}, {"--z is 0 to 1"});
+    refused({file_, "--t", "1"}, {"--t is 0"});
+    refused({file_, "--channel", "2"}, {"no channel 2", "0 to 1"});
+    refused({file_, "--channel", "x"}, {"--channel", "is no channel"});
+    refused({file_, "--z", "-1"}, {"--z"});
+    refused({makeStore("a.vlm", 40, 30), "--channel", "0"}, {"a tile store", "--channel", "leave them out"});
+    refused({"--curve", "log"}, {"the built-in picture", "--curve"});
+    EXPECT_FALSE(std::filesystem::exists(path("none.png")));
+    auto const drawn =
+        runVelmora({"render", file_, "-o", path("none.tif"), "--bits", "16", "--channel", "0"}, environment());
+    expectFailure(drawn, 2, {"--bits 16 keeps samples", "--channel"});
 }
 
 // Filters look at the samples themselves.

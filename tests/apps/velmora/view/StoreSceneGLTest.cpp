@@ -43,7 +43,8 @@ TEST_F(StoreSceneGLTest, CommandsSayWhatIsToBeDrawnAnew) {
         EXPECT_EQ(scene_->command(command), Redraw::Overlay);
     for (Command const command : {Command::Sharpen, Command::Gamma, Command::Equalise, Command::Smooth})
         EXPECT_EQ(scene_->command(command), Redraw::Picture);
-    for (Command const command : {Command::None, Command::Quit})
+    for (Command const command : {Command::None, Command::Quit, Command::NextSlice, Command::PreviousSlice,
+                                  Command::NextTime, Command::PreviousTime}) // there is one of each
         EXPECT_EQ(scene_->command(command), Redraw::Nothing);
 }
 
