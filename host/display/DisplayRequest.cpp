@@ -24,16 +24,22 @@ std::vector<ChannelDisplay*> coloursOf(std::vector<ChannelDisplay>& channels) {
     return colours;
 }
 
-// Of samples of some bands, without nodata; that of the type if none counts.
-SampleRange automaticRange(ImageFacts const& facts, std::vector<std::uint8_t> const& samples,
-                           std::vector<size_t> const& bands) {
+// Of some bands, without nodata.
+std::vector<double> numbersOf(ImageFacts const& facts, std::vector<std::uint8_t> const& samples,
+                              std::vector<size_t> const& bands) {
     SampleFormat const& layout = facts.layout;
     std::vector<double> numbers;
     samplerange::toNumbers(samples.data(), layout, bands, samples.size() / layout.pixelBytes(), numbers);
     auto const nodata = facts.nodata ? nodatasample::valueOf(*facts.nodata, layout.type) : std::nullopt;
     if (nodata) numbers.erase(std::remove(numbers.begin(), numbers.end(), *nodata), numbers.end());
-    if (auto const range = automaticrange::of(std::move(numbers))) return *range;
-    Tone const whole = channeldisplay::wholeRange(layout.type);
+    return numbers;
+}
+
+// Of samples of some bands; that of the type if none counts.
+SampleRange automaticRange(ImageFacts const& facts, std::vector<std::uint8_t> const& samples,
+                           std::vector<size_t> const& bands) {
+    if (auto const range = automaticrange::of(numbersOf(facts, samples, bands))) return *range;
+    Tone const whole = channeldisplay::wholeRange(facts.layout.type);
     return {whole.low, whole.high};
 }
 
@@ -139,4 +145,12 @@ std::vector<ChannelDisplay> displayrequest::channelsFor(DisplayRequest const& re
     }
     setOwnRanges(colours, request, facts, samples);
     return channels;
+}
+
+std::vector<Histogram> displayrequest::histogramsOf(std::vector<ChannelDisplay> const& channels,
+                                                    ImageFacts const& facts, std::vector<std::uint8_t> const& samples) {
+    std::vector<Histogram> histograms;
+    for (ChannelDisplay const& channel : channels)
+        histograms.push_back(Histogram::of(numbersOf(facts, samples, {channel.band})));
+    return histograms;
 }

@@ -2,6 +2,7 @@
 
 #include "host/display/ChannelDisplay.h"
 #include "host/display/ColourMap.h"
+#include "host/display/Histogram.h"
 #include "host/display/Tone.h"
 #include "host/image/SampleRange.h"
 
@@ -47,5 +48,9 @@ ChannelRequest parseChannel(std::string const& text);
 /// that is asked for, and if a colour map is for several.
 std::vector<ChannelDisplay> channelsFor(DisplayRequest const& request, ImageFacts const& facts,
                                         std::vector<std::uint8_t> const& samples);
+
+/// How often the samples of each of the channels occur.
+std::vector<Histogram> histogramsOf(std::vector<ChannelDisplay> const& channels, ImageFacts const& facts,
+                                    std::vector<std::uint8_t> const& samples);
 
 } // namespace displayrequest

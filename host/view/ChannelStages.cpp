@@ -109,6 +109,7 @@ struct ChannelStages::Opened {
     StackPosition position;
     std::vector<ChannelDisplay> channels;
     std::vector<Tone> automatic;
+    std::vector<Histogram> histograms;
     std::shared_ptr<CurrentCoding> coding;
 
     Opened(Pyramid const& pyramid, DisplayRequest const& request)
@@ -117,6 +118,7 @@ struct ChannelStages::Opened {
         position = request.position;
         auto const samples = coarsestSamples(pyramid, info.levels, position);
         channels = displayrequest::channelsFor(request, facts, samples);
+        histograms = displayrequest::histogramsOf(channels, facts, samples);
         DisplayRequest plain;
         plain.automaticRange = true;
         for (ChannelDisplay const& channel : displayrequest::channelsFor(plain, facts, samples))
@@ -141,6 +143,7 @@ ChannelStages::ChannelStages(std::shared_ptr<RenderBackendInstance> const& insta
       position_(opened.position),
       coding_(std::move(opened.coding)),
       automatic_(std::move(opened.automatic)),
+      histograms_(std::move(opened.histograms)),
       mixed_(static_cast<MixedTiles&>(tiles())) {
     show(opened.channels, opened.position);
 }

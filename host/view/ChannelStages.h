@@ -30,6 +30,7 @@ public:
 
     std::vector<ChannelDisplay> const& channels() const override { return channels_; }
     std::vector<ChannelDisplay> automaticChannels() const override;
+    std::vector<Histogram> const& histograms() const override { return histograms_; }
     bool display(std::vector<ChannelDisplay> const& channels) override { return show(channels, position_); }
 
     ImageStack stack() const override { return stack_; }
@@ -59,6 +60,7 @@ private:
     StackPosition position_;
     std::shared_ptr<CurrentCoding> coding_;
     std::vector<Tone> automatic_; // of all channels
+    std::vector<Histogram> histograms_;
     std::vector<ChannelDisplay> channels_;
     std::vector<ChannelDisplay> shown_; // those that are on, in the order of their codes
     MixedTiles::Tables tables_;         // theirs

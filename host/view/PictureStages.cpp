@@ -7,6 +7,11 @@ std::vector<ChannelDisplay> const& PictureStages::channels() const {
     return none;
 }
 
+std::vector<Histogram> const& PictureStages::histograms() const {
+    static std::vector<Histogram> const none;
+    return none;
+}
+
 bool PictureStages::display(std::vector<ChannelDisplay> const& /*channels*/) {
     throw std::logic_error("samples of this picture are shown as they are");
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/display/ChannelDisplay.h"
+#include "host/display/Histogram.h"
 #include "host/view/ShownTiles.h"
 #include "host/view/TileStages.h"
 #include "host/view/View.h"
@@ -30,6 +31,8 @@ public:
     virtual std::vector<ChannelDisplay> const& channels() const;
     /// The same with automatic ranges.
     virtual std::vector<ChannelDisplay> automaticChannels() const { return channels(); }
+    /// How often the samples of each channel occur in a coarse level.
+    virtual std::vector<Histogram> const& histograms() const;
     /// Shows the channels otherwise. Whether what was loaded is of no use any more. Only where there are channels.
     virtual bool display(std::vector<ChannelDisplay> const& channels);
 

@@ -61,6 +61,8 @@ public:
     std::vector<ChannelDisplay> const& channels() const { return stages_->channels(); }
     /// The same with the ranges that all but 8 bits open with.
     std::vector<ChannelDisplay> automaticChannels() const { return stages_->automaticChannels(); }
+    /// How often the samples of each channel occur in a coarse level.
+    std::vector<Histogram> const& histograms() const { return stages_->histograms(); }
     /// Shows the channels otherwise from now on: as many as channels() has, of the same bands.
     void display(std::vector<ChannelDisplay> const& channels);
     /// The slices and times among which the picture can be moved.

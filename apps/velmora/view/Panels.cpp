@@ -78,11 +78,7 @@ void drawStatus(panels::Model const& model) {
         ImGui::Text("%zu x %zu, %s, %zu bits", model.info->width, model.info->height, model.interpretation.c_str(),
                     model.info->bits);
     ImGui::Text("zoom %.4g %%, level %zu", 100 * model.camera->zoom().value(), model.camera->zoom().level());
-    if (model.pixel)
-        ImGui::Text("%zu, %zu: %u %u %u", model.pixel->x, model.pixel->y, model.shown[0], model.shown[1],
-                    model.shown[2]);
-    else
-        ImGui::TextUnformatted("-");
+    ImGui::TextUnformatted(model.pixel.empty() ? "-" : model.pixel.c_str());
     if (!model.damage.empty()) ImGui::TextUnformatted(model.damage.c_str());
     if (!model.switches.empty()) ImGui::TextUnformatted(model.switches.c_str());
     ImGui::Separator();
@@ -169,6 +165,64 @@ void drawTone(panels::Model const& model, panels::UserEdits& edits) {
 double stepOf(Tone const& tone) {
     double const range = tone.high - tone.low;
     return range > 100 ? 1 : range / 100;
+}
+
+// Where a sample lies between both ends of what a histogram shows, 0 to 1.
+double shareOf(double sample, SampleRange const& shown) {
+    return (sample - shown.low) / (shown.high - shown.low);
+}
+
+void drawBars(Histogram const& histogram, SampleRange const& shown, ImVec2 const& from, ImVec2 const& size,
+              ImU32 colour) {
+    ImDrawList& list = *ImGui::GetWindowDrawList();
+    auto const highest = static_cast<double>(*std::max_element(histogram.counts.begin(), histogram.counts.end()));
+    double const binWidth = (histogram.high - histogram.low) / static_cast<double>(Histogram::kBins);
+    for (size_t bin = 0; bin < Histogram::kBins; ++bin) {
+        if (histogram.counts[bin] == 0) continue;
+        double const left = histogram.low + static_cast<double>(bin) * binWidth;
+        auto const x0 = from.x + static_cast<float>(shareOf(left, shown)) * size.x;
+        auto const x1 = from.x + static_cast<float>(shareOf(left + binWidth, shown)) * size.x;
+        // Logarithms: a background that most samples have would leave nothing else to be seen.
+        auto const height =
+            static_cast<float>(std::log1p(static_cast<double>(histogram.counts[bin])) / std::log1p(highest)) * size.y;
+        list.AddRectFilled({x0, from.y + size.y - height}, {std::max(x1, x0 + 1), from.y + size.y}, colour);
+    }
+}
+
+// Moves the end of the range that is nearer to where the drag began.
+bool dragEnds(Tone& tone, SampleRange const& shown, ImVec2 const& from, ImVec2 const& size) {
+    ImGuiStorage& storage = *ImGui::GetStateStorage();
+    ImGuiID const held = ImGui::GetID("held end");
+    double const sample =
+        shown.low + static_cast<double>((ImGui::GetIO().MousePos.x - from.x) / size.x) * (shown.high - shown.low);
+    if (ImGui::IsItemActivated())
+        storage.SetInt(held, std::abs(sample - tone.low) <= std::abs(sample - tone.high) ? 0 : 1);
+    if (!ImGui::IsItemActive() || ImGui::GetIO().MouseDelta.x == 0) return false;
+    double const least = (shown.high - shown.low) / static_cast<double>(size.x);
+    double const inside = std::clamp(sample, shown.low, shown.high);
+    if (storage.GetInt(held) == 0)
+        tone.low = std::min(inside, tone.high - least);
+    else
+        tone.high = std::max(inside, tone.low + least);
+    return true;
+}
+
+// The samples of the channel, and both ends of its range, which can be dragged.
+bool editHistogram(Histogram const& histogram, ImU32 colour, Tone& tone) {
+    SampleRange const shown = {std::min(histogram.low, tone.low), std::max(histogram.high, tone.high)};
+    ImVec2 const size = {ImGui::CalcItemWidth(), 48 * ImGui::GetIO().FontGlobalScale};
+    ImVec2 const from = ImGui::GetCursorScreenPos();
+    ImGui::InvisibleButton("histogram", size);
+    bool const moved = dragEnds(tone, shown, from, size);
+    ImDrawList& list = *ImGui::GetWindowDrawList();
+    ImVec2 const to = {from.x + size.x, from.y + size.y};
+    list.AddRectFilled(from, to, kShadow);
+    drawBars(histogram, shown, from, size, colour);
+    for (double const end : {tone.low, tone.high}) {
+        float const x = from.x + static_cast<float>(shareOf(end, shown)) * size.x;
+        list.AddLine({x, from.y}, {x, to.y}, kTileColour, 2);
+    }
+    return moved;
 }
 
 // Typed, or in steps: a mouse pixel would be too coarse for 16 bits.
@@ -258,9 +312,10 @@ void showAlone(std::vector<ChannelDisplay>& channels, ChannelDisplay const& one)
         if (channel.band == one.band) channel.isOn = true;
 }
 
-bool editChannel(ChannelDisplay& channel, bool isAlone) {
+bool editChannel(ChannelDisplay& channel, Histogram const& histogram, bool isAlone) {
     if (isAlone) {
-        bool changed = editRange(channel.tone);
+        bool changed = editHistogram(histogram, kLine, channel.tone);
+        changed |= editRange(channel.tone);
         changed |= editCurve(channel.tone);
         changed |= editColourMap(channel);
         return changed;
@@ -275,6 +330,8 @@ bool editChannel(ChannelDisplay& channel, bool isAlone) {
     ImGui::SameLine();
     // Folded: a picture may have many.
     if (!ImGui::TreeNode("channel", "%s", channel.name.c_str())) return changed;
+    Colour const& full = channel.colours.back();
+    changed |= editHistogram(histogram, IM_COL32(full[0], full[1], full[2], 255), channel.tone);
     changed |= editRange(channel.tone);
     changed |= editCurve(channel.tone);
     ImGui::TreePop();
@@ -298,14 +355,15 @@ void drawChannels(panels::Model const& model, panels::UserEdits& edits) {
     bool changed = false;
     std::optional<ChannelDisplay> alone;
     editPosition(model, edits);
-    for (ChannelDisplay& channel : channels) {
+    for (size_t i = 0; i < channels.size(); ++i) {
+        ChannelDisplay& channel = channels[i];
         bool const isColour = channel.role == ChannelTable::Role::Added;
         ImGui::PushID(static_cast<int>(channel.band));
         if (isColour && colours > 1) {
             if (ImGui::SmallButton("solo")) alone = channel;
             ImGui::SameLine();
         }
-        changed |= editChannel(channel, isColour && colours == 1);
+        changed |= editChannel(channel, model.histograms->at(i), isColour && colours == 1);
         ImGui::PopID();
     }
     if (alone) showAlone(channels, *alone);

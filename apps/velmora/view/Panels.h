@@ -26,8 +26,7 @@ struct Model {
     std::string message;
     std::string switches; ///< enhancements that are on
     std::string damage;   ///< of the store; empty: none was found
-    std::optional<PicturePixel> pixel;
-    std::array<std::uint8_t, 3> shown{}; ///< colour of the pixel under the cursor
+    std::string pixel;    ///< under the cursor, and what it has; empty: there is none
     PictureView::Statistics statistics;
     double frameMilliseconds = 0;
     bool complete = false;
@@ -35,6 +34,7 @@ struct Model {
     std::optional<enhancement::Gamma> tone; ///< of pictures of 16 bits
     bool toneOn = false;
     std::vector<ChannelDisplay> const* channels = nullptr; ///< that can be set; empty: none
+    std::vector<Histogram> const* histograms = nullptr;    ///< of the channels
     ImageStack stack;                                      ///< in which the picture can be moved
     StackPosition position;
 };

@@ -1,5 +1,6 @@
 #include "apps/velmora/view/StoreScene.h"
 
+#include "apps/velmora/view/PixelText.h"
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
@@ -15,6 +16,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kTurn{8};
 constexpr size_t kMessageCharacters = 400;
+constexpr size_t kProbedBands = 8;
 
 // What the keys add where the command line asks for nothing of the kind.
 constexpr enhancement::Sharpen kSharpen{2.0};
@@ -32,6 +34,7 @@ StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, P
       camera_(picture_.info(), frame),
       switches_(options.steps),
       overview_(instance, source, options.picture),
+      probe_(source.pyramid ? std::make_unique<PixelProbe>(*source.pyramid) : nullptr),
       name_(printableText(picture_.info().sourceName)),
       interpretation_(printableText(picture_.info().interpretation)) {
     if (options.start) {
@@ -202,7 +205,10 @@ Redraw StoreScene::advanceExtras() {
     if (maskDue) updateMask();
     bool const overviewDrawn = overview_.advance(kTurn);
     tellOfDamage();
-    return maskDue || overviewDrawn ? Redraw::Overlay : Redraw::Nothing;
+    if (answerIsDue_) probe_->wait(kTurn);
+    bool const isAnswered = answerIsDue_ && !probe_->isPending();
+    if (isAnswered) answerIsDue_ = false;
+    return maskDue || overviewDrawn || isAnswered ? Redraw::Overlay : Redraw::Nothing;
 }
 
 void StoreScene::updateMask() {
@@ -225,8 +231,7 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     model.message = message_;
     model.switches = switchesText();
     model.damage = damageText();
-    model.pixel = cursor ? camera_.pixelAt(*cursor) : std::nullopt;
-    if (model.pixel) model.shown = colourAt(*cursor);
+    model.pixel = cursor ? pixelTextAt(*cursor) : std::string();
     model.statistics = statistics();
     model.frameMilliseconds = frameMilliseconds;
     model.complete = picture_.complete();
@@ -234,6 +239,7 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     if (isDeep()) model.tone = switches_.last<enhancement::Gamma>().value_or(kDeepGamma);
     model.toneOn = switches_.on<enhancement::Gamma>();
     model.channels = &picture_.channels();
+    model.histograms = &picture_.histograms();
     model.stack = picture_.stack();
     model.position = picture_.position();
 
@@ -249,6 +255,32 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     bool const isOther = edits.tone || edits.automaticTone || edits.automaticRanges || edits.channels || edits.position;
     if (isOther) return Redraw::Picture;
     return edits.lookAt ? Redraw::Overlay : Redraw::Nothing;
+}
+
+// The file's own samples where there is a file, else the colour that is shown.
+std::string StoreScene::pixelTextAt(Place const& cursor) {
+    auto const pixel = camera_.pixelAt(cursor);
+    if (!pixel) return "";
+    if (!probe_) return pixeltext::ofColour(*pixel, colourAt(cursor));
+    PixelProbe::Question const question = {pixel->x, pixel->y, probedBands(), picture_.position()};
+    if (question.bands.empty()) return pixeltext::ofColour(*pixel, colourAt(cursor));
+    if (probe_->asked() != question) probe_->ask(question);
+    bool const isPending = probe_->isPending();
+    auto const samples = probe_->answer();
+    answerIsDue_ = isPending;
+    if (samples) return pixeltext::ofSamples(*pixel, *samples, source_.pyramid->facts().image.layout.type);
+    return isPending ? pixeltext::before(*pixel) : pixeltext::ofColour(*pixel, colourAt(cursor));
+}
+
+// Those that are shown; the panel has no room for more than a few.
+std::vector<size_t> StoreScene::probedBands() const {
+    std::vector<size_t> bands;
+    for (ChannelDisplay const& channel : picture_.channels())
+        if (channel.isOn && bands.size() < kProbedBands) bands.push_back(channel.band);
+    if (!picture_.channels().empty()) return bands;
+    for (size_t band = 0; band < source_.pyramid->facts().image.layout.bands; ++band)
+        bands.push_back(band);
+    return bands;
 }
 
 PictureView::Statistics StoreScene::statistics() const {

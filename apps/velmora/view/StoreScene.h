@@ -9,6 +9,7 @@
 #include "apps/velmora/view/ViewerOptions.h"
 #include "host/view/Camera.h"
 #include "host/view/PictureView.h"
+#include "host/view/PixelProbe.h"
 
 #include <array>
 #include <cstdint>
@@ -40,7 +41,7 @@ public:
     void present(Redraw due);
     /// Brings up to date what the overlay shows beside the picture. The view is complete.
     Redraw advanceExtras();
-    bool extrasComplete() const { return overview_.complete() && !maskIsMissing(); }
+    bool extrasComplete() const { return overview_.complete() && !maskIsMissing() && !answerIsDue_; }
     /// Draws what lies over the picture, with Dear ImGui.
     Redraw drawOverlay(std::optional<Place> const& cursor, double frameMilliseconds);
 
@@ -69,6 +70,8 @@ private:
     std::string damageText() const;
     PictureView::Statistics statistics() const;
     std::array<std::uint8_t, 3> colourAt(Place const& cursor) const;
+    std::string pixelTextAt(Place const& cursor);
+    std::vector<size_t> probedBands() const;
     std::string switchesText() const;
 
     PictureSource source_;
@@ -77,6 +80,8 @@ private:
     Camera camera_;
     StepSwitches switches_;
     Overview overview_;
+    std::unique_ptr<PixelProbe> probe_; // null: the picture is a store
+    bool answerIsDue_ = false;          // what the probe was asked for is to be drawn
     OverlayTexture mask_;
     std::optional<View> maskView_; // that mask_ is of
     std::string name_;             // as a person may see it, like all that follows

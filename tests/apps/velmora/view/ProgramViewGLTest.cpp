@@ -417,6 +417,27 @@ TEST_F(ProgramStackGLTest, KeysMoveThroughSlices) {
     expectPixels(after("wait\nkey PageDown\nkey PageUp\nkey PageUp\nkey .\nkey ,\n", window(chosen)), first);
 }
 
+// The panel's histogram begins at 458, 40 in a window of 800 pixels, and is 160 wide.
+TEST_F(ProgramStackGLTest, TheEndsOfTheHistogramAreDragged) {
+    auto const picture = [&](std::string const& text) {
+        auto const window = after(
+            "wait\n" + text, {file_, "--page", "3", "--range", "1000,4000", "--size", "800x600", "--at", "60,50,1"});
+        return testimages::crop(window, 340, 250, kWidth, kHeight);
+    };
+    auto const before = coloured(pages_[2], {255, 255, 255});
+    expectPixels(picture("drag 600 100 538 100\n"), before);
+    auto const brighter = picture("drag 600 60 538 60\n");
+    auto const darker = picture("drag 460 60 538 60\n");
+    size_t different = 0;
+    for (size_t i = 0; i < before.samples.size(); ++i) {
+        ASSERT_GE(brighter.samples[i], before.samples[i]) << "white is lower";
+        ASSERT_LE(darker.samples[i], before.samples[i]) << "black is higher";
+        bool const isMoved = brighter.samples[i] != before.samples[i] && darker.samples[i] != before.samples[i];
+        if (isMoved) ++different;
+    }
+    EXPECT_GT(different, before.samples.size() / 4);
+}
+
 TEST_F(ProgramStackGLTest, APageIsAPictureOfItsOwn) {
     expectPixels(rendered({"--page", "3", "--range", "1000,4000"}), [&] {
         auto grey = coloured(pages_[2], {255, 255, 255});
