@@ -64,7 +64,7 @@ class Reader:
         if file.endswith('.fits'):
             readersfiles.write_frame(path)
         elif file.endswith('.ome.tif'):
-            readersfiles.write_tiff(path, 15, 1)
+            readersfiles.write_stack(path)
         elif file == 'landsat.tif':
             readersfiles.write_tiff(path, 1, 11)
         else:

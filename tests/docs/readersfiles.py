@@ -18,18 +18,26 @@ def padded(block, filling):
     return block + filling * (-len(block) % 2880)
 
 
-def write_tiff(path, pages, bands):
+def write_stack(path):
+    """Pages of three channels, 13 slices and four times."""
+    write_tiff(path, 3 * 13 * 4, 1, b'ImageJ=1.53t\nchannels=3\nslices=13\nframes=4\n\0')
+
+
+def write_tiff(path, pages, bands, description=b''):
     """A TIFF of 8 bits, not compressed; of more than one band the first three are red, green and blue."""
     with open(path, 'wb') as file:
         file.write(struct.pack('<2sHI', b'II', 42, 8))
         for page in range(pages):
-            file.write(directory(file.tell(), page, page + 1 < pages, bands))
+            file.write(directory(file.tell(), page, page + 1 < pages, bands, b'' if page else description))
 
 
-def directory(start, page, goes_on, bands):
+def directory(start, page, goes_on, bands, description):
     """A directory with the values and samples that it points to."""
     colours = 3 if bands >= 3 else 1
+    description += b'\0' * (len(description) % 2)
     shorts = {258: [8] * bands, 338: [0] * (bands - colours)}
+    if description:
+        shorts[270] = struct.unpack('<%dH' % (len(description) // 2), description)
     numbers = {256: WIDTH, 257: HEIGHT, 259: 1, 262: 2 if colours == 3 else 1, 273: 0, 277: bands, 278: HEIGHT,
                279: WIDTH * HEIGHT * bands}
     tags = sorted(list(numbers) + [tag for tag, values in shorts.items() if values])
@@ -42,7 +50,8 @@ def directory(start, page, goes_on, bands):
             continue
         values = struct.pack('<%dH' % len(shorts[tag]), *shorts[tag])
         if len(values) > 4:
-            entries += struct.pack('<HHII', tag, 3, len(shorts[tag]), place + len(tail))
+            letters = tag == 270
+            entries += struct.pack('<HHII', tag, 2 if letters else 3, len(values) if letters else len(shorts[tag]), place + len(tail))
             tail += values
         else:
             entries += struct.pack('<HHI', tag, 3, len(shorts[tag])) + values.ljust(4, b'\0')

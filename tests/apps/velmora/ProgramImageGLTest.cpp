@@ -64,17 +64,17 @@ TEST_F(ProgramImageGLTest, PagesBandsAndRangesAreDrawn) {
     std::string const image = tiff({directory(9, 7, 3, bytes(189, 1)), directory(20, 3, 3, bytes(180, 50)), five});
     EXPECT_EQ(filesamples::difference(render({"--page", "2"}), filesamples::read(image, 2)), "");
     EXPECT_NE(said_.find(", page 2 of 3), "), std::string::npos) << said_;
+    // A filter takes 16 bits that a range makes of samples.
     Samples const third = filesamples::read(image, 3);
-    EXPECT_EQ(
-        filesamples::difference(render({"--page", "3", "--bands", "5,1,4", "--range", "-100,500"},
-                                       "velmora: what of a.tif lies beyond the range is clipped, what is no number is "
-                                       "drawn as 0\n"),
-                                upperBytes(filesamples::scaled(filesamples::withBands(third, {5, 1, 4}), -100, 500))),
-        "");
+    EXPECT_EQ(filesamples::difference(
+                  render({"--page", "3", "--bands", "5,1,4", "--range", "-100,500", "--truncate", "0"},
+                         "velmora: what of a.tif lies beyond the range is clipped, what is no number is drawn as 0\n"),
+                  upperBytes(filesamples::scaled(filesamples::withBands(third, {5, 1, 4}), -100, 500))),
+              "");
     EXPECT_NE(said_.find("page 3 of 3; bands 5,1,4 of 5; samples -100 to 500 of 32-bit float as 0 to 65535"),
               std::string::npos)
         << said_;
-    EXPECT_EQ(filesamples::difference(render({"--page", "3", "--bands", "2", "--range", "auto"}),
+    EXPECT_EQ(filesamples::difference(render({"--page", "3", "--bands", "2", "--range", "auto", "--truncate", "0"}),
                                       upperBytes(filesamples::scaled(filesamples::withBands(third, {2}), -197, 688))),
               "");
     // A filter takes 15 of the 16 bits: this one has no effect.
@@ -116,11 +116,13 @@ TEST_F(ProgramImageGLTest, EachPartOfAFileHasAStoreOfItsOwn) {
         return std::distance(begin(cache), end(cache));
     };
     for (size_t const page : {1u, 2u, 1u})
-        EXPECT_EQ(filesamples::difference(render({"--page", std::to_string(page), "--zoom", "2"}), enlarged(page)), "")
+        EXPECT_EQ(filesamples::difference(render({"--page", std::to_string(page), "--zoom", "2", "--truncate", "0"}),
+                                          enlarged(page)),
+                  "")
             << page;
     EXPECT_EQ(stores(), 2);
-    render({"--page", "1", "--range", "0,65535", "--zoom", "2"});
-    render({"--page", "1", "--range", "0,65536", "--zoom", "2"});
-    render({"--page", "1", "--bands", "1", "--zoom", "2"});
+    render({"--page", "1", "--range", "0,65535", "--zoom", "2", "--truncate", "0"});
+    render({"--page", "1", "--range", "0,65536", "--zoom", "2", "--truncate", "0"});
+    render({"--page", "1", "--bands", "1", "--zoom", "2", "--truncate", "0"});
     EXPECT_EQ(stores(), 5);
 }

@@ -26,7 +26,10 @@ protected:
     }
 
     // For an image of 16 bits at another zoom, which needs a store.
-    Arguments zoomed(std::string const& output) const { return {"render", deep_, "-o", path(output), "--zoom", "0.5"}; }
+    // Filters of 16 bits look at a store.
+    Arguments zoomed(std::string const& output) const {
+        return {"render", deep_, "-o", path(output), "--zoom", "0.5", "--truncate", "0"};
+    }
 
     bool isWhole(std::string const& file) const {
         return testimages::difference(testimages::readByVips(file), testimages::readByVips(image_)).empty();
