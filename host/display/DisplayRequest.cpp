@@ -150,6 +150,7 @@ std::vector<ChannelDisplay> displayrequest::channelsFor(DisplayRequest const& re
 std::vector<Histogram> displayrequest::histogramsOf(std::vector<ChannelDisplay> const& channels,
                                                     ImageFacts const& facts, std::vector<std::uint8_t> const& samples) {
     std::vector<Histogram> histograms;
+    histograms.reserve(channels.size());
     for (ChannelDisplay const& channel : channels)
         histograms.push_back(Histogram::of(numbersOf(facts, samples, {channel.band})));
     return histograms;
