@@ -66,8 +66,10 @@ TEST_F(PixelProbeTest, TheSamplesAreThoseOfTheFile) {
     EXPECT_FALSE(probe.asked());
     EXPECT_FALSE(probe.isPending());
     EXPECT_FALSE(probe.answer());
-    for (auto const& [x, y] : std::vector<std::pair<size_t, size_t>>{{0, 0}, {17, 33}, {kWidth - 1, kHeight - 1}})
+    for (auto const& pixel : std::vector<std::pair<size_t, size_t>>{{0, 0}, {17, 33}, {kWidth - 1, kHeight - 1}})
         for (size_t const page : {0u, 1u}) {
+            size_t const x = pixel.first;
+            size_t const y = pixel.second;
             auto const at = [&](size_t band) {
                 return static_cast<double>(
                     static_cast<std::uint16_t>(samples[(y * kWidth + x) * kBands + band] + page));
