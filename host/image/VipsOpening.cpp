@@ -97,10 +97,19 @@ void setLevel(Loader const& loader, size_t level, vips::VOption* options) {
     if (is(loader, "jpegload")) options->set("shrink", 1 << level);
 }
 
+// 1, 1/2, 1/4 and 1/8, as far as a pixel is left: libvips rounds down, and ends the program where a side becomes 0.
+size_t levelsOfJpeg(VImage const& image) {
+    int const side = std::min(image.width(), image.height());
+    size_t levels = 1;
+    while (levels < 4 && side >> levels > 0)
+        ++levels;
+    return levels;
+}
+
 // Sizes that the decoder gives.
 size_t levelsOf(VImage const& image, Loader const& loader) {
     char const* const counter = is(loader, "openslideload") ? "openslide.level-count" : VIPS_META_N_PAGES;
-    if (is(loader, "jpegload")) return 4; // 1, 1/2, 1/4, 1/8
+    if (is(loader, "jpegload")) return levelsOfJpeg(image);
     if (!is(loader, "openslideload") && !is(loader, "jp2kload")) return 1;
     if (image.get_typeof(counter) == 0) return 1;
     // libvips keeps OpenSlide's properties as texts.

@@ -1,6 +1,7 @@
 // Files without levels of their own, and JPEG: decoded into memory.
 #include "tests/host/pyramid/PyramidFixture.h"
 #include "tests/support/TestImages.h"
+#include "tests/support/reading/FileSamples.h"
 
 #include <vips/vips8>
 
@@ -10,6 +11,11 @@ class MemoryPyramidTest : public PyramidFixture {
 protected:
     static constexpr size_t kWidth = 90;
     static constexpr size_t kHeight = 70;
+
+    // A tag's entry of a number in a little-endian TIFF file.
+    static std::string entryOf(std::uint16_t tag, char number) {
+        return {static_cast<char>(tag), static_cast<char>(tag >> 8), 3, 0, 1, 0, 0, 0, number, 0, 0, 0};
+    }
 
     // FITS from the top row: libvips writes it from the lowest up.
     static Bytes expected16(std::string const& ending) {
@@ -42,6 +48,34 @@ TEST_F(MemoryPyramidTest, AnyFormatIsReadAtRandomAndDecodedOnce) {
     }
 }
 
+TEST_F(MemoryPyramidTest, OneRowOrColumnIsAPicture) {
+    for (auto const& [width, height] : {std::pair<size_t, size_t>{90, 1}, {1, 70}, {1, 1}}) {
+        testimages::writePattern16(path("a.png"), "", width, height, 3);
+        std::vector<std::uint16_t> samples;
+        for (size_t y = 0; y < height; ++y)
+            for (size_t x = 0; x < width; ++x)
+                for (size_t band = 0; band < 3; ++band)
+                    samples.push_back(testimages::sample16(x, y, band));
+        EXPECT_TRUE(readAll(*open(path("a.png"))->reader()) == bytesOf(samples)) << width << " x " << height;
+    }
+}
+
+// Its samples are numbers, as those of other TIFF files: colours are not divided by alpha.
+TEST_F(MemoryPyramidTest, TiffsOfOtherCompressionsAreDecodedAsAWhole) {
+    Directory full = level(40, 30, 4, 1);
+    full.bytes = ramps(40, 30, 4);
+    full.extraSamples = {EXTRASAMPLE_ASSOCALPHA};
+    full.tile = 0;
+    full.rowsPerStrip = 7;
+    full.compression = COMPRESSION_PIXARLOG;
+    std::string const file = write({full});
+    auto const pyramid = open(file);
+    EXPECT_EQ(pyramid->facts().levels.front().unit.width, 40u);
+    EXPECT_EQ(pyramid->facts().levels.front().unit.height, 30u);
+    Bytes const samples = readAll(*pyramid->reader());
+    EXPECT_TRUE(std::vector<double>(samples.begin(), samples.end()) == filesamples::readTiff(file, 1).values);
+}
+
 TEST_F(MemoryPyramidTest, WhatIsTooLargeIsToldWithAReason) {
     testimages::writePattern16(path("a.png"), "", kWidth, kHeight, 3);
     PyramidOptions options;
@@ -57,6 +91,23 @@ TEST_F(MemoryPyramidTest, WhatIsTooLargeIsToldWithAReason) {
     options.memoryBytes = 80 * 60 - 1;
     EXPECT_FALSE(openPyramid(write({level(80, 60, 1, 1)}), options).pyramid);
     EXPECT_TRUE(openPyramid(write({level(80, 60, 1, 1), reduced(40, 30, 1, 2)}), options).pyramid);
+}
+
+// The header of a sparse file says that it is large.
+TEST_F(MemoryPyramidTest, TheReasonNamesBothSizes) {
+    std::string const file = write({level(64, 48, 1, 1)});
+    std::string content = readFile(file);
+    for (std::string const& entry : {entryOf(TIFFTAG_IMAGEWIDTH, 64), entryOf(TIFFTAG_IMAGELENGTH, 48)}) {
+        size_t const at = content.find(entry);
+        ASSERT_NE(at, std::string::npos);
+        content.replace(at + 8, 4, std::string("\x20\x4e\x00\x00", 4)); // 20000
+    }
+    size_t const compression = content.find(std::string("\x03\x01\x03\x00", 4));
+    ASSERT_NE(compression, std::string::npos);
+    content.replace(compression + 8, 2, std::string("\x50\xc3", 2)); // of zstd: any size is possible
+    writeFile(file, content);
+    EXPECT_EQ(openPyramid(file).reason, "it has no smaller levels, and takes 0.4 GB as TIFF decoded, more than the "
+                                        "0.3 GB that are decoded at once");
 }
 
 TEST_F(MemoryPyramidTest, JpegIsGivenSmallerByItsDecoder) {
@@ -90,6 +141,24 @@ TEST_F(MemoryPyramidTest, JpegIsGivenSmallerByItsDecoder) {
     }
     // Each size was decoded once.
     EXPECT_EQ(reader->statistics().decodedUnits, 4u);
+}
+
+// libvips rounds sides down, and ends the program where one becomes 0.
+TEST_F(MemoryPyramidTest, JpegOfAFewPixelsIsGivenInTheSizesThatHaveOne) {
+    for (int const width : {1, 2, 3, 4, 7, 8, 9})
+        for (int const height : {1, 5, 64}) {
+            Bytes samples = ramps(static_cast<size_t>(width), static_cast<size_t>(height), 3);
+            vips::VImage::new_from_memory(samples.data(), samples.size(), width, height, 3, VIPS_FORMAT_UCHAR)
+                .jpegsave(path("a.jpg").c_str());
+            Sizes sizes;
+            for (int step = 1; step <= 8 && step <= width && step <= height; step *= 2)
+                sizes.push_back(std::to_string(width / step) + "x" + std::to_string(height / step));
+            auto const pyramid = open(path("a.jpg"));
+            EXPECT_EQ(sizesOf(pyramid->facts()), sizes);
+            auto const reader = pyramid->reader();
+            for (size_t level = 0; level < sizes.size(); ++level)
+                EXPECT_NO_THROW(readAll(*reader, level)) << width << "x" << height << ", level " << level;
+        }
 }
 
 TEST_F(MemoryPyramidTest, DamageIsNoGreyPicture) {
