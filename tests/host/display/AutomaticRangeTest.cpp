@@ -1,5 +1,7 @@
 #include "host/display/AutomaticRange.h"
 
+#include "host/display/Tone.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -33,6 +35,11 @@ TEST(AutomaticRangeTest, SamplesThatAreNotFiniteDoNotCount) {
                 29.9);
     EXPECT_FALSE(automaticrange::of({}));
     EXPECT_FALSE(automaticrange::of({kInfinity, std::numeric_limits<double>::quiet_NaN()}));
+}
+
+TEST(AutomaticRangeTest, TheFarthestSamplesCount) {
+    expectRange({Tone::kFarthest, Tone::kFarthest, -Tone::kFarthest, -Tone::kFarthest}, -Tone::kFarthest,
+                Tone::kFarthest);
 }
 
 TEST(AutomaticRangeTest, EqualSamplesAreTheLowEnd) {

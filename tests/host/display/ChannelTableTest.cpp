@@ -28,6 +28,10 @@ TEST(ChannelTableTest, AlphaHasNoColour) {
     EXPECT_EQ(entryOf(table, 65535), (Entry{0, 0, 0, 255}));
     EXPECT_EQ(entryOf(table, 257 * 100), (Entry{0, 0, 0, 100}));
     EXPECT_EQ(entryOf(table, 7), (Entry{0, 0, 0, 0}));
+    // From the first code on: (0 + 51) / 255 of the range.
+    ChannelTable const lifted = ChannelTable::alpha(SampleCodes(SampleType::Unsigned8, {}, {-51, 204}));
+    EXPECT_EQ(entryOf(lifted, 0), (Entry{0, 0, 0, 51}));
+    EXPECT_EQ(entryOf(lifted, 1), (Entry{0, 0, 0, 52}));
 }
 
 TEST(ChannelTableTest, NothingAddsNothing) {

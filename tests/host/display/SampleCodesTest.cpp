@@ -21,10 +21,13 @@ SampleFormat layoutOf(SampleType type, size_t bands) {
 // Samples of one band.
 template <class Sample>
 std::vector<std::uint16_t> codesOf(SampleCodes const& codes, SampleType type, std::vector<Sample> const& samples) {
-    std::vector<std::uint8_t> bytes(samples.size() * sizeof(Sample));
-    std::memcpy(bytes.data(), samples.data(), bytes.size());
-    std::vector<std::uint16_t> result(samples.size());
+    // One sample more, which must not be taken: what lies behind the codes stays.
+    std::vector<std::uint8_t> bytes((samples.size() + 1) * sizeof(Sample));
+    std::memcpy(bytes.data(), samples.data(), samples.size() * sizeof(Sample));
+    std::vector<std::uint16_t> result(samples.size() + 1, 54321);
     codes.encode(bytes.data(), layoutOf(type, 1), 0, samples.size(), result.data());
+    EXPECT_EQ(result.back(), 54321) << "written beyond the end";
+    result.pop_back();
     return result;
 }
 
