@@ -25,7 +25,7 @@ TiffUnits::TiffUnits(InputFile& file, TiffLevel const& level, size_t plane, std:
 std::vector<std::uint8_t> TiffUnits::decode(size_t index, Size const& shown) {
     TiffLayout const& layout = level_.layout;
     size_t const rows = shown.height;
-    if (nodata_ && isLeftOut(index)) return blank(shown.width * rows);
+    if (nodata_ && placeOf(index).isLeftOut()) return blank(shown.width * rows);
     // Rows of a tile below the picture are decoded too.
     size_t const decodedRows = layout.tiled ? layout.unit.height : rows;
     std::vector<std::uint8_t> samples(layout.unit.width * decodedRows * layout.samples.pixelBytes());
@@ -50,23 +50,23 @@ std::vector<std::uint8_t> TiffUnits::decode(size_t index, Size const& shown) {
     return samples;
 }
 
-bool TiffUnits::isLeftOut(size_t index) const {
+TiffUnits::Place TiffUnits::placeOf(size_t index) const {
     auto const unit = static_cast<std::uint32_t>(index);
+    Place place;
     int failed = 0;
-    bool const isLeft = TIFFGetStrileByteCountWithErr(tiff_.get(), unit, &failed) == 0 && failed == 0 &&
-                        TIFFGetStrileOffsetWithErr(tiff_.get(), unit, &failed) == 0;
+    place.offset = TIFFGetStrileOffsetWithErr(tiff_.get(), unit, &failed);
+    if (failed == 0) place.bytes = TIFFGetStrileByteCountWithErr(tiff_.get(), unit, &failed);
     if (failed != 0) throw tiff_.failure();
-    return isLeft;
+    return place;
 }
 
 std::vector<std::uint8_t> TiffUnits::blank(size_t pixels) const {
     SampleFormat const& format = level_.layout.samples;
     std::vector<std::uint8_t> const one =
         nodatasample::bytesOf(*nodata_, format.type).value_or(std::vector<std::uint8_t>(bytesOf(format.type)));
-    std::vector<std::uint8_t> samples;
-    samples.reserve(pixels * format.pixelBytes());
-    for (size_t i = 0; i < pixels * format.bands; ++i)
-        samples.insert(samples.end(), one.begin(), one.end());
+    std::vector<std::uint8_t> samples(pixels * format.pixelBytes());
+    for (size_t at = 0; at < samples.size(); at += one.size())
+        std::memcpy(&samples[at], one.data(), one.size());
     return samples;
 }
 
@@ -75,8 +75,9 @@ void TiffUnits::decodePlane(size_t index, size_t rows, std::uint8_t* decoded) {
     auto const bytes = static_cast<tmsize_t>(level_.layout.rowBytes() * rows);
     tiff_.file().check();
     tiff_.message().clear();
-    // libtiff would read what is not compressed from any offset.
-    if (isLeftOut(index)) throw unreadableImage(tiff_.file().path(), "it leaves out a tile");
+    // libtiff would read what is not compressed from any offset, also from 0, where the header lies.
+    Place const place = placeOf(index);
+    if (place.offset == 0 || place.bytes == 0) throw unreadableImage(tiff_.file().path(), "it leaves out a tile");
     tmsize_t const got = level_.layout.tiled ? TIFFReadEncodedTile(tiff_.get(), number, decoded, bytes)
                                              : TIFFReadEncodedStrip(tiff_.get(), number, decoded, bytes);
     tiff_.file().rethrow();

@@ -25,7 +25,15 @@ public:
     std::vector<std::uint8_t> decode(size_t index, Size const& shown);
 
 private:
-    bool isLeftOut(size_t index) const;
+    // Of a unit in the file.
+    struct Place {
+        std::uint64_t offset = 0;
+        std::uint64_t bytes = 0;
+
+        bool isLeftOut() const { return offset == 0 && bytes == 0; }
+    };
+
+    Place placeOf(size_t index) const;
     std::vector<std::uint8_t> blank(size_t pixels) const;
     void decodePlane(size_t index, size_t rows, std::uint8_t* decoded);
 
