@@ -24,6 +24,7 @@ struct SampleFormat {
     size_t colours = 0; ///< leading bands that are grey (1), or red, green and blue (3); 0: the file says neither
     bool alpha = false; ///< the file says that the band after them is alpha
 
+    Size size() const { return {width, height}; }
     size_t pixelBytes() const { return bands * bytesOf(type); }
     size_t rowBytes() const { return width * pixelBytes(); }
     /// Whether all bands are grey or RGB, with or without alpha.

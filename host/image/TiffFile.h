@@ -20,9 +20,10 @@ public:
     InputFile& file() const { return *client_.file; }
     TiffMessage& message() { return message_; }
 
-    /// A tag's value in the current directory.
+    /// A tag's value in the current directory; where it is missing, libtiff's default, and `otherwise` where there is
+    /// none.
     template <class Value>
-    Value value(std::uint32_t tag, Value otherwise) const {
+    Value value(std::uint32_t tag, Value otherwise = {}) const {
         Value found{};
         return TIFFGetFieldDefaulted(tiff_, tag, &found) == 1 ? found : otherwise;
     }

@@ -1,5 +1,9 @@
 #include "host/pyramid/LevelReader.h"
 
+bool isSmaller(Size const& a, Size const& b) {
+    return a.width <= b.width && a.height <= b.height && (a.width < b.width || a.height < b.height);
+}
+
 void requireSame(std::string const& path, PyramidFacts const& facts, size_t level, ImageFacts const& opened) {
     SampleFormat const& a = facts.image.layout;
     SampleFormat const& b = opened.layout;

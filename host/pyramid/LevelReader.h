@@ -40,6 +40,9 @@ struct PyramidStatistics {
     std::uint64_t cachedUnits = 0;  ///< taken from the cache
 };
 
+/// Whether a level of size `a` may follow one of size `b`: no side is longer, and one is shorter.
+bool isSmaller(Size const& a, Size const& b);
+
 /// Throws HostError (unreadable image) if a file that has been opened again has another picture.
 void requireSame(std::string const& path, PyramidFacts const& facts, size_t level, ImageFacts const& opened);
 /// The failure of requireSame().

@@ -12,13 +12,12 @@ bool isReducedBy(size_t factor, size_t full, size_t file) {
 }
 
 // The whole number that a level was reduced by; 0 if there is none. Small levels fit several: a power of two is likely.
+// Where any fits, the one nearest to the ratio does.
 size_t factorOf(size_t full, size_t file) {
     for (size_t factor = 1; factor <= full; factor *= 2)
         if (isReducedBy(factor, full, file)) return factor;
     size_t const nearest = (full + file / 2) / file;
-    for (size_t const factor : {nearest, nearest + 1, nearest - 1})
-        if (factor > 0 && isReducedBy(factor, full, file)) return factor;
-    return 0;
+    return isReducedBy(nearest, full, file) ? nearest : 0;
 }
 
 } // namespace

@@ -37,22 +37,17 @@ PyramidFacts factsOf(PyramidFacts facts, PyramidBands const& bands) {
     return facts;
 }
 
-bool isSmaller(Size const& a, Size const& b) {
-    return a.width <= b.width && a.height <= b.height && (a.width < b.width || a.height < b.height);
-}
-
 // The sizes that the decoder gives.
 std::vector<Size> sizesOf(std::string const& path, SampleRequest request, ImageFacts const& facts,
                           InputFile::Check const& check) {
-    std::vector<Size> sizes{{facts.layout.width, facts.layout.height}};
+    std::vector<Size> sizes{facts.layout.size()};
     for (request.level = 1; request.level < facts.levels; ++request.level) {
         auto const source = openSamples(std::make_shared<InputFile>(path, check), request);
         SampleFormat const& layout = source->facts().layout;
-        Size const size{layout.width, layout.height};
-        bool const isLevel =
-            isSmaller(size, sizes.back()) && layout.bands == facts.layout.bands && layout.type == facts.layout.type;
+        bool const isLevel = isSmaller(layout.size(), sizes.back()) && layout.bands == facts.layout.bands &&
+                             layout.type == facts.layout.type;
         if (!isLevel) break; // levels are numbered without gaps
-        sizes.push_back(size);
+        sizes.push_back(layout.size());
     }
     return sizes;
 }
@@ -79,10 +74,8 @@ Opened open(std::string const& path, PyramidOptions const& options) {
     request.toSrgb = options.selection.toSrgb;
     request.asNumbers = !request.toSrgb;
     // A slide is a TIFF too: OpenSlide knows more about it.
-    if (tiffpyramid::is(*file) && !request.toSrgb && !vipssamples::isSlide(*file)) {
-        file->rethrow();
+    if (tiffpyramid::is(*file) && !request.toSrgb && !vipssamples::isSlide(*file))
         if (auto tiff = tiffpyramid::open(*file, request, options.cacheBytes)) return {std::move(tiff), ""};
-    }
     auto const source = openSamples(file, request);
     ImageFacts const facts = source->facts();
     imagerefusal::requireMemory(path, facts);

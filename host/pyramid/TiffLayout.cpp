@@ -64,7 +64,7 @@ bool isPlainMeaning(TiffFile const& tiff, TiffDirectory const& directory) {
         return false;
     case PHOTOMETRIC_YCBCR: {
         if (directory.compression == COMPRESSION_JPEG) return true;
-        std::array<std::uint16_t, 2> steps{2, 2};
+        std::array<std::uint16_t, 2> steps{};
         TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_YCBCRSUBSAMPLING, steps.data(), &steps[1]);
         return steps[0] == 1 && steps[1] == 1;
     }
@@ -74,9 +74,9 @@ bool isPlainMeaning(TiffFile const& tiff, TiffDirectory const& directory) {
 }
 
 bool setSamples(TiffFile const& tiff, TiffDirectory const& directory, TiffLayout& layout) {
-    layout.bits = tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
-    layout.bands = tiff.value<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
-    auto const type = typeOf(tiff.value<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT), layout.bits);
+    layout.bits = tiff.value<std::uint16_t>(TIFFTAG_BITSPERSAMPLE);
+    layout.bands = tiff.value<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL);
+    auto const type = typeOf(tiff.value<std::uint16_t>(TIFFTAG_SAMPLEFORMAT), layout.bits);
     bool const isWhole = layout.bits >= 8;
     bool const isPart = layout.bits == 1 || layout.bits == 2 || layout.bits == 4;
     if (!type || layout.bands == 0 || (!isWhole && !(isPart && layout.bands == 1))) return false;
@@ -101,16 +101,15 @@ bool setSamples(TiffFile const& tiff, TiffDirectory const& directory, TiffLayout
 
 bool setUnits(TiffFile const& tiff, TiffLayout& layout) {
     SampleFormat& samples = layout.samples;
-    samples.width = tiff.value<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
-    samples.height = tiff.value<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
-    layout.unit = {samples.width, std::min<size_t>(tiff.value<std::uint32_t>(TIFFTAG_ROWSPERSTRIP, 0), samples.height)};
+    samples.width = tiff.value<std::uint32_t>(TIFFTAG_IMAGEWIDTH);
+    samples.height = tiff.value<std::uint32_t>(TIFFTAG_IMAGELENGTH);
+    layout.unit = {samples.width, std::min<size_t>(tiff.value<std::uint32_t>(TIFFTAG_ROWSPERSTRIP), samples.height)};
     if (layout.tiled)
-        layout.unit = {tiff.value<std::uint32_t>(TIFFTAG_TILEWIDTH, 0),
-                       tiff.value<std::uint32_t>(TIFFTAG_TILELENGTH, 0)};
+        layout.unit = {tiff.value<std::uint32_t>(TIFFTAG_TILEWIDTH), tiff.value<std::uint32_t>(TIFFTAG_TILELENGTH)};
     for (size_t const side : {samples.width, samples.height, layout.unit.width, layout.unit.height})
         if (side == 0 || side > kLargestSide) return false;
-    // Divisions, because products may overflow.
-    std::uint64_t const pixelBytes = std::max(samples.pixelBytes(), layout.bands * 8);
+    // At most, of the file and of what it becomes. Divisions, because products may overflow.
+    std::uint64_t const pixelBytes = layout.bands * 8;
     if (layout.unit.height > kMostUnitBytes / pixelBytes / layout.unit.width) return false;
     layout.units = {(samples.width + layout.unit.width - 1) / layout.unit.width,
                     (samples.height + layout.unit.height - 1) / layout.unit.height};
@@ -161,8 +160,8 @@ void invertGrey(SampleFormat const& layout, size_t pixels, std::uint8_t* samples
 std::optional<TiffLayout> TiffLayout::of(TiffFile const& tiff, TiffDirectory const& directory) {
     TiffLayout layout;
     layout.tiled = directory.tiled;
-    layout.planesApart = tiff.value<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1) > 1 &&
-                         tiff.value<std::uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
+    layout.planesApart = tiff.value<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL) > 1 &&
+                         tiff.value<std::uint16_t>(TIFFTAG_PLANARCONFIG) == PLANARCONFIG_SEPARATE;
     if (!decodes(directory.compression) || !isPlainMeaning(tiff, directory)) return std::nullopt;
     if (!setSamples(tiff, directory, layout)) return std::nullopt;
     if (layout.toRgb) TIFFSetField(tiff.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
@@ -173,26 +172,30 @@ std::optional<TiffLayout> TiffLayout::of(TiffFile const& tiff, TiffDirectory con
 void TiffLayout::expand(std::uint8_t const* decoded, size_t rows, size_t band, std::uint8_t* to) const {
     size_t const sampleBytes = bytesOf(samples.type);
     size_t const pixels = rows * unit.width;
-    if (bits >= 8 && palette.empty() && planesApart) {
+    if (bits < 8 || !palette.empty()) {
+        expandIndices(decoded, rows, to);
+    } else if (planesApart) {
         std::uint8_t* next = to + band * sampleBytes;
         for (size_t i = 0; i < pixels; ++i, next += samples.pixelBytes())
             std::memcpy(next, decoded + i * sampleBytes, sampleBytes);
-    } else if (bits >= 8 && palette.empty()) {
-        std::memcpy(to, decoded, pixels * samples.pixelBytes());
     } else {
-        unsigned const most = (1u << bits) - 1;
-        std::uint8_t* next = to;
-        for (size_t row = 0; row < rows; ++row)
-            for (size_t x = 0; x < unit.width; ++x, next += samples.bands) {
-                size_t const bit = x * bits;
-                unsigned const index = decoded[row * rowBytes() + bit / 8] >> (8 - bits - bit % 8) & most;
-                if (palette.empty())
-                    *next = static_cast<std::uint8_t>(index * (0xff / most));
-                else
-                    std::copy_n(&palette[index * samples.bands], samples.bands, next);
-            }
+        std::memcpy(to, decoded, pixels * samples.pixelBytes());
     }
     if (inverted && band == 0) invertGrey(samples, pixels, to);
+}
+
+// Numbers of at most 8 bits, of greys or of colours in the palette.
+void TiffLayout::expandIndices(std::uint8_t const* decoded, size_t rows, std::uint8_t* to) const {
+    unsigned const most = (1u << bits) - 1;
+    for (size_t row = 0; row < rows; ++row)
+        for (size_t x = 0; x < unit.width; ++x, to += samples.bands) {
+            size_t const bit = x * bits;
+            unsigned const index = decoded[row * rowBytes() + bit / 8] >> (8 - bits - bit % 8) & most;
+            if (palette.empty())
+                *to = static_cast<std::uint8_t>(index * (0xff / most));
+            else
+                std::copy_n(&palette[index * samples.bands], samples.bands, to);
+        }
 }
 
 bool TiffLayout::operator==(TiffLayout const& other) const {

@@ -34,4 +34,7 @@ struct TiffLayout {
     void expand(std::uint8_t const* decoded, size_t rows, size_t band, std::uint8_t* to) const;
 
     bool operator==(TiffLayout const& other) const;
+
+private:
+    void expandIndices(std::uint8_t const* decoded, size_t rows, std::uint8_t* to) const;
 };

@@ -104,9 +104,9 @@ bool hasShapeOf(SampleFormat const& full, SampleFormat const& copy) {
 bool isCopyOf(Copy const& full, Copy const& copy) {
     SampleFormat const& a = full.level.layout.samples;
     SampleFormat const& b = copy.level.layout.samples;
-    bool const isSmaller = b.width <= a.width && b.height <= a.height && (b.width < a.width || b.height < a.height);
-    return isSmaller && a.bands == b.bands && a.type == b.type && a.colours == b.colours && a.alpha == b.alpha &&
-           full.colourSpace == copy.colourSpace && full.isMultiplied == copy.isMultiplied && hasShapeOf(a, b);
+    return isSmaller(b.size(), a.size()) && a.bands == b.bands && a.type == b.type && a.colours == b.colours &&
+           a.alpha == b.alpha && full.colourSpace == copy.colourSpace && full.isMultiplied == copy.isMultiplied &&
+           hasShapeOf(a, b);
 }
 
 // Finds the levels of a page.
@@ -172,7 +172,7 @@ private:
         auto const& entries = chain_.entries;
         std::vector<std::uint64_t> found = entries[page].subDirectories;
         bool const isOnly = chain_.pages.size() == 1;
-        size_t i = isOnly ? 0 : page + 1;
+        size_t i = isOnly ? 0 : page;
         for (; i < entries.size() && found.size() < kMostLevels; ++i) {
             if (entries[i].isMask() || i == page) continue;
             if (!entries[i].isReduced()) break;
@@ -200,17 +200,9 @@ private:
 
     static void dropEqual(std::vector<TiffLevel>& levels) {
         std::vector<TiffLevel> kept;
-        for (TiffLevel& level : levels) {
-            SampleFormat const& size = level.layout.samples;
-            bool const isFirst = kept.empty();
-            if (!isFirst) {
-                SampleFormat const& last = kept.back().layout.samples;
-                bool const isSmaller = size.width <= last.width && size.height <= last.height &&
-                                       (size.width < last.width || size.height < last.height);
-                if (!isSmaller) continue;
-            }
-            kept.push_back(std::move(level));
-        }
+        for (TiffLevel& level : levels)
+            if (kept.empty() || isSmaller(level.layout.samples.size(), kept.back().layout.samples.size()))
+                kept.push_back(std::move(level));
         levels = std::move(kept);
     }
 
@@ -221,11 +213,11 @@ private:
 };
 
 void setTags(TiffFile const& tiff, ImageFacts& facts) {
-    facts.orientation = tiff.value<std::uint16_t>(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-    if (facts.orientation < ORIENTATION_TOPLEFT || facts.orientation > ORIENTATION_LEFTBOT) facts.orientation = 1;
+    // libtiff takes other values than 1 to 8 for none.
+    facts.orientation = tiff.value<std::uint16_t>(TIFFTAG_ORIENTATION);
     std::uint32_t count = 0;
     void* bytes = nullptr;
-    if (TIFFGetField(tiff.get(), TIFFTAG_ICCPROFILE, &count, &bytes) == 1 && count > 0) {
+    if (TIFFGetField(tiff.get(), TIFFTAG_ICCPROFILE, &count, &bytes) == 1) {
         auto const* const profile = static_cast<std::uint8_t const*>(bytes);
         facts.iccProfile.assign(profile, profile + count);
     }
@@ -255,7 +247,7 @@ void setLevels(std::vector<TiffLevel> const& levels, PyramidFacts& facts) {
     std::uint64_t largest = 0;
     for (TiffLevel const& level : levels) {
         TiffLayout const& layout = level.layout;
-        facts.levels.push_back({{layout.samples.width, layout.samples.height}, layout.unit});
+        facts.levels.push_back({layout.samples.size(), layout.unit});
         largest =
             std::max<std::uint64_t>(largest, layout.samples.pixelBytes() * layout.unit.width * layout.unit.height);
     }
@@ -287,7 +279,7 @@ void setStack(TiffStack const& stack, PyramidFacts& facts) {
 
 bool tiffpyramid::is(InputFile& file) {
     std::array<char, 4> start{};
-    if (file.readAt(0, start.data(), start.size()) < 4) return false;
+    file.readAt(0, start.data(), start.size());
     std::string const magic(start.begin(), start.end());
     return magic == std::string("II*\0", 4) || magic == std::string("II+\0", 4) || magic == std::string("MM\0*", 4) ||
            magic == std::string("MM\0+", 4);

@@ -53,6 +53,11 @@ TEST_F(DecoderPyramidTest, SlidesHaveTheirLevels) {
     EXPECT_EQ(pyramid->facts().image.pages, 1u);
     EXPECT_DOUBLE_EQ(pyramid->facts().image.pixelsPerMillimetreX, 4000);
     ASSERT_EQ(sizesOf(pyramid->facts()), (Sizes{"300x200", "75x50"}));
+    // Squares of 256 samples, as far as the level has so many.
+    EXPECT_EQ(pyramid->facts().levels[0].unit.width, 256u);
+    EXPECT_EQ(pyramid->facts().levels[0].unit.height, 200u);
+    EXPECT_EQ(pyramid->facts().levels[1].unit.width, 75u);
+    EXPECT_EQ(pyramid->facts().levels[1].unit.height, 50u);
     auto const reader = pyramid->reader();
     expectLevel(*reader, 0, scanned(300, 200, 1).bytes);
     expectLevel(*reader, 1, scanned(75, 50, 2).bytes);
@@ -68,6 +73,19 @@ TEST_F(DecoderPyramidTest, SquaresOfSlidesAreDecodedOnce) {
     readAll(*other);
     EXPECT_EQ(other->statistics().decodedUnits, 0u);
     EXPECT_EQ(other->statistics().cachedUnits, 2u);
+}
+
+TEST_F(DecoderPyramidTest, ASlideThatIsReplacedIsNoticed) {
+    std::string const file = slide("a.svs");
+    auto const pyramid = open(file);
+    // Decoders keep 128 MB at most, and the samples that go on to the cache.
+    EXPECT_EQ(pyramid->facts().readerBytes, 256u << 20);
+    write({scanned(280, 200, 3), scanned(70, 50, 4)}, "w", "a.svs");
+    auto const reader = pyramid->reader();
+    for (size_t const level : {0u, 1u})
+        EXPECT_TRUE(has(failure([&] { readAll(*reader, level); }).what(), "it has changed while it was being read"));
+    slide("a.svs");
+    expectLevel(*reader, 1, scanned(75, 50, 2).bytes);
 }
 
 TEST_F(DecoderPyramidTest, ADamagedPartOfASlideFailsItsReadsAlone) {

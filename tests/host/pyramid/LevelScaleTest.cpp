@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -21,6 +22,7 @@ std::vector<Row> const& rows() {
     static std::vector<Row> const all{{"the picture itself", 1001, 1001, 1},
                                       {"half, rounded up", 1001, 501, 2},
                                       {"half, rounded down", 1001, 500, 2},
+                                      {"one more than half", 1000, 501, 0},
                                       {"a third", 1001, 334, 3},
                                       {"a quarter, rounded down", 1003, 250, 4},
                                       {"3.99", 1995, 500, 0},
@@ -69,6 +71,36 @@ TEST(LevelScaleTest, ASampleIsMadeOfThoseThatShareItsPixels) {
             }
             for (size_t const count : uses)
                 EXPECT_GE(count, 1u) << row.name << ", level " << level << ": a sample does not count";
+        }
+}
+
+// Of those that fit, a power of two, or else the nearest to the ratio of the sides.
+TEST(LevelScaleTest, WhateverWholeNumberFitsIsTaken) {
+    for (size_t full = 2; full <= 150; ++full)
+        for (size_t file = 1; file <= full; ++file) {
+            Row row{"", full, file, 0};
+            auto const distance = [&](size_t factor) {
+                return std::max(factor * file, full) - std::min(factor * file, full);
+            };
+            for (size_t factor = full; factor > 0; --factor) {
+                bool const fits = full / factor == file || (full + factor - 1) / factor == file;
+                if (fits && (row.factor == 0 || distance(factor) < distance(row.factor))) row.factor = factor;
+            }
+            for (size_t factor = size_t{1} << 8; factor > 0; factor /= 2)
+                if (full / factor == file || (full + factor - 1) / factor == file) row.factor = factor;
+            for (size_t level = 1; level < 4; ++level) {
+                LevelScale const scale(full, file, level);
+                if (scale.isEqual()) continue;
+                for (size_t i = 0; i < scale.samples(); ++i) {
+                    Interval const of = scale.of(i);
+                    for (size_t f = 0; f < file; ++f) {
+                        ASSERT_TRUE(!share(row, level, i, f) || (f >= of.start && f < of.start + of.length))
+                            << full << " to " << file << ", level " << level << ", " << i << " of " << f;
+                    }
+                    ASSERT_TRUE(of.length == 1 || share(row, level, i, of.start + of.length - 1));
+                    ASSERT_TRUE(of.length == 1 || share(row, level, i, of.start));
+                }
+            }
         }
 }
 

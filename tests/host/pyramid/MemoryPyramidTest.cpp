@@ -42,6 +42,7 @@ TEST_F(MemoryPyramidTest, AnyFormatIsReadAtRandomAndDecodedOnce) {
         auto const one = pyramid->reader();
         expectLevel(*one, 0, expected16(ending));
         EXPECT_EQ(one->statistics().decodedUnits, 1u);
+        EXPECT_EQ(one->statistics().decodedBytes, kWidth * kHeight * 6);
         auto const other = pyramid->reader();
         expectLevel(*other, 0, expected16(ending));
         EXPECT_EQ(other->statistics().decodedUnits, 0u);

@@ -62,6 +62,7 @@ protected:
         ASSERT_EQ(sizesOf(facts), (Sizes{"80x60", "40x30"}));
         EXPECT_EQ(facts.image.layout.bands, kChannels);
         EXPECT_EQ(facts.image.layout.colours, 0u);
+        EXPECT_FALSE(facts.image.layout.alpha);
         EXPECT_EQ(facts.stack.planes, kChannels);
         EXPECT_EQ(facts.stack.slices, kSlices);
         EXPECT_EQ(facts.stack.times, kTimes);
@@ -106,6 +107,23 @@ TEST_F(PyramidReaderTest, OnlyThePlanesThatAreTakenAreDecoded) {
     EXPECT_EQ(reader->statistics().cachedUnits, 4u);
 }
 
+// As many rows as fit into memory with the bands of one plane, not of all.
+TEST_F(PyramidReaderTest, RegionsOfManyPlanesAreReadAtOnce) {
+    std::vector<Directory> pages;
+    for (std::uint32_t page = 0; page < 60; ++page)
+        pages.push_back(level(64, 64, 1, page));
+    pages.front().description = "ImageJ=1\nchannels=60\n";
+    for (Directory& page : pages)
+        page.tile = page.tileHeight = 64;
+    PyramidOptions options;
+    options.cacheBytes = 1; // nothing is kept
+    auto const reader = open(write(pages), options)->reader();
+    ASSERT_EQ(reader->facts().stack.planes, 60u);
+    reader->take({7, 59}, {});
+    EXPECT_TRUE(readAll(*reader) == interleaved({pages[7].bytes, pages[59].bytes}, 1));
+    EXPECT_EQ(reader->statistics().decodedUnits, 2u);
+}
+
 // More handles than are kept open at a time.
 TEST_F(PyramidReaderTest, StacksOfManyPlanesAreReadBackAndForth) {
     std::vector<Directory> pages;
@@ -145,6 +163,39 @@ TEST_F(PyramidReaderTest, PlanesInOtherTilesAreRefused) {
         << error.what();
     reader->take({0}, {});
     readAll(*reader);
+}
+
+// How planes lie in a file does not matter where there is one.
+TEST_F(PyramidReaderTest, PagesOfOneBandMayLieApartOrTogether) {
+    auto pages = planes();
+    pages[2].planesApart = true;
+    auto const pyramid = open(write(pages));
+    expectLevel(*pyramid->reader(), 0, expected(pages, 0, {0, 1, 2}, {}));
+}
+
+// A file that is opened once more is read from its start.
+TEST_F(PyramidReaderTest, TheDirectoriesOf32PlanesStayOpen) {
+    std::vector<Directory> pages;
+    for (std::uint32_t page = 0; page < 32; ++page)
+        pages.push_back(level(32, 16, 1, page));
+    PyramidOptions options;
+    options.cacheBytes = 1; // nothing is kept
+    auto const reader = open(write(pages), options)->reader();
+    ASSERT_EQ(reader->facts().stack.slices, 32u);
+    auto const readsOfAll = [&] {
+        size_t reads = 0;
+        reader->setCheck([&] { ++reads; });
+        for (size_t page = 0; page < pages.size(); ++page) {
+            reader->take({0}, {page, 0});
+            readAll(*reader);
+        }
+        reader->setCheck({});
+        return reads;
+    };
+    size_t const first = readsOfAll();
+    size_t const second = readsOfAll();
+    EXPECT_LT(second, first / 2);
+    EXPECT_EQ(readsOfAll(), second);
 }
 
 TEST_F(PyramidReaderTest, AChosenPageIsAPictureOfItsOwn) {

@@ -135,6 +135,7 @@ TEST_F(PyramidTilesTest, EqualLevelsAreTheFiles) {
     PyramidTiles tiles(open(write(all))->reader());
     for (size_t i = 0; i < all.size(); ++i) {
         EXPECT_EQ(tiles.fileLevel(i), i);
+        EXPECT_TRUE(tiles.isOfFile(i));
         expectLevel(tiles, i, all[i].bytes);
     }
     // Beyond the file's last.
@@ -142,6 +143,8 @@ TEST_F(PyramidTilesTest, EqualLevelsAreTheFiles) {
     last.acrossPixels = last.downPixels = 8;
     expectLevel(tiles, 4, bytesOf(meansOf(last, 400, 300, 4)));
     expectLevel(tiles, 9, bytesOf(meansOf(last, 400, 300, 9)));
+    EXPECT_FALSE(tiles.isOfFile(4));
+    EXPECT_FALSE(tiles.isOfFile(9));
     EXPECT_EQ(tiles.size(9).width, 1u);
 }
 
@@ -171,6 +174,20 @@ TEST_F(PyramidTilesTest, ALevelWithinHalfAPercentIsTakenSampleBySample) {
             taken.push_back(quarter.bytes[y * 1003 + column]);
         }
     expectLevel(other, 2, taken);
+    // The same rows as columns.
+    Directory const high = level(3200, 4000, 1, 5);
+    Directory const low = reduced(800, 1003, 1, 6);
+    PyramidTiles another(open(write({high, low}))->reader());
+    ASSERT_EQ(another.fileLevel(2), 1u);
+    Bytes rows;
+    for (size_t y = 0; y < 1000; ++y) {
+        size_t row = 0;
+        while ((row + 1) * 4000 <= (4 * y + 2) * 1003)
+            ++row;
+        rows.insert(rows.end(), low.bytes.begin() + static_cast<std::ptrdiff_t>(row * 800),
+                    low.bytes.begin() + static_cast<std::ptrdiff_t>((row + 1) * 800));
+    }
+    expectLevel(another, 2, rows);
 }
 
 TEST_F(PyramidTilesTest, LevelZeroIsThePictureEvenIfACopyIsNearlyAsLarge) {
@@ -208,6 +225,36 @@ TEST_F(PyramidTilesTest, LevelsOfOtherRatiosAreAveragedByTheirPixels) {
             expectLevel(tiles, level, bytesOf(meansOf(plane, 1201, 901, level)));
         }
         EXPECT_EQ(tiles.fileLevel(1), 0u);
+    }
+}
+
+// Of a strip of 7 rows one is left at a quarter of its length, and level 2 has two.
+TEST_F(PyramidTilesTest, ALevelIsFineEnoughAlongBothAxesOrNotAtAll) {
+    for (bool const wide : {true, false}) {
+        Directory const full = wide ? level(400, 7, 1, 1) : level(7, 400, 1, 1);
+        Directory const quarter = wide ? reduced(100, 1, 1, 2) : reduced(1, 100, 1, 2);
+        PyramidTiles tiles(open(write({full, quarter}))->reader());
+        ASSERT_EQ(tiles.facts().levels.size(), 2u);
+        EXPECT_EQ(tiles.fileLevel(2), 0u);
+        expectLevel(tiles, 2, bytesOf(meansOf(planeOf<std::uint8_t>(full), full.width, full.height, 2)));
+        EXPECT_EQ(tiles.fileLevel(3), 1u);
+    }
+}
+
+// A quarter of the length, and nearly half of the width: rows are averaged, columns are those of the file.
+TEST_F(PyramidTilesTest, ALevelIsEqualAlongBothAxesOrAveraged) {
+    for (bool const wide : {true, false}) {
+        Directory const full = wide ? level(400, 7, 1, 1) : level(7, 400, 1, 1);
+        Directory const copy = wide ? reduced(100, 3, 1, 2) : reduced(3, 100, 1, 2);
+        PyramidTiles tiles(open(write({full, copy}))->reader());
+        ASSERT_EQ(tiles.facts().levels.size(), 2u);
+        ASSERT_EQ(tiles.fileLevel(2), 1u);
+        EXPECT_FALSE(tiles.isOfFile(2));
+        EXPECT_TRUE(tiles.isOfFile(0));
+        Plane<std::uint8_t> plane = planeOf<std::uint8_t>(copy);
+        plane.acrossPixels = wide ? 4 : 2;
+        plane.downPixels = wide ? 2 : 4;
+        expectLevel(tiles, 2, bytesOf(meansOf(plane, full.width, full.height, 2)));
     }
 }
 
@@ -286,18 +333,26 @@ TEST_F(PyramidTilesTest, ChosenBandsAreAveraged) {
 
 TEST_F(PyramidTilesTest, LargeLevelsAreReadInStripsAndTilesOnce) {
     // 36 MB of samples, in tiles and in strips.
-    for (bool const tiled : {true, false}) {
+    struct Units {
+        std::uint32_t tile;
+        std::uint32_t tileHeight;
+        std::uint32_t rowsPerStrip;
+        std::uint64_t most;
+    };
+    // A tile at the border of columns may be decoded twice; of high tiles, fewer columns are held. A strip of 1.7 MB may
+    // be decoded for each 8 MB of rows, and one of more than 8 MB twice.
+    for (Units const& units : {Units{256, 256, 0, 2u * 9 * 9}, Units{64, 512, 0, 34u * 5}, Units{0, 0, 100, 22u + 5},
+                               Units{0, 0, 600, 4u + 3}}) {
         Directory full = level<double>(2100, 2150, 1, 1);
-        full.tile = tiled ? 256 : 0;
-        full.tileHeight = 0;
-        full.rowsPerStrip = 100;
+        full.tile = units.tile;
+        full.tileHeight = units.tileHeight;
+        full.rowsPerStrip = units.rowsPerStrip;
         PyramidOptions options;
         options.cacheBytes = 0;
         PyramidTiles tiles(open(write({full}), options)->reader());
         Plane<double> const plane = planeOf<double>(full);
         EXPECT_TRUE(readAll(tiles, 3) == bytesOf(meansOf(plane, 2100, 2150, 3)));
-        // A strip of 1.7 MB may be decoded for each 8 MB of rows; a tile at the border of columns twice.
-        EXPECT_LE(tiles.reader().statistics().decodedUnits, tiled ? 2u * 9 * 9 : 22u + 5);
+        EXPECT_LE(tiles.reader().statistics().decodedUnits, units.most) << units.tile;
     }
 }
 

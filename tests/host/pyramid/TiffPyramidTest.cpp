@@ -9,6 +9,13 @@ namespace {
 
 class TiffPyramidTest : public PyramidFixture {
 protected:
+    // The tiles or strips are read that the file has: it is not decoded as a whole.
+    static void expectOwnUnits(Pyramid const& pyramid, Directory const& full) {
+        Size const unit = pyramid.facts().levels.front().unit;
+        EXPECT_EQ(unit.width, full.tile > 0 ? full.tile : full.width);
+        EXPECT_EQ(unit.height, full.tile == 0 ? full.rowsPerStrip : full.tileHeight == 0 ? full.tile : full.tileHeight);
+    }
+
     // Any layout of samples of one type comes back.
     template <class Sample>
     void expectSamples(SampleType type) {
@@ -27,8 +34,28 @@ protected:
                     auto const pyramid = open(write({full}, bands == 2 ? "wb" : "w"));
                     EXPECT_EQ(pyramid->facts().image.layout.type, type);
                     EXPECT_EQ(pyramid->facts().image.layout.bands, bands);
+                    expectOwnUnits(*pyramid, full);
                     expectLevel(*pyramid->reader(), 0, full.bytes);
                 }
+    }
+
+    // Modulo 2^bits: the least of signed samples has no counterpart.
+    template <class Sample>
+    void expectInverted(Sample white) {
+        auto const samples = noise<Sample>(40 * 20, 3);
+        Directory full = level<Sample>(40, 20, 1, 3);
+        full.photometric = PHOTOMETRIC_MINISWHITE;
+        std::vector<Sample> expected;
+        for (Sample const sample : samples) {
+            if constexpr (std::is_floating_point_v<Sample>)
+                expected.push_back(white - sample);
+            else
+                expected.push_back(
+                    static_cast<Sample>(static_cast<std::uint64_t>(white) - static_cast<std::uint64_t>(sample)));
+        }
+        auto const pyramid = open(write({full}));
+        expectOwnUnits(*pyramid, full);
+        expectLevel(*pyramid->reader(), 0, bytesOf(expected));
     }
 
     Bytes packed(size_t width, size_t height, unsigned bits) const {
@@ -149,6 +176,7 @@ TEST_F(TiffPyramidTest, JpegIsDecodedToRedGreenAndBlue) {
             std::string const file = write({full});
             auto const pyramid = open(file);
             EXPECT_EQ(pyramid->facts().image.layout.colours, 3u);
+            expectOwnUnits(*pyramid, full);
             auto const reader = pyramid->reader();
             auto const whole = readAll(*reader);
             auto const decoded = filesamples::readTiff(file, 1);
@@ -185,8 +213,33 @@ TEST_F(TiffPyramidTest, FewBitsAndInvertedGreyBecomeWholeSamples) {
                 auto const pyramid = open(write({full}));
                 EXPECT_EQ(pyramid->facts().image.layout.type, SampleType::Unsigned8);
                 EXPECT_EQ(pyramid->facts().image.layout.colours, 1u);
+                expectOwnUnits(*pyramid, full);
                 expectLevel(*pyramid->reader(), 0, expected);
             }
+}
+
+TEST_F(TiffPyramidTest, SamplesOfEveryTypeAreInvertedWhereZeroIsWhite) {
+    expectInverted<std::uint8_t>(0xff);
+    expectInverted<std::int8_t>(-1);
+    expectInverted<std::uint16_t>(0xffff);
+    expectInverted<std::int16_t>(0x7fff);
+    expectInverted<std::uint32_t>(0xffffffff);
+    expectInverted<std::int32_t>(0x7fffffff);
+    expectInverted<float>(1);
+    expectInverted<double>(1);
+}
+
+TEST_F(TiffPyramidTest, SamplesOfOtherNumbersOfBitsAreRefused) {
+    Directory full = level(64, 32, 1, 1);
+    full.compression = COMPRESSION_ZSTD;
+    std::string const file = write({full});
+    for (std::uint32_t const bits : {3u, 5u, 7u, 12u}) {
+        setValue(file, TIFFTAG_BITSPERSAMPLE, 0, bits);
+        HostError const error = failure([&] { open(file); });
+        EXPECT_EQ(error.kind(), HostError::Kind::UnreadableImage);
+        EXPECT_TRUE(has(error.what(), "samples of " + std::to_string(bits) + " bits in a TIFF are not read"))
+            << error.what();
+    }
 }
 
 TEST_F(TiffPyramidTest, SixteenBitsInWhichZeroIsWhiteAreInvertedWithoutTheirAlpha) {
@@ -228,6 +281,7 @@ TEST_F(TiffPyramidTest, PalettesBecomeColoursOrGrey) {
                         expected.push_back(static_cast<std::uint8_t>(entry(index, band)));
                 auto const pyramid = open(write({full}));
                 EXPECT_EQ(pyramid->facts().image.layout.bands, grey ? 1u : 3u);
+                expectOwnUnits(*pyramid, full);
                 expectLevel(*pyramid->reader(), 0, expected);
             }
 }
@@ -310,6 +364,21 @@ TEST_F(TiffPyramidTest, CopiesOfAnotherShapeOrLayoutAreNoLevels) {
     EXPECT_EQ(labelled->facts().image.pages, 2u);
 }
 
+// Rounding makes copies of one width, and narrower ones that are higher.
+TEST_F(TiffPyramidTest, CopiesWithoutAShorterSideThanTheOneBeforeAreNoLevels) {
+    Directory const full = level(400, 300, 1, 1);
+    Directory const high = reduced(40, 31, 1, 2);
+    Directory const low = reduced(40, 30, 1, 3);
+    Directory const narrow = reduced(39, 30, 1, 4);
+    auto const pyramid = open(write({full, high, low, narrow}));
+    ASSERT_EQ(sizesOf(pyramid->facts()), (Sizes{"400x300", "40x31", "40x30", "39x30"}));
+    expectLevel(*pyramid->reader(), 2, low.bytes);
+    expectLevel(*pyramid->reader(), 3, narrow.bytes);
+    EXPECT_EQ(sizesOf(open(write({full, low, high}))->facts()), (Sizes{"400x300", "40x30"}));
+    EXPECT_EQ(sizesOf(open(write({full, low, reduced(39, 31, 1, 5)}))->facts()), (Sizes{"400x300", "40x30"}));
+    EXPECT_EQ(sizesOf(open(write({full, low, low}))->facts()), (Sizes{"400x300", "40x30"}));
+}
+
 TEST_F(TiffPyramidTest, CopiesBelongToThePageBeforeThem) {
     std::vector<Directory> const all{level(80, 60, 1, 1), reduced(40, 30, 1, 2), level(88, 66, 1, 3),
                                      reduced(44, 33, 1, 4)};
@@ -371,6 +440,46 @@ TEST_F(TiffPyramidTest, FactsAreTheFiles) {
     expectLevel(*other->reader(), 0, full.bytes);
 }
 
+TEST_F(TiffPyramidTest, OrientationsThatDoNotExistAreUpright) {
+    Directory full = level(40, 30, 1, 1);
+    full.orientation = ORIENTATION_LEFTBOT;
+    std::string const file = write({full});
+    EXPECT_EQ(open(file)->facts().image.orientation, 8);
+    for (std::uint32_t const orientation : {0u, 9u, 65535u}) {
+        setValue(file, TIFFTAG_ORIENTATION, 0, orientation);
+        EXPECT_EQ(open(file)->facts().image.orientation, 1) << orientation;
+    }
+}
+
+// A reader holds a decoded tile, what it is decoded from, and its samples.
+TEST_F(TiffPyramidTest, TheMemoryOfAReaderIsThatOfItsLargestTile) {
+    Directory full = level(40, 30, 4, 1);
+    full.tile = 1024;
+    full.tileHeight = 512;
+    Directory half = reduced(20, 15, 4, 2);
+    std::uint64_t const tileBytes = 1024 * 512 * 4;
+    std::uint64_t const handleBytes = 1 << 20; // of libtiff
+    for (auto const& directories : {std::vector<Directory>{full}, {full, half}}) {
+        std::uint64_t const bytes = open(write(directories))->facts().readerBytes;
+        EXPECT_EQ(bytes, 3 * tileBytes + directories.size() * handleBytes);
+    }
+    std::swap(full.tile, half.tile);
+    std::swap(full.tileHeight, half.tileHeight);
+    EXPECT_EQ(open(write({full, half}))->facts().readerBytes, 3 * tileBytes + 2 * handleBytes);
+}
+
+TEST_F(TiffPyramidTest, TilesOfMoreSamplesThan128MegabytesOfDoublesAreNotDecodedOneByOne) {
+    for (std::uint32_t const height : {4096u, 4112u}) {
+        Directory full = level(40, 30, 1, 1);
+        full.compression = COMPRESSION_ADOBE_DEFLATE;
+        full.tile = 4096;
+        full.tileHeight = height;
+        auto const pyramid = open(write({full}));
+        EXPECT_EQ(pyramid->facts().levels.front().unit.width, height == 4096 ? 4096u : 40u);
+        EXPECT_TRUE(readAll(*pyramid->reader()) == full.bytes);
+    }
+}
+
 TEST_F(TiffPyramidTest, PhysicalSizesOfOmeAreTaken) {
     Directory full = level(40, 30, 1, 1);
     full.description =
@@ -395,10 +504,49 @@ TEST_F(TiffPyramidTest, BandsAreTakenInTheirOrder) {
         for (size_t const band : {4u, 1u, 1u, 0u})
             expected.push_back(samples[i + band]);
     expectLevel(*pyramid->reader(), 0, bytesOf(expected));
+    EXPECT_EQ(pyramid->facts().image.colourSpace, "");
     options.selection.bands = {6};
     HostError const error = failure([&] { open(path("a.tif"), options); });
     EXPECT_EQ(error.kind(), HostError::Kind::Usage);
     EXPECT_TRUE(has(error.what(), "has no band 6; --bands are 1 to 5")) << error.what();
+}
+
+TEST_F(TiffPyramidTest, ChosenBandsAreNoLongerColoursOfAnotherSpace) {
+    Directory inks = level(50, 40, 4, 1);
+    inks.photometric = PHOTOMETRIC_SEPARATED;
+    PyramidOptions options;
+    options.selection.bands = {2};
+    PyramidFacts const facts = open(write({inks}), options)->facts();
+    EXPECT_EQ(facts.image.colourSpace, "");
+    EXPECT_FALSE(facts.image.convertible);
+    EXPECT_EQ(facts.image.layout.colours, 1u);
+    EXPECT_FALSE(facts.image.layout.alpha);
+    Directory rgba = level(50, 40, 4, 1);
+    rgba.extraSamples = {EXTRASAMPLE_ASSOCALPHA};
+    EXPECT_TRUE(open(write({rgba}))->facts().isMultiplied);
+    EXPECT_FALSE(open(write({rgba}), options)->facts().isMultiplied);
+}
+
+// Of other compressions than JPEG the samples are those of the file, where each pixel has all three.
+TEST_F(TiffPyramidTest, BrightnessAndColoursAreReadWhereTheyAreNotSubsampled) {
+    Directory full = level(48, 32, 3, 1);
+    full.photometric = PHOTOMETRIC_YCBCR;
+    full.compression = COMPRESSION_ZSTD;
+    std::string const file = write({full});
+    auto const pyramid = open(file);
+    EXPECT_EQ(pyramid->facts().image.colourSpace, "YCbCr");
+    EXPECT_EQ(pyramid->facts().image.layout.colours, 0u);
+    expectOwnUnits(*pyramid, full);
+    expectLevel(*pyramid->reader(), 0, full.bytes);
+    for (std::uint32_t const across : {1u, 2u})
+        for (std::uint32_t const down : {1u, 2u}) {
+            setValue(file, TIFFTAG_YCBCRSUBSAMPLING, 0, across);
+            setValue(file, TIFFTAG_YCBCRSUBSAMPLING, 1, down);
+            if (across * down == 1)
+                expectLevel(*open(file)->reader(), 0, full.bytes);
+            else
+                EXPECT_EQ(failure([&] { open(file); }).kind(), HostError::Kind::UnreadableImage);
+        }
 }
 
 TEST_F(TiffPyramidTest, OtherRegionsAndLevelsAndPagesAreRefused) {
@@ -580,6 +728,23 @@ TEST_F(TiffPyramidTest, TilesThatAFileLeavesOutAreNodataIfItStatesOne) {
             std::fill_n(samples.begin() + static_cast<std::ptrdiff_t>(y * 64 + 32), 32, std::int16_t{-32000});
         expectLevel(*reader, 0, bytesOf(samples));
     }
+}
+
+// At offset 0 lies the file's header.
+TEST_F(TiffPyramidTest, TilesWithoutAPlaceOrWithoutALengthAreDamaged) {
+    for (std::uint16_t const compression : Numbers{COMPRESSION_NONE, COMPRESSION_ZSTD})
+        for (bool const stated : {true, false})
+            for (std::uint16_t const tag : Numbers{TIFFTAG_TILEOFFSETS, TIFFTAG_TILEBYTECOUNTS}) {
+                SCOPED_TRACE(std::to_string(compression) + " " + std::to_string(stated) + " " + std::to_string(tag));
+                Directory full = level(64, 32, 1, 1);
+                full.compression = compression;
+                if (stated) full.nodata = "7";
+                std::string const file = write({full});
+                setValue(file, tag, 1, 0);
+                auto const reader = open(file)->reader();
+                EXPECT_EQ(failure([&] { readAll(*reader); }).kind(), HostError::Kind::UnreadableImage);
+                EXPECT_TRUE(read(*reader, 0, {0, 0, 32, 32}) == crop(full.bytes, 64, 1, {0, 0, 32, 32}));
+            }
 }
 
 TEST_F(TiffPyramidTest, TilesAreDecodedOnceAndSharedByReaders) {

@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "tests/host/image/TestTiff.h"
 #include "tests/host/view/PictureViewFixture.h"
+#include "tests/support/LivingGlObjects.h"
 #include "tests/support/LongRun.h"
 #include "tests/support/Sanitizers.h"
 
@@ -312,6 +313,41 @@ TEST_F(PyramidStagesGLTest, ADamagedTileIsAHoleAndTheRestIsShown) {
                 std::equal(&model[4 * (1201 * y + x)], &model[4 * (1201 * y + x)] + 4, &shown[4 * (1201 * y + x)]))
                 << x << "," << y;
     }
+}
+
+TEST_F(PyramidStagesGLTest, TheNameAndTheScaleAreTheFiles) {
+    FileLevels const file = fileOf(320, 200, 3, {});
+    auto directory = testtiff::directory(320, 200, 3, file.full().bytes);
+    directory.resolutionUnit = RESUNIT_CENTIMETER;
+    directory.xResolution = 40000;
+    directory.yResolution = 5000;
+    testtiff::write(path(), {directory});
+    PictureView const view(instance_, std::shared_ptr<Pyramid const>(openPyramid(path()).pyramid), options());
+    EXPECT_EQ(view.info().sourceName, "pyramid.tif");
+    // A centimetre is 10000 microns.
+    EXPECT_DOUBLE_EQ(view.info().micronsPerPixelX, 0.25);
+    EXPECT_DOUBLE_EQ(view.info().micronsPerPixelY, 2);
+    auto const unknown = open(file);
+    PictureView const other(instance_, unknown, options());
+    EXPECT_EQ(other.info().micronsPerPixelX, 0);
+    EXPECT_EQ(other.info().micronsPerPixelY, 0);
+}
+
+// Tiles of 30 MB go at once: their textures are not kept for others.
+TEST_F(PyramidStagesGLTest, TexturesOfManyTilesThatGoAreFreed) {
+    FileLevels const file = fileOf(2600, 2700, 3, {2, 4, 8});
+    auto const pyramid = open(file);
+    PictureView::Options small = options();
+    small.gpuBytes = 1;
+    PictureView view(instance_, pyramid, small);
+    View const part{Zoom(), 10, 20, 30, 40, false};
+    Bytes const expected = completed(view, part);
+    auto const few = living_gl_objects::snapshot();
+    completed(view, {Zoom(), 0, 0, 2600, 2700, false});
+    // 6 x 6 tiles of 512 x 512 pixels.
+    EXPECT_GE(living_gl_objects::snapshot().size(), few.size() + 30);
+    EXPECT_TRUE(completed(view, part) == expected);
+    EXPECT_LT(living_gl_objects::snapshot().size(), few.size() + 10);
 }
 
 TEST_F(PyramidStagesGLTest, TheDataMaskIsThePicture) {
