@@ -339,10 +339,11 @@ TEST_F(PyramidTilesTest, LargeLevelsAreReadInStripsAndTilesOnce) {
         std::uint32_t rowsPerStrip;
         std::uint64_t most;
     };
-    // A tile at the border of columns may be decoded twice; of high tiles, fewer columns are held. A strip of 1.7 MB may
-    // be decoded for each 8 MB of rows, and one of more than 8 MB twice.
-    for (Units const& units : {Units{256, 256, 0, 2u * 9 * 9}, Units{64, 512, 0, 34u * 5}, Units{0, 0, 100, 22u + 5},
-                               Units{0, 0, 600, 4u + 3}}) {
+    // A tile at the border of columns may be decoded twice; of high tiles, fewer columns are held. A strip of 1.7 MB
+    // may be decoded for each 8 MB of rows, and one of more than 8 MB twice.
+    std::vector<Units> const all{
+        {256, 256, 0, 2 * 9 * 9}, {64, 512, 0, 34 * 5}, {0, 0, 100, 22 + 5}, {0, 0, 600, 4 + 3}};
+    for (Units const& units : all) {
         Directory full = level<double>(2100, 2150, 1, 1);
         full.tile = units.tile;
         full.tileHeight = units.tileHeight;

@@ -332,7 +332,6 @@ class ProgramStackGLTest : public ProgramViewGLTest {
 protected:
     static constexpr size_t kWidth = 120;
     static constexpr size_t kHeight = 100;
-    static constexpr size_t kChannels = 2;
 
     ProgramStackGLTest() {
         std::vector<testtiff::Directory> pages;
