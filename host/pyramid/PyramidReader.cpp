@@ -38,6 +38,7 @@ void PyramidReader::take(std::vector<size_t> const& bands, StackPosition const& 
         layout.alpha = false;
     }
     std::vector<size_t> taken;
+    taken.reserve(bands.size());
     for (size_t const band : bands)
         taken.push_back(bands_.chosen.empty() ? band : bands_.chosen.at(band));
     facts_ = std::move(facts);
