@@ -45,6 +45,8 @@ void TilePipeline::settle() {
     stages_.keepResidualsOf(request.residuals);
     load(request);
     request_ = std::move(request);
+    // Tiles of the view before may go now, also if nothing is to be loaded for this one.
+    trim();
 }
 
 // The tiles that neither wait nor can be made without loading.
