@@ -6,6 +6,7 @@
 #include "host/image/PixelBands.h"
 #include "host/image/SampleRange.h"
 #include "host/image/SampleSource.h"
+#include "host/image/ShownSamples.h"
 
 #include <algorithm>
 #include <cmath>
@@ -96,6 +97,15 @@ public:
 private:
     void open() {
         source_ = openSamples(file_, request_);
+        if (options_.selection.followsProfile && options_.selection.bands.empty()) {
+            auto const choice = SrgbConversion::of(source_->facts());
+            profileLeftOut_ = choice.reason;
+            source_ = convertedSamples(std::move(source_), choice);
+        }
+        if (options_.selection.isUpright) {
+            orientation_ = source_->facts().orientation;
+            source_ = uprightSamples(std::move(source_));
+        }
         nextRow_ = 0;
     }
 
@@ -163,6 +173,7 @@ private:
                              std::to_string(facts().stack->pages()) +
                              " of its first image are shown; --page N shows another");
         if (!facts().drawn.empty()) notes_.push_back(name + " has no pixels of its own and is " + facts().drawn);
+        if (!profileLeftOut_.empty()) notes_.push_back(name + ": " + profileLeftOut_);
         if (facts().orientation != 1)
             notes_.push_back(name + " asks to be turned or mirrored (orientation " +
                              std::to_string(facts().orientation) + "); its pixels are taken as they lie in the file");
@@ -178,6 +189,8 @@ private:
             parts.push_back((bands() == 1 ? "band " : "bands ") + imageselection::toText(options_.selection.bands) +
                             " of " + std::to_string(facts().layout.bands));
         if (!convertedFrom_.empty()) parts.push_back(convertedFrom_ + " converted to sRGB");
+        if (!facts().followedProfile.empty()) parts.push_back(facts().followedProfile + " converted to sRGB");
+        if (orientation_ != 1) parts.push_back("turned upright (orientation " + std::to_string(orientation_) + ")");
         if (!facts().drawn.empty()) parts.push_back(facts().drawn);
         if (range_) parts.push_back(rangeText(*range_, facts().layout.type));
         std::string text;
@@ -235,6 +248,8 @@ private:
     SampleRequest request_;
     std::unique_ptr<SampleSource> source_;
     std::vector<size_t> bands_; // index of each of our bands in a pixel of the file
+    int orientation_ = 1;       // of the file, if it is followed
+    std::string profileLeftOut_;
     std::string convertedFrom_; // colour space of the file; empty: colours are not converted
     std::optional<SampleRange> range_;
     std::vector<std::string> notes_;

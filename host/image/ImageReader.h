@@ -20,10 +20,10 @@
 ///     several pages, or bands that are    refused; the selected ones are taken
 ///     neither grey nor RGB
 ///
-/// The file says which band is alpha. ICC profiles and the orientation tag are not applied: the pixels are the file's,
-/// and notes() report a tag that asks for another orientation. A pyramid is read at full size. Tiled formats are read
-/// in any order; rows of other formats are read once, from the top, so regions must go down the image. A damaged or
-/// truncated file is an error, never grey pixels.
+/// The file says which band is alpha. ICC profiles and the orientation tag are followed where the selection says so,
+/// which the description tells, or notes() why not. A pyramid is read at full size. Tiled formats are read in any order;
+/// rows of other formats are read once, from the top, so regions must go down the image. A damaged or truncated file is
+/// an error, never grey pixels.
 ///
 /// One thread at a time.
 class ImageReader final : public PixelSource {

@@ -38,6 +38,8 @@ std::string ImageSelection::identity() const {
     if (range) text += " range " + imageselection::toText(range->low) + " " + imageselection::toText(range->high);
     if (automaticRange) text += " range auto";
     if (toSrgb) text += " sRGB";
+    if (followsProfile) text += " profile";
+    if (isUpright) text += " upright";
     return text;
 }
 

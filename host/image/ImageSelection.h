@@ -15,8 +15,11 @@ struct ImageSelection {
     std::optional<SampleRange> range; ///< mapped to 16 bits
     bool automaticRange = false;      ///< the range goes from the smallest to the largest sample
     bool toSrgb = false;              ///< colours other than grey and RGB are converted
+    bool followsProfile = false;      ///< grey and RGB become sRGB's by the file's ICC profile; --no-icc leaves them
+    bool isUpright = false;           ///< turned by the file's orientation tag; --no-rotate leaves it as it lies
 
     bool hasRange() const { return range || automaticRange; }
+    /// Whether all of the picture is taken, as samples.
     bool isEmpty() const { return !page && bands.empty() && !hasRange() && !toSrgb; }
     /// A text that is equal for equal selections, and different for different ones.
     std::string identity() const;

@@ -65,14 +65,15 @@ struct ImageFacts {
     std::string pageNoun = "pages";  ///< the format's word for pages
     std::string colourSpace;         ///< of colours other than plain grey or RGB: "CMYK"
     bool convertible = false;        ///< the colours can be converted to sRGB
-    int orientation = 1;             ///< value of the orientation tag, if it is ignored; 1: upright
+    int orientation = 1;             ///< value of the orientation tag, if it is not followed; 1: upright
     double pixelsPerMillimetreX = 0; ///< if the file states a physical size; else 0
     double pixelsPerMillimetreY = 0; ///<
     std::string drawn;               ///< how pixels were drawn if the file has none: "drawn at 72 pixels per inch"
     std::uint64_t heldBytes = 0;     ///< approximate memory of the decoder while it reads, besides a few rows
     size_t levels = 1;               ///< sizes in which the decoder gives the picture, at most: SampleRequest::level
     std::optional<double> nodata;    ///< the sample that means that there is none
-    std::vector<std::uint8_t> iccProfile; ///< empty: none is stated
+    std::vector<std::uint8_t> iccProfile; ///< of the samples; empty: none is stated, or they are sRGB
+    std::string followedProfile;          ///< the name of the one that colours were converted from
     std::optional<ImageStack> stack;      ///< of the file's pages, if no page was asked for
     std::vector<BandFacts> bands;         ///< of layout's; empty: the file says nothing of them
 };

@@ -1,5 +1,6 @@
 #include "host/image/TiffDirectory.h"
 
+#include "host/image/NodataSample.h"
 #include "host/image/TiffFile.h"
 #include "host/image/TiffStack.h"
 
@@ -13,7 +14,8 @@ namespace {
 
 constexpr double kMillimetresPerInch = 25.4;
 constexpr double kMillimetresPerCentimetre = 10;
-constexpr size_t kLeastKeptRows = 512; // for a picture in strips, libvips keeps at least these
+constexpr size_t kLeastKeptRows = 512;      // for a picture in strips, libvips keeps at least these
+constexpr std::uint32_t kNodataTag = 42113; // GDAL_NODATA: a text
 
 // Throws for a file whose directories are all reduced-size copies of a picture that lies elsewhere.
 void findPages(TiffChain& chain, InputFile const& file) {
@@ -220,6 +222,17 @@ void describeResolution(TiffFile const& tiff, TiffDirectory& directory) {
     directory.pixelsPerMillimetreY = double{tiff.value<float>(TIFFTAG_YRESOLUTION, 0)} / millimetres;
 }
 
+// libtiff does not know the tag: it gives a count and the values as they lie in the file.
+std::optional<double> nodataOf(TiffFile const& tiff) {
+    TIFFField const* const field = TIFFFindField(tiff.get(), kNodataTag, TIFF_ANY);
+    if (field == nullptr || TIFFFieldDataType(field) != TIFF_ASCII || TIFFFieldPassCount(field) == 0)
+        return std::nullopt;
+    std::uint32_t count = 0;
+    void* bytes = nullptr;
+    if (TIFFGetField(tiff.get(), kNodataTag, &count, &bytes) != 1) return std::nullopt;
+    return nodatasample::parse({static_cast<char const*>(bytes), count});
+}
+
 TiffChain::Kind kindOf(TiffFile const& tiff) {
     TiffChain::Kind kind;
     kind.width = tiff.value<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
@@ -273,6 +286,7 @@ TiffDirectory TiffDirectory::current(TiffFile const& tiff) {
     describeResolution(tiff, directory);
     char const* description = nullptr;
     if (TIFFGetField(tiff.get(), TIFFTAG_IMAGEDESCRIPTION, &description) == 1) directory.description = description;
+    directory.nodata = nodataOf(tiff);
     return directory;
 }
 

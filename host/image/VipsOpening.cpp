@@ -280,7 +280,10 @@ Opened vipsopening::open(std::shared_ptr<InputFile> const& file, SampleRequest c
     facts.format = loader.format;
     facts.pageNoun = loader.pageNoun;
     facts.pages = pagesOf(loaded, loader, known);
-    if (known.tiff) facts.stack = known.tiff->stack;
+    if (known.tiff) {
+        facts.stack = known.tiff->stack;
+        facts.nodata = known.tiff->nodata;
+    }
     requireFrame(*file, request, loader, facts);
     requirePossible(loaded, loader, *file);
     facts.orientation = ignoredOrientation(loaded, loader);
@@ -296,6 +299,7 @@ Opened vipsopening::open(std::shared_ptr<InputFile> const& file, SampleRequest c
     opened.image = image;
     if (request.toSrgb && facts.convertible) {
         opened.image = vipscolours::toSrgb(image);
+        if (facts.colourSpace != kMultiplied) facts.iccProfile.clear(); // it has been followed
         vipscolours::describe(opened.image, facts);
         facts.layout.alpha = facts.layout.bands == facts.layout.colours + 1;
     }

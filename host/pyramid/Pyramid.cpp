@@ -2,6 +2,8 @@
 
 #include "host/MemoryBudget.h"
 #include "host/image/ImageRefusal.h"
+#include "host/image/Orientation.h"
+#include "host/image/ShownSamples.h"
 #include "host/image/VipsSamples.h"
 #include "host/pyramid/DecoderPyramid.h"
 #include "host/pyramid/MemoryPyramid.h"
@@ -11,29 +13,38 @@
 
 namespace {
 
-PyramidBands bandsOf(ImageSelection const& selection, SampleFormat const& layout) {
-    PyramidBands bands;
-    bands.inFile = layout.bands;
+PyramidTaking takingOf(ImageSelection const& selection, ImageFacts const& facts) {
+    PyramidTaking taking;
+    taking.bands = facts.layout.bands;
     for (size_t const band : selection.bands)
-        bands.chosen.push_back(band - 1);
-    return bands;
+        taking.chosen.push_back(band - 1);
+    if (selection.isUpright) taking.orientation = facts.orientation;
+    return taking;
 }
 
 // Chosen bands are grey or RGB, with alpha or without.
-PyramidFacts factsOf(PyramidFacts facts, PyramidBands const& bands) {
-    if (bands.chosen.empty()) return facts;
+PyramidFacts ofBands(PyramidFacts facts, std::vector<size_t> const& chosen) {
+    if (chosen.empty()) return facts;
     SampleFormat& layout = facts.image.layout;
-    layout.bands = bands.chosen.size();
+    layout.bands = chosen.size();
     layout.colours = layout.bands <= 2 ? 1 : 3;
     layout.alpha = layout.bands > layout.colours;
     std::vector<BandFacts> named;
     if (!facts.image.bands.empty())
-        for (size_t const band : bands.chosen)
+        for (size_t const band : chosen)
             named.push_back(facts.image.bands.at(band));
     facts.image.bands = std::move(named);
     facts.image.colourSpace.clear();
     facts.image.convertible = false;
     facts.isMultiplied = false;
+    return facts;
+}
+
+PyramidFacts turnedUpright(PyramidFacts facts) {
+    int const turn = facts.image.orientation;
+    for (PyramidLevel& level : facts.levels)
+        level = {orientation::turned(level.size, turn), orientation::turned(level.unit, turn)};
+    facts.image = uprightFacts(facts.image);
     return facts;
 }
 
@@ -90,13 +101,26 @@ Opened open(std::string const& path, PyramidOptions const& options) {
 } // namespace
 
 Pyramid::Pyramid(std::string path, std::shared_ptr<PyramidFile const> file, ImageSelection const& selection)
-    : path_(std::move(path)),
-      file_(std::move(file)),
-      bands_(bandsOf(selection, file_->facts().image.layout)),
-      facts_(std::make_shared<PyramidFacts const>(factsOf(file_->facts(), bands_))) {}
+    : path_(std::move(path)), file_(std::move(file)), taking_(takingOf(selection, file_->facts().image)) {
+    PyramidFacts facts = ofBands(file_->facts(), taking_.chosen);
+    if (selection.isUpright) facts = turnedUpright(std::move(facts));
+    // Chosen bands are numbers, and multiplied colours are imported.
+    if (selection.followsProfile && taking_.chosen.empty() && !facts.isMultiplied) {
+        auto const choice = SrgbConversion::of(facts.image);
+        taking_.conversion = choice.conversion;
+        if (choice.conversion) facts.image = convertedFacts(std::move(facts.image), choice);
+    }
+    facts_ = std::make_shared<PyramidFacts const>(std::move(facts));
+}
 
 std::unique_ptr<PyramidReader> Pyramid::reader(InputFile::Check const& check) const {
-    return std::make_unique<PyramidReader>(facts_, file_->reader(check), bands_, path_);
+    return std::make_unique<PyramidReader>(facts_, file_->reader(check), taking_, path_);
+}
+
+std::unique_ptr<PyramidReader> Pyramid::ownColours(InputFile::Check const& check) const {
+    PyramidTaking taking = taking_;
+    taking.conversion.reset();
+    return std::make_unique<PyramidReader>(facts_, file_->reader(check), std::move(taking), path_);
 }
 
 PyramidOpening openPyramid(std::string const& path, PyramidOptions const& options) {

@@ -27,18 +27,22 @@ public:
     std::string const& path() const { return path_; }
     /// Of the selected bands.
     PyramidFacts const& facts() const { return *facts_; }
+    /// The orientation of the file's pixels, of which upright ones were made; 1: none were.
+    int orientation() const { return taking_.orientation; }
     /// A reader, independent of others and of the life of this object. Throws HostError.
     std::unique_ptr<PyramidReader> reader(InputFile::Check const& check = {}) const;
+    /// The same of colours as they lie in the file.
+    std::unique_ptr<PyramidReader> ownColours(InputFile::Check const& check = {}) const;
 
 private:
     std::string path_;
     std::shared_ptr<PyramidFile const> file_;
-    PyramidBands bands_;
+    PyramidTaking taking_;
     std::shared_ptr<PyramidFacts const> facts_;
 };
 
 struct PyramidOptions {
-    /// Page, bands and conversion to sRGB; without a page the first one is taken. A range is not applied.
+    /// Page, bands, conversions to sRGB and orientation; without a page the first one is taken. A range is not applied.
     ImageSelection selection;
     std::uint64_t memoryBytes = 256'000'000; ///< that the samples of a level may take which is decoded as a whole
     size_t cacheBytes = size_t{64} << 20;    ///< of decoded tiles of the file, which all readers share

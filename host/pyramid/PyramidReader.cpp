@@ -1,6 +1,7 @@
 #include "host/pyramid/PyramidReader.h"
 
 #include "host/HostError.h"
+#include "host/image/Orientation.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,15 +15,15 @@ constexpr size_t kPartBytes = 4 * 1024 * 1024; // of all bands of a plane, read 
 } // namespace
 
 PyramidReader::PyramidReader(std::shared_ptr<PyramidFacts const> facts, std::unique_ptr<LevelReader> levels,
-                             PyramidBands bands, std::string path)
+                             PyramidTaking taking, std::string path)
     : all_(std::move(facts)),
       levels_(std::move(levels)),
-      bands_(std::move(bands)),
+      taking_(std::move(taking)),
       path_(std::move(path)),
       facts_(all_),
-      taken_(bands_.chosen) {
+      taken_(taking_.chosen) {
     if (taken_.empty() && all_->stack.planes > 1) {
-        taken_.resize(bands_.inFile);
+        taken_.resize(taking_.bands);
         std::iota(taken_.begin(), taken_.end(), size_t{0});
     }
 }
@@ -40,7 +41,7 @@ void PyramidReader::take(std::vector<size_t> const& bands, StackPosition const& 
     std::vector<size_t> taken;
     taken.reserve(bands.size());
     for (size_t const band : bands)
-        taken.push_back(bands_.chosen.empty() ? band : bands_.chosen.at(band));
+        taken.push_back(taking_.chosen.empty() ? band : taking_.chosen.at(band));
     facts_ = std::move(facts);
     taken_ = std::move(taken);
     position_ = position;
@@ -56,8 +57,8 @@ void PyramidReader::read(size_t level, Region const& region, std::uint8_t* sampl
         throw HostError(HostError::Kind::RegionOutside, "the region " + toText(region) + " leaves the picture of " +
                                                             std::to_string(size.width) + " x " +
                                                             std::to_string(size.height) + " pixels; choose one inside");
-    if (taken_.empty()) return levels_->read(level, 0, region, samples);
-    size_t const rowBytes = region.width * bands_.inFile / all_->stack.planes * bytesOf(facts_->image.layout.type);
+    if (taken_.empty()) return readPlane(level, 0, region, samples);
+    size_t const rowBytes = region.width * taking_.bands / all_->stack.planes * bytesOf(facts_->image.layout.type);
     size_t const rowsAtOnce = std::clamp<size_t>(kPartBytes / rowBytes, 1, region.height);
     size_t const pixelBytes = facts_->image.layout.pixelBytes();
     for (size_t row = 0; row < region.height; row += rowsAtOnce) {
@@ -70,7 +71,7 @@ void PyramidReader::read(size_t level, Region const& region, std::uint8_t* sampl
 void PyramidReader::readBands(size_t level, Region const& region, std::uint8_t* samples) {
     ImageStack const& stack = all_->stack;
     size_t const sampleBytes = bytesOf(facts_->image.layout.type);
-    size_t const planeBands = bands_.inFile / stack.planes;
+    size_t const planeBands = taking_.bands / stack.planes;
     size_t const pixels = region.width * region.height;
     size_t const firstPlane = (position_.time * stack.slices + position_.slice) * stack.planes;
     plane_.resize(pixels * planeBands * sampleBytes);
@@ -78,7 +79,7 @@ void PyramidReader::readBands(size_t level, Region const& region, std::uint8_t* 
         bool isRead = false;
         for (size_t i = 0; i < taken_.size(); ++i) {
             if (taken_[i] / planeBands != plane) continue;
-            if (!isRead) levels_->read(level, firstPlane + plane, region, plane_.data());
+            if (!isRead) readPlane(level, firstPlane + plane, region, plane_.data());
             isRead = true;
             std::uint8_t const* from = plane_.data() + taken_[i] % planeBands * sampleBytes;
             std::uint8_t* to = samples + i * sampleBytes;
@@ -89,4 +90,19 @@ void PyramidReader::readBands(size_t level, Region const& region, std::uint8_t* 
             }
         }
     }
+}
+
+// Upright, in the colours that are shown.
+void PyramidReader::readPlane(size_t level, size_t plane, Region const& region, std::uint8_t* samples) {
+    size_t const pixels = region.width * region.height;
+    if (taking_.orientation == 1) {
+        levels_->read(level, plane, region, samples);
+    } else {
+        size_t const pixelBytes = taking_.bands / all_->stack.planes * bytesOf(all_->image.layout.type);
+        Size const inFile = orientation::turned(all_->levels[level].size, taking_.orientation);
+        turned_.resize(pixels * pixelBytes);
+        levels_->read(level, plane, orientation::inFile(region, inFile, taking_.orientation), turned_.data());
+        orientation::turn(turned_.data(), sizeOf(region), pixelBytes, taking_.orientation, samples);
+    }
+    if (taking_.conversion) taking_.conversion->convert(samples, pixels);
 }

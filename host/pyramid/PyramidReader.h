@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/image/SrgbConversion.h"
 #include "host/pyramid/LevelReader.h"
 
 #include <cstddef>
@@ -8,17 +9,19 @@
 #include <string>
 #include <vector>
 
-/// Bands that are taken of a file's.
-struct PyramidBands {
-    size_t inFile = 0;          ///< number of bands
-    std::vector<size_t> chosen; ///< their indices; empty: all
+/// How a pyramid's samples are made of its file's.
+struct PyramidTaking {
+    size_t bands = 0;                                      ///< of the file
+    std::vector<size_t> chosen;                            ///< indices of those that are taken; empty: all
+    int orientation = 1;                                   ///< of the file's pixels; the pyramid's are upright
+    std::shared_ptr<SrgbConversion const> conversion = {}; ///< of all bands; null: none
 };
 
 /// Reads regions of the levels of a Pyramid. One thread at a time; several readers work side by side.
 class PyramidReader {
 public:
-    /// Made by Pyramid. `facts`: of the chosen bands.
-    PyramidReader(std::shared_ptr<PyramidFacts const> facts, std::unique_ptr<LevelReader> levels, PyramidBands bands,
+    /// Made by Pyramid. `facts`: of what is taken.
+    PyramidReader(std::shared_ptr<PyramidFacts const> facts, std::unique_ptr<LevelReader> levels, PyramidTaking taking,
                   std::string path);
 
     /// The pyramid's, of the bands that are taken.
@@ -38,13 +41,15 @@ public:
 
 private:
     void readBands(size_t level, Region const& region, std::uint8_t* samples);
+    void readPlane(size_t level, size_t plane, Region const& region, std::uint8_t* samples);
 
     std::shared_ptr<PyramidFacts const> const all_; // the pyramid's
     std::unique_ptr<LevelReader> levels_;
-    PyramidBands const bands_; // the pyramid's
+    PyramidTaking const taking_; // the pyramid's
     std::string path_;
     std::shared_ptr<PyramidFacts const> facts_;
     std::vector<size_t> taken_; // bands of the file; none: all, as they lie in it
     StackPosition position_;
-    std::vector<std::uint8_t> plane_; // all of its bands, some rows
+    std::vector<std::uint8_t> plane_;  // all of its bands, some rows
+    std::vector<std::uint8_t> turned_; // as they lie in the file
 };

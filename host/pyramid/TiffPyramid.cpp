@@ -1,6 +1,5 @@
 #include "host/pyramid/TiffPyramid.h"
 
-#include "host/image/NodataSample.h"
 #include "host/image/PixelDensity.h"
 #include "host/image/TiffStack.h"
 #include "host/pyramid/TiffUnits.h"
@@ -14,7 +13,6 @@
 
 namespace {
 
-constexpr std::uint32_t kNodataTag = 42113;     // GDAL_NODATA: a text
 constexpr size_t kMostLevels = 64;              // considered of a page
 constexpr double kSameRatio = 0.01;             // relative difference of the ratios of a level's sides
 constexpr double kRounding = 1.5;               // of a level's sides, in its samples
@@ -221,11 +219,6 @@ void setTags(TiffFile const& tiff, ImageFacts& facts) {
         auto const* const profile = static_cast<std::uint8_t const*>(bytes);
         facts.iccProfile.assign(profile, profile + count);
     }
-    // libtiff does not know the tag: it gives a count and the values as they lie in the file.
-    TIFFField const* const field = TIFFFindField(tiff.get(), kNodataTag, TIFF_ANY);
-    if (field == nullptr || TIFFFieldDataType(field) != TIFF_ASCII || TIFFFieldPassCount(field) == 0) return;
-    if (TIFFGetField(tiff.get(), kNodataTag, &count, &bytes) == 1)
-        facts.nodata = nodatasample::parse({static_cast<char const*>(bytes), count});
 }
 
 void setFacts(TiffFile const& tiff, TiffDirectory const& directory, PyramidFacts& facts) {
@@ -234,6 +227,7 @@ void setFacts(TiffFile const& tiff, TiffDirectory const& directory, PyramidFacts
     image.colourSpace = directory.colourSpace;
     image.convertible = directory.convertible;
     image.heldBytes = directory.heldBytes;
+    image.nodata = directory.nodata;
     facts.isMultiplied = directory.isMultiplied;
     setTags(tiff, image);
     if (!pixeldensity::setFromOme(image, directory.description))

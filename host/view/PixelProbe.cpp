@@ -12,7 +12,7 @@ bool PixelProbe::Question::operator==(Question const& other) const {
 }
 
 PixelProbe::PixelProbe(Pyramid const& pyramid)
-    : reader_(pyramid.reader()), threads_(startThreads(1, [this](size_t) { work(); })) {}
+    : reader_(pyramid.ownColours()), threads_(startThreads(1, [this](size_t) { work(); })) {}
 
 PixelProbe::~PixelProbe() {
     {
