@@ -66,6 +66,21 @@ void addDisplayOptions(CLI::App& command, DisplayRequest& request) {
     command.add_flag("--invert", request.isInverted, "Turn the colours of one channel round")->group(kGroup);
 }
 
+void addColourOptions(CLI::App& command, ImageSelection& selection) {
+    selection.followsProfile = true;
+    selection.isUpright = true;
+    command
+        .add_flag_callback(
+            "--no-icc", [&selection] { selection.followsProfile = false; },
+            "Colours as they lie in the file, whatever its ICC profile says; default: they are converted to sRGB")
+        ->group(kGroup);
+    command
+        .add_flag_callback(
+            "--no-rotate", [&selection] { selection.isUpright = false; },
+            "Pixels as they lie in the file, whatever its orientation tag says; default: they are turned upright")
+        ->group(kGroup);
+}
+
 DisplayRequest withRange(DisplayRequest request, ImageSelection const& selection) {
     request.range = selection.range;
     request.automaticRange = selection.automaticRange;

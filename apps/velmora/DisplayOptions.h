@@ -9,5 +9,8 @@
 /// words for what it means here.
 void addDisplayOptions(CLI::App& command, DisplayRequest& request);
 
+/// Adds --no-icc and --no-rotate; without them profiles and orientation tags are followed.
+void addColourOptions(CLI::App& command, ImageSelection& selection);
+
 /// The request with the range of --range.
 DisplayRequest withRange(DisplayRequest request, ImageSelection const& selection);

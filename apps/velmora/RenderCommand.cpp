@@ -223,15 +223,23 @@ std::string channelsText(std::vector<ChannelDisplay> const& channels) {
     return text + ", samples from " + toText(on.front().tone.low) + " to " + toText(on.front().tone.high);
 }
 
+// What was made of the file's pixels.
+std::string changesText(Pyramid const& pyramid) {
+    std::string const& profile = pyramid.facts().image.followedProfile;
+    std::string const text = profile.empty() ? "" : ", " + printableText(profile) + " converted to sRGB";
+    if (pyramid.orientation() == 1) return text;
+    return text + ", turned upright (orientation " + std::to_string(pyramid.orientation()) + ")";
+}
+
 // What is said of a picture in the closing line.
 std::string description(PictureSource const& source, PictureInfo const& info) {
     std::string const interpretation = printableText(info.interpretation);
     if (source.display)
-        return interpretation + ", " + source.pyramid->facts().image.format +
+        return interpretation + ", " + source.pyramid->facts().image.format + changesText(*source.pyramid) +
                positionText(source.pyramid->facts().stack, source.display->position) +
                channelsText(ChannelStages::showingOf(*source.pyramid, *source.display).channels);
     std::string const samples = interpretation + ", " + std::to_string(info.bits) + " bits";
-    if (source.pyramid) return samples + ", " + source.pyramid->facts().image.format;
+    if (source.pyramid) return samples + ", " + source.pyramid->facts().image.format + changesText(*source.pyramid);
     return samples + ", store of " + counted(info.levels, "level");
 }
 
@@ -323,6 +331,7 @@ void addRenderCommand(CLI::App& program) {
         ->check(checkNamed);
     addSelectionOptions(*command, options->selection);
     addDisplayOptions(*command, options->display);
+    addColourOptions(*command, options->selection);
     command
         ->add_option("-o,--output", options->output,
                      "The file to write: a TIFF where it ends in .tif or .tiff, a PNG where it ends in .png")

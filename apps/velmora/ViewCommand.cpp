@@ -160,6 +160,7 @@ void addViewCommand(CLI::App& program) {
         ->check(checkNamed);
     addSelectionOptions(*command, options->selection);
     addDisplayOptions(*command, options->display);
+    addColourOptions(*command, options->selection);
     command->add_option("--size", texts->size, "Window size; default: 1280x800")->type_name("WxH")->check(checkSize);
     command->add_option("--at", texts->at, "Picture pixel at the centre, and zoom (screen pixels per picture pixel)")
         ->type_name("X,Y,ZOOM")

@@ -24,6 +24,13 @@ constexpr enhancement::Equalise kEqualise{4.0};
 constexpr enhancement::Gamma kGamma{1.6, 200, 3000};
 constexpr enhancement::Gamma kDeepGamma{1.0, 0, enhancement::kLargestCode};
 
+// With the profile that colours were converted from.
+std::string interpretationOf(PictureSource const& source, PictureInfo const& info) {
+    std::string const text = printableText(info.interpretation);
+    if (!source.pyramid || source.pyramid->facts().image.followedProfile.empty()) return text;
+    return text + ", " + printableText(source.pyramid->facts().image.followedProfile) + " converted to sRGB";
+}
+
 } // namespace
 
 StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
@@ -36,7 +43,7 @@ StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, P
       overview_(instance, source, options.picture),
       probe_(source.pyramid ? std::make_unique<PixelProbe>(*source.pyramid) : nullptr),
       name_(printableText(picture_.info().sourceName)),
-      interpretation_(printableText(picture_.info().interpretation)) {
+      interpretation_(interpretationOf(source, picture_.info())) {
     if (options.start) {
         camera_.magnifyTo(options.start->zoom, camera_.middle());
         camera_.lookAt({options.start->x, options.start->y});

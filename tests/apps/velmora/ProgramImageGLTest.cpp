@@ -1,5 +1,6 @@
 // Parts of image files, drawn by the program.
 #include "tests/apps/velmora/Process.h"
+#include "tests/host/image/TestProfiles.h"
 #include "tests/host/image/TestTiff.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestImages.h"
@@ -93,6 +94,55 @@ TEST_F(ProgramImageGLTest, ColoursAreConvertedAndThatIsTold) {
     EXPECT_EQ(filesamples::difference(render({"--to-srgb"}), drawn), "") << "and is not told where it is asked for";
     EXPECT_EQ(filesamples::difference(render({"--bands", "4"}), filesamples::withBands(filesamples::read(image), {4})),
               "");
+}
+
+// The profile exchanges red and blue, but for rounding.
+TEST_F(ProgramImageGLTest, ProfilesAndOrientationsAreFollowedUnlessTheyAreToBeLeftOut) {
+    Directory picture = directory(20, 10, 3, bytes(600, 1));
+    picture.iccProfile = testprofiles::exchanged("Turned round");
+    picture.orientation = 3;
+    std::string const image = tiff({picture});
+    Samples const own = filesamples::read(image);
+    auto const expectShown = [&](Samples const& drawn, bool isConverted, bool isTurned) {
+        ASSERT_EQ(drawn.values.size(), own.values.size());
+        for (size_t pixel = 0; pixel < 200; ++pixel)
+            for (size_t band = 0; band < 3; ++band) {
+                size_t const from = (isTurned ? 199 - pixel : pixel) * 3 + (isConverted ? 2 - band : band);
+                ASSERT_NEAR(drawn.values[pixel * 3 + band], own.values[from], isConverted ? 1 : 0) << pixel;
+            }
+        EXPECT_EQ(said_.find("Turned round converted to sRGB") != std::string::npos, isConverted) << said_;
+        EXPECT_EQ(said_.find("turned upright (orientation 3)") != std::string::npos, isTurned) << said_;
+    };
+    expectShown(render({}), true, true);
+    expectShown(render({"--no-icc"}), false, true);
+    std::string const note = "velmora: note: '" + image +
+                             "' asks to be turned or mirrored (orientation 3); its pixels are taken as they lie in the "
+                             "file\n";
+    expectShown(render({"--no-rotate"}, note), true, false);
+    expectShown(render({"--no-icc", "--no-rotate"}, note), false, false);
+    // From memory, and through a filter that has no effect.
+    expectShown(render({"--zoom", "1", "--truncate", "0"}), true, true);
+    Samples const enlarged = render({"--zoom", "2"});
+    ASSERT_EQ(enlarged.width, 40u);
+    EXPECT_NEAR(enlarged.values[0], own.values[199 * 3 + 2], 1);
+    EXPECT_NE(said_.find("turned upright"), std::string::npos) << said_;
+    EXPECT_FALSE(std::filesystem::exists(path("cache")));
+}
+
+TEST_F(ProgramImageGLTest, SixteenBitsAreConvertedAtTheirDepth) {
+    std::vector<std::uint16_t> samples;
+    for (size_t i = 0; i < 600; ++i)
+        samples.push_back(static_cast<std::uint16_t>(i * i * 31));
+    Directory picture = directory(20, 10, 3, samples);
+    picture.iccProfile = testprofiles::exchanged("Turned round");
+    std::string const image = tiff({picture});
+    auto const result = runVelmora({"render", image, "-o", path("view.tif")}, {{"XDG_CACHE_HOME", path("cache")}});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    Samples const drawn = filesamples::read(path("view.tif"));
+    ASSERT_EQ(drawn.values.size(), samples.size());
+    for (size_t i = 0; i < samples.size(); i += 3)
+        for (size_t band = 0; band < 3; ++band)
+            ASSERT_NEAR(drawn.values[i + band], samples[i + 2 - band], 40) << i;
 }
 
 // Other zooms than 1 need a store of images of 16 bits, which is kept.

@@ -8,6 +8,7 @@
 #include "host/store/Sqlite.h"
 #include "host/store/TileStore.h"
 #include "tests/apps/velmora/Restricted.h"
+#include "tests/host/image/TestProfiles.h"
 #include "tests/host/image/TestTiff.h"
 #include "tests/host/store/HostileStores.h"
 #include "tests/support/LongRun.h"
@@ -266,6 +267,39 @@ TEST_F(ProgramViewGLTest, WhatAWindowShowsOfAFileIsWhatRenderDraws) {
         expectPixels(window,
                      testimages::crop(whole, (whole.width - width) / 2, (whole.height - height) / 2, width, height));
     }
+}
+
+TEST_F(ProgramViewGLTest, AFileIsShownUprightInTheColoursOfItsProfile) {
+    auto const show = [&](auto const& samples, std::vector<std::string> const& options) {
+        auto directory = testtiff::directory(120, 80, 3, samples);
+        directory.orientation = 6;
+        directory.iccProfile = testprofiles::exchanged("Turned round");
+        testtiff::write(path("a.tif"), {directory});
+        std::vector<std::string> render{"render", path("a.tif"), "-o", path("whole.png"), "--force"};
+        render.insert(render.end(), options.begin(), options.end());
+        auto const drawn = runVelmora(render);
+        EXPECT_EQ(drawn.exitCode, 0) << drawn.err;
+        std::vector<std::string> window{path("a.tif"), "--bare", "--size", "80x120", "--at", "40,60,1"};
+        window.insert(window.end(), options.begin(), options.end());
+        auto const pixels = shown(window);
+        expectPixels(pixels, testimages::readByVips(path("whole.png")));
+        return pixels;
+    };
+    std::vector<std::uint8_t> bytes;
+    std::vector<std::uint16_t> words;
+    for (unsigned i = 0; i < 120u * 80 * 3; ++i) {
+        bytes.push_back(static_cast<std::uint8_t>(i % 3 == 0 ? 200 : i % 240));
+        words.push_back(static_cast<std::uint16_t>(bytes.back() * 16));
+    }
+    auto const converted = show(bytes, {});
+    auto const own = show(bytes, {"--no-icc"});
+    for (size_t i = 0; i < own.samples.size(); i += 3) {
+        EXPECT_EQ(own.samples[i], 200) << i;
+        ASSERT_NEAR(converted.samples[i + 2], 200, 1) << i;
+    }
+    // The ends of the range come from the converted samples.
+    show(words, {});
+    show(words, {"--range", "0,4000"});
 }
 
 TEST_F(ProgramViewGLTest, AnImageOfSixteenBitsIsShownInARangeAtOnce) {
