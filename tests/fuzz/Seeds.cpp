@@ -1,6 +1,7 @@
 // velmora-fuzz-seeds FOLDER: writes the seeds that are stores, FOLDER/store-file/*.vlm, and pictures,
 // FOLDER/tiff-pyramid/*.tif.
 #include "tests/fuzz/FuzzStores.h"
+#include "tests/host/image/TestProfiles.h"
 #include "tests/host/image/TestTiff.h"
 
 #include <tiffio.h>
@@ -68,6 +69,10 @@ void writePictures(std::filesystem::path const& folder) {
     write("ome.tif", stack, "w");
     stack.front().description = "ImageJ=1\nchannels=2\nslices=1\nframes=2\n";
     write("imagej.tif", stack, "w8");
+    Directory photograph = level(24, 20, 3, COMPRESSION_NONE);
+    photograph.orientation = ORIENTATION_RIGHTTOP;
+    photograph.iccProfile = testprofiles::exchanged("Turned round");
+    write("profile.tif", {photograph, reduced(12, 10, 3, COMPRESSION_NONE)}, "w");
 }
 
 } // namespace

@@ -1,4 +1,5 @@
-// An input is a TIFF file. It is opened as a pyramid, and regions of its levels are read.
+// An input is a TIFF file. It is opened as a pyramid, and regions of its levels are read: as they lie in the file, and
+// upright in the colours of their profile.
 #include "host/HostError.h"
 #include "host/pyramid/Pyramid.h"
 #include "host/pyramid/PyramidTiles.h"
@@ -66,6 +67,25 @@ void requireFacts(PyramidFacts const& facts) {
     }
 }
 
+void requireReads(Pyramid const& pyramid) {
+    requireFacts(pyramid.facts());
+    auto const one = pyramid.reader();
+    auto const other = pyramid.reader();
+    for (size_t level = 0; level < std::min(kLevels, pyramid.facts().levels.size()); ++level)
+        for (Region const& region : regionsOf(pyramid.facts().levels[level].size))
+            requireSame(*one, *other, level, region);
+    SampleFormat const& layout = pyramid.facts().image.layout;
+    ImageStack const& stack = pyramid.facts().stack;
+    std::vector<size_t> const last = {layout.bands - 1, 0};
+    one->take(last, {stack.slices - 1, stack.times - 1});
+    other->take(last, {stack.slices - 1, stack.times - 1});
+    requireSame(*one, *other, 0, regionsOf(layout.size()).back());
+    PyramidTiles tiles(pyramid.reader());
+    PyramidTiles others(pyramid.reader());
+    for (size_t const level : {1u, 3u})
+        requireSame(tiles, others, level, regionsOf(tiles.size(level)).back());
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, size_t size) {
@@ -87,21 +107,10 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, size_t size) {
                                             file->facts().image.layout.pixelBytes());
     if (unitBytes > 4'000'000) return 0;
 
-    Pyramid const pyramid(path, file, {});
-    auto const one = pyramid.reader();
-    auto const other = pyramid.reader();
-    for (size_t level = 0; level < std::min(kLevels, file->facts().levels.size()); ++level)
-        for (Region const& region : regionsOf(file->facts().levels[level].size))
-            requireSame(*one, *other, level, region);
-    SampleFormat const& layout = file->facts().image.layout;
-    ImageStack const& stack = file->facts().stack;
-    std::vector<size_t> const last = {layout.bands - 1, 0};
-    one->take(last, {stack.slices - 1, stack.times - 1});
-    other->take(last, {stack.slices - 1, stack.times - 1});
-    requireSame(*one, *other, 0, regionsOf({layout.width, layout.height}).back());
-    PyramidTiles tiles(pyramid.reader());
-    PyramidTiles others(pyramid.reader());
-    for (size_t const level : {1u, 3u})
-        requireSame(tiles, others, level, regionsOf(tiles.size(level)).back());
+    ImageSelection shown;
+    shown.isUpright = true;
+    shown.followsProfile = true;
+    for (ImageSelection const& selection : {ImageSelection(), shown})
+        requireReads(Pyramid(path, file, selection));
     return 0;
 }
