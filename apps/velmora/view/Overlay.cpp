@@ -8,11 +8,57 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <string>
+#include <utility>
+
+namespace {
+
+// Keys that fields of text and numbers know.
+constexpr std::array<std::pair<ImGuiKey_, SDL_Scancode>, 20> kKeys{{{ImGuiKey_Tab, SDL_SCANCODE_TAB},
+                                                                    {ImGuiKey_LeftArrow, SDL_SCANCODE_LEFT},
+                                                                    {ImGuiKey_RightArrow, SDL_SCANCODE_RIGHT},
+                                                                    {ImGuiKey_UpArrow, SDL_SCANCODE_UP},
+                                                                    {ImGuiKey_DownArrow, SDL_SCANCODE_DOWN},
+                                                                    {ImGuiKey_Home, SDL_SCANCODE_HOME},
+                                                                    {ImGuiKey_End, SDL_SCANCODE_END},
+                                                                    {ImGuiKey_Insert, SDL_SCANCODE_INSERT},
+                                                                    {ImGuiKey_Delete, SDL_SCANCODE_DELETE},
+                                                                    {ImGuiKey_Backspace, SDL_SCANCODE_BACKSPACE},
+                                                                    {ImGuiKey_Space, SDL_SCANCODE_SPACE},
+                                                                    {ImGuiKey_Enter, SDL_SCANCODE_RETURN},
+                                                                    {ImGuiKey_KeyPadEnter, SDL_SCANCODE_KP_ENTER},
+                                                                    {ImGuiKey_Escape, SDL_SCANCODE_ESCAPE},
+                                                                    {ImGuiKey_A, SDL_SCANCODE_A},
+                                                                    {ImGuiKey_C, SDL_SCANCODE_C},
+                                                                    {ImGuiKey_V, SDL_SCANCODE_V},
+                                                                    {ImGuiKey_X, SDL_SCANCODE_X},
+                                                                    {ImGuiKey_Y, SDL_SCANCODE_Y},
+                                                                    {ImGuiKey_Z, SDL_SCANCODE_Z}}};
+
+// Valid until the next call, as Dear ImGui expects.
+char const* clipboardText(void* /*unused*/) {
+    static std::string text;
+    char* const taken = SDL_GetClipboardText();
+    text = taken == nullptr ? "" : taken;
+    SDL_free(taken);
+    return text.c_str();
+}
+
+void setClipboardText(void* /*unused*/, char const* text) {
+    SDL_SetClipboardText(text);
+}
+
+} // namespace
 
 Overlay::Overlay() : mouse_{-FLT_MAX, -FLT_MAX} {
     IMGUI_CHECKVERSION();
     ImGui::CreateContext();
-    ImGui::GetIO().IniFilename = nullptr;
+    ImGuiIO& io = ImGui::GetIO();
+    io.IniFilename = nullptr;
+    for (auto const& [key, scancode] : kKeys)
+        io.KeyMap[key] = scancode;
+    io.GetClipboardTextFn = clipboardText;
+    io.SetClipboardTextFn = setClipboardText;
     ImGui::StyleColorsDark();
     ImGui_ImplOpenGL3_Init("#version 300 es");
 }
@@ -42,12 +88,33 @@ void Overlay::handle(SDL_Event const& event, double pixelsPerUnit) {
     case SDL_MOUSEWHEEL:
         wheel_ += static_cast<float>(event.wheel.y);
         return;
+    case SDL_KEYDOWN:
+    case SDL_KEYUP:
+        return setKey(event.key.keysym, event.type == SDL_KEYDOWN);
+    case SDL_TEXTINPUT:
+        return ImGui::GetIO().AddInputCharactersUTF8(event.text.text);
     case SDL_WINDOWEVENT:
         if (event.window.event == SDL_WINDOWEVENT_LEAVE) mouse_ = {-FLT_MAX, -FLT_MAX};
         return;
     default:
         return;
     }
+}
+
+void Overlay::setKey(SDL_Keysym const& key, bool isDown) {
+    if (key.scancode < 0 || key.scancode >= SDL_NUM_SCANCODES) return;
+    auto const index = static_cast<size_t>(key.scancode);
+    keysDown_.at(index) = isDown;
+    if (isDown) keysPressed_.at(index) = true;
+    ImGuiIO& io = ImGui::GetIO();
+    io.KeyCtrl = (key.mod & KMOD_CTRL) != 0;
+    io.KeyShift = (key.mod & KMOD_SHIFT) != 0;
+    io.KeyAlt = (key.mod & KMOD_ALT) != 0;
+    io.KeySuper = (key.mod & KMOD_GUI) != 0;
+}
+
+bool Overlay::hasKeys() const {
+    return ImGui::GetIO().WantTextInput;
 }
 
 bool Overlay::hasMouse() const {
@@ -64,6 +131,9 @@ void Overlay::begin(Size const& frame, double pixelsPerUnit, double secondsSince
     for (size_t button = 0; button < kButtons; ++button)
         io.MouseDown[button] = down_.at(button) || pressed_.at(button);
     io.MouseWheel = wheel_;
+    for (size_t key = 0; key < keysDown_.size(); ++key)
+        io.KeysDown[key] = keysDown_.at(key) || keysPressed_.at(key);
+    keysPressed_ = {};
     pressed_ = {};
     wheel_ = 0;
     ImGui_ImplOpenGL3_NewFrame();

@@ -11,7 +11,7 @@
 /// Dear ImGui over a window's picture, in pixels of the frame. One at a time, on the GL thread, with the context
 /// current.
 ///
-/// It is told of the mouse by events alone, so that those of a script do what those of a hand do. It writes no file.
+/// It is told of mouse and keys by events alone, so that those of a script do what those of a hand do. It writes no file.
 class Overlay {
 public:
     Overlay();
@@ -22,6 +22,8 @@ public:
     void handle(SDL_Event const& event, double pixelsPerUnit);
     /// Whether the mouse is over something that takes it, as of the last frame.
     bool hasMouse() const;
+    /// Whether keys are typed into one of its fields, as of the last frame.
+    bool hasKeys() const;
 
     /// From here to end() ImGui's functions draw.
     void begin(Size const& frame, double pixelsPerUnit, double secondsSinceLast);
@@ -31,8 +33,12 @@ public:
 private:
     static constexpr size_t kButtons = 3;
 
+    void setKey(SDL_Keysym const& key, bool isDown);
+
     std::array<float, 2> mouse_;
     std::array<bool, kButtons> down_{};
     std::array<bool, kButtons> pressed_{}; // since the last frame, for clicks that are shorter than one
     float wheel_ = 0;
+    std::array<bool, SDL_NUM_SCANCODES> keysDown_{};
+    std::array<bool, SDL_NUM_SCANCODES> keysPressed_{}; // since the last frame
 };

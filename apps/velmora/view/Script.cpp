@@ -42,10 +42,12 @@ struct Form {
     bool text;
 };
 
-constexpr std::array<Form, 10> kForms{{
+constexpr std::array<Form, 12> kForms{{
     {"key", Script::Action::Key, 0, {kNone, kNone, kNone, kNone}, true},
+    {"type", Script::Action::Type, 0, {kNone, kNone, kNone, kNone}, true},
     {"wheel", Script::Action::Wheel, 3, {kPlace, kPlace, kNotches, kNone}, false},
     {"drag", Script::Action::Drag, 4, {kPlace, kPlace, kPlace, kPlace}, false},
+    {"drop", Script::Action::Drop, 0, {kNone, kNone, kNone, kNone}, true},
     {"resize", Script::Action::Resize, 2, {kSide, kSide, kNone, kNone}, false},
     {"minimise", Script::Action::Minimise, 0, {kNone, kNone, kNone, kNone}, false},
     {"restore", Script::Action::Restore, 0, {kNone, kNone, kNone, kNone}, false},
@@ -71,13 +73,20 @@ public:
             line.text = restOf(*form);
         else
             line.numbers = numbersOf(*form);
-        if (form->action == Script::Action::Key && SDL_GetKeyFromName(line.text.c_str()) == SDLK_UNKNOWN)
-            throw wrong("'" + line.text + "' is no key");
+        if (form->action == Script::Action::Key && !isKey(line.text)) throw wrong("'" + line.text + "' is no key");
+        if (form->action == Script::Action::Type && line.text.size() >= SDL_TEXTINPUTEVENT_TEXT_SIZE)
+            throw wrong("type takes at most " + std::to_string(SDL_TEXTINPUTEVENT_TEXT_SIZE - 1) + " bytes");
         return line;
     }
 
 private:
     HostError wrong(std::string const& what) const { return {HostError::Kind::Usage, where_ + ": " + what}; }
+
+    static bool isKey(std::string const& name) {
+        std::string const control = Script::kControl;
+        bool const isHeld = name.rfind(control, 0) == 0;
+        return SDL_GetKeyFromName(name.substr(isHeld ? control.size() : 0).c_str()) != SDLK_UNKNOWN;
+    }
 
     std::string restOf(Form const& form) {
         std::string text;

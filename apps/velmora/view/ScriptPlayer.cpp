@@ -16,10 +16,24 @@ SDL_Event windowEvent(SDL_WindowEventID kind) {
     return event;
 }
 
-SDL_Event keyEvent(Uint32 type, std::string const& name) {
+SDL_Event keyEvent(Uint32 type, SDL_Keycode key, SDL_Keymod held = KMOD_NONE) {
     SDL_Event event = eventOf(type);
-    event.key.keysym.sym = SDL_GetKeyFromName(name.c_str());
-    event.key.keysym.scancode = SDL_GetScancodeFromKey(event.key.keysym.sym);
+    event.key.keysym.sym = key;
+    event.key.keysym.scancode = SDL_GetScancodeFromKey(key);
+    event.key.keysym.mod = static_cast<Uint16>(held);
+    return event;
+}
+
+SDL_Event textEvent(std::string const& text) {
+    SDL_Event event = eventOf(SDL_TEXTINPUT);
+    text.copy(event.text.text, SDL_TEXTINPUTEVENT_TEXT_SIZE - 1);
+    return event;
+}
+
+// Whoever takes it frees the name.
+SDL_Event dropEvent(std::string const& file) {
+    SDL_Event event = eventOf(SDL_DROPFILE);
+    event.drop.file = SDL_strdup(file.c_str());
     return event;
 }
 
@@ -55,7 +69,12 @@ void ScriptPlayer::add(Script::Line const& line) {
     std::vector<int> const& numbers = line.numbers;
     switch (line.action) {
     case Script::Action::Key:
-        return addEvents({keyEvent(SDL_KEYDOWN, line.text), keyEvent(SDL_KEYUP, line.text)});
+        return addKey(line.text);
+    case Script::Action::Type:
+        return addEvents({textEvent(line.text)});
+    case Script::Action::Drop:
+        steps_.push_back({line, {}});
+        return;
     case Script::Action::Wheel:
         addEvents({motionTo(numbers[0], numbers[1])});
         for (int i = 0; i < std::abs(numbers[2]); ++i)
@@ -80,6 +99,18 @@ void ScriptPlayer::add(Script::Line const& line) {
 
 void ScriptPlayer::addEvents(std::vector<SDL_Event> events) {
     steps_.push_back({{}, std::move(events)});
+}
+
+// Ctrl is held over a turn: what is drawn looks at it once per frame.
+void ScriptPlayer::addKey(std::string const& name) {
+    std::string const control = Script::kControl;
+    if (name.rfind(control, 0) != 0) {
+        SDL_Keycode const key = SDL_GetKeyFromName(name.c_str());
+        return addEvents({keyEvent(SDL_KEYDOWN, key), keyEvent(SDL_KEYUP, key)});
+    }
+    SDL_Keycode const key = SDL_GetKeyFromName(name.substr(control.size()).c_str());
+    addEvents({keyEvent(SDL_KEYDOWN, SDLK_LCTRL, KMOD_LCTRL), keyEvent(SDL_KEYDOWN, key, KMOD_LCTRL)});
+    addEvents({keyEvent(SDL_KEYUP, key, KMOD_LCTRL), keyEvent(SDL_KEYUP, SDLK_LCTRL)});
 }
 
 void ScriptPlayer::addDrag(std::vector<int> const& numbers) {
@@ -113,6 +144,10 @@ bool ScriptPlayer::isReady(ScriptStep const& step, bool complete) {
 }
 
 void ScriptPlayer::perform(Script::Line const& line, Host const& host) {
+    if (line.action == Script::Action::Drop) {
+        SDL_Event event = dropEvent(line.text);
+        SDL_PushEvent(&event);
+    }
     if (line.action == Script::Action::Resize) host.resize(line.numbers[0], line.numbers[1]);
     if (line.action == Script::Action::Screenshot) host.screenshot(line.text);
 }

@@ -36,6 +36,7 @@ private:
 
     void add(Script::Line const& line);
     void addEvents(std::vector<SDL_Event> events);
+    void addKey(std::string const& name);
     void addDrag(std::vector<int> const& numbers);
     bool isReady(ScriptStep const& step, bool complete);
     static void perform(Script::Line const& line, Host const& host);

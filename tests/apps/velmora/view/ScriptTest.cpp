@@ -132,6 +132,38 @@ TEST_F(ScriptTest, KeysAreSdlsOwnNames) {
     }
 }
 
+TEST_F(ScriptTest, CtrlIsHeldWhileAKeyIsPressed) {
+    ScriptPlayer one = player("key Ctrl+A");
+    EXPECT_EQ(turn(one), (std::vector<Uint32>{SDL_KEYDOWN, SDL_KEYDOWN}));
+    EXPECT_EQ(last_.key.keysym.sym, SDLK_a);
+    EXPECT_EQ(last_.key.keysym.mod, KMOD_LCTRL);
+    EXPECT_EQ(turn(one), (std::vector<Uint32>{SDL_KEYUP, SDL_KEYUP}));
+    EXPECT_EQ(last_.key.keysym.sym, SDLK_LCTRL);
+    EXPECT_EQ(last_.key.keysym.mod, KMOD_NONE);
+    expectRefused("key Ctrl+nosuchkey\n", {"'Ctrl+nosuchkey' is no key"});
+    expectRefused("key Ctrl+\n", {"is no key"});
+}
+
+TEST_F(ScriptTest, TextIsTyped) {
+    ScriptPlayer one = player("type /a b.tif");
+    EXPECT_EQ(turn(one), (std::vector<Uint32>{SDL_TEXTINPUT}));
+    EXPECT_STREQ(last_.text.text, "/a b.tif");
+    // As much as an event holds.
+    std::string const most(SDL_TEXTINPUTEVENT_TEXT_SIZE - 1, 'x');
+    ScriptPlayer two = player("type " + most);
+    turn(two);
+    EXPECT_EQ(last_.text.text, most);
+    expectRefused("type " + most + "x\n", {"line 1", "at most 31 bytes"});
+    expectRefused("type\n", {"a name"});
+}
+
+TEST_F(ScriptTest, AFileIsDropped) {
+    ScriptPlayer one = player("drop a b.tif");
+    EXPECT_EQ(turn(one), (std::vector<Uint32>{SDL_DROPFILE}));
+    EXPECT_STREQ(last_.drop.file, "a b.tif");
+    SDL_free(last_.drop.file);
+}
+
 TEST_F(ScriptTest, EveryMovementHasItsTurn) {
     ScriptPlayer wheel = player("wheel 10 20 -2");
     EXPECT_EQ(turn(wheel), (std::vector<Uint32>{SDL_MOUSEMOTION}));
