@@ -22,19 +22,29 @@ void requirePlain(std::string const& what, ImageSelection const& selection, Disp
 
 } // namespace
 
-void imageinput::inspect(std::string const& image, ImageSelection const& selection, Colours colours,
-                         DisplayRequest const& display) {
-    if (image.empty()) return requirePlain("the built-in picture", selection, display);
+std::vector<std::string> imageinput::notesOf(std::string const& image, ImageSelection const& selection, Colours colours,
+                                             DisplayRequest const& display) {
+    if (image.empty()) {
+        requirePlain("the built-in picture", selection, display);
+        return {};
+    }
     requireRegularFile(image, HostError::Kind::UnreadableImage);
-    if (TileStore::isStore(image)) return requirePlain("'" + image + "', a tile store,", selection, display);
+    if (TileStore::isStore(image)) {
+        requirePlain("'" + image + "', a tile store,", selection, display);
+        return {};
+    }
     ImageReader::Options options;
     options.samples = ImageReader::Samples::kAsStored;
     options.selection = selection;
     options.lossless = colours == Colours::Kept;
     options.anySamples = colours == Colours::Ranged;
     options.check = interruption::throwIfNoted;
-    ImageReader const reader(image, options);
-    for (std::string const& note : reader.notes())
+    return ImageReader(image, options).notes();
+}
+
+void imageinput::inspect(std::string const& image, ImageSelection const& selection, Colours colours,
+                         DisplayRequest const& display) {
+    for (std::string const& note : notesOf(image, selection, colours, display))
         std::fprintf(stderr, "velmora: note: %s\n", onOneLine(note).c_str());
 }
 

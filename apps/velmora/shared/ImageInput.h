@@ -4,6 +4,7 @@
 #include "host/image/ImageSelection.h"
 
 #include <string>
+#include <vector>
 
 /// Checks of the IMAGE argument before a command starts its work.
 namespace imageinput {
@@ -14,10 +15,14 @@ enum class Colours {
     Ranged ///< the same, and samples of every type are shown through a range
 };
 
-/// Opens the image, or nothing for the built-in picture, and reports on stderr the conversions that no option asked
-/// for. Throws HostError: missing file, unreadable image (something would be lost that an option could keep), usage
+/// Opens the image, or nothing for the built-in picture: the conversions that no option asked for, a sentence each.
+/// Throws HostError: missing file, unreadable image (something would be lost that an option could keep), usage
 /// (the selection is impossible, or more than a range is asked for display, for instance with a store or the built-in
 /// picture).
+std::vector<std::string> notesOf(std::string const& image, ImageSelection const& selection, Colours colours,
+                                 DisplayRequest const& display = {});
+
+/// The same, reported on stderr.
 void inspect(std::string const& image, ImageSelection const& selection, Colours colours,
              DisplayRequest const& display = {});
 

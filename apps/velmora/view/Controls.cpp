@@ -30,8 +30,15 @@ bool isOfTouch(SDL_Event const& event) {
 Controls::Command commandOf(SDL_Keycode key) {
     switch (key) {
     case SDLK_q:
-    case SDLK_ESCAPE:
         return Controls::Command::Quit;
+    case SDLK_ESCAPE:
+        return Controls::Command::Leave;
+    case SDLK_o:
+        return Controls::Command::Open;
+    case SDLK_s:
+        return Controls::Command::Save;
+    case SDLK_r:
+        return Controls::Command::Ruler;
     case SDLK_QUESTION:
     case SDLK_SLASH: // with shift, on many keyboards
     case SDLK_h:
@@ -42,7 +49,7 @@ Controls::Command commandOf(SDL_Keycode key) {
         return Controls::Command::Mask;
     case SDLK_b:
         return Controls::Command::Smooth;
-    case SDLK_s:
+    case SDLK_e:
         return Controls::Command::Sharpen;
     case SDLK_g:
         return Controls::Command::Gamma;
@@ -56,6 +63,21 @@ Controls::Command commandOf(SDL_Keycode key) {
         return Controls::Command::NextTime;
     case SDLK_COMMA:
         return Controls::Command::PreviousTime;
+    default:
+        return Controls::Command::None;
+    }
+}
+
+Controls::Command commandWithControl(SDL_Keycode key) {
+    switch (key) {
+    case SDLK_o:
+        return Controls::Command::Open;
+    case SDLK_s:
+        return Controls::Command::Save;
+    case SDLK_c:
+        return Controls::Command::Copy;
+    case SDLK_q:
+        return Controls::Command::Quit;
     default:
         return Controls::Command::None;
     }
@@ -106,8 +128,9 @@ Controls::Command Controls::handle(SDL_Event const& event, Camera* camera, doubl
 }
 
 Controls::Command Controls::keyPressed(SDL_Keysym const& key, Camera* camera) {
-    // Keys with Ctrl, Alt or GUI are the desktop's shortcuts, not ours.
-    if ((key.mod & (KMOD_CTRL | KMOD_ALT | KMOD_GUI)) != 0) return Command::None;
+    // Keys with Alt or GUI are the desktop's shortcuts, not ours.
+    if ((key.mod & (KMOD_ALT | KMOD_GUI)) != 0) return Command::None;
+    if ((key.mod & KMOD_CTRL) != 0) return commandWithControl(key.sym);
     if (camera != nullptr && moveByKey(key.sym, *camera)) return Command::None;
     return commandOf(key.sym);
 }
@@ -122,7 +145,6 @@ bool Controls::moveByKey(SDL_Keycode key, Camera& camera) {
     case SDLK_KP_PLUS:
         camera.zoomByQuarterOctaves(kQuarterOctavesPerKey, camera.middle());
         return true;
-    case SDLK_o:
     case SDLK_MINUS:
     case SDLK_KP_MINUS:
         camera.zoomByQuarterOctaves(-kQuarterOctavesPerKey, camera.middle());

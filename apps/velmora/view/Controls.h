@@ -14,6 +14,11 @@ public:
     enum class Command {
         None,
         Quit,
+        Leave, ///< what lies over the picture, or else the window
+        Open,
+        Save,
+        Copy,
+        Ruler,
         Help,
         Tiles,
         Mask,

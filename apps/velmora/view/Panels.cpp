@@ -31,20 +31,25 @@ constexpr float kOverviewHeight = 240; // with its frame and the margins
 constexpr auto kHelp = "drag, arrows     move\n"
                        "wheel            zoom about the cursor\n"
                        "two fingers      zoom\n"
-                       "i or +, o or -   zoom in, out\n"
+                       "+ or i, -        zoom in, out\n"
                        "1                actual size (1:1)\n"
                        "f                the whole picture\n"
                        "b                smooth (bilinear) below 1:1\n"
-                       "s                sharpen\n"
+                       "e                sharpen\n"
                        "g                gamma\n"
                        "c                equalise (CLAHE)\n"
                        "Page Up, Down    the slice or page before, after\n"
                        ", .              the time before, after\n"
                        "d                tiles of the level\n"
                        "m                where the store has detail\n"
+                       "r                ruler: drag to measure\n"
+                       "o                open another picture\n"
+                       "s                save the view as PNG\n"
+                       "Ctrl+C           copy the pixel under the cursor\n"
                        "?                this help\n"
                        "q, Escape        quit\n"
-                       "\nA click in the small picture goes there.";
+                       "\nA click in the small picture goes there.\n"
+                       "A file that is dropped on the window is opened.";
 
 ImVec2 toImGui(double x, double y) {
     return {static_cast<float>(x), static_cast<float>(y)};
@@ -429,6 +434,28 @@ void panels::drawTiles(Camera const& camera) {
             std::snprintf(text.data(), text.size(), "%zu: %zu,%zu", view.zoom.level(), column, row);
             drawLabel(list, {from.x + 6, from.y + 5}, text.data());
         }
+}
+
+void panels::drawRuler(Camera const& camera, Ruler::Line const& line, std::string const& length) {
+    ImDrawList& list = *ImGui::GetBackgroundDrawList();
+    Place const from = camera.frameAt(line.from);
+    Place const to = camera.frameAt(line.to);
+    list.AddLine(toImGui(from.x, from.y), toImGui(to.x, to.y), kShadow, 4);
+    list.AddLine(toImGui(from.x, from.y), toImGui(to.x, to.y), kTileColour, 2);
+    drawLabel(list, toImGui(to.x + 10, to.y + 10), length.c_str());
+}
+
+void panels::drawMessage(std::string const& text) {
+    if (text.empty()) return;
+    ImVec2 const size = ImGui::GetIO().DisplaySize;
+    ImGui::SetNextWindowPos({size.x / 2, size.y - kMargin}, ImGuiCond_Always, {0.5F, 1});
+    ImGui::SetNextWindowSizeConstraints({0, 0}, {size.x * 0.8F, size.y});
+    ImGui::SetNextWindowBgAlpha(0.9F);
+    ImGui::Begin("message", nullptr, kWordFlags);
+    ImGui::PushTextWrapPos(size.x * 0.75F);
+    ImGui::TextUnformatted(text.c_str());
+    ImGui::PopTextWrapPos();
+    ImGui::End();
 }
 
 void panels::drawMask(OverlayTexture const& mask) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/velmora/view/OverlayTexture.h"
+#include "apps/velmora/view/Ruler.h"
 #include "host/display/ChannelDisplay.h"
 #include "host/filter/Enhancement.h"
 #include "host/view/Camera.h"
@@ -53,6 +54,12 @@ UserEdits draw(Model const& model);
 
 /// Borders of the tiles of the view's level, below the panels.
 void drawTiles(Camera const& camera);
+
+/// A line between two places of the picture, and its length, below the panels.
+void drawRuler(Camera const& camera, Ruler::Line const& line, std::string const& length);
+
+/// What has happened, above all.
+void drawMessage(std::string const& text);
 
 /// A texture of the frame's size over the picture, below the panels.
 void drawMask(OverlayTexture const& mask);

@@ -14,20 +14,26 @@ double roundLength(double length) {
     return power;
 }
 
-std::string numberWith(double number, char const* unit) {
+std::string numberWith(double number, int digits, char const* unit) {
     std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%.15g %s", number, unit);
+    std::snprintf(text.data(), text.size(), "%.*g %s", digits, number, unit);
     return text.data();
 }
 
-std::string lengthText(double microns) {
-    if (microns >= 1e6) return numberWith(microns / 1e6, "m");
-    if (microns >= 1e3) return numberWith(microns / 1e3, "mm");
-    if (microns >= 1) return numberWith(microns, "\xC2\xB5m");
-    return numberWith(microns * 1e3, "nm");
-}
+constexpr int kAllDigits = 15;
 
 } // namespace
+
+std::string lengthText(double microns, int digits) {
+    if (microns >= 1e6) return numberWith(microns / 1e6, digits, "m");
+    if (microns >= 1e3) return numberWith(microns / 1e3, digits, "mm");
+    if (microns >= 1) return numberWith(microns, digits, "\xC2\xB5m");
+    return numberWith(microns * 1e3, digits, "nm");
+}
+
+std::string pixelsText(double pixels, int digits) {
+    return numberWith(pixels, digits, "px");
+}
 
 ScaleBar scaleBar(double maxPixels, double zoom, double micronsPerPixel) {
     bool const known = micronsPerPixel > 0;
@@ -36,5 +42,5 @@ ScaleBar scaleBar(double maxPixels, double zoom, double micronsPerPixel) {
     if (!(longest > 0) || !std::isfinite(longest)) return {};
     double const length = roundLength(longest);
     if (!known && length < 1) return {};
-    return {length / unit * zoom, known ? lengthText(length) : numberWith(length, "px")};
+    return {length / unit * zoom, known ? lengthText(length, kAllDigits) : pixelsText(length, kAllDigits)};
 }

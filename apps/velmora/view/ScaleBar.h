@@ -11,3 +11,8 @@ struct ScaleBar {
 /// The longest bar of at most `maxPixels` pixels of the screen. zoom: pixels of the screen per pixel of the picture.
 /// micronsPerPixel: of the picture; 0: not known, the bar then counts whole pixels of the picture.
 ScaleBar scaleBar(double maxPixels, double zoom, double micronsPerPixel);
+
+/// A length as a person reads it, in nm, µm, mm or m, with so many digits at most.
+std::string lengthText(double microns, int digits);
+/// "512 px".
+std::string pixelsText(double pixels, int digits);

@@ -80,8 +80,15 @@ Redraw StoreScene::command(Controls::Command command) {
         return moveBy(0, 1);
     case Controls::Command::PreviousTime:
         return moveBy(0, -1);
+    case Controls::Command::Ruler:
+        ruler_.toggle();
+        return Redraw::Overlay;
     case Controls::Command::None:
     case Controls::Command::Quit:
+    case Controls::Command::Leave:
+    case Controls::Command::Open:
+    case Controls::Command::Save:
+    case Controls::Command::Copy:
         return Redraw::Nothing;
     }
     return Redraw::Nothing;
@@ -238,7 +245,7 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     model.message = message_;
     model.switches = switchesText();
     model.damage = damageText();
-    model.pixel = cursor ? pixelTextAt(*cursor) : std::string();
+    model.pixel = pixelText(cursor);
     model.statistics = statistics();
     model.frameMilliseconds = frameMilliseconds;
     model.complete = picture_.complete();
@@ -252,6 +259,7 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
 
     if (toggles_.mask && !maskIsMissing()) panels::drawMask(mask_);
     if (toggles_.tiles) panels::drawTiles(camera_);
+    if (ruler_.line()) panels::drawRuler(camera_, *ruler_.line(), Ruler::lengthOf(*ruler_.line(), picture_.info()));
     panels::UserEdits const edits = panels::draw(model);
     if (edits.lookAt) camera_.lookAt(*edits.lookAt);
     if (edits.tone) setTone(*edits.tone);
@@ -317,6 +325,7 @@ std::string StoreScene::switchesText() const {
     auto const add = [&text](bool on, char const* name) {
         if (on) text += (text.empty() ? "" : ", ") + std::string(name);
     };
+    add(ruler_.isOut(), "ruler: drag");
     add(toggles_.smooth, "smooth");
     add(switches_.on<enhancement::Sharpen>(), "sharpened");
     add(switches_.on<enhancement::Gamma>(), "gamma");

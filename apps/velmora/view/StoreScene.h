@@ -5,6 +5,7 @@
 #include "apps/velmora/view/Overview.h"
 #include "apps/velmora/view/Panels.h"
 #include "apps/velmora/view/Redraw.h"
+#include "apps/velmora/view/Ruler.h"
 #include "apps/velmora/view/StepSwitches.h"
 #include "apps/velmora/view/ViewerOptions.h"
 #include "host/view/Camera.h"
@@ -25,6 +26,7 @@ public:
                ViewerOptions const& options, Size const& frame);
 
     Camera& camera() { return camera_; }
+    Ruler& ruler() { return ruler_; }
     Redraw command(Controls::Command command);
 
     /// Tells the picture what is wanted now, and takes in what its threads have finished.
@@ -44,6 +46,8 @@ public:
     bool extrasComplete() const { return overview_.complete() && !maskIsMissing() && !answerIsDue_; }
     /// Draws what lies over the picture, with Dear ImGui.
     Redraw drawOverlay(std::optional<Place> const& cursor, double frameMilliseconds);
+    /// The pixel under the cursor, and what it has; empty: there is none.
+    std::string pixelText(std::optional<Place> const& cursor) { return cursor ? pixelTextAt(*cursor) : ""; }
 
 private:
     // What keys switch on and off, each for itself.
@@ -79,6 +83,7 @@ private:
     PictureView picture_;
     Camera camera_;
     StepSwitches switches_;
+    Ruler ruler_;
     Overview overview_;
     std::unique_ptr<PixelProbe> probe_; // null: the picture is a store
     bool answerIsDue_ = false;          // what the probe was asked for is to be drawn

@@ -1,7 +1,9 @@
 #include "apps/velmora/view/Viewer.h"
 
+#include "apps/velmora/shared/ImageInput.h"
 #include "apps/velmora/shared/Interruption.h"
 #include "apps/velmora/shared/PictureFiles.h"
+#include "apps/velmora/shared/RecentFiles.h"
 #include "apps/velmora/view/Panels.h"
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
@@ -12,7 +14,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
+#include <system_error>
+#include <utility>
 
 namespace {
 
@@ -20,15 +25,62 @@ namespace {
 constexpr std::chrono::milliseconds kImportTurn{100};
 // SDL_WaitEvent is not woken by signals: they are polled for at this interval.
 constexpr std::chrono::milliseconds kIdleTurn{200};
+constexpr size_t kMessageCharacters = 600;
+
+std::string titleOf(std::string const& image) {
+    return "velmora - " + printableText(picturefiles::nameOf(image));
+}
+
+std::string environment(char const* name) {
+    char const* const value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+RecentFiles recentFiles() {
+    return {environment("XDG_STATE_HOME"), environment("HOME")};
+}
+
+// A name in the current folder that no file has: "slide-view.png", "slide-view-2.png".
+std::string freeNameFor(std::string const& image) {
+    std::string const stem = image.empty() ? "velmora" : std::filesystem::path(image).stem().string();
+    std::error_code unknown;
+    for (size_t number = 1;; ++number) {
+        std::string const name = stem + "-view" + (number == 1 ? "" : "-" + std::to_string(number)) + ".png";
+        if (!std::filesystem::exists(std::filesystem::symlink_status(name, unknown))) return name;
+    }
+}
+
+// A field takes all keys but the one that leaves.
+Controls::Command commandWhileTyping(SDL_KeyboardEvent const& event) {
+    return event.keysym.sym == SDLK_ESCAPE ? Controls::Command::Leave : Controls::Command::None;
+}
+
+// Another picture in the window of the first: what was asked for of that one's parts and samples is not for this one.
+ViewerOptions forAnother(ViewerOptions options, std::string const& image) {
+    ImageSelection selection;
+    selection.followsProfile = options.selection.followsProfile;
+    selection.isUpright = options.selection.isUpright;
+    options.image = image;
+    options.selection = selection;
+    options.display = {};
+    options.start.reset();
+    options.sources = picturefiles::sourcesOf(image);
+    return options;
+}
 
 } // namespace
 
 Viewer::Viewer(ViewerOptions const& options)
     : options_(options),
-      window_("velmora - " + printableText(picturefiles::nameOf(options.image)), options.window),
+      window_(titleOf(options.image), options.window),
       backend_(hostfilters::registry(), RenderBackend::RGBA32, options.bandBytes),
       instance_(backend_.createInstance(window_)),
       script_(options.script) {
+    openImage();
+}
+
+// The picture of the options, or its store, or what makes one.
+void Viewer::openImage() {
     if (auto const source = picturefiles::shownAtOnce(options_.image, options_.selection, options_.shownAs()))
         open(*source);
     else
@@ -52,7 +104,40 @@ void Viewer::startImport(std::string const& store) {
 
 void Viewer::open(PictureSource const& source) {
     scene_ = std::make_unique<StoreScene>(instance_, source, options_, frame());
+    import_.reset();
+    before_.reset();
+    window_.setTitle(titleOf(options_.image));
     due_.raise(Redraw::Picture);
+    bool const isLookedAt = options_.screenshot.empty() && !options_.image.empty();
+    if (isLookedAt) recentFiles().add(options_.image);
+}
+
+void Viewer::openFile(std::string const& path) {
+    ViewerOptions const now = options_;
+    ViewerOptions const shown = before_ ? *before_ : options_;
+    message_.clear();
+    try {
+        options_ = forAnother(options_, path);
+        auto const notes = imageinput::notesOf(
+            options_.image, options_.selection,
+            options_.shownAs() ? imageinput::Colours::Ranged : imageinput::Colours::Shown, options_.display);
+        openImage();
+        if (import_) before_ = shown;
+        for (std::string const& note : notes)
+            tell(note);
+    } catch (Interrupted const&) {
+        throw;
+    } catch (std::exception const& error) {
+        options_ = now;
+        tell(error.what());
+    }
+}
+
+// In the window, or where it has no words over the picture on the terminal.
+void Viewer::tell(std::string const& text) {
+    if (options_.bare) return picturefiles::tell(text);
+    message_ = printableText(message_.empty() ? text : message_ + "; " + text, kMessageCharacters);
+    due_.raise(Redraw::Overlay);
 }
 
 void Viewer::run() {
@@ -72,11 +157,8 @@ void Viewer::run() {
 void Viewer::turn() {
     interruption::throwIfNoted();
     takeEvents();
-    if (import_ && import_->job.done()) {
-        std::string const store = import_->store;
-        import_.reset();
-        open(picturefiles::keptStore(store, options_.cacheBytes));
-    }
+    if (auto const chosen = std::exchange(chosen_, std::nullopt)) openFile(*chosen);
+    finishImport();
     // Nothing can be seen of a minimised window.
     if (visible()) follow(frame());
     playScript();
@@ -86,9 +168,26 @@ void Viewer::turn() {
     }
 }
 
+// A picture that was opened in the window of another one leaves that one where it cannot be imported.
+void Viewer::finishImport() {
+    try {
+        if (!import_ || !import_->job.done()) return;
+        std::string const store = import_->store;
+        open(picturefiles::keptStore(store, options_.cacheBytes));
+    } catch (HostError const& error) {
+        if (!scene_) throw;
+        import_.reset();
+        if (before_) options_ = *before_;
+        before_.reset();
+        window_.setTitle(titleOf(options_.image));
+        due_.raise(Redraw::Picture);
+        tell(error.what());
+    }
+}
+
 void Viewer::playScript() {
     ScriptPlayer::Host host;
-    host.complete = settled() || (!visible() && scene_);
+    host.complete = settled() || (!visible() && !import_);
     host.resize = [this](int width, int height) {
         window_.resize({static_cast<size_t>(width), static_cast<size_t>(height)});
     };
@@ -97,7 +196,7 @@ void Viewer::playScript() {
 }
 
 void Viewer::follow(Size const& size) {
-    if (!scene_) return followImport(size);
+    if (import_) return followImport(size);
     if (size.width != scene_->camera().frame().width || size.height != scene_->camera().frame().height)
         scene_->camera().resize(size);
     due_.raise(scene_->advance());
@@ -121,7 +220,7 @@ void Viewer::followImport(Size const& size) {
 
 // Whether all is shown that was asked for.
 bool Viewer::settled() const {
-    return scene_ && visible() && due_.settled() && scene_->complete() && (options_.bare || scene_->extrasComplete());
+    return !import_ && visible() && due_.settled() && scene_->complete() && (options_.bare || scene_->extrasComplete());
 }
 
 void Viewer::drawFrame(Size const& size, Redraw due) {
@@ -145,7 +244,13 @@ void Viewer::draw(Size const& size, Redraw due) {
     if (options_.bare) return;
     overlay_.begin(size, window_.pixelsPerUnit(), sinceLast);
     due_.raise(scene_->drawOverlay(controls_.cursor(), frameMilliseconds_));
+    drawOwnPanels();
     overlay_.end();
+}
+
+void Viewer::drawOwnPanels() {
+    panels::drawMessage(message_);
+    if (auto const chosen = openPanel_.draw()) chosen_ = chosen;
 }
 
 void Viewer::drawImport(Size const& size) {
@@ -161,6 +266,7 @@ void Viewer::drawImport(Size const& size) {
     panels::drawGrowing(import_->preview, size);
     if (!options_.bare)
         panels::drawProgress(printableText(picturefiles::nameOf(options_.image)), import_->job.share(), size);
+    if (!options_.bare) drawOwnPanels();
     overlay_.end();
     lastFrame_ = Clock::now();
 }
@@ -179,7 +285,7 @@ void Viewer::waitForEvents() const {
 
 // How long nothing is to be done unless an event comes.
 std::chrono::milliseconds Viewer::idleTime() const {
-    if (scene_ && visible() && !settled()) return std::chrono::milliseconds(0);
+    if (!import_ && visible() && !settled()) return std::chrono::milliseconds(0);
     if (script_.active()) return std::chrono::milliseconds(1);
     return import_ ? kImportTurn : kIdleTurn;
 }
@@ -188,11 +294,19 @@ void Viewer::handle(SDL_Event const& event) {
     double const pixelsPerUnit = window_.pixelsPerUnit();
     window_.note(event);
     overlay_.handle(event, pixelsPerUnit);
-    Camera* const camera = scene_ ? &scene_->camera() : nullptr;
+    if (event.type == SDL_DROPFILE) {
+        chosen_ = event.drop.file;
+        SDL_free(event.drop.file);
+    }
+    Camera* const camera = import_ ? nullptr : &scene_->camera();
+    bool const isTyped = event.type == SDL_KEYDOWN && !options_.bare && overlay_.hasKeys();
+    bool hasMouse = !options_.bare && overlay_.hasMouse();
+    // Nothing can be seen of a ruler over a bare picture.
+    if (camera != nullptr && !options_.bare && scene_->ruler().handle(event, *camera, pixelsPerUnit, hasMouse))
+        hasMouse = true;
     Controls::Command const command =
-        controls_.handle(event, camera, pixelsPerUnit, !options_.bare && overlay_.hasMouse());
-    if (command == Controls::Command::Quit) quit_ = true;
-    Redraw const due = scene_ ? scene_->command(command) : Redraw::Nothing;
+        isTyped ? commandWhileTyping(event.key) : controls_.handle(event, camera, pixelsPerUnit, hasMouse);
+    Redraw const due = perform(command) || import_ ? Redraw::Nothing : scene_->command(command);
     // Over a bare picture only what moves it can be seen.
     if (!options_.bare || event.type == SDL_WINDOWEVENT)
         due_.raise(std::max(due, Redraw::Overlay));
@@ -200,17 +314,85 @@ void Viewer::handle(SDL_Event const& event) {
         due_.raise(due);
 }
 
+// What the window itself does, and no picture.
+bool Viewer::perform(Controls::Command command) {
+    switch (command) {
+    case Controls::Command::Quit:
+        quit_ = true;
+        return true;
+    case Controls::Command::Leave:
+        leave();
+        return true;
+    case Controls::Command::Open:
+        openPanel();
+        return true;
+    case Controls::Command::Save:
+        saveView();
+        return true;
+    case Controls::Command::Copy:
+        copyPixel();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void Viewer::leave() {
+    if (openPanel_.isOpen())
+        openPanel_.close();
+    else if (!message_.empty())
+        message_.clear();
+    else if (!overlay_.hasKeys())
+        quit_ = true;
+}
+
+void Viewer::openPanel() {
+    if (options_.bare) return;
+    std::filesystem::path const folder = std::filesystem::path(options_.image).parent_path();
+    openPanel_.open(folder.empty() ? "." : folder, recentFiles().list());
+}
+
+void Viewer::copyPixel() {
+    std::string const text = import_ ? "" : scene_->pixelText(controls_.cursor());
+    message_.clear();
+    if (text.empty()) return tell("no pixel is under the cursor");
+    bool const isCopied = SDL_SetClipboardText(text.c_str()) == 0;
+    tell(isCopied ? "copied: " + text : std::string("cannot be copied: ") + SDL_GetError());
+}
+
+// The picture alone.
+void Viewer::saveView() {
+    message_.clear();
+    if (import_ || !visible()) return tell("there is no view to save yet");
+    try {
+        std::string const name = freeNameFor(options_.image);
+        scene_->present(due_.due());
+        OutputFile output(name);
+        output.sources = options_.sources;
+        write(name, output);
+        tell("saved as " + std::filesystem::absolute(name).string());
+        due_.raise(Redraw::Picture);
+    } catch (HostError const& error) {
+        tell(error.what());
+    }
+}
+
 void Viewer::screenshot(std::string const& name) {
-    Size const size = frame();
     if (!visible()) throw HostError(HostError::Kind::Usage, "no screenshot of a minimised window");
     // What swap() has shown need not be readable any more.
-    if (scene_)
-        draw(size, due_.due());
+    if (import_)
+        drawImport(frame());
     else
-        drawImport(size);
+        draw(frame(), due_.due());
+    write(name, options_.outputOf(name));
+}
+
+// What has been drawn.
+void Viewer::write(std::string const& name, OutputFile const& output) {
+    Size const size = frame();
     std::vector<std::uint8_t> const pixels = window_.readPixels();
-    PngWriter png(options_.outputOf(name), size.width, size.height, 3);
+    PngWriter png(output, size.width, size.height, 3);
     png.writeRows(pixels.data(), size.height);
     png.finish();
-    if (scene_ && scene_->hasHoles() && damagedScreenshot_.empty()) damagedScreenshot_ = name;
+    if (!import_ && scene_->hasHoles() && damagedScreenshot_.empty()) damagedScreenshot_ = name;
 }

@@ -2,6 +2,7 @@
 
 #include "apps/velmora/view/Controls.h"
 #include "apps/velmora/view/ImportJob.h"
+#include "apps/velmora/view/OpenPanel.h"
 #include "apps/velmora/view/Overlay.h"
 #include "apps/velmora/view/Redraw.h"
 #include "apps/velmora/view/ScriptPlayer.h"
@@ -12,10 +13,11 @@
 #include "gles3renderbackend/Gles3RenderBackend.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
-/// The window that pans and zooms through a store; one of a picture that is none yet it makes first, and shows the
-/// picture as it grows.
+/// The window that pans and zooms through a picture; where it needs a store that is not there it makes it first, and
+/// shows the picture as it grows. Another picture can be opened in the window; where that fails the one before stays.
 ///
 /// Each turn takes in events, then what threads have finished, and draws where something new can be seen. Where nothing
 /// is under way a turn waits for events.
@@ -42,13 +44,22 @@ private:
         size_t seen = 0; // version of the preview
     };
 
+    void openImage();
+    void openFile(std::string const& path);
     void openStoreOf(std::string const& image);
     void startImport(std::string const& store);
     void open(PictureSource const& source);
 
     void turn();
+    void finishImport();
     void takeEvents();
     void handle(SDL_Event const& event);
+    bool perform(Controls::Command command);
+    void leave();
+    void openPanel();
+    void copyPixel();
+    void saveView();
+    void tell(std::string const& text);
     void waitForEvents() const;
     std::chrono::milliseconds idleTime() const;
     void playScript();
@@ -57,7 +68,9 @@ private:
     void drawFrame(Size const& size, Redraw due);
     void draw(Size const& size, Redraw due);
     void drawImport(Size const& size);
+    void drawOwnPanels();
     void screenshot(std::string const& name);
+    void write(std::string const& name, OutputFile const& output);
     /// Empty while the window is minimised.
     Size frame() const { return window_.pixels(); }
     bool visible() const { return frame().width > 0 && frame().height > 0; }
@@ -65,13 +78,17 @@ private:
     bool settled() const;
 
     ViewerOptions options_;
+    std::optional<ViewerOptions> before_; // of the picture before, while another one is imported
     ViewerReport report_;
     Window window_;
     Gles3RenderBackend backend_;
     std::shared_ptr<RenderBackendInstance> instance_;
     Overlay overlay_;
-    std::unique_ptr<Import> import_;    // one of the two: until there is a store,
-    std::unique_ptr<StoreScene> scene_; // and from then on
+    std::unique_ptr<Import> import_;    // until there is a store; it is what is shown,
+    std::unique_ptr<StoreScene> scene_; // and else the scene: one of both is there
+    OpenPanel openPanel_;
+    std::string message_;               // as a person may see it
+    std::optional<std::string> chosen_; // the file that is opened next
     DueRedraw due_;
     Controls controls_;
     ScriptPlayer script_;

@@ -97,6 +97,10 @@ void Window::resize(Size const& size) {
     SDL_SetWindowSize(window_.get(), static_cast<int>(size.width), static_cast<int>(size.height));
 }
 
+void Window::setTitle(std::string const& title) {
+    SDL_SetWindowTitle(window_.get(), title.c_str());
+}
+
 void Window::hide() {
     SDL_HideWindow(window_.get());
 }

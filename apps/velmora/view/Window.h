@@ -32,6 +32,7 @@ public:
     /// To be told of every event, to know whether it is minimised.
     void note(SDL_Event const& event);
     void resize(Size const& size);
+    void setTitle(std::string const& title);
     void hide();
     /// Shows what has been drawn.
     void swap();

@@ -139,7 +139,7 @@ TEST_F(ControlsTest, KeysZoom) {
         handle(key(code));
         EXPECT_GT(camera_.zoom().value(), before);
     }
-    for (SDL_Keycode const code : {SDLK_o, SDLK_MINUS, SDLK_KP_MINUS}) {
+    for (SDL_Keycode const code : {SDLK_MINUS, SDLK_KP_MINUS}) {
         double const before = camera_.zoom().value();
         handle(key(code));
         EXPECT_LT(camera_.zoom().value(), before);
@@ -153,13 +153,16 @@ TEST_F(ControlsTest, KeysZoom) {
 TEST_F(ControlsTest, KeysGiveCommands) {
     using Command = Controls::Command;
     EXPECT_EQ(handle(key(SDLK_q)), Command::Quit);
-    EXPECT_EQ(handle(key(SDLK_ESCAPE)), Command::Quit);
+    EXPECT_EQ(handle(key(SDLK_ESCAPE)), Command::Leave);
     EXPECT_EQ(handle(key(SDLK_QUESTION)), Command::Help);
     EXPECT_EQ(handle(key(SDLK_SLASH, KMOD_LSHIFT)), Command::Help);
     EXPECT_EQ(handle(key(SDLK_d)), Command::Tiles);
     EXPECT_EQ(handle(key(SDLK_m)), Command::Mask);
     EXPECT_EQ(handle(key(SDLK_b)), Command::Smooth);
-    EXPECT_EQ(handle(key(SDLK_s)), Command::Sharpen);
+    EXPECT_EQ(handle(key(SDLK_e)), Command::Sharpen);
+    EXPECT_EQ(handle(key(SDLK_o)), Command::Open);
+    EXPECT_EQ(handle(key(SDLK_s)), Command::Save);
+    EXPECT_EQ(handle(key(SDLK_r)), Command::Ruler);
     EXPECT_EQ(handle(key(SDLK_g)), Command::Gamma);
     EXPECT_EQ(handle(key(SDLK_c)), Command::Equalise);
     EXPECT_EQ(handle(key(SDLK_PAGEDOWN)), Command::NextSlice);
@@ -167,7 +170,13 @@ TEST_F(ControlsTest, KeysGiveCommands) {
     EXPECT_EQ(handle(key(SDLK_PERIOD)), Command::NextTime);
     EXPECT_EQ(handle(key(SDLK_COMMA)), Command::PreviousTime);
     EXPECT_EQ(handle(key(SDLK_x)), Command::None);
-    EXPECT_EQ(handle(key(SDLK_q, KMOD_LCTRL)), Command::None);
+    EXPECT_EQ(handle(key(SDLK_o, KMOD_LCTRL)), Command::Open);
+    EXPECT_EQ(handle(key(SDLK_s, KMOD_RCTRL)), Command::Save);
+    EXPECT_EQ(handle(key(SDLK_c, KMOD_LCTRL)), Command::Copy);
+    EXPECT_EQ(handle(key(SDLK_q, KMOD_LCTRL)), Command::Quit);
+    EXPECT_EQ(handle(key(SDLK_g, KMOD_LCTRL)), Command::None);
+    EXPECT_EQ(handle(key(SDLK_q, KMOD_LALT)), Command::None) << "the desktop's";
+    EXPECT_EQ(handle(key(SDLK_c, static_cast<Uint16>(KMOD_LCTRL | KMOD_LGUI))), Command::None);
     SDL_Event quit{};
     quit.type = SDL_QUIT;
     EXPECT_EQ(handle(quit), Command::Quit);

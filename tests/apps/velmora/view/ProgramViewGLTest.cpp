@@ -30,7 +30,7 @@ protected:
     }
 
     Process::Environment environment() const {
-        return {{"SDL_VIDEODRIVER", "offscreen"}, {"XDG_CACHE_HOME", path("cache")}};
+        return {{"SDL_VIDEODRIVER", "offscreen"}, {"XDG_CACHE_HOME", path("cache")}, {"XDG_STATE_HOME", path("state")}};
     }
 
     Process::Result view(std::vector<std::string> arguments) const {
@@ -157,7 +157,7 @@ TEST_F(ProgramViewGLTest, KeysSwitchEnhancements) {
     std::vector<std::string> const plain{store, "--bare", "--size", "300x200", "--at", "150,100,1"};
     auto const before = shown(plain);
     std::vector<testimages::Pixels> all{before};
-    for (std::string const key : {"s", "g", "c"}) {
+    for (std::string const key : {"e", "g", "c"}) {
         std::string const press = "key " + key + "\n";
         auto const on = after(press, plain);
         for (auto const& other : all)
@@ -171,7 +171,7 @@ TEST_F(ProgramViewGLTest, KeysSwitchEnhancements) {
     auto given = plain;
     given.insert(given.end(), {"--sharpen", "2"});
     expectPixels(shown(given), all[1]);
-    expectPixels(after("key s\n", given), before);
+    expectPixels(after("key e\n", given), before);
 }
 
 TEST_F(ProgramViewGLTest, EnhancementsAreThoseOfRender) {
@@ -450,6 +450,20 @@ TEST_F(ProgramStackGLTest, KeysMoveThroughSlices) {
     expectPixels(after("wait\nkey PageDown\nkey PageUp\nkey PageUp\nkey .\nkey ,\n", window(chosen)), first);
 }
 
+// The field for white begins at 458, 115 in a window of 800 pixels.
+TEST_F(ProgramStackGLTest, EndsOfRangesAreTyped) {
+    auto const picture = [&](std::string const& text, std::string const& range) {
+        auto const window =
+            after("wait\n" + text, {file_, "--page", "3", "--range", range, "--size", "800x600", "--at", "60,50,1"});
+        return testimages::crop(window, 340, 250, kWidth, kHeight);
+    };
+    auto const expected = picture("", "1000,2500");
+    std::string const field = "drag 500 124 500 124\nkey Ctrl+A\n";
+    expectPixels(picture(field + "type 2500\nwait\nkey Return\n", "1000,4000"), expected);
+    // Letters are no commands while they are typed, and what is no range changes nothing.
+    expectPixels(picture(field + "key q\ntype 900\nwait\nkey Return\n", "1000,2500"), expected);
+}
+
 // The panel's histogram begins at 458, 40 in a window of 800 pixels, and is 160 wide.
 TEST_F(ProgramStackGLTest, TheEndsOfTheHistogramAreDragged) {
     auto const picture = [&](std::string const& text) {
@@ -502,6 +516,106 @@ TEST_F(ProgramStackGLTest, WhatThePictureLacksIsRefused) {
 }
 
 // Filters look at the samples themselves.
+TEST_F(ProgramViewGLTest, AFileThatIsDroppedIsOpened) {
+    testimages::writePattern8(path("a.png"), "", 90, 60, 3);
+    testimages::writePattern8(path("b.png"), "", 50, 70, 1);
+    writeFile(path("no.png"), "no picture");
+    std::vector<std::string> const start{path("a.png"), "--size", "200x100", "--bare"};
+    auto const first = shown({path("a.png"), "--size", "200x100", "--bare"});
+    auto const second = shown({path("b.png"), "--size", "200x100", "--bare"});
+    ASSERT_NE(testimages::difference(first, second), "");
+    expectPixels(after("wait\ndrop " + path("b.png") + "\n", start), second);
+    expectPixels(after("wait\ndrop " + path("b.png") + "\nwait\ndrop " + path("a.png") + "\n", start), first);
+    // What was asked for of the first is not for the second.
+    std::vector<std::string> const part{path("a.png"), "--size", "200x100", "--bare", "--bands", "2", "--at", "9,9,3"};
+    expectPixels(after("wait\ndrop " + path("b.png") + "\n", part), second);
+    // What cannot be opened leaves the picture, and is told.
+    for (std::string const& wrong : std::vector<std::string>{path("no.png"), path("nothing.png"), path("")}) {
+        auto arguments = start;
+        arguments.insert(arguments.end(),
+                         {"--force", "--script",
+                          script("wait\ndrop " + wrong + "\nwait\nscreenshot " + path("shown.png") + "\nquit\n")});
+        auto const result = view(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err.rfind("velmora: cannot ", 0), 0u) << result.err;
+        expectPixels(testimages::readByVips(path("shown.png")), first);
+    }
+}
+
+TEST_F(ProgramViewGLTest, WhatCannotBeImportedLeavesThePictureBefore) {
+    testimages::writePattern8(path("a.png"), "", 90, 60, 3);
+    testimages::writePattern16(path("b.png"), "", 90, 60, 3);
+    testimages::writePattern16(path("c.png"), "", 90, 60, 3);
+    std::string const whole = readFile(path("c.png"));
+    writeFile(path("c.png"), whole.substr(0, whole.size() - 200));
+    // Filters look at the 16 bits themselves, in a store.
+    std::vector<std::string> const start{path("a.png"), "--size", "200x100", "--bare", "--sharpen", "1"};
+    auto const first = shown(start);
+    auto const second = shown({path("b.png"), "--size", "200x100", "--bare", "--sharpen", "1"});
+    std::filesystem::remove_all(path("cache"));
+    expectPixels(after("wait\ndrop " + path("b.png") + "\n", start), second);
+    EXPECT_EQ(cached().size(), 1u);
+    auto arguments = start;
+    arguments.insert(arguments.end(),
+                     {"--force", "--script",
+                      script("wait\ndrop " + path("c.png") + "\nwait\nscreenshot " + path("shown.png") + "\nquit\n")});
+    auto const result = view(arguments);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.err.find("cannot read '" + path("c.png")), std::string::npos) << result.err;
+    expectPixels(testimages::readByVips(path("shown.png")), first);
+    EXPECT_EQ(cached().size(), 1u);
+}
+
+TEST_F(ProgramViewGLTest, APathThatIsTypedIsOpened) {
+    testimages::writePattern8(path("a.png"), "", 200, 100, 3);
+    testimages::writePattern8(path("b.png"), "", 200, 100, 1);
+    auto const middle = [](testimages::Pixels const& pixels) { return testimages::crop(pixels, 90, 30, 40, 40); };
+    std::string const open = "wait\nkey o\nwait\n";
+    std::string typed = "key Ctrl+A\n";
+    std::string const name = path("b.png");
+    for (size_t i = 0; i < name.size(); i += 20)
+        typed += "type " + name.substr(i, 20) + "\nwait\n";
+    std::vector<std::string> const start{path("a.png"), "--size", "200x100"};
+    auto const opened = after(open + typed + "key Return\n", start);
+    expectPixels(middle(opened), middle(shown({path("b.png"), "--size", "200x100"})));
+    // Escape closes the panel, and then the window; a key is a letter in the field.
+    auto const before = shown(start);
+    expectPixels(middle(after(open + "key q\nwait\nkey Escape\n", start)), middle(before));
+    EXPECT_NE(testimages::difference(middle(after(open, start)), middle(before)), "");
+    EXPECT_EQ(readFile(path("state/velmora/recent")), path("a.png") + "\n" + path("b.png") + "\n");
+}
+
+TEST_F(ProgramViewGLTest, TheViewIsSavedUnderANameThatIsFree) {
+    testimages::writePattern8(path("a.png"), "", 400, 300, 3);
+    std::filesystem::path const before = std::filesystem::current_path();
+    std::filesystem::create_directory(path("here"));
+    std::filesystem::current_path(path("here"));
+    auto const result = view({path("a.png"), "--size", "200x100", "--at", "200,150,1", "--script",
+                              script("wait\nkey s\nkey Ctrl+S\nwait\nquit\n")});
+    std::filesystem::permissions(path("here"), std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+    std::filesystem::current_path(before);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    auto const expected = shown({path("a.png"), "--size", "200x100", "--at", "200,150,1", "--bare"});
+    expectPixels(testimages::readByVips(path("here/a-view.png")), expected);
+    expectPixels(testimages::readByVips(path("here/a-view-2.png")), expected);
+    std::filesystem::permissions(path("here"), std::filesystem::perms::owner_all);
+}
+
+TEST_F(ProgramViewGLTest, ARulerIsDrawnAndMovesNothing) {
+    testimages::writePattern8(path("a.png"), "", 400, 300, 3);
+    std::vector<std::string> const start{path("a.png"), "--size", "800x600", "--at", "200,150,1"};
+    auto const before = shown(start);
+    auto const corner = [](testimages::Pixels const& pixels) { return testimages::crop(pixels, 420, 200, 60, 60); };
+    auto const line = [](testimages::Pixels const& pixels) { return testimages::crop(pixels, 310, 230, 40, 40); };
+    auto const measured = after("wait\nkey r\ndrag 300 250 360 250\n", start);
+    expectPixels(corner(measured), corner(before));
+    EXPECT_NE(testimages::difference(line(measured), line(before)), "");
+    auto const away = after("wait\nkey r\ndrag 300 250 360 250\nkey r\n", start);
+    expectPixels(line(away), line(before));
+    auto const moved = after("wait\nkey r\nkey r\ndrag 300 250 360 250\n", start);
+    EXPECT_NE(testimages::difference(corner(moved), corner(before)), "");
+}
+
 TEST_F(ProgramViewGLTest, AnImageOfSixteenBitsIsImportedOnceForFilters) {
     if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
     testimages::writePattern16(path("a.png"), "", 400, 300, 3);
@@ -671,7 +785,7 @@ TEST_F(ProgramViewGLTest, ADamagedStoreIsShownWithStripesAndAScreenshotOfThemIsN
     expectPixels(shown({store, "--bare", "--size", "200x100", "--at", "900,600,1"}), expected(800, 550, 200, 100));
     // Who only looks is told once, and goes on.
     auto const looked = view({store, "--size", "300x200", "--at", "100,100,1", "--script",
-                              script("wait\nkey s\nwait\nkey o\nwait\nkey m\nwait\nquit\n")});
+                              script("wait\nkey e\nwait\nkey -\nwait\nkey m\nwait\nquit\n")});
     EXPECT_EQ(looked.exitCode, 0) << looked.err;
     EXPECT_EQ(std::count(looked.err.begin(), looked.err.end(), '\n'), 1) << looked.err;
     expectFailure(runVelmora({"render", store, "-o", path("b.png")}), 10, {"does not match its checksum"});

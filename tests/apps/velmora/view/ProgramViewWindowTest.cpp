@@ -11,7 +11,9 @@ namespace {
 
 class ProgramViewWindowTest : public ViewerFixture {
 protected:
-    Process::Environment environment() const { return {{"SDL_VIDEODRIVER", "x11"}, {"XDG_CACHE_HOME", path("cache")}}; }
+    Process::Environment environment() const {
+        return {{"SDL_VIDEODRIVER", "x11"}, {"XDG_CACHE_HOME", path("cache")}, {"XDG_STATE_HOME", path("state")}};
+    }
 
     // What the program and what the X server say that the window shows at the end of a script.
     struct Shown {
