@@ -21,9 +21,9 @@
 ///     neither grey nor RGB
 ///
 /// The file says which band is alpha. ICC profiles and the orientation tag are followed where the selection says so,
-/// which the description tells, or notes() why not. A pyramid is read at full size. Tiled formats are read in any order;
-/// rows of other formats are read once, from the top, so regions must go down the image. A damaged or truncated file is
-/// an error, never grey pixels.
+/// which the description tells, or notes() why not. A pyramid is read at full size. Tiled formats are read in any
+/// order; rows of other formats are read once, from the top, so regions must go down the image. A damaged or truncated
+/// file is an error, never grey pixels.
 ///
 /// One thread at a time.
 class ImageReader final : public PixelSource {

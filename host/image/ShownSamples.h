@@ -9,8 +9,8 @@
 std::unique_ptr<SampleSource> convertedSamples(std::unique_ptr<SampleSource> source,
                                                SrgbConversion::Choice const& choice);
 
-/// A source turned upright, as its orientation tag says. What cannot be read in any order is held as a whole, where rows
-/// of the file are not rows of the picture from the top: facts().heldBytes says so.
+/// A source turned upright, as its orientation tag says. What cannot be read in any order is held as a whole, where
+/// rows of the file are not rows of the picture from the top: facts().heldBytes says so.
 std::unique_ptr<SampleSource> uprightSamples(std::unique_ptr<SampleSource> source);
 
 /// Facts of a picture that is turned upright.

@@ -11,7 +11,8 @@
 /// Dear ImGui over a window's picture, in pixels of the frame. One at a time, on the GL thread, with the context
 /// current.
 ///
-/// It is told of mouse and keys by events alone, so that those of a script do what those of a hand do. It writes no file.
+/// It is told of mouse and keys by events alone, so that those of a script do what those of a hand do. It writes no
+/// file.
 class Overlay {
 public:
     Overlay();
