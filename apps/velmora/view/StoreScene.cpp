@@ -169,9 +169,8 @@ View StoreScene::wantedView() const {
 }
 
 Redraw StoreScene::advance() {
-    View const wanted = wantedView();
-    bool const moved = picture_.view() != wanted;
-    if (moved) picture_.show(wanted);
+    bool const moved = isMoved();
+    if (moved) picture_.show(wantedView());
     bool const loaded = picture_.advance(kTurn);
     tellOfDamage();
     return moved || loaded ? Redraw::Picture : Redraw::Nothing;

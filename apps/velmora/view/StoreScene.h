@@ -29,6 +29,8 @@ public:
     Ruler& ruler() { return ruler_; }
     Redraw command(Controls::Command command);
 
+    /// Whether another view is wanted than the one that advance() was called for last.
+    bool isMoved() const { return picture_.view() != wantedView(); }
     /// Tells the picture what is wanted now, and takes in what its threads have finished.
     Redraw advance();
     /// Whether all that the view shows is loaded, but for what is damaged.

@@ -199,14 +199,22 @@ void Viewer::follow(Size const& size) {
     if (import_) return followImport(size);
     if (size.width != scene_->camera().frame().width || size.height != scene_->camera().frame().height)
         scene_->camera().resize(size);
+    isMoved_ = isMoved_ || scene_->isMoved();
     due_.raise(scene_->advance());
     Redraw const due = due_.next(pictureComplete());
-    if (due != Redraw::Nothing)
+    if (due != Redraw::Nothing && !isTooSoon())
         drawFrame(size, due);
     else if (!scene_->complete())
         scene_->wait();
     else if (!options_.bare)
         due_.raise(scene_->advanceExtras());
+}
+
+// Whether the frame may wait: nothing has moved, and more of the picture is made meanwhile.
+bool Viewer::isTooSoon() const {
+    if (isMoved_ || scene_->complete()) return false;
+    std::chrono::duration<double, std::milli> const sinceLast = Clock::now() - lastFrame_;
+    return sinceLast.count() < pauseAfterFrame(frameMilliseconds_);
 }
 
 void Viewer::followImport(Size const& size) {
@@ -226,6 +234,7 @@ bool Viewer::settled() const {
 void Viewer::drawFrame(Size const& size, Redraw due) {
     auto const start = Clock::now();
     due_.lower();
+    isMoved_ = false;
     draw(size, due);
     window_.swap();
     report_.frame();

@@ -64,6 +64,7 @@ private:
     std::chrono::milliseconds idleTime() const;
     void playScript();
     void follow(Size const& size);
+    bool isTooSoon() const;
     void followImport(Size const& size);
     void drawFrame(Size const& size, Redraw due);
     void draw(Size const& size, Redraw due);
@@ -90,6 +91,7 @@ private:
     std::string message_;               // as a person may see it
     std::optional<std::string> chosen_; // the file that is opened next
     DueRedraw due_;
+    bool isMoved_ = false; // since the last frame
     Controls controls_;
     ScriptPlayer script_;
     Clock::time_point lastFrame_ = Clock::now();

@@ -16,6 +16,15 @@ int framesOf(DueRedraw& redraw, bool pictureComplete) {
 
 } // namespace
 
+TEST(RedrawTest, DrawingWhatIsLoadedLeavesMostOfTheTimeToLoading) {
+    EXPECT_NEAR(pauseAfterFrame(0), 16.7, 0.1) << "no more frames than a screen shows";
+    EXPECT_NEAR(pauseAfterFrame(3), 16.7, 0.1);
+    EXPECT_EQ(pauseAfterFrame(4), 20);
+    EXPECT_EQ(pauseAfterFrame(50), 250);
+    EXPECT_EQ(pauseAfterFrame(100), 250) << "how it goes on is seen";
+    EXPECT_EQ(pauseAfterFrame(1000), 2000);
+}
+
 TEST(RedrawTest, NothingIsDueUntilItIsRaised) {
     DueRedraw redraw;
     EXPECT_TRUE(redraw.settled());
