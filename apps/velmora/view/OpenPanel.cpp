@@ -1,5 +1,6 @@
 #include "apps/velmora/view/OpenPanel.h"
 
+#include "apps/velmora/view/Lettering.h"
 #include "host/PlainText.h"
 
 #include <imgui.h>
@@ -94,7 +95,9 @@ std::optional<std::string> OpenPanel::drawRecent() {
     ImGui::PushID("recent");
     for (size_t i = 0; i < recent_.size(); ++i) {
         ImGui::PushID(static_cast<int>(i));
-        if (ImGui::Selectable(printableText(recent_[i], kShownCharacters).c_str())) chosen = take(recent_[i]);
+        std::string const shown = printableText(recent_[i], kShownCharacters);
+        needLetters(shown);
+        if (ImGui::Selectable(shown.c_str())) chosen = take(recent_[i]);
         ImGui::PopID();
     }
     ImGui::PopID();
@@ -115,10 +118,12 @@ std::optional<std::string> OpenPanel::drawPath() {
 std::optional<std::string> OpenPanel::drawEntries() {
     std::optional<fs::path> clicked;
     ImGui::BeginChild("entries");
+    needLetters(path_.data());
     if (!failure_.empty()) ImGui::TextUnformatted(failure_.c_str());
     if (folder_.has_relative_path() && ImGui::Selectable("../")) clicked = folder_.parent_path();
     for (size_t i = 0; i < entries_.size(); ++i) {
         ImGui::PushID(static_cast<int>(i));
+        needLetters(entries_[i].shown);
         if (ImGui::Selectable(entries_[i].shown.c_str())) clicked = folder_ / entries_[i].name;
         ImGui::PopID();
     }

@@ -1,5 +1,6 @@
 #include "apps/velmora/view/Overlay.h"
 
+#include "apps/velmora/view/Lettering.h"
 #include "gles3renderbackend/Gl.h"
 
 #include <backends/imgui_impl_opengl3.h>
@@ -35,6 +36,44 @@ constexpr std::array<std::pair<ImGuiKey_, SDL_Scancode>, 20> kKeys{{{ImGuiKey_Ta
                                                                     {ImGuiKey_Y, SDL_SCANCODE_Y},
                                                                     {ImGuiKey_Z, SDL_SCANCODE_Z}}};
 
+ImVec4 grey(float level, float alpha) {
+    return {level, level, level, alpha};
+}
+
+// Quiet: greys, and one blue for what can be moved or is chosen.
+ImGuiStyle styleFor(float scale) {
+    ImVec4 const accent{0.26F, 0.55F, 0.86F, 1};
+    ImVec4 const softAccent{0.26F, 0.55F, 0.86F, 0.55F};
+    ImGuiStyle style;
+    ImGui::StyleColorsDark(&style);
+    style.WindowRounding = 6;
+    style.ChildRounding = 4;
+    style.FrameRounding = 4;
+    style.GrabRounding = 4;
+    style.PopupRounding = 4;
+    style.WindowBorderSize = 0;
+    style.WindowPadding = {10, 8};
+    style.ItemSpacing = {8, 5};
+    auto& colours = style.Colors;
+    colours[ImGuiCol_WindowBg] = grey(0.09F, 1);
+    colours[ImGuiCol_Text] = grey(0.93F, 1);
+    colours[ImGuiCol_TitleBg] = colours[ImGuiCol_TitleBgActive] = grey(0.16F, 1);
+    colours[ImGuiCol_FrameBg] = grey(0.22F, 0.9F);
+    colours[ImGuiCol_FrameBgHovered] = grey(0.28F, 0.9F);
+    colours[ImGuiCol_FrameBgActive] = grey(0.34F, 0.9F);
+    colours[ImGuiCol_Button] = grey(0.26F, 0.9F);
+    colours[ImGuiCol_ButtonHovered] = grey(0.34F, 1);
+    colours[ImGuiCol_ButtonActive] = softAccent;
+    colours[ImGuiCol_Header] = grey(0.26F, 0.9F);
+    colours[ImGuiCol_HeaderHovered] = grey(0.3F, 1);
+    colours[ImGuiCol_HeaderActive] = softAccent;
+    colours[ImGuiCol_CheckMark] = colours[ImGuiCol_SliderGrab] = colours[ImGuiCol_SliderGrabActive] = accent;
+    colours[ImGuiCol_PlotHistogram] = accent;
+    colours[ImGuiCol_Separator] = grey(0.35F, 0.6F);
+    style.ScaleAllSizes(scale);
+    return style;
+}
+
 // Valid until the next call, as Dear ImGui expects.
 char const* clipboardText(void* /*unused*/) {
     static std::string text;
@@ -59,7 +98,7 @@ Overlay::Overlay() : mouse_{-FLT_MAX, -FLT_MAX} {
         io.KeyMap[key] = scancode;
     io.GetClipboardTextFn = clipboardText;
     io.SetClipboardTextFn = setClipboardText;
-    ImGui::StyleColorsDark();
+    lettering_ = std::make_unique<Lettering>();
     ImGui_ImplOpenGL3_Init("#version 300 es");
 }
 
@@ -117,15 +156,21 @@ bool Overlay::hasKeys() const {
     return ImGui::GetIO().WantTextInput;
 }
 
+void Overlay::leaveField() {
+    ImGui::GetIO().WantTextInput = false;
+}
+
 bool Overlay::hasMouse() const {
     return ImGui::GetIO().WantCaptureMouse;
+}
+
+bool Overlay::lacksLetters() const {
+    return lettering_->isDue();
 }
 
 void Overlay::begin(Size const& frame, double pixelsPerUnit, double secondsSinceLast) {
     ImGuiIO& io = ImGui::GetIO();
     io.DisplaySize = {static_cast<float>(frame.width), static_cast<float>(frame.height)};
-    // ImGui's own letters are of fixed pixels.
-    io.FontGlobalScale = static_cast<float>(std::max(1.0, std::round(pixelsPerUnit)));
     io.DeltaTime = static_cast<float>(std::max(secondsSinceLast, 1e-4));
     io.MousePos = {mouse_[0], mouse_[1]};
     for (size_t button = 0; button < kButtons; ++button)
@@ -136,8 +181,23 @@ void Overlay::begin(Size const& frame, double pixelsPerUnit, double secondsSince
     keysPressed_ = {};
     pressed_ = {};
     wheel_ = 0;
+    prepareLetters(pixelsPerUnit);
     ImGui_ImplOpenGL3_NewFrame();
     ImGui::NewFrame();
+}
+
+void Overlay::prepareLetters(double pixelsPerUnit) {
+    if (!lettering_->prepare(pixelsPerUnit)) return;
+    ImGui::GetStyle() = styleFor(static_cast<float>(std::max(pixelsPerUnit, 1.0)));
+    // The first time the backend makes the texture itself.
+    if (std::exchange(hasLetters_, true)) {
+        GLint unpack = 0;
+        glGetIntegerv(GL_PIXEL_UNPACK_BUFFER_BINDING, &unpack);
+        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+        ImGui_ImplOpenGL3_DestroyFontsTexture();
+        ImGui_ImplOpenGL3_CreateFontsTexture();
+        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, static_cast<GLuint>(unpack));
+    }
 }
 
 void Overlay::end() {

@@ -7,6 +7,9 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
+
+class Lettering;
 
 /// Dear ImGui over a window's picture, in pixels of the frame. One at a time, on the GL thread, with the context
 /// current.
@@ -25,6 +28,11 @@ public:
     bool hasMouse() const;
     /// Whether keys are typed into one of its fields, as of the last frame.
     bool hasKeys() const;
+    /// The field is gone: the next key is none of its.
+    void leaveField();
+
+    /// Whether the last frame lacked letters that the next one has.
+    bool lacksLetters() const;
 
     /// From here to end() ImGui's functions draw.
     void begin(Size const& frame, double pixelsPerUnit, double secondsSinceLast);
@@ -35,7 +43,10 @@ private:
     static constexpr size_t kButtons = 3;
 
     void setKey(SDL_Keysym const& key, bool isDown);
+    void prepareLetters(double pixelsPerUnit);
 
+    std::unique_ptr<Lettering> lettering_;
+    bool hasLetters_ = false;
     std::array<float, 2> mouse_;
     std::array<bool, kButtons> down_{};
     std::array<bool, kButtons> pressed_{}; // since the last frame, for clicks that are shorter than one

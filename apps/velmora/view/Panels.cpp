@@ -1,5 +1,6 @@
 #include "apps/velmora/view/Panels.h"
 
+#include "apps/velmora/view/Lettering.h"
 #include "apps/velmora/view/ScaleBar.h"
 #include "host/view/LevelTile.h"
 
@@ -28,28 +29,33 @@ constexpr ImU32 kTileColour = IM_COL32(255, 210, 0, 255);
 
 constexpr float kOverviewHeight = 240; // with its frame and the margins
 
-constexpr auto kHelp = "drag, arrows     move\n"
-                       "wheel            zoom about the cursor\n"
-                       "two fingers      zoom\n"
-                       "+ or i, -        zoom in, out\n"
-                       "1                actual size (1:1)\n"
-                       "f                the whole picture\n"
-                       "b                smooth (bilinear) below 1:1\n"
-                       "e                sharpen\n"
-                       "g                gamma\n"
-                       "c                equalise (CLAHE)\n"
-                       "Page Up, Down    the slice or page before, after\n"
-                       ", .              the time before, after\n"
-                       "d                tiles of the level\n"
-                       "m                where the store has detail\n"
-                       "r                ruler: drag to measure\n"
-                       "o                open another picture\n"
-                       "s                save the view as PNG\n"
-                       "Ctrl+C           copy the pixel under the cursor\n"
-                       "?                this help\n"
-                       "q, Escape        quit\n"
-                       "\nA click in the small picture goes there.\n"
-                       "A file that is dropped on the window is opened.";
+struct Help {
+    char const* key;
+    char const* does;
+};
+
+constexpr std::array<Help, 20> kHelp{{{"drag, arrows", "move"},
+                                      {"wheel, two fingers", "zoom about the cursor"},
+                                      {"+ or i, -", "zoom in, out"},
+                                      {"1", "actual size (1:1)"},
+                                      {"f", "the whole picture"},
+                                      {"b", "smooth (bilinear) below 1:1"},
+                                      {"e", "sharpen"},
+                                      {"g", "gamma"},
+                                      {"c", "equalise (CLAHE)"},
+                                      {"Page Up, Page Down", "the slice or page before, after"},
+                                      {", .", "the time before, after"},
+                                      {"r", "ruler: drag to measure"},
+                                      {"o", "open another picture"},
+                                      {"s", "save the view as PNG"},
+                                      {"Ctrl+C", "copy the pixel under the cursor"},
+                                      {"d", "tiles of the level, and figures"},
+                                      {"m", "where the store has detail"},
+                                      {"?", "this help"},
+                                      {"Escape", "leave a panel, or quit"},
+                                      {"q", "quit"}}};
+constexpr auto kMoreHelp = "A click in the small picture goes there.\n"
+                           "A file that is dropped on the window is opened.";
 
 ImVec2 toImGui(double x, double y) {
     return {static_cast<float>(x), static_cast<float>(y)};
@@ -76,7 +82,8 @@ double megabytes(size_t bytes) {
 void drawStatus(panels::Model const& model) {
     placeNext(0, 0);
     ImGui::Begin("status", nullptr, kWordFlags);
-    ImGui::TextUnformatted(model.name.c_str());
+    drawText(model.name);
+    needLetters(model.interpretation);
     if (model.channels != nullptr && !model.channels->empty())
         ImGui::Text("%zu x %zu, %s", model.info->width, model.info->height, model.interpretation.c_str());
     else
@@ -86,17 +93,24 @@ void drawStatus(panels::Model const& model) {
     ImGui::TextUnformatted(model.pixel.empty() ? "-" : model.pixel.c_str());
     if (!model.damage.empty()) ImGui::TextUnformatted(model.damage.c_str());
     if (!model.switches.empty()) ImGui::TextUnformatted(model.switches.c_str());
-    ImGui::Separator();
-    ImGui::Text("frame %.1f ms%s", model.frameMilliseconds, model.complete ? "" : ", loading");
-    ImGui::Text("GPU %zu tiles, %.0f MB", model.statistics.tilesOnGpu, megabytes(model.statistics.gpuBytes));
-    ImGui::Text("host %.0f MB, %zu waiting", megabytes(model.statistics.hostBytes), model.statistics.waiting);
-    if (!model.message.empty()) ImGui::TextWrapped("%s", model.message.c_str());
+    if (!model.complete) ImGui::TextUnformatted("loading");
+    if (model.figures) {
+        ImGui::Separator();
+        ImGui::Text("frame %.1f ms", model.frameMilliseconds);
+        ImGui::Text("GPU %zu tiles, %.0f MB", model.statistics.tilesOnGpu, megabytes(model.statistics.gpuBytes));
+        ImGui::Text("host %.0f MB, %zu waiting", megabytes(model.statistics.hostBytes), model.statistics.waiting);
+    }
+    if (!model.message.empty()) {
+        ImGui::PushTextWrapPos(360 * Lettering::scale());
+        drawText(model.message);
+        ImGui::PopTextWrapPos();
+    }
     ImGui::End();
 }
 
 void drawScaleBar(panels::Model const& model) {
-    ScaleBar const bar = scaleBar(160.0 * static_cast<double>(ImGui::GetIO().FontGlobalScale),
-                                  model.camera->zoom().value(), model.info->micronsPerPixelX);
+    ScaleBar const bar = scaleBar(160.0 * static_cast<double>(Lettering::scale()), model.camera->zoom().value(),
+                                  model.info->micronsPerPixelX);
     if (bar.pixels <= 0) return;
     placeNext(0, 1);
     ImGui::Begin("scale", nullptr, kWordFlags);
@@ -149,7 +163,7 @@ void drawTone(panels::Model const& model, panels::UserEdits& edits) {
     auto black = static_cast<int>(model.tone->black);
     auto white = static_cast<int>(model.tone->white);
     auto gamma = static_cast<float>(model.tone->gamma);
-    ImGui::PushItemWidth(200 * ImGui::GetIO().FontGlobalScale);
+    ImGui::PushItemWidth(200 * Lettering::scale());
     bool changed = ImGui::SliderInt("black", &black, 0, kLargestCode - 1, "%d", ImGuiSliderFlags_AlwaysClamp);
     changed |= ImGui::SliderInt("white", &white, 1, kLargestCode, "%d", ImGuiSliderFlags_AlwaysClamp);
     changed |= ImGui::SliderFloat("gamma", &gamma, 0.2F, 5, "%.2f", ImGuiSliderFlags_AlwaysClamp);
@@ -215,7 +229,7 @@ bool dragEnds(Tone& tone, SampleRange const& shown, ImVec2 const& from, ImVec2 c
 // The samples of the channel, and both ends of its range, which can be dragged.
 bool editHistogram(Histogram const& histogram, ImU32 colour, Tone& tone) {
     SampleRange const shown = {std::min(histogram.low, tone.low), std::max(histogram.high, tone.high)};
-    ImVec2 const size = {ImGui::CalcItemWidth(), 48 * ImGui::GetIO().FontGlobalScale};
+    ImVec2 const size = {ImGui::CalcItemWidth(), 48 * Lettering::scale()};
     ImVec2 const from = ImGui::GetCursorScreenPos();
     ImGui::InvisibleButton("histogram", size);
     bool const moved = dragEnds(tone, shown, from, size);
@@ -328,11 +342,12 @@ bool editChannel(ChannelDisplay& channel, Histogram const& histogram, bool isAlo
     bool changed = ImGui::Checkbox("##on", &channel.isOn);
     ImGui::SameLine();
     if (channel.role == ChannelTable::Role::Alpha) {
-        ImGui::TextUnformatted(channel.name.c_str());
+        drawText(channel.name);
         return changed;
     }
     changed |= editColour(channel);
     ImGui::SameLine();
+    needLetters(channel.name);
     // Folded: a picture may have many.
     if (!ImGui::TreeNode("channel", "%s", channel.name.c_str())) return changed;
     Colour const& full = channel.colours.back();
@@ -346,7 +361,7 @@ bool editChannel(ChannelDisplay& channel, Histogram const& histogram, bool isAlo
 void drawChannels(panels::Model const& model, panels::UserEdits& edits) {
     if (model.channels == nullptr || model.channels->empty()) return;
     placeNext(1, 0);
-    float const scale = ImGui::GetIO().FontGlobalScale;
+    float const scale = Lettering::scale();
     // Above the overview; what does not fit is scrolled.
     ImVec2 const window = ImGui::GetIO().DisplaySize;
     ImGui::SetNextWindowSizeConstraints({0, 0}, {window.x, std::max(window.y - kOverviewHeight, 80 * scale)});
@@ -383,7 +398,13 @@ void drawHelp() {
     ImGui::SetNextWindowPos({size.x / 2, size.y / 2}, ImGuiCond_Always, {0.5F, 0.5F});
     ImGui::SetNextWindowBgAlpha(0.85F);
     ImGui::Begin("help", nullptr, kWordFlags);
-    ImGui::TextUnformatted(kHelp);
+    for (Help const& line : kHelp) {
+        ImGui::TextUnformatted(line.key);
+        ImGui::SameLine(160 * Lettering::scale());
+        ImGui::TextUnformatted(line.does);
+    }
+    ImGui::Separator();
+    ImGui::TextUnformatted(kMoreHelp);
     ImGui::End();
 }
 
@@ -453,7 +474,7 @@ void panels::drawMessage(std::string const& text) {
     ImGui::SetNextWindowBgAlpha(0.9F);
     ImGui::Begin("message", nullptr, kWordFlags);
     ImGui::PushTextWrapPos(size.x * 0.75F);
-    ImGui::TextUnformatted(text.c_str());
+    drawText(text);
     ImGui::PopTextWrapPos();
     ImGui::End();
 }
@@ -481,7 +502,8 @@ void panels::drawProgress(std::string const& name, double share, Size const& fra
     ImGui::SetNextWindowPos(bottom, ImGuiCond_Always, {0.5F, 1});
     ImGui::SetNextWindowBgAlpha(0.7F);
     ImGui::Begin("progress", nullptr, kWordFlags);
+    needLetters(name);
     ImGui::Text("importing %s (first time only)", name.c_str());
-    ImGui::ProgressBar(static_cast<float>(share), toImGui(320, 0));
+    ImGui::ProgressBar(static_cast<float>(share), {320 * Lettering::scale(), 0});
     ImGui::End();
 }

@@ -32,6 +32,7 @@ struct Model {
     double frameMilliseconds = 0;
     bool complete = false;
     bool help = false;
+    bool figures = false;                   ///< of the work behind the picture
     std::optional<enhancement::Gamma> tone; ///< of pictures of 16 bits
     bool toneOn = false;
     std::vector<ChannelDisplay> const* channels = nullptr; ///< that can be set; empty: none

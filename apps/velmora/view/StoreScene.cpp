@@ -249,6 +249,7 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     model.frameMilliseconds = frameMilliseconds;
     model.complete = picture_.complete();
     model.help = toggles_.help;
+    model.figures = toggles_.tiles;
     if (isDeep()) model.tone = switches_.last<enhancement::Gamma>().value_or(kDeepGamma);
     model.toneOn = switches_.on<enhancement::Gamma>();
     model.channels = &picture_.channels();

@@ -255,6 +255,7 @@ void Viewer::draw(Size const& size, Redraw due) {
     due_.raise(scene_->drawOverlay(controls_.cursor(), frameMilliseconds_));
     drawOwnPanels();
     overlay_.end();
+    if (overlay_.lacksLetters()) due_.raise(Redraw::Overlay);
 }
 
 void Viewer::drawOwnPanels() {
@@ -347,12 +348,14 @@ bool Viewer::perform(Controls::Command command) {
 }
 
 void Viewer::leave() {
-    if (openPanel_.isOpen())
+    if (openPanel_.isOpen()) {
         openPanel_.close();
-    else if (!message_.empty())
+        overlay_.leaveField();
+    } else if (!message_.empty()) {
         message_.clear();
-    else if (!overlay_.hasKeys())
+    } else if (!overlay_.hasKeys()) {
         quit_ = true;
+    }
 }
 
 void Viewer::openPanel() {

@@ -141,9 +141,9 @@ TEST_F(ProgramViewGLTest, WordsOutOfAFileCannotUpsetThePanels) {
 }
 
 TEST_F(ProgramViewGLTest, AClickInTheSmallPictureGoesThere) {
-    // 200 pixels show 800: the click is 50, 70 of the small picture, which ends 16 before the window's corner.
+    // 200 pixels show 800: the click is 50, 70 of the small picture, which ends 18 and 16 before the window's corner.
     std::string const store = makeStore("a.vlm", 800, 800);
-    int const x = 640 - 16 - 200 + 50;
+    int const x = 640 - 18 - 200 + 50;
     int const y = 480 - 16 - 200 + 70;
     std::string const place = " " + std::to_string(x) + " " + std::to_string(y);
     std::string const click = "drag" + place + place;
@@ -450,7 +450,7 @@ TEST_F(ProgramStackGLTest, KeysMoveThroughSlices) {
     expectPixels(after("wait\nkey PageDown\nkey PageUp\nkey PageUp\nkey .\nkey ,\n", window(chosen)), first);
 }
 
-// The field for white begins at 458, 115 in a window of 800 pixels.
+// The field for white begins at 456, 122 in a window of 800 pixels.
 TEST_F(ProgramStackGLTest, EndsOfRangesAreTyped) {
     auto const picture = [&](std::string const& text, std::string const& range) {
         auto const window =
@@ -458,13 +458,13 @@ TEST_F(ProgramStackGLTest, EndsOfRangesAreTyped) {
         return testimages::crop(window, 340, 250, kWidth, kHeight);
     };
     auto const expected = picture("", "1000,2500");
-    std::string const field = "drag 500 124 500 124\nkey Ctrl+A\n";
+    std::string const field = "drag 500 132 500 132\nkey Ctrl+A\n";
     expectPixels(picture(field + "type 2500\nwait\nkey Return\n", "1000,4000"), expected);
     // Letters are no commands while they are typed, and what is no range changes nothing.
     expectPixels(picture(field + "key q\ntype 900\nwait\nkey Return\n", "1000,2500"), expected);
 }
 
-// The panel's histogram begins at 458, 40 in a window of 800 pixels, and is 160 wide.
+// The panel's histogram begins at 456, 43 in a window of 800 pixels, and is 160 wide.
 TEST_F(ProgramStackGLTest, TheEndsOfTheHistogramAreDragged) {
     auto const picture = [&](std::string const& text) {
         auto const window = after(
@@ -472,7 +472,7 @@ TEST_F(ProgramStackGLTest, TheEndsOfTheHistogramAreDragged) {
         return testimages::crop(window, 340, 250, kWidth, kHeight);
     };
     auto const before = coloured(pages_[2], {255, 255, 255});
-    expectPixels(picture("drag 600 100 538 100\n"), before);
+    expectPixels(picture("drag 600 26 538 26\n"), before);
     auto const brighter = picture("drag 600 60 538 60\n");
     auto const darker = picture("drag 460 60 538 60\n");
     size_t different = 0;
@@ -583,6 +583,23 @@ TEST_F(ProgramViewGLTest, APathThatIsTypedIsOpened) {
     expectPixels(middle(after(open + "key q\nwait\nkey Escape\n", start)), middle(before));
     EXPECT_NE(testimages::difference(middle(after(open, start)), middle(before)), "");
     EXPECT_EQ(readFile(path("state/velmora/recent")), path("a.png") + "\n" + path("b.png") + "\n");
+}
+
+// Letters that are missing would all be the same box.
+TEST_F(ProgramViewGLTest, NamesAreShownInTheirScript) {
+    testimages::writePattern8(path("a.png"), "", 90, 60, 3);
+    std::vector<testimages::Pixels> names;
+    for (std::string const name :
+         {"\u03b1\u03b2\u03b3", "\u03c8\u03c9\u03c7", "\u0436\u044f\u0444", "\u00e4\u00f6\u00fc"}) {
+        std::filesystem::copy_file(path("a.png"), path(name + ".png"));
+        names.push_back(testimages::crop(shown({path(name + ".png"), "--size", "300x200"}), 8, 8, 60, 24));
+        for (size_t other = 0; other + 1 < names.size(); ++other)
+            EXPECT_NE(testimages::difference(names.back(), names[other]), "") << name << " and " << other;
+    }
+    // Opened in a window that had other letters.
+    auto const opened =
+        after("wait\ndrop " + path("\u03b1\u03b2\u03b3.png") + "\n", {path("a.png"), "--size", "300x200"});
+    expectPixels(testimages::crop(opened, 8, 8, 60, 24), names.front());
 }
 
 TEST_F(ProgramViewGLTest, TheViewIsSavedUnderANameThatIsFree) {
