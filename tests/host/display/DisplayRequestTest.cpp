@@ -158,6 +158,8 @@ TEST(DisplayRequestTest, AColourMapIsForOneChannel) {
     EXPECT_EQ(channelsFor(request, grey, samples)[1].colours, colourmap::named("grey")) << "alpha has none";
     EXPECT_STREQ(usage(request, factsOf(SampleType::Unsigned16, 3, 3)).what(),
                  "a colour map is for one channel, and 3 are shown: choose one with --channel or --bands");
+    EXPECT_STREQ(usage(request, factsOf(SampleType::Unsigned16, 2, 0)).what(),
+                 "a colour map is for one channel, and 2 are shown: choose one with --channel or --bands");
     // One of them alone has it.
     request.channels = {parseChannel("1")};
     EXPECT_EQ(channelsFor(request, factsOf(SampleType::Unsigned16, 2, 0), samples)[1].colours,
@@ -221,6 +223,6 @@ TEST(DisplayRequestTest, ChannelsAreParsed) {
     EXPECT_FALSE(automatic.colour || automatic.range);
     EXPECT_TRUE(parseChannel("3:00ff00:auto").colour);
     for (char const* const wrong : {"", "-1", "x", "1x", "1:", "1:ff", "1:ff8000:ff8000", "1:1,2:ff8000", "1:2,1",
-                                    "1:auto:auto", "1:ff8000:1,2:3", "99999999999999999999999"})
+                                    "1:auto:auto", "1:ff8000:1,2:3", "1:ff8000:ff8000:1,2", "99999999999999999999999"})
         EXPECT_THROW(parseChannel(wrong), std::invalid_argument) << wrong;
 }

@@ -97,6 +97,27 @@ TEST_F(ShownPyramidTest, BandsOfTurnedPicturesAreTaken) {
     EXPECT_TRUE(readAll(*reader) == expected);
 }
 
+// Pages that are channels, of 16 bits and two bands each.
+TEST_F(ShownPyramidTest, EachPlaneOfAStackIsTurned) {
+    std::vector<Directory> pages;
+    std::vector<std::vector<std::uint16_t>> samples;
+    for (std::uint32_t page = 0; page < 2; ++page) {
+        samples.push_back(noise<std::uint16_t>(40 * 30 * 2, page + 1));
+        pages.push_back(testtiff::directory<std::uint16_t>(40, 30, 2, samples.back()));
+        pages.back().orientation = ORIENTATION_BOTRIGHT;
+    }
+    pages.front().description =
+        R"(<OME><Image><Pixels SizeC="4" SizeZ="1" SizeT="1" DimensionOrder="XYCZT"><Channel SamplesPerPixel="2"/>)"
+        R"(<Channel SamplesPerPixel="2"/></Pixels></Image></OME>)";
+    auto const pyramid = open(write(pages), shown(true, true));
+    ASSERT_EQ(pyramid->facts().image.layout.bands, 4u);
+    std::vector<std::uint16_t> expected;
+    for (size_t pixel = 40 * 30; pixel-- > 0;)
+        for (auto const& page : samples)
+            expected.insert(expected.end(), {page[2 * pixel], page[2 * pixel + 1]});
+    EXPECT_TRUE(readAll(*pyramid->reader()) == bytesOf(expected));
+}
+
 TEST_F(ShownPyramidTest, AllLevelsAndTheirMeansHaveTheColoursOfTheProfile) {
     Directory full = level(100, 70, 3, 1);
     full.iccProfile = profile();

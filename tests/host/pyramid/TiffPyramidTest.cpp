@@ -505,6 +505,10 @@ TEST_F(TiffPyramidTest, BandsAreTakenInTheirOrder) {
             expected.push_back(samples[i + band]);
     expectLevel(*pyramid->reader(), 0, bytesOf(expected));
     EXPECT_EQ(pyramid->facts().image.colourSpace, "");
+    options.selection.bands = {3, 4};
+    SampleFormat const grey = open(path("a.tif"), options)->facts().image.layout;
+    EXPECT_EQ(grey.colours, 1u);
+    EXPECT_TRUE(grey.alpha);
     options.selection.bands = {6};
     HostError const error = failure([&] { open(path("a.tif"), options); });
     EXPECT_EQ(error.kind(), HostError::Kind::Usage);

@@ -193,6 +193,12 @@ TEST_F(SqliteTest, RowsAndStatementsThatAreTooLongFail) {
     EXPECT_THROW(database.number("SELECT 1 --" + std::string(2000, 'x')), sqlite::Failure);
 }
 
+TEST_F(SqliteTest, AStatementThatIsNoneFailsAtOnce) {
+    sqlite::Database database(path_, sqlite::Database::Mode::ReadOnly);
+    EXPECT_THROW(sqlite::Statement(database, "SELECT FROM WHERE"), sqlite::Failure);
+    EXPECT_THROW(sqlite::Statement(database, "SELECT * FROM nothing"), sqlite::Failure);
+}
+
 TEST_F(SqliteTest, AStatementOfTooManyStepsFails) {
     sqlite::Database database(path_, sqlite::Database::Mode::ReadOnly);
     auto const countTo = [&](int last) {

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <limits>
 
@@ -265,6 +266,47 @@ TEST_F(ChannelStagesGLTest, AlphaIsShownWhole) {
     expectRandomViews(view, rgbLevels(file, automatic(file, {0, 1, 2}), 65535));
 }
 
+// Of each four pixels one is not transparent, and its colour is that of the mean.
+TEST_F(ChannelStagesGLTest, MeansOfColoursAreWeighedByAlpha) {
+    constexpr size_t kSide = 300;
+    std::vector<std::uint16_t> samples;
+    Level half{kSide / 2, kSide / 2, 4, Bytes(kSide * kSide)};
+    for (size_t y = 0; y < kSide; ++y)
+        for (size_t x = 0; x < kSide; ++x) {
+            bool const isOpaque = (x % 2) + 2 * (y % 2) == (x / 2 + y / 2) % 4;
+            for (size_t band = 0; band < 3; ++band) {
+                auto const sample = static_cast<std::uint16_t>(257 * ((x * 7 + y * 13 + band * 50) % 256));
+                samples.push_back(sample);
+                size_t const pixel = y / 2 * half.width + x / 2;
+                if (isOpaque) half.bytes[4 * pixel + band] = static_cast<std::uint8_t>(sample / 257);
+                // A quarter of 65535 is 16383.75.
+                half.bytes[4 * pixel + 3] = 64;
+            }
+            samples.push_back(isOpaque ? 0xffff : 0);
+        }
+    auto directory = testtiff::directory<std::uint16_t>(kSide, kSide, 4, samples);
+    directory.extraSamples = {2};
+    testtiff::write(folder_.path("alpha.tif"), {directory});
+    DisplayRequest request;
+    request.range = SampleRange{0, 65535};
+    PictureView view(instance_, shown(openPyramid(folder_.path("alpha.tif")).pyramid, request), options());
+    Bytes const frame = completed(view, {Zoom::nearest(0.5, view.info().levels), 0, 0, kSide / 2, kSide / 2, false});
+    EXPECT_TRUE(frame == half.bytes);
+}
+
+TEST_F(ChannelStagesGLTest, ColoursOfTwoEqualPrimariesAreColours) {
+    auto const file = fileOf<std::uint16_t>(1, spread<std::uint16_t>);
+    auto const pyramid = open(file);
+    for (Colour const& colour : {Colour{0, 255, 255}, Colour{255, 0, 0}, Colour{90, 90, 200}}) {
+        ChannelRequest channel;
+        channel.colour = colour;
+        DisplayRequest request;
+        request.channels = {channel};
+        EXPECT_EQ(PictureView(instance_, shown(pyramid, request), options()).info().bands, 3u);
+    }
+    EXPECT_EQ(PictureView(instance_, shown(pyramid), options()).info().bands, 1u);
+}
+
 // Bands of which the file says nothing else, as fluorescence microscopes write them.
 template <class Sample>
 class Channels {
@@ -384,6 +426,26 @@ TEST_F(ChannelSettingsGLTest, SettingsMayChangeWhileTilesAreOnTheirWay) {
             view.advance(0ms);
         if (round % 3 == 2) expectRandomViews(view, model.shown(channels), fewViews());
     }
+}
+
+// What is on the GPU is mixed anew: the file is not needed.
+TEST_F(ChannelSettingsGLTest, NewSettingsReadNothingAnew) {
+    auto const file = fileOf<std::uint16_t>(3, spread<std::uint16_t>);
+    openChannels(file);
+    std::string const path = folder_.path("samples.tif");
+    PyramidOptions reading;
+    reading.cacheBytes = 0;
+    PictureView view(instance_, shown(std::shared_ptr<Pyramid const>(openPyramid(path, reading).pyramid)), options());
+    Channels<std::uint16_t> const model(file);
+    View const wanted{Zoom(), 10, 20, 200, 150, false};
+    auto channels = view.channels();
+    EXPECT_TRUE(completed(view, wanted) == frameOf(model.shown(channels), wanted));
+    std::filesystem::resize_file(path, 8);
+    channels[1].tone.high *= 0.7;
+    channels[2].colours = colourmap::rampTo({9, 200, 100});
+    view.display(channels);
+    EXPECT_TRUE(completed(view, wanted) == frameOf(model.shown(channels), wanted));
+    EXPECT_EQ(view.damages().count(), 0u);
 }
 
 // With no room for codes, tiles are read once more for each setting.

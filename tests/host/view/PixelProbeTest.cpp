@@ -113,6 +113,16 @@ TEST_F(PixelProbeTest, QuestionsMayComeFasterThanAnswers) {
     }
 }
 
+TEST_F(PixelProbeTest, AWaitLastsUntilTheAnswer) {
+    auto const pyramid = open(ramp<std::uint8_t>(0));
+    for (size_t x = 0; x < kWidth; ++x) {
+        PixelProbe probe(*pyramid);
+        probe.ask({x, 0, {0}, {}});
+        probe.wait(1h);
+        ASSERT_TRUE(probe.answer()) << x;
+    }
+}
+
 TEST_F(PixelProbeTest, WhatCannotBeReadHasNoAnswer) {
     auto const pyramid = open(ramp<std::uint8_t>(0));
     PixelProbe probe(*pyramid);

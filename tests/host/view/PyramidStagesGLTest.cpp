@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "tests/host/image/TestTiff.h"
 #include "tests/host/view/PictureViewFixture.h"
+#include "tests/support/ForwardingInstance.h"
 #include "tests/support/LivingGlObjects.h"
 #include "tests/support/LongRun.h"
 #include "tests/support/Sanitizers.h"
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <thread>
 #include <tiff.h>
 
@@ -21,6 +23,33 @@ using namespace std::chrono_literals;
 
 // Pictures by the levels that their files have, beside a model that knows nothing of tiles.
 namespace {
+
+// Counts what goes through the upload ring.
+class RingCounter final : public ForwardingInstance<RingCounter> {
+public:
+    RingCounter(std::shared_ptr<RenderBackendInstance> instance, RenderContext const& context)
+        : ForwardingInstance(std::move(instance), context) {}
+
+    int reserved() const { return reserved_; }
+    int uploaded() const { return uploaded_; }
+
+private:
+    friend ForwardingInstance<RingCounter>;
+
+    template <class Operation>
+    static auto query(char const* /*member*/, Operation const& operation) -> decltype(operation()) {
+        return operation();
+    }
+    template <class Operation>
+    auto call(char const* member, Operation const& operation) const -> decltype(operation()) {
+        if (std::strcmp(member, "Instance::concurrentStagingBuffer(") == 0) ++reserved_;
+        if (std::strcmp(member, "Instance::synchronizeConcurrentStagingBuffer(") == 0) ++uploaded_;
+        return operation();
+    }
+
+    mutable int reserved_ = 0;
+    mutable int uploaded_ = 0;
+};
 
 // A file's levels, each of other noise, so that it shows which one a pixel comes from.
 struct FileLevels {
@@ -313,6 +342,36 @@ TEST_F(PyramidStagesGLTest, ADamagedTileIsAHoleAndTheRestIsShown) {
                 std::equal(&model[4 * (1201 * y + x)], &model[4 * (1201 * y + x)] + 4, &shown[4 * (1201 * y + x)]))
                 << x << "," << y;
     }
+}
+
+// Others take more to read than the tiles that they would stand in for.
+TEST_F(PyramidStagesGLTest, LevelsOfTheFileAndTheCoarsestStandIn) {
+    auto const pyramid = open(fileOf(2000, 1600, 3, {2, 8}));
+    FilterRunner targets(instance_);
+    PyramidStages const stages(instance_, targets, *pyramid, 1);
+    ASSERT_EQ(stages.info().levels, 3u);
+    EXPECT_FALSE(stages.standsIn(0));
+    EXPECT_TRUE(stages.standsIn(1));
+    EXPECT_FALSE(stages.standsIn(2));
+    EXPECT_TRUE(stages.standsIn(3));
+    auto const coarse = open(fileOf(2000, 1600, 1, {4}));
+    PyramidStages const others(instance_, targets, *coarse, 1);
+    EXPECT_FALSE(others.standsIn(1));
+    EXPECT_TRUE(others.standsIn(2));
+    EXPECT_TRUE(others.standsIn(3)) << "the coarsest";
+    EXPECT_EQ(stages.info().interpretation, "RGB");
+    EXPECT_EQ(others.info().interpretation, "grey");
+}
+
+// Tiles that find no way through it are uploaded otherwise, which takes longer.
+TEST_F(PyramidStagesGLTest, TilesGoThroughTheUploadRing) {
+    auto const pyramid = open(fileOf(1200, 700, 3, {}));
+    auto const counting = std::make_shared<RingCounter>(instance_, context_);
+    PictureView view(counting, pyramid, options());
+    completed(view, {Zoom(), 0, 0, 1200, 700, false});
+    // 3 x 2 tiles, and those that stood in.
+    EXPECT_GE(counting->reserved(), 6);
+    EXPECT_EQ(counting->uploaded(), counting->reserved());
 }
 
 TEST_F(PyramidStagesGLTest, TheNameAndTheScaleAreTheFiles) {
