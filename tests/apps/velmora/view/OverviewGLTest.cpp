@@ -80,3 +80,21 @@ TEST_F(OverviewGLTest, ItIsDrawnOncePerSetOfEnhancements) {
         before = expected;
     }
 }
+
+// Tiles out of the upload ring have rows without padding: with an alignment of 4 those of odd widths would be sheared.
+TEST_F(OverviewGLTest, ItsTextureLeavesGlAsTheUploadRingNeedsIt) {
+    for (Size const& size : {Size{4, 4}, Size{3, 5}}) {
+        OverlayTexture texture;
+        texture.set(Bytes(4 * size.width * size.height, 200), size);
+        GLint alignment = 0;
+        glGetIntegerv(GL_UNPACK_ALIGNMENT, &alignment);
+        EXPECT_EQ(alignment, 1);
+        for (GLenum const name : std::vector<GLenum>{GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS,
+                                                     GL_PIXEL_UNPACK_BUFFER_BINDING}) {
+            GLint value = 1;
+            glGetIntegerv(name, &value);
+            EXPECT_EQ(value, 0) << name;
+        }
+        EXPECT_EQ(read(texture), Bytes(4 * size.width * size.height, 200));
+    }
+}
