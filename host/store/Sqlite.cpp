@@ -44,6 +44,9 @@ constexpr std::array<Setting, 10> kLimits{{{SQLITE_LIMIT_LENGTH, Database::kFirs
                                            {SQLITE_LIMIT_TRIGGER_DEPTH, 1},
                                            {SQLITE_LIMIT_WORKER_THREADS, 0}}};
 
+// More than SQLite allocates at once for files within the limits.
+constexpr sqlite3_uint64 kMostAtOnce = 32 << 20;
+
 constexpr auto kReadingSettings = "PRAGMA mmap_size = 0; PRAGMA query_only = ON; PRAGMA cell_size_check = ON";
 
 // SQLite takes ":memory:" for no file, and a name that begins with "file:" for a URI.
@@ -122,7 +125,7 @@ struct Database::State {
         int const last = errno; // begin() has made it 0
         int const extended = sqlite3_extended_errcode(handle);
         int const code = extended & kPrimaryCode;
-        if (code == SQLITE_NOMEM || extended == SQLITE_IOERR_NOMEM) throw std::bad_alloc();
+        if (code == SQLITE_NOMEM || extended == SQLITE_IOERR_NOMEM) failWithoutMemory();
         if (code == SQLITE_INTERRUPT) throw Failure("reading it takes too many steps", code);
         if (code == SQLITE_CORRUPT && isFailedRead(last))
             throw Failure(std::generic_category().message(last), SQLITE_IOERR);
@@ -130,6 +133,14 @@ struct Database::State {
         int const reason = known != 0 ? known : last; // a failed commit leaves its reason in errno only
         bool const system = (code == SQLITE_IOERR || code == SQLITE_FULL || code == SQLITE_CANTOPEN) && reason != 0;
         throw Failure(system ? std::generic_category().message(reason) : sqlite3_errmsg(handle), code);
+    }
+
+    // SQLite says that it has no memory also where a damaged row asks for more than it ever allocates.
+    [[noreturn]] static void failWithoutMemory() {
+        void* const enough = sqlite3_malloc64(kMostAtOnce);
+        sqlite3_free(enough);
+        if (enough == nullptr) throw std::bad_alloc();
+        throw Failure("a row says more bytes than there can be", SQLITE_CORRUPT);
     }
 
     // A result other than 0 ends the statement. No exception may pass through SQLite.
@@ -250,7 +261,7 @@ std::vector<std::uint8_t> Statement::blob(int column) const {
 
 // Distinguishes a column without bytes from one for which there is no memory.
 void Statement::requireMemory() const {
-    if (sqlite3_errcode(database_.handle) == SQLITE_NOMEM) throw std::bad_alloc();
+    if (sqlite3_errcode(database_.handle) == SQLITE_NOMEM) database_.fail();
 }
 
 void Statement::require(int code) const {

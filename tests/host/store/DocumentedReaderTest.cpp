@@ -124,7 +124,7 @@ std::int64_t sampleAt(std::int64_t x, std::int64_t y, std::int64_t band, std::in
 
 class OldStoreTest : public testing::TestWithParam<OldStore> {
 protected:
-    OldStoreTest() { std::filesystem::copy_file(VELMORA_OLD_STORES "/" + std::string(GetParam().name), path_); }
+    OldStoreTest() { std::filesystem::copy_file(VELMORA_TEST_STORES "/" + std::string(GetParam().name), path_); }
 
     static Numbers picture() {
         Numbers samples;

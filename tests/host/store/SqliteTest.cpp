@@ -148,6 +148,28 @@ TEST_F(SqliteTest, TooLittleMemoryIsNoDamage) {
     EXPECT_EQ(checkStore(store, [](size_t, size_t) {}).damages, 0u);
 }
 
+// Found by the fuzz target store-edits: SQLite says then that it has no memory.
+TEST_F(SqliteTest, ARowOfMoreBytesThanThereCanBeIsDamage) {
+    TileStore store(VELMORA_TEST_STORES "/sizeBeyondSqlite.vlm");
+    EXPECT_GT(checkStore(store, [](size_t, size_t) {}).damages, 0u);
+    for (size_t level = 0; level <= store.info().levels; ++level) {
+        try {
+            store.cellsWithData(level);
+        } catch (HostError const& error) {
+            EXPECT_EQ(error.kind(), Kind::DamagedStore) << error.what();
+        }
+    }
+    sqlite::Database database(VELMORA_TEST_STORES "/sizeBeyondSqlite.vlm", sqlite::Database::Mode::ReadOnly);
+    sqlite::Statement query(database, "SELECT value FROM tiles ORDER BY id");
+    try {
+        while (query.step())
+            ;
+        ADD_FAILURE() << "the row is read";
+    } catch (sqlite::Failure const& failure) {
+        EXPECT_STREQ(failure.what(), "a row says more bytes than there can be");
+    }
+}
+
 TEST_F(SqliteTest, EachFailureIsTold) {
     struct Row {
         int code;
