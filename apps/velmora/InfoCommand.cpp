@@ -2,10 +2,12 @@
 #include "apps/velmora/SelectionOptions.h"
 #include "apps/velmora/shared/ImageInput.h"
 #include "apps/velmora/shared/Interruption.h"
+#include "apps/velmora/shared/PictureText.h"
 #include "host/Failures.h"
 #include "host/PlainText.h"
 #include "host/gl/GlInfo.h"
 #include "host/gl/SurfacelessContext.h"
+#include "host/image/SrgbConversion.h"
 #include "host/store/TileStore.h"
 
 #include <nlohmann/json.hpp>
@@ -124,16 +126,69 @@ void glJson() {
     std::cout << report.dump(2) << '\n';
 }
 
+void imageInfo(std::string const& image) {
+    for (ImageProperty const& line : picturetext::linesOf(picturetext::factsOf(image)))
+        std::printf("%-24s%s\n", terminalText(line.name).c_str(), terminalText(line.value).c_str());
+    printNumber("bytes", static_cast<std::int64_t>(bytesOf(image)));
+}
+
+nlohmann::ordered_json levelsJson(std::vector<PyramidLevel> const& levels) {
+    auto all = nlohmann::ordered_json::array();
+    for (PyramidLevel const& level : levels)
+        all.push_back({{"width", level.size.width},
+                       {"height", level.size.height},
+                       {"tileWidth", level.unit.width},
+                       {"tileHeight", level.unit.height}});
+    return all;
+}
+
+double micronsOf(double pixelsPerMillimetre) {
+    return pixelsPerMillimetre > 0 ? 1000 / pixelsPerMillimetre : 0;
+}
+
+// 0: a pixel's size is unknown. Properties are a list, for a name may be there twice.
+void imageJson(std::string const& image) {
+    PyramidFacts const facts = picturetext::factsOf(image);
+    ImageFacts const& picture = facts.image;
+    nlohmann::ordered_json report = {{"width", picture.layout.width},
+                                     {"height", picture.layout.height},
+                                     {"format", picture.format},
+                                     {"bands", picture.layout.bands},
+                                     {"sampleType", toText(picture.layout.type)},
+                                     {"colours", picture.layout.colours},
+                                     {"alpha", picture.layout.alpha},
+                                     {"colourSpace", picture.colourSpace},
+                                     {"pages", picture.pages},
+                                     {"slices", facts.stack.slices},
+                                     {"times", facts.stack.times},
+                                     {"channels", nlohmann::ordered_json::array()},
+                                     {"levels", levelsJson(facts.levels)},
+                                     {"micronsPerPixelX", micronsOf(picture.pixelsPerMillimetreX)},
+                                     {"micronsPerPixelY", micronsOf(picture.pixelsPerMillimetreY)},
+                                     {"orientation", picture.orientation},
+                                     {"colourProfile", SrgbConversion::of(picture).profile},
+                                     {"nodata", nullptr},
+                                     {"properties", nlohmann::ordered_json::array()},
+                                     {"bytes", bytesOf(image)}};
+    for (BandFacts const& band : picture.bands)
+        report["channels"].push_back(band.name);
+    if (picture.nodata) report["nodata"] = *picture.nodata;
+    for (ImageProperty const& property : picture.properties)
+        report["properties"].push_back({{"name", property.name}, {"value", property.value}});
+    std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
 struct Options {
-    std::string store;
+    std::string file;
     bool json = false;
 };
 
 void info(Options const& options) {
-    if (options.store.empty()) return options.json ? glJson() : glInfo();
-    imageinput::requireStoreFile(options.store);
-    TileStore const store(options.store, interruption::throwIfNoted);
-    size_t const bytes = bytesOf(options.store);
+    if (options.file.empty()) return options.json ? glJson() : glInfo();
+    requireRegularFile(options.file, HostError::Kind::UnreadableImage);
+    if (!TileStore::isStore(options.file)) return options.json ? imageJson(options.file) : imageInfo(options.file);
+    TileStore const store(options.file, interruption::throwIfNoted);
+    size_t const bytes = bytesOf(options.file);
     options.json ? storeJson(bytes, store.info()) : storeInfo(bytes, store.info());
 }
 
@@ -142,8 +197,9 @@ void info(Options const& options) {
 void addInfoCommand(CLI::App& program) {
     auto const options = std::make_shared<Options>();
     auto* const command = program.add_subcommand(
-        "info", "Print the OpenGL ES implementation, its limits and its shader precisions, or what a tile store holds");
-    command->add_option("STORE", options->store, "A tile store; without it the GL implementation is shown")
+        "info",
+        "Print what an image or a tile store holds, or the OpenGL ES implementation, its limits and its precisions");
+    command->add_option("FILE", options->file, "An image or a tile store; without it the GL implementation is shown")
         ->type_name("")
         ->check(checkNamed);
     command->add_flag("--json", options->json, "Print JSON instead of text");

@@ -125,6 +125,7 @@ private:
         setSize(sides);
         setType();
         setBlank();
+        setProperties();
         requireData();
     }
 
@@ -163,6 +164,29 @@ private:
         if (facts_.layout.type == SampleType::Float32 || facts_.layout.type == SampleType::Float64) return;
         auto const blank = number("BLANK");
         if (blank) facts_.nodata = number("BZERO").value_or(0) + number("BSCALE").value_or(1) * *blank;
+    }
+
+    // Keywords of observatories.
+    void setProperties() {
+        struct Keyword {
+            char const* key;
+            char const* name;
+        };
+        std::array<Keyword, 8> const keywords{{{"OBJECT", "object"},
+                                               {"TELESCOP", "telescope"},
+                                               {"INSTRUME", "instrument"},
+                                               {"FILTER", "filter"},
+                                               {"EXPTIME", "exposure in seconds"},
+                                               {"DATE-OBS", "date"},
+                                               {"OBSERVER", "observer"},
+                                               {"BUNIT", "unit of samples"}}};
+        for (auto const& [key, name] : keywords) {
+            int status = 0;
+            std::array<char, FLEN_VALUE> value{};
+            bool const found = fits_read_key(fits_, TSTRING, key, value.data(), nullptr, &status) == 0;
+            fits_clear_errmsg();
+            if (found && value.front() != 0) facts_.properties.push_back({name, value.data()});
+        }
     }
 
     std::optional<double> number(char const* key) const {

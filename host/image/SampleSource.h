@@ -57,6 +57,12 @@ struct StackPosition {
     bool operator!=(StackPosition const& other) const { return !(*this == other); }
 };
 
+/// Something that a file says of its picture, in its own words.
+struct ImageProperty {
+    std::string name;
+    std::string value;
+};
+
 /// The properties of a picture in a file.
 struct ImageFacts {
     SampleFormat layout;
@@ -72,10 +78,11 @@ struct ImageFacts {
     std::uint64_t heldBytes = 0;     ///< approximate memory of the decoder while it reads, besides a few rows
     size_t levels = 1;               ///< sizes in which the decoder gives the picture, at most: SampleRequest::level
     std::optional<double> nodata;    ///< the sample that means that there is none
-    std::vector<std::uint8_t> iccProfile; ///< of the samples; empty: none is stated, or they are sRGB
-    std::string followedProfile;          ///< the name of the one that colours were converted from
-    std::optional<ImageStack> stack;      ///< of the file's pages, if no page was asked for
-    std::vector<BandFacts> bands;         ///< of layout's; empty: the file says nothing of them
+    std::vector<std::uint8_t> iccProfile;  ///< of the samples; empty: none is stated, or they are sRGB
+    std::string followedProfile;           ///< the name of the one that colours were converted from
+    std::optional<ImageStack> stack;       ///< of the file's pages, if no page was asked for
+    std::vector<BandFacts> bands;          ///< of layout's; empty: the file says nothing of them
+    std::vector<ImageProperty> properties; ///< of the picture's making: the instrument, the exposure, the program
 };
 
 /// The samples of a picture, unchanged from the file.

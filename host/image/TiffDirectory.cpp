@@ -233,6 +233,28 @@ std::optional<double> nodataOf(TiffFile const& tiff) {
     return nodatasample::parse({static_cast<char const*>(bytes), count});
 }
 
+// Descriptions in XML and the like are for programs.
+std::vector<ImageProperty> propertiesOf(TiffFile const& tiff) {
+    struct Tag {
+        std::uint32_t tag;
+        char const* name;
+    };
+    std::array<Tag, 7> const tags{{{TIFFTAG_MAKE, "make"},
+                                   {TIFFTAG_MODEL, "model"},
+                                   {TIFFTAG_SOFTWARE, "software"},
+                                   {TIFFTAG_DATETIME, "date"},
+                                   {TIFFTAG_ARTIST, "artist"},
+                                   {TIFFTAG_COPYRIGHT, "copyright"},
+                                   {TIFFTAG_IMAGEDESCRIPTION, "description"}}};
+    std::vector<ImageProperty> found;
+    for (auto const& [tag, name] : tags) {
+        char const* value = nullptr;
+        bool const isThere = TIFFGetField(tiff.get(), tag, &value) == 1 && value != nullptr && *value != 0;
+        if (isThere && *value != '<') found.push_back({name, value});
+    }
+    return found;
+}
+
 TiffChain::Kind kindOf(TiffFile const& tiff) {
     TiffChain::Kind kind;
     kind.width = tiff.value<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
@@ -286,6 +308,7 @@ TiffDirectory TiffDirectory::current(TiffFile const& tiff) {
     describeResolution(tiff, directory);
     char const* description = nullptr;
     if (TIFFGetField(tiff.get(), TIFFTAG_IMAGEDESCRIPTION, &description) == 1) directory.description = description;
+    directory.properties = propertiesOf(tiff);
     directory.nodata = nodataOf(tiff);
     return directory;
 }

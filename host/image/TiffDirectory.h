@@ -58,6 +58,7 @@ struct TiffDirectory {
     double pixelsPerMillimetreX = 0; ///< 0: unknown
     double pixelsPerMillimetreY = 0;
     std::string description;
+    std::vector<ImageProperty> properties;
     std::optional<double> nodata;              ///< GDAL's tag
     std::optional<ImageStack> stack;           ///< of the pages, if none was asked for
     std::vector<std::uint64_t> multipliedTags; ///< offsets in the file of the bytes that state isMultiplied

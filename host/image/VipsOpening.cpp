@@ -216,6 +216,55 @@ void requirePossible(VImage const& image, Loader const& loader, InputFile const&
                                            std::to_string(height) + " pixels, which are more than the file holds");
 }
 
+// What EXIF says of the exposure. libvips writes "1/125 (1/125 sec., Rational, 1 components, 8 bytes)".
+std::vector<ImageProperty> exifOf(VImage const& image) {
+    struct Field {
+        char const* field;
+        char const* name;
+    };
+    std::array<Field, 11> const fields{{{"exif-ifd0-Make", "make"},
+                                        {"exif-ifd0-Model", "model"},
+                                        {"exif-ifd2-LensModel", "lens"},
+                                        {"exif-ifd2-ExposureTime", "exposure in seconds"},
+                                        {"exif-ifd2-FNumber", "f-number"},
+                                        {"exif-ifd2-ISOSpeedRatings", "ISO speed"},
+                                        {"exif-ifd2-FocalLength", "focal length in mm"},
+                                        {"exif-ifd2-DateTimeOriginal", "date"},
+                                        {"exif-ifd0-Software", "software"},
+                                        {"exif-ifd0-Artist", "artist"},
+                                        {"exif-ifd0-Copyright", "copyright"}}};
+    std::vector<ImageProperty> found;
+    for (auto const& [field, name] : fields) {
+        if (image.get_typeof(field) != VIPS_TYPE_REF_STRING) continue;
+        std::string const text = image.get_string(field);
+        std::string const value = text.substr(0, text.rfind(" ("));
+        if (value.find_first_not_of(' ') != std::string::npos) found.push_back({name, value});
+    }
+    return found;
+}
+
+// All that OpenSlide tells, but for the places of levels, regions and other pictures.
+std::vector<ImageProperty> slideProperties(VImage const& image) {
+    std::array<std::string, 4> const places{"openslide.level", "openslide.region", "openslide.associated",
+                                            "openslide.bounds"};
+    std::vector<ImageProperty> found;
+    char** const fields = vips_image_get_fields(image.get_image());
+    for (char** field = fields; *field != nullptr; ++field) {
+        std::string const name = *field;
+        bool const isPlace = std::any_of(places.begin(), places.end(),
+                                         [&](std::string const& place) { return name.rfind(place, 0) == 0; });
+        bool const isOfSlide = name.find('.') != std::string::npos && image.get_typeof(*field) == VIPS_TYPE_REF_STRING;
+        if (isOfSlide && !isPlace) found.push_back({name, image.get_string(*field)});
+    }
+    g_strfreev(fields);
+    return found;
+}
+
+std::vector<ImageProperty> propertiesOf(VImage const& image, Loader const& loader, Preparation const& known) {
+    if (known.tiff) return known.tiff->properties;
+    return is(loader, "openslideload") ? slideProperties(image) : exifOf(image);
+}
+
 std::vector<std::uint8_t> profileOf(VImage const& image) {
     if (image.get_typeof(VIPS_META_ICC_NAME) == 0) return {};
     size_t bytes = 0;
@@ -290,6 +339,7 @@ Opened vipsopening::open(std::shared_ptr<InputFile> const& file, SampleRequest c
     facts.heldBytes = heldBytes(loaded, loader, *file, known);
     facts.levels = levelsOf(loaded, loader);
     facts.iccProfile = profileOf(loaded);
+    facts.properties = propertiesOf(loaded, loader, known);
     if (is(loader, "pdfload")) facts.drawn = "drawn at 72 pixels per inch";
     setDensity(loaded, loader, known, facts);
 

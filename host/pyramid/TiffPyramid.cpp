@@ -228,6 +228,7 @@ void setFacts(TiffFile const& tiff, TiffDirectory const& directory, PyramidFacts
     image.convertible = directory.convertible;
     image.heldBytes = directory.heldBytes;
     image.nodata = directory.nodata;
+    image.properties = directory.properties;
     facts.isMultiplied = directory.isMultiplied;
     setTags(tiff, image);
     if (!pixeldensity::setFromOme(image, directory.description))

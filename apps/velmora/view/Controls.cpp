@@ -39,6 +39,8 @@ Controls::Command commandOf(SDL_Keycode key) {
         return Controls::Command::Save;
     case SDLK_r:
         return Controls::Command::Ruler;
+    case SDLK_p:
+        return Controls::Command::Properties;
     case SDLK_QUESTION:
     case SDLK_SLASH: // with shift, on many keyboards
     case SDLK_h:

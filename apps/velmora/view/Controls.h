@@ -19,6 +19,7 @@ public:
         Save,
         Copy,
         Ruler,
+        Properties,
         Help,
         Tiles,
         Mask,

@@ -34,7 +34,7 @@ struct Help {
     char const* does;
 };
 
-constexpr std::array<Help, 20> kHelp{{{"drag, arrows", "move"},
+constexpr std::array<Help, 21> kHelp{{{"drag, arrows", "move"},
                                       {"wheel, two fingers", "zoom about the cursor"},
                                       {"+ or i, -", "zoom in, out"},
                                       {"1", "actual size (1:1)"},
@@ -49,6 +49,7 @@ constexpr std::array<Help, 20> kHelp{{{"drag, arrows", "move"},
                                       {"o", "open another picture"},
                                       {"s", "save the view as PNG"},
                                       {"Ctrl+C", "copy the pixel under the cursor"},
+                                      {"p", "what the file says"},
                                       {"d", "tiles of the level, and figures"},
                                       {"m", "where the store has detail"},
                                       {"?", "this help"},
@@ -380,7 +381,7 @@ void drawChannels(panels::Model const& model, panels::UserEdits& edits) {
         bool const isColour = channel.role == ChannelTable::Role::Added;
         ImGui::PushID(static_cast<int>(channel.band));
         if (isColour && colours > 1) {
-            if (ImGui::SmallButton("solo")) alone = channel;
+            if (ImGui::Button("solo")) alone = channel;
             ImGui::SameLine();
         }
         changed |= editChannel(channel, model.histograms->at(i), isColour && colours == 1);
@@ -391,6 +392,25 @@ void drawChannels(panels::Model const& model, panels::UserEdits& edits) {
     ImGui::PopItemWidth();
     ImGui::End();
     if (changed) edits.channels = std::move(channels);
+}
+
+void drawProperties(std::vector<ImageProperty> const& properties) {
+    ImVec2 const size = ImGui::GetIO().DisplaySize;
+    float const names = 130 * Lettering::scale();
+    ImGui::SetNextWindowPos({kMargin, size.y / 2}, ImGuiCond_Always, {0, 0.5F});
+    ImGui::SetNextWindowSizeConstraints({0, 0}, {size.x / 2, size.y / 2});
+    ImGui::SetNextWindowBgAlpha(0.85F);
+    ImGui::Begin("properties", nullptr, kPanelFlags & ~ImGuiWindowFlags_NoScrollbar);
+    for (ImageProperty const& line : properties) {
+        drawText(line.name);
+        // Names of slides may be longer than the column.
+        if (ImGui::CalcTextSize(line.name.c_str()).x < names) ImGui::SameLine(names);
+        ImGui::SetCursorPosX(names);
+        ImGui::PushTextWrapPos(names + 320 * Lettering::scale());
+        drawText(line.value);
+        ImGui::PopTextWrapPos();
+    }
+    ImGui::End();
 }
 
 void drawHelp() {
@@ -424,6 +444,7 @@ panels::UserEdits panels::draw(Model const& model) {
     drawTone(model, edits);
     drawChannels(model, edits);
     edits.lookAt = drawOverview(model);
+    if (model.properties != nullptr) drawProperties(*model.properties);
     if (model.help) drawHelp();
     return edits;
 }

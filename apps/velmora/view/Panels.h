@@ -4,6 +4,7 @@
 #include "apps/velmora/view/Ruler.h"
 #include "host/display/ChannelDisplay.h"
 #include "host/filter/Enhancement.h"
+#include "host/image/SampleSource.h"
 #include "host/view/Camera.h"
 #include "host/view/PictureView.h"
 
@@ -32,8 +33,9 @@ struct Model {
     double frameMilliseconds = 0;
     bool complete = false;
     bool help = false;
-    bool figures = false;                   ///< of the work behind the picture
-    std::optional<enhancement::Gamma> tone; ///< of pictures of 16 bits
+    bool figures = false;                                   ///< of the work behind the picture
+    std::vector<ImageProperty> const* properties = nullptr; ///< of the file; null: they are not shown
+    std::optional<enhancement::Gamma> tone;                 ///< of pictures of 16 bits
     bool toneOn = false;
     std::vector<ChannelDisplay> const* channels = nullptr; ///< that can be set; empty: none
     std::vector<Histogram> const* histograms = nullptr;    ///< of the channels

@@ -1,5 +1,6 @@
 #include "apps/velmora/view/StoreScene.h"
 
+#include "apps/velmora/shared/PictureText.h"
 #include "apps/velmora/view/PixelText.h"
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
@@ -31,6 +32,15 @@ std::string interpretationOf(PictureSource const& source, PictureInfo const& inf
     return text + ", " + printableText(source.pyramid->facts().image.followedProfile) + " converted to sRGB";
 }
 
+// As a person may see them.
+std::vector<ImageProperty> propertiesOf(PictureSource const& source, PictureInfo const& info) {
+    constexpr size_t kCharacters = 300;
+    auto lines = source.pyramid ? picturetext::linesOf(source.pyramid->facts()) : picturetext::linesOf(info);
+    for (ImageProperty& line : lines)
+        line = {printableText(line.name), printableText(line.value, kCharacters)};
+    return lines;
+}
+
 } // namespace
 
 StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
@@ -43,7 +53,8 @@ StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, P
       overview_(instance, source, options.picture),
       probe_(source.pyramid ? std::make_unique<PixelProbe>(*source.pyramid) : nullptr),
       name_(printableText(picture_.info().sourceName)),
-      interpretation_(interpretationOf(source, picture_.info())) {
+      interpretation_(interpretationOf(source, picture_.info())),
+      properties_(propertiesOf(source, picture_.info())) {
     if (options.start) {
         camera_.magnifyTo(options.start->zoom, camera_.middle());
         camera_.lookAt({options.start->x, options.start->y});
@@ -80,6 +91,9 @@ Redraw StoreScene::command(Controls::Command command) {
         return moveBy(0, 1);
     case Controls::Command::PreviousTime:
         return moveBy(0, -1);
+    case Controls::Command::Properties:
+        toggles_.properties = !toggles_.properties;
+        return Redraw::Overlay;
     case Controls::Command::Ruler:
         ruler_.toggle();
         return Redraw::Overlay;
@@ -250,6 +264,7 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     model.complete = picture_.complete();
     model.help = toggles_.help;
     model.figures = toggles_.tiles;
+    if (toggles_.properties) model.properties = &properties_;
     if (isDeep()) model.tone = switches_.last<enhancement::Gamma>().value_or(kDeepGamma);
     model.toneOn = switches_.on<enhancement::Gamma>();
     model.channels = &picture_.channels();

@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// A store in a window: what is shown of it, how, and what is said about it. Operations that change what is to be seen
 /// say what has to be drawn anew; whoever draws remembers it. GL thread only.
@@ -58,6 +59,7 @@ private:
         bool tiles = false;
         bool mask = false;
         bool help = false;
+        bool properties = false;
     };
 
     void enhance();
@@ -93,6 +95,7 @@ private:
     std::optional<View> maskView_; // that mask_ is of
     std::string name_;             // as a person may see it, like all that follows
     std::string interpretation_;
+    std::vector<ImageProperty> properties_;
     std::string message_;
     bool toldOfDamage_ = false;
 };

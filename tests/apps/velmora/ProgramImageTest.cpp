@@ -219,6 +219,56 @@ TEST_F(ProgramImageTest, ColoursAreConvertedForAStoreOnlyWhereThatIsAskedFor) {
                   "--to-srgb converts colours, --bands and --range take samples as numbers; choose one of them");
 }
 
+TEST_F(ProgramImageTest, InfoSaysWhatAnImageHolds) {
+    Directory full = directory(40, 20, 4, std::vector<std::uint16_t>(3200, 7));
+    full.extraSamples = {2};
+    full.tile = 16;
+    full.orientation = 6;
+    full.nodata = "7";
+    full.resolutionUnit = 3;
+    full.xResolution = full.yResolution = 40000;
+    full.description = "a \x1b[31mcell";
+    full.iccProfile = {1, 2, 3};
+    Directory half = directory(20, 10, 4, std::vector<std::uint16_t>(800, 7));
+    half.extraSamples = {2};
+    half.subfileType = 1;
+    std::string const image = tiff({full, half});
+    auto const info = runVelmora({"info", image});
+    EXPECT_EQ(info.exitCode, 0) << info.err;
+    EXPECT_EQ(info.err, "");
+    std::string const lines = "size                    40 x 20\n"
+                              "format                  TIFF\n"
+                              "samples                 4 bands of 16-bit unsigned, RGB and alpha\n"
+                              "levels                  40 x 20, 20 x 10\n"
+                              "pixel size              0.25 x 0.25 microns\n"
+                              "no data                 7\n"
+                              "orientation             6\n"
+                              "colour profile          without a name\n"
+                              "left out                its colour profile is damaged\n"
+                              "description             a \\x1b[31mcell\n"
+                              "bytes                   " +
+                              std::to_string(std::filesystem::file_size(image)) + "\n";
+    EXPECT_EQ(info.out, lines);
+    auto const json = nlohmann::json::parse(runVelmora({"info", "--json", image}).out);
+    EXPECT_EQ(json.at("width"), 40);
+    EXPECT_EQ(json.at("sampleType"), "16-bit unsigned");
+    EXPECT_EQ(json.at("alpha"), true);
+    EXPECT_EQ(json.at("nodata"), 7);
+    EXPECT_EQ(json.at("micronsPerPixelY"), 0.25);
+    EXPECT_EQ(json.at("levels").at(1).at("width"), 20);
+    EXPECT_EQ(json.at("levels").at(0).at("tileWidth"), 16);
+    EXPECT_EQ(json.at("properties").at(0).at("name"), "description");
+    EXPECT_EQ(json.at("bytes"), std::filesystem::file_size(image));
+    // Also of what no command takes as a whole.
+    std::string const parts = tiff({floats(), directory(5, 4, 7, std::vector<std::uint8_t>(140, 1))});
+    auto const two = runVelmora({"info", parts});
+    EXPECT_NE(two.out.find("pages                   2\n"), std::string::npos) << two.out << two.err;
+    expectFailure({"info", path("none.tif")}, 3,
+                  "cannot open '" + path("none.tif") + "': no such file; check the path");
+    writeFile(path("no.tif"), "no picture");
+    EXPECT_EQ(runVelmora({"info", path("no.tif")}).exitCode, 4);
+}
+
 TEST_F(ProgramImageTest, AnOrientationThatIsIgnoredIsTold) {
     Directory turned = grey(5);
     turned.orientation = 3;
@@ -299,7 +349,7 @@ TEST_F(ProgramImageTest, APipeIsNotWaitedFor) {
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     std::string const line = "cannot read '" + pipe + "': it is not a regular file; copy what it gives into one";
     expectRefused(pipe, {}, 4, line);
-    expectFailure({"info", pipe}, 9, line);
+    expectFailure({"info", pipe}, 4, line);
     expectFailure({"check", pipe}, 9, line);
     expectFailure({"export", pipe, path("b.tif")}, 9, line);
 }

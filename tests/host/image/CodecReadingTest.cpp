@@ -177,6 +177,25 @@ TEST_F(CodecReadingTest, SlidesHaveNoAlphaNoPagesAndASizeOfTheirPixels) {
     EXPECT_TRUE(has(reader.description(), "slide")) << reader.description();
     EXPECT_EQ(filesamples::difference(readAll(slide), filesamples::readTiff(slide, 1)), "");
     EXPECT_TRUE(has(misuse(slide, withPage(2)), "holds one picture"));
+    // What the scanner says, without the places of levels.
+    std::vector<std::string> const properties = propertiesOf(slide);
+    EXPECT_EQ(std::count(properties.begin(), properties.end(), "openslide.vendor: aperio"), 1);
+    EXPECT_EQ(std::count(properties.begin(), properties.end(), "aperio.MPP: 0.2500"), 1);
+    for (std::string const& line : properties)
+        EXPECT_NE(line.rfind("openslide.level", 0), 0u) << line;
+}
+
+TEST_F(CodecReadingTest, PhotographsSayHowTheyWereTaken) {
+    testimages::writePattern8(path("a.jpg"), "", 8, 6, 3);
+    EXPECT_TRUE(propertiesOf(path("a.jpg")).empty());
+    VImage image = VImage::new_from_file(path("a.jpg").c_str()).copy_memory();
+    image.set("exif-ifd0-Make", "Maker");
+    image.set("exif-ifd2-ExposureTime", "1/125");
+    image.set("exif-ifd2-ISOSpeedRatings", "400");
+    image.write_to_file(path("b.jpg").c_str());
+    auto const properties = propertiesOf(path("b.jpg"));
+    for (std::string const line : {"make: Maker", "exposure in seconds: 1/125", "ISO speed: 400"})
+        EXPECT_EQ(std::count(properties.begin(), properties.end(), line), 1) << line;
 }
 
 TEST_F(CodecReadingTest, PhotographsSayHowTheyAreToBeTurned) {

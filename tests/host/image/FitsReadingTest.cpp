@@ -173,3 +173,10 @@ TEST_F(FitsReadingTest, BracketsInAFileNameAreNotPartsOfIt) {
     std::filesystem::rename(fits_, name);
     EXPECT_EQ(valuesOf(name), (std::vector<double>{'a', 'b'}));
 }
+
+TEST_F(FitsReadingTest, KeywordsSayWhatWasObserved) {
+    Unit unit{8, {"2", "1"}, "ab"};
+    unit.more = {{"OBJECT", "'M 31    '"}, {"EXPTIME", "30.5"}, {"NOTHING", "1"}};
+    write({unit});
+    EXPECT_EQ(propertiesOf(fits_), (std::vector<std::string>{"object: M 31", "exposure in seconds: 30.5"}));
+}

@@ -2,6 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/image/ImageReader.h"
+#include "host/image/SampleSource.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/reading/FileSamples.h"
 
@@ -100,6 +101,15 @@ protected:
         HostError const error = failure(path, options);
         EXPECT_EQ(error.kind(), HostError::Kind::Usage) << error.what();
         return error.what();
+    }
+
+    /// What the file says of its picture's making, a line each.
+    static std::vector<std::string> propertiesOf(std::string const& path) {
+        auto const source = openSamples(std::make_shared<InputFile>(path), {});
+        std::vector<std::string> lines;
+        for (ImageProperty const& one : source->facts().properties)
+            lines.push_back(one.name + ": " + one.value);
+        return lines;
     }
 
     static bool has(std::string const& text, std::string const& part) { return text.find(part) != std::string::npos; }

@@ -50,6 +50,7 @@ void setFields(TIFF* tiff, Directory const& directory) {
     if (directory.photometric == PHOTOMETRIC_LOGLUV) TIFFSetField(tiff, TIFFTAG_SGILOGDATAFMT, SGILOGDATAFMT_FLOAT);
     if (directory.inkSet != 0) TIFFSetField(tiff, TIFFTAG_INKSET, directory.inkSet);
     if (!directory.description.empty()) TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, directory.description.c_str());
+    if (!directory.software.empty()) TIFFSetField(tiff, TIFFTAG_SOFTWARE, directory.software.c_str());
     if (!directory.extraSamples.empty())
         TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, directory.extraSamples.size(), directory.extraSamples.data());
     if (directory.resolutionUnit != 0) {

@@ -27,6 +27,7 @@ struct Directory {
     double xResolution = 0;
     double yResolution = 0;
     std::string description;
+    std::string software;
     std::vector<std::uint16_t> palette; ///< reds, greens, blues
     std::uint16_t inkSet = 0;
     std::string nodata;                   ///< text of GDAL's tag; empty: none

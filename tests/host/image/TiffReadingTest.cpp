@@ -98,6 +98,19 @@ TEST_F(TiffReadingTest, PreviewsOfAPictureThatIsNotFoundAreRefused) {
     expectOwnSamples(tiff_);
 }
 
+// Descriptions in XML are for programs.
+TEST_F(TiffReadingTest, TagsSayHowThePictureWasMade) {
+    Directory made = grey(8);
+    made.description = "a cell";
+    made.software = "Microscope 2";
+    write({made});
+    EXPECT_EQ(propertiesOf(tiff_), (std::vector<std::string>{"software: Microscope 2", "description: a cell"}));
+    made.description = "<OME/>";
+    made.software.clear();
+    write({made});
+    EXPECT_TRUE(propertiesOf(tiff_).empty());
+}
+
 TEST_F(TiffReadingTest, AnotherOrientationIsTold) {
     Directory turned = grey(8);
     turned.orientation = ORIENTATION_RIGHTTOP;

@@ -602,6 +602,21 @@ TEST_F(ProgramViewGLTest, NamesAreShownInTheirScript) {
     expectPixels(testimages::crop(opened, 8, 8, 60, 24), names.front());
 }
 
+TEST_F(ProgramViewGLTest, WhatTheFileSaysIsShown) {
+    auto directory = testtiff::directory(120, 80, 1, std::vector<std::uint8_t>(9600, 9));
+    std::vector<testimages::Pixels> panels;
+    for (std::string const text : {"", "a cell", "\u03b1 cell"}) {
+        directory.description = text;
+        testtiff::write(path("a.tif"), {directory});
+        panels.push_back(
+            testimages::crop(after("wait\nkey p\n", {path("a.tif"), "--size", "600x400"}), 8, 120, 250, 160));
+        for (size_t other = 0; other + 1 < panels.size(); ++other)
+            EXPECT_NE(testimages::difference(panels.back(), panels[other]), "") << text;
+    }
+    auto const away = after("wait\nkey p\nkey p\n", {path("a.tif"), "--size", "600x400"});
+    expectPixels(away, shown({path("a.tif"), "--size", "600x400"}));
+}
+
 TEST_F(ProgramViewGLTest, TheViewIsSavedUnderANameThatIsFree) {
     testimages::writePattern8(path("a.png"), "", 400, 300, 3);
     std::filesystem::path const before = std::filesystem::current_path();

@@ -39,12 +39,13 @@ protected:
 
 TEST_F(StoreSceneGLTest, CommandsSayWhatIsToBeDrawnAnew) {
     complete();
-    for (Command const command : {Command::Help, Command::Tiles, Command::Mask})
+    for (Command const command : {Command::Help, Command::Tiles, Command::Mask, Command::Ruler, Command::Properties})
         EXPECT_EQ(scene_->command(command), Redraw::Overlay);
     for (Command const command : {Command::Sharpen, Command::Gamma, Command::Equalise, Command::Smooth})
         EXPECT_EQ(scene_->command(command), Redraw::Picture);
-    for (Command const command : {Command::None, Command::Quit, Command::NextSlice, Command::PreviousSlice,
-                                  Command::NextTime, Command::PreviousTime}) // there is one of each
+    for (Command const command :
+         {Command::None, Command::Quit, Command::Leave, Command::Open, Command::Save, Command::Copy, Command::NextSlice,
+          Command::PreviousSlice, Command::NextTime, Command::PreviousTime}) // there is one of each
         EXPECT_EQ(scene_->command(command), Redraw::Nothing);
 }
 

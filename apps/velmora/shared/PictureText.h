@@ -1,0 +1,22 @@
+#pragma once
+
+#include "host/PictureInfo.h"
+#include "host/pyramid/LevelReader.h"
+
+#include <string>
+#include <vector>
+
+/// What a picture file holds, in words for a person.
+namespace picturetext {
+
+/// Of any picture file that is read, also one of which a part has to be chosen. Throws HostError: missing file;
+/// unreadable image.
+PyramidFacts factsOf(std::string const& path);
+
+/// A line each: "size", "format", "samples", ... and what the file says of the picture's making. Values are as they are
+/// in the file: a terminal and a window have other ways to make them harmless.
+std::vector<ImageProperty> linesOf(PyramidFacts const& facts);
+/// The same of a tile store.
+std::vector<ImageProperty> linesOf(PictureInfo const& store);
+
+} // namespace picturetext
