@@ -1,5 +1,7 @@
 // Each call on files of the commands that draw fails in each way. It does not depend on the GL implementation.
 #include "tests/apps/velmora/FaultSweep.h"
+#include "tests/host/image/TestProfiles.h"
+#include "tests/host/image/TestTiff.h"
 #include "tests/support/LongRun.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestImages.h"
@@ -80,10 +82,31 @@ TEST_F(ProgramFaultSweepGLTest, RendersOfStores) {
     EXPECT_GT(faultsweep::sweep(swept, faultsweep::Sample::OneWay).told, 0U);
 }
 
-// A picture of 16 bits at another zoom is drawn from a store that is made in the user's cache, or is there already.
+// Slices that are turned, in the colours of a profile, tile by tile.
+TEST_F(ProgramFaultSweepGLTest, RendersOfStacks) {
+    std::vector<testtiff::Directory> pages;
+    for (unsigned page = 0; page < 2; ++page) {
+        std::vector<std::uint8_t> samples(size_t{60} * 40 * 3);
+        for (size_t i = 0; i < samples.size(); ++i)
+            samples[i] = static_cast<std::uint8_t>(i * 7 + i / 100 + page * 90);
+        pages.push_back(testtiff::directory(60, 40, 3, samples));
+        pages.back().tile = 32;
+        pages.back().orientation = 6;
+        pages.back().iccProfile = testprofiles::exchanged("Turned round");
+    }
+    testtiff::write(path("stack.tif"), pages);
+    Arguments const arguments{"render", path("stack.tif"), "-o", path("b.png"), "--force", "--z", "1"};
+    auto swept = command("render of a stack", arguments, path("b.png"));
+    ASSERT_EQ(runVelmora(arguments, environment()).exitCode, 0);
+    auto const expected = testimages::readByVips(path("b.png"));
+    swept.flaw = [=] { return testimages::difference(testimages::readByVips(path("b.png")), expected); };
+    EXPECT_GT(faultsweep::sweep(swept, faultsweep::Sample::OneWay).told, 0U);
+}
+
+// A filter takes pictures of 16 bits from a store that is made in the user's cache, or is there already.
 TEST_F(ProgramFaultSweepGLTest, RendersByWayOfTheCache) {
     for (bool const isThere : {false, true}) {
-        Arguments const arguments{"render", deep_, "-o", path("b.png"), "--force", "--zoom", "0.5"};
+        Arguments const arguments{"render", deep_, "-o", path("b.png"), "--force", "--zoom", "0.5", "--truncate", "0"};
         ASSERT_EQ(runVelmora(arguments, environment()).exitCode, 0);
         auto const expected = testimages::readByVips(path("b.png"));
         auto swept = command(isThere ? "render from the cache" : "render through the cache", arguments, path("b.png"));

@@ -109,6 +109,11 @@ TEST_F(ProgramFaultSweepTest, Infos) {
     EXPECT_GT(faultsweep::sweep(command("info", {"info", store}), faultsweep::Sample::EachWay).told, 0U);
     EXPECT_GT(faultsweep::sweep(command("info --json", {"info", "--json", store}), faultsweep::Sample::EachWay).told,
               0U);
+    for (std::string const ending : {".tif", ".jpg"}) {
+        testimages::writePattern8(path("image" + ending), "", kWidth, kHeight, 3);
+        auto const image = command("info of " + ending, {"info", path("image" + ending)});
+        EXPECT_GT(faultsweep::sweep(image, faultsweep::Sample::EachWay).told, 0U);
+    }
 }
 
 // From outside, at moments that no call of the program chooses, some of them within a call. The seed and the moment are

@@ -1,6 +1,7 @@
 // Each `new` fails in turn while levels are opened and read: no file is called damaged for want of memory, and the same
 // reader reads the same samples afterwards.
 #include "host/pyramid/PyramidTiles.h"
+#include "tests/host/image/TestProfiles.h"
 #include "tests/host/pyramid/PyramidFixture.h"
 #include "tests/support/AllocationSweep.h"
 #include "tests/support/TestImages.h"
@@ -29,10 +30,11 @@ protected:
         return made;
     }
 
-    static void sweep(std::string const& file) {
+    static void sweep(std::string const& file, ImageSelection const& selection = {}) {
         std::string const name = file.substr(file.rfind('/') + 1);
         PyramidOptions options;
         options.cacheBytes = 5000;
+        options.selection = selection;
         auto const opened = [&] { return PyramidTiles(openPyramid(file, options).pyramid->reader()); };
         auto kept = opened();
         Bytes const expected = readFrom(kept);
@@ -63,6 +65,17 @@ TEST_F(PyramidAllocationsTest, OfAStack) {
     Directory first = level(40, 30, 1, 1);
     first.description = R"(<OME><Image><Pixels SizeC="2"><Channel Name="DAPI"/><Channel/></Pixels></Image></OME>)";
     sweep(write({first, level(40, 30, 1, 2)}));
+}
+
+// Little CMS allocates on its own.
+TEST_F(PyramidAllocationsTest, OfATurnedPictureWithAProfile) {
+    Directory full = level(70, 50, 3, 1);
+    full.orientation = 6;
+    full.iccProfile = testprofiles::exchanged("Turned round");
+    ImageSelection shown;
+    shown.isUpright = true;
+    shown.followsProfile = true;
+    sweep(write({full, reduced(35, 25, 3, 2)}), shown);
 }
 
 TEST_F(PyramidAllocationsTest, OfAFileInMemory) {
