@@ -428,6 +428,12 @@ void drawHelp() {
     ImGui::End();
 }
 
+// A small window shows the picture.
+bool hasRoomForPanels() {
+    ImVec2 const size = ImGui::GetIO().DisplaySize;
+    return size.x >= 480 * Lettering::scale() && size.y >= 360 * Lettering::scale();
+}
+
 // A label that is legible on any picture.
 void drawLabel(ImDrawList& list, ImVec2 const& at, char const* text) {
     ImVec2 const size = ImGui::CalcTextSize(text);
@@ -439,11 +445,13 @@ void drawLabel(ImDrawList& list, ImVec2 const& at, char const* text) {
 
 panels::UserEdits panels::draw(Model const& model) {
     UserEdits edits;
-    drawStatus(model);
-    drawScaleBar(model);
-    drawTone(model, edits);
-    drawChannels(model, edits);
-    edits.lookAt = drawOverview(model);
+    if (hasRoomForPanels()) {
+        drawStatus(model);
+        drawScaleBar(model);
+        drawTone(model, edits);
+        drawChannels(model, edits);
+        edits.lookAt = drawOverview(model);
+    }
     if (model.properties != nullptr) drawProperties(*model.properties);
     if (model.help) drawHelp();
     return edits;

@@ -585,6 +585,19 @@ TEST_F(ProgramViewGLTest, APathThatIsTypedIsOpened) {
     EXPECT_EQ(readFile(path("state/velmora/recent")), path("a.png") + "\n" + path("b.png") + "\n");
 }
 
+TEST_F(ProgramViewGLTest, ASmallWindowShowsThePictureAndNoPanels) {
+    testimages::writePattern8(path("a.png"), "", 900, 700, 3);
+    for (std::string const size : {"320x240", "479x500", "700x359"})
+        expectPixels(shown({path("a.png"), "--size", size}), shown({path("a.png"), "--size", size, "--bare"}));
+    EXPECT_NE(testimages::difference(shown({path("a.png"), "--size", "480x360"}),
+                                     shown({path("a.png"), "--size", "480x360", "--bare"})),
+              "");
+    // What is asked for is shown.
+    EXPECT_NE(testimages::difference(after("wait\nkey ?\n", {path("a.png"), "--size", "320x240"}),
+                                     shown({path("a.png"), "--size", "320x240", "--bare"})),
+              "");
+}
+
 // Letters that are missing would all be the same box.
 TEST_F(ProgramViewGLTest, NamesAreShownInTheirScript) {
     testimages::writePattern8(path("a.png"), "", 90, 60, 3);
@@ -592,13 +605,13 @@ TEST_F(ProgramViewGLTest, NamesAreShownInTheirScript) {
     for (std::string const name :
          {"\u03b1\u03b2\u03b3", "\u03c8\u03c9\u03c7", "\u0436\u044f\u0444", "\u00e4\u00f6\u00fc"}) {
         std::filesystem::copy_file(path("a.png"), path(name + ".png"));
-        names.push_back(testimages::crop(shown({path(name + ".png"), "--size", "300x200"}), 8, 8, 60, 24));
+        names.push_back(testimages::crop(shown({path(name + ".png"), "--size", "600x400"}), 8, 8, 60, 24));
         for (size_t other = 0; other + 1 < names.size(); ++other)
             EXPECT_NE(testimages::difference(names.back(), names[other]), "") << name << " and " << other;
     }
     // Opened in a window that had other letters.
     auto const opened =
-        after("wait\ndrop " + path("\u03b1\u03b2\u03b3.png") + "\n", {path("a.png"), "--size", "300x200"});
+        after("wait\ndrop " + path("\u03b1\u03b2\u03b3.png") + "\n", {path("a.png"), "--size", "600x400"});
     expectPixels(testimages::crop(opened, 8, 8, 60, 24), names.front());
 }
 
