@@ -14,14 +14,6 @@ constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
 constexpr size_t kBarCharacters = 24;
 constexpr auto kEraseLine = "\r\x1b[K";
 
-std::string timeLeft(std::chrono::steady_clock::duration elapsed, size_t done, size_t total) {
-    if (done == 0 || done >= total) return "";
-    double const perStep = std::chrono::duration<double>(elapsed).count() / static_cast<double>(done);
-    auto const seconds = static_cast<size_t>(std::lround(perStep * static_cast<double>(total - done)));
-    std::string const padded = std::to_string(100 + seconds % 60).substr(1);
-    return "  " + std::to_string(seconds / 60) + ":" + padded + " left";
-}
-
 } // namespace
 
 ProgressBar::ProgressBar(std::string const& title, std::FILE* stream, size_t pixelsPerStep)
@@ -41,8 +33,9 @@ void ProgressBar::update(size_t done, size_t total) {
     auto const now = Clock::now();
     if (drawn_ && now - lastDraw_ < kRedrawInterval && done < total) return;
     double const seconds = std::chrono::duration<double>(now - start_).count();
+    std::string const left = timeLeft(seconds, static_cast<double>(done) / static_cast<double>(total));
     std::string const text = kEraseLine + line(title_, done, total) + rate(done * pixelsPerStep_, seconds) +
-                             timeLeft(now - start_, done, total);
+                             (left.empty() ? "" : "  " + left);
     std::fputs(text.c_str(), stream_);
     std::fflush(stream_);
     drawn_ = true;
@@ -56,6 +49,13 @@ std::string ProgressBar::line(std::string const& title, size_t done, size_t tota
     std::string const percent = std::to_string(100 * shown / whole);
     return title + "  [" + std::string(filled, '#') + std::string(kBarCharacters - filled, '-') + "] " +
            std::string(percent.size() < 3 ? 3 - percent.size() : 0, ' ') + percent + "%";
+}
+
+std::string ProgressBar::timeLeft(double seconds, double share) {
+    if (!(share > 0) || share >= 1) return "";
+    auto const left = static_cast<size_t>(std::lround(seconds / share * (1 - share)));
+    std::string const padded = std::to_string(100 + left % 60).substr(1);
+    return std::to_string(left / 60) + ":" + padded + " left";
 }
 
 std::string ProgressBar::rate(size_t pixels, double seconds) {

@@ -25,6 +25,8 @@ public:
 
     /// The line for `done` of `total` steps, without rate and time left.
     static std::string line(std::string const& title, size_t done, size_t total);
+    /// "0:07 left" after so many seconds, in which a share of the work was done; empty if that says nothing.
+    static std::string timeLeft(double seconds, double share);
     /// "  12.5 Mpixel/s" for `pixels` in `seconds`; empty if either is 0.
     static std::string rate(size_t pixels, double seconds);
 

@@ -526,7 +526,7 @@ void panels::drawGrowing(OverlayTexture const& picture, Size const& frame) {
                                              toImGui(x + width * scale, y + height * scale));
 }
 
-void panels::drawProgress(std::string const& name, double share, Size const& frame) {
+void panels::drawProgress(std::string const& name, double share, std::string const& left, Size const& frame) {
     ImVec2 const bottom = toImGui(static_cast<double>(frame.width) / 2, static_cast<double>(frame.height) - 8);
     ImGui::SetNextWindowPos(bottom, ImGuiCond_Always, {0.5F, 1});
     ImGui::SetNextWindowBgAlpha(0.7F);
@@ -534,5 +534,6 @@ void panels::drawProgress(std::string const& name, double share, Size const& fra
     needLetters(name);
     ImGui::Text("importing %s (first time only)", name.c_str());
     ImGui::ProgressBar(static_cast<float>(share), {320 * Lettering::scale(), 0});
+    ImGui::TextUnformatted(left.c_str());
     ImGui::End();
 }

@@ -69,7 +69,7 @@ void drawMask(OverlayTexture const& mask);
 
 /// A picture that is being imported, as large as the frame allows.
 void drawGrowing(OverlayTexture const& picture, Size const& frame);
-/// How far the import is, 0 to 1.
-void drawProgress(std::string const& name, double share, Size const& frame);
+/// How far the import is, 0 to 1, and the time that it still takes.
+void drawProgress(std::string const& name, double share, std::string const& left, Size const& frame);
 
 } // namespace panels

@@ -3,6 +3,7 @@
 #include "apps/velmora/shared/ImageInput.h"
 #include "apps/velmora/shared/Interruption.h"
 #include "apps/velmora/shared/PictureFiles.h"
+#include "apps/velmora/shared/ProgressBar.h"
 #include "apps/velmora/shared/RecentFiles.h"
 #include "apps/velmora/view/Panels.h"
 #include "gles3renderbackend/Gl.h"
@@ -274,11 +275,17 @@ void Viewer::drawImport(Size const& size) {
     glClear(GL_COLOR_BUFFER_BIT);
     overlay_.begin(size, window_.pixelsPerUnit(), std::chrono::duration<double>(kImportTurn).count());
     panels::drawGrowing(import_->preview, size);
-    if (!options_.bare)
-        panels::drawProgress(printableText(picturefiles::nameOf(options_.image)), import_->job.share(), size);
+    if (!options_.bare) drawProgress(size);
     if (!options_.bare) drawOwnPanels();
     overlay_.end();
     lastFrame_ = Clock::now();
+}
+
+void Viewer::drawProgress(Size const& size) {
+    double const share = import_->job.share();
+    std::chrono::duration<double> const elapsed = Clock::now() - import_->start;
+    panels::drawProgress(printableText(picturefiles::nameOf(options_.image)), share,
+                         ProgressBar::timeLeft(elapsed.count(), share), size);
 }
 
 void Viewer::takeEvents() {

@@ -40,6 +40,7 @@ private:
 
         std::string store;
         ImportJob job;
+        Clock::time_point start = Clock::now();
         OverlayTexture preview;
         size_t seen = 0; // version of the preview
     };
@@ -69,6 +70,7 @@ private:
     void drawFrame(Size const& size, Redraw due);
     void draw(Size const& size, Redraw due);
     void drawImport(Size const& size);
+    void drawProgress(Size const& size);
     void drawOwnPanels();
     void screenshot(std::string const& name);
     void write(std::string const& name, OutputFile const& output);

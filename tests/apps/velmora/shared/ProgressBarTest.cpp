@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
@@ -111,4 +112,14 @@ TEST(ProgressBarTest, AFileSeesNothing) {
     std::fflush(file);
     EXPECT_EQ(std::ftell(file), 0);
     std::fclose(file);
+}
+
+TEST(ProgressBarTest, TheTimeLeftIsInProportion) {
+    EXPECT_EQ(ProgressBar::timeLeft(10, 0.5), "0:10 left");
+    EXPECT_EQ(ProgressBar::timeLeft(30, 0.25), "1:30 left");
+    EXPECT_EQ(ProgressBar::timeLeft(3600, 0.5), "60:00 left");
+    EXPECT_EQ(ProgressBar::timeLeft(1, 0.999), "0:00 left");
+    EXPECT_EQ(ProgressBar::timeLeft(5, 0), "") << "nothing is known yet";
+    EXPECT_EQ(ProgressBar::timeLeft(5, 1), "");
+    EXPECT_EQ(ProgressBar::timeLeft(5, std::nan("")), "");
 }
