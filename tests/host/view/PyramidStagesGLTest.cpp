@@ -369,9 +369,9 @@ TEST_F(PyramidStagesGLTest, TilesGoThroughTheUploadRing) {
     auto const counting = std::make_shared<RingCounter>(instance_, context_);
     PictureView view(counting, pyramid, options());
     completed(view, {Zoom(), 0, 0, 1200, 700, false});
-    // 3 x 2 tiles, and those that stood in.
-    EXPECT_GE(counting->reserved(), 6);
-    EXPECT_EQ(counting->uploaded(), counting->reserved());
+    // 3 x 2 tiles. One that is to stand in may still be on its way.
+    EXPECT_GE(counting->uploaded(), 6);
+    EXPECT_GE(counting->reserved(), counting->uploaded());
 }
 
 TEST_F(PyramidStagesGLTest, TheNameAndTheScaleAreTheFiles) {
