@@ -178,6 +178,11 @@ void imageJson(std::string const& image) {
     std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 
+// A file that is called a store and is none is told so.
+bool isImage(std::string const& path) {
+    return !TileStore::isStore(path) && std::filesystem::path(path).extension() != ".vlm";
+}
+
 struct Options {
     std::string file;
     bool json = false;
@@ -186,7 +191,7 @@ struct Options {
 void info(Options const& options) {
     if (options.file.empty()) return options.json ? glJson() : glInfo();
     requireRegularFile(options.file, HostError::Kind::UnreadableImage);
-    if (!TileStore::isStore(options.file)) return options.json ? imageJson(options.file) : imageInfo(options.file);
+    if (isImage(options.file)) return options.json ? imageJson(options.file) : imageInfo(options.file);
     TileStore const store(options.file, interruption::throwIfNoted);
     size_t const bytes = bytesOf(options.file);
     options.json ? storeJson(bytes, store.info()) : storeInfo(bytes, store.info());

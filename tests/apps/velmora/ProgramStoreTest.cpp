@@ -149,10 +149,17 @@ TEST_F(ProgramStoreTest, EveryFailureHasItsExitCode) {
     expectFailure(runVelmora({"import", folder_.path(), store_}), 4, {"folder"});
     expectFailure(runVelmora({"import", image_, path("none/a.vlm")}), 6, {"none/a.vlm", "No such"});
     expectFailure(runVelmora({"import", image_, folder_.path()}), 6, {"regular file"});
-    for (std::string const command : {"check", "info"}) {
+    for (std::string const command : {"check", "info"})
         expectFailure(runVelmora({command, path("none.vlm")}), 3, {"none.vlm", "no such file"});
-        expectFailure(runVelmora({command, image_}), 9, {"no tile store", "velmora import"});
+    expectFailure(runVelmora({"check", image_}), 9, {"no tile store", "velmora import"});
+    // A file that is called a store is to be one.
+    std::filesystem::copy_file(image_, store_);
+    for (std::string const command : {"check", "info"}) {
+        auto const result = runVelmora({command, store_});
+        EXPECT_EQ(result.exitCode, 9);
+        EXPECT_NE(result.err.find("no tile store; make one with velmora import"), std::string::npos) << result.err;
     }
+    std::filesystem::remove(store_);
     expectFailure(runVelmora({"export", image_, path("out.tif")}), 9, {"no tile store"});
     import();
     expectFailure(runVelmora({"export", store_, path("none/out.tif")}), 6, {"none/out.tif"});
