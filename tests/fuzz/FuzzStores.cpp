@@ -27,6 +27,7 @@ using fuzz::require;
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr size_t kMaxTilesRead = 200;
+constexpr std::uint64_t kMaxTilesChecked = 40'000; // a file of 2 MB may claim more: each that is missing is a failure
 constexpr std::uint64_t kMaxSamplesRead = 1 << 21; // of tiles, and of pictures that are exported
 constexpr int kMaxSteps = 200'000;                 // of SQLite's machine in one statement
 constexpr int kMaxRowBytes = 4 << 20;
@@ -132,7 +133,8 @@ void fuzzstores::use(std::string const& path) {
     comesThrough([&] {
         TileStore store(path);
         StoreCheckResult result;
-        bool const checked = comesThrough([&] { result = checkStore(store, [](size_t, size_t) {}); });
+        bool const checked = storegeometry::totalTiles(store.info()) <= kMaxTilesChecked &&
+                             comesThrough([&] { result = checkStore(store, [](size_t, size_t) {}); });
         comesThrough([&] { store.storedTiles(); });
         readTiles(store);
         exportPicture(store, checked && result.damages == 0);
