@@ -130,9 +130,13 @@ bool TilePipeline::step() {
 }
 
 bool TilePipeline::rebuild(LevelTile const& tile) {
+    if (stages_.isRebuilt(tile)) {
+        waiting_.erase(tile); // what built it failed behind it
+        return false;
+    }
     bool const hasParent =
         !stages_.needsParents() || tile.level == info_.levels || stages_.isRebuilt(leveltile::parent(tile));
-    if (stages_.isRebuilt(tile) || !hasParent || damages_.cannotBeRebuilt(tile)) return false;
+    if (!hasParent || damages_.cannotBeRebuilt(tile)) return false;
     auto const loaded = waiting_.find(tile);
     if (loaded != waiting_.end()) {
         stages_.buildFromLoaded(*loaded->second);

@@ -44,6 +44,7 @@ public:
     size_t bytesEnhanced = 0;             ///< of all enhanced tiles
     size_t bytesTrimmed = 0;              ///< by each trimRebuilt()
     std::function<void(char const*)> pre; ///< called first by what may fail, with its name
+    std::function<void()> behindBuild;    ///< called when a tile was built
 
     std::vector<std::string> jobNames() const {
         std::vector<std::string> names;
@@ -135,5 +136,6 @@ private:
         call("build");
         notes.push_back(from + (" " + nameOf(tile)));
         rebuilt.insert(tile);
+        if (behindBuild) behindBuild();
     }
 };

@@ -76,6 +76,18 @@ TEST_F(TilePipelineFailuresTest, ATileWhoseBuildingFailsStillWaits) {
     EXPECT_TRUE(stages_.jobs.empty()) << "nothing is loaded twice";
 }
 
+TEST_F(TilePipelineFailuresTest, ATileThatWasBuiltDoesNotWaitEvenWhereSomethingFailedBehindIt) {
+    start(wideStore());
+    pipeline().want(tileAt(0, 0));
+    stages_.finishAll();
+    stages_.behindBuild = [] { throw std::bad_alloc(); };
+    EXPECT_THROW(pipeline().advance(0ms), std::bad_alloc);
+    stages_.behindBuild = nullptr;
+    run();
+    EXPECT_TRUE(pipeline().complete());
+    EXPECT_EQ(pipeline().waiting(), 0U);
+}
+
 TEST_F(TilePipelineFailuresTest, WhereDamageIsNotToleratedItIsThrown) {
     start(wideStore());
     pipeline().want(tileAt(0, 0));
