@@ -82,8 +82,9 @@ protected:
         return options;
     }
 
+    // Until no tile is on its way: what fails behind a complete view is thrown here.
     static void complete(PictureView& view) {
-        while (!view.complete()) {
+        while (!view.complete() || view.statistics().waiting != 0) {
             if (!view.advance(50ms)) view.wait(50ms);
         }
         view.pixels();

@@ -106,10 +106,7 @@ TEST_F(HolesGLTest, WhatIsRebuiltFromADamagedTileIsAHoleToo) {
     View const coarser = {Zoom::nearest(0.25, info.levels), 0, 0, 475, 275, false};
     EXPECT_TRUE(completed(*shown, coarser) == frameOf(levels, coarser));
     EXPECT_EQ(shown->damages().count(), 1U);
-    while (shown->statistics().waiting != 0) {
-        shown->wait(10ms);
-        shown->advance(10ms);
-    }
+    settle(*shown);
 }
 
 TEST_F(HolesGLTest, WithoutTheCoarsestLevelAllIsAHole) {

@@ -82,6 +82,13 @@ PictureViewFixture::Bytes PictureViewFixture::completed(PictureView& view, View 
     return completed(view);
 }
 
+void PictureViewFixture::settle(PictureView& view) {
+    while (view.statistics().waiting != 0) {
+        view.wait(50ms);
+        view.advance(50ms);
+    }
+}
+
 View PictureViewFixture::randomView(PictureInfo const& info) {
     double const zoom = std::exp2(std::uniform_real_distribution<>(-static_cast<double>(info.levels) - 1, 3)(random_));
     View view;

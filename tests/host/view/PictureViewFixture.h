@@ -51,6 +51,9 @@ protected:
     static Bytes completed(PictureView& view);
     static Bytes completed(PictureView& view, View const& wanted);
 
+    /// Until no tile is on its way: one that is to stand in may be when a view is complete.
+    static void settle(PictureView& view);
+
     /// Somewhere, also beside the picture.
     View randomView(PictureInfo const& info);
 

@@ -238,10 +238,7 @@ TEST_F(PictureViewGLTest, ViewsThatPassByLeaveNothingBehind) {
         view.advance(0ms);
     }
     EXPECT_TRUE(completed(view) == frameOf(levelsOf(picture, info.levels), wanted));
-    while (view.statistics().waiting != 0) {
-        view.wait(50ms);
-        view.advance(50ms);
-    }
+    settle(view);
     EXPECT_TRUE(view.complete());
 }
 

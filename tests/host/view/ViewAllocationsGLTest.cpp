@@ -58,6 +58,7 @@ TEST_F(ViewAllocationsGLTest, AViewShowsTheSamePixelsAfterwards) {
         view.enhance(steps());
         Bytes const more = completed(view, second);
         bytes.insert(bytes.end(), more.begin(), more.end());
+        settle(view); // what fails behind it is thrown here
         return bytes;
     };
     Bytes const expected = draw();
@@ -92,6 +93,7 @@ TEST_F(ViewAllocationsGLTest, ChannelsShowTheSamePixelsAfterwards) {
         view.display(others);
         Bytes const more = completed(view, {Zoom(), 550, 10, 60, 50, false});
         bytes.insert(bytes.end(), more.begin(), more.end());
+        settle(view); // what fails behind it is thrown here
         return bytes;
     };
     Bytes const expected = draw();
