@@ -46,10 +46,6 @@ private:
     friend ForwardingInstance<FailingInstance>;
 
     template <class Operation>
-    static auto query(char const* /*member*/, Operation const& operation) -> decltype(operation()) {
-        return operation();
-    }
-    template <class Operation>
     auto call(char const* /*member*/, Operation const& operation) const -> decltype(operation()) {
         failing_allocations::Pause const pause; // GL drivers crash when allocations fail
         bool const fails = ++calls_ == failing_;

@@ -13,8 +13,8 @@
 ///     template <class Operation>
 ///     auto call(char const* member, Operation const& operation) const -> decltype(operation());
 ///
-/// runs each operation, and its query(), declared alike, what only reads constants and free slots. `member` is how the
-/// operation's name begins in the list of exported members, behind "Gles3RenderBackend".
+/// runs each operation. What only reads constants and free slots goes to query() instead, which Derived may declare
+/// alike. `member` is how the operation's name begins in the list of exported members, behind "Gles3RenderBackend".
 template <class Derived>
 class ForwardingInstance : public RenderBackendInstance {
 public:
@@ -159,6 +159,11 @@ protected:
         : RenderBackendInstance(0, context), instance_(std::move(instance)) {}
 
     RenderBackendInstance& forwarded() const { return *instance_; }
+
+    template <class Operation>
+    static auto query(char const* /*member*/, Operation const& operation) -> decltype(operation()) {
+        return operation();
+    }
 
 private:
     Derived const& self() const { return static_cast<Derived const&>(*this); }

@@ -28,10 +28,6 @@ private:
     friend ForwardingInstance<CountingInstance>;
 
     template <class Operation>
-    static auto query(char const* /*member*/, Operation const& operation) -> decltype(operation()) {
-        return operation();
-    }
-    template <class Operation>
     auto call(char const* member, Operation const& operation) const -> decltype(operation()) {
         if (std::strcmp(member, "Instance::lockDataEnvelopes(") == 0) ++locked_;
         if (std::strcmp(member, "Instance::unlockDataEnvelopes(") == 0) --locked_;

@@ -62,10 +62,6 @@ private:
     friend ForwardingInstance<NotingInstance>;
 
     template <class Operation>
-    static auto query(char const* /*member*/, Operation const& operation) -> decltype(operation()) {
-        return operation();
-    }
-    template <class Operation>
     static auto call(char const* /*member*/, Operation const& operation) -> decltype(operation()) {
         return operation();
     }

@@ -37,10 +37,6 @@ private:
     friend ForwardingInstance<RingCounter>;
 
     template <class Operation>
-    static auto query(char const* /*member*/, Operation const& operation) -> decltype(operation()) {
-        return operation();
-    }
-    template <class Operation>
     auto call(char const* member, Operation const& operation) const -> decltype(operation()) {
         if (std::strcmp(member, "Instance::concurrentStagingBuffer(") == 0) ++reserved_;
         if (std::strcmp(member, "Instance::synchronizeConcurrentStagingBuffer(") == 0) ++uploaded_;
