@@ -58,6 +58,12 @@ std::string obstacleTo(ImageFacts const& facts) {
     return "";
 }
 
+// But for rounding.
+bool isNearly(std::vector<std::uint8_t> const& samples, std::vector<std::uint8_t> const& others) {
+    return std::equal(samples.begin(), samples.end(), others.begin(), others.end(),
+                      [](int a, int b) { return std::abs(a - b) <= 1; });
+}
+
 } // namespace
 
 // Of samples in place.
@@ -79,31 +85,7 @@ public:
         cmsDoTransform(transform_, samples, samples, static_cast<cmsUInt32Number>(pixels));
     }
 
-    // What each grey of 8 bits becomes.
-    static std::vector<std::uint8_t> greys(Profile const& from, Profile const& to) {
-        SampleFormat layout;
-        layout.bands = layout.colours = 1;
-        std::vector<std::uint8_t> made = lattice(1);
-        Transform const transform(from, to, layout);
-        if (transform.isUsable()) transform.run(made.data(), made.size());
-        return made;
-    }
-
-    // Whether colours of 8 bits stay what they are, but for rounding.
-    static bool changesNothing(Profile const& from, Profile const& to, size_t colours) {
-        SampleFormat layout;
-        layout.bands = layout.colours = colours;
-        Transform const transform(from, to, layout);
-        if (!transform.isUsable()) return false;
-        std::vector<std::uint8_t> const before = lattice(colours);
-        std::vector<std::uint8_t> after = before;
-        transform.run(after.data(), after.size() / colours);
-        return std::equal(before.begin(), before.end(), after.begin(),
-                          [](int a, int b) { return std::abs(a - b) <= 1; });
-    }
-
-private:
-    // All greys, and colours over all of the cube.
+    // All greys of 8 bits, and colours over all of the cube.
     static std::vector<std::uint8_t> lattice(size_t colours) {
         std::vector<std::uint8_t> samples;
         for (int grey = 0; grey <= 0xff; ++grey)
@@ -116,6 +98,18 @@ private:
         return samples;
     }
 
+    // What the lattice becomes; empty: Little CMS cannot convert it.
+    static std::vector<std::uint8_t> convertedLattice(Profile const& from, Profile const& to, size_t colours) {
+        SampleFormat layout;
+        layout.bands = layout.colours = colours;
+        Transform const transform(from, to, layout);
+        if (!transform.isUsable()) return {};
+        std::vector<std::uint8_t> samples = lattice(colours);
+        transform.run(samples.data(), samples.size() / colours);
+        return samples;
+    }
+
+private:
     static bool isTabled(SampleFormat const& layout) {
         return layout.colours == 3 && layout.type == SampleType::Unsigned8;
     }
@@ -151,9 +145,10 @@ SrgbConversion::Choice SrgbConversion::of(ImageFacts const& facts) {
         choice.reason = articled(choice.profile) + " cannot be converted to sRGB";
         return choice;
     }
-    if (Transform::changesNothing(from, to, facts.layout.colours)) return choice;
+    std::vector<std::uint8_t> converted = Transform::convertedLattice(from, to, facts.layout.colours);
+    if (isNearly(converted, Transform::lattice(facts.layout.colours))) return choice;
     std::unique_ptr<SrgbConversion> conversion(new SrgbConversion(std::move(transform), facts.layout.pixelBytes()));
-    if (isGrey && facts.layout.type == SampleType::Unsigned8) conversion->greys_ = Transform::greys(from, to);
+    if (isGrey && facts.layout.type == SampleType::Unsigned8) conversion->greys_ = std::move(converted);
     choice.conversion = std::move(conversion);
     return choice;
 }

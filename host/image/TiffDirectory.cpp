@@ -268,6 +268,14 @@ TiffChain::Kind kindOf(TiffFile const& tiff) {
 
 } // namespace
 
+bool isTiff(InputFile& file) {
+    std::array<char, 4> start{};
+    file.readAt(0, start.data(), start.size());
+    std::string const magic(start.begin(), start.end());
+    return magic == std::string("II*\0", 4) || magic == std::string("II+\0", 4) || magic == std::string("MM\0*", 4) ||
+           magic == std::string("MM\0+", 4);
+}
+
 bool TiffChain::Kind::operator==(Kind const& other) const {
     return width == other.width && height == other.height && bands == other.bands && bits == other.bits &&
            sampleFormat == other.sampleFormat && photometric == other.photometric;

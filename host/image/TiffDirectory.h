@@ -9,6 +9,9 @@
 
 class TiffFile;
 
+/// Whether a file begins as TIFF or BigTIFF files do.
+bool isTiff(InputFile& file);
+
 /// The directories of a TIFF file.
 struct TiffChain {
     /// Planes of one picture are of one kind.

@@ -40,14 +40,6 @@ bool endsIn(std::string const& text, std::string const& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-bool isTiff(InputFile& file) {
-    std::array<char, 4> start{};
-    file.readAt(0, start.data(), start.size());
-    std::string const magic(start.begin(), start.end());
-    return magic == std::string("II*\0", 4) || magic == std::string("II+\0", 4) || magic == std::string("MM\0*", 4) ||
-           magic == std::string("MM\0+", 4);
-}
-
 // OpenSlide reads files of any kind, and is not hardened against hostile ones: it is given possible slides only.
 bool mayBeSlide(InputFile& file) {
     std::array<char const*, 4> const endings{".mrxs", ".vms", ".vmu", ".svslide"};

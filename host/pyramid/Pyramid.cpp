@@ -4,6 +4,7 @@
 #include "host/image/ImageRefusal.h"
 #include "host/image/Orientation.h"
 #include "host/image/ShownSamples.h"
+#include "host/image/TiffDirectory.h"
 #include "host/image/VipsSamples.h"
 #include "host/pyramid/DecoderPyramid.h"
 #include "host/pyramid/MemoryPyramid.h"
@@ -85,7 +86,7 @@ Opened open(std::string const& path, PyramidOptions const& options) {
     request.toSrgb = options.selection.toSrgb;
     request.asNumbers = !request.toSrgb;
     // A slide is a TIFF too: OpenSlide knows more about it.
-    if (tiffpyramid::is(*file) && !request.toSrgb && !vipssamples::isSlide(*file))
+    if (isTiff(*file) && !request.toSrgb && !vipssamples::isSlide(*file))
         if (auto tiff = tiffpyramid::open(*file, request, options.cacheBytes)) return {std::move(tiff), ""};
     auto const source = openSamples(file, request);
     ImageFacts const facts = source->facts();

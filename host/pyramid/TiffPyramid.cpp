@@ -272,14 +272,6 @@ void setStack(TiffStack const& stack, PyramidFacts& facts) {
 
 } // namespace
 
-bool tiffpyramid::is(InputFile& file) {
-    std::array<char, 4> start{};
-    file.readAt(0, start.data(), start.size());
-    std::string const magic(start.begin(), start.end());
-    return magic == std::string("II*\0", 4) || magic == std::string("II+\0", 4) || magic == std::string("MM\0*", 4) ||
-           magic == std::string("MM\0+", 4);
-}
-
 std::unique_ptr<PyramidFile> tiffpyramid::open(InputFile& file, SampleRequest const& request, size_t cacheBytes) {
     TiffFile tiff(file, "rmDOC");
     TiffChain const chain = TiffChain::read(tiff);

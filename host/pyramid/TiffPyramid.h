@@ -13,8 +13,6 @@
 /// rounding.
 namespace tiffpyramid {
 
-bool is(InputFile& file);
-
 /// Null if libtiff does not decode the page's samples here. `cacheBytes`: of decoded tiles, for all readers. Throws
 /// HostError (unreadable image; usage), and what the file's check throws.
 std::unique_ptr<PyramidFile> open(InputFile& file, SampleRequest const& request, size_t cacheBytes);
