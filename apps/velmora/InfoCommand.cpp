@@ -1,12 +1,12 @@
 #include "apps/velmora/Commands.h"
 #include "apps/velmora/SelectionOptions.h"
-#include "apps/velmora/shared/ImageInput.h"
 #include "apps/velmora/shared/Interruption.h"
 #include "apps/velmora/shared/PictureText.h"
 #include "host/Failures.h"
 #include "host/PlainText.h"
 #include "host/gl/GlInfo.h"
 #include "host/gl/SurfacelessContext.h"
+#include "host/image/InputFile.h"
 #include "host/image/SrgbConversion.h"
 #include "host/store/TileStore.h"
 
@@ -21,8 +21,8 @@
 
 namespace {
 
-void printText(char const* name, std::string const& value) {
-    std::printf("%-24s%s\n", name, terminalText(value).c_str());
+void printText(std::string const& name, std::string const& value) {
+    std::printf("%-24s%s\n", terminalText(name).c_str(), terminalText(value).c_str());
 }
 
 void printNumber(char const* name, std::int64_t value) {
@@ -128,7 +128,7 @@ void glJson() {
 
 void imageInfo(std::string const& image) {
     for (ImageProperty const& line : picturetext::linesOf(picturetext::factsOf(image)))
-        std::printf("%-24s%s\n", terminalText(line.name).c_str(), terminalText(line.value).c_str());
+        printText(line.name, line.value);
     printNumber("bytes", static_cast<std::int64_t>(bytesOf(image)));
 }
 

@@ -126,7 +126,7 @@ void requireScreenshots(ViewerOptions const& options) {
     for (Script::Line const& line : options.script)
         if (line.action == Script::Action::Screenshot) names.push_back(line.text);
     for (std::string const& name : names)
-        requireUsable(options.outputOf(name), OutputFile::Ending::Png);
+        requireUsable(options.outputOf(name, options.force), OutputFile::Ending::Png);
 }
 
 void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
@@ -142,8 +142,7 @@ void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
     options.sources = picturefiles::sourcesOf(options.image);
     // Before a window opens.
     requireScreenshots(options);
-    imageinput::inspect(options.image, options.selection,
-                        options.shownAs() ? imageinput::Colours::Ranged : imageinput::Colours::Shown, options.display);
+    imageinput::inspect(options.image, options.selection, options.colours(), options.display);
     Viewer(options).run();
 }
 

@@ -124,6 +124,10 @@ PictureSource picturefiles::keptStore(std::string const& path, std::uint64_t cac
     return source;
 }
 
+RecentFiles picturefiles::recentFiles() {
+    return {environment("XDG_STATE_HOME"), environment("HOME")};
+}
+
 void picturefiles::tell(std::string const& line) {
     std::fprintf(stderr, "velmora: %s\n", onOneLine(line).c_str());
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/velmora/shared/RecentFiles.h"
 #include "host/image/ImageSelection.h"
 #include "host/store/StoreImporter.h"
 #include "host/view/PictureSource.h"
@@ -46,6 +47,9 @@ std::optional<PictureSource> usableStore(std::string const& path);
 /// A store that was just made, kept in the cache as long as the result lives. Others that were used longest ago are
 /// removed until all take at most so many bytes; prints a note if it alone takes more.
 PictureSource keptStore(std::string const& path, std::uint64_t cacheBytes);
+
+/// The user's pictures that were opened last.
+RecentFiles recentFiles();
 
 /// Prints a note on stderr.
 void tell(std::string const& line);

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstring>
 #include <system_error>
 #include <utility>
 
@@ -109,6 +108,7 @@ std::optional<std::string> OpenPanel::drawPath() {
     ImGui::PushItemWidth(-1);
     if (isNew_) ImGui::SetKeyboardFocusHere();
     isNew_ = false;
+    needLetters(path_.data());
     bool const entered = ImGui::InputText("##path", path_.data(), path_.size(),
                                           ImGuiInputTextFlags_EnterReturnsTrue | ImGuiInputTextFlags_AutoSelectAll);
     ImGui::PopItemWidth();
@@ -118,7 +118,6 @@ std::optional<std::string> OpenPanel::drawPath() {
 std::optional<std::string> OpenPanel::drawEntries() {
     std::optional<fs::path> clicked;
     ImGui::BeginChild("entries");
-    needLetters(path_.data());
     if (!failure_.empty()) ImGui::TextUnformatted(failure_.c_str());
     if (folder_.has_relative_path() && ImGui::Selectable("../")) clicked = folder_.parent_path();
     for (size_t i = 0; i < entries_.size(); ++i) {

@@ -191,12 +191,9 @@ void Overlay::prepareLetters(double pixelsPerUnit) {
     ImGui::GetStyle() = styleFor(static_cast<float>(std::max(pixelsPerUnit, 1.0)));
     // The first time the backend makes the texture itself.
     if (std::exchange(hasLetters_, true)) {
-        GLint unpack = 0;
-        glGetIntegerv(GL_PIXEL_UNPACK_BUFFER_BINDING, &unpack);
         glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
         ImGui_ImplOpenGL3_DestroyFontsTexture();
         ImGui_ImplOpenGL3_CreateFontsTexture();
-        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, static_cast<GLuint>(unpack));
     }
 }
 

@@ -404,8 +404,10 @@ void drawProperties(std::vector<ImageProperty> const& properties) {
     for (ImageProperty const& line : properties) {
         drawText(line.name);
         // Names of slides may be longer than the column.
-        if (ImGui::CalcTextSize(line.name.c_str()).x < names) ImGui::SameLine(names);
-        ImGui::SetCursorPosX(names);
+        if (ImGui::CalcTextSize(line.name.c_str()).x < names)
+            ImGui::SameLine(names);
+        else
+            ImGui::SetCursorPosX(names);
         ImGui::PushTextWrapPos(names + 320 * Lettering::scale());
         drawText(line.value);
         ImGui::PopTextWrapPos();

@@ -73,7 +73,8 @@ public:
             line.text = restOf(*form);
         else
             line.numbers = numbersOf(*form);
-        if (form->action == Script::Action::Key && !isKey(line.text)) throw wrong("'" + line.text + "' is no key");
+        if (form->action == Script::Action::Key && Script::keyOf(line.text).code == SDLK_UNKNOWN)
+            throw wrong("'" + line.text + "' is no key");
         if (form->action == Script::Action::Type && line.text.size() >= SDL_TEXTINPUTEVENT_TEXT_SIZE)
             throw wrong("type takes at most " + std::to_string(SDL_TEXTINPUTEVENT_TEXT_SIZE - 1) + " bytes");
         return line;
@@ -81,12 +82,6 @@ public:
 
 private:
     HostError wrong(std::string const& what) const { return {HostError::Kind::Usage, where_ + ": " + what}; }
-
-    static bool isKey(std::string const& name) {
-        std::string const control = Script::kControl;
-        bool const isHeld = name.rfind(control, 0) == 0;
-        return SDL_GetKeyFromName(name.substr(isHeld ? control.size() : 0).c_str()) != SDLK_UNKNOWN;
-    }
 
     std::string restOf(Form const& form) {
         std::string text;
@@ -125,6 +120,12 @@ private:
 };
 
 } // namespace
+
+Script::Key Script::keyOf(std::string const& name) {
+    std::string const control = "Ctrl+";
+    bool const isHeld = name.rfind(control, 0) == 0;
+    return {SDL_GetKeyFromName(name.substr(isHeld ? control.size() : 0).c_str()), isHeld};
+}
 
 std::vector<Script::Line> Script::parse(std::string const& text, std::string const& name) {
     std::vector<Line> lines;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <SDL.h>
+
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -9,7 +11,11 @@ class Script {
 public:
     enum class Action { Key, Type, Wheel, Drag, Drop, Resize, Minimise, Restore, Wait, Sleep, Screenshot, Quit };
 
-    static constexpr auto kControl = "Ctrl+"; ///< before the name of a key that is pressed with it
+    /// A key, and whether Ctrl is held with it.
+    struct Key {
+        SDL_Keycode code = SDLK_UNKNOWN;
+        bool isControlHeld = false;
+    };
 
     struct Line {
         Action action;
@@ -19,6 +25,8 @@ public:
 
     /// Throws HostError (usage), which names `name` and the line.
     static std::vector<Line> parse(std::string const& text, std::string const& name);
+    /// A key by SDL's name, after "Ctrl+" or not; SDLK_UNKNOWN: it is none.
+    static Key keyOf(std::string const& name);
     /// Reads a file. Throws HostError: usage, missing file.
     static std::vector<Line> read(std::string const& path);
 };

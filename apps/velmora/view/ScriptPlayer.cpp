@@ -103,12 +103,8 @@ void ScriptPlayer::addEvents(std::vector<SDL_Event> events) {
 
 // Ctrl is held over a turn: what is drawn looks at it once per frame.
 void ScriptPlayer::addKey(std::string const& name) {
-    std::string const control = Script::kControl;
-    if (name.rfind(control, 0) != 0) {
-        SDL_Keycode const key = SDL_GetKeyFromName(name.c_str());
-        return addEvents({keyEvent(SDL_KEYDOWN, key), keyEvent(SDL_KEYUP, key)});
-    }
-    SDL_Keycode const key = SDL_GetKeyFromName(name.substr(control.size()).c_str());
+    auto const [key, isControlHeld] = Script::keyOf(name);
+    if (!isControlHeld) return addEvents({keyEvent(SDL_KEYDOWN, key), keyEvent(SDL_KEYUP, key)});
     addEvents({keyEvent(SDL_KEYDOWN, SDLK_LCTRL, KMOD_LCTRL), keyEvent(SDL_KEYDOWN, key, KMOD_LCTRL)});
     addEvents({keyEvent(SDL_KEYUP, key, KMOD_LCTRL), keyEvent(SDL_KEYUP, SDLK_LCTRL)});
 }

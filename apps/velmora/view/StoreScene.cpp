@@ -53,8 +53,7 @@ StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, P
       overview_(instance, source, options.picture),
       probe_(source.pyramid ? std::make_unique<PixelProbe>(*source.pyramid) : nullptr),
       name_(printableText(picture_.info().sourceName)),
-      interpretation_(interpretationOf(source, picture_.info())),
-      properties_(propertiesOf(source, picture_.info())) {
+      interpretation_(interpretationOf(source, picture_.info())) {
     if (options.start) {
         camera_.magnifyTo(options.start->zoom, camera_.middle());
         camera_.lookAt({options.start->x, options.start->y});
@@ -93,6 +92,7 @@ Redraw StoreScene::command(Controls::Command command) {
         return moveBy(0, -1);
     case Controls::Command::Properties:
         toggles_.properties = !toggles_.properties;
+        if (properties_.empty()) properties_ = propertiesOf(source_, picture_.info());
         return Redraw::Overlay;
     case Controls::Command::Ruler:
         ruler_.toggle();

@@ -95,7 +95,7 @@ private:
     std::optional<View> maskView_; // that mask_ is of
     std::string name_;             // as a person may see it, like all that follows
     std::string interpretation_;
-    std::vector<ImageProperty> properties_;
+    std::vector<ImageProperty> properties_; // empty: they were not asked for yet
     std::string message_;
     bool toldOfDamage_ = false;
 };

@@ -4,7 +4,6 @@
 #include "apps/velmora/shared/Interruption.h"
 #include "apps/velmora/shared/PictureFiles.h"
 #include "apps/velmora/shared/ProgressBar.h"
-#include "apps/velmora/shared/RecentFiles.h"
 #include "apps/velmora/view/Panels.h"
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
@@ -14,7 +13,6 @@
 #include "host/store/TileStore.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <system_error>
@@ -30,15 +28,6 @@ constexpr size_t kMessageCharacters = 600;
 
 std::string titleOf(std::string const& image) {
     return "velmora - " + printableText(picturefiles::nameOf(image));
-}
-
-std::string environment(char const* name) {
-    char const* const value = std::getenv(name);
-    return value == nullptr ? "" : value;
-}
-
-RecentFiles recentFiles() {
-    return {environment("XDG_STATE_HOME"), environment("HOME")};
 }
 
 // A name in the current folder that no file has: "slide-view.png", "slide-view-2.png".
@@ -110,7 +99,7 @@ void Viewer::open(PictureSource const& source) {
     window_.setTitle(titleOf(options_.image));
     due_.raise(Redraw::Picture);
     bool const isLookedAt = options_.screenshot.empty() && !options_.image.empty();
-    if (isLookedAt) recentFiles().add(options_.image);
+    if (isLookedAt) picturefiles::recentFiles().add(options_.image);
 }
 
 void Viewer::openFile(std::string const& path) {
@@ -119,9 +108,8 @@ void Viewer::openFile(std::string const& path) {
     message_.clear();
     try {
         options_ = forAnother(options_, path);
-        auto const notes = imageinput::notesOf(
-            options_.image, options_.selection,
-            options_.shownAs() ? imageinput::Colours::Ranged : imageinput::Colours::Shown, options_.display);
+        auto const notes =
+            imageinput::notesOf(options_.image, options_.selection, options_.colours(), options_.display);
         openImage();
         if (import_) before_ = shown;
         for (std::string const& note : notes)
@@ -275,8 +263,10 @@ void Viewer::drawImport(Size const& size) {
     glClear(GL_COLOR_BUFFER_BIT);
     overlay_.begin(size, window_.pixelsPerUnit(), std::chrono::duration<double>(kImportTurn).count());
     panels::drawGrowing(import_->preview, size);
-    if (!options_.bare) drawProgress(size);
-    if (!options_.bare) drawOwnPanels();
+    if (!options_.bare) {
+        drawProgress(size);
+        drawOwnPanels();
+    }
     overlay_.end();
     lastFrame_ = Clock::now();
 }
@@ -368,7 +358,7 @@ void Viewer::leave() {
 void Viewer::openPanel() {
     if (options_.bare) return;
     std::filesystem::path const folder = std::filesystem::path(options_.image).parent_path();
-    openPanel_.open(folder.empty() ? "." : folder, recentFiles().list());
+    openPanel_.open(folder.empty() ? "." : folder, picturefiles::recentFiles().list());
 }
 
 void Viewer::copyPixel() {
@@ -386,9 +376,7 @@ void Viewer::saveView() {
     try {
         std::string const name = freeNameFor(options_.image);
         scene_->present(due_.due());
-        OutputFile output(name);
-        output.sources = options_.sources;
-        write(name, output);
+        write(options_.outputOf(name, false));
         tell("saved as " + std::filesystem::absolute(name).string());
         due_.raise(Redraw::Picture);
     } catch (HostError const& error) {
@@ -403,15 +391,15 @@ void Viewer::screenshot(std::string const& name) {
         drawImport(frame());
     else
         draw(frame(), due_.due());
-    write(name, options_.outputOf(name));
+    write(options_.outputOf(name, options_.force));
 }
 
 // What has been drawn.
-void Viewer::write(std::string const& name, OutputFile const& output) {
+void Viewer::write(OutputFile const& output) {
     Size const size = frame();
     std::vector<std::uint8_t> const pixels = window_.readPixels();
     PngWriter png(output, size.width, size.height, 3);
     png.writeRows(pixels.data(), size.height);
     png.finish();
-    if (!import_ && scene_->hasHoles() && damagedScreenshot_.empty()) damagedScreenshot_ = name;
+    if (!import_ && scene_->hasHoles() && damagedScreenshot_.empty()) damagedScreenshot_ = output.path;
 }

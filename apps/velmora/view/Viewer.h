@@ -73,7 +73,7 @@ private:
     void drawProgress(Size const& size);
     void drawOwnPanels();
     void screenshot(std::string const& name);
-    void write(std::string const& name, OutputFile const& output);
+    void write(OutputFile const& output);
     /// Empty while the window is minimised.
     Size frame() const { return window_.pixels(); }
     bool visible() const { return frame().width > 0 && frame().height > 0; }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/velmora/shared/ImageInput.h"
 #include "apps/velmora/view/Script.h"
 #include "host/display/DisplayRequest.h"
 #include "host/filter/Enhancement.h"
@@ -44,10 +45,12 @@ struct ViewerOptions {
         return steps.empty() || !display.isEmpty() ? std::optional(display) : std::nullopt;
     }
 
-    /// A screenshot of that name.
-    OutputFile outputOf(std::string const& name) const {
+    imageinput::Colours colours() const { return shownAs() ? imageinput::Colours::Ranged : imageinput::Colours::Shown; }
+
+    /// A picture of that name.
+    OutputFile outputOf(std::string const& name, bool replaces) const {
         OutputFile file(name);
-        file.replace = force;
+        file.replace = replaces;
         file.sources = sources;
         return file;
     }
