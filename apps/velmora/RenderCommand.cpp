@@ -19,6 +19,7 @@
 #include "host/store/TileStore.h"
 #include "host/view/ChannelStages.h"
 #include "host/view/PyramidStages.h"
+#include "host/view/StoreChannelStages.h"
 #include "host/view/StoreRenderer.h"
 #include "renderbackend/RenderBackendInstance.h"
 
@@ -187,8 +188,15 @@ Zoom zoomOf(Options const& options, PictureInfo const& info) {
                                                 toText(smallest.value()));
 }
 
+// Of what is shown as it is asked for.
+ShownChannels showingOf(PictureSource const& source) {
+    if (source.pyramid) return ChannelStages::showingOf(*source.pyramid, *source.display);
+    TileStore store(source.store, interruption::throwIfNoted);
+    return StoreChannelStages::showingOf(store, *source.display);
+}
+
 PictureInfo infoOf(PictureSource const& source) {
-    if (source.display) return ChannelStages::showingOf(*source.pyramid, *source.display).info;
+    if (source.display) return showingOf(source).info;
     if (source.pyramid) return PyramidStages::infoOf(*source.pyramid);
     return TileStore(source.store, interruption::throwIfNoted).info();
 }
@@ -233,14 +241,15 @@ std::string changesText(Pyramid const& pyramid) {
 
 // What is said of a picture in the closing line.
 std::string description(PictureSource const& source, PictureInfo const& info) {
-    std::string const interpretation = printableText(info.interpretation);
-    if (source.display)
-        return interpretation + ", " + source.pyramid->facts().image.format + changesText(*source.pyramid) +
-               positionText(source.pyramid->facts().stack, source.display->position) +
-               channelsText(ChannelStages::showingOf(*source.pyramid, *source.display).channels);
-    std::string const samples = interpretation + ", " + std::to_string(info.bits) + " bits";
-    if (source.pyramid) return samples + ", " + source.pyramid->facts().image.format + changesText(*source.pyramid);
-    return samples + ", store of " + counted(info.levels, "level");
+    std::string text = printableText(info.interpretation);
+    if (!source.display) text += ", " + std::to_string(info.bits) + " bits";
+    if (source.pyramid)
+        text += ", " + source.pyramid->facts().image.format + changesText(*source.pyramid);
+    else
+        text += ", store of " + counted(info.levels, "level");
+    if (!source.display) return text;
+    if (source.pyramid) text += positionText(source.pyramid->facts().stack, source.display->position);
+    return text + channelsText(showingOf(source).channels);
 }
 
 void renderLevels(Options const& options, PictureSource const& source) {
@@ -269,19 +278,22 @@ bool mayBeDisplayed(Options const& options) {
     return options.bits != 16 && (options.steps.empty() || asksForMore);
 }
 
-// Whether the output keeps 16 bits of what was not asked to be shown otherwise.
-bool keepsSamples(Options const& options, ImageFacts const& facts) {
-    bool const isWide = facts.layout.type == SampleType::Unsigned16 || options.selection.hasRange();
+// Whether the output keeps 16 bits of what was not asked to be shown otherwise. A range makes 16 bits of a file's
+// samples; those of a store it shows.
+bool keepsSamples(Options const& options, PictureSource const& source) {
     bool const isWeighed = options.smooth && options.zoom < 1;
-    return options.display.asksForRangeAlone() && namesTiff(options.output) && options.bits != 8 && !isWeighed &&
-           isWide && facts.layout.isPlain();
+    if (!namesTiff(options.output) || options.bits == 8 || isWeighed) return false;
+    if (!source.pyramid) return options.display.isEmpty();
+    SampleFormat const& layout = source.pyramid->facts().image.layout;
+    bool const isWide = layout.type == SampleType::Unsigned16 || options.selection.hasRange();
+    return options.display.asksForRangeAlone() && isWide && layout.isPlain();
 }
 
 // What shows the samples of a file as the window does; nothing where they are as they are, or are kept.
 std::optional<PictureSource> displayedSource(Options const& options) {
     if (!mayBeDisplayed(options)) return std::nullopt;
     auto source = picturefiles::shownAtOnce(options.image, options.selection, options.display);
-    bool const isDisplayed = source && source->display && !keepsSamples(options, source->pyramid->facts().image);
+    bool const isDisplayed = source && source->display && !keepsSamples(options, *source);
     return isDisplayed ? source : std::nullopt;
 }
 

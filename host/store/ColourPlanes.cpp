@@ -1,6 +1,8 @@
 #include "host/store/ColourPlanes.h"
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 
 // `>> n` is floor division by 2^n: right shifts of negative ints are arithmetic on all our compilers (and by C++20).
 
@@ -28,9 +30,11 @@ void splitBand(std::uint8_t const* pixels, size_t bands, size_t residualBits, st
 template <class Stored>
 void joinBand(std::vector<Sample> const& plane, std::vector<Sample> const& residual, size_t residualBits,
               std::uint8_t* pixels, size_t bands) {
+    int const largest = std::numeric_limits<Stored>::max() >> residualBits;
     for (size_t x = 0; x < plane.size(); ++x) {
         unsigned const low = residual.empty() ? 0 : static_cast<unsigned>(residual[x]);
-        auto const sample = static_cast<Stored>(static_cast<unsigned>(plane[x]) << residualBits | low);
+        auto const high = static_cast<unsigned>(std::clamp(int{plane[x]}, 0, largest));
+        auto const sample = static_cast<Stored>(high << residualBits | low);
         std::memcpy(pixels + x * bands * sizeof(Stored), &sample, sizeof(Stored));
     }
 }

@@ -23,7 +23,8 @@ public:
     /// Splits a row of the picture, interleaved samples of 8 bits, or of 16 in the machine's byte order, into the
     /// planes.
     void split(std::uint8_t const* pixels);
-    /// Joins the planes to a row of the picture, width * bands samples; overwrites the planes.
+    /// Joins the planes to a row of the picture, width * bands samples; overwrites the planes. What leaves the scale of
+    /// the samples, as coarser levels may, becomes its end.
     void join(std::uint8_t* pixels);
 
     /// width samples; plane < bands. Residuals exist if residualBits is not 0.

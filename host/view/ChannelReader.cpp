@@ -1,25 +1,10 @@
 #include "host/view/ChannelReader.h"
 
-#include "host/image/PixelBands.h"
+#include "host/view/ChannelSet.h"
 
 #include <algorithm>
 #include <numeric>
 #include <utility>
-
-namespace {
-
-constexpr size_t kCodeBytes = 2;
-
-// Writes a channel's codes into its half of each texel.
-void put(std::vector<std::uint16_t> const& codes, std::uint8_t* to) {
-    for (std::uint16_t const code : codes) {
-        to[0] = static_cast<std::uint8_t>(code);
-        to[1] = static_cast<std::uint8_t>(code >> 8U);
-        to += pixelbands::kTexelBytes;
-    }
-}
-
-} // namespace
 
 void CurrentCoding::set(std::shared_ptr<ChannelCoding const> coding) {
     std::lock_guard<std::mutex> const lock(mutex_);
@@ -57,9 +42,8 @@ void ChannelReader::read(LoadedTile& tile) {
     auto const coding = coding_->get();
     Region const region = leveltile::shownRegion(info_, tile.job.tile);
     size_t const count = region.width * region.height;
-    size_t const pairBytes = count * pixelbands::kTexelBytes;
     tile.coding = coding->number;
-    tile.pixels.assign((coding->channels.size() + 1) / 2 * pairBytes, 0);
+    tile.pixels = channelset::codeTexels(coding->channels.size(), count);
     if (coding->channels.empty()) return;
     take(*coding);
     SampleFormat const& layout = levels_.facts().image.layout;
@@ -70,6 +54,6 @@ void ChannelReader::read(LoadedTile& tile) {
         ChannelCoding::Channel const& channel = coding->channels[i];
         auto const band = std::find(bands_.begin(), bands_.end(), channel.band) - bands_.begin();
         channel.codes.encode(samples_.data(), layout, static_cast<size_t>(band), count, codes_.data());
-        put(codes_, &tile.pixels[i / 2 * pairBytes + i % 2 * kCodeBytes]);
+        channelset::putCodes(codes_, i, tile.pixels);
     }
 }

@@ -2,6 +2,7 @@
 
 #include "host/display/DisplayRequest.h"
 #include "host/view/ChannelReader.h"
+#include "host/view/ChannelSet.h"
 #include "host/view/FileStages.h"
 #include "host/view/MixedTiles.h"
 
@@ -20,22 +21,19 @@ public:
     ChannelStages(std::shared_ptr<RenderBackendInstance> const& instance, FilterRunner& targets, Pyramid const& pyramid,
                   DisplayRequest const& request, size_t threads);
 
-    /// How a file is shown that is shown as it is asked for.
-    struct Showing {
-        PictureInfo info; ///< bands: those of the mixture
-        std::vector<ChannelDisplay> channels;
-    };
     /// Reads the coarsest level where a range is automatic.
-    static Showing showingOf(Pyramid const& pyramid, DisplayRequest const& request);
+    static ShownChannels showingOf(Pyramid const& pyramid, DisplayRequest const& request);
 
-    std::vector<ChannelDisplay> const& channels() const override { return channels_; }
-    std::vector<ChannelDisplay> automaticChannels() const override;
-    std::vector<Histogram> const& histograms() const override { return histograms_; }
+    std::vector<ChannelDisplay> const& channels() const override { return channels_.all(); }
+    std::vector<ChannelDisplay> automaticChannels() const override {
+        return opening_.withAutomaticRanges(channels_.all());
+    }
+    std::vector<Histogram> const& histograms() const override { return opening_.histograms; }
     bool display(std::vector<ChannelDisplay> const& channels) override { return show(channels, position_); }
 
     ImageStack stack() const override { return stack_; }
     StackPosition position() const override { return position_; }
-    bool moveTo(StackPosition const& position) override { return show(channels_, position); }
+    bool moveTo(StackPosition const& position) override { return show(channels_.all(), position); }
 
     Usage usage() const override { return {mixed_.count(), mixed_.bytes(), 0}; }
 
@@ -59,10 +57,7 @@ private:
     ImageStack stack_;
     StackPosition position_;
     std::shared_ptr<CurrentCoding> coding_;
-    std::vector<Tone> automatic_; // of all channels
-    std::vector<Histogram> histograms_;
-    std::vector<ChannelDisplay> channels_;
-    std::vector<ChannelDisplay> shown_; // those that are on, in the order of their codes
-    MixedTiles::Tables tables_;         // theirs
+    ChannelOpening opening_;
+    ChannelSet channels_;
     MixedTiles& mixed_;
 };

@@ -3,6 +3,7 @@
 #include "host/Threads.h"
 #include "host/pyramid/PyramidTiles.h"
 #include "host/store/StoreInfo.h"
+#include "host/view/AlphaTexels.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -65,20 +66,7 @@ void FileStages::keepResiduals(LoadedTile&& /*loaded*/) {
 }
 
 void FileStages::putAlpha(std::vector<std::uint8_t>& rgba, View const& view, std::vector<LevelTile> const& tiles) {
-    Region const shown = view.pixelsOf(info_);
-    for (LevelTile const& tile : tiles) {
-        Region const samples = leveltile::shownRegion(info_, tile);
-        Region const pixels = common(shown, leveltile::pixelRegion(info_, view.zoom, tile));
-        auto const texels = targets_.read(*tiles_->pixels(tile), SampleLayout::kRgba8, wholeOf(sizeOf(samples)));
-        auto const toX = static_cast<size_t>(static_cast<std::int64_t>(pixels.x) - view.x);
-        auto const toY = static_cast<size_t>(static_cast<std::int64_t>(pixels.y) - view.y);
-        for (size_t y = 0; y < pixels.height; ++y) {
-            size_t const row = (view.zoom.sampleAt(pixels.y + y) - samples.y) * samples.width;
-            for (size_t x = 0; x < pixels.width; ++x)
-                rgba[4 * ((toY + y) * view.width + toX + x) + 3] =
-                    texels[4 * (row + view.zoom.sampleAt(pixels.x + x) - samples.x) + 3];
-        }
-    }
+    alphatexels::put(rgba, view, tiles, info_, targets_, *tiles_);
 }
 
 std::vector<std::uint16_t> FileStages::codes(View const& /*view*/) {

@@ -10,9 +10,9 @@
 #include <set>
 #include <vector>
 
-/// The samples of a level of a picture of 16 bits, with all the bits that they have: codes of 16 bits.
+/// The samples of a level with all the bits that they have: codes of 16 bits, or of 8.
 ///
-///     rebuilt tile    q, 13 or 11 bits   --+
+///     rebuilt tile    q, 8 to 13 bits    --+
 ///                                          +-->  q << residualBits | residual
 ///     residual bits   of level 0 alone   --+
 ///

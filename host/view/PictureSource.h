@@ -16,6 +16,6 @@ struct PictureSource {
 
     std::string store; ///< its path; empty: the pyramid
     std::shared_ptr<Pyramid const> pyramid;
-    std::optional<DisplayRequest> display; ///< of the pyramid; empty: its samples are shown as they are
+    std::optional<DisplayRequest> display; ///< empty: samples are shown as they are, the upper 8 bits of a store's
     std::shared_ptr<void const> kept;      ///< keeps a store in a cache from being removed
 };

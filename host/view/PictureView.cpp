@@ -6,6 +6,7 @@
 #include "host/image/PixelBands.h"
 #include "host/view/ChannelStages.h"
 #include "host/view/PyramidStages.h"
+#include "host/view/StoreChannelStages.h"
 #include "host/view/StoreTileStages.h"
 
 #include <stdexcept>
@@ -18,6 +19,8 @@ std::unique_ptr<PictureStages> stagesOf(std::shared_ptr<RenderBackendInstance> c
         return std::make_unique<ChannelStages>(instance, targets, *source.pyramid, *source.display, options.threads);
     if (source.pyramid) return std::make_unique<PyramidStages>(instance, targets, *source.pyramid, options.threads);
     StoreTileStages::Options const ofStore = {options.threads, options.hostBytes, options.interruption};
+    if (source.display)
+        return std::make_unique<StoreChannelStages>(instance, targets, source.store, *source.display, ofStore);
     return std::make_unique<StoreTileStages>(instance, targets, source.store, ofStore);
 }
 

@@ -13,7 +13,7 @@
 
 /// The stages of a store's tiles: threads that load them, the GPU that rebuilds and enhances them. GL thread only.
 /// Throws HostError, what TileStore throws, and VelmoraException.
-class StoreTileStages final : public PictureStages {
+class StoreTileStages : public PictureStages {
 public:
     struct Options {
         size_t threads = 0;
@@ -25,7 +25,7 @@ public:
     StoreTileStages(std::shared_ptr<RenderBackendInstance> const& instance, FilterRunner& targets,
                     std::string const& storePath, Options const& options);
 
-    StoreInfo const& info() const override { return store_.info(); }
+    PictureInfo const& info() const override { return store_.info(); }
     ShownTiles& shown() override { return enhanced_; }
     void wait(std::chrono::milliseconds time) override { loader_.wait(time); }
     Usage usage() const override { return {rebuilt_.count(), rebuilt_.bytes(), cache_->bytes()}; }
@@ -64,13 +64,18 @@ public:
     size_t enhancedBytes() const override { return enhanced_.bytes(); }
     void freeTrimmed() override { instance_->clearTargets(); }
 
+protected:
+    TileStore& store() { return store_; }
+    /// Of tiles that are rebuilt, with all their bits.
+    LevelSamples& samples() { return samples_; }
+
 private:
     std::shared_ptr<RenderBackendInstance> instance_;
     FilterRunner& targets_;
     TileStore store_;
     std::shared_ptr<SampleCache> cache_;
     LevelTiles rebuilt_;
-    LevelSamples samples_; // of pictures of 16 bits
+    LevelSamples samples_;
     ShownTiles enhanced_;
     EmptyAreas emptyAreas_;
     DataMask mask_;

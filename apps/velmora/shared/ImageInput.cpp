@@ -20,6 +20,20 @@ void requirePlain(std::string const& what, ImageSelection const& selection, Disp
                                "image files: leave them out");
 }
 
+// Of a store whose samples are shown as they are asked for.
+void requireShown(std::string const& what, ImageSelection const& selection, DisplayRequest const& display) {
+    ImageSelection part = selection;
+    part.range.reset();
+    part.automaticRange = false;
+    DisplayRequest ofSlices;
+    ofSlices.position = display.position;
+    if (!part.isEmpty())
+        throw HostError(HostError::Kind::Usage, what + " is taken whole; --page, --bands and --to-srgb choose a part "
+                                                       "of an image file: leave them out");
+    if (!ofSlices.isEmpty())
+        throw HostError(HostError::Kind::Usage, what + " has one slice, and one time: leave out --z and --t");
+}
+
 } // namespace
 
 std::vector<std::string> imageinput::notesOf(std::string const& image, ImageSelection const& selection, Colours colours,
@@ -30,7 +44,8 @@ std::vector<std::string> imageinput::notesOf(std::string const& image, ImageSele
     }
     requireRegularFile(image, HostError::Kind::UnreadableImage);
     if (TileStore::isStore(image)) {
-        requirePlain("'" + image + "', a tile store,", selection, display);
+        auto const require = colours == Colours::Ranged ? requireShown : requirePlain;
+        require("'" + image + "', a tile store,", selection, display);
         return {};
     }
     ImageReader::Options options;

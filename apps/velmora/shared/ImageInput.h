@@ -17,8 +17,7 @@ enum class Colours {
 
 /// Opens the image, or nothing for the built-in picture: the conversions that no option asked for, a sentence each.
 /// Throws HostError: missing file, unreadable image (something would be lost that an option could keep), usage
-/// (the selection is impossible, or more than a range is asked for display, for instance with a store or the built-in
-/// picture).
+/// (the selection is impossible, or display is asked for of what is shown as it is, such as the built-in picture).
 std::vector<std::string> notesOf(std::string const& image, ImageSelection const& selection, Colours colours,
                                  DisplayRequest const& display = {});
 

@@ -72,7 +72,7 @@ std::string picturefiles::cachedStore(std::string const& image, ImageSelection c
 std::optional<PictureSource> picturefiles::shownAtOnce(std::string const& image, ImageSelection const& selection,
                                                        std::optional<DisplayRequest> const& display) {
     if (image.empty()) return std::nullopt;
-    if (TileStore::isStore(image)) return PictureSource(image);
+    if (TileStore::isStore(image)) return displayed(PictureSource(image), display);
     if (selection.hasRange() && !display) return std::nullopt;
     PyramidOptions options;
     options.selection = selection;
@@ -97,6 +97,12 @@ std::optional<PictureSource> picturefiles::shownAtOnce(std::string const& image,
     PictureSource source(pyramid);
     if (!asIs) source.display = display;
     return source;
+}
+
+PictureSource picturefiles::displayed(PictureSource store, std::optional<DisplayRequest> const& display) {
+    bool const isDeep = TileStore(store.store, interruption::throwIfNoted).info().bits > 8;
+    if (display && (isDeep || !display->isEmpty())) store.display = display;
+    return store;
 }
 
 std::optional<PictureSource> picturefiles::usableStore(std::string const& path) {

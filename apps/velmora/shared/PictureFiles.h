@@ -35,10 +35,13 @@ std::filesystem::path cacheFolder(std::string const& what = "stores of images");
 std::string cachedStore(std::string const& image, ImageSelection const& selection = {});
 
 /// What can be shown of the image without reading all of it first: a store, or the file itself by the levels that it
-/// has. Its samples are shown as they are where they can be and nothing else is asked for; else, if `display` is given,
-/// as it says. Throws HostError: also (usage) if more than a range is asked for, and the image cannot be shown so.
+/// has. Samples of 8 bits are shown as they are where they can be and nothing else is asked for; others, if `display` is
+/// given, as it says. Throws HostError: also (usage) if more than a range is asked for, and the image cannot be shown so.
 std::optional<PictureSource> shownAtOnce(std::string const& image, ImageSelection const& selection,
                                          std::optional<DisplayRequest> const& display = {});
+
+/// The store as shownAtOnce() shows it. Throws what TileStore throws.
+PictureSource displayed(PictureSource store, std::optional<DisplayRequest> const& display);
 
 /// The store at a path in the cache, kept there as long as the result lives; nothing if it has to be made: it is
 /// missing, or another version of the program has made it.

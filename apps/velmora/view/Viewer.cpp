@@ -81,7 +81,7 @@ void Viewer::openImage() {
 void Viewer::openStoreOf(std::string const& image) {
     std::string const store = picturefiles::cachedStore(image, options_.selection);
     if (auto const source = picturefiles::usableStore(store))
-        open(*source);
+        open(picturefiles::displayed(*source, options_.madeStoreShownAs()));
     else
         startImport(store);
 }
@@ -162,7 +162,7 @@ void Viewer::finishImport() {
     try {
         if (!import_ || !import_->job.done()) return;
         std::string const store = import_->store;
-        open(picturefiles::keptStore(store, options_.cacheBytes));
+        open(picturefiles::displayed(picturefiles::keptStore(store, options_.cacheBytes), options_.madeStoreShownAs()));
     } catch (HostError const& error) {
         if (!scene_) throw;
         import_.reset();

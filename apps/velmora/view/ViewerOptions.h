@@ -45,6 +45,16 @@ struct ViewerOptions {
         return steps.empty() || !display.isEmpty() ? std::optional(display) : std::nullopt;
     }
 
+    /// How those of a store are shown that was made of the image: a range is in its samples already.
+    std::optional<DisplayRequest> madeStoreShownAs() const {
+        auto shown = shownAs();
+        if (shown && selection.hasRange()) {
+            shown->range = SampleRange{0, enhancement::kLargestCode};
+            shown->automaticRange = false;
+        }
+        return shown;
+    }
+
     imageinput::Colours colours() const { return shownAs() ? imageinput::Colours::Ranged : imageinput::Colours::Shown; }
 
     /// A picture of that name.

@@ -3,6 +3,7 @@
 
 #include "host/HostError.h"
 #include "tests/host/image/TestTiff.h"
+#include "tests/host/view/DisplayModel.h"
 #include "tests/host/view/PictureViewFixture.h"
 #include "tests/support/LongRun.h"
 #include "tests/support/Sanitizers.h"
@@ -15,6 +16,8 @@
 #include <functional>
 #include <limits>
 
+using displaymodel::byteOf;
+using displaymodel::Range;
 using pictureview::describe;
 using pictureview::frameOf;
 using pictureview::kBackground;
@@ -62,21 +65,6 @@ Sample spread(std::mt19937& random) {
     }
 }
 
-struct Range {
-    double low;
-    double high;
-};
-
-// As numpy.percentile reckons it.
-double percentile(std::vector<double> sorted, double percent) {
-    std::sort(sorted.begin(), sorted.end());
-    double const place = percent / 100 * static_cast<double>(sorted.size() - 1);
-    auto const below = static_cast<size_t>(std::floor(place));
-    double const share = place - std::floor(place);
-    if (share == 0) return sorted[below];
-    return sorted[below] + share * (sorted[below + 1] - sorted[below]);
-}
-
 // Of the coarsest level.
 template <class Sample>
 Range automatic(File<Sample> const& file, std::vector<size_t> const& bands, double nodata = kNotANumber) {
@@ -88,14 +76,7 @@ Range automatic(File<Sample> const& file, std::vector<size_t> const& bands, doub
             if (std::isfinite(number) && number != nodata) numbers.push_back(number);
         }
     }
-    return {percentile(numbers, 0.5), percentile(numbers, 99.5)};
-}
-
-int byteOf(double sample, Range const& range) {
-    double const share = (sample - range.low) / (range.high - range.low);
-    if (share <= 0) return 0;
-    if (share >= 1) return 255;
-    return static_cast<int>(std::floor(255 * share + 0.5));
+    return displaymodel::automatic(numbers);
 }
 
 using Rgba = std::array<std::uint8_t, 4>;

@@ -18,6 +18,33 @@ namespace {
 
 class ViewAllocationsGLTest : public PictureViewFixture {
 protected:
+    // Channels of a picture of 600 x 80 pixels, in two places and with other settings in the second.
+    void expectChannelsAfterwards(PictureSource source, std::string const& name) {
+        source.display = DisplayRequest();
+        PictureView view(instance_, source, forgetful());
+        auto const channels = view.channels();
+        ASSERT_EQ(channels.size(), 3U);
+        auto others = channels;
+        others[0].isOn = false;
+        others[1].tone.high = 500;
+        others[2].colours = colourmap::rampTo({10, 200, 30});
+        auto const draw = [&] {
+            view.display(channels);
+            Bytes bytes = completed(view, {Zoom(), 5, 5, 40, 30, false});
+            view.display(others);
+            Bytes const more = completed(view, {Zoom(), 550, 10, 60, 50, false});
+            bytes.insert(bytes.end(), more.begin(), more.end());
+            settle(view); // what fails behind it is thrown here
+            return bytes;
+        };
+        Bytes const expected = draw();
+        for (Threads const threads : {Threads::This, Threads::Others}) {
+            auto const swept = scenario(
+                name, threads, [&] { draw(); }, [&] { EXPECT_TRUE(draw() == expected); });
+            EXPECT_GT(allocationsweep::sweep(swept).thrown, 5U);
+        }
+    }
+
     void SetUp() override {
         if (runsOffLlvmpipe()) GTEST_SKIP() << "it runs on llvmpipe";
     }
@@ -79,29 +106,13 @@ TEST_F(ViewAllocationsGLTest, ChannelsShowTheSamePixelsAfterwards) {
     directory.photometric = 1;
     directory.extraSamples = {0, 0};
     testtiff::write(folder_.path("channels.tif"), {directory});
-    PictureSource source(std::shared_ptr<Pyramid const>(openPyramid(folder_.path("channels.tif")).pyramid));
-    source.display = DisplayRequest();
-    PictureView view(instance_, source, forgetful());
-    auto const channels = view.channels();
-    auto others = channels;
-    others[0].isOn = false;
-    others[1].tone.high = 500;
-    others[2].colours = colourmap::rampTo({10, 200, 30});
-    auto const draw = [&] {
-        view.display(channels);
-        Bytes bytes = completed(view, {Zoom(), 5, 5, 40, 30, false});
-        view.display(others);
-        Bytes const more = completed(view, {Zoom(), 550, 10, 60, 50, false});
-        bytes.insert(bytes.end(), more.begin(), more.end());
-        settle(view); // what fails behind it is thrown here
-        return bytes;
-    };
-    Bytes const expected = draw();
-    for (Threads const threads : {Threads::This, Threads::Others}) {
-        auto const swept = scenario(
-            "channels", threads, [&] { draw(); }, [&] { EXPECT_TRUE(draw() == expected); });
-        EXPECT_GT(allocationsweep::sweep(swept).thrown, 5U);
-    }
+    expectChannelsAfterwards(
+        PictureSource(std::shared_ptr<Pyramid const>(openPyramid(folder_.path("channels.tif")).pyramid)), "channels");
+}
+
+TEST_F(ViewAllocationsGLTest, ChannelsOfAStoreShowTheSamePixelsAfterwards) {
+    import(testpictures::picture(600, 80, 3, 16, Content::Noise));
+    expectChannelsAfterwards(PictureSource(path()), "channels of a store");
 }
 
 TEST_F(ViewAllocationsGLTest, AStoreIsDrawnAfterwards) {

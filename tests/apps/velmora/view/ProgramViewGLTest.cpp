@@ -225,7 +225,7 @@ TEST_F(ProgramViewGLTest, TheAutomaticToneOfDeepPicturesIsAGamma) {
     std::memcpy(picture_.bytes.data(), samples.data(), picture_.bytes.size());
     testpictures::import(picture_, path("a.vlm"));
     auto const middle = [](testimages::Pixels const& window) { return testimages::crop(window, 200, 190, 150, 100); };
-    std::vector<std::string> arguments{path("a.vlm"), "--size", "640x480", "--at", "250,250,1"};
+    std::vector<std::string> arguments{path("a.vlm"), "--size", "640x480", "--at", "250,250,1", "--gamma", "1,0,65535"};
     auto const dark = middle(shown(arguments));
     // The button lies in the panel in the upper right corner.
     auto const automatic = middle(after("wait\ndrag 403 95 403 95\n", arguments));
@@ -233,8 +233,35 @@ TEST_F(ProgramViewGLTest, TheAutomaticToneOfDeepPicturesIsAGamma) {
     EXPECT_EQ(automatic.samples.back(), 255) << "white";
     EXPECT_NE(testimages::difference(automatic, dark), "");
     expectPixels(middle(after("wait\ndrag 403 95 403 95\nwait\nkey g\n", arguments)), dark);
-    arguments.insert(arguments.end(), {"--gamma", "1,800,40000"});
+    arguments.back() = "1,800,40000";
     expectPixels(middle(shown(arguments)), automatic);
+}
+
+TEST_F(ProgramViewGLTest, AStoreOf16BitsOpensInItsAutomaticRangeAsRenderDrawsIt) {
+    // As a camera of 12 bits writes them.
+    picture_ = testpictures::picture(400, 300, 1, 16, testpictures::Content::Noise);
+    for (size_t i = 1; i < picture_.bytes.size(); i += 2)
+        picture_.bytes[i] &= 0x0fU;
+    testpictures::import(picture_, path("a.vlm"));
+    for (std::vector<std::string> const& options :
+         {std::vector<std::string>(), {"--range", "100,300"}, {"--colour-map", "viridis", "--curve", "asinh"}}) {
+        std::vector<std::string> render{"render", path("a.vlm"), "-o", path("a.png"), "--force"};
+        std::vector<std::string> window{path("a.vlm"), "--bare", "--size", "200x100", "--at", "200,150,1"};
+        render.insert(render.end(), options.begin(), options.end());
+        window.insert(window.end(), options.begin(), options.end());
+        auto const drawn = runVelmora(render);
+        ASSERT_EQ(drawn.exitCode, 0) << drawn.err;
+        auto whole = testimages::readByVips(path("a.png"));
+        if (whole.bands == 1) {
+            testimages::Pixels const grey = whole;
+            whole = {grey.width, grey.height, 3, {}};
+            for (std::uint8_t const sample : grey.samples)
+                whole.samples.insert(whole.samples.end(), 3, sample);
+        }
+        expectPixels(shown(window), testimages::crop(whole, 100, 100, 200, 100));
+        auto const brightest = *std::max_element(whole.samples.begin(), whole.samples.end());
+        EXPECT_GE(brightest, 250) << "12 of 16 bits are dark";
+    }
 }
 
 TEST_F(ProgramViewGLTest, AnImageOfEightBitsIsShownFromItsFile) {
@@ -507,7 +534,10 @@ TEST_F(ProgramStackGLTest, WhatThePictureLacksIsRefused) {
     refused({file_, "--channel", "2"}, {"no channel 2", "0 to 1"});
     refused({file_, "--channel", "x"}, {"--channel", "is no channel"});
     refused({file_, "--z", "-1"}, {"--z"});
-    refused({makeStore("a.vlm", 40, 30), "--channel", "0"}, {"a tile store", "--channel", "leave them out"});
+    std::string const store = makeStore("a.vlm", 40, 30);
+    refused({store, "--channel", "7"}, {"no channel 7"});
+    refused({store, "--z", "1"}, {"a tile store", "one slice", "--z and --t"});
+    refused({store, "--page", "2", "--range", "1,2"}, {"a tile store", "--page", "leave them out"});
     refused({"--curve", "log"}, {"the built-in picture", "--curve"});
     EXPECT_FALSE(std::filesystem::exists(path("none.png")));
     auto const drawn =
