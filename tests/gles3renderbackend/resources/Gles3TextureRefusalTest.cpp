@@ -117,6 +117,29 @@ TEST_F(Gles3TextureRefusalTest, ATooShortVectorIsRefusedAfterACopyMadeTheImage) 
     refuse(made, {1, 2, 3});
 }
 
+TEST_F(Gles3TextureRefusalTest, ATooShortVectorIsRefusedAfterAPixelBufferMadeAnImageOfRgba) {
+    Gles3Texture made({}, {4, 4}, RenderBackend::RGB24, RenderBackend::NEAREST);
+    Gles3Pbo const buffer(GL_PIXEL_UNPACK_BUFFER, GL_STREAM_DRAW, Gles3Pbo::kMappedBytes);
+    made.setPixels({4, 4, 4}, buffer, 0);
+    refuse(made, {1, 2, 4});
+}
+
+// GL refuses it, and reads nothing.
+TEST_F(Gles3TextureRefusalTest, ATooShortVectorIsGlsToRefuseWhereNoImageOfRgbaCanBe) {
+    gl.expectError(GL_INVALID_OPERATION);
+    Gles3Texture made({}, {4, 4}, RenderBackend::RGB24, RenderBackend::NEAREST);
+    Gles3Pbo const buffer(GL_PIXEL_UNPACK_BUFFER, GL_STREAM_DRAW, Gles3Pbo::kMappedBytes);
+    made.setPixels({4, 4, 3}, buffer, 0);
+    EXPECT_NO_THROW(made.setPixels(Bytes(5), {1, 2, 3}));
+    EXPECT_EQ(gl.count("glTexSubImage2D"), 1U);
+    for (std::vector<size_t> const& size : {std::vector<size_t>{0, 4, 3}, {4, 0, 3}}) {
+        Gles3Texture large({}, {4, 4}, RenderBackend::RGBA32, RenderBackend::NEAREST);
+        Gles3Texture copy = large;
+        copy.setPixels({}, size);
+        EXPECT_NO_THROW(large.setPixels(Bytes(5), {1, 2, 3}));
+    }
+}
+
 TEST_F(Gles3TextureRefusalTest, AnImageWithoutTexelsNeedsNoBytes) {
     for (std::vector<size_t> const& size : {std::vector<size_t>{0, 3, 4}, {3, 0, 4}}) {
         Gles3Texture made({}, {4, 4}, RenderBackend::RGBA32, RenderBackend::NEAREST);

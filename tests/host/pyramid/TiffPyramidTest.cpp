@@ -699,6 +699,15 @@ TEST_F(TiffPyramidTest, SubDirectoriesThatLeadNowhereOrInACircleAreNoLevels) {
     }
 }
 
+TEST_F(TiffPyramidTest, ColoursOfPagesThatAreSlicesAreColours) {
+    Directory page = level<std::uint8_t>(70, 50, 3, 1);
+    page.photometric = PHOTOMETRIC_RGB;
+    auto const pyramid = open(write({page, page, page}));
+    EXPECT_EQ(pyramid->facts().stack.slices, 3u);
+    EXPECT_EQ(pyramid->facts().image.layout.colours, 3u);
+    EXPECT_TRUE(pyramid->facts().image.layout.isPlain());
+}
+
 TEST_F(TiffPyramidTest, PagesInACircleEnd) {
     std::string const file = write({level(80, 60, 1, 1), reduced(40, 30, 1, 2)});
     std::string const content = readFile(file);

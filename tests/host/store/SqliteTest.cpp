@@ -13,6 +13,7 @@
 
 #include <cerrno>
 #include <limits>
+#include <map>
 #include <new>
 #include <system_error>
 
@@ -44,9 +45,11 @@ struct BrokenDisk {
         int const code = current->usual->xOpen(current->usual, name, file, flags, outFlags);
         if (code != SQLITE_OK) return code;
         current->read = file->pMethods->xRead;
-        current->methods = *file->pMethods;
-        current->methods.xRead = readOrFail;
-        file->pMethods = &current->methods;
+        current->write = file->pMethods->xWrite;
+        sqlite3_io_methods& methods = current->methods.emplace(file->pMethods, *file->pMethods).first->second;
+        methods.xRead = readOrFail;
+        methods.xWrite = writeOrFail;
+        file->pMethods = &methods;
         return code;
     }
 
@@ -56,14 +59,22 @@ struct BrokenDisk {
         return current->code;
     }
 
+    static int writeOrFail(sqlite3_file* file, void const* from, int count, sqlite3_int64 offset) {
+        if (!current->isFull) return current->write(file, from, count, offset);
+        errno = ENOSPC;
+        return SQLITE_FULL;
+    }
+
     static int lastError(sqlite3_vfs*, int, char*) { return current->reason; }
 
     static BrokenDisk* current;
     sqlite3_vfs* usual;
     sqlite3_vfs vfs;
-    sqlite3_io_methods methods{};
+    std::map<sqlite3_io_methods const*, sqlite3_io_methods> methods; // of each kind of file
     int (*read)(sqlite3_file*, void*, int, sqlite3_int64) = nullptr;
+    int (*write)(sqlite3_file*, void const*, int, sqlite3_int64) = nullptr;
     sqlite3_int64 failsFrom = kNever;
+    bool isFull = false;
     int code = SQLITE_IOERR_READ; // of a read that fails
     int reason = EIO;             // the system's
 };
@@ -134,6 +145,19 @@ TEST_F(SqliteTest, ADiskThatSqliteTakesForADamagedFileIsNoDamage) {
 TEST_F(SqliteTest, ADiskThatDoesNotAnswerAtOnceIsNoDamageEither) {
     expectReadError([&] { TileStore const store("/proc/self/mem"); });
     expectReadError([] { TileStore::isStore("/proc/self/mem"); });
+}
+
+TEST_F(SqliteTest, AFullDiskIsToldByItsReason) {
+    BrokenDisk disk;
+    sqlite::Database database(path_, sqlite::Database::Mode::ReadWrite);
+    disk.isFull = true;
+    try {
+        database.execute("UPDATE meta SET value = 'other' WHERE key = 'sourceName'");
+        FAIL() << "it was written";
+    } catch (sqlite::Failure const& failure) {
+        EXPECT_EQ(failure.code(), SQLITE_FULL);
+        EXPECT_EQ(std::string(failure.what()), std::generic_category().message(ENOSPC));
+    }
 }
 
 TEST_F(SqliteTest, TooLittleMemoryIsNoDamage) {

@@ -91,6 +91,15 @@ TEST(StoreMemoryTest, ALowPicturesTilesAreNotFull) {
         << "bands of 8 rows";
 }
 
+TEST(StoreMemoryTest, AnImportMayTakeWhatAPictureMay) {
+    StoreInfo info = infoOf(668000, 100000, 2, 16, 494);
+    info.levels = 1;
+    ASSERT_EQ(storememory::importBytes(info), memorybudget::kPictureBytes);
+    EXPECT_NO_THROW(storememory::requireForImport(info));
+    info.width += 494;
+    EXPECT_THROW(storememory::requireForImport(info), HostError);
+}
+
 TEST(StoreMemoryTest, ThereIsWhatTheMachineHasOrWhatTheProcessMayTake) {
     struct sysinfo machine {};
     ASSERT_EQ(sysinfo(&machine), 0);

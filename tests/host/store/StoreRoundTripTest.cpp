@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+
 using testpictures::Content;
 using testpictures::Picture;
 
@@ -144,4 +147,33 @@ TEST(StoreRoundTripTest, APictureWhoseCoefficientsDoNotFitStartsOverWithFiveBits
     EXPECT_EQ(rowsDone.front(), 0u);
     EXPECT_EQ(rowsDone.back(), 150u);
     EXPECT_TRUE(exported(folder.path("a")) == picture);
+}
+
+// Tiles go into the file as soon as they are compressed: an import takes no memory for all of them.
+TEST(StoreRoundTripTest, TheFileGrowsDuringAnImport) {
+    TemporaryFolder const folder;
+    Picture const picture = testpictures::picture(2000, 8000, 1, 8, Content::Noise);
+    std::uintmax_t most = 0;
+    importStore([&] { return testpictures::source(picture); }, folder.path("a.vlm"), {},
+                [&](size_t done, size_t total) {
+                    if (done == total) return;
+                    for (std::string const& name : folder.names())
+                        most = std::max(most, std::filesystem::file_size(folder.path(name)));
+                });
+    EXPECT_GT(most, 8'000'000U) << "of 16 million bytes of noise";
+}
+
+// SQLite's own names beside it are longer.
+TEST(StoreRoundTripTest, AStoreMayLieInDeepFolders) {
+    TemporaryFolder const folder;
+    std::string deep = folder.path(std::string(100, 'a'));
+    for (int depth = 0; depth < 3; ++depth)
+        deep += "/" + std::string(90, 'b');
+    std::filesystem::create_directories(deep);
+    Picture const picture = testpictures::picture(40, 30, 1, 8, Content::Noise);
+    for (std::string path = deep; path.size() > folder.path("").size() + 90;
+         path = std::filesystem::path(path).parent_path()) {
+        testpictures::import(picture, path + "/x.vlm");
+        EXPECT_TRUE(exported(path + "/x.vlm") == picture) << path.size();
+    }
 }

@@ -271,22 +271,26 @@ TEST_F(PictureViewGLTest, EnhancementsAreThoseOfTheWholeLevel) {
 }
 
 TEST_F(PictureViewGLTest, MoreEnhancementsThanATileHasRoomForAreShownInPieces) {
-    Picture const picture = testpictures::picture(600, 300, 1, 8, Content::Noise);
+    // Pieces of 360 pixels, of tiles of 512, 88, and 360.
+    constexpr size_t kWidth = 600;
+    constexpr size_t kHeight = 512 + 360;
+    Picture const picture = testpictures::picture(kWidth, kHeight, 1, 8, Content::Noise);
     import(picture);
     std::vector<enhancement::Step> const steps(4, enhancement::Equalise{2.0});
+    ASSERT_EQ(EnhancementChain::partSide(steps), 360U);
     PictureView view(instance_, path(), options());
     view.enhance(steps);
     Bytes expected;
     auto const source = testpictures::source(picture);
     EnhancedRenderer(instance_, steps)
         .render(
-            *source, {0, 0, 600, 300},
+            *source, {0, 0, kWidth, kHeight},
             [&](std::uint8_t const* rows, size_t count) {
-                for (size_t i = 0; i < count * 600; ++i)
+                for (size_t i = 0; i < count * kWidth; ++i)
                     expected.insert(expected.end(), {rows[i], rows[i], rows[i], 255});
             },
             [](size_t, size_t) {});
-    EXPECT_TRUE(completed(view, {Zoom(), 0, 0, 600, 300, false}) == expected);
+    EXPECT_TRUE(completed(view, {Zoom(), 0, 0, kWidth, kHeight, false}) == expected);
     EXPECT_THROW(view.enhance(std::vector<enhancement::Step>(9, enhancement::Equalise{2.0})), HostError);
 }
 
