@@ -36,7 +36,8 @@ std::string cachedStore(std::string const& image, ImageSelection const& selectio
 
 /// What can be shown of the image without reading all of it first: a store, or the file itself by the levels that it
 /// has. Samples of 8 bits are shown as they are where they can be and nothing else is asked for; others as `display`
-/// says, if it is given. Throws HostError: also (usage) if more than a range is asked for, and the image cannot be shown so.
+/// says, if it is given. Throws HostError: also (usage) if more than a range is asked for, and the image cannot be
+/// shown so.
 std::optional<PictureSource> shownAtOnce(std::string const& image, ImageSelection const& selection,
                                          std::optional<DisplayRequest> const& display = {});
 
