@@ -129,6 +129,8 @@ void glJson() {
 void imageInfo(std::string const& image) {
     for (ImageProperty const& line : picturetext::linesOf(picturetext::factsOf(image)))
         printText(line.name, line.value);
+    auto const others = picturetext::otherImagesOf(image);
+    if (!others.empty()) printText("other images", CLI::detail::join(others, ", "));
     printNumber("bytes", static_cast<std::int64_t>(bytesOf(image)));
 }
 
@@ -168,6 +170,7 @@ void imageJson(std::string const& image) {
                                      {"orientation", picture.orientation},
                                      {"colourProfile", SrgbConversion::of(picture).profile},
                                      {"nodata", nullptr},
+                                     {"otherImages", picturetext::otherImagesOf(image)},
                                      {"properties", nlohmann::ordered_json::array()},
                                      {"bytes", bytesOf(image)}};
     for (BandFacts const& band : picture.bands)

@@ -3,6 +3,7 @@
 #include "apps/velmora/shared/Interruption.h"
 #include "host/PlainText.h"
 #include "host/image/ImageSelection.h"
+#include "host/image/SlideImages.h"
 #include "host/image/SrgbConversion.h"
 #include "host/pyramid/Pyramid.h"
 
@@ -60,6 +61,11 @@ PyramidFacts picturetext::factsOf(std::string const& path) {
     facts.image = openSamples(std::make_shared<InputFile>(path, options.check), request)->facts();
     facts.levels = {{facts.image.layout.size(), facts.image.layout.size()}};
     return facts;
+}
+
+std::vector<std::string> picturetext::otherImagesOf(std::string const& path) {
+    InputFile file(path, interruption::throwIfNoted);
+    return slideimages::names(file);
 }
 
 std::vector<ImageProperty> picturetext::linesOf(PyramidFacts const& facts) {

@@ -13,6 +13,9 @@ namespace picturetext {
 /// unreadable image.
 PyramidFacts factsOf(std::string const& path);
 
+/// The names of the pictures beside that of a slide: "label". None of other files. Throws what factsOf() throws.
+std::vector<std::string> otherImagesOf(std::string const& path);
+
 /// A line each: "size", "format", "samples", ... and what the file says of the picture's making. Values are as they are
 /// in the file: a terminal and a window have other ways to make them harmless.
 std::vector<ImageProperty> linesOf(PyramidFacts const& facts);

@@ -394,17 +394,44 @@ void drawChannels(panels::Model const& model, panels::UserEdits& edits) {
     if (changed) edits.channels = std::move(channels);
 }
 
-void drawProperties(std::vector<ImageProperty> const& properties) {
+// Side by side, of one height, as large as the width allows.
+void drawSlideImages(std::vector<panels::SlideImage> const& images, float width) {
+    if (images.empty()) return;
+    float const gap = ImGui::GetStyle().ItemSpacing.x;
+    auto const ratioOf = [](panels::SlideImage const& image) {
+        Size const& size = image.texture->size();
+        return static_cast<float>(size.width) / static_cast<float>(size.height);
+    };
+    float ratios = 0;
+    for (panels::SlideImage const& image : images)
+        ratios += ratioOf(image);
+    float const height =
+        std::min((width - gap * static_cast<float>(images.size() - 1)) / ratios, 180 * Lettering::scale());
+    for (panels::SlideImage const& image : images) {
+        if (&image != &images.front()) ImGui::SameLine();
+        ImGui::BeginGroup();
+        ImGui::Image(textureOf(*image.texture), {height * ratioOf(image), height});
+        drawText(image.name);
+        ImGui::EndGroup();
+    }
+    ImGui::Separator();
+}
+
+void drawProperties(std::vector<ImageProperty> const& properties, std::vector<panels::SlideImage> const& images) {
     ImVec2 const size = ImGui::GetIO().DisplaySize;
     float const names = 130 * Lettering::scale();
-    ImGui::SetNextWindowPos({kMargin, size.y / 2}, ImGuiCond_Always, {0, 0.5F});
-    ImGui::SetNextWindowSizeConstraints({0, 0}, {size.x / 2, size.y / 2});
+    // Between the status and the scale bar.
+    float const top = 120 * Lettering::scale();
+    float const bottom = size.y - 70 * Lettering::scale();
+    ImGui::SetNextWindowPos({kMargin, top}, ImGuiCond_Always);
+    ImGui::SetNextWindowSizeConstraints({0, 0}, {size.x - 2 * kMargin, std::max(bottom - top, size.y / 4)});
     ImGui::SetNextWindowBgAlpha(0.85F);
     ImGui::Begin("properties", nullptr, kPanelFlags & ~ImGuiWindowFlags_NoScrollbar);
+    drawSlideImages(images, names + 320 * Lettering::scale());
     for (ImageProperty const& line : properties) {
         drawText(line.name);
         // Names of slides may be longer than the column.
-        if (ImGui::CalcTextSize(line.name.c_str()).x < names)
+        if (ImGui::GetItemRectSize().x + ImGui::GetStyle().WindowPadding.x < names)
             ImGui::SameLine(names);
         else
             ImGui::SetCursorPosX(names);
@@ -454,7 +481,7 @@ panels::UserEdits panels::draw(Model const& model) {
         drawChannels(model, edits);
         edits.lookAt = drawOverview(model);
     }
-    if (model.properties != nullptr) drawProperties(*model.properties);
+    if (model.properties != nullptr) drawProperties(*model.properties, *model.slideImages);
     if (model.help) drawHelp();
     return edits;
 }

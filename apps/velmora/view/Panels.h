@@ -10,12 +10,19 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 /// What the viewer draws over the picture with Dear ImGui, between Overlay::begin and end.
 namespace panels {
+
+/// A picture beside that of a slide, such as its label.
+struct SlideImage {
+    std::string name;
+    std::unique_ptr<OverlayTexture> texture;
+};
 
 /// What the panels show.
 struct Model {
@@ -35,6 +42,7 @@ struct Model {
     bool help = false;
     bool figures = false;                                   ///< of the work behind the picture
     std::vector<ImageProperty> const* properties = nullptr; ///< of the file; null: they are not shown
+    std::vector<SlideImage> const* slideImages = nullptr;   ///< beside them
     std::optional<enhancement::Gamma> tone;                 ///< of pictures of 16 bits
     bool toneOn = false;
     std::vector<ChannelDisplay> const* channels = nullptr; ///< that can be set; empty: none

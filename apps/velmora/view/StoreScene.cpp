@@ -5,6 +5,7 @@
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
+#include "host/image/SlideImages.h"
 #include "host/store/TileStore.h"
 #include "host/view/PercentilePoints.h"
 
@@ -18,6 +19,7 @@ namespace {
 constexpr std::chrono::milliseconds kTurn{8};
 constexpr size_t kMessageCharacters = 400;
 constexpr size_t kProbedBands = 8;
+constexpr size_t kSlideImageSide = 600;
 
 // What the keys add where the command line asks for nothing of the kind.
 constexpr enhancement::Sharpen kSharpen{2.0};
@@ -37,7 +39,7 @@ std::vector<ImageProperty> propertiesOf(PictureSource const& source, PictureInfo
     constexpr size_t kCharacters = 300;
     auto lines = source.pyramid ? picturetext::linesOf(source.pyramid->facts()) : picturetext::linesOf(info);
     for (ImageProperty& line : lines)
-        line = {printableText(line.name), printableText(line.value, kCharacters)};
+        line = {printableText(line.name), printableText(onOneLine(line.value), kCharacters)};
     return lines;
 }
 
@@ -92,7 +94,7 @@ Redraw StoreScene::command(Controls::Command command) {
         return moveBy(0, -1);
     case Controls::Command::Properties:
         toggles_.properties = !toggles_.properties;
-        if (properties_.empty()) properties_ = propertiesOf(source_, picture_.info());
+        readProperties();
         return Redraw::Overlay;
     case Controls::Command::Ruler:
         ruler_.toggle();
@@ -121,6 +123,23 @@ Redraw StoreScene::toggleStep(Controls::Command command) {
         message_ = printableText(error.what(), kMessageCharacters);
     }
     return Redraw::Picture;
+}
+
+// Once they are asked for.
+void StoreScene::readProperties() {
+    if (!properties_.empty()) return;
+    properties_ = propertiesOf(source_, picture_.info());
+    if (!source_.pyramid) return;
+    try {
+        InputFile file(source_.pyramid->path());
+        for (std::string const& name : slideimages::names(file)) {
+            auto const image = slideimages::read(file, name, kSlideImageSide);
+            slideImages_.push_back({printableText(name), std::make_unique<OverlayTexture>()});
+            slideImages_.back().texture->set(image.rgba, image.shown);
+        }
+    } catch (HostError const& error) {
+        message_ = printableText(error.what(), kMessageCharacters);
+    }
 }
 
 void StoreScene::enhance() {
@@ -264,7 +283,10 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     model.complete = picture_.complete();
     model.help = toggles_.help;
     model.figures = toggles_.tiles;
-    if (toggles_.properties) model.properties = &properties_;
+    if (toggles_.properties) {
+        model.properties = &properties_;
+        model.slideImages = &slideImages_;
+    }
     if (isDeep()) model.tone = switches_.last<enhancement::Gamma>().value_or(kDeepGamma);
     model.toneOn = switches_.on<enhancement::Gamma>();
     model.channels = &picture_.channels();

@@ -62,6 +62,7 @@ private:
         bool properties = false;
     };
 
+    void readProperties();
     void enhance();
     Redraw toggleStep(Controls::Command command);
     void setTone(enhancement::Gamma const& tone);
@@ -96,6 +97,7 @@ private:
     std::string name_;             // as a person may see it, like all that follows
     std::string interpretation_;
     std::vector<ImageProperty> properties_; // empty: they were not asked for yet
+    std::vector<panels::SlideImage> slideImages_;
     std::string message_;
     bool toldOfDamage_ = false;
 };

@@ -20,6 +20,7 @@
 #include <filesystem>
 #include <sstream>
 #include <thread>
+#include <tiff.h>
 
 namespace {
 
@@ -546,6 +547,38 @@ TEST_F(ProgramStackGLTest, WhatThePictureLacksIsRefused) {
 }
 
 // Filters look at the samples themselves.
+// A label of one colour, that nothing else in the window has.
+TEST_F(ProgramViewGLTest, ThePanelOfASlideHasItsLabel) {
+    auto const page = [](std::uint32_t width, std::uint32_t height, std::array<std::uint8_t, 3> const& colour) {
+        std::vector<std::uint8_t> samples;
+        for (std::uint32_t i = 0; i < width * height; ++i)
+            samples.insert(samples.end(), colour.begin(), colour.end());
+        auto made = testtiff::directory(width, height, 3, samples);
+        made.compression = COMPRESSION_LZW;
+        made.description = "Aperio Image Library v1\r\n" + std::to_string(width) + "x" + std::to_string(height);
+        return made;
+    };
+    auto full = page(300, 200, {200, 190, 210});
+    full.tile = 64;
+    auto label = page(60, 24, {10, 240, 30});
+    label.description = "Aperio Image Library v1\nlabel 60x24 \r\n";
+    testtiff::write(path("a.svs"), {full, page(30, 20, {200, 190, 210}), label});
+    auto const labelled = [](testimages::Pixels const& window) {
+        size_t pixels = 0;
+        for (size_t i = 0; i < window.samples.size(); i += 3)
+            if (window.samples[i] == 10 && window.samples[i + 1] == 240 && window.samples[i + 2] == 30) ++pixels;
+        return pixels;
+    };
+    std::vector<std::string> const arguments{path("a.svs"), "--size", "900x600"};
+    EXPECT_EQ(labelled(shown(arguments)), 0u);
+    EXPECT_GT(labelled(after("wait\nkey p\n", arguments)), 1000u);
+    auto const told = runVelmora({"info", path("a.svs")});
+    EXPECT_NE(told.out.find("other images            label, thumbnail\n"), std::string::npos) << told.out;
+    auto const json = runVelmora({"info", path("a.svs"), "--json"});
+    EXPECT_NE(json.out.find("\"otherImages\": [\n    \"label\",\n    \"thumbnail\"\n  ]"), std::string::npos)
+        << json.out;
+}
+
 TEST_F(ProgramViewGLTest, AFileThatIsDroppedIsOpened) {
     testimages::writePattern8(path("a.png"), "", 90, 60, 3);
     testimages::writePattern8(path("b.png"), "", 50, 70, 1);
