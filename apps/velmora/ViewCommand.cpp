@@ -174,6 +174,8 @@ void addViewCommand(CLI::App& program) {
     options->cacheBytes = picturefiles::kCacheBytes;
     addCacheOption(*command, options->cacheBytes);
     command->add_flag("--bare", options->bare, "Show the picture without overlay");
+    command->add_flag_callback(
+        "--light", [options] { options->setTheme(true); }, "Light panels, and light around the picture");
     command
         ->add_option("--screenshot", options->screenshot,
                      "Write the window to a .png file once it is complete, and quit")

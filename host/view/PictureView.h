@@ -63,6 +63,8 @@ public:
     std::vector<ChannelDisplay> automaticChannels() const { return stages_->automaticChannels(); }
     /// How often the samples of each channel occur in a coarse level.
     std::vector<Histogram> const& histograms() const { return stages_->histograms(); }
+    /// What lies around the picture, and below what is transparent, from the next frame on.
+    void setBackground(std::array<std::uint8_t, 3> const& colour) { background_ = colour; }
     /// Shows the channels otherwise from now on: as many as channels() has, of the same bands.
     void display(std::vector<ChannelDisplay> const& channels);
     /// The slices and times among which the picture can be moved.

@@ -32,6 +32,11 @@ std::vector<std::string> RecentFiles::lines() const {
     return found;
 }
 
+bool RecentFiles::areNew() const {
+    std::error_code failed;
+    return !file_.empty() && fs::symlink_status(file_, failed).type() == fs::file_type::not_found;
+}
+
 std::vector<std::string> RecentFiles::list() const {
     std::vector<std::string> found = lines();
     std::error_code failed;

@@ -14,6 +14,8 @@ public:
     /// The arguments are the values of XDG_STATE_HOME and HOME. Without either there are none, and none are kept.
     RecentFiles(std::string const& stateHome, std::string const& home);
 
+    /// Whether there is no list yet: nothing was ever opened.
+    bool areNew() const;
     /// Those that are there. A file that cannot be read has none.
     std::vector<std::string> list() const;
     /// Puts a picture first. Whether it is kept: nothing depends on it, so that no failure is told.

@@ -45,6 +45,8 @@ Controls::Command commandOf(SDL_Keycode key) {
     case SDLK_SLASH: // with shift, on many keyboards
     case SDLK_h:
         return Controls::Command::Help;
+    case SDLK_l:
+        return Controls::Command::Theme;
     case SDLK_d:
         return Controls::Command::Tiles;
     case SDLK_m:

@@ -21,6 +21,7 @@ public:
         Ruler,
         Properties,
         Help,
+        Theme,
         Tiles,
         Mask,
         Smooth,

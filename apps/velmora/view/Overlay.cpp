@@ -41,11 +41,13 @@ ImVec4 grey(float level, float alpha) {
 }
 
 // Quiet: greys, and one blue for what can be moved or is chosen.
-ImGuiStyle styleFor(float scale) {
+ImGuiStyle styleFor(float scale, bool isLight) {
     ImVec4 const accent{0.26F, 0.55F, 0.86F, 1};
     ImVec4 const softAccent{0.26F, 0.55F, 0.86F, 0.55F};
+    // The light greys are as far from white as the dark ones from black, but for the text, which is darker.
+    auto const tone = [isLight](float level, float alpha) { return grey(isLight ? 1 - 0.6F * level : level, alpha); };
     ImGuiStyle style;
-    ImGui::StyleColorsDark(&style);
+    isLight ? ImGui::StyleColorsLight(&style) : ImGui::StyleColorsDark(&style);
     style.WindowRounding = 6;
     style.ChildRounding = 4;
     style.FrameRounding = 4;
@@ -55,21 +57,21 @@ ImGuiStyle styleFor(float scale) {
     style.WindowPadding = {10, 8};
     style.ItemSpacing = {8, 5};
     auto& colours = style.Colors;
-    colours[ImGuiCol_WindowBg] = grey(0.09F, 1);
-    colours[ImGuiCol_Text] = grey(0.93F, 1);
-    colours[ImGuiCol_TitleBg] = colours[ImGuiCol_TitleBgActive] = grey(0.16F, 1);
-    colours[ImGuiCol_FrameBg] = grey(0.22F, 0.9F);
-    colours[ImGuiCol_FrameBgHovered] = grey(0.28F, 0.9F);
-    colours[ImGuiCol_FrameBgActive] = grey(0.34F, 0.9F);
-    colours[ImGuiCol_Button] = grey(0.26F, 0.9F);
-    colours[ImGuiCol_ButtonHovered] = grey(0.34F, 1);
+    colours[ImGuiCol_WindowBg] = tone(0.09F, 1);
+    colours[ImGuiCol_Text] = grey(isLight ? 0.08F : 0.93F, 1);
+    colours[ImGuiCol_TitleBg] = colours[ImGuiCol_TitleBgActive] = tone(0.16F, 1);
+    colours[ImGuiCol_FrameBg] = tone(0.22F, 0.9F);
+    colours[ImGuiCol_FrameBgHovered] = tone(0.28F, 0.9F);
+    colours[ImGuiCol_FrameBgActive] = tone(0.34F, 0.9F);
+    colours[ImGuiCol_Button] = tone(0.26F, 0.9F);
+    colours[ImGuiCol_ButtonHovered] = tone(0.34F, 1);
     colours[ImGuiCol_ButtonActive] = softAccent;
-    colours[ImGuiCol_Header] = grey(0.26F, 0.9F);
-    colours[ImGuiCol_HeaderHovered] = grey(0.3F, 1);
+    colours[ImGuiCol_Header] = tone(0.26F, 0.9F);
+    colours[ImGuiCol_HeaderHovered] = tone(0.3F, 1);
     colours[ImGuiCol_HeaderActive] = softAccent;
     colours[ImGuiCol_CheckMark] = colours[ImGuiCol_SliderGrab] = colours[ImGuiCol_SliderGrabActive] = accent;
     colours[ImGuiCol_PlotHistogram] = accent;
-    colours[ImGuiCol_Separator] = grey(0.35F, 0.6F);
+    colours[ImGuiCol_Separator] = tone(0.35F, 0.6F);
     style.ScaleAllSizes(scale);
     return style;
 }
@@ -164,6 +166,11 @@ bool Overlay::hasMouse() const {
     return ImGui::GetIO().WantCaptureMouse;
 }
 
+void Overlay::setTheme(bool isLight) {
+    isStyled_ = isStyled_ && isLight_ == isLight;
+    isLight_ = isLight;
+}
+
 bool Overlay::lacksLetters() const {
     return lettering_->isDue();
 }
@@ -187,8 +194,10 @@ void Overlay::begin(Size const& frame, double pixelsPerUnit, double secondsSince
 }
 
 void Overlay::prepareLetters(double pixelsPerUnit) {
-    if (!lettering_->prepare(pixelsPerUnit)) return;
-    ImGui::GetStyle() = styleFor(static_cast<float>(std::max(pixelsPerUnit, 1.0)));
+    bool const isOther = lettering_->prepare(pixelsPerUnit);
+    if (isOther || std::exchange(isStyled_, true) == false)
+        ImGui::GetStyle() = styleFor(static_cast<float>(std::max(pixelsPerUnit, 1.0)), isLight_);
+    if (!isOther) return;
     // The first time the backend makes the texture itself.
     if (std::exchange(hasLetters_, true)) {
         glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);

@@ -31,6 +31,8 @@ public:
     /// The field is gone: the next key is none of its.
     void leaveField();
 
+    /// Light panels, or dark ones, from the next frame on.
+    void setTheme(bool isLight);
     /// Whether the last frame lacked letters that the next one has.
     bool lacksLetters() const;
 
@@ -47,6 +49,8 @@ private:
 
     std::unique_ptr<Lettering> lettering_;
     bool hasLetters_ = false;
+    bool isLight_ = false;
+    bool isStyled_ = false; // as the theme asks for
     std::array<float, 2> mouse_;
     std::array<bool, kButtons> down_{};
     std::array<bool, kButtons> pressed_{}; // since the last frame, for clicks that are shorter than one

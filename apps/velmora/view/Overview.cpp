@@ -39,6 +39,12 @@ void Overview::moveTo(StackPosition const& position) {
     if (picture_) picture_->moveTo(position);
 }
 
+void Overview::setBackground(std::array<std::uint8_t, 3> const& colour) {
+    options_.background = colour;
+    if (picture_) picture_->setBackground(colour);
+    complete_ = false;
+}
+
 bool Overview::advance(std::chrono::milliseconds time) {
     if (complete_) return false;
     if (!picture_) open();

@@ -25,6 +25,8 @@ public:
     void display(std::vector<ChannelDisplay> const& channels);
     /// Shows another slice or time from now on, as PictureView::moveTo().
     void moveTo(StackPosition const& position);
+    /// As PictureView::setBackground().
+    void setBackground(std::array<std::uint8_t, 3> const& colour);
     /// Loads and draws what is missing, for about so long. Whether the texture has changed.
     bool advance(std::chrono::milliseconds time);
     /// Whether the texture has the enhancements and channels.

@@ -23,10 +23,10 @@ constexpr ImGuiWindowFlags kPanelFlags = ImGuiWindowFlags_NoDecoration | ImGuiWi
 // Words only: the picture below is dragged through them.
 constexpr ImGuiWindowFlags kWordFlags = kPanelFlags | ImGuiWindowFlags_NoInputs;
 constexpr float kMargin = 8;
-constexpr ImU32 kLine = IM_COL32(255, 255, 255, 230);
 constexpr ImU32 kShadow = IM_COL32(0, 0, 0, 160);
 constexpr ImU32 kTileColour = IM_COL32(255, 210, 0, 255);
 
+constexpr auto kTyped = "Ctrl+click: type it";
 constexpr float kOverviewHeight = 240; // with its frame and the margins
 
 struct Help {
@@ -34,7 +34,7 @@ struct Help {
     char const* does;
 };
 
-constexpr std::array<Help, 21> kHelp{{{"drag, arrows", "move"},
+constexpr std::array<Help, 22> kHelp{{{"drag, arrows", "move"},
                                       {"wheel, two fingers", "zoom about the cursor"},
                                       {"+ or i, -", "zoom in, out"},
                                       {"1", "actual size (1:1)"},
@@ -52,11 +52,22 @@ constexpr std::array<Help, 21> kHelp{{{"drag, arrows", "move"},
                                       {"p", "what the file says"},
                                       {"d", "tiles of the level, and figures"},
                                       {"m", "where the store has detail"},
+                                      {"l", "light, dark"},
                                       {"?", "this help"},
                                       {"Escape", "leave a panel, or quit"},
                                       {"q", "quit"}}};
 constexpr auto kMoreHelp = "A click in the small picture goes there.\n"
                            "A file that is dropped on the window is opened.";
+
+// Of lines on a panel.
+ImU32 lineColour() {
+    return ImGui::GetColorU32(ImGuiCol_Text);
+}
+
+// Of what was drawn last, while the cursor is over it.
+void tip(char const* text) {
+    if (ImGui::IsItemHovered()) ImGui::SetTooltip("%s", text);
+}
 
 ImVec2 toImGui(double x, double y) {
     return {static_cast<float>(x), static_cast<float>(y)};
@@ -76,6 +87,11 @@ void placeNext(double cornerX, double cornerY) {
     ImGui::SetNextWindowBgAlpha(0.7F);
 }
 
+// Where panels at the left end, so that those at the right have room.
+float leftHalf() {
+    return ImGui::GetIO().DisplaySize.x / 2 - 3 * kMargin;
+}
+
 double megabytes(size_t bytes) {
     return static_cast<double>(bytes) / 1e6;
 }
@@ -83,6 +99,7 @@ double megabytes(size_t bytes) {
 void drawStatus(panels::Model const& model) {
     placeNext(0, 0);
     ImGui::Begin("status", nullptr, kWordFlags);
+    ImGui::PushTextWrapPos(leftHalf());
     drawText(model.name);
     needLetters(model.interpretation);
     if (model.channels != nullptr && !model.channels->empty())
@@ -102,10 +119,11 @@ void drawStatus(panels::Model const& model) {
         ImGui::Text("host %.0f MB, %zu waiting", megabytes(model.statistics.hostBytes), model.statistics.waiting);
     }
     if (!model.message.empty()) {
-        ImGui::PushTextWrapPos(360 * Lettering::scale());
+        ImGui::PushTextWrapPos(std::min(360 * Lettering::scale(), leftHalf()));
         drawText(model.message);
         ImGui::PopTextWrapPos();
     }
+    ImGui::PopTextWrapPos();
     ImGui::End();
 }
 
@@ -120,9 +138,9 @@ void drawScaleBar(panels::Model const& model) {
     ImGui::Dummy(toImGui(bar.pixels, 8));
     ImDrawList& list = *ImGui::GetWindowDrawList();
     auto const width = static_cast<float>(bar.pixels);
-    list.AddLine({from.x, from.y + 4}, {from.x + width, from.y + 4}, kLine);
+    list.AddLine({from.x, from.y + 4}, {from.x + width, from.y + 4}, lineColour());
     for (float const x : {from.x, from.x + width - 1})
-        list.AddLine({x, from.y}, {x, from.y + 8}, kLine);
+        list.AddLine({x, from.y}, {x, from.y + 8}, lineColour());
     ImGui::End();
 }
 
@@ -135,6 +153,7 @@ std::optional<Place> drawOverview(panels::Model const& model) {
     ImVec2 const size =
         toImGui(static_cast<double>(model.overview->size().width), static_cast<double>(model.overview->size().height));
     ImGui::InvisibleButton("map", size);
+    tip("a click goes there");
     bool const held = ImGui::IsItemActive();
     ImDrawList& list = *ImGui::GetWindowDrawList();
     ImVec2 const end{from.x + size.x, from.y + size.y};
@@ -165,15 +184,19 @@ void drawTone(panels::Model const& model, panels::UserEdits& edits) {
     auto white = static_cast<int>(model.tone->white);
     auto gamma = static_cast<float>(model.tone->gamma);
     ImGui::PushItemWidth(200 * Lettering::scale());
-    bool changed = ImGui::SliderInt("black", &black, 0, kLargestCode - 1, "%d", ImGuiSliderFlags_AlwaysClamp);
-    changed |= ImGui::SliderInt("white", &white, 1, kLargestCode, "%d", ImGuiSliderFlags_AlwaysClamp);
+    bool changed = ImGui::InputInt("black", &black, 1, 100);
+    changed |= ImGui::InputInt("white", &white, 1, 100);
     changed |= ImGui::SliderFloat("gamma", &gamma, 0.2F, 5, "%.2f", ImGuiSliderFlags_AlwaysClamp);
     ImGui::PopItemWidth();
+    tip(kTyped);
     edits.automaticTone = ImGui::Button("auto");
+    tip("from the 1st to the 99th percentile of a coarse level");
     ImGui::SameLine();
     ImGui::TextUnformatted(model.toneOn ? "on (g)" : "off (g)");
     ImGui::End();
     if (!changed) return;
+    black = std::clamp(black, 0, kLargestCode - 1);
+    white = std::clamp(white, 1, kLargestCode);
     enhancement::Gamma tone;
     tone.gamma = static_cast<double>(gamma);
     tone.black = static_cast<std::uint64_t>(black);
@@ -233,6 +256,7 @@ bool editHistogram(Histogram const& histogram, ImU32 colour, Tone& tone) {
     ImVec2 const size = {ImGui::CalcItemWidth(), 48 * Lettering::scale()};
     ImVec2 const from = ImGui::GetCursorScreenPos();
     ImGui::InvisibleButton("histogram", size);
+    tip("samples of a coarse level; drag an end of the range");
     bool const moved = dragEnds(tone, shown, from, size);
     ImDrawList& list = *ImGui::GetWindowDrawList();
     ImVec2 const to = {from.x + size.x, from.y + size.y};
@@ -262,6 +286,7 @@ bool editCurve(Tone& tone) {
     auto gamma = static_cast<float>(tone.gamma);
     auto curve = static_cast<int>(tone.curve);
     bool const bent = ImGui::SliderFloat("gamma", &gamma, 0.2F, 5, "%.2f", ImGuiSliderFlags_AlwaysClamp);
+    tip(kTyped);
     if (bent) tone.gamma = static_cast<double>(gamma);
     bool const chosen = ImGui::Combo("curve", &curve, "linear\0log\0asinh\0");
     if (chosen) tone.curve = static_cast<Tone::Curve>(curve);
@@ -273,7 +298,10 @@ bool editColour(ChannelDisplay& channel) {
     std::array<float, 3> colour{};
     for (size_t i = 0; i < colour.size(); ++i)
         colour[i] = static_cast<float>(full[i]) / 255;
-    if (!ImGui::ColorEdit3("##colour", colour.data(), ImGuiColorEditFlags_NoInputs)) return false;
+    bool const isChosen =
+        ImGui::ColorEdit3("##colour", colour.data(), ImGuiColorEditFlags_NoInputs | ImGuiColorEditFlags_NoTooltip);
+    tip("colour");
+    if (!isChosen) return false;
     Colour edited{};
     for (size_t i = 0; i < colour.size(); ++i)
         edited[i] = static_cast<std::uint8_t>(std::lround(255 * colour[i]));
@@ -299,12 +327,14 @@ bool editColourMap(ChannelDisplay& channel) {
 }
 
 // A slider whose numbers begin with `first`. Whether the index has changed.
-bool editIndex(char const* label, size_t& index, size_t extent, int first) {
+bool editIndex(char const* label, char const* keys, size_t& index, size_t extent, int first) {
     if (extent <= 1) return false;
     auto shown = static_cast<int>(index) + first;
     int const last = static_cast<int>(extent) - 1 + first;
     std::string const format = "%d / " + std::to_string(last);
-    if (!ImGui::SliderInt(label, &shown, first, last, format.c_str(), ImGuiSliderFlags_AlwaysClamp)) return false;
+    bool const isMoved = ImGui::SliderInt(label, &shown, first, last, format.c_str(), ImGuiSliderFlags_AlwaysClamp);
+    tip(keys);
+    if (!isMoved) return false;
     index = static_cast<size_t>(shown - first);
     return true;
 }
@@ -313,8 +343,9 @@ bool editIndex(char const* label, size_t& index, size_t extent, int first) {
 void editPosition(panels::Model const& model, panels::UserEdits& edits) {
     StackPosition position = model.position;
     int const first = model.stack.sliceNoun == "page" ? 1 : 0;
-    bool moved = editIndex(model.stack.sliceNoun.c_str(), position.slice, model.stack.slices, first);
-    moved |= editIndex("t", position.time, model.stack.times, 0);
+    bool moved = editIndex(model.stack.sliceNoun.c_str(), "Page Up, Page Down; Ctrl+click: type it", position.slice,
+                           model.stack.slices, first);
+    moved |= editIndex("t", ", and .; Ctrl+click: type it", position.time, model.stack.times, 0);
     if (moved) edits.position = position;
 }
 
@@ -334,13 +365,14 @@ void showAlone(std::vector<ChannelDisplay>& channels, ChannelDisplay const& one)
 
 bool editChannel(ChannelDisplay& channel, Histogram const& histogram, bool isAlone) {
     if (isAlone) {
-        bool changed = editHistogram(histogram, kLine, channel.tone);
+        bool changed = editHistogram(histogram, lineColour(), channel.tone);
         changed |= editRange(channel.tone);
         changed |= editCurve(channel.tone);
         changed |= editColourMap(channel);
         return changed;
     }
     bool changed = ImGui::Checkbox("##on", &channel.isOn);
+    tip("on, off");
     ImGui::SameLine();
     if (channel.role == ChannelTable::Role::Alpha) {
         drawText(channel.name);
@@ -369,6 +401,7 @@ void drawChannels(panels::Model const& model, panels::UserEdits& edits) {
     ImGui::Begin("channels", nullptr, kPanelFlags & ~ImGuiWindowFlags_NoScrollbar);
     ImGui::PushItemWidth(160 * scale);
     edits.automaticRanges = ImGui::Button("auto");
+    tip("ranges from the 0.5th to the 99.5th percentile of a coarse level");
     auto channels = *model.channels;
     auto const colours = std::count_if(channels.begin(), channels.end(), [](ChannelDisplay const& channel) {
         return channel.role == ChannelTable::Role::Added;
@@ -382,6 +415,7 @@ void drawChannels(panels::Model const& model, panels::UserEdits& edits) {
         ImGui::PushID(static_cast<int>(channel.band));
         if (isColour && colours > 1) {
             if (ImGui::Button("solo")) alone = channel;
+            tip("this channel alone; again: all");
             ImGui::SameLine();
         }
         changed |= editChannel(channel, model.histograms->at(i), isColour && colours == 1);
@@ -427,7 +461,8 @@ void drawProperties(std::vector<ImageProperty> const& properties, std::vector<pa
     ImGui::SetNextWindowSizeConstraints({0, 0}, {size.x - 2 * kMargin, std::max(bottom - top, size.y / 4)});
     ImGui::SetNextWindowBgAlpha(0.85F);
     ImGui::Begin("properties", nullptr, kPanelFlags & ~ImGuiWindowFlags_NoScrollbar);
-    drawSlideImages(images, names + 320 * Lettering::scale());
+    float const end = std::max(std::min(names + 320 * Lettering::scale(), leftHalf()), names + 60);
+    drawSlideImages(images, end);
     for (ImageProperty const& line : properties) {
         drawText(line.name);
         // Names of slides may be longer than the column.
@@ -435,7 +470,7 @@ void drawProperties(std::vector<ImageProperty> const& properties, std::vector<pa
             ImGui::SameLine(names);
         else
             ImGui::SetCursorPosX(names);
-        ImGui::PushTextWrapPos(names + 320 * Lettering::scale());
+        ImGui::PushTextWrapPos(end);
         drawText(line.value);
         ImGui::PopTextWrapPos();
     }
@@ -474,6 +509,11 @@ void drawLabel(ImDrawList& list, ImVec2 const& at, char const* text) {
 
 panels::UserEdits panels::draw(Model const& model) {
     UserEdits edits;
+    // Nothing covers anything else.
+    if (model.help) {
+        drawHelp();
+        return edits;
+    }
     if (hasRoomForPanels()) {
         drawStatus(model);
         drawScaleBar(model);
@@ -482,7 +522,6 @@ panels::UserEdits panels::draw(Model const& model) {
         edits.lookAt = drawOverview(model);
     }
     if (model.properties != nullptr) drawProperties(*model.properties, *model.slideImages);
-    if (model.help) drawHelp();
     return edits;
 }
 
@@ -524,14 +563,17 @@ void panels::drawRuler(Camera const& camera, Ruler::Line const& line, std::strin
     drawLabel(list, toImGui(to.x + 10, to.y + 10), length.c_str());
 }
 
-void panels::drawMessage(std::string const& text) {
+void panels::drawMessage(std::string const& text, bool isImporting) {
     if (text.empty()) return;
     ImVec2 const size = ImGui::GetIO().DisplaySize;
-    ImGui::SetNextWindowPos({size.x / 2, size.y - kMargin}, ImGuiCond_Always, {0.5F, 1});
-    ImGui::SetNextWindowSizeConstraints({0, 0}, {size.x * 0.8F, size.y});
+    // Between scale bar and overview, or above what is there.
+    float const between = size.x - 2 * kOverviewHeight;
+    bool const fits = between >= 300 * Lettering::scale() && !isImporting;
+    float const bottom = fits ? kMargin : isImporting ? 90 * Lettering::scale() : kOverviewHeight;
+    ImGui::SetNextWindowPos({size.x / 2, size.y - bottom}, ImGuiCond_Always, {0.5F, 1});
     ImGui::SetNextWindowBgAlpha(0.9F);
     ImGui::Begin("message", nullptr, kWordFlags);
-    ImGui::PushTextWrapPos(size.x * 0.75F);
+    ImGui::PushTextWrapPos(fits ? between : size.x * 0.75F);
     drawText(text);
     ImGui::PopTextWrapPos();
     ImGui::End();

@@ -69,8 +69,8 @@ void drawTiles(Camera const& camera);
 /// A line between two places of the picture, and its length, below the panels.
 void drawRuler(Camera const& camera, Ruler::Line const& line, std::string const& length);
 
-/// What has happened, above all.
-void drawMessage(std::string const& text);
+/// What has happened, above all. isImporting: the progress of an import is below it.
+void drawMessage(std::string const& text, bool isImporting);
 
 /// A texture of the frame's size over the picture, below the panels.
 void drawMask(OverlayTexture const& mask);

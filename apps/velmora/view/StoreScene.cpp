@@ -105,6 +105,7 @@ Redraw StoreScene::command(Controls::Command command) {
     case Controls::Command::Open:
     case Controls::Command::Save:
     case Controls::Command::Copy:
+    case Controls::Command::Theme:
         return Redraw::Nothing;
     }
     return Redraw::Nothing;
@@ -123,6 +124,11 @@ Redraw StoreScene::toggleStep(Controls::Command command) {
         message_ = printableText(error.what(), kMessageCharacters);
     }
     return Redraw::Picture;
+}
+
+void StoreScene::setBackground(std::array<std::uint8_t, 3> const& colour) {
+    picture_.setBackground(colour);
+    overview_.setBackground(colour);
 }
 
 // Once they are asked for.

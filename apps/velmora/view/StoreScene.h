@@ -28,6 +28,8 @@ public:
 
     Camera& camera() { return camera_; }
     Ruler& ruler() { return ruler_; }
+    /// As PictureView::setBackground().
+    void setBackground(std::array<std::uint8_t, 3> const& colour);
     Redraw command(Controls::Command command);
 
     /// Whether another view is wanted than the one that advance() was called for last.

@@ -25,6 +25,7 @@ constexpr std::chrono::milliseconds kImportTurn{100};
 // SDL_WaitEvent is not woken by signals: they are polled for at this interval.
 constexpr std::chrono::milliseconds kIdleTurn{200};
 constexpr size_t kMessageCharacters = 600;
+constexpr auto kFirstHint = "Drag to move, turn the wheel to zoom; ? shows all keys";
 
 std::string titleOf(std::string const& image) {
     return "velmora - " + printableText(picturefiles::nameOf(image));
@@ -43,6 +44,11 @@ std::string freeNameFor(std::string const& image) {
 // A field takes all keys but the one that leaves.
 Controls::Command commandWhileTyping(SDL_KeyboardEvent const& event) {
     return event.keysym.sym == SDLK_ESCAPE ? Controls::Command::Leave : Controls::Command::None;
+}
+
+bool isOfHands(SDL_Event const& event) {
+    return event.type == SDL_KEYDOWN || event.type == SDL_MOUSEBUTTONDOWN || event.type == SDL_MOUSEWHEEL ||
+           event.type == SDL_FINGERDOWN;
 }
 
 // Another picture in the window of the first: what was asked for of that one's parts and samples is not for this one.
@@ -66,7 +72,16 @@ Viewer::Viewer(ViewerOptions const& options)
       backend_(hostfilters::registry(), RenderBackend::RGBA32, options.bandBytes),
       instance_(backend_.createInstance(window_)),
       script_(options.script) {
+    overlay_.setTheme(options.isLight);
+    if (options_.screenshot.empty() && picturefiles::recentFiles().areNew()) hint_ = kFirstHint;
     openImage();
+}
+
+void Viewer::setTheme(bool isLight) {
+    options_.setTheme(isLight);
+    overlay_.setTheme(isLight);
+    if (scene_) scene_->setBackground(options_.picture.background);
+    due_.raise(Redraw::Picture);
 }
 
 // The picture of the options, or its store, or what makes one.
@@ -166,8 +181,10 @@ void Viewer::finishImport() {
     } catch (HostError const& error) {
         if (!scene_) throw;
         import_.reset();
+        bool const isLight = options_.isLight;
         if (before_) options_ = *before_;
         before_.reset();
+        options_.setTheme(isLight);
         window_.setTitle(titleOf(options_.image));
         due_.raise(Redraw::Picture);
         tell(error.what());
@@ -248,7 +265,7 @@ void Viewer::draw(Size const& size, Redraw due) {
 }
 
 void Viewer::drawOwnPanels() {
-    panels::drawMessage(message_);
+    panels::drawMessage(message_.empty() ? hint_ : message_, import_ != nullptr);
     if (auto const chosen = openPanel_.draw()) chosen_ = chosen;
 }
 
@@ -299,6 +316,7 @@ std::chrono::milliseconds Viewer::idleTime() const {
 
 void Viewer::handle(SDL_Event const& event) {
     double const pixelsPerUnit = window_.pixelsPerUnit();
+    if (isOfHands(event)) hint_.clear();
     window_.note(event);
     overlay_.handle(event, pixelsPerUnit);
     if (event.type == SDL_DROPFILE) {
@@ -338,6 +356,9 @@ bool Viewer::perform(Controls::Command command) {
         return true;
     case Controls::Command::Copy:
         copyPixel();
+        return true;
+    case Controls::Command::Theme:
+        setTheme(!options_.isLight);
         return true;
     default:
         return false;

@@ -57,6 +57,7 @@ private:
     void handle(SDL_Event const& event);
     bool perform(Controls::Command command);
     void leave();
+    void setTheme(bool isLight);
     void openPanel();
     void copyPixel();
     void saveView();
@@ -91,6 +92,7 @@ private:
     std::unique_ptr<StoreScene> scene_; // and else the scene: one of both is there
     OpenPanel openPanel_;
     std::string message_;               // as a person may see it
+    std::string hint_;                  // shown where there is no message, until a hand does something
     std::optional<std::string> chosen_; // the file that is opened next
     DueRedraw due_;
     bool isMoved_ = false; // since the last frame

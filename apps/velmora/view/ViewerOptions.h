@@ -8,6 +8,8 @@
 #include "host/output/OutputFile.h"
 #include "host/view/PictureView.h"
 
+#include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,6 +33,7 @@ struct ViewerOptions {
     size_t importJobs = 0;               ///< as ImportOptions::jobs
     bool smooth = false;
     bool bare = false; ///< no overlay
+    bool isLight = false;
     bool report = false;
     std::string screenshot;           ///< a PNG file; empty: none
     bool force = false;               ///< screenshots may replace files
@@ -53,6 +56,14 @@ struct ViewerOptions {
             shown->automaticRange = false;
         }
         return shown;
+    }
+
+    /// Of the panels, and of what lies around the picture.
+    void setTheme(bool light) {
+        constexpr std::array<std::uint8_t, 3> kDark{32, 32, 32};
+        constexpr std::array<std::uint8_t, 3> kLight{232, 232, 232};
+        isLight = light;
+        picture.background = light ? kLight : kDark;
     }
 
     imageinput::Colours colours() const { return shownAs() ? imageinput::Colours::Ranged : imageinput::Colours::Shown; }

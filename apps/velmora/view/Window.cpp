@@ -4,7 +4,13 @@
 #include "host/Failures.h"
 #include "host/HostError.h"
 
+#include <algorithm>
+
 namespace {
+
+// In units of the window system; a window that was asked for smaller may stay so.
+constexpr int kLeastWidth = 160;
+constexpr int kLeastHeight = 120;
 
 HostError noDisplay(std::string const& reason) {
     return {HostError::Kind::NoDisplay,
@@ -50,6 +56,8 @@ Window::Window(std::string const& title, Size const& size) {
                                    static_cast<int>(size.width), static_cast<int>(size.height),
                                    SDL_WINDOW_OPENGL | SDL_WINDOW_RESIZABLE | SDL_WINDOW_ALLOW_HIGHDPI));
     if (!window_) throw noContext();
+    SDL_SetWindowMinimumSize(window_.get(), std::min(static_cast<int>(size.width), kLeastWidth),
+                             std::min(static_cast<int>(size.height), kLeastHeight));
     context_ = SDL_GL_CreateContext(window_.get());
     if (context_ == nullptr) throw noContext();
     // A driver that cannot wait for the screen draws at once.

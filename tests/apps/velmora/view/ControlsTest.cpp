@@ -164,6 +164,7 @@ TEST_F(ControlsTest, KeysGiveCommands) {
     EXPECT_EQ(handle(key(SDLK_s)), Command::Save);
     EXPECT_EQ(handle(key(SDLK_r)), Command::Ruler);
     EXPECT_EQ(handle(key(SDLK_p)), Command::Properties);
+    EXPECT_EQ(handle(key(SDLK_l)), Command::Theme);
     EXPECT_EQ(handle(key(SDLK_g)), Command::Gamma);
     EXPECT_EQ(handle(key(SDLK_c)), Command::Equalise);
     EXPECT_EQ(handle(key(SDLK_PAGEDOWN)), Command::NextSlice);

@@ -28,6 +28,9 @@ class ProgramViewGLTest : public ViewerFixture {
 protected:
     void SetUp() override {
         if (runsOn("ANGLE")) GTEST_SKIP() << "SDL's driver offscreen needs EGL devices, which ANGLE does not list";
+        // Something has been opened before.
+        std::filesystem::create_directories(path("state/velmora"));
+        writeFile(path("state/velmora/recent"), "");
     }
 
     Process::Environment environment() const {
@@ -547,6 +550,39 @@ TEST_F(ProgramStackGLTest, WhatThePictureLacksIsRefused) {
 }
 
 // Filters look at the samples themselves.
+TEST_F(ProgramViewGLTest, TheFirstStartSaysHowToMoveUntilSomeoneDoes) {
+    std::string const store = makeStore("a.vlm", 900, 700);
+    std::vector<std::string> const arguments{store, "--size", "900x600"};
+    auto const bottom = [](testimages::Pixels const& window) { return testimages::crop(window, 250, 540, 400, 60); };
+    auto const later = bottom(after("wait\n", arguments));
+    std::filesystem::remove(path("state/velmora/recent"));
+    EXPECT_NE(testimages::difference(bottom(after("wait\n", arguments)), later), "");
+    expectPixels(bottom(after("wait\n", arguments)), later);
+    std::filesystem::remove(path("state/velmora/recent"));
+    expectPixels(bottom(after("wait\nkey x\n", arguments)), later);
+    std::filesystem::remove(path("state/velmora/recent"));
+    auto const alone = testimages::crop(shown(arguments), 250, 540, 400, 60);
+    expectPixels(alone, later);
+}
+
+TEST_F(ProgramViewGLTest, PanelsAndWhatLiesAroundThePictureAreDarkOrLight) {
+    std::string const store = makeStore("a.vlm", 40, 30);
+    std::vector<std::string> const arguments{store, "--size", "600x400"};
+    auto const dark = after("wait\n", arguments);
+    auto lightArguments = arguments;
+    lightArguments.push_back("--light");
+    auto const light = after("wait\n", lightArguments);
+    auto const around = [](testimages::Pixels const& window) { return window.samples[3 * (600 * 150 + 3)]; };
+    EXPECT_EQ(around(dark), 32);
+    EXPECT_EQ(around(light), 232);
+    expectPixels(after("wait\nkey l\nwait\n", arguments), light);
+    expectPixels(after("wait\nkey l\nwait\nkey l\nwait\n", arguments), dark);
+    // The status, upper left, of which words are a small part.
+    auto const panel = [](testimages::Pixels const& window) { return window.samples[3 * (600 * 12 + 20)]; };
+    EXPECT_LT(panel(dark), 64);
+    EXPECT_GT(panel(light), 200);
+}
+
 // A label of one colour, that nothing else in the window has.
 TEST_F(ProgramViewGLTest, ThePanelOfASlideHasItsLabel) {
     auto const page = [](std::uint32_t width, std::uint32_t height, std::array<std::uint8_t, 3> const& colour) {

@@ -56,7 +56,11 @@ TEST_F(ProgramViewWindowTest, AResizedWindowShowsThePicturesOwnPixels) {
     expectPixels(larger.window, expected(50, 50, 800, 600));
     expectPixels(larger.screenshot, larger.window);
     std::filesystem::remove(path("shown.png"));
-    Shown const smaller = after("wait\nresize 301 99\n", arguments);
-    expectPixels(smaller.window, expected(300, 301, 301, 99));
+    Shown const smaller = after("wait\nresize 301 131\n", arguments);
+    expectPixels(smaller.window, expected(300, 285, 301, 131));
     expectPixels(smaller.screenshot, smaller.window);
+    std::filesystem::remove(path("shown.png"));
+    Shown const least = after("wait\nresize 100 50\n", arguments);
+    EXPECT_EQ(least.window.width, 160u);
+    EXPECT_EQ(least.window.height, 120u);
 }
