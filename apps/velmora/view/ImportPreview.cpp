@@ -78,27 +78,28 @@ std::unique_ptr<PixelSource> ImportPreview::watch(std::shared_ptr<ImportPreview>
 }
 
 void ImportPreview::start(PixelSource const& source) {
+    image_.picture = {source.width(), source.height()};
     size_t const longer = std::max(source.width(), source.height());
-    distance_ = (longer + kMaxSide - 1) / kMaxSide;
-    image_.width = firstFrom(source.width(), distance_);
-    image_.height = firstFrom(source.height(), distance_);
+    image_.distance = (longer + kMaxSide - 1) / kMaxSide;
+    image_.width = firstFrom(source.width(), image_.distance);
+    image_.height = firstFrom(source.height(), image_.distance);
     image_.rgba.assign(image_.width * image_.height * pixelbands::kTexelBytes, 0);
 }
 
 void ImportPreview::enter(PixelSource const& source, Region const& region, std::uint8_t const* pixels) {
     std::lock_guard const lock(mutex_);
     if (image_.rgba.empty()) start(source);
-    size_t const end = firstFrom(region.y + region.height, distance_);
-    for (size_t row = firstFrom(region.y, distance_); row < end; ++row)
+    size_t const end = firstFrom(region.y + region.height, image_.distance);
+    for (size_t row = firstFrom(region.y, image_.distance); row < end; ++row)
         enterRow(source, region, pixels, row);
     ++version_;
 }
 
 void ImportPreview::enterRow(PixelSource const& source, Region const& region, std::uint8_t const* pixels, size_t row) {
     size_t const pixelBytes = source.bands() * source.sampleBytes();
-    std::uint8_t const* const from = pixels + (row * distance_ - region.y) * region.width * pixelBytes;
-    size_t const end = firstFrom(region.x + region.width, distance_);
-    for (size_t column = firstFrom(region.x, distance_); column < end; ++column)
-        toRgba(from + (column * distance_ - region.x) * pixelBytes, source,
+    std::uint8_t const* const from = pixels + (row * image_.distance - region.y) * region.width * pixelBytes;
+    size_t const end = firstFrom(region.x + region.width, image_.distance);
+    for (size_t column = firstFrom(region.x, image_.distance); column < end; ++column)
+        toRgba(from + (column * image_.distance - region.x) * pixelBytes, source,
                &image_.rgba[(row * image_.width + column) * pixelbands::kTexelBytes]);
 }

@@ -20,6 +20,8 @@ public:
         size_t width = 0;
         size_t height = 0;
         std::vector<std::uint8_t> rgba; ///< rows from the top; nothing before the first row has been read
+        Size picture;                   ///< the whole picture's
+        size_t distance = 1;            ///< pixels of the picture from one of these to the next
     };
 
     /// The image as it is now, where it has changed since the version that `seen` holds; else an empty one. Any thread.
@@ -39,5 +41,4 @@ private:
     mutable std::mutex mutex_; // guards everything below
     Image image_;
     size_t version_ = 0;
-    size_t distance_ = 1; // pixels of the picture from one of ours to the next
 };

@@ -477,7 +477,9 @@ void drawProperties(std::vector<ImageProperty> const& properties, std::vector<pa
     ImGui::End();
 }
 
-void drawHelp() {
+} // namespace
+
+void panels::drawKeys() {
     ImVec2 const size = ImGui::GetIO().DisplaySize;
     ImGui::SetNextWindowPos({size.x / 2, size.y / 2}, ImGuiCond_Always, {0.5F, 0.5F});
     ImGui::SetNextWindowBgAlpha(0.85F);
@@ -491,6 +493,8 @@ void drawHelp() {
     ImGui::TextUnformatted(kMoreHelp);
     ImGui::End();
 }
+
+namespace {
 
 // A small window shows the picture.
 bool hasRoomForPanels() {
@@ -511,7 +515,7 @@ panels::UserEdits panels::draw(Model const& model) {
     UserEdits edits;
     // Nothing covers anything else.
     if (model.help) {
-        drawHelp();
+        drawKeys();
         return edits;
     }
     if (hasRoomForPanels()) {
@@ -586,15 +590,11 @@ void panels::drawMask(OverlayTexture const& mask) {
         toImGui(static_cast<double>(mask.size().width), static_cast<double>(mask.size().height)));
 }
 
-void panels::drawGrowing(OverlayTexture const& picture, Size const& frame) {
+void panels::drawGrowing(OverlayTexture const& picture, Camera const& camera, Size const& covered) {
     if (picture.empty()) return;
-    auto const width = static_cast<double>(picture.size().width);
-    auto const height = static_cast<double>(picture.size().height);
-    double const scale = std::min(static_cast<double>(frame.width) / width, static_cast<double>(frame.height) / height);
-    double const x = (static_cast<double>(frame.width) - width * scale) / 2;
-    double const y = (static_cast<double>(frame.height) - height * scale) / 2;
-    ImGui::GetBackgroundDrawList()->AddImage(textureOf(picture), toImGui(x, y),
-                                             toImGui(x + width * scale, y + height * scale));
+    Place const from = camera.frameAt({0, 0});
+    Place const to = camera.frameAt({static_cast<double>(covered.width), static_cast<double>(covered.height)});
+    ImGui::GetBackgroundDrawList()->AddImage(textureOf(picture), toImGui(from.x, from.y), toImGui(to.x, to.y));
 }
 
 void panels::drawProgress(std::string const& name, double share, std::string const& left, Size const& frame) {

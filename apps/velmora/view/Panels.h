@@ -69,14 +69,17 @@ void drawTiles(Camera const& camera);
 /// A line between two places of the picture, and its length, below the panels.
 void drawRuler(Camera const& camera, Ruler::Line const& line, std::string const& length);
 
+/// All keys.
+void drawKeys();
+
 /// What has happened, above all. isImporting: the progress of an import is below it.
 void drawMessage(std::string const& text, bool isImporting);
 
 /// A texture of the frame's size over the picture, below the panels.
 void drawMask(OverlayTexture const& mask);
 
-/// A picture that is being imported, as large as the frame allows.
-void drawGrowing(OverlayTexture const& picture, Size const& frame);
+/// A picture that is being imported, of which a small one covers so many pixels.
+void drawGrowing(OverlayTexture const& picture, Camera const& camera, Size const& covered);
 /// How far the import is, 0 to 1, and the time that it still takes.
 void drawProgress(std::string const& name, double share, std::string const& left, Size const& frame);
 

@@ -57,8 +57,7 @@ StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, P
       name_(printableText(picture_.info().sourceName)),
       interpretation_(interpretationOf(source, picture_.info())) {
     if (options.start) {
-        camera_.magnifyTo(options.start->zoom, camera_.middle());
-        camera_.lookAt({options.start->x, options.start->y});
+        options.start->apply(camera_);
         std::string const note = camera_.zoom().noteFor(options.start->zoom);
         if (!note.empty()) std::printf("%s\n", note.c_str());
     }

@@ -102,6 +102,7 @@ void Viewer::openStoreOf(std::string const& image) {
 }
 
 void Viewer::startImport(std::string const& store) {
+    showsKeys_ = false;
     ImportOptions options = picturefiles::cacheOptions(options_.image);
     options.jobs = options_.importJobs;
     import_ = std::make_unique<Import>(picturefiles::openerOf(options_.image, options_.selection), store, options);
@@ -109,6 +110,7 @@ void Viewer::startImport(std::string const& store) {
 
 void Viewer::open(PictureSource const& source) {
     scene_ = std::make_unique<StoreScene>(instance_, source, options_, frame());
+    if (import_ && import_->camera && import_->isMoved) scene_->camera() = *import_->camera;
     import_.reset();
     before_.reset();
     window_.setTitle(titleOf(options_.image));
@@ -269,9 +271,28 @@ void Viewer::drawOwnPanels() {
     if (auto const chosen = openPanel_.draw()) chosen_ = chosen;
 }
 
-void Viewer::drawImport(Size const& size) {
+// From its first rows on a picture can be moved, as its store can be afterwards.
+void Viewer::takePreview(Size const& size) {
     ImportPreview::Image const image = import_->job.picture().takeNew(import_->seen);
-    if (!image.rgba.empty()) import_->preview.set(image.rgba, {image.width, image.height});
+    if (!image.rgba.empty()) {
+        import_->preview.set(image.rgba, {image.width, image.height});
+        import_->covered = {image.width * image.distance, image.height * image.distance};
+    }
+    if (!image.rgba.empty() && !import_->camera) {
+        PictureInfo info;
+        info.width = image.picture.width;
+        info.height = image.picture.height;
+        info.levels = storegeometry::autoLevels(info.width, info.height, ImportOptions().tileSize);
+        import_->camera.emplace(info, size);
+        if (options_.start) options_.start->apply(*import_->camera);
+    }
+    if (!import_->camera) return;
+    Size const& before = import_->camera->frame();
+    if (size.width != before.width || size.height != before.height) import_->camera->resize(size);
+}
+
+void Viewer::drawImport(Size const& size) {
+    takePreview(size);
     glBindFramebuffer(GL_FRAMEBUFFER, 0);
     glDisable(GL_SCISSOR_TEST);
     auto const& background = options_.picture.background;
@@ -279,10 +300,11 @@ void Viewer::drawImport(Size const& size) {
                  static_cast<float>(background[2]) / 255, 1);
     glClear(GL_COLOR_BUFFER_BIT);
     overlay_.begin(size, window_.pixelsPerUnit(), std::chrono::duration<double>(kImportTurn).count());
-    panels::drawGrowing(import_->preview, size);
+    if (import_->camera) panels::drawGrowing(import_->preview, *import_->camera, import_->covered);
     if (!options_.bare) {
         drawProgress(size);
         drawOwnPanels();
+        if (showsKeys_) panels::drawKeys();
     }
     overlay_.end();
     lastFrame_ = Clock::now();
@@ -323,20 +345,28 @@ void Viewer::handle(SDL_Event const& event) {
         chosen_ = event.drop.file;
         SDL_free(event.drop.file);
     }
-    Camera* const camera = import_ ? nullptr : &scene_->camera();
+    Camera* const camera = shownCamera();
     bool const isTyped = event.type == SDL_KEYDOWN && !options_.bare && overlay_.hasKeys();
     bool hasMouse = !options_.bare && overlay_.hasMouse();
     // Nothing can be seen of a ruler over a bare picture.
-    if (camera != nullptr && !options_.bare && scene_->ruler().handle(event, *camera, pixelsPerUnit, hasMouse))
-        hasMouse = true;
+    if (!import_ && !options_.bare && scene_->ruler().handle(event, *camera, pixelsPerUnit, hasMouse)) hasMouse = true;
+    View const before = camera == nullptr ? View() : camera->view();
     Controls::Command const command =
         isTyped ? commandWhileTyping(event.key) : controls_.handle(event, camera, pixelsPerUnit, hasMouse);
+    if (import_ && camera != nullptr && camera->view() != before) import_->isMoved = true;
+    if (import_ && command == Controls::Command::Help) showsKeys_ = !showsKeys_;
     Redraw const due = perform(command) || import_ ? Redraw::Nothing : scene_->command(command);
     // Over a bare picture only what moves it can be seen.
     if (!options_.bare || event.type == SDL_WINDOWEVENT)
         due_.raise(std::max(due, Redraw::Overlay));
     else if (due == Redraw::Picture)
         due_.raise(due);
+}
+
+// Null where nothing of a picture is there yet.
+Camera* Viewer::shownCamera() {
+    if (!import_) return &scene_->camera();
+    return import_->camera ? &*import_->camera : nullptr;
 }
 
 // What the window itself does, and no picture.

@@ -42,7 +42,10 @@ private:
         ImportJob job;
         Clock::time_point start = Clock::now();
         OverlayTexture preview;
-        size_t seen = 0; // version of the preview
+        size_t seen = 0;              // version of the preview
+        std::optional<Camera> camera; // once it is known how large the picture is
+        Size covered;                 // pixels of the picture that the preview covers
+        bool isMoved = false;         // by a hand
     };
 
     void openImage();
@@ -71,8 +74,10 @@ private:
     void drawFrame(Size const& size, Redraw due);
     void draw(Size const& size, Redraw due);
     void drawImport(Size const& size);
+    void takePreview(Size const& size);
     void drawProgress(Size const& size);
     void drawOwnPanels();
+    Camera* shownCamera();
     void screenshot(std::string const& name);
     void write(OutputFile const& output);
     /// Empty while the window is minimised.
@@ -94,6 +99,7 @@ private:
     std::string message_;               // as a person may see it
     std::string hint_;                  // shown where there is no message, until a hand does something
     std::optional<std::string> chosen_; // the file that is opened next
+    bool showsKeys_ = false;            // over an import
     DueRedraw due_;
     bool isMoved_ = false; // since the last frame
     Controls controls_;

@@ -6,6 +6,7 @@
 #include "host/filter/Enhancement.h"
 #include "host/image/ImageSelection.h"
 #include "host/output/OutputFile.h"
+#include "host/view/Camera.h"
 #include "host/view/PictureView.h"
 
 #include <array>
@@ -21,6 +22,11 @@ struct ViewerOptions {
         double x = 0;
         double y = 0;
         double zoom = 1;
+
+        void apply(Camera& camera) const {
+            camera.magnifyTo(zoom, camera.middle());
+            camera.lookAt({x, y});
+        }
     };
 
     std::string image;        ///< an image or a store; empty: the built-in picture

@@ -840,10 +840,52 @@ TEST_F(ProgramViewGLTest, APictureThatIsBeingImportedIsSeen) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         if (!std::filesystem::exists(path("growing.png"))) continue;
         auto const window = testimages::readByVips(path("growing.png"));
-        // The middle of the uppermost row.
-        seen = window.samples[150 * 3] != kBackground;
+        // In the middle, near the upper end.
+        seen = window.samples[(40 * 300 + 150) * 3] != kBackground;
     }
     EXPECT_TRUE(seen);
+    process.signal(SIGTERM);
+    EXPECT_EQ(process.wait().exitCode, 130);
+}
+
+// Keys move it to the left until its right end is in the middle of the window, where it stays when the store is there.
+TEST_F(ProgramViewGLTest, APictureThatIsBeingImportedIsMoved) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
+    testimages::writePattern16(path("a.tif"), "", 4000, 3000, 3);
+    std::string text;
+    for (int i = 0; i < 2000; ++i)
+        text += "sleep 15\nkey right\nscreenshot " + path("moved.png") + "\n";
+    Process process({"view", path("a.tif"), "--truncate", "0", "--jobs", "1", "--size", "300x300", "--bare", "--force",
+                     "--script", script(text + "quit\n")},
+                    environment());
+    bool isMoved = false;
+    bool isBack = false;
+    std::filesystem::file_time_type seen;
+    auto const isImported = [this] {
+        auto const names = cached();
+        return std::any_of(names.begin(), names.end(),
+                           [](std::string const& name) { return std::filesystem::path(name).extension() == ".vlm"; });
+    };
+    // Some of ten pixels beside one another.
+    auto const isPicture = [](testimages::Pixels const& window, size_t x) {
+        auto const first = window.samples.begin() + static_cast<std::ptrdiff_t>((70 * 300 + x) * 3);
+        return std::any_of(first, first + 30, [](std::uint8_t sample) { return sample != kBackground; });
+    };
+    while (process.running() && !isImported()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::error_code missing;
+        auto const written = std::filesystem::last_write_time(path("moved.png"), missing);
+        if (missing || written == seen) continue;
+        seen = written;
+        auto const window = testimages::readByVips(path("moved.png"));
+        bool const isAtItsEnd = isPicture(window, 30) && !isPicture(window, 200);
+        isMoved = isMoved || (isAtItsEnd && !isImported());
+        isBack = isBack || (isMoved && isPicture(window, 200));
+    }
+    EXPECT_TRUE(isMoved);
+    EXPECT_FALSE(isBack);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_FALSE(isPicture(testimages::readByVips(path("moved.png")), 200)) << "with the store";
     process.signal(SIGTERM);
     EXPECT_EQ(process.wait().exitCode, 130);
 }
