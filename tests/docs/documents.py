@@ -47,7 +47,13 @@ class Velmora:
     def __init__(self, program, folder):
         self.program = program
         self.folder = folder
-        self.environment = dict(os.environ, SDL_VIDEODRIVER='offscreen', XDG_CACHE_HOME=os.path.join(folder, 'cache'))
+        state = os.path.join(folder, 'state')
+        self.environment = dict(os.environ, SDL_VIDEODRIVER='offscreen', XDG_CACHE_HOME=os.path.join(folder, 'cache'),
+                                XDG_STATE_HOME=state)
+        # Something has been opened before: the viewer does not greet.
+        os.makedirs(os.path.join(state, 'velmora'))
+        with open(os.path.join(state, 'velmora', 'recent'), 'w', encoding='utf-8'):
+            pass
         # Without a runtime folder, drivers that ask for a window system write a line of their own.
         self.environment.setdefault('XDG_RUNTIME_DIR', folder)
 

@@ -26,17 +26,57 @@ bool Lettering::prepare(double pixelsPerUnit) {
     if (!isDue_ && pixels == pixels_) return false;
     ImVector<ImWchar> ranges;
     needed_.BuildRanges(&ranges);
+    pixels_ = pixels;
+    isDue_ = false;
+    build(ranges);
+    if (findOthers()) build(ranges);
+    return true;
+}
+
+void Lettering::build(ImVector<ImWchar> const& ranges) {
     ImFontConfig config;
     config.FontDataOwnedByAtlas = false;
     ImFontAtlas& atlas = *ImGui::GetIO().Fonts;
-    atlas.Clear();
-    // It is only read.
-    atlas.AddFontFromMemoryTTF(const_cast<unsigned char*>(velmoraPanelFont),
-                               static_cast<int>(velmoraPanelFontEnd - velmoraPanelFont), pixels, &config, ranges.Data);
+    auto const add = [&](unsigned char const* bytes, size_t count, ImVector<ImWchar> const& letters) {
+        // They are only read.
+        atlas.AddFontFromMemoryTTF(const_cast<unsigned char*>(bytes), static_cast<int>(count), pixels_, &config,
+                                   letters.Data);
+    };
+    auto const addOwn = [&] {
+        atlas.Clear();
+        config.MergeMode = false;
+        config.FontNo = 0;
+        add(velmoraPanelFont, static_cast<size_t>(velmoraPanelFontEnd - velmoraPanelFont), ranges);
+        config.MergeMode = true;
+    };
+    addOwn();
+    for (auto const& [face, letters] : others_) {
+        config.FontNo = face.index;
+        auto const& bytes = fonts_.bytes(face);
+        add(bytes.data(), bytes.size(), letters);
+    }
+    if (atlas.Build() || others_.empty()) return;
+    // A font of the system that cannot be read.
+    others_.clear();
+    addOwn();
     atlas.Build();
-    pixels_ = pixels;
-    isDue_ = false;
-    return true;
+}
+
+// Whether the system has letters that were asked for and are not there.
+bool Lettering::findOthers() {
+    ImFont const& font = *ImGui::GetIO().Fonts->Fonts.front();
+    bool any = false;
+    for (ImWchar const letter : asked_) {
+        if (font.FindGlyphNoFallback(letter) != nullptr) continue;
+        auto const face = fonts_.with(letter);
+        if (!face) continue;
+        ImVector<ImWchar>& letters = others_[*face];
+        if (!letters.empty()) letters.pop_back();
+        for (ImWchar const end : {letter, letter, ImWchar{0}})
+            letters.push_back(end);
+        any = true;
+    }
+    return any;
 }
 
 void Lettering::need(std::string const& text) {
@@ -44,7 +84,12 @@ void Lettering::need(std::string const& text) {
     if (isAscii) return;
     ImVector<ImU32> const before = needed_.UsedChars;
     needed_.AddText(text.c_str());
-    isDue_ = isDue_ || !std::equal(before.begin(), before.end(), needed_.UsedChars.begin());
+    if (std::equal(before.begin(), before.end(), needed_.UsedChars.begin())) return;
+    isDue_ = true;
+    ImFontGlyphRangesBuilder ofText;
+    ofText.AddText(text.c_str());
+    for (unsigned letter = 0x80; letter <= IM_UNICODE_CODEPOINT_MAX; ++letter)
+        if (ofText.GetBit(letter)) asked_.insert(static_cast<ImWchar>(letter));
 }
 
 float Lettering::scale() {

@@ -1,12 +1,17 @@
 #pragma once
 
+#include "apps/velmora/view/SystemFonts.h"
+
 #include <imgui.h>
 
+#include <map>
+#include <set>
 #include <string>
 
 /// The letters of the panels: DejaVu Sans, rasterised for the size at which they are shown, so that they are sharp on
-/// any screen. Letters beyond those of western Europe are added once a text has them. For Dear ImGui's only context, on
-/// the GL thread.
+/// any screen. Letters beyond those of western Europe are added once a text has them; those that it lacks are taken from
+/// the system's fonts, one by one, as scripts of which each letter has one shape need it. For Dear ImGui's only context,
+/// on the GL thread.
 class Lettering {
 public:
     /// Units of the window system that a line of letters is high.
@@ -27,8 +32,14 @@ public:
     static float scale();
 
 private:
+    void build(ImVector<ImWchar> const& ranges);
+    bool findOthers();
+
     ImFontGlyphRangesBuilder needed_;
-    float pixels_ = 0; // 0: none were made
+    SystemFonts fonts_;
+    std::set<ImWchar> asked_;                               // beyond ASCII
+    std::map<SystemFonts::Face, ImVector<ImWchar>> others_; // pairs of equal letters, and 0
+    float pixels_ = 0;                                      // 0: none were made
     bool isDue_ = false;
 };
 

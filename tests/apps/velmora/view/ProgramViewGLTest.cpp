@@ -714,6 +714,29 @@ TEST_F(ProgramViewGLTest, NamesAreShownInTheirScript) {
     expectPixels(testimages::crop(opened, 8, 8, 60, 24), names.front());
 }
 
+// DejaVu Sans has none of them: they would all be the same sign.
+TEST_F(ProgramViewGLTest, LettersThatThePanelsFontLacksAreTheSystems) {
+    std::vector<testimages::Pixels> names;
+    for (std::string const name : {"\u0915\u0916.png", "\u0917\u0918.png"}) {
+        testimages::writePattern8(path(name), "", 90, 60, 3);
+        names.push_back(testimages::crop(shown({path(name), "--size", "600x400"}), 8, 8, 60, 24));
+    }
+    EXPECT_NE(testimages::difference(names[0], names[1]), "");
+    // Where there are no fonts, other signs stand for them.
+    auto bare = environment();
+    bare["FONTCONFIG_FILE"] = path("fonts.conf");
+    writeFile(path("fonts.conf"), "<?xml version=\"1.0\"?><fontconfig></fontconfig>");
+    std::vector<testimages::Pixels> signs;
+    for (std::string const name : {"\u0915\u0916.png", "\u0917\u0918.png"}) {
+        auto const result =
+            runVelmora({"view", path(name), "--size", "600x400", "--screenshot", path("shown.png"), "--force"}, bare);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        signs.push_back(testimages::crop(testimages::readByVips(path("shown.png")), 8, 8, 60, 24));
+    }
+    EXPECT_EQ(testimages::difference(signs[0], signs[1]), "");
+    EXPECT_NE(testimages::difference(signs[0], names[0]), "");
+}
+
 TEST_F(ProgramViewGLTest, WhatTheFileSaysIsShown) {
     auto directory = testtiff::directory(120, 80, 1, std::vector<std::uint8_t>(9600, 9));
     std::vector<testimages::Pixels> panels;
