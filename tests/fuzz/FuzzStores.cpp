@@ -5,6 +5,7 @@
 #include "host/store/StoreExporter.h"
 #include "host/store/StoreMemory.h"
 #include "host/store/TileStoreFormat.h"
+#include "host/view/CoarsestSamples.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/host/store/DocumentedReader.h"
 #include "tests/host/store/StoreFiles.h"
@@ -116,6 +117,14 @@ void exportPicture(TileStore& store, bool whole) {
     require(exported || !whole, "a store without damage can be exported");
 }
 
+// What the range of a window is made of.
+void readCoarsest(TileStore& store) {
+    StoreInfo const& info = store.info();
+    std::vector<std::uint8_t> const samples = coarsestsamples::of(store);
+    require(samples.size() % (info.bands * info.bits / 8) == 0, "pixels are whole");
+    require(samples.size() <= (size_t{1} << 22) * info.bands * info.bits / 8, "a level of any size is read in part");
+}
+
 } // namespace
 
 TemporaryFolder const& fuzzstores::folder() {
@@ -137,6 +146,7 @@ void fuzzstores::use(std::string const& path) {
                              comesThrough([&] { result = checkStore(store, [](size_t, size_t) {}); });
         comesThrough([&] { store.storedTiles(); });
         readTiles(store);
+        comesThrough([&] { readCoarsest(store); });
         exportPicture(store, checked && result.damages == 0);
     });
 }

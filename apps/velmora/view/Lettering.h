@@ -9,9 +9,9 @@
 #include <string>
 
 /// The letters of the panels: DejaVu Sans, rasterised for the size at which they are shown, so that they are sharp on
-/// any screen. Letters beyond those of western Europe are added once a text has them; those that it lacks are taken from
-/// the system's fonts, one by one, as scripts of which each letter has one shape need it. For Dear ImGui's only context,
-/// on the GL thread.
+/// any screen. Letters beyond those of western Europe are added once a text has them; those that it lacks are the
+/// system's, each by itself, as scripts need it whose letters have one shape. For Dear ImGui's only context, on the GL
+/// thread.
 class Lettering {
 public:
     /// Units of the window system that a line of letters is high.
