@@ -54,6 +54,11 @@ bool isOutlines(std::vector<unsigned char> const& bytes) {
 
 } // namespace
 
+// What fontconfig keeps belongs to the program.
+SystemFonts::~SystemFonts() {
+    if (!found_.empty()) FcFini();
+}
+
 std::optional<SystemFonts::Face> SystemFonts::with(char32_t character) {
     auto const known = found_.find(character);
     if (known != found_.end()) return known->second;

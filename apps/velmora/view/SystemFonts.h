@@ -5,9 +5,14 @@
 #include <string>
 #include <vector>
 
-/// Fonts of the system, found with fontconfig. One thread.
+/// Fonts of the system, found with fontconfig, which is asked nothing before a font is. One thread, one at a time.
 class SystemFonts {
 public:
+    SystemFonts() = default;
+    ~SystemFonts();
+    SystemFonts(SystemFonts const&) = delete;
+    SystemFonts& operator=(SystemFonts const&) = delete;
+
     /// A file of outlines; its place among those that the file holds.
     struct Face {
         std::string file;
