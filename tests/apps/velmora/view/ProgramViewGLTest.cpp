@@ -528,6 +528,82 @@ TEST_F(ProgramStackGLTest, APageIsAPictureOfItsOwn) {
                   {"--z is 0: the picture has no others"});
 }
 
+// A window of 640 x 480 whose panel of channels ends above the part that is compared; a movement of no length is a click.
+class ProgramPanelGLTest : public ProgramViewGLTest {
+protected:
+    void writeChannels(std::uint16_t bands, unsigned pages) const {
+        std::vector<testtiff::Directory> directories;
+        for (unsigned page = 0; page < pages; ++page) {
+            std::vector<std::uint16_t> samples;
+            for (unsigned i = 0; i < 300 * 200u * bands; ++i)
+                samples.push_back(static_cast<std::uint16_t>(i * (7919 + page) % 4000));
+            auto directory = testtiff::directory<std::uint16_t>(300, 200, bands, samples);
+            directory.photometric = 1;
+            directory.extraSamples.assign(bands - 1u, 0);
+            directories.push_back(directory);
+        }
+        testtiff::write(path("a.tif"), directories);
+    }
+
+    static testimages::Pixels part(testimages::Pixels const& window) {
+        return testimages::crop(window, 30, 230, 300, 100);
+    }
+
+    testimages::Pixels clicked(std::vector<std::array<int, 2>> const& places) const {
+        std::string text = "wait\n";
+        for (auto const& [x, y] : places) {
+            std::string const place = " " + std::to_string(x) + " " + std::to_string(y);
+            text += "drag" + place + place + "\nwait\n";
+        }
+        return part(after(text, {path("a.tif"), "--size", "640x480", "--range", "0,4000"}));
+    }
+
+    testimages::Pixels asked(std::vector<std::string> const& options) const {
+        std::vector<std::string> arguments{path("a.tif"), "--size", "640x480", "--range", "0,4000"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return part(shown(arguments));
+    }
+};
+
+TEST_F(ProgramPanelGLTest, ColourMapsAreChosenByAClick) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
+    writeChannels(1, 1);
+    expectPixels(clicked({{365, 207}}), asked({"--colour-map", "viridis"}));
+    expectPixels(clicked({{365, 207}, {598, 207}}), asked({"--colour-map", "viridis", "--invert"}));
+    expectPixels(clicked({{365, 207}, {314, 207}}), asked({}));
+}
+
+TEST_F(ProgramPanelGLTest, AChannelIsShownAloneByAClickAndAllByAnother) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
+    writeChannels(3, 2);
+    auto const all = asked({});
+    expectPixels(clicked({{442, 105}}), asked({"--channel", "1"}));
+    expectPixels(clicked({{442, 105}, {442, 105}}), all);
+    expectPixels(clicked({{442, 105}, {442, 131}}), asked({"--channel", "2"}));
+    // A channel is off; its controls are there and not; the other page.
+    expectPixels(clicked({{478, 79}}), asked({"--channel", "1", "--channel", "2"}));
+    expectPixels(clicked({{537, 79}, {537, 79}}), all);
+    expectPixels(clicked({{580, 53}}), asked({"--z", "1"}));
+}
+
+TEST_F(ProgramStackGLTest, WhatTheFileHoldsIsTold) {
+    auto page = testtiff::directory<std::uint16_t>(kWidth, kHeight, 1, pages_.front());
+    std::vector<testtiff::Directory> pages(4, page);
+    pages.front().description =
+        R"(<OME><Image><Pixels SizeC="2" SizeZ="2" DimensionOrder="XYCZT" PhysicalSizeX="0.5" PhysicalSizeY="0.25">)"
+        R"(<Channel Name="DAPI"/><Channel Name="FITC"/></Pixels></Image></OME>)";
+    testtiff::write(file_, pages);
+    auto const told = runVelmora({"info", file_}, environment());
+    for (std::string const line :
+         {"stack                   2 channels, 2 slices, 1 time\n", "channels                DAPI, FITC\n",
+          "pixel size              0.5 x 0.25 microns\n"})
+        EXPECT_NE(told.out.find(line), std::string::npos) << told.out;
+    auto const json = runVelmora({"info", file_, "--json"}, environment());
+    for (std::string const line :
+         {"\"DAPI\",\n    \"FITC\"", "\"micronsPerPixelX\": 0.5,", "\"micronsPerPixelY\": 0.25,", "\"slices\": 2,"})
+        EXPECT_NE(json.out.find(line), std::string::npos) << json.out;
+}
+
 TEST_F(ProgramStackGLTest, WhatThePictureLacksIsRefused) {
     auto const refused = [&](std::vector<std::string> arguments, std::vector<std::string> const& words) {
         arguments.insert(arguments.end(), {"--screenshot", path("none.png")});
@@ -543,6 +619,10 @@ TEST_F(ProgramStackGLTest, WhatThePictureLacksIsRefused) {
     refused({store, "--z", "1"}, {"a tile store", "one slice", "--z and --t"});
     refused({store, "--page", "2", "--range", "1,2"}, {"a tile store", "--page", "leave them out"});
     refused({"--curve", "log"}, {"the built-in picture", "--curve"});
+    auto inks = testtiff::directory(40, 30, 4, std::vector<std::uint8_t>(40 * 30 * 4, 99));
+    inks.photometric = 5;
+    testtiff::write(path("inks.tif"), {inks});
+    refused({path("inks.tif"), "--curve", "log"}, {"inks.tif", "cannot be shown", "--curve"});
     EXPECT_FALSE(std::filesystem::exists(path("none.png")));
     auto const drawn =
         runVelmora({"render", file_, "-o", path("none.tif"), "--bits", "16", "--channel", "0"}, environment());
@@ -613,6 +693,18 @@ TEST_F(ProgramViewGLTest, ThePanelOfASlideHasItsLabel) {
     auto const json = runVelmora({"info", path("a.svs"), "--json"});
     EXPECT_NE(json.out.find("\"otherImages\": [\n    \"label\",\n    \"thumbnail\"\n  ]"), std::string::npos)
         << json.out;
+}
+
+TEST_F(ProgramViewGLTest, ThePixelUnderTheCursorIsCopiedAndThatIsTold) {
+    std::string const store = makeStore("a.vlm", 900, 700);
+    std::vector<std::string> const arguments{store, "--size", "900x600"};
+    auto const bottom = [](testimages::Pixels const& window) { return testimages::crop(window, 250, 540, 400, 60); };
+    auto const before = bottom(after("wait\nwheel 300 200 0\nwait\n", arguments));
+    auto const copied = bottom(after("wait\nwheel 300 200 0\nkey Ctrl+C\nwait\n", arguments));
+    EXPECT_NE(testimages::difference(copied, before), "");
+    auto const other = bottom(after("wait\nwheel 310 220 0\nkey Ctrl+C\nwait\n", arguments));
+    EXPECT_NE(testimages::difference(other, copied), "") << "another pixel";
+    expectPixels(bottom(after("wait\nwheel 300 200 0\nkey Ctrl+C\nwait\nkey escape\nwait\n", arguments)), before);
 }
 
 TEST_F(ProgramViewGLTest, AFileThatIsDroppedIsOpened) {
