@@ -528,7 +528,7 @@ TEST_F(ProgramStackGLTest, APageIsAPictureOfItsOwn) {
                   {"--z is 0: the picture has no others"});
 }
 
-// A window of 640 x 480 whose panel of channels ends above the part that is compared; a movement of no length is a click.
+// A window of 640 x 480 whose panel of channels ends above the part that is compared. A drag of no length is a click.
 class ProgramPanelGLTest : public ProgramViewGLTest {
 protected:
     void writeChannels(std::uint16_t bands, unsigned pages) const {
