@@ -31,6 +31,7 @@ size_t UploadedTiles::nextNumber() {
 }
 
 bool UploadedTiles::reserve(LoadedTile& tile) {
+    if (ringFailed_) return false;
     eraseLate();
     late_.reserve(late_.size() + rooms_ + 1);
     Size const size = sizeOf(leveltile::shownRegion(info_, tile.job.tile));

@@ -1,6 +1,7 @@
 #include "host/view/PyramidStages.h"
 
 #include "host/HostError.h"
+#include "renderbackend/VelmoraException.h"
 #include "tests/host/image/TestTiff.h"
 #include "tests/host/view/PictureViewFixture.h"
 #include "tests/support/ForwardingInstance.h"
@@ -12,6 +13,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <thread>
 #include <tiff.h>
 
@@ -24,7 +26,7 @@ using namespace std::chrono_literals;
 // Pictures by the levels that their files have, beside a model that knows nothing of tiles.
 namespace {
 
-// Counts what goes through the upload ring.
+// Counts what goes through the upload ring, which fails from a reservation on.
 class RingCounter final : public ForwardingInstance<RingCounter> {
 public:
     RingCounter(std::shared_ptr<RenderBackendInstance> instance, RenderContext const& context)
@@ -32,19 +34,22 @@ public:
 
     int reserved() const { return reserved_; }
     int uploaded() const { return uploaded_; }
+    void failFrom(int reservation) { failsFrom_ = reservation; }
 
 private:
     friend ForwardingInstance<RingCounter>;
 
     template <class Operation>
     auto call(char const* member, Operation const& operation) const -> decltype(operation()) {
-        if (std::strcmp(member, "Instance::concurrentStagingBuffer(") == 0) ++reserved_;
+        if (std::strcmp(member, "Instance::concurrentStagingBuffer(") == 0 && ++reserved_ >= failsFrom_)
+            throw VelmoraException("no room", "RingCounter");
         if (std::strcmp(member, "Instance::synchronizeConcurrentStagingBuffer(") == 0) ++uploaded_;
         return operation();
     }
 
     mutable int reserved_ = 0;
     mutable int uploaded_ = 0;
+    int failsFrom_ = std::numeric_limits<int>::max();
 };
 
 // A file's levels, each of other noise, so that it shows which one a pixel comes from.
@@ -368,6 +373,47 @@ TEST_F(PyramidStagesGLTest, TilesGoThroughTheUploadRing) {
     // 3 x 2 tiles. One that is to stand in may still be on its way.
     EXPECT_GE(counting->uploaded(), 6);
     EXPECT_GE(counting->reserved(), counting->uploaded());
+}
+
+TEST_F(PyramidStagesGLTest, TilesThatTheRingHasNoRoomForAreShownAllTheSame) {
+    FileLevels const file = fileOf(1201, 903, 3, {2, 4, 8});
+    auto const pyramid = open(file);
+    auto const levels = modelsOf(file, 3);
+    for (int const first : {1, 3}) {
+        auto const failing = std::make_shared<RingCounter>(instance_, context_);
+        failing->failFrom(first);
+        PictureView view(failing, pyramid, options());
+        for (double const zoom : {1.0, 0.5}) {
+            Zoom const at = Zoom::nearest(zoom, 3);
+            View const whole{at, 0, 0, view.sizeAt(at).width, view.sizeAt(at).height, false};
+            EXPECT_TRUE(completed(view, whole) == frameOf(levels, whole)) << zoom;
+        }
+        EXPECT_EQ(failing->reserved(), first) << "it is not tried again";
+        EXPECT_LT(failing->uploaded(), first);
+    }
+}
+
+// What is late in the ring would come into the cache under numbers that others have by then.
+TEST_F(PyramidStagesGLTest, AViewThatGoesBeforeALateWriterWaitsForIt) {
+    FileLevels const file = fileOf(1201, 903, 3, {2, 4, 8});
+    auto const pyramid = open(file);
+    auto const levels = modelsOf(file, 3);
+    View const whole{Zoom(), 0, 0, 1201, 903, false};
+    auto const room = instance_->concurrentStagingBuffer(1, RenderBackend::TILE, {512, 512, 3});
+    std::thread writer([&] {
+        std::this_thread::sleep_for(500ms);
+        room->write(Bytes(512 * 512 * 3), 0);
+    });
+    {
+        PictureView view(instance_, pyramid, options());
+        view.show(whole);
+        for (int turn = 0; turn < 10; ++turn)
+            if (!view.advance(0ms)) view.wait(20ms);
+    }
+    writer.join();
+    PictureView view(instance_, pyramid, options());
+    EXPECT_TRUE(completed(view, whole) == frameOf(levels, whole));
+    instance_->clearTiles();
 }
 
 TEST_F(PyramidStagesGLTest, TheNameAndTheScaleAreTheFiles) {
