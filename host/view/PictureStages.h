@@ -2,6 +2,7 @@
 
 #include "host/display/ChannelDisplay.h"
 #include "host/display/Histogram.h"
+#include "host/view/Camera.h"
 #include "host/view/ShownTiles.h"
 #include "host/view/TileStages.h"
 #include "host/view/View.h"
@@ -9,6 +10,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 /// The stages of one picture's tiles, and what else a view asks of the picture. GL thread only. Throws HostError and
@@ -26,6 +28,9 @@ public:
         size_t hostBytes = 0; ///< of what is decoded and kept
     };
     virtual Usage usage() const = 0;
+
+    /// The samples of a pixel of the picture, of all bands and with all their bits, where they are on the GPU.
+    virtual std::optional<std::vector<std::uint16_t>> samplesAt(PicturePixel const& /*pixel*/) { return std::nullopt; }
 
     /// The channels that can be set; none where samples are shown as they are.
     virtual std::vector<ChannelDisplay> const& channels() const;

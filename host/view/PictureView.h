@@ -95,6 +95,9 @@ public:
     /// pixels of the picture's bands, interleaved, rows from the top; not enhanced, each the nearest. Those of coarser
     /// levels are on the picture's own scale.
     std::vector<std::uint16_t> codes();
+    /// Of a store: the samples of a pixel within the picture, of all bands and with all their bits, where a view of the
+    /// picture's own pixels has them; else nothing.
+    std::optional<std::vector<std::uint16_t>> samplesAt(PicturePixel const& pixel) { return stages_->samplesAt(pixel); }
     /// Draws the last frame into the host's surface, upright, its upper left corner at the surface's.
     void present();
     /// width * height bytes: 255 where the store has coefficients other than 0 for the view's level, else 0, off by

@@ -19,3 +19,9 @@ StoreTileStages::StoreTileStages(std::shared_ptr<RenderBackendInstance> const& i
 void StoreTileStages::putAlpha(std::vector<std::uint8_t>& rgba, View const& view, std::vector<LevelTile> const& tiles) {
     AlphaPlane(targets_, rebuilt_, store_.info()).put(rgba, view, tiles);
 }
+
+std::optional<std::vector<std::uint16_t>> StoreTileStages::samplesAt(PicturePixel const& pixel) {
+    LevelTile const tile = {0, pixel.x / leveltile::kSide, pixel.y / leveltile::kSide};
+    if (!rebuilt_.has(tile) || (hasResidualBits(0) && !samples_.hasResiduals(tile))) return std::nullopt;
+    return samples_.codes(0, {pixel.x, pixel.y, 1, 1}, store_.info().bands);
+}

@@ -30,6 +30,7 @@ public:
     void wait(std::chrono::milliseconds time) override { loader_.wait(time); }
     Usage usage() const override { return {rebuilt_.count(), rebuilt_.bytes(), cache_->bytes()}; }
     void putAlpha(std::vector<std::uint8_t>& rgba, View const& view, std::vector<LevelTile> const& tiles) override;
+    std::optional<std::vector<std::uint16_t>> samplesAt(PicturePixel const& pixel) override;
     std::vector<std::uint16_t> codes(View const& view) override { return samples_.codes(view); }
     std::vector<std::uint8_t> dataMask(View const& view) override { return mask_.draw(view); }
 

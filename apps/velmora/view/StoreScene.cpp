@@ -314,11 +314,15 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
     return edits.lookAt ? Redraw::Overlay : Redraw::Nothing;
 }
 
-// The file's own samples where there is a file, else the colour that is shown.
+// The picture's own samples: of a file always, of a store where the view has them; else the colour that is shown.
 std::string StoreScene::pixelTextAt(Place const& cursor) {
     auto const pixel = camera_.pixelAt(cursor);
     if (!pixel) return "";
-    if (!probe_) return pixeltext::ofColour(*pixel, colourAt(cursor));
+    if (!probe_) {
+        auto const samples = picture_.samplesAt(*pixel);
+        if (!samples) return pixeltext::ofColour(*pixel, colourAt(cursor));
+        return pixeltext::ofSamples(*pixel, {samples->begin(), samples->end()}, SampleType::Unsigned16);
+    }
     PixelProbe::Question const question = {pixel->x, pixel->y, probedBands(), picture_.position()};
     if (question.bands.empty()) return pixeltext::ofColour(*pixel, colourAt(cursor));
     if (probe_->asked() != question) probe_->ask(question);

@@ -214,6 +214,29 @@ TEST_F(StoreChannelStagesGLTest, SmallestBudgetsGiveTheSamePixels) {
 }
 
 // Of the bytes that are shown.
+TEST_F(StoreChannelStagesGLTest, SamplesOfPixelsAreThoseOfThePicture) {
+    for (size_t const bits : {16U, 8U})
+        for (size_t const bands : {1U, 2U, 3U, 4U}) {
+            Picture const picture = testpictures::picture(701, 600, bands, bits, Content::Noise);
+            StoreInfo const info = import(picture);
+            PictureView view(instance_, shown(inRange(0, 20)), options());
+            EXPECT_FALSE(view.samplesAt({0, 0})) << "nothing is there yet";
+            completed(view, {Zoom::nearest(0.4, info.levels), 0, 0, 200, 200, false});
+            EXPECT_FALSE(view.samplesAt({10, 10})) << "a coarser level is";
+            completed(view, {Zoom(), 0, 0, 701, 600, false});
+            for (int i = 0; i < 30; ++i) {
+                PicturePixel const pixel = {random_() % 701, random_() % 600};
+                std::vector<std::uint16_t> expected(bands);
+                for (size_t band = 0; band < bands; ++band)
+                    std::memcpy(&expected[band], &picture.bytes[((pixel.y * 701 + pixel.x) * bands + band) * bits / 8],
+                                bits / 8);
+                auto const samples = view.samplesAt(pixel);
+                ASSERT_TRUE(samples);
+                ASSERT_EQ(*samples, expected) << pixel.x << "," << pixel.y;
+            }
+        }
+}
+
 TEST_F(StoreChannelStagesGLTest, EnhancementsAreThoseOfTheWholeLevel) {
     Picture const picture = testpictures::picture(1300, 620, 3, 16, Content::Noise);
     import(picture);
