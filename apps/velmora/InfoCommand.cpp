@@ -126,12 +126,14 @@ void glJson() {
     std::cout << report.dump(2) << '\n';
 }
 
+// Nothing is printed before all of it is known.
 void imageInfo(std::string const& image) {
-    for (ImageProperty const& line : picturetext::linesOf(picturetext::factsOf(image)))
-        printText(line.name, line.value);
+    auto lines = picturetext::linesOf(picturetext::factsOf(image));
     auto const others = picturetext::otherImagesOf(image);
-    if (!others.empty()) printText("other images", CLI::detail::join(others, ", "));
-    printNumber("bytes", static_cast<std::int64_t>(bytesOf(image)));
+    if (!others.empty()) lines.push_back({"other images", CLI::detail::join(others, ", ")});
+    lines.push_back({"bytes", std::to_string(bytesOf(image))});
+    for (ImageProperty const& line : lines)
+        printText(line.name, line.value);
 }
 
 nlohmann::ordered_json levelsJson(std::vector<PyramidLevel> const& levels) {
