@@ -23,7 +23,7 @@ ImageFacts factsOf(StoreInfo const& store) {
 
 // Mixtures have 8 bits.
 PictureInfo infoOf(StoreInfo const& store, ChannelOpening const& opening) {
-    PictureInfo info = store;
+    PictureInfo info = static_cast<PictureInfo const&>(store);
     info.interpretation = store.interpretation + ", " + std::to_string(store.bits) + " bits";
     info.bands = opening.bands;
     info.bits = 8;
