@@ -188,17 +188,13 @@ Zoom zoomOf(Options const& options, PictureInfo const& info) {
                                                 toText(smallest.value()));
 }
 
-// Of what is shown as it is asked for.
+// Without channels where samples are shown as they are.
 ShownChannels showingOf(PictureSource const& source) {
-    if (source.pyramid) return ChannelStages::showingOf(*source.pyramid, *source.display);
+    if (source.pyramid && source.display) return ChannelStages::showingOf(*source.pyramid, *source.display);
+    if (source.pyramid) return {PyramidStages::infoOf(*source.pyramid), {}};
     TileStore store(source.store, interruption::throwIfNoted);
-    return StoreChannelStages::showingOf(store, *source.display);
-}
-
-PictureInfo infoOf(PictureSource const& source) {
-    if (source.display) return showingOf(source).info;
-    if (source.pyramid) return PyramidStages::infoOf(*source.pyramid);
-    return TileStore(source.store, interruption::throwIfNoted).info();
+    if (source.display) return StoreChannelStages::showingOf(store, *source.display);
+    return {store.info(), {}};
 }
 
 // Which slice and time of a stack.
@@ -240,20 +236,21 @@ std::string changesText(Pyramid const& pyramid) {
 }
 
 // What is said of a picture in the closing line.
-std::string description(PictureSource const& source, PictureInfo const& info) {
+std::string description(PictureSource const& source, ShownChannels const& showing) {
+    PictureInfo const& info = showing.info;
     std::string text = printableText(info.interpretation);
     if (!source.display) text += ", " + std::to_string(info.bits) + " bits";
     if (source.pyramid)
         text += ", " + source.pyramid->facts().image.format + changesText(*source.pyramid);
     else
         text += ", store of " + counted(info.levels, "level");
-    if (!source.display) return text;
-    if (source.pyramid) text += positionText(source.pyramid->facts().stack, source.display->position);
-    return text + channelsText(showingOf(source).channels);
+    if (source.pyramid && source.display) text += positionText(source.pyramid->facts().stack, source.display->position);
+    return text + channelsText(showing.channels);
 }
 
 void renderLevels(Options const& options, PictureSource const& source) {
-    PictureInfo const info = infoOf(source);
+    ShownChannels const showing = showingOf(source);
+    PictureInfo const& info = showing.info;
     Zoom const zoom = zoomOf(options, info);
     std::string const note = zoom.noteFor(options.zoom);
     Region const wanted = chosenRegion(options, info.width, info.height);
@@ -265,7 +262,7 @@ void renderLevels(Options const& options, PictureSource const& source) {
             StoreRenderer(instance, source, options.steps, interruption::throwIfNoted, shape.bits)
                 .render(zoom, options.smooth, region, write, progress);
         });
-    report(options, shape, info.width, info.height, description(source, info) + (note.empty() ? "" : ", " + note),
+    report(options, shape, info.width, info.height, description(source, showing) + (note.empty() ? "" : ", " + note),
            seconds);
 }
 

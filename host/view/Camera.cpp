@@ -46,6 +46,7 @@ View Camera::view() const {
 }
 
 void Camera::resize(Size const& frame) {
+    if (frame.width == frame_.width && frame.height == frame_.height) return;
     auto const difference = [](size_t before, size_t after) {
         return static_cast<std::int64_t>(before / 2) - static_cast<std::int64_t>(after / 2);
     };

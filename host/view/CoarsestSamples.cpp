@@ -37,11 +37,11 @@ void append(TileStore& store, size_t column, size_t row, std::vector<std::uint8_
 std::vector<std::uint8_t> readOf(TileStore& store) {
     StoreInfo const& info = store.info();
     Size const shown = leveltile::levelExtent(info, info.levels);
-    Size const tiles = {(shown.width - 1) / info.tileSize + 1, (shown.height - 1) / info.tileSize + 1};
+    auto const partsOf = [](size_t length, size_t part) { return (length - 1) / part + 1; };
+    Size const tiles = {partsOf(shown.width, info.tileSize), partsOf(shown.height, info.tileSize)};
+    size_t const mostTiles = std::max<size_t>(kMostPixels / (info.tileSize * info.tileSize), 1);
     size_t step = 1;
-    while (((tiles.width - 1) / step + 1) * ((tiles.height - 1) / step + 1) * info.tileSize * info.tileSize >
-               kMostPixels &&
-           step < std::max(tiles.width, tiles.height))
+    while (partsOf(tiles.width, step) * partsOf(tiles.height, step) > mostTiles)
         ++step;
     std::vector<std::uint8_t> samples;
     for (size_t row = 0; row < tiles.height; row += step)

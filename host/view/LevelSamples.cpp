@@ -80,13 +80,15 @@ std::uint16_t LevelSamples::codeOf(std::int16_t sample) const {
 
 void LevelSamples::putColours(Codes& to, LevelTile const& tile, Region const& part) {
     Region const shown = leveltile::shownRegion(info_, tile);
-    bool const isDeep = tiles_.layout() == Layout::kThreeChannel16;
-    std::vector<unsigned char> const texels = targets_.read(
-        *tiles_.pixels(tile), tiles_.layout(), {part.x - shown.x, part.y - shown.y, part.width, part.height});
+    Layout const layout = tiles_.layout();
+    bool const isDeep = layout == Layout::kThreeChannel16;
+    size_t const pixelBytes = samplelayout::bytesPerPixel(layout);
+    std::vector<unsigned char> const texels =
+        targets_.read(*tiles_.pixels(tile), layout, {part.x - shown.x, part.y - shown.y, part.width, part.height});
     size_t const colours = std::min<size_t>(to.bands, pixelbands::isGrey(info_.bands) ? 1 : 3);
     unsigned char const* pixel = texels.data();
     for (size_t y = part.y; y < part.y + part.height; ++y) {
-        for (size_t x = part.x; x < part.x + part.width; ++x, pixel += samplelayout::bytesPerPixel(tiles_.layout())) {
+        for (size_t x = part.x; x < part.x + part.width; ++x, pixel += pixelBytes) {
             for (size_t band = 0; band < colours; ++band)
                 to.at(x, y, band) = isDeep ? codeOf(samplelayout::threeChannelSample(pixel, band)) : pixel[band];
         }

@@ -5,7 +5,6 @@
 #include "host/view/CoarsestSamples.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace {
@@ -98,18 +97,14 @@ std::vector<std::uint8_t> StoreChannelStages::codesOf(LevelTile const& tile) {
     Region const region = leveltile::shownRegion(info_, tile);
     size_t const pixels = region.width * region.height;
     std::vector<std::uint16_t> const samples = this->samples().codes(tile.level, region, facts_.layout.bands);
-    std::vector<std::uint8_t> bytes;
-    if (facts_.layout.type == SampleType::Unsigned8) {
-        bytes.assign(samples.begin(), samples.end());
-    } else {
-        bytes.resize(2 * samples.size());
-        std::memcpy(bytes.data(), samples.data(), bytes.size());
-    }
+    std::vector<std::uint8_t> narrow;
+    if (facts_.layout.type == SampleType::Unsigned8) narrow.assign(samples.begin(), samples.end());
+    auto const* const bytes = narrow.empty() ? reinterpret_cast<std::uint8_t const*>(samples.data()) : narrow.data();
     auto const& shown = channels_.shown();
     std::vector<std::uint8_t> texels = channelset::codeTexels(shown.size(), pixels);
     std::vector<std::uint16_t> codes(pixels);
     for (size_t i = 0; i < shown.size(); ++i) {
-        channelset::codesOf(facts_, shown[i]).encode(bytes.data(), facts_.layout, shown[i].band, pixels, codes.data());
+        channelset::codesOf(facts_, shown[i]).encode(bytes, facts_.layout, shown[i].band, pixels, codes.data());
         channelset::putCodes(codes, i, texels);
     }
     return texels;

@@ -25,12 +25,10 @@ void requireShown(std::string const& what, ImageSelection const& selection, Disp
     ImageSelection part = selection;
     part.range.reset();
     part.automaticRange = false;
-    DisplayRequest ofSlices;
-    ofSlices.position = display.position;
     if (!part.isEmpty())
         throw HostError(HostError::Kind::Usage, what + " is taken whole; --page, --bands and --to-srgb choose a part "
                                                        "of an image file: leave them out");
-    if (!ofSlices.isEmpty())
+    if (display.position != StackPosition())
         throw HostError(HostError::Kind::Usage, what + " has one slice, and one time: leave out --z and --t");
 }
 

@@ -12,6 +12,7 @@ extern unsigned char const velmoraPanelFontEnd[]; // NOLINT(modernize-avoid-c-ar
 namespace {
 
 constexpr ImWchar kReplacement = 0xfffd;
+constexpr unsigned kFirstBeyondLatin1 = 0x100; // Latin-1 is always needed, and all of it that has a shape is there
 
 } // namespace
 
@@ -66,8 +67,9 @@ void Lettering::build(ImVector<ImWchar> const& ranges) {
 bool Lettering::findOthers() {
     ImFont const& font = *ImGui::GetIO().Fonts->Fonts.front();
     bool any = false;
-    for (ImWchar const letter : asked_) {
-        if (font.FindGlyphNoFallback(letter) != nullptr) continue;
+    for (unsigned code = kFirstBeyondLatin1; code <= IM_UNICODE_CODEPOINT_MAX; ++code) {
+        auto const letter = static_cast<ImWchar>(code);
+        if (!needed_.GetBit(code) || font.FindGlyphNoFallback(letter) != nullptr) continue;
         auto const face = fonts_.with(letter);
         if (!face) continue;
         ImVector<ImWchar>& letters = others_[*face];
@@ -84,12 +86,7 @@ void Lettering::need(std::string const& text) {
     if (isAscii) return;
     ImVector<ImU32> const before = needed_.UsedChars;
     needed_.AddText(text.c_str());
-    if (std::equal(before.begin(), before.end(), needed_.UsedChars.begin())) return;
-    isDue_ = true;
-    ImFontGlyphRangesBuilder ofText;
-    ofText.AddText(text.c_str());
-    for (unsigned letter = 0x80; letter <= IM_UNICODE_CODEPOINT_MAX; ++letter)
-        if (ofText.GetBit(letter)) asked_.insert(static_cast<ImWchar>(letter));
+    isDue_ = isDue_ || !std::equal(before.begin(), before.end(), needed_.UsedChars.begin());
 }
 
 float Lettering::scale() {

@@ -5,7 +5,6 @@
 #include <imgui.h>
 
 #include <map>
-#include <set>
 #include <string>
 
 /// The letters of the panels: DejaVu Sans, rasterised for the size at which they are shown, so that they are sharp on
@@ -37,7 +36,6 @@ private:
 
     ImFontGlyphRangesBuilder needed_;
     SystemFonts fonts_;
-    std::set<ImWchar> asked_;                               // beyond ASCII
     std::map<SystemFonts::Face, ImVector<ImWchar>> others_; // pairs of equal letters, and 0
     float pixels_ = 0;                                      // 0: none were made
     bool isDue_ = false;

@@ -44,7 +44,7 @@ ImVec4 grey(float level, float alpha) {
 ImGuiStyle styleFor(float scale, bool isLight) {
     ImVec4 const accent{0.26F, 0.55F, 0.86F, 1};
     ImVec4 const softAccent{0.26F, 0.55F, 0.86F, 0.55F};
-    // The light greys are as far from white as the dark ones from black, but for the text, which is darker.
+    // Light greys lie nearer to white than the dark ones to black.
     auto const tone = [isLight](float level, float alpha) { return grey(isLight ? 1 - 0.6F * level : level, alpha); };
     ImGuiStyle style;
     isLight ? ImGui::StyleColorsLight(&style) : ImGui::StyleColorsDark(&style);
@@ -167,8 +167,8 @@ bool Overlay::hasMouse() const {
 }
 
 void Overlay::setTheme(bool isLight) {
-    isStyled_ = isStyled_ && isLight_ == isLight;
     isLight_ = isLight;
+    isStyled_ = false;
 }
 
 bool Overlay::lacksLetters() const {
@@ -195,7 +195,7 @@ void Overlay::begin(Size const& frame, double pixelsPerUnit, double secondsSince
 
 void Overlay::prepareLetters(double pixelsPerUnit) {
     bool const isOther = lettering_->prepare(pixelsPerUnit);
-    if (isOther || std::exchange(isStyled_, true) == false)
+    if (isOther || !std::exchange(isStyled_, true))
         ImGui::GetStyle() = styleFor(static_cast<float>(std::max(pixelsPerUnit, 1.0)), isLight_);
     if (!isOther) return;
     // The first time the backend makes the texture itself.

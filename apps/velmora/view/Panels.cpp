@@ -477,25 +477,6 @@ void drawProperties(std::vector<ImageProperty> const& properties, std::vector<pa
     ImGui::End();
 }
 
-} // namespace
-
-void panels::drawKeys() {
-    ImVec2 const size = ImGui::GetIO().DisplaySize;
-    ImGui::SetNextWindowPos({size.x / 2, size.y / 2}, ImGuiCond_Always, {0.5F, 0.5F});
-    ImGui::SetNextWindowBgAlpha(0.85F);
-    ImGui::Begin("help", nullptr, kWordFlags);
-    for (Help const& line : kHelp) {
-        ImGui::TextUnformatted(line.key);
-        ImGui::SameLine(160 * Lettering::scale());
-        ImGui::TextUnformatted(line.does);
-    }
-    ImGui::Separator();
-    ImGui::TextUnformatted(kMoreHelp);
-    ImGui::End();
-}
-
-namespace {
-
 // A small window shows the picture.
 bool hasRoomForPanels() {
     ImVec2 const size = ImGui::GetIO().DisplaySize;
@@ -565,6 +546,21 @@ void panels::drawRuler(Camera const& camera, Ruler::Line const& line, std::strin
     list.AddLine(toImGui(from.x, from.y), toImGui(to.x, to.y), kShadow, 4);
     list.AddLine(toImGui(from.x, from.y), toImGui(to.x, to.y), kTileColour, 2);
     drawLabel(list, toImGui(to.x + 10, to.y + 10), length.c_str());
+}
+
+void panels::drawKeys() {
+    ImVec2 const size = ImGui::GetIO().DisplaySize;
+    ImGui::SetNextWindowPos({size.x / 2, size.y / 2}, ImGuiCond_Always, {0.5F, 0.5F});
+    ImGui::SetNextWindowBgAlpha(0.85F);
+    ImGui::Begin("help", nullptr, kWordFlags);
+    for (Help const& line : kHelp) {
+        ImGui::TextUnformatted(line.key);
+        ImGui::SameLine(160 * Lettering::scale());
+        ImGui::TextUnformatted(line.does);
+    }
+    ImGui::Separator();
+    ImGui::TextUnformatted(kMoreHelp);
+    ImGui::End();
 }
 
 void panels::drawMessage(std::string const& text, bool isImporting) {

@@ -102,7 +102,6 @@ void Viewer::openStoreOf(std::string const& image) {
 }
 
 void Viewer::startImport(std::string const& store) {
-    showsKeys_ = false;
     ImportOptions options = picturefiles::cacheOptions(options_.image);
     options.jobs = options_.importJobs;
     import_ = std::make_unique<Import>(picturefiles::openerOf(options_.image, options_.selection), store, options);
@@ -110,7 +109,7 @@ void Viewer::startImport(std::string const& store) {
 
 void Viewer::open(PictureSource const& source) {
     scene_ = std::make_unique<StoreScene>(instance_, source, options_, frame());
-    if (import_ && import_->camera && import_->isMoved) scene_->camera() = *import_->camera;
+    if (import_ && import_->camera) scene_->camera() = *import_->camera;
     import_.reset();
     before_.reset();
     window_.setTitle(titleOf(options_.image));
@@ -205,8 +204,7 @@ void Viewer::playScript() {
 
 void Viewer::follow(Size const& size) {
     if (import_) return followImport(size);
-    if (size.width != scene_->camera().frame().width || size.height != scene_->camera().frame().height)
-        scene_->camera().resize(size);
+    scene_->camera().resize(size);
     isMoved_ = isMoved_ || scene_->isMoved();
     due_.raise(scene_->advance());
     Redraw const due = due_.next(pictureComplete());
@@ -277,18 +275,21 @@ void Viewer::takePreview(Size const& size) {
     if (!image.rgba.empty()) {
         import_->preview.set(image.rgba, {image.width, image.height});
         import_->covered = {image.width * image.distance, image.height * image.distance};
+        if (!import_->camera) import_->camera = startCamera(image.picture, size);
     }
-    if (!image.rgba.empty() && !import_->camera) {
-        PictureInfo info;
-        info.width = image.picture.width;
-        info.height = image.picture.height;
-        info.levels = storegeometry::autoLevels(info.width, info.height, ImportOptions().tileSize);
-        import_->camera.emplace(info, size);
-        if (options_.start) options_.start->apply(*import_->camera);
-    }
-    if (!import_->camera) return;
-    Size const& before = import_->camera->frame();
-    if (size.width != before.width || size.height != before.height) import_->camera->resize(size);
+    if (import_->camera) import_->camera->resize(size);
+}
+
+// As that of the store will be.
+Camera Viewer::startCamera(Size const& picture, Size const& frame) const {
+    PictureInfo info;
+    info.width = picture.width;
+    info.height = picture.height;
+    info.levels =
+        storegeometry::autoLevels(info.width, info.height, picturefiles::cacheOptions(options_.image).tileSize);
+    Camera camera(info, frame);
+    if (options_.start) options_.start->apply(camera);
+    return camera;
 }
 
 void Viewer::drawImport(Size const& size) {
@@ -304,7 +305,7 @@ void Viewer::drawImport(Size const& size) {
     if (!options_.bare) {
         drawProgress(size);
         drawOwnPanels();
-        if (showsKeys_) panels::drawKeys();
+        if (import_->showsKeys) panels::drawKeys();
     }
     overlay_.end();
     lastFrame_ = Clock::now();
@@ -350,11 +351,9 @@ void Viewer::handle(SDL_Event const& event) {
     bool hasMouse = !options_.bare && overlay_.hasMouse();
     // Nothing can be seen of a ruler over a bare picture.
     if (!import_ && !options_.bare && scene_->ruler().handle(event, *camera, pixelsPerUnit, hasMouse)) hasMouse = true;
-    View const before = camera == nullptr ? View() : camera->view();
     Controls::Command const command =
         isTyped ? commandWhileTyping(event.key) : controls_.handle(event, camera, pixelsPerUnit, hasMouse);
-    if (import_ && camera != nullptr && camera->view() != before) import_->isMoved = true;
-    if (import_ && command == Controls::Command::Help) showsKeys_ = !showsKeys_;
+    if (import_ && command == Controls::Command::Help) import_->showsKeys = !import_->showsKeys;
     Redraw const due = perform(command) || import_ ? Redraw::Nothing : scene_->command(command);
     // Over a bare picture only what moves it can be seen.
     if (!options_.bare || event.type == SDL_WINDOWEVENT)

@@ -45,7 +45,7 @@ private:
         size_t seen = 0;              // version of the preview
         std::optional<Camera> camera; // once it is known how large the picture is
         Size covered;                 // pixels of the picture that the preview covers
-        bool isMoved = false;         // by a hand
+        bool showsKeys = false;
     };
 
     void openImage();
@@ -75,6 +75,7 @@ private:
     void draw(Size const& size, Redraw due);
     void drawImport(Size const& size);
     void takePreview(Size const& size);
+    Camera startCamera(Size const& picture, Size const& frame) const;
     void drawProgress(Size const& size);
     void drawOwnPanels();
     Camera* shownCamera();
@@ -99,7 +100,6 @@ private:
     std::string message_;               // as a person may see it
     std::string hint_;                  // shown where there is no message, until a hand does something
     std::optional<std::string> chosen_; // the file that is opened next
-    bool showsKeys_ = false;            // over an import
     DueRedraw due_;
     bool isMoved_ = false; // since the last frame
     Controls controls_;

@@ -70,6 +70,12 @@ PictureView::Options PictureViewFixture::options() {
     return options;
 }
 
+PictureView::Options PictureViewFixture::forgetful() {
+    PictureView::Options options = PictureViewFixture::options();
+    options.gpuBytes = options.hostBytes = 1;
+    return options;
+}
+
 PictureViewFixture::Bytes PictureViewFixture::completed(PictureView& view) {
     while (!view.complete()) {
         if (!view.advance(50ms)) view.wait(50ms);

@@ -48,6 +48,8 @@ protected:
     StoreInfo import(testpictures::Picture const& picture, size_t tileSize = 64) const;
 
     static PictureView::Options options();
+    /// Only what a frame needs is kept: levels and decompressed tiles go at once, bands stay in the backend's cache.
+    static PictureView::Options forgetful();
     static Bytes completed(PictureView& view);
     static Bytes completed(PictureView& view, View const& wanted);
 

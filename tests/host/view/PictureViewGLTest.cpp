@@ -194,9 +194,7 @@ TEST_F(PictureViewGLTest, SmallestBudgetsGiveTheSamePixels) {
     auto const levels = levelsOf(picture, info.levels);
     Gles3RenderBackend poor(hostfilters::registry(), RenderBackend::RGBA32, 1);
     auto const instance = poor.createInstance(context_);
-    PictureView::Options small = options();
-    small.hostBytes = small.gpuBytes = 1;
-    PictureView view(instance, path(), small);
+    PictureView view(instance, path(), forgetful());
     for (int i = 0; i < 20; ++i) {
         View const wanted = randomView(info);
         ASSERT_TRUE(completed(view, wanted) == frameOf(levels, wanted)) << describe(wanted);

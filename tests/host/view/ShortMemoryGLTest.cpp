@@ -14,13 +14,6 @@ namespace {
 
 class ShortMemoryGLTest : public PictureViewFixture {
 protected:
-    // Levels go as soon as they are not needed, decompressed tiles at once; bands stay in the backend's cache.
-    static PictureView::Options forgetful() {
-        PictureView::Options options = PictureViewFixture::options();
-        options.gpuBytes = options.hostBytes = 1;
-        return options;
-    }
-
     // completed() of a view that may never be.
     static bool completes(PictureView& view) {
         auto const end = std::chrono::steady_clock::now() + 60s;

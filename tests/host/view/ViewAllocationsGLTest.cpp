@@ -49,13 +49,6 @@ protected:
         if (runsOffLlvmpipe()) GTEST_SKIP() << "it runs on llvmpipe";
     }
 
-    // Only what a frame needs is kept: with frames in other tiles, threads have to read each time.
-    static PictureView::Options forgetful() {
-        PictureView::Options options = PictureViewFixture::options();
-        options.gpuBytes = options.hostBytes = 1;
-        return options;
-    }
-
     static std::vector<enhancement::Step> steps() {
         return {enhancement::Sharpen{2.0}, enhancement::Truncate{1, false}, enhancement::Equalise{3.0}};
     }
