@@ -68,7 +68,9 @@ size_t bytesOf(std::string const& path) {
     return bytes;
 }
 
-void storeInfo(size_t bytes, StoreInfo const& info) {
+void storeInfo(size_t bytes, TileStore& store) {
+    StoreInfo const& info = store.info();
+    picturetext::Kept const kept = picturetext::keptIn(store);
     auto const number = [](char const* name, size_t value) { printNumber(name, static_cast<std::int64_t>(value)); };
     number("width", info.width);
     number("height", info.height);
@@ -81,11 +83,26 @@ void storeInfo(size_t bytes, StoreInfo const& info) {
     printText("pixel size", micronsText(info));
     printText("made of", info.sourceName);
     printText("taken of it", info.selection.empty() ? "all, sample for sample" : info.selection);
+    printText("kept with it", kept.summary.empty() ? "nothing" : kept.summary);
+    for (ImageProperty const& line : picturetext::linesOfLook(kept.facts))
+        printText(line.name, line.value);
     number("bytes", bytes);
 }
 
+nlohmann::ordered_json propertiesJson(std::vector<ImageProperty> const& properties) {
+    auto list = nlohmann::ordered_json::array();
+    for (ImageProperty const& property : properties)
+        list.push_back({{"name", property.name}, {"value", property.value}});
+    return list;
+}
+
 // Keys are the names of the store's description.
-void storeJson(size_t bytes, StoreInfo const& info) {
+void storeJson(size_t bytes, TileStore& store) {
+    StoreInfo const& info = store.info();
+    picturetext::Kept const kept = picturetext::keptIn(store);
+    auto metadata = nlohmann::ordered_json::array();
+    for (MetadataItem const& item : store.metadata())
+        metadata.push_back({{"kind", item.kind}, {"name", item.name}});
     nlohmann::ordered_json const report = {{"width", info.width},
                                            {"height", info.height},
                                            {"bands", info.bands},
@@ -101,6 +118,11 @@ void storeJson(size_t bytes, StoreInfo const& info) {
                                            {"selection", info.selection},
                                            {"rangeLow", info.rangeLow},
                                            {"rangeHigh", info.rangeHigh},
+                                           {"orientation", kept.facts.orientation},
+                                           {"colourProfile", SrgbConversion::of(kept.facts).profile},
+                                           {"otherImages", kept.otherImages},
+                                           {"metadata", metadata},
+                                           {"properties", propertiesJson(kept.facts.properties)},
                                            {"bytes", bytes}};
     // A file name may hold any bytes.
     std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
@@ -173,13 +195,11 @@ void imageJson(std::string const& image) {
                                      {"colourProfile", SrgbConversion::of(picture).profile},
                                      {"nodata", nullptr},
                                      {"otherImages", picturetext::otherImagesOf(image)},
-                                     {"properties", nlohmann::ordered_json::array()},
+                                     {"properties", propertiesJson(picture.properties)},
                                      {"bytes", bytesOf(image)}};
     for (BandFacts const& band : picture.bands)
         report["channels"].push_back(band.name);
     if (picture.nodata) report["nodata"] = *picture.nodata;
-    for (ImageProperty const& property : picture.properties)
-        report["properties"].push_back({{"name", property.name}, {"value", property.value}});
     std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 
@@ -197,9 +217,9 @@ void info(Options const& options) {
     if (options.file.empty()) return options.json ? glJson() : glInfo();
     requireRegularFile(options.file, HostError::Kind::UnreadableImage);
     if (isImage(options.file)) return options.json ? imageJson(options.file) : imageInfo(options.file);
-    TileStore const store(options.file, interruption::throwIfNoted);
+    TileStore store(options.file, interruption::throwIfNoted);
     size_t const bytes = bytesOf(options.file);
-    options.json ? storeJson(bytes, store.info()) : storeInfo(bytes, store.info());
+    options.json ? storeJson(bytes, store) : storeInfo(bytes, store);
 }
 
 } // namespace

@@ -1,8 +1,11 @@
 #include "host/image/CodecFacts.h"
 
+#include "host/image/TiffTags.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -98,6 +101,60 @@ void readCodestream(InputFile& file, std::uint64_t start, codecfacts::Jpeg2000& 
     facts.bits = static_cast<size_t>(number(file, start + 42, 1) & 0x7f) + 1;
 }
 
+constexpr std::uint64_t kMostBlockBytes = std::uint64_t{1} << 26;
+
+std::vector<std::uint8_t> bytesOf(InputFile& file, std::uint64_t start, std::uint64_t end) {
+    std::vector<std::uint8_t> bytes(std::min(end - std::min(start, end), kMostBlockBytes + 1));
+    if (!bytes.empty()) file.readAll(start, bytes.data(), bytes.size());
+    return bytes;
+}
+
+// Both formats begin with a box that names them.
+bool hasBoxes(InputFile& file) {
+    std::uint64_t const kind = number(file, 4, 4);
+    return number(file, 0, 4) == 12 && (kind == name("jP  ") || kind == name("JXL "));
+}
+
+bool isOfPixels(std::uint64_t kind) {
+    constexpr std::array<std::uint64_t, 10> kKinds{name("jP  "), name("JXL "), name("ftyp"), name("jp2h"),
+                                                   name("jp2c"), name("jxlc"), name("jxlp"), name("jxli"),
+                                                   name("jxll"), name("jbrd")};
+    return std::find(kKinds.begin(), kKinds.end(), kind) != kKinds.end();
+}
+
+std::string lettersOf(std::uint64_t kind) {
+    std::string letters;
+    for (size_t i = 0; i < 4; ++i)
+        letters += static_cast<char>(kind >> (24 - 8 * i));
+    return letters;
+}
+
+std::string hexOf(InputFile& file, std::uint64_t start, size_t bytes) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string hex;
+    for (size_t i = 0; i < bytes; ++i) {
+        std::uint64_t const byte = number(file, start + i, 1);
+        hex += {kDigits[byte / 16], kDigits[byte % 16]};
+    }
+    return hex;
+}
+
+MetadataItem itemOf(InputFile& file, Box const& box) {
+    constexpr size_t kUuidBytes = 16;
+    constexpr auto kXmpUuid = "be7acfcb97a942e89c71999491e3afac";
+    // EXIF has the offset of its TIFF header first, counted from behind it.
+    if (box.kind == name("Exif"))
+        return {picturemetadata::kExif, {}, bytesOf(file, box.start + 4 + number(file, box.start, 4), box.end)};
+    bool const isJxl = number(file, 4, 4) == name("JXL ");
+    if (isJxl && box.kind == name("xml ")) return {picturemetadata::kXmp, {}, bytesOf(file, box.start, box.end)};
+    if (box.kind != name("uuid") || box.end - box.start < kUuidBytes)
+        return {picturemetadata::kBox, lettersOf(box.kind), bytesOf(file, box.start, box.end)};
+    std::string const uuid = hexOf(file, box.start, kUuidBytes);
+    auto content = bytesOf(file, box.start + kUuidBytes, box.end);
+    if (uuid == kXmpUuid) return {picturemetadata::kXmp, {}, std::move(content)};
+    return {picturemetadata::kBox, "uuid/" + uuid, std::move(content)};
+}
+
 } // namespace
 
 size_t codecfacts::framesOfPng(InputFile& file) {
@@ -114,25 +171,11 @@ size_t codecfacts::framesOfPng(InputFile& file) {
 
 // An EXIF block is a small TIFF file: tag 274 of its first directory is one short number.
 int codecfacts::exifOrientation(std::vector<std::uint8_t> const& exif) {
-    constexpr size_t kEntry = 12;
-    constexpr std::uint64_t kOrientation = 274;
-    std::array<std::uint8_t, 6> const prefix{'E', 'x', 'i', 'f', 0, 0};
-    bool const named = exif.size() > prefix.size() && std::equal(prefix.begin(), prefix.end(), exif.begin());
-    size_t const start = named ? prefix.size() : 0;
-    bool const bigEndian = exif.size() > start && exif[start] == 'M';
-    auto const at = [&](std::uint64_t offset, size_t bytes) {
-        std::uint64_t value = 0;
-        for (size_t i = 0; i < bytes; ++i) {
-            std::uint64_t const place = start + offset + (bigEndian ? i : bytes - 1 - i);
-            value = value << 8 | (place < exif.size() ? exif[place] : 0u);
-        }
-        return value;
-    };
-    std::uint64_t const directory = at(4, 4);
-    for (std::uint64_t i = 0; i < at(directory, 2); ++i) {
-        std::uint64_t const entry = directory + 2 + kEntry * i;
-        if (at(entry, 2) != kOrientation) continue;
-        std::uint64_t const orientation = at(entry + 8, 2);
+    constexpr std::uint16_t kOrientation = 274;
+    TiffStructure const structure(TiffBytes::of(exif));
+    for (TiffStructure::Entry const& entry : structure.entries(structure.firstDirectory())) {
+        if (entry.tag != kOrientation) continue;
+        std::uint64_t const orientation = structure.number(entry.offset, 2);
         return orientation >= 1 && orientation <= 8 ? static_cast<int>(orientation) : 1;
     }
     return 1;
@@ -147,4 +190,34 @@ codecfacts::Jpeg2000 codecfacts::jpeg2000(InputFile& file) {
         if (box.kind == name("jp2c") && facts.bits == 0) readCodestream(file, box.start, facts);
     }
     return facts;
+}
+
+std::vector<MetadataItem> codecfacts::boxesBeside(InputFile& file) {
+    std::vector<MetadataItem> items;
+    if (!hasBoxes(file)) return items;
+    for (Box const& box : boxesIn(file, 0, file.size()))
+        if (!isOfPixels(box.kind)) items.push_back(itemOf(file, box));
+    return items;
+}
+
+std::vector<std::string> codecfacts::commentsOfJpeg(InputFile& file) {
+    constexpr std::uint64_t kComment = 0xfe;
+    constexpr std::uint64_t kScan = 0xda;
+    std::vector<std::string> comments;
+    // Segments follow one another up to the first scan: 0xff, a marker, and a length that counts itself.
+    for (std::uint64_t at = 2; at + 4 <= file.size() && number(file, at, 1) == 0xff;) {
+        std::uint64_t const marker = number(file, at + 1, 1);
+        if (marker == 0xff) { // padding
+            ++at;
+            continue;
+        }
+        std::uint64_t const length = number(file, at + 2, 2);
+        if (marker == kScan || length < 2 || at + 2 + length > file.size()) break;
+        if (marker == kComment) {
+            auto const bytes = bytesOf(file, at + 4, at + 2 + length);
+            comments.emplace_back(bytes.begin(), bytes.end());
+        }
+        at += 2 + length;
+    }
+    return comments;
 }

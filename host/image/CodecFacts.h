@@ -1,9 +1,11 @@
 #pragma once
 
 #include "host/image/InputFile.h"
+#include "host/image/PictureMetadata.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 /// Properties of files that libvips does not report.
@@ -25,5 +27,12 @@ struct Jpeg2000 {
 };
 
 Jpeg2000 jpeg2000(InputFile& file);
+
+/// The boxes of a JPEG 2000 or JPEG XL file that are not of its pixels: EXIF and XMP, others as they are. None of a
+/// file that has no boxes.
+std::vector<MetadataItem> boxesBeside(InputFile& file);
+
+/// The comments of a JPEG, in their order.
+std::vector<std::string> commentsOfJpeg(InputFile& file);
 
 } // namespace codecfacts

@@ -3,6 +3,7 @@
 #include <fitsio.h>
 
 #include <array>
+#include <cstring>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -126,6 +127,7 @@ private:
         setType();
         setBlank();
         setProperties();
+        keepHeader();
         requireData();
     }
 
@@ -187,6 +189,18 @@ private:
             fits_clear_errmsg();
             if (found && value.front() != 0) facts_.properties.push_back({name, value.data()});
         }
+    }
+
+    // All cards; of a compressed picture those that it had before.
+    void keepHeader() {
+        int status = 0;
+        int cards = 0;
+        char* text = nullptr;
+        if (fits_convert_hdr2str(fits_, 0, nullptr, 0, &text, &cards, &status) == 0)
+            facts_.blocks.push_back({picturemetadata::kFits, {}, {text, text + std::strlen(text)}});
+        fits_clear_errmsg();
+        status = 0;
+        if (text != nullptr) fits_free_memory(text, &status);
     }
 
     std::optional<double> number(char const* key) const {

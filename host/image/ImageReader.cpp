@@ -2,6 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/PlainText.h"
+#include "host/image/ImageMetadata.h"
 #include "host/image/ImageRefusal.h"
 #include "host/image/PixelBands.h"
 #include "host/image/SampleRange.h"
@@ -75,6 +76,15 @@ public:
     }
 
     Lost const& lost() const { return lost_; }
+
+    PictureMetadata metadata() {
+        imagemetadata::Taken taken;
+        taken.page = request_.page;
+        taken.hasAllBands = isWhole();
+        taken.hasFileSamples = !options_.selection.hasRange() && convertedFrom_.empty() &&
+                               facts().followedProfile.empty() && sampleBytes() == bytesOf(facts().layout.type);
+        return imagemetadata::of(*file_, facts(), taken);
+    }
 
     std::string description() const {
         std::string const what = counted(facts().layout.bands, "band") + " of " + toText(facts().layout.type) +
@@ -301,6 +311,10 @@ PixelSource::Selection ImageReader::selection() {
 
 PixelSource::Lost ImageReader::lost() const {
     return reading_->lost();
+}
+
+PictureMetadata ImageReader::metadata() {
+    return reading_->metadata();
 }
 
 void ImageReader::whileReading(std::function<void()> const& check) {

@@ -59,6 +59,7 @@ public:
     std::string description() const override;
     Selection selection() override;
     Lost lost() const override;
+    PictureMetadata metadata() override;
     void whileReading(std::function<void()> const& check) override;
     /// Conversions that no option asked for, one sentence each: "'a.jpg' is CMYK: its colours are converted to sRGB".
     std::vector<std::string> const& notes() const;

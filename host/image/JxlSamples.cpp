@@ -1,6 +1,7 @@
 #include "host/image/JxlSamples.h"
 
 #include "host/Threads.h"
+#include "host/image/CodecFacts.h"
 
 #include <jxl/decode.h>
 #include <jxl/parallel_runner.h>
@@ -116,11 +117,20 @@ private:
     std::uint64_t offset_ = 0;
 };
 
-JxlBasicInfo infoOf(InputFile& file) {
-    Stream stream(file, JXL_DEC_BASIC_INFO);
+// Basic info, and the ICC profile of the samples that are decoded: libjxl makes one of colours that the file names.
+JxlBasicInfo infoOf(InputFile& file, std::vector<std::uint8_t>& profile) {
+    Stream stream(file, JXL_DEC_BASIC_INFO | JXL_DEC_COLOR_ENCODING);
     JxlBasicInfo info{};
     if (stream.next() != JXL_DEC_BASIC_INFO) stream.require(JXL_DEC_ERROR);
     stream.require(JxlDecoderGetBasicInfo(stream.decoder(), &info));
+    if (stream.next() != JXL_DEC_COLOR_ENCODING) stream.require(JXL_DEC_ERROR);
+    size_t bytes = 0;
+    if (JxlDecoderGetICCProfileSize(stream.decoder(), nullptr, JXL_COLOR_PROFILE_TARGET_DATA, &bytes) !=
+        JXL_DEC_SUCCESS)
+        return info;
+    profile.resize(bytes);
+    stream.require(JxlDecoderGetColorAsICCProfile(stream.decoder(), nullptr, JXL_COLOR_PROFILE_TARGET_DATA,
+                                                  profile.data(), bytes));
     return info;
 }
 
@@ -145,7 +155,7 @@ JxlDataType dataTypeOf(SampleType type) {
 class JxlSamples final : public SampleSource {
 public:
     JxlSamples(std::shared_ptr<InputFile> file, SampleRequest const& request) : file_(std::move(file)) {
-        JxlBasicInfo const info = infoOf(*file_);
+        JxlBasicInfo const info = infoOf(*file_, facts_.iccProfile);
         if (info.num_extra_channels > (info.alpha_bits > 0 ? 1u : 0u))
             throw imageNotRead(file_->path(), "it has channels beside colours and alpha, which are not read");
         facts_.format = "JPEG XL";
@@ -159,6 +169,7 @@ public:
         layout.alpha = info.alpha_bits > 0;
         layout.bands = layout.colours + (layout.alpha ? 1 : 0);
         layout.type = typeOf(info);
+        facts_.blocks = codecfacts::boxesBeside(*file_);
         facts_.heldBytes = layout.height * (layout.rowBytes() + kWorkingBytes * layout.width);
     }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/Geometry.h"
+#include "host/image/PictureMetadata.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -47,6 +48,9 @@ public:
         bool any() const { return clipped > 0 || notNumbers > 0; }
     };
     virtual Lost lost() const { return {}; }
+
+    /// What the picture's file holds beside its samples.
+    virtual PictureMetadata metadata() { return {}; }
 
     /// Sets a function that is called now and then while a read takes long; an exception of it stops the read.
     virtual void whileReading(std::function<void()> const& check);

@@ -2,6 +2,7 @@
 
 #include "host/Geometry.h"
 #include "host/image/InputFile.h"
+#include "host/image/PictureMetadata.h"
 #include "host/image/SampleType.h"
 
 #include <array>
@@ -83,6 +84,9 @@ struct ImageFacts {
     std::optional<ImageStack> stack;       ///< of the file's pages, if no page was asked for
     std::vector<BandFacts> bands;          ///< of layout's; empty: the file says nothing of them
     std::vector<ImageProperty> properties; ///< of the picture's making: the instrument, the exposure, the program
+    std::vector<MetadataItem> blocks;      ///< EXIF, XMP and IPTC; not those of a TIFF, which has tags
+    double dotsPerInchX = 0;               ///< of a print, if the file states it; not of a TIFF. 0: unknown
+    double dotsPerInchY = 0;
 };
 
 /// The samples of a picture, unchanged from the file.

@@ -3,6 +3,7 @@
 #include "host/image/NodataSample.h"
 #include "host/image/TiffFile.h"
 #include "host/image/TiffStack.h"
+#include "host/image/TiffTags.h"
 
 #include <tiffio.h>
 
@@ -14,8 +15,7 @@ namespace {
 
 constexpr double kMillimetresPerInch = 25.4;
 constexpr double kMillimetresPerCentimetre = 10;
-constexpr size_t kLeastKeptRows = 512;      // for a picture in strips, libvips keeps at least these
-constexpr std::uint32_t kNodataTag = 42113; // GDAL_NODATA: a text
+constexpr size_t kLeastKeptRows = 512; // for a picture in strips, libvips keeps at least these
 
 // Throws for a file whose directories are all reduced-size copies of a picture that lies elsewhere.
 void findPages(TiffChain& chain, InputFile const& file) {
@@ -87,52 +87,20 @@ void describePalette(TiffFile const& tiff, TiffDirectory& directory) {
     directory.roundsPalette = bits <= 8 && highest > 0xff && round;
 }
 
-// Finds the bytes of tag 338 (extra samples) that mark colours as premultiplied: libtiff does not report their offset.
-class TagFinder {
-public:
-    TagFinder(InputFile& file, std::uint64_t directory) : file_(file) {
-        std::array<std::uint8_t, 4> start{};
-        file_.readAll(0, start.data(), start.size());
-        bigEndian_ = start[0] == 'M';
-        big_ = number(2, 2) == 43;
-        find(directory);
-    }
-
+// Offsets of the bytes of tag 338 (extra samples) that mark colours as premultiplied: libtiff does not report them.
+std::vector<std::uint64_t> multipliedMarks(InputFile& file, std::uint64_t directory) {
+    constexpr std::uint64_t kMostBands = 65535;
+    TiffStructure const structure(TiffBytes::of(file));
+    std::uint64_t const low = structure.isBigEndian() ? 1 : 0; // a word's byte that is not always 0
     std::vector<std::uint64_t> found;
-
-private:
-    std::uint64_t number(std::uint64_t offset, size_t bytes) {
-        std::array<std::uint8_t, 8> raw{};
-        file_.readAll(offset, raw.data(), bytes);
-        std::uint64_t value = 0;
-        for (size_t i = 0; i < bytes; ++i)
-            value |= std::uint64_t{raw[i]} << (8 * (bigEndian_ ? bytes - 1 - i : i));
-        return value;
+    for (TiffStructure::Entry const& entry : structure.entries(directory)) {
+        if (entry.tag != TIFFTAG_EXTRASAMPLES) continue;
+        for (std::uint64_t i = 0; i < std::min(entry.count, kMostBands); ++i)
+            if (structure.number(entry.offset + 2 * i, 2) == EXTRASAMPLE_ASSOCALPHA)
+                found.push_back(entry.offset + 2 * i + low);
     }
-
-    void find(std::uint64_t directory) {
-        size_t const countBytes = big_ ? 8 : 2;
-        size_t const entryBytes = big_ ? 20 : 12;
-        size_t const wordBytes = big_ ? 8 : 4;
-        std::uint64_t const entries = number(directory, countBytes);
-        for (std::uint64_t i = 0; i < entries; ++i) {
-            std::uint64_t const entry = directory + countBytes + i * entryBytes;
-            if (number(entry, 2) != TIFFTAG_EXTRASAMPLES) continue;
-            std::uint64_t const count = number(entry + 4, wordBytes);
-            std::uint64_t const inside = entry + 4 + wordBytes;
-            std::uint64_t const values = 2 * count <= wordBytes ? inside : number(inside, wordBytes);
-            // Offset of the word's byte that is not always 0.
-            std::uint64_t const low = bigEndian_ ? 1 : 0;
-            for (std::uint64_t word = values; word < values + 2 * count; word += 2)
-                if (number(word, 2) == EXTRASAMPLE_ASSOCALPHA) found.push_back(word + low);
-            return;
-        }
-    }
-
-    InputFile& file_;
-    bool bigEndian_ = false;
-    bool big_ = false;
-};
+    return found;
+}
 
 void describeBands(TiffFile const& tiff, InputFile& file, TiffDirectory& directory) {
     auto const bands = tiff.value<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
@@ -148,7 +116,7 @@ void describeBands(TiffFile const& tiff, InputFile& file, TiffDirectory& directo
     if (TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1 || count == 0) return;
     directory.isMultiplied = std::find(kinds, kinds + count, EXTRASAMPLE_ASSOCALPHA) != kinds + count;
     directory.hasAlpha = kinds[0] == EXTRASAMPLE_ASSOCALPHA || kinds[0] == EXTRASAMPLE_UNASSALPHA;
-    if (directory.isMultiplied) directory.multipliedTags = TagFinder(file, TIFFCurrentDirOffset(tiff.get())).found;
+    if (directory.isMultiplied) directory.multipliedTags = multipliedMarks(file, TIFFCurrentDirOffset(tiff.get()));
 }
 
 // libvips would report such samples as damage.
@@ -224,12 +192,12 @@ void describeResolution(TiffFile const& tiff, TiffDirectory& directory) {
 
 // libtiff does not know the tag: it gives a count and the values as they lie in the file.
 std::optional<double> nodataOf(TiffFile const& tiff) {
-    TIFFField const* const field = TIFFFindField(tiff.get(), kNodataTag, TIFF_ANY);
+    TIFFField const* const field = TIFFFindField(tiff.get(), tifftags::kNodata, TIFF_ANY);
     if (field == nullptr || TIFFFieldDataType(field) != TIFF_ASCII || TIFFFieldPassCount(field) == 0)
         return std::nullopt;
     std::uint32_t count = 0;
     void* bytes = nullptr;
-    if (TIFFGetField(tiff.get(), kNodataTag, &count, &bytes) != 1) return std::nullopt;
+    if (TIFFGetField(tiff.get(), tifftags::kNodata, &count, &bytes) != 1) return std::nullopt;
     return nodatasample::parse({static_cast<char const*>(bytes), count});
 }
 
@@ -285,6 +253,11 @@ bool TiffChain::Entry::isReduced() const {
     return (subfileType & FILETYPE_REDUCEDIMAGE) != 0;
 }
 
+bool TiffChain::Entry::isBeside() const {
+    constexpr std::uint32_t kBeside = 8;
+    return isReduced() && (subfileType & kBeside) != 0;
+}
+
 bool TiffChain::Entry::isMask() const {
     return (subfileType & FILETYPE_MASK) != 0;
 }
@@ -330,6 +303,7 @@ TiffDirectory TiffDirectory::read(InputFile& file, SampleRequest const& request)
     TiffDirectory directory = current(tiff);
     directory.pages = chain.pages.size();
     directory.index = index;
+    directory.offset = chain.entries[index].offset;
     auto const stack = request.page ? std::nullopt : TiffStack::of(chain, directory.description);
     if (stack) directory.stack = stack->size;
     return directory;

@@ -32,7 +32,8 @@ struct TiffChain {
         Kind kind;
         std::vector<std::uint64_t> subDirectories; ///< offsets
 
-        bool isReduced() const; ///< a smaller copy of another picture
+        bool isReduced() const; ///< a smaller copy of another picture, or a picture beside it
+        bool isBeside() const;  ///< a label or the whole glass, as slide scanners mark them
         bool isMask() const;
     };
 
@@ -46,6 +47,7 @@ struct TiffChain {
 /// The properties of the picture in one directory of a TIFF file that libvips does not report.
 struct TiffDirectory {
     size_t index = 0;              ///< in the file, from 0
+    std::uint64_t offset = 0;      ///< in the file
     size_t pages = 1;              ///< directories that are no reduced-size copies of others
     std::uint16_t photometric = 0; ///< meaning of the samples
     std::uint16_t compression = 1;
@@ -68,6 +70,7 @@ struct TiffDirectory {
 
     /// Throws HostError (unreadable image; usage, if there is no such page).
     static TiffDirectory read(InputFile& file, SampleRequest const& request);
-    /// Of the current directory: `index`, `pages` and `stack` are left out. Throws HostError (unreadable image).
+    /// Of the current directory: `index`, `offset`, `pages` and `stack` are left out. Throws HostError (unreadable
+    /// image).
     static TiffDirectory current(TiffFile const& tiff);
 };

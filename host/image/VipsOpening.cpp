@@ -252,27 +252,65 @@ std::vector<ImageProperty> slideProperties(VImage const& image) {
     return found;
 }
 
-std::vector<ImageProperty> propertiesOf(VImage const& image, Loader const& loader, Preparation const& known) {
-    if (known.tiff) return known.tiff->properties;
-    return is(loader, "openslideload") ? slideProperties(image) : exifOf(image);
+// Texts of a PNG; libvips calls them "png-comment-0-Title".
+void addTexts(VImage const& image, std::vector<ImageProperty>& properties) {
+    std::string const start = "png-comment-";
+    char** const fields = vips_image_get_fields(image.get_image());
+    for (char** field = fields; *field != nullptr; ++field) {
+        std::string const name = *field;
+        size_t const end = name.find('-', start.size());
+        if (name.rfind(start, 0) == 0 && end != std::string::npos)
+            properties.push_back({name.substr(end + 1), image.get_string(*field)});
+    }
+    g_strfreev(fields);
 }
 
-std::vector<std::uint8_t> profileOf(VImage const& image) {
-    if (image.get_typeof(VIPS_META_ICC_NAME) == 0) return {};
-    size_t bytes = 0;
-    auto const* const profile = static_cast<std::uint8_t const*>(image.get_blob(VIPS_META_ICC_NAME, &bytes));
-    return {profile, profile + bytes};
+std::vector<ImageProperty> propertiesOf(VImage const& image, Loader const& loader, InputFile& file,
+                                        Preparation const& known) {
+    if (known.tiff) return known.tiff->properties;
+    if (is(loader, "openslideload")) return slideProperties(image);
+    auto properties = exifOf(image);
+    addTexts(image, properties);
+    if (is(loader, "jpegload"))
+        for (std::string const& comment : codecfacts::commentsOfJpeg(file))
+            properties.push_back({"comment", comment});
+    return properties;
+}
+
+std::vector<std::uint8_t> bytesOf(VImage const& image, char const* field) {
+    if (image.get_typeof(field) != VIPS_TYPE_BLOB) return {};
+    size_t count = 0;
+    auto const* const bytes = static_cast<std::uint8_t const*>(image.get_blob(field, &count));
+    return {bytes, bytes + count};
+}
+
+// libvips reports 1 pixel per millimetre for a file that states none.
+void setPrintDensity(VImage const& image, ImageFacts& facts) {
+    constexpr double kMillimetresPerInch = 25.4;
+    if (image.xres() == 1.0 && image.yres() == 1.0) return;
+    facts.dotsPerInchX = image.xres() * kMillimetresPerInch;
+    facts.dotsPerInchY = image.yres() * kMillimetresPerInch;
+}
+
+std::vector<MetadataItem> blocksOf(VImage const& image) {
+    std::vector<MetadataItem> blocks;
+    auto const add = [&](char const* kind, char const* field) {
+        auto bytes = bytesOf(image, field);
+        if (!bytes.empty()) blocks.push_back({kind, {}, std::move(bytes)});
+    };
+    add(picturemetadata::kExif, VIPS_META_EXIF_NAME);
+    add(picturemetadata::kXmp, VIPS_META_XMP_NAME);
+    add(picturemetadata::kIptc, VIPS_META_IPTC_NAME);
+    return blocks;
 }
 
 // HEIF's decoder turns pictures itself.
 int ignoredOrientation(VImage const& image, Loader const& loader) {
     if (is(loader, "heifload")) return 1;
     int const told = vips_image_get_orientation(image.get_image());
-    if (told != 1 || image.get_typeof(VIPS_META_EXIF_NAME) == 0) return told;
+    if (told != 1) return told;
     // libvips keeps the EXIF block of a PNG, but does not read the orientation from it.
-    size_t bytes = 0;
-    auto const* const exif = static_cast<std::uint8_t const*>(image.get_blob(VIPS_META_EXIF_NAME, &bytes));
-    return codecfacts::exifOrientation({exif, exif + bytes});
+    return codecfacts::exifOrientation(bytesOf(image, VIPS_META_EXIF_NAME));
 }
 
 // Approximate memory of libvips and the decoder, according to the sources of libvips 8.14.
@@ -330,9 +368,14 @@ Opened vipsopening::open(std::shared_ptr<InputFile> const& file, SampleRequest c
     facts.orientation = ignoredOrientation(loaded, loader);
     facts.heldBytes = heldBytes(loaded, loader, *file, known);
     facts.levels = levelsOf(loaded, loader);
-    facts.iccProfile = profileOf(loaded);
-    facts.properties = propertiesOf(loaded, loader, known);
-    if (is(loader, "pdfload")) facts.drawn = "drawn at 72 pixels per inch";
+    facts.iccProfile = bytesOf(loaded, VIPS_META_ICC_NAME);
+    facts.properties = propertiesOf(loaded, loader, *file, known);
+    bool const isDrawn = is(loader, "pdfload");
+    if (isDrawn) facts.drawn = "drawn at 72 pixels per inch";
+    if (!known.tiff && !isDrawn && !is(loader, "openslideload")) {
+        facts.blocks = is(loader, "jp2kload") ? codecfacts::boxesBeside(*file) : blocksOf(loaded);
+        setPrintDensity(loaded, facts);
+    }
     setDensity(loaded, loader, known, facts);
 
     VImage const image = vipscolours::unpacked(withOwnNumbers(loaded, known));

@@ -2,6 +2,7 @@
 
 #include "host/image/TiffMessage.h"
 #include "host/output/TemporaryOutput.h"
+#include "host/output/TiffTagWriter.h"
 
 #include <tiffio.h>
 
@@ -27,6 +28,14 @@ size_t rowBytesOf(TiffWriter::Format const& format) {
     return format.width * format.bands * format.bits / 8;
 }
 
+bool isBig(TiffWriter::Format const& format) {
+    size_t bytes = rowBytesOf(format) * format.height + tifftagwriter::bytesOf(format.tags);
+    for (auto const& other : format.others)
+        bytes += other.picture.samples.size();
+    return bytes > kMaxClassicBytes || std::any_of(format.tags.begin(), format.tags.end(),
+                                                   [](TiffTag const& tag) { return tifftags::isBig(tag.type); });
+}
+
 } // namespace
 
 bool TiffWriter::Format::hasResolution() const {
@@ -40,8 +49,8 @@ struct TiffWriter::State {
         int const descriptor = dup(output.descriptor());
         if (descriptor < 0) throw output.failure(errno);
         errno = 0;
-        bool const big = rowBytesOf(format) * format.height > kMaxClassicBytes;
-        tiff = TIFFFdOpenExt(descriptor, file.path.c_str(), big ? "w8" : "w", message.options().get());
+        // Little-endian, as tags are that are added.
+        tiff = TIFFFdOpenExt(descriptor, file.path.c_str(), isBig(format) ? "w8l" : "wl", message.options().get());
         if (tiff != nullptr) return;
         close(descriptor);
         throw failure();
@@ -63,20 +72,24 @@ struct TiffWriter::State {
         if (TIFFSetField(tiff, tag, values...) != 1) throw failure();
     }
 
-    void setFields() {
-        set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(format.width));
-        set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(format.height));
-        set(TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(format.bands));
-        set(TIFFTAG_BITSPERSAMPLE, static_cast<int>(format.bits));
+    void setLayout(Size const& size, size_t bands, size_t bits) {
+        set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(size.width));
+        set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(size.height));
+        set(TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(bands));
+        set(TIFFTAG_BITSPERSAMPLE, static_cast<int>(bits));
         set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-        set(TIFFTAG_PHOTOMETRIC, format.bands <= 2 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB);
+        set(TIFFTAG_PHOTOMETRIC, bands <= 2 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB);
         set(TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
         set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-        set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(rowsPerStrip));
-        if (format.bands % 2 == 0) {
+        if (bands % 2 == 0) {
             std::uint16_t const alpha = EXTRASAMPLE_UNASSALPHA;
             set(TIFFTAG_EXTRASAMPLES, 1, &alpha);
         }
+    }
+
+    void setFields() {
+        setLayout({format.width, format.height}, format.bands, format.bits);
+        set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(rowsPerStrip));
         if (format.hasResolution()) {
             set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
             set(TIFFTAG_XRESOLUTION, kMicronsPerCentimetre / format.micronsPerPixelX);
@@ -90,6 +103,21 @@ struct TiffWriter::State {
         errno = 0;
         if (TIFFWriteEncodedStrip(tiff, index, strip.data(), static_cast<tmsize_t>(strip.size())) < 0) throw failure();
         strip.clear();
+    }
+
+    void writeOthers() {
+        // As slide scanners mark them: reduced-size, and (8) not of the picture itself.
+        constexpr std::uint32_t kBesideThePicture = FILETYPE_REDUCEDIMAGE | 8;
+        for (auto& [name, picture] : format.others) {
+            if (TIFFWriteDirectory(tiff) != 1) throw failure();
+            setLayout(picture.size, picture.bands, 8);
+            set(TIFFTAG_SUBFILETYPE, kBesideThePicture);
+            set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(picture.size.height));
+            set(TIFFTAG_IMAGEDESCRIPTION, name.c_str());
+            if (TIFFWriteEncodedStrip(tiff, 0, picture.samples.data(), static_cast<tmsize_t>(picture.samples.size())) <
+                0)
+                throw failure();
+        }
     }
 
     TemporaryOutput output;
@@ -123,9 +151,11 @@ void TiffWriter::finish() {
     State& state = *state_;
     if (state.rows != state.format.height) throw state.output.failure("rows are missing");
     errno = 0;
+    state.writeOthers();
     bool const flushed = TIFFFlush(state.tiff) == 1;
     if (!flushed) throw state.failure();
     TIFFClose(state.tiff);
     state.tiff = nullptr;
+    tifftagwriter::add(state.output, state.format.tags);
     state.output.finish();
 }

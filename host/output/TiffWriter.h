@@ -1,9 +1,14 @@
 #pragma once
 
+#include "host/image/SmallPicture.h"
+#include "host/image/TiffTags.h"
 #include "host/output/PictureWriter.h"
 
+#include <string>
+#include <vector>
+
 /// A TIFF file in strips, compressed without loss (deflate with horizontal prediction), as BigTIFF if it may exceed 4
-/// GiB.
+/// GiB or has tags of 64 bits.
 class TiffWriter final : public PictureWriter {
 public:
     struct Format {
@@ -16,6 +21,15 @@ public:
 
         /// Whether the file will state the size of a pixel: known along both axes, as numbers that a TIFF can hold.
         bool hasResolution() const;
+
+        /// A picture beside the main one.
+        struct Other {
+            std::string name; ///< becomes its description: "label"
+            SmallPicture picture;
+        };
+        std::vector<TiffTag> tags = {}; ///< of the picture, as they are; they replace those that the file would have
+        std::vector<Other> others =
+            {}; ///< further directories, marked as reduced-size images that belong to the picture
     };
 
     /// Throws what requireUsable throws, and HostError (unwritable output).

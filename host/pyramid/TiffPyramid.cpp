@@ -172,7 +172,7 @@ private:
         bool const isOnly = chain_.pages.size() == 1;
         size_t i = isOnly ? 0 : page;
         for (; i < entries.size() && found.size() < kMostLevels; ++i) {
-            if (entries[i].isMask() || i == page) continue;
+            if (entries[i].isMask() || entries[i].isBeside() || i == page) continue;
             if (!entries[i].isReduced()) break;
             found.push_back(entries[i].offset);
         }

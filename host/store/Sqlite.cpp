@@ -208,7 +208,9 @@ void Statement::bind(int parameter, std::string const& value) {
 }
 
 void Statement::bind(int parameter, std::vector<std::uint8_t> const& value) {
-    require(sqlite3_bind_blob64(statement_.get(), parameter, value.data(), value.size(), SQLITE_STATIC));
+    // SQLite takes a null pointer for a missing value.
+    void const* const bytes = value.empty() ? "" : static_cast<void const*>(value.data());
+    require(sqlite3_bind_blob64(statement_.get(), parameter, bytes, value.size(), SQLITE_STATIC));
 }
 
 void Statement::bindNull(int parameter) {

@@ -62,6 +62,7 @@ StoreCheckResult checkStore(TileStore& store, Progress const& progress) {
         // Missing and damaged tiles are absent from the index too, and would be reported twice.
         if (result.damages == 0) checkIndex(store, level, places, result);
     }
+    noted(result, [&] { return store.allMetadata().size(); });
     progress(expected, expected);
     auto const stored = noted(result, [&] { return store.storedTiles(); });
     if (stored && *stored > expected)

@@ -1,20 +1,41 @@
 #include "host/store/StoreExporter.h"
 
 #include "host/store/ColourPlanes.h"
+#include "host/store/ExportedTags.h"
 #include "host/store/PlaneInverse.h"
 #include "host/store/StoreMemory.h"
 
+#include <algorithm>
 #include <deque>
+#include <utility>
 
-TiffWriter::Format tiffFormatOf(StoreInfo const& info) {
-    return {info.width, info.height, info.bands, info.bits, info.micronsPerPixelX, info.micronsPerPixelY};
+TiffWriter::Format tiffFormatOf(StoreInfo const& info, std::vector<MetadataItem> const& metadata) {
+    TiffWriter::Format format;
+    format.width = info.width;
+    format.height = info.height;
+    format.bands = info.bands;
+    format.bits = info.bits;
+    format.micronsPerPixelX = info.micronsPerPixelX;
+    format.micronsPerPixelY = info.micronsPerPixelY;
+    format.tags = exportedTags(metadata, info);
+    size_t pixels = 0;
+    for (MetadataItem const& item : metadata) {
+        if (item.kind != picturemetadata::kImage) continue;
+        auto picture = smallpicture::fromPng(item.bytes, smallpicture::kMostPixels - pixels);
+        if (!picture) continue;
+        pixels += picture->size.width * picture->size.height;
+        format.others.push_back({item.name, std::move(*picture)});
+    }
+    return format;
 }
 
-void exportStore(TileStore& store, OutputFile file, Progress const& progress) {
+size_t exportStore(TileStore& store, OutputFile file, Progress const& progress) {
     StoreInfo const& info = store.info();
     file.sources.push_back(store.path());
     storememory::requireForExport(info, store.path());
-    TiffWriter tiff(file, tiffFormatOf(info));
+    auto const metadata = store.allMetadata();
+    TiffWriter::Format const format = tiffFormatOf(info, metadata);
+    TiffWriter tiff(file, format);
     std::deque<PlaneInverse> planes;
     std::deque<TileRowReader> residuals;
     for (size_t plane = 0; plane < info.bands; ++plane) {
@@ -34,4 +55,7 @@ void exportStore(TileStore& store, OutputFile file, Progress const& progress) {
     }
     progress(info.height, info.height);
     tiff.finish();
+    auto const isImage = [](MetadataItem const& item) { return item.kind == picturemetadata::kImage; };
+    auto const images = std::count_if(metadata.begin(), metadata.end(), isImage);
+    return static_cast<size_t>(images) - format.others.size();
 }

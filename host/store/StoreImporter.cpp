@@ -9,6 +9,7 @@
 #include "host/store/CompressionPool.h"
 #include "host/store/PlaneTransform.h"
 #include "host/store/StoreMemory.h"
+#include "host/store/TileStoreFormat.h"
 #include "host/store/TileStoreWriter.h"
 
 #include <algorithm>
@@ -80,8 +81,8 @@ StoreInfo infoOf(PixelSource& source, ImportOptions const& options, size_t resid
 // Takes the samples from the picture's rows into the file. Only the calling thread writes to the file.
 class Import {
 public:
-    Import(OutputFile const& file, StoreInfo const& info, size_t jobs)
-        : info_(info), writer_(file, info), pool_(info, jobs), planes_(info) {
+    Import(OutputFile const& file, StoreInfo const& info, std::vector<MetadataItem> const& metadata, size_t jobs)
+        : info_(info), writer_(file, info, metadata), pool_(info, jobs), planes_(info) {
         auto const sink = [this](RawTile&& tile) { put(std::move(tile)); };
         for (size_t plane = 0; plane < info.bands; ++plane) {
             transforms_.emplace_back(info, plane, sink);
@@ -132,6 +133,26 @@ private:
     std::deque<TileRowWriter> residuals_;
 };
 
+// What a store has room for.
+std::vector<MetadataItem> keptMetadata(PixelSource& source, ImportOptions const& options) {
+    PictureMetadata found = source.metadata();
+    size_t const most = storeformat::kMaxItems;
+    auto const isTooLong = [](MetadataItem const& item) {
+        return item.name.size() > storeformat::kMaxItemNameBytes || item.bytes.size() > storeformat::kMaxItemBytes;
+    };
+    std::vector<MetadataItem> kept;
+    for (MetadataItem& item : found.items) {
+        if (kept.size() < most && !isTooLong(item))
+            kept.push_back(std::move(item));
+        else
+            found.leftOut.push_back("a store has no room for the " + item.kind + " '" +
+                                    plainText(item.name, kMaxNameBytes) + "'; it is left out");
+    }
+    for (std::string const& line : found.leftOut)
+        if (options.note) options.note(line);
+    return kept;
+}
+
 void requireSize(PixelSource const& source) {
     if (source.width() > StoreInfo::kMaxSide || source.height() > StoreInfo::kMaxSide)
         throw HostError(HostError::Kind::UnreadableImage, "the picture is too large: a tile store has up to " +
@@ -150,13 +171,14 @@ StoreInfo importStore(PictureOpener const& open, std::string const& path, Import
     auto source = open();
     requireSize(*source);
     tellOfNonsense(*source, options);
+    std::vector<MetadataItem> const metadata = keptMetadata(*source, options);
     std::deque<size_t> residualBits = source->sampleBytes() == 2 ? std::deque<size_t>{3, 5} : std::deque<size_t>{0};
     while (true) {
         StoreInfo info = infoOf(*source, options, residualBits.front());
         residualBits.pop_front();
         storememory::requireForImport(info);
         try {
-            Import(file, info, threadsFor(options.jobs)).run(*source, progress);
+            Import(file, info, metadata, threadsFor(options.jobs)).run(*source, progress);
             tellOfLost(*source, options);
             return info;
         } catch (CoefficientOverflow const&) {

@@ -10,6 +10,9 @@ char const* const storeschema::kTilesTable =
     "CREATE TABLE tiles(id INTEGER PRIMARY KEY, value INTEGER, crc INTEGER NOT NULL, data BLOB)";
 char const* const storeschema::kDataIndex =
     "CREATE INDEX tiles_with_data ON tiles(id) WHERE value IS NULL OR value <> 0";
+char const* const storeschema::kMetadataTable =
+    "CREATE TABLE metadata(id INTEGER PRIMARY KEY, kind TEXT NOT NULL, name TEXT NOT NULL, crc INTEGER NOT NULL,"
+    " data BLOB NOT NULL)";
 
 namespace {
 
@@ -27,16 +30,23 @@ Objects tablesAndIndex() {
     return objects;
 }
 
+Objects all() {
+    Objects objects = tablesAndIndex();
+    objects.emplace("table", "metadata", "metadata", storeschema::kMetadataTable);
+    return objects;
+}
+
 } // namespace
 
 storeschema::Schema storeschema::of(sqlite::Database& database) {
-    Objects const ours = tablesAndIndex();
+    Objects const ours = all();
     Objects found;
     sqlite::Statement query(database, "SELECT type, name, tbl_name, sql FROM sqlite_master");
     while (query.step()) {
         Object const object{query.text(0), query.text(1), query.text(2), query.text(3)};
         if (ours.count(object) == 0 || !found.insert(object).second) return Schema::None;
     }
-    if (found == ours) return Schema::WithIndex;
+    if (found == ours) return Schema::WithMetadata;
+    if (found == tablesAndIndex()) return Schema::WithIndex;
     return found == tables() ? Schema::WithoutIndex : Schema::None;
 }

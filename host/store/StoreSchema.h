@@ -10,10 +10,11 @@ extern char const* const kMetaTable;
 extern char const* const kTilesTable;
 /// The index of the tiles with data, which saves a reader a scan of all tiles. Created once all tiles are written.
 extern char const* const kDataIndex;
+extern char const* const kMetadataTable;
 
-enum class Schema { None, WithoutIndex, WithIndex };
+enum class Schema { None, WithoutIndex, WithIndex, WithMetadata };
 
-/// Empty if a file does not have exactly these objects. Throws sqlite::Failure.
+/// None if a file does not have exactly these objects. Throws sqlite::Failure.
 Schema of(sqlite::Database& database);
 
 } // namespace storeschema

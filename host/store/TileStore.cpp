@@ -62,9 +62,22 @@ struct TileStore::State {
         database.limitSteps(kSchemaSteps);
         auto const schema = storeschema::of(database);
         database.limitSteps(std::numeric_limits<size_t>::max());
-        hasIndex = schema == storeschema::Schema::WithIndex;
-        bool const mayLack = schema == storeschema::Schema::WithoutIndex && version < storeformat::kZigzagVersion;
-        if (!hasIndex && !mayLack) throw damaged(path, "its tables are not those of a store");
+        hasIndex = schema == storeschema::Schema::WithIndex || schema == storeschema::Schema::WithMetadata;
+        if (!isOfVersion(schema)) throw damaged(path, "its tables are not those of a store");
+    }
+
+    bool isOfVersion(storeschema::Schema schema) const {
+        switch (schema) {
+        case storeschema::Schema::None:
+            return false;
+        case storeschema::Schema::WithoutIndex:
+            return version < storeformat::kZigzagVersion;
+        case storeschema::Schema::WithIndex:
+            return version < storeformat::kMetadataVersion;
+        case storeschema::Schema::WithMetadata:
+            return version >= storeformat::kMetadataVersion;
+        }
+        return false;
     }
 
     void readDescription() {
@@ -72,6 +85,7 @@ struct TileStore::State {
             storeformat::Meta const meta = readMeta(database, path);
             info = storeformat::fromMeta(meta, version);
             indexChecksums = storeformat::indexChecksums(meta, info, version);
+            metadataSeal = storeformat::metadataSeal(meta, version);
         } catch (std::invalid_argument const& error) {
             throw damaged(path, error.what());
         }
@@ -87,12 +101,58 @@ struct TileStore::State {
 
     void prepare() {
         codec = std::make_unique<TileCodec>(info, version);
-        database.limitRows(std::max(codec->maxDataBytes() + kRowBytes, sqlite::Database::kFirstRowBytes));
+        database.limitRows(rowBytes());
         // SQLite does not read a tile's data for its type alone.
         valueQuery =
             std::make_unique<Statement>(database, "SELECT value, crc, typeof(data) = 'blob' FROM tiles WHERE id = ?");
         tileQuery = std::make_unique<Statement>(database, "SELECT value, crc, data FROM tiles WHERE id = ?");
     }
+
+    size_t rowBytes() const { return std::max(codec->maxDataBytes() + kRowBytes, sqlite::Database::kFirstRowBytes); }
+
+    // Kinds and names. SQLite does not read an item's bytes for their type alone.
+    void readMetadata() {
+        std::vector<MetadataItem> items;
+        std::vector<std::uint32_t> checksums;
+        storeformat::MetadataSeal seal;
+        Statement query(database, "SELECT id, kind, name, crc FROM metadata ORDER BY id");
+        while (query.step()) {
+            storeformat::MetadataRow row{query.text(1), query.text(2), 0};
+            bool const fits = query.integer(0) == static_cast<std::int64_t>(items.size()) + 1 &&
+                              items.size() < metadataSeal.items &&
+                              std::max(row.kind.size(), row.name.size()) <= storeformat::kMaxItemNameBytes;
+            std::int64_t const crc = query.integer(3);
+            if (!fits || crc < 0 || crc > std::numeric_limits<std::uint32_t>::max()) throw wrongMetadata();
+            row.crc = static_cast<std::uint32_t>(crc);
+            seal.add(row);
+            checksums.push_back(row.crc);
+            items.push_back({std::move(row.kind), std::move(row.name), {}});
+        }
+        if (seal != metadataSeal) throw wrongMetadata();
+        metadata = std::move(items);
+        metadataChecksums = std::move(checksums);
+    }
+
+    std::vector<std::uint8_t> metadataBytes(size_t index) {
+        // An item may be larger than any tile.
+        struct Limit {
+            State& state;
+            explicit Limit(State& limited) : state(limited) {
+                state.database.limitRows(std::max(
+                    state.rowBytes(), storeformat::kMaxItemBytes + 2 * storeformat::kMaxItemNameBytes + kRowBytes));
+            }
+            ~Limit() { state.database.limitRows(state.rowBytes()); }
+        } const limit{*this};
+        Statement query(database, "SELECT data FROM metadata WHERE id = ?");
+        query.bind(1, static_cast<std::int64_t>(index) + 1);
+        if (!query.step()) throw wrongMetadata();
+        auto bytes = query.blob(0);
+        if (storeformat::checksumOf(bytes) != metadataChecksums.at(index))
+            throw damaged(path, "its metadata '" + metadata->at(index).kind + "' does not match its checksum");
+        return bytes;
+    }
+
+    HostError wrongMetadata() const { return damaged(path, "its metadata is not as it was written"); }
 
     // The result of `read` on the tile's row. The statement is reset in any case: until then it holds the row.
     template <class Read>
@@ -212,6 +272,9 @@ struct TileStore::State {
     bool hasIndex = false;
     StoreInfo info;
     storeformat::IndexChecksums indexChecksums; // empty: the file has none
+    storeformat::MetadataSeal metadataSeal;
+    std::optional<std::vector<MetadataItem>> metadata; // empty: not read yet
+    std::vector<std::uint32_t> metadataChecksums;
     sqlite::Database database;
     std::unique_ptr<TileCodec> codec;
     std::unique_ptr<Statement> valueQuery;
@@ -293,6 +356,28 @@ std::vector<TileAddress> TileStore::cellsWithData(size_t level) {
 std::optional<std::vector<TileAddress>> TileStore::cellsInIndex(size_t level) {
     if (!state_->hasIndex) return std::nullopt;
     return withErrorsOf(state_->path, [&] { return state_->placesInIndex(level); });
+}
+
+std::vector<MetadataItem> const& TileStore::metadata() {
+    if (!state_->metadata) {
+        if (state_->version < storeformat::kMetadataVersion)
+            state_->metadata.emplace();
+        else
+            withErrorsOf(state_->path, [&] { state_->readMetadata(); });
+    }
+    return *state_->metadata;
+}
+
+std::vector<std::uint8_t> TileStore::metadataBytes(size_t index) {
+    if (index >= metadata().size()) throw std::invalid_argument("the store has no metadata " + std::to_string(index));
+    return withErrorsOf(state_->path, [&] { return state_->metadataBytes(index); });
+}
+
+std::vector<MetadataItem> TileStore::allMetadata() {
+    std::vector<MetadataItem> items = metadata();
+    for (size_t i = 0; i < items.size(); ++i)
+        items[i].bytes = metadataBytes(i);
+    return items;
 }
 
 size_t TileStore::storedTiles() {

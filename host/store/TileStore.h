@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/image/PictureMetadata.h"
 #include "host/store/StoreInfo.h"
 
 #include <cstdint>
@@ -48,6 +49,14 @@ public:
 
     /// The same places from the index alone, if the file has one: it may be wrong in stores from before version 3.
     std::optional<std::vector<TileAddress>> cellsInIndex(size_t level);
+
+    /// What the picture's file held beside its samples, without its bytes: kinds and names. None in stores from before
+    /// version 4.
+    std::vector<MetadataItem> const& metadata();
+    /// The bytes of one of them, by its index. The checksum has been tested.
+    std::vector<std::uint8_t> metadataBytes(size_t index);
+    /// All of them, with their bytes.
+    std::vector<MetadataItem> allMetadata();
 
     /// Number of tiles in the file.
     size_t storedTiles();

@@ -24,13 +24,15 @@ std::string toText(double number) {
 
 constexpr auto kChecksum = "crc";
 constexpr auto kVersion = "version";
+constexpr auto kItems = "metadata";
+constexpr auto kItemsChecksum = "metadataCrc";
 
 std::string indexEntry(size_t level) {
     return "index" + std::to_string(level);
 }
 
 // CRC-32 of all other entries in the order of their keys, each key and value followed by a zero byte.
-std::string checksumOf(Meta const& meta) {
+std::string sumOf(Meta const& meta) {
     uLong crc = crc32(0, nullptr, 0);
     auto const add = [&crc](std::string const& text) {
         crc = crc32(crc, reinterpret_cast<Bytef const*>(text.c_str()), static_cast<uInt>(text.size() + 1));
@@ -109,7 +111,7 @@ void requirePossible(StoreInfo const& info) {
 
 void requireChecksum(Meta const& meta, std::int64_t version) {
     bool const early = version < storeformat::kZigzagVersion && meta.count(kChecksum) == 0;
-    if (!early && textOf(meta, kChecksum) != checksumOf(meta))
+    if (!early && textOf(meta, kChecksum) != sumOf(meta))
         throw std::invalid_argument("its description does not match its checksum");
 }
 
@@ -152,14 +154,31 @@ std::uint32_t storeformat::withKey(std::uint32_t crc, std::int64_t key) {
     return static_cast<std::uint32_t>(crc32(crc, bytes.data(), static_cast<uInt>(bytes.size())));
 }
 
-Meta storeformat::toMeta(StoreInfo const& info, IndexChecksums const& index) {
+void storeformat::MetadataSeal::add(MetadataRow const& row) {
+    uLong sum = crc;
+    for (std::string const& text : {row.kind, row.name})
+        sum = crc32(sum, reinterpret_cast<Bytef const*>(text.c_str()), static_cast<uInt>(text.size() + 1));
+    std::array<Bytef, 4> bytes{};
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes.at(i) = static_cast<Bytef>(row.crc >> (8 * i));
+    crc = static_cast<std::uint32_t>(crc32(sum, bytes.data(), static_cast<uInt>(bytes.size())));
+    ++items;
+}
+
+std::uint32_t storeformat::checksumOf(std::vector<std::uint8_t> const& bytes) {
+    return static_cast<std::uint32_t>(crc32(0, bytes.data(), static_cast<uInt>(bytes.size())));
+}
+
+Meta storeformat::toMeta(StoreInfo const& info, IndexChecksums const& index, MetadataSeal const& metadata) {
     Meta meta = described(info);
     meta[kVersion] = std::to_string(kSchemaVersion);
     for (size_t level = 0; level <= info.levels; ++level)
         meta[indexEntry(level)] = std::to_string(index.at(level));
+    meta[kItems] = std::to_string(metadata.items);
+    meta[kItemsChecksum] = std::to_string(metadata.crc);
     for (auto const& [key, value] : meta)
         if (value.size() > kMaxTextBytes) throw std::invalid_argument("a store has no room for this " + key);
-    meta[kChecksum] = checksumOf(meta);
+    meta[kChecksum] = sumOf(meta);
     return meta;
 }
 
@@ -177,4 +196,9 @@ storeformat::IndexChecksums storeformat::indexChecksums(Meta const& meta, StoreI
     for (size_t level = 0; level <= info.levels; ++level)
         checksums.push_back(numberOf<std::uint32_t>(meta, indexEntry(level), 0, 0xffffffff));
     return checksums;
+}
+
+storeformat::MetadataSeal storeformat::metadataSeal(Meta const& meta, std::int64_t version) {
+    if (version < kMetadataVersion) return {};
+    return {numberOf<size_t>(meta, kItems, 0, kMaxItems), numberOf<std::uint32_t>(meta, kItemsChecksum, 0, 0xffffffff)};
 }

@@ -1,7 +1,6 @@
 #include "host/store/TileStoreWriter.h"
 
 #include "host/store/StoreSchema.h"
-#include "host/store/TileStoreFormat.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -58,9 +57,14 @@ void TileStoreWriter::translated(Action const& action) const {
     }
 }
 
-TileStoreWriter::TileStoreWriter(OutputFile const& file, StoreInfo const& info) : output_(file), info_(info) {
+TileStoreWriter::TileStoreWriter(OutputFile const& file, StoreInfo const& info,
+                                 std::vector<MetadataItem> const& metadata)
+    : output_(file), info_(info) {
     requireReadable(file);
-    translated([&] { create(); });
+    translated([&] {
+        create();
+        write(metadata);
+    });
 }
 
 void TileStoreWriter::requireReadable(OutputFile const& file) const {
@@ -109,13 +113,30 @@ void TileStoreWriter::create() {
     database_->execute("PRAGMA user_version = " + std::to_string(storeformat::kSchemaVersion));
     database_->execute(storeschema::kMetaTable);
     database_->execute(storeschema::kTilesTable);
+    database_->execute(storeschema::kMetadataTable);
     insert_.emplace(*database_, "INSERT INTO tiles VALUES(?, ?, ?, ?)");
+}
+
+// Before the tiles: what a reader asks for first lies together.
+void TileStoreWriter::write(std::vector<MetadataItem> const& metadata) {
+    sqlite::Statement insert(*database_, "INSERT INTO metadata VALUES(?, ?, ?, ?, ?)");
+    for (MetadataItem const& item : metadata) {
+        storeformat::MetadataRow const row{item.kind, item.name, storeformat::checksumOf(item.bytes)};
+        metadata_.add(row);
+        insert.bind(1, static_cast<std::int64_t>(metadata_.items));
+        insert.bind(2, row.kind);
+        insert.bind(3, row.name);
+        insert.bind(4, std::int64_t{row.crc});
+        insert.bind(5, item.bytes);
+        insert.step();
+        insert.reset();
+    }
 }
 
 // Written last: the description has checksums of the index.
 void TileStoreWriter::describe() {
     sqlite::Statement meta(*database_, "INSERT INTO meta VALUES(?, ?)");
-    for (auto const& [key, value] : storeformat::toMeta(info_, checksumsOf(*database_, info_.levels))) {
+    for (auto const& [key, value] : storeformat::toMeta(info_, checksumsOf(*database_, info_.levels), metadata_)) {
         meta.bind(1, key);
         meta.bind(2, value);
         meta.step();

@@ -1,6 +1,7 @@
 #include "tests/fuzz/FuzzStores.h"
 
 #include "host/HostError.h"
+#include "host/image/SmallPicture.h"
 #include "host/store/StoreCheck.h"
 #include "host/store/StoreExporter.h"
 #include "host/store/StoreMemory.h"
@@ -34,6 +35,15 @@ constexpr int kMaxSteps = 200'000;                 // of SQLite's machine in one
 constexpr int kMaxRowBytes = 4 << 20;
 constexpr size_t kMaxSealedBytes = 1 << 16;
 
+// An item of each kind that an export looks into.
+std::vector<MetadataItem> metadata() {
+    return {{picturemetadata::kTag, "34735", {3, 0, 1, 0, 2, 0}},
+            {picturemetadata::kTag, "34665/33434", {5, 0, 1, 0, 0, 0, 125, 0, 0, 0}},
+            {picturemetadata::kProfile, "", {1, 2, 3}},
+            {picturemetadata::kImage, "label", smallpicture::toPng({{2, 1}, 3, {1, 2, 3, 4, 5, 6}})},
+            {picturemetadata::kProperties, "", {'{', '}'}}};
+}
+
 std::string made(size_t which) {
     std::string const path = fuzzstores::folder().path("valid.vlm");
     ImportOptions options;
@@ -42,10 +52,11 @@ std::string made(size_t which) {
     options.replace = true;
     options.sourceName = "picture.tif";
     bool const deep = which % 2 == 1;
-    testpictures::import(deep ? testpictures::picture(21, 18, 2, 16, testpictures::Content::Ramp)
-                              : testpictures::picture(25, 13, 3, 8, testpictures::Content::Noise),
-                         path, options);
-    if (which >= 2) storefiles::rewriteAs(which < 4 ? 1 : 2, path);
+    auto picture = deep ? testpictures::picture(21, 18, 2, 16, testpictures::Content::Ramp)
+                        : testpictures::picture(25, 13, 3, 8, testpictures::Content::Noise);
+    picture.metadata = metadata();
+    testpictures::import(picture, path, options);
+    if (which >= 2) storefiles::rewriteAs(static_cast<std::int64_t>(which / 2), path);
     return readFile(path);
 }
 
@@ -145,6 +156,7 @@ void fuzzstores::use(std::string const& path) {
         bool const checked = storegeometry::totalTiles(store.info()) <= kMaxTilesChecked &&
                              comesThrough([&] { result = checkStore(store, [](size_t, size_t) {}); });
         comesThrough([&] { store.storedTiles(); });
+        comesThrough([&] { store.allMetadata(); });
         readTiles(store);
         comesThrough([&] { readCoarsest(store); });
         exportPicture(store, checked && result.damages == 0);
@@ -248,6 +260,18 @@ void fuzzstores::Surgery::sealIndex() {
         run("UPDATE meta SET value = '" + std::to_string(crc) + "' WHERE key = 'index" + std::to_string(level) + "'");
 }
 
+void fuzzstores::Surgery::sealMetadata() {
+    storeformat::MetadataSeal seal;
+    for (Row const& row : rowsOf(database_.get(), "SELECT id, kind, name, data FROM metadata ORDER BY id LIMIT 400")) {
+        if (!row.at(0) || !row.at(1) || !row.at(2) || !row.at(3)) continue;
+        std::uint32_t const crc = storeformat::checksumOf({row[3]->begin(), row[3]->end()});
+        seal.add({*row[1], *row[2], crc});
+        run("UPDATE metadata SET crc = " + std::to_string(crc) + " WHERE id = " + *row[0]);
+    }
+    run("UPDATE meta SET value = '" + std::to_string(seal.items) + "' WHERE key = 'metadata'");
+    run("UPDATE meta SET value = '" + std::to_string(seal.crc) + "' WHERE key = 'metadataCrc'");
+}
+
 void fuzzstores::Surgery::sealDescription() {
     std::map<std::string, std::string> description;
     for (Row const& row : rowsOf(database_.get(), "SELECT key, value FROM meta LIMIT 400"))
@@ -259,5 +283,6 @@ void fuzzstores::Surgery::sealDescription() {
 void fuzzstores::Surgery::seal() {
     sealTiles();
     sealIndex();
+    sealMetadata();
     sealDescription();
 }

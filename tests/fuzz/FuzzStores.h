@@ -16,8 +16,9 @@ namespace fuzzstores {
 /// A folder of the process.
 TemporaryFolder const& folder();
 
-/// How many there are, and the bytes of one: 8 bits of RGB, 16 bits of grey and alpha, and each in versions 1 and 2.
-constexpr size_t kValid = 6;
+/// How many there are, and the bytes of one: 8 bits of RGB, 16 bits of grey and alpha, and each in versions 1, 2
+/// and 3.
+constexpr size_t kValid = 8;
 std::string const& valid(size_t which);
 
 /// Opens, checks, reads and exports what lies there. Ends the program where it fails with anything but what a damaged
@@ -31,13 +32,15 @@ public:
 
     void run(std::string const& statements);
     void run(std::string const& statement, std::vector<std::uint8_t> const& blob);
-    /// Checksums as they have to be, of every tile that can be decompressed, of the index and of the description.
+    /// Checksums as they have to be, of every tile that can be decompressed, of the index, of the metadata and of the
+    /// description.
     void seal();
 
 private:
     std::int64_t version();
     void sealTiles();
     void sealIndex();
+    void sealMetadata();
     void sealDescription();
 
     std::shared_ptr<sqlite3> database_;

@@ -1,6 +1,7 @@
 // velmora-fuzz-seeds FOLDER: writes the seeds that are stores, FOLDER/store-file/*.vlm, and pictures,
-// FOLDER/tiff-pyramid/*.tif.
+// FOLDER/tiff-pyramid/*.tif and FOLDER/tiff-tags/*.tif.
 #include "tests/fuzz/FuzzStores.h"
+#include "tests/host/image/RawTiff.h"
 #include "tests/host/image/TestProfiles.h"
 #include "tests/host/image/TestTiff.h"
 
@@ -75,6 +76,25 @@ void writePictures(std::filesystem::path const& folder) {
     write("profile.tif", {photograph, reduced(12, 10, 3, COMPRESSION_NONE)}, "w");
 }
 
+void writeTags(std::filesystem::path const& folder) {
+    std::filesystem::create_directories(folder);
+    rawtiff::Directory directory;
+    directory.tags[270] = rawtiff::text("a description");
+    directory.tags[282] = {5, {72, 1}};
+    directory.tags[296] = {3, {2}};
+    directory.tags[33550] = rawtiff::doubles({30, 30, 0});
+    directory.tags[65000] = {7, {1, 2, 3, 4, 5}};
+    directory.inner[34665].tags[33434] = {5, {1, 125}};
+    directory.inner[34665].inner[40965].tags[1] = rawtiff::text("R98");
+    directory.inner[34853].tags[1] = rawtiff::text("N");
+    for (bool const bigEndian : {false, true})
+        for (bool const big : {false, true})
+            rawtiff::write(
+                (folder / (std::string(bigEndian ? "bigEndian" : "littleEndian") + (big ? "Big.tif" : ".tif")))
+                    .string(),
+                rawtiff::structure(directory, {bigEndian, big}));
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -87,5 +107,6 @@ int main(int argc, char** argv) {
     for (size_t which = 0; which < fuzzstores::kValid; ++which)
         writeFile((folder / ("valid" + std::to_string(which) + ".vlm")).string(), fuzzstores::valid(which));
     writePictures(std::filesystem::path(argv[1]) / "tiff-pyramid");
+    writeTags(std::filesystem::path(argv[1]) / "tiff-tags");
     return 0;
 }

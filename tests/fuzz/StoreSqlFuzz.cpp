@@ -11,7 +11,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::array<char const*, 24> kKeys{"width",
+constexpr std::array<char const*, 26> kKeys{"width",
                                             "height",
                                             "bands",
                                             "bits",
@@ -34,12 +34,14 @@ constexpr std::array<char const*, 24> kKeys{"width",
                                             "",
                                             "Width",
                                             "x",
-                                            "index-1"};
+                                            "index-1",
+                                            "metadata",
+                                            "metadataCrc"};
 constexpr std::array<char const*, 16> kNumbers{"0",         "1",          "-1",         "2",
                                                "16",        "17",         "2048",       "134217728",
                                                "134217729", "2147483648", "4294967296", "9223372036854775807",
                                                "1e12",      "-0.0",       "nan",        "00000000000000000016"};
-constexpr std::array<char const*, 12> kSchema{
+constexpr std::array<char const*, 14> kSchema{
     "DROP TABLE tiles",
     "DROP TABLE meta",
     "DROP INDEX tiles_with_data",
@@ -51,11 +53,13 @@ constexpr std::array<char const*, 12> kSchema{
     "CREATE VIEW tiles_with_data AS SELECT 1",
     "CREATE TRIGGER tiles AFTER INSERT ON tiles BEGIN DELETE FROM tiles; END",
     "CREATE TRIGGER meta AFTER UPDATE ON meta BEGIN UPDATE meta SET value = key; END",
+    "DROP TABLE metadata",
+    "CREATE TABLE metadata(id INTEGER PRIMARY KEY, kind, name, crc, data)",
     "ANALYZE"};
-constexpr std::array<char const*, 10> kPragmas{
-    "user_version = 1",    "user_version = 2",        "user_version = 4",          "application_id = 1",
-    "encoding = 'UTF-16'", "page_size = 512; VACUUM", "page_size = 16384; VACUUM", "auto_vacuum = 1; VACUUM",
-    "journal_mode = WAL",  "writable_schema = ON"};
+constexpr std::array<char const*, 11> kPragmas{
+    "user_version = 1",        "user_version = 2",    "user_version = 3",        "user_version = 5",
+    "application_id = 1",      "encoding = 'UTF-16'", "page_size = 512; VACUUM", "page_size = 16384; VACUUM",
+    "auto_vacuum = 1; VACUUM", "journal_mode = WAL",  "writable_schema = ON"};
 
 std::string quoted(std::string const& text) {
     std::string hex = "CAST(x'";
@@ -128,7 +132,7 @@ std::string endlessView(fuzz::Input& input) {
 }
 
 void operate(fuzzstores::Surgery& surgery, fuzz::Input& input) {
-    switch (input.below(12)) {
+    switch (input.below(15)) {
     case 0:
         return surgery.run("UPDATE OR REPLACE meta SET value = " + value(input) + aKey(input));
     case 1:
@@ -158,6 +162,20 @@ void operate(fuzzstores::Surgery& surgery, fuzz::Input& input) {
         return surgery.run(std::string("PRAGMA ") + kPragmas.at(input.below(kPragmas.size())));
     case 10:
         return surgery.run(endlessView(input));
+    case 12: {
+        constexpr char const* kColumns[] = {"id", "kind", "name", "crc", "data"};
+        char const* const column = kColumns[input.below(5)];
+        std::string const to = value(input);
+        return surgery.run("UPDATE OR REPLACE metadata SET " + std::string(column) + " = " + to +
+                           " WHERE id = " + std::to_string(input.below(8)));
+    }
+    case 13:
+        return surgery.run("INSERT OR REPLACE INTO metadata VALUES(" + value(input) + "," + value(input) + "," +
+                           value(input) + "," + value(input) + "," + value(input) + ")");
+    case 14: {
+        Bytes const data = input.bytes(input.byte());
+        return surgery.run("UPDATE metadata SET data = ?1 WHERE id = " + std::to_string(input.below(8)), data);
+    }
     default:
         return surgery.run("UPDATE sqlite_master SET sql = " + value(input) + ", rootpage = " + value(input) +
                            " WHERE name = " + (input.flag() ? "'meta'" : "'tiles'"));

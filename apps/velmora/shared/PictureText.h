@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/PictureInfo.h"
 #include "host/pyramid/LevelReader.h"
+#include "host/store/TileStore.h"
 
 #include <string>
 #include <vector>
@@ -19,7 +19,18 @@ std::vector<std::string> otherImagesOf(std::string const& path);
 /// A line each: "size", "format", "samples", ... and what the file says of the picture's making. Values are as they are
 /// in the file: a terminal and a window have other ways to make them harmless.
 std::vector<ImageProperty> linesOf(PyramidFacts const& facts);
-/// The same of a tile store.
-std::vector<ImageProperty> linesOf(PictureInfo const& store);
+/// Of these, the lines on how it is to be looked at, and of its making.
+std::vector<ImageProperty> linesOfLook(ImageFacts const& image);
+/// The lines of a tile store. Throws what TileStore throws.
+std::vector<ImageProperty> linesOf(TileStore& store);
+
+/// What a store has kept of the file that it was made of.
+struct Kept {
+    ImageFacts facts; ///< colours, profile, orientation and properties
+    std::vector<std::string> otherImages;
+    std::string summary; ///< "ICC profile, label, 5 tags"; empty: nothing
+};
+/// Throws what TileStore throws.
+Kept keptIn(TileStore& store);
 
 } // namespace picturetext

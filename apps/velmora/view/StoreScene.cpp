@@ -35,9 +35,8 @@ std::string interpretationOf(PictureSource const& source, PictureInfo const& inf
 }
 
 // As a person may see them.
-std::vector<ImageProperty> propertiesOf(PictureSource const& source, PictureInfo const& info) {
+std::vector<ImageProperty> readable(std::vector<ImageProperty> lines) {
     constexpr size_t kCharacters = 300;
-    auto lines = source.pyramid ? picturetext::linesOf(source.pyramid->facts()) : picturetext::linesOf(info);
     for (ImageProperty& line : lines)
         line = {printableText(line.name), printableText(onOneLine(line.value), kCharacters)};
     return lines;
@@ -133,18 +132,34 @@ void StoreScene::setBackground(std::array<std::uint8_t, 3> const& colour) {
 // Once they are asked for.
 void StoreScene::readProperties() {
     if (!properties_.empty()) return;
-    properties_ = propertiesOf(source_, picture_.info());
-    if (!source_.pyramid) return;
     try {
-        InputFile file(source_.pyramid->path());
-        for (std::string const& name : slideimages::names(file)) {
-            auto const image = slideimages::read(file, name, kSlideImageSide);
-            slideImages_.push_back({printableText(name), std::make_unique<OverlayTexture>()});
-            slideImages_.back().texture->set(image.rgba, image.shown);
-        }
+        source_.pyramid ? readFile() : readStore();
     } catch (HostError const& error) {
         message_ = printableText(error.what(), kMessageCharacters);
     }
+}
+
+void StoreScene::readFile() {
+    properties_ = readable(picturetext::linesOf(source_.pyramid->facts()));
+    InputFile file(source_.pyramid->path());
+    for (std::string const& name : slideimages::names(file))
+        addSlideImage(name, slideimages::read(file, name));
+}
+
+void StoreScene::readStore() {
+    TileStore store(source_.store);
+    properties_ = readable(picturetext::linesOf(store));
+    for (size_t i = 0; i < store.metadata().size(); ++i) {
+        MetadataItem const& item = store.metadata()[i];
+        if (item.kind != picturemetadata::kImage) continue;
+        if (auto const image = smallpicture::fromPng(store.metadataBytes(i))) addSlideImage(item.name, *image);
+    }
+}
+
+void StoreScene::addSlideImage(std::string const& name, SmallPicture const& image) {
+    SmallPicture const shown = smallpicture::shrunk(image, kSlideImageSide);
+    slideImages_.push_back({printableText(name), std::make_unique<OverlayTexture>()});
+    slideImages_.back().texture->set(shown.samples, shown.size);
 }
 
 void StoreScene::enhance() {

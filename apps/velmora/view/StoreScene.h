@@ -8,6 +8,7 @@
 #include "apps/velmora/view/Ruler.h"
 #include "apps/velmora/view/StepSwitches.h"
 #include "apps/velmora/view/ViewerOptions.h"
+#include "host/image/SmallPicture.h"
 #include "host/view/Camera.h"
 #include "host/view/PictureView.h"
 #include "host/view/PixelProbe.h"
@@ -65,6 +66,9 @@ private:
     };
 
     void readProperties();
+    void readFile();
+    void readStore();
+    void addSlideImage(std::string const& name, SmallPicture const& image);
     void enhance();
     Redraw toggleStep(Controls::Command command);
     void setTone(enhancement::Gamma const& tone);

@@ -120,6 +120,15 @@ TEST_F(ProgramImageGLTest, ProfilesAndOrientationsAreFollowedUnlessTheyAreToBeLe
                              "file\n";
     expectShown(render({"--no-rotate"}, note), true, false);
     expectShown(render({"--no-icc", "--no-rotate"}, note), false, false);
+    // A store keeps both, and is shown without.
+    ASSERT_EQ(runVelmora({"import", image, path("a.vlm")}).exitCode, 0);
+    auto const stored = runVelmora({"render", path("a.vlm"), "-o", path("stored.png")});
+    EXPECT_EQ(stored.err,
+              "velmora: note: '" + path("a.vlm") +
+                  "' is shown without its ICC profile, Turned round; velmora export keeps it\nvelmora: note: '" +
+                  path("a.vlm") +
+                  "' asks to be turned or mirrored (orientation 3); it is shown as it lies in the store\n");
+    EXPECT_EQ(filesamples::difference(filesamples::read(path("stored.png")), own), "");
     // From memory, and through a filter that has no effect.
     expectShown(render({"--zoom", "1", "--truncate", "0"}), true, true);
     Samples const enlarged = render({"--zoom", "2"});

@@ -141,7 +141,7 @@ TEST_F(ProgramOutputTest, AStoreOfAnyNameCanBeOpened) {
         EXPECT_TRUE(fs::exists(path(name))) << name;
         auto const info = runVelmora({"info", name});
         EXPECT_EQ(info.exitCode, 0) << name << info.err;
-        EXPECT_EQ(std::count(info.out.begin(), info.out.end(), '\n'), 12) << info.out;
+        EXPECT_EQ(std::count(info.out.begin(), info.out.end(), '\n'), 13) << info.out;
         EXPECT_EQ(runVelmora({"check", name}).exitCode, 0) << name;
     }
     fs::current_path(before);

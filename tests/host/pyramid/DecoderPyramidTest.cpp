@@ -75,31 +75,26 @@ TEST_F(DecoderPyramidTest, ASlideHasALabelBesideIt) {
     std::string const file = write({scanned(300, 200, 1), thumbnail, scanned(75, 50, 2), label}, "w", "a.svs");
     InputFile input(file);
     EXPECT_EQ(slideimages::names(input), (std::vector<std::string>{"label", "thumbnail"}));
-    auto const whole = slideimages::read(input, "label", 100);
-    EXPECT_EQ(whole.name, "label");
-    EXPECT_EQ(whole.shown.width, 60u);
-    ASSERT_EQ(whole.rgba.size(), 60u * 24 * 4);
-    for (size_t i = 0; i < 60u * 24; ++i) {
-        for (size_t band = 0; band < 3; ++band)
-            ASSERT_EQ(whole.rgba[4 * i + band], label.bytes[3 * i + band]) << i;
-        ASSERT_EQ(whole.rgba[4 * i + 3], 255);
-    }
-    auto const small = slideimages::read(input, "label", 30);
-    EXPECT_EQ(small.size.width, 60u);
-    EXPECT_EQ(small.shown.width, 30u);
-    EXPECT_EQ(small.shown.height, 12u);
-    ASSERT_EQ(small.rgba.size(), 30u * 12 * 4);
+    SmallPicture const whole = slideimages::read(input, "label");
+    EXPECT_EQ(whole.size.width, 60u);
+    EXPECT_EQ(whole.size.height, 24u);
+    EXPECT_EQ(whole.samples, label.bytes);
+    SmallPicture const small = smallpicture::shrunk(whole, 30);
+    EXPECT_EQ(small.size.width, 30u);
+    EXPECT_EQ(small.size.height, 12u);
+    ASSERT_EQ(small.samples.size(), 30u * 12 * 4);
     for (size_t y = 0; y < 12; ++y)
         for (size_t x = 0; x < 30; ++x) {
             size_t sum = 0;
             for (size_t const place : {0u, 1u, 60u, 61u})
                 sum += label.bytes[3 * (2 * y * 60 + 2 * x + place)];
-            ASSERT_EQ(small.rgba[4 * (y * 30 + x)], (sum + 2) / 4) << x << "," << y;
+            ASSERT_EQ(small.samples[4 * (y * 30 + x)], (sum + 2) / 4) << x << "," << y;
+            ASSERT_EQ(small.samples[4 * (y * 30 + x) + 3], 255);
         }
-    auto const odd = slideimages::read(input, "label", 25);
-    EXPECT_EQ(odd.shown.width, 20u) << "squares of three pixels";
-    EXPECT_EQ(odd.shown.height, 8u);
-    HostError const error = failure([&] { slideimages::read(input, "macro", 100); });
+    SmallPicture const odd = smallpicture::shrunk(whole, 25);
+    EXPECT_EQ(odd.size.width, 20u) << "squares of three pixels";
+    EXPECT_EQ(odd.size.height, 8u);
+    HostError const error = failure([&] { slideimages::read(input, "macro"); });
     EXPECT_EQ(error.kind(), HostError::Kind::UnreadableImage);
     InputFile plain(write({level(40, 30, 3, 1)}, "w", "plain.tif"));
     EXPECT_TRUE(slideimages::names(plain).empty());

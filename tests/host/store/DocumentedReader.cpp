@@ -99,11 +99,12 @@ DocumentedReader::DocumentedReader(std::string const& path) {
     require(code == SQLITE_OK, "the file does not open");
     require(column("PRAGMA application_id").at(0) == 0x564c4d53, "the file is no store");
     version_ = column("PRAGMA user_version").at(0);
-    require(version_ >= 1 && version_ <= 3, "the version is unknown");
+    require(version_ >= 1 && version_ <= 4, "the version is unknown");
     require(column("PRAGMA page_size").at(0) == (version_ == 1 ? 16384 : 4096), "a page has another size");
     readDescription();
     checkDescription();
     if (version_ >= 3) checkIndex();
+    if (version_ >= 4) readMetadata();
 }
 
 Number DocumentedReader::number(std::string const& key) const {
@@ -166,6 +167,27 @@ void DocumentedReader::checkIndex() const {
         append(keys.at(static_cast<size_t>(id >> 53)), id, 8);
     for (size_t level = 0; level < keys.size(); ++level)
         require(number("index" + std::to_string(level)) == crcOf(keys[level]), "the index does not match its checksum");
+}
+
+void DocumentedReader::readMetadata() {
+    auto const query = prepared(database_.get(), "SELECT id, kind, name, crc, data FROM metadata ORDER BY id");
+    Bytes summed;
+    while (next(query.get())) {
+        auto const* const data = static_cast<std::uint8_t const*>(sqlite3_column_blob(query.get(), 4));
+        Bytes const bytes(data, data + sqlite3_column_bytes(query.get(), 4));
+        Number const crc = sqlite3_column_int64(query.get(), 3);
+        require(crc == crcOf(bytes), "an item does not match its checksum");
+        Item const item{textAt(query.get(), 1), textAt(query.get(), 2), bytes};
+        metadata_.push_back(item);
+        require(sqlite3_column_int64(query.get(), 0) == static_cast<Number>(metadata_.size()), "an item is missing");
+        for (std::string const& text : {item.kind, item.name}) {
+            summed.insert(summed.end(), text.begin(), text.end());
+            summed.push_back(0);
+        }
+        append(summed, crc, 4);
+    }
+    require(number("metadata") == static_cast<Number>(metadata_.size()), "items are missing");
+    require(number("metadataCrc") == crcOf(summed), "the metadata does not match its checksum");
 }
 
 Numbers DocumentedReader::idsWithData() const {

@@ -31,6 +31,14 @@ public:
     /// The keys in the index of the places with data, in ascending order.
     std::vector<std::int64_t> idsWithData() const;
 
+    /// From version 4 on; bytes and checksums are compared.
+    struct Item {
+        std::string kind;
+        std::string name;
+        std::vector<std::uint8_t> bytes;
+    };
+    std::vector<Item> const& metadata() const { return metadata_; }
+
     static std::int64_t idOf(std::int64_t level, std::int64_t band, std::int64_t plane, std::int64_t column,
                              std::int64_t row);
 
@@ -51,6 +59,7 @@ private:
     void readDescription();
     void checkDescription() const;
     void checkIndex() const;
+    void readMetadata();
 
     Plane bandOf(std::int64_t level, std::int64_t band, std::int64_t plane) const;
     Plane planeOf(std::int64_t level, std::int64_t plane) const;
@@ -60,4 +69,5 @@ private:
     std::shared_ptr<sqlite3> database_;
     std::int64_t version_ = 0;
     std::map<std::string, std::string> description_;
+    std::vector<Item> metadata_;
 };

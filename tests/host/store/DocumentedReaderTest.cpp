@@ -69,14 +69,14 @@ INSTANTIATE_TEST_SUITE_P(Pictures, DocumentedReaderTest,
 
 TEST_P(DocumentedReaderTest, GivesEverySampleOfEachVersion) {
     Picture const picture = pictureOf(GetParam().bands, GetParam().bits);
-    for (std::int64_t const version : {3, 2, 1}) {
+    for (std::int64_t const version : {4, 3, 2, 1}) {
         for (size_t const tileSize : {16u, 64u}) {
             SCOPED_TRACE("version " + std::to_string(version) + ", tiles of " + std::to_string(tileSize));
             ImportOptions options;
             options.tileSize = tileSize;
             options.replace = true;
             testpictures::import(picture, path_, options);
-            if (version < 3) storefiles::rewriteAs(version, path_);
+            if (version < 4) storefiles::rewriteAs(version, path_);
             DocumentedReader const reader(path_);
             EXPECT_EQ(reader.version(), version);
             EXPECT_EQ(reader.picture(), samplesOf(picture));
@@ -141,17 +141,17 @@ protected:
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Files, OldStoreTest,
-                         testing::Values(OldStore{"version1-grey8.vlm", 1, 1, 8, false},
-                                         OldStore{"version1-rgb8.vlm", 1, 3, 8, true},
-                                         OldStore{"version1-greyalpha16.vlm", 1, 2, 16, true},
-                                         OldStore{"version2-rgba8.vlm", 2, 4, 8, true},
-                                         OldStore{"version2-rgb16.vlm", 2, 3, 16, true}),
-                         [](auto const& test) {
-                             std::string const name = test.param.name;
-                             std::string const stem = name.substr(0, name.find('.'));
-                             return stem.substr(0, stem.find('-')) + stem.substr(stem.find('-') + 1);
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Files, OldStoreTest,
+    testing::Values(OldStore{"version1-grey8.vlm", 1, 1, 8, false}, OldStore{"version1-rgb8.vlm", 1, 3, 8, true},
+                    OldStore{"version1-greyalpha16.vlm", 1, 2, 16, true}, OldStore{"version2-rgba8.vlm", 2, 4, 8, true},
+                    OldStore{"version2-rgb16.vlm", 2, 3, 16, true}, OldStore{"version3-rgb8.vlm", 3, 3, 8, true},
+                    OldStore{"version3-grey16.vlm", 3, 1, 16, true}),
+    [](auto const& test) {
+        std::string const name = test.param.name;
+        std::string const stem = name.substr(0, name.find('.'));
+        return stem.substr(0, stem.find('-')) + stem.substr(stem.find('-') + 1);
+    });
 
 TEST_P(OldStoreTest, GivesEverySample) {
     DocumentedReader const reader(path_);

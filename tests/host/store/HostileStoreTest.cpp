@@ -185,8 +185,8 @@ TEST_F(HostileStoreTest, ImpossibleDescriptionsAreNamed) {
                            {"micronsPerPixelX", "nan", "micronsPerPixelX cannot be 'nan'"},
                            {"micronsPerPixelY", "inf", "micronsPerPixelY cannot be 'inf'"},
                            {"micronsPerPixelY", "2e12", "micronsPerPixelY cannot be '2e12'"},
-                           {"version", "2", "head says version 3, its description 2"},
-                           {"version", "03", "head says version 3, its description 03"},
+                           {"version", "2", "head says version 4, its description 2"},
+                           {"version", "04", "head says version 4, its description 04"},
                            {"index1", "4294967296", "index1 cannot be '4294967296'"},
                            {"index0", "", "index0 cannot be ''"}}) {
         writeFile(path_, whole);

@@ -82,6 +82,6 @@ std::vector<Hostile> const& hostilestores::all() {
 
 void hostilestores::makeWith(std::string const& schema, std::string const& path) {
     std::filesystem::remove(path);
-    storefiles::change(path, "PRAGMA page_size = 4096; PRAGMA application_id = 0x564c4d53; PRAGMA user_version = 3;" +
+    storefiles::change(path, "PRAGMA page_size = 4096; PRAGMA application_id = 0x564c4d53; PRAGMA user_version = 4;" +
                                  schema);
 }

@@ -1,5 +1,6 @@
 // Each `new` fails in turn while a store is written, read, checked and exported: what was there before stays, and the
 // same objects do the same work afterwards.
+#include "host/image/SmallPicture.h"
 #include "host/store/StoreCheck.h"
 #include "host/store/StoreExporter.h"
 #include "host/store/TileOrder.h"
@@ -21,7 +22,12 @@ protected:
     using Names = std::vector<std::string>;
     using Samples = std::vector<std::int16_t>;
 
-    void SetUp() override { import(path(), picture_); }
+    void SetUp() override {
+        picture_.metadata = {{picturemetadata::kTag, "34665/33434", {5, 0, 1, 0, 0, 0, 125, 0, 0, 0}},
+                             {picturemetadata::kProfile, "", std::vector<std::uint8_t>(3000, 7)},
+                             {picturemetadata::kImage, "label", smallpicture::toPng({{2, 1}, 1, {1, 2}})}};
+        import(path(), picture_);
+    }
 
     static void import(std::string const& path, Picture const& picture) {
         ImportOptions options;
@@ -52,6 +58,8 @@ protected:
                     samples.insert(samples.end(),
                                    {static_cast<std::int16_t>(place.column), static_cast<std::int16_t>(place.row)});
         samples.push_back(static_cast<std::int16_t>(store.storedTiles()));
+        for (MetadataItem const& item : store.allMetadata())
+            samples.insert(samples.end(), item.bytes.begin(), item.bytes.end());
         return samples;
     }
 

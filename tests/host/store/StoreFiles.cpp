@@ -81,12 +81,36 @@ void storefiles::rewriteAs(std::int64_t version, std::string const& path) {
     }
     Database const database = opened(path);
     execute(database.get(), "BEGIN");
-    for (auto const& [id, bytes] : tiles)
+    for (auto const& [id, bytes] : version < 3 ? tiles : decltype(tiles){})
         rewriteTile(database.get(), id, bytes);
-    execute(database.get(), "DELETE FROM meta WHERE key = 'version' OR key GLOB 'index*'");
+    execute(database.get(), version < 3 ? "DELETE FROM meta WHERE key = 'version' OR key GLOB 'index*'"
+                                        : "UPDATE meta SET value = '3' WHERE key = 'version'");
+    execute(database.get(), "DELETE FROM meta WHERE key GLOB 'metadata*'; DROP TABLE metadata");
     seal(database.get());
     execute(database.get(), "COMMIT; PRAGMA user_version = " + std::to_string(version));
     if (version == 1) execute(database.get(), "PRAGMA page_size = 16384; VACUUM");
+}
+
+void storefiles::renameMetadata(std::string const& path,
+                                std::vector<std::pair<std::string, std::string>> const& names) {
+    Database const database = opened(path);
+    for (auto const& [from, to] : names)
+        execute(database.get(), "UPDATE metadata SET name = '" + to + "' WHERE name = '" + from + "'");
+    Bytes summed;
+    auto const add = [](void* sum, int, char** values, char**) {
+        auto& bytes = *static_cast<Bytes*>(sum);
+        for (std::string const& text : {std::string(values[0]), std::string(values[1])}) {
+            bytes.insert(bytes.end(), text.begin(), text.end());
+            bytes.push_back(0);
+        }
+        for (unsigned long crc = std::stoul(values[2]), i = 0; i < 4; ++i, crc /= 256)
+            bytes.push_back(static_cast<std::uint8_t>(crc % 256));
+        return 0;
+    };
+    sqlite3_exec(database.get(), "SELECT kind, name, crc FROM metadata ORDER BY id", add, &summed, nullptr);
+    auto const crc = crc32(0, summed.data(), static_cast<uInt>(summed.size()));
+    execute(database.get(), "UPDATE meta SET value = '" + std::to_string(crc) + "' WHERE key = 'metadataCrc'");
+    seal(database.get());
 }
 
 void storefiles::sealDescription(std::string const& path) {

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 /// Files of stores that the product does not write: older versions, damaged ones.
 namespace storefiles {
@@ -10,8 +12,11 @@ namespace storefiles {
 /// Runs statements on the file with a plain SQLite, also such that change its schema.
 void change(std::string const& path, std::string const& statements);
 
-/// Rewrites a store as one of version 1 or 2, as docs/STORE.md describes them.
+/// Rewrites a store as one of an older version, as docs/STORE.md describes them.
 void rewriteAs(std::int64_t version, std::string const& path);
+
+/// Gives items of the metadata other names, and corrects the checksums.
+void renameMetadata(std::string const& path, std::vector<std::pair<std::string, std::string>> const& names);
 
 /// Corrects the checksum after a change of the description.
 void sealDescription(std::string const& path);

@@ -32,7 +32,7 @@ protected:
         ImportOptions options;
         options.tileSize = 32;
         testpictures::import(testpictures::picture(100, 70, 3, 8, Content::Noise), path_, options);
-        if (GetParam() < 3) storefiles::rewriteAs(GetParam(), path_);
+        if (GetParam() < 4) storefiles::rewriteAs(GetParam(), path_);
         whole_ = readFile(path_);
         ids_ = DocumentedReader(path_).ids();
         samples_ = samples();
@@ -83,7 +83,7 @@ protected:
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Versions, StoreHeadTest, testing::Values(1, 2, 3),
+INSTANTIATE_TEST_SUITE_P(Versions, StoreHeadTest, testing::Values(1, 2, 3, 4),
                          [](auto const& test) { return "Version" + std::to_string(test.param); });
 
 TEST_P(StoreHeadTest, EveryBitOfTheVersionAndOfTheMarksIsDamage) {
@@ -175,14 +175,14 @@ TEST(NewerStoreTest, AStoreOfALaterVersionIsNamed) {
     TemporaryFolder const folder;
     std::string const path = folder.path("a.vlm");
     testpictures::import(testpictures::picture(40, 30, 1, 8, Content::Noise), path);
-    storefiles::change(path, "UPDATE meta SET value = '4' WHERE key = 'version'; PRAGMA user_version = 4");
+    storefiles::change(path, "UPDATE meta SET value = '5' WHERE key = 'version'; PRAGMA user_version = 5");
     storefiles::sealDescription(path);
     try {
         TileStore const store(path);
         FAIL() << "it opens";
     } catch (HostError const& error) {
         EXPECT_EQ(error.kind(), Kind::NewerStore);
-        EXPECT_NE(std::string(error.what()).find("has version 4, this program knows up to 3"), std::string::npos)
+        EXPECT_NE(std::string(error.what()).find("has version 5, this program knows up to 4"), std::string::npos)
             << error.what();
     }
 }

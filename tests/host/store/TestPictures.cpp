@@ -17,6 +17,7 @@ public:
     size_t bands() const override { return picture_.bands; }
     size_t sampleBytes() const override { return picture_.bits / 8; }
     std::string description() const override { return "a picture in memory"; }
+    PictureMetadata metadata() override { return {picture_.metadata, {}}; }
 
 protected:
     void readInto(Region const& region, std::uint8_t* pixels) override {

@@ -15,7 +15,8 @@ struct Picture {
     size_t height = 0;
     size_t bands = 0;
     size_t bits = 8;
-    std::vector<std::uint8_t> bytes; ///< interleaved samples, 16 bits in the machine's byte order
+    std::vector<std::uint8_t> bytes;         ///< interleaved samples, 16 bits in the machine's byte order
+    std::vector<MetadataItem> metadata = {}; ///< of its source; does not count when pictures are compared
 
     bool operator==(Picture const& other) const;
 };

@@ -49,7 +49,7 @@ TEST(TileStoreFormatTest, KeysGiveTheirTilesBack) {
 }
 
 TEST(TileStoreFormatTest, ADescriptionSaysAllThatThereIs) {
-    Meta const meta = storeformat::toMeta(exampleInfo(), {11, 12, 4294967295});
+    Meta const meta = storeformat::toMeta(exampleInfo(), {11, 12, 4294967295}, {3, 77});
     Meta const expected{{"width", "134217728"},
                         {"height", "3"},
                         {"bands", "4"},
@@ -64,26 +64,42 @@ TEST(TileStoreFormatTest, ADescriptionSaysAllThatThereIs) {
                         {"selection", ""},
                         {"rangeLow", "0"},
                         {"rangeHigh", "0"},
-                        {"version", "3"},
+                        {"version", "4"},
                         {"index0", "11"},
                         {"index1", "12"},
                         {"index2", "4294967295"},
+                        {"metadata", "3"},
+                        {"metadataCrc", "77"},
                         {"crc", meta.at("crc")}};
     EXPECT_EQ(meta, expected);
-    StoreInfo const info = storeformat::fromMeta(meta, 3);
+    StoreInfo const info = storeformat::fromMeta(meta, 4);
     EXPECT_EQ(info.width, 134217728u);
     EXPECT_EQ(info.micronsPerPixelX, 0.25);
     EXPECT_EQ(info.micronsPerPixelY, 1e-5);
     EXPECT_EQ(info.sourceName, "slide.tif");
     EXPECT_EQ(info.interpretation, "RGBA");
-    EXPECT_EQ(storeformat::indexChecksums(meta, info, 3), (storeformat::IndexChecksums{11, 12, 4294967295}));
+    EXPECT_EQ(storeformat::indexChecksums(meta, info, 4), (storeformat::IndexChecksums{11, 12, 4294967295}));
     EXPECT_TRUE(storeformat::indexChecksums(meta, info, 2).empty());
+    EXPECT_EQ(storeformat::metadataSeal(meta, 4), (storeformat::MetadataSeal{3, 77}));
+    EXPECT_EQ(storeformat::metadataSeal(meta, 3), storeformat::MetadataSeal());
+}
+
+TEST(TileStoreFormatTest, ImpossibleNumbersOfItemsAreRefused) {
+    Meta meta = storeformat::toMeta(exampleInfo(), {0, 0, 0});
+    for (auto const& [key, value] :
+         {std::pair{"metadata", "4097"}, {"metadata", "-1"}, {"metadataCrc", "4294967296"}}) {
+        Meta changed = meta;
+        changed[key] = value;
+        EXPECT_THROW(storeformat::metadataSeal(changed, 4), std::invalid_argument) << value;
+        changed.erase(key);
+        EXPECT_THROW(storeformat::metadataSeal(changed, 4), std::invalid_argument) << key;
+    }
 }
 
 TEST(TileStoreFormatTest, WhatAReaderWouldRefuseIsNotWritten) {
     StoreInfo info = exampleInfo();
     info.sourceName = std::string(storeformat::kMaxTextBytes, 'x');
-    EXPECT_EQ(storeformat::fromMeta(storeformat::toMeta(info, {0, 0, 0}), 3).sourceName, info.sourceName);
+    EXPECT_EQ(storeformat::fromMeta(storeformat::toMeta(info, {0, 0, 0}), 4).sourceName, info.sourceName);
     info.sourceName += 'x';
     EXPECT_THROW(storeformat::toMeta(info, {0, 0, 0}), std::invalid_argument);
 }

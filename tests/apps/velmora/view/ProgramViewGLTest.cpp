@@ -693,6 +693,9 @@ TEST_F(ProgramViewGLTest, ThePanelOfASlideHasItsLabel) {
     auto const json = runVelmora({"info", path("a.svs"), "--json"});
     EXPECT_NE(json.out.find("\"otherImages\": [\n    \"label\",\n    \"thumbnail\"\n  ]"), std::string::npos)
         << json.out;
+    // A store has kept it.
+    ASSERT_EQ(runVelmora({"import", path("a.svs"), path("a.vlm")}).exitCode, 0);
+    EXPECT_GT(labelled(after("wait\nkey p\n", {path("a.vlm"), "--size", "900x600"})), 1000u);
 }
 
 TEST_F(ProgramViewGLTest, ThePixelUnderTheCursorIsCopiedAndThatIsTold) {
