@@ -21,6 +21,8 @@ public:
     double pixelsPerMillimetreY() const override { return source_->pixelsPerMillimetreY(); }
     std::string description() const override { return source_->description(); }
     Selection selection() override { return source_->selection(); }
+    Lost lost() const override { return source_->lost(); }
+    PictureMetadata metadata() override { return source_->metadata(); }
 
 protected:
     void readInto(Region const& region, std::uint8_t* pixels) override {
