@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -40,6 +41,13 @@ constexpr std::array<Type, 8> kTypes{{{BYTE_IMG, SampleType::Unsigned8, TBYTE},
                                       {ULONG_IMG, SampleType::Unsigned32, TUINT},
                                       {FLOAT_IMG, SampleType::Float32, TFLOAT},
                                       {DOUBLE_IMG, SampleType::Float64, TDOUBLE}}};
+
+struct FreesFitsMemory {
+    void operator()(char* text) const {
+        int status = 0;
+        fits_free_memory(text, &status);
+    }
+};
 
 class FitsSamples final : public SampleSource {
 public:
@@ -196,11 +204,11 @@ private:
         int status = 0;
         int cards = 0;
         char* text = nullptr;
-        if (fits_convert_hdr2str(fits_, 0, nullptr, 0, &text, &cards, &status) == 0)
-            facts_.blocks.push_back({picturemetadata::kFits, {}, {text, text + std::strlen(text)}});
+        fits_convert_hdr2str(fits_, 0, nullptr, 0, &text, &cards, &status);
         fits_clear_errmsg();
-        status = 0;
-        if (text != nullptr) fits_free_memory(text, &status);
+        std::unique_ptr<char, FreesFitsMemory> const header(text);
+        if (status == 0)
+            facts_.blocks.push_back({picturemetadata::kFits, {}, {text, text + std::strlen(text)}});
     }
 
     std::optional<double> number(char const* key) const {

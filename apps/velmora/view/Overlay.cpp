@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -79,9 +80,8 @@ ImGuiStyle styleFor(float scale, bool isLight) {
 // Valid until the next call, as Dear ImGui expects.
 char const* clipboardText(void* /*unused*/) {
     static std::string text;
-    char* const taken = SDL_GetClipboardText();
-    text = taken == nullptr ? "" : taken;
-    SDL_free(taken);
+    std::unique_ptr<char, decltype(&SDL_free)> const taken(SDL_GetClipboardText(), &SDL_free);
+    text = taken == nullptr ? "" : taken.get();
     return text.c_str();
 }
 

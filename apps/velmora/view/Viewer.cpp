@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <exception>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -343,8 +344,8 @@ void Viewer::handle(SDL_Event const& event) {
     window_.note(event);
     overlay_.handle(event, pixelsPerUnit);
     if (event.type == SDL_DROPFILE) {
-        chosen_ = event.drop.file;
-        SDL_free(event.drop.file);
+        std::unique_ptr<char, decltype(&SDL_free)> const dropped(event.drop.file, &SDL_free);
+        chosen_ = dropped.get();
     }
     Camera* const camera = shownCamera();
     bool const isTyped = event.type == SDL_KEYDOWN && !options_.bare && overlay_.hasKeys();
