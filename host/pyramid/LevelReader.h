@@ -60,7 +60,7 @@ public:
     /// rows tightly packed from the top. Throws HostError, and what the check throws; a later read is not affected.
     virtual void read(size_t level, size_t plane, Region const& region, std::uint8_t* samples) = 0;
     virtual void setCheck(InputFile::Check const& check) = 0;
-    virtual PyramidStatistics statistics() const { return {}; }
+    virtual PyramidStatistics statistics() const = 0;
 };
 
 /// A file of one kind, opened. Any thread.

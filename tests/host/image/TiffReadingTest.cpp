@@ -148,3 +148,18 @@ TEST_F(TiffReadingTest, MoreThanTheFileHoldsIsRefusedBeforeItIsRead) {
             << refusal(tiff_);
     }
 }
+
+TEST_F(TiffReadingTest, PagesBesideAStackAreTold) {
+    Directory page = grey(5);
+    page.description =
+        R"(<?xml version="1.0"?><OME><Image><Pixels DimensionOrder="XYCZT" SizeC="2" SizeZ="1" SizeT="1">)"
+        R"(<TiffData/></Pixels></Image></OME>)";
+    write({page, grey(5, 9), grey(5, 11)});
+    Options options = lossless();
+    options.anySamples = true;
+    auto const notes = ImageReader(tiff_, options).notes();
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_TRUE(has(notes[0], "has 3 pages, of which the 2 of its first image are shown")) << notes[0];
+    options.selection.page = 3;
+    EXPECT_TRUE(ImageReader(tiff_, options).notes().empty());
+}

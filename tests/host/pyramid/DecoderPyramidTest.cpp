@@ -187,3 +187,15 @@ TEST_F(DecoderPyramidTest, ComplaintsOfOneThreadAreNotThoseOfAnother) {
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(right, 48);
 }
+
+TEST_F(DecoderPyramidTest, ACheckThatComesLaterStopsReading) {
+    struct Stop {};
+    auto const pyramid = open(slide("a.svs"));
+    auto const reader = pyramid->reader();
+    Bytes samples(10 * 10 * 3);
+    reader->read(0, {0, 0, 10, 10}, samples.data());
+    reader->setCheck([] { throw Stop(); });
+    EXPECT_THROW(reader->read(0, {280, 180, 10, 10}, samples.data()), Stop);
+    reader->setCheck({});
+    EXPECT_NO_THROW(reader->read(0, {280, 180, 10, 10}, samples.data()));
+}

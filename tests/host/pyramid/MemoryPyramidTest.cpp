@@ -228,3 +228,14 @@ TEST_F(MemoryPyramidTest, ACheckStopsDecodingAndTheNextReaderGoesOn) {
     EXPECT_THROW(readAll(*stopped), Stop);
     EXPECT_TRUE(readAll(*pyramid->reader()) == expected16(".png"));
 }
+
+TEST_F(MemoryPyramidTest, ACheckThatComesLaterStopsReading) {
+    struct Stop {};
+    testimages::writePattern8(path("a.png"), "", kWidth, kHeight, 3);
+    auto const pyramid = open(path("a.png"));
+    auto const reader = pyramid->reader();
+    reader->setCheck([] { throw Stop(); });
+    EXPECT_THROW(readAll(*reader), Stop);
+    reader->setCheck({});
+    EXPECT_EQ(readAll(*reader).size(), kWidth * kHeight * 3);
+}

@@ -1,5 +1,7 @@
 // Levels and layouts of TIFF files, which are written here with libtiff: samples are compared with those that were
 // written.
+#include "host/pyramid/TiffPyramid.h"
+
 #include "tests/host/pyramid/PyramidFixture.h"
 #include "tests/support/reading/FileSamples.h"
 
@@ -240,6 +242,27 @@ TEST_F(TiffPyramidTest, SamplesOfOtherNumbersOfBitsAreRefused) {
         EXPECT_TRUE(has(error.what(), "samples of " + std::to_string(bits) + " bits in a TIFF are not read"))
             << error.what();
     }
+}
+
+// libvips reads some of them; there is nothing between the two ways.
+TEST_F(TiffPyramidTest, SamplesThatLibtiffAloneDoesNotDecodeAreNotItsOwn) {
+    auto const refused = [&](std::string const& file) {
+        InputFile input(file);
+        return !tiffpyramid::open(input, {}, 100000);
+    };
+    Directory full = level(64, 32, 1, 1);
+    full.compression = COMPRESSION_ZSTD;
+    std::string const file = write({full});
+    EXPECT_FALSE(refused(file));
+    for (auto const& [format, bits] :
+         {std::pair{SAMPLEFORMAT_INT, 4u}, {SAMPLEFORMAT_INT, 1u}, {SAMPLEFORMAT_VOID, 8u}}) {
+        setValue(file, TIFFTAG_SAMPLEFORMAT, 0, static_cast<std::uint32_t>(format));
+        setValue(file, TIFFTAG_BITSPERSAMPLE, 0, bits);
+        EXPECT_TRUE(refused(file)) << format << ", " << bits << " bits";
+    }
+    Directory lab = level(64, 32, 3, 1);
+    lab.photometric = PHOTOMETRIC_CIELAB;
+    EXPECT_TRUE(refused(write({lab}))) << "Lab, which libvips converts";
 }
 
 TEST_F(TiffPyramidTest, SixteenBitsInWhichZeroIsWhiteAreInvertedWithoutTheirAlpha) {
