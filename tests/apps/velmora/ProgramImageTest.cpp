@@ -2,6 +2,7 @@
 // imported, and refusals come before there is a context or a window.
 #include "host/store/TileStore.h"
 #include "tests/apps/velmora/Process.h"
+#include "tests/host/image/RawTiff.h"
 #include "tests/host/image/TestTiff.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestImages.h"
@@ -422,4 +423,22 @@ TEST_F(ProgramImageTest, RowsOfTilesThatWouldFillTheMemoryAreRefused) {
         {"import", path("a.pgm"), store_}, 4,
         "'a.pgm' is 3000000 pixels wide: an import with tiles of 256 samples takes about 4.5 GB of memory, more "
         "than the 4.0 GB that a picture may take; choose a smaller --tile, or cut it into narrower pictures");
+}
+
+// Its header alone is read here.
+TEST_F(ProgramImageTest, AFileThatIsTooLargeToBeShownAtOnceIsDescribedAndHasNoChannels) {
+    rawtiff::Directory large;
+    large.tags[256] = large.tags[257] = {4, {20000}};
+    large.tags[259] = {3, {50000}}; // zstd: it takes any size
+    rawtiff::write(path("a.tif"), rawtiff::picture(64, 48, 1, rawtiff::Bytes(64 * 48), large, {}));
+    auto const info = runVelmora({"info", path("a.tif")});
+    EXPECT_EQ(info.exitCode, 0) << info.err;
+    EXPECT_NE(info.out.find("size                    20000 x 20000\n"), std::string::npos) << info.out;
+    EXPECT_EQ(info.out.find("levels "), std::string::npos) << info.out;
+    expectFailure(
+        {"render", path("a.tif"), "-o", path("a.png"), "--colour-map", "viridis"}, 2,
+        "'" + path("a.tif") +
+            "' cannot be shown with --channel, --z, --t, --curve, --colour-map or --invert: it has no smaller "
+            "levels, and takes 0.4 GB as TIFF decoded, more than the 0.3 GB that are decoded at once; leave "
+            "them out");
 }

@@ -586,6 +586,36 @@ TEST_F(ProgramPanelGLTest, AChannelIsShownAloneByAClickAndAllByAnother) {
     expectPixels(clicked({{580, 53}}), asked({"--z", "1"}));
 }
 
+TEST_F(ProgramPanelGLTest, AColourIsChosenAndAlphaTakenAwayByAClick) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
+    testimages::writePattern16(path("a.tif"), "", 300, 200, 4);
+    auto const all = asked({});
+    auto const withoutAlpha = asked({"--bands", "1,2,3"});
+    ASSERT_NE(testimages::difference(all, withoutAlpha), "");
+    expectPixels(clicked({{470, 131}}), withoutAlpha);
+    // Red's square opens a choice of colours, in which black is dragged to; a click beside it closes it.
+    expectPixels(part(after("wait\ndrag 542 52 542 52\nwait\ndrag 420 190 309 303\nwait\ndrag 25 300 25 300\n",
+                            {path("a.tif"), "--size", "640x480", "--range", "0,4000"})),
+                 asked({"--channel", "1", "--channel", "2"}));
+}
+
+TEST_F(ProgramPanelGLTest, TheTonesOfAStoreOf16BitsAreTyped) {
+    if (isSampleRun()) GTEST_SKIP() << "it runs on llvmpipe";
+    testimages::writePattern16(path("a.png"), "", 300, 200, 3);
+    auto const seen = [&](std::string const& script, std::string const& gamma) {
+        std::vector<std::string> const start{path("a.png"), "--size", "640x480", "--sharpen", "1"};
+        if (!script.empty()) return part(after("wait\n" + script, start));
+        auto arguments = start;
+        arguments.insert(arguments.end(), {"--gamma", gamma});
+        return part(shown(arguments));
+    };
+    std::string const white = "drag 443 52 443 52\nwait\nkey Ctrl+A\ntype 30000\nwait\nkey Return\nwait\n";
+    expectPixels(seen(white, ""), seen("", "1,0,30000"));
+    // The white point stays above the black one.
+    std::string const black = "drag 443 27 443 27\nwait\nkey Ctrl+A\ntype 40000\nwait\nkey Return\nwait\n";
+    expectPixels(seen(white + black, ""), seen("", "1,40000,40001"));
+}
+
 TEST_F(ProgramStackGLTest, WhatTheFileHoldsIsTold) {
     auto page = testtiff::directory<std::uint16_t>(kWidth, kHeight, 1, pages_.front());
     std::vector<testtiff::Directory> pages(4, page);
@@ -723,6 +753,22 @@ TEST_F(ProgramViewGLTest, AFileThatIsDroppedIsOpened) {
     // What was asked for of the first is not for the second.
     std::vector<std::string> const part{path("a.png"), "--size", "200x100", "--bare", "--bands", "2", "--at", "9,9,3"};
     expectPixels(after("wait\ndrop " + path("b.png") + "\n", part), second);
+    // So is what is left out of the next one.
+    std::vector<testtiff::Directory> pages;
+    for (std::uint32_t const side : {70u, 30u}) {
+        pages.push_back(testtiff::directory<std::uint8_t>(side, side, 1, std::vector<std::uint8_t>(side * side, 99)));
+        pages.back().photometric = PHOTOMETRIC_MINISBLACK;
+    }
+    testtiff::write(path("two.tif"), pages);
+    auto telling = start;
+    telling.insert(telling.end(), {"--script", script("wait\ndrop " + path("two.tif") + "\nwait\nquit\n")});
+    auto const told = view(telling);
+    EXPECT_EQ(told.exitCode, 0) << told.err;
+    EXPECT_NE(told.err.find("two.tif' holds 2 pages"), std::string::npos) << told.err;
+    EXPECT_NE(testimages::difference(after("wait\ndrop " + path("no.png") + "\n", {path("a.png"), "--size", "640x480"}),
+                                     shown({path("a.png"), "--size", "640x480"})),
+              "")
+        << "the message in the window";
     // What cannot be opened leaves the picture, and is told.
     for (std::string const& wrong : std::vector<std::string>{path("no.png"), path("nothing.png"), path("")}) {
         auto arguments = start;
@@ -772,11 +818,38 @@ TEST_F(ProgramViewGLTest, APathThatIsTypedIsOpened) {
     std::vector<std::string> const start{path("a.png"), "--size", "200x100"};
     auto const opened = after(open + typed + "key Return\n", start);
     expectPixels(middle(opened), middle(shown({path("b.png"), "--size", "200x100"})));
+    // What is cut out of the field can be put back.
+    expectPixels(middle(after(open + typed + "key Ctrl+A\nkey Ctrl+X\nwait\nkey Ctrl+V\nwait\nkey Return\n", start)),
+                 middle(opened));
     // Escape closes the panel, and then the window; a key is a letter in the field.
     auto const before = shown(start);
     expectPixels(middle(after(open + "key q\nwait\nkey Escape\n", start)), middle(before));
     EXPECT_NE(testimages::difference(middle(after(open, start)), middle(before)), "");
     EXPECT_EQ(readFile(path("state/velmora/recent")), path("a.png") + "\n" + path("b.png") + "\n");
+}
+
+TEST_F(ProgramViewGLTest, AFolderThatIsTypedIsEntered) {
+    std::filesystem::create_directory(path("in"));
+    testimages::writePattern8(path("a.png"), "", 200, 100, 3);
+    testimages::writePattern8(path("in/b.png"), "", 200, 100, 1);
+    std::string script = "wait\nkey o\nwait\nkey Ctrl+A\n";
+    std::string const folder = path("in");
+    for (size_t i = 0; i < folder.size(); i += 20)
+        script += "type " + folder.substr(i, 20) + "\nwait\n";
+    // Below the picture that was opened last, the path and "../".
+    script += "key Return\nwait\ndrag 124 176 124 176\nwait\n";
+    expectPixels(testimages::crop(after(script, {path("a.png"), "--size", "640x480"}), 200, 100, 100, 100),
+                 testimages::crop(shown({path("in/b.png"), "--size", "640x480"}), 200, 100, 100, 100));
+}
+
+TEST_F(ProgramViewGLTest, EscapeLeavesWhatIsOpenAndThenTheWindow) {
+    testimages::writePattern8(path("a.png"), "", 90, 60, 3);
+    std::string const text = "wait\nkey o\nwait\nkey Escape\nwait\nscreenshot " + path("open.png") +
+                             "\nkey Escape\nwait\nscreenshot " + path("left.png") + "\n";
+    auto const result = view({path("a.png"), "--size", "640x480", "--script", script(text)});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_TRUE(std::filesystem::exists(path("open.png")));
+    EXPECT_FALSE(std::filesystem::exists(path("left.png")));
 }
 
 TEST_F(ProgramViewGLTest, ASmallWindowShowsThePictureAndNoPanels) {
