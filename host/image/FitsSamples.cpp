@@ -207,8 +207,7 @@ private:
         fits_convert_hdr2str(fits_, 0, nullptr, 0, &text, &cards, &status);
         fits_clear_errmsg();
         std::unique_ptr<char, FreesFitsMemory> const header(text);
-        if (status == 0)
-            facts_.blocks.push_back({picturemetadata::kFits, {}, {text, text + std::strlen(text)}});
+        if (status == 0) facts_.blocks.push_back({picturemetadata::kFits, {}, {text, text + std::strlen(text)}});
     }
 
     std::optional<double> number(char const* key) const {
