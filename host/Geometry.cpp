@@ -1,5 +1,6 @@
 #include "host/Geometry.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <stdexcept>
@@ -39,4 +40,12 @@ bool liesIn(Region const& region, Size const& picture) {
     // Differences, because the sum x + width may overflow.
     return region.x < picture.width && region.width <= picture.width - region.x && region.y < picture.height &&
            region.height <= picture.height - region.y;
+}
+
+Region common(Region const& a, Region const& b) {
+    size_t const x = std::max(a.x, b.x);
+    size_t const y = std::max(a.y, b.y);
+    auto const length = [](size_t start, size_t end) { return end > start ? end - start : 0; };
+    return {x, y, length(x, std::min(a.x + a.width, b.x + b.width)),
+            length(y, std::min(a.y + a.height, b.y + b.height))};
 }

@@ -50,6 +50,14 @@ inline Insets insetsOf(Region const& outer, Region const& inner) {
             outer.y + outer.height - inner.y - inner.height};
 }
 
+/// A picture of this size halved so often, each time rounded up. Not for a side of 0.
+inline Size halved(Size const& size, size_t times) {
+    return {((size.width - 1) >> times) + 1, ((size.height - 1) >> times) + 1};
+}
+
+/// The samples that two regions share; of no width or height where there are none.
+Region common(Region const& a, Region const& b);
+
 /// Whether the region lies wholly in a picture of this size; false for a region without pixels.
 bool liesIn(Region const& region, Size const& picture);
 

@@ -8,6 +8,7 @@
 #include "host/gl/SurfacelessContext.h"
 #include "host/image/InputFile.h"
 #include "host/image/SrgbConversion.h"
+#include "host/store/KeptMetadata.h"
 #include "host/store/TileStore.h"
 
 #include <nlohmann/json.hpp>
@@ -70,7 +71,7 @@ size_t bytesOf(std::string const& path) {
 
 void storeInfo(size_t bytes, TileStore& store) {
     StoreInfo const& info = store.info();
-    picturetext::Kept const kept = picturetext::keptIn(store);
+    KeptMetadata const kept = keptIn(store);
     auto const number = [](char const* name, size_t value) { printNumber(name, static_cast<std::int64_t>(value)); };
     number("width", info.width);
     number("height", info.height);
@@ -99,7 +100,7 @@ nlohmann::ordered_json propertiesJson(std::vector<ImageProperty> const& properti
 // Keys are the names of the store's description.
 void storeJson(size_t bytes, TileStore& store) {
     StoreInfo const& info = store.info();
-    picturetext::Kept const kept = picturetext::keptIn(store);
+    KeptMetadata const kept = keptIn(store);
     auto metadata = nlohmann::ordered_json::array();
     for (MetadataItem const& item : store.metadata())
         metadata.push_back({{"kind", item.kind}, {"name", item.name}});

@@ -280,7 +280,7 @@ bool mayBeDisplayed(Options const& options) {
 bool keepsSamples(Options const& options, PictureSource const& source) {
     bool const isWeighed = options.smooth && options.zoom < 1;
     if (!namesTiff(options.output) || options.bits == 8 || isWeighed) return false;
-    if (!source.pyramid) return options.display.isEmpty();
+    if (TileStore::isStore(options.image)) return options.display.isEmpty();
     SampleFormat const& layout = source.pyramid->facts().image.layout;
     bool const isWide = layout.type == SampleType::Unsigned16 || options.selection.hasRange();
     return options.display.asksForRangeAlone() && isWide && layout.isPlain();
@@ -302,8 +302,10 @@ void render(Options const& options) {
                         options.display);
     if (auto const source = displayedSource(options)) return renderLevels(options, *source);
     // At zoom 1 reading the region suffices.
-    if (options.zoom == 1.0 && !TileStore::isStore(options.image)) return renderImage(options);
+    bool const isStore = TileStore::isStore(options.image);
+    if (options.zoom == 1.0 && !isStore) return renderImage(options);
     auto const source = picturefiles::shownAtOnce(options.image, options.selection);
+    if (isStore) imageinput::print(picturefiles::notesOf(*source, options.selection));
     renderLevels(options,
                  source ? *source : picturefiles::storeOf(options.image, options.selection, options.cacheBytes));
 }

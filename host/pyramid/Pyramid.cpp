@@ -8,7 +8,9 @@
 #include "host/image/VipsSamples.h"
 #include "host/pyramid/DecoderPyramid.h"
 #include "host/pyramid/MemoryPyramid.h"
+#include "host/pyramid/StorePyramid.h"
 #include "host/pyramid/TiffPyramid.h"
+#include "host/store/TileStore.h"
 
 #include <utility>
 
@@ -79,7 +81,14 @@ std::string tooLarge(ImageFacts const& facts, std::uint64_t bytes, std::uint64_t
            memorybudget::toText(most) + " that are decoded at once";
 }
 
+std::unique_ptr<PyramidFile> storeOf(std::string const& path, PyramidOptions const& options) {
+    if (options.selection.page.value_or(1) != 1)
+        throw HostError(HostError::Kind::Usage, "'" + path + "' is a tile store, of one picture; leave out --page");
+    return storepyramid::open(path, options.cacheBytes, options.check);
+}
+
 Opened open(std::string const& path, PyramidOptions const& options) {
+    if (TileStore::isStore(path)) return {storeOf(path, options), ""};
     auto const file = std::make_shared<InputFile>(path, options.check);
     SampleRequest request;
     request.page = options.selection.page;

@@ -16,6 +16,7 @@
 ///     slides                          OpenSlide's levels
 ///     JPEG 2000                       the resolutions of its wavelet
 ///     JPEG                            1/2, 1/4 and 1/8 as the decoder gives them; each is decoded once, into memory
+///     tile stores                     the levels of their wavelet, rebuilt tile by tile
 ///     all others                      decoded once, into memory, by the first reader
 ///
 /// Any thread, also several at once.
@@ -56,5 +57,5 @@ struct PyramidOpening {
 };
 
 /// Opens a picture file. There is no pyramid if its smallest level takes more than memoryBytes. Throws HostError:
-/// missing file; unreadable image; usage, if the file lacks what is selected.
+/// missing file; unreadable image; of a store what TileStore throws; usage, if the file lacks what is selected.
 PyramidOpening openPyramid(std::string const& path, PyramidOptions const& options = {});

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "host/store/BandParts.h"
 #include "host/store/TileStore.h"
-#include "host/view/SampleCache.h"
 #include "host/view/TileReader.h"
 
 #include <cstddef>
@@ -28,11 +28,9 @@ public:
 
 private:
     BandPart part(TileAddress const& of, Region const& region);
-    void put(BandPart& part, TileAddress const& address, std::optional<std::int16_t> value);
-    SampleCache::Samples samples(TileAddress const& address);
 
     TileStore store_;
-    std::shared_ptr<SampleCache> cache_;
+    BandParts parts_;
 };
 
 /// As many as are wanted; 0: one per core. Throws what TileStore throws.

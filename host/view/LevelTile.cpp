@@ -25,8 +25,7 @@ Region fromRange(std::vector<size_t> const& range) {
 } // namespace
 
 Size leveltile::levelExtent(PictureInfo const& info, size_t level) {
-    auto const halved = [level](size_t length) { return ((length - 1) >> level) + 1; };
-    return {halved(info.width), halved(info.height)};
+    return halved({info.width, info.height}, level);
 }
 
 Size leveltile::pixelExtent(PictureInfo const& info, Zoom const& zoom) {
@@ -70,12 +69,4 @@ std::vector<LevelTile> leveltile::over(size_t level, Region const& region) {
             tiles.push_back({level, column, row});
     }
     return tiles;
-}
-
-Region common(Region const& a, Region const& b) {
-    size_t const x = std::max(a.x, b.x);
-    size_t const y = std::max(a.y, b.y);
-    auto const length = [](size_t start, size_t end) { return end > start ? end - start : 0; };
-    return {x, y, length(x, std::min(a.x + a.width, b.x + b.width)),
-            length(y, std::min(a.y + a.height, b.y + b.height))};
 }

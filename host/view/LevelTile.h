@@ -51,6 +51,3 @@ LevelTile parent(LevelTile const& tile);
 std::vector<LevelTile> over(size_t level, Region const& region);
 
 } // namespace leveltile
-
-/// The samples that two regions share; of no width or height where there are none.
-Region common(Region const& a, Region const& b);

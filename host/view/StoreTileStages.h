@@ -1,11 +1,11 @@
 #pragma once
 
+#include "host/store/SampleCache.h"
 #include "host/view/DataMask.h"
 #include "host/view/EmptyAreas.h"
 #include "host/view/LevelSamples.h"
 #include "host/view/LevelTiles.h"
 #include "host/view/PictureStages.h"
-#include "host/view/SampleCache.h"
 #include "host/view/TileLoader.h"
 
 #include <functional>

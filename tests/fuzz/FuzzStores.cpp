@@ -4,6 +4,7 @@
 #include "host/image/SmallPicture.h"
 #include "host/store/StoreCheck.h"
 #include "host/store/StoreExporter.h"
+#include "host/store/StoreLevels.h"
 #include "host/store/StoreMemory.h"
 #include "host/store/TileStoreFormat.h"
 #include "host/view/CoarsestSamples.h"
@@ -136,6 +137,23 @@ void readCoarsest(TileStore& store) {
     require(samples.size() <= (size_t{1} << 22) * info.bands * info.bits / 8, "a level of any size is read in part");
 }
 
+// The corners of each level, as a view of another program would read them.
+void readLevels(TileStore& store, bool whole) {
+    StoreInfo const& info = store.info();
+    if (info.tileSize * info.tileSize * info.levels > kMaxSamplesRead / 8) return;
+    StoreLevels levels(store, std::make_shared<SampleCache>(kMaxSamplesRead));
+    for (size_t level = 0; level <= info.levels; ++level) {
+        Size const size = levels.size(level);
+        Size const part{std::min<size_t>(size.width, 20), std::min<size_t>(size.height, 30)};
+        Bytes pixels(part.width * part.height * info.bands * info.bits / 8);
+        for (Region const& region :
+             {wholeOf(part), Region{size.width - part.width, size.height - part.height, part.width, part.height}}) {
+            bool const read = comesThrough([&] { levels.read(level, region, pixels.data()); });
+            require(read || !whole, "each level of a store without damage can be read");
+        }
+    }
+}
+
 } // namespace
 
 TemporaryFolder const& fuzzstores::folder() {
@@ -159,6 +177,7 @@ void fuzzstores::use(std::string const& path) {
         comesThrough([&] { store.allMetadata(); });
         readTiles(store);
         comesThrough([&] { readCoarsest(store); });
+        readLevels(store, checked && result.damages == 0);
         exportPicture(store, checked && result.damages == 0);
     });
 }

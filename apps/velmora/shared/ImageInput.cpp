@@ -1,10 +1,8 @@
 #include "apps/velmora/shared/ImageInput.h"
 
 #include "apps/velmora/shared/Interruption.h"
-#include "apps/velmora/shared/PictureText.h"
 #include "host/HostError.h"
 #include "host/image/ImageReader.h"
-#include "host/image/SrgbConversion.h"
 #include "host/store/TileStore.h"
 
 #include <cstdio>
@@ -34,26 +32,6 @@ void requireShown(std::string const& what, ImageSelection const& selection, Disp
         throw HostError(HostError::Kind::Usage, what + " has one slice, and one time: leave out --z and --t");
 }
 
-// What a store keeps of how its picture is to be looked at, and a view of it does not follow.
-std::vector<std::string> notesOfStore(std::string const& path) {
-    std::vector<std::string> notes;
-    try {
-        TileStore store(path, interruption::throwIfNoted);
-        ImageFacts const facts = picturetext::keptIn(store).facts;
-        auto const profile = SrgbConversion::of(facts);
-        if (profile.conversion)
-            notes.push_back("'" + path + "' is shown without its ICC profile" +
-                            (profile.profile.empty() ? "" : ", " + profile.profile) + "; velmora export keeps it");
-        if (facts.orientation != 1)
-            notes.push_back("'" + path + "' asks to be turned or mirrored (orientation " +
-                            std::to_string(facts.orientation) + "); it is shown as it lies in the store");
-    } catch (HostError const& error) {
-        // Whoever reads its pixels says so of them.
-        if (error.kind() != HostError::Kind::DamagedStore) throw;
-    }
-    return notes;
-}
-
 } // namespace
 
 std::vector<std::string> imageinput::notesOf(std::string const& image, ImageSelection const& selection, Colours colours,
@@ -66,7 +44,7 @@ std::vector<std::string> imageinput::notesOf(std::string const& image, ImageSele
     if (TileStore::isStore(image)) {
         auto const require = colours == Colours::Ranged ? requireShown : requirePlain;
         require("'" + image + "', a tile store,", selection, display);
-        return notesOfStore(image);
+        return {};
     }
     ImageReader::Options options;
     options.samples = ImageReader::Samples::kAsStored;
@@ -77,10 +55,14 @@ std::vector<std::string> imageinput::notesOf(std::string const& image, ImageSele
     return ImageReader(image, options).notes();
 }
 
+void imageinput::print(std::vector<std::string> const& notes) {
+    for (std::string const& note : notes)
+        std::fprintf(stderr, "velmora: note: %s\n", onOneLine(note).c_str());
+}
+
 void imageinput::inspect(std::string const& image, ImageSelection const& selection, Colours colours,
                          DisplayRequest const& display) {
-    for (std::string const& note : notesOf(image, selection, colours, display))
-        std::fprintf(stderr, "velmora: note: %s\n", onOneLine(note).c_str());
+    print(notesOf(image, selection, colours, display));
 }
 
 void imageinput::requireStoreFile(std::string const& path) {

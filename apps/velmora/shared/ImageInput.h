@@ -21,7 +21,10 @@ enum class Colours {
 std::vector<std::string> notesOf(std::string const& image, ImageSelection const& selection, Colours colours,
                                  DisplayRequest const& display = {});
 
-/// The same, reported on stderr.
+/// Reports sentences on stderr.
+void print(std::vector<std::string> const& notes);
+
+/// notesOf(), reported on stderr.
 void inspect(std::string const& image, ImageSelection const& selection, Colours colours,
              DisplayRequest const& display = {});
 

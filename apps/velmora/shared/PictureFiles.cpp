@@ -6,8 +6,10 @@
 #include "host/HostError.h"
 #include "host/PlainText.h"
 #include "host/image/ImageReader.h"
+#include "host/image/SrgbConversion.h"
 #include "host/map/BuiltInPicture.h"
 #include "host/output/Leftovers.h"
+#include "host/store/KeptMetadata.h"
 #include "host/store/TileStore.h"
 #include "host/view/PyramidStages.h"
 
@@ -28,6 +30,25 @@ std::string environment(char const* name) {
     throw HostError(HostError::Kind::Usage,
                     "'" + image + "' cannot be shown with --channel, --z, --t, --curve, --colour-map or --invert: " +
                         reason + "; leave them out");
+}
+
+// Of a store, how its picture is to be looked at. Nothing of one whose metadata is damaged: whoever reads its samples
+// says so of them.
+ImageFacts lookOf(std::string const& path) {
+    try {
+        TileStore store(path, interruption::throwIfNoted);
+        return keptIn(store).facts;
+    } catch (HostError const& error) {
+        if (error.kind() != HostError::Kind::DamagedStore) throw;
+        return {};
+    }
+}
+
+bool asksForAnotherLook(std::string const& path, ImageSelection const& selection) {
+    if (!selection.followsProfile && !selection.isUpright) return false;
+    ImageFacts const facts = lookOf(path);
+    return (selection.isUpright && facts.orientation != 1) ||
+           (selection.followsProfile && SrgbConversion::of(facts).conversion);
 }
 
 } // namespace
@@ -72,8 +93,10 @@ std::string picturefiles::cachedStore(std::string const& image, ImageSelection c
 std::optional<PictureSource> picturefiles::shownAtOnce(std::string const& image, ImageSelection const& selection,
                                                        std::optional<DisplayRequest> const& display) {
     if (image.empty()) return std::nullopt;
-    if (TileStore::isStore(image)) return displayed(PictureSource(image), display);
-    if (selection.hasRange() && !display) return std::nullopt;
+    bool const isStore = TileStore::isStore(image);
+    auto const asStored = [&] { return displayed(PictureSource(image), display); };
+    if (isStore && !asksForAnotherLook(image, selection)) return asStored();
+    if (!isStore && selection.hasRange() && !display) return std::nullopt;
     PyramidOptions options;
     options.selection = selection;
     options.check = interruption::throwIfNoted;
@@ -81,6 +104,7 @@ std::optional<PictureSource> picturefiles::shownAtOnce(std::string const& image,
     std::shared_ptr<Pyramid const> const pyramid = std::move(opening.pyramid);
     bool const hasWishes = display && !display->asksForRangeAlone();
     if (!pyramid) {
+        if (isStore) return asStored();
         if (hasWishes) refuseDisplay(image, opening.reason);
         return std::nullopt;
     }
@@ -91,12 +115,28 @@ std::optional<PictureSource> picturefiles::shownAtOnce(std::string const& image,
     bool const isConverted = !facts.colourSpace.empty() && selection.bands.empty();
     bool const isRanged = display && !isConverted && !pyramid->facts().isMultiplied;
     if (!asIs && !isRanged) {
+        if (isStore) return asStored();
         if (hasWishes) refuseDisplay(image, "its colours are converted first");
         return std::nullopt;
     }
     PictureSource source(pyramid);
     if (!asIs) source.display = display;
     return source;
+}
+
+std::vector<std::string> picturefiles::notesOf(PictureSource const& source, ImageSelection const& selection) {
+    std::vector<std::string> notes;
+    if (source.pyramid || !asksForAnotherLook(source.store, selection)) return notes;
+    ImageFacts const facts = lookOf(source.store);
+    auto const profile = SrgbConversion::of(facts);
+    if (selection.followsProfile && profile.conversion)
+        notes.push_back("'" + source.store + "' is shown without its ICC profile" +
+                        (profile.profile.empty() ? "" : ", " + profile.profile) +
+                        ": its 16 bits are taken as they are; velmora export keeps it");
+    if (selection.isUpright && facts.orientation != 1)
+        notes.push_back("'" + source.store + "' asks to be turned or mirrored (orientation " +
+                        std::to_string(facts.orientation) + "); its 16 bits are taken as they lie in the store");
+    return notes;
 }
 
 PictureSource picturefiles::displayed(PictureSource store, std::optional<DisplayRequest> const& display) {

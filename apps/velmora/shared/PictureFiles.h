@@ -35,11 +35,15 @@ std::filesystem::path cacheFolder(std::string const& what = "stores of images");
 std::string cachedStore(std::string const& image, ImageSelection const& selection = {});
 
 /// What can be shown of the image without reading all of it first: a store, or the file itself by the levels that it
-/// has. Samples of 8 bits are shown as they are where they can be and nothing else is asked for; others as `display`
-/// says, if it is given. Throws HostError: also (usage) if more than a range is asked for, and the image cannot be
-/// shown so.
+/// has; a store that is turned, or follows an ICC profile, is such a file. Samples of 8 bits are shown as they are
+/// where they can be and nothing else is asked for; others as `display` says, if it is given. Throws HostError:
+/// also (usage) if more than a range is asked for, and the image cannot be shown so.
 std::optional<PictureSource> shownAtOnce(std::string const& image, ImageSelection const& selection,
                                          std::optional<DisplayRequest> const& display = {});
+
+/// Sentences on what shownAtOnce() does not follow of what a store says of its look: it has more than 8 bits, which are
+/// taken as they are. Throws what TileStore throws.
+std::vector<std::string> notesOf(PictureSource const& source, ImageSelection const& selection);
 
 /// The store as shownAtOnce() shows it. Throws what TileStore throws.
 PictureSource displayed(PictureSource store, std::optional<DisplayRequest> const& display);

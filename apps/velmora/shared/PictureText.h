@@ -24,13 +24,4 @@ std::vector<ImageProperty> linesOfLook(ImageFacts const& image);
 /// The lines of a tile store. Throws what TileStore throws.
 std::vector<ImageProperty> linesOf(TileStore& store);
 
-/// What a store has kept of the file that it was made of.
-struct Kept {
-    ImageFacts facts; ///< colours, profile, orientation and properties
-    std::vector<std::string> otherImages;
-    std::string summary; ///< "ICC profile, label, 5 tags"; empty: nothing
-};
-/// Throws what TileStore throws.
-Kept keptIn(TileStore& store);
-
 } // namespace picturetext

@@ -133,21 +133,22 @@ void StoreScene::setBackground(std::array<std::uint8_t, 3> const& colour) {
 void StoreScene::readProperties() {
     if (!properties_.empty()) return;
     try {
-        source_.pyramid ? readFile() : readStore();
+        std::string const path = source_.pyramid ? source_.pyramid->path() : source_.store;
+        TileStore::isStore(path) ? readStore(path) : readFile(path);
     } catch (HostError const& error) {
         message_ = printableText(error.what(), kMessageCharacters);
     }
 }
 
-void StoreScene::readFile() {
+void StoreScene::readFile(std::string const& path) {
     properties_ = readable(picturetext::linesOf(source_.pyramid->facts()));
-    InputFile file(source_.pyramid->path());
+    InputFile file(path);
     for (std::string const& name : slideimages::names(file))
         addSlideImage(name, slideimages::read(file, name));
 }
 
-void StoreScene::readStore() {
-    TileStore store(source_.store);
+void StoreScene::readStore(std::string const& path) {
+    TileStore store(path);
     properties_ = readable(picturetext::linesOf(store));
     for (size_t i = 0; i < store.metadata().size(); ++i) {
         MetadataItem const& item = store.metadata()[i];

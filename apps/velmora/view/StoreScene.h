@@ -66,8 +66,8 @@ private:
     };
 
     void readProperties();
-    void readFile();
-    void readStore();
+    void readFile(std::string const& path);
+    void readStore(std::string const& path);
     void addSlideImage(std::string const& name, SmallPicture const& image);
     void enhance();
     Redraw toggleStep(Controls::Command command);

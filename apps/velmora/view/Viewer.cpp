@@ -115,6 +115,9 @@ void Viewer::open(PictureSource const& source) {
     before_.reset();
     window_.setTitle(titleOf(options_.image));
     due_.raise(Redraw::Picture);
+    if (TileStore::isStore(options_.image))
+        for (std::string const& note : picturefiles::notesOf(source, options_.selection))
+            tell("note: " + note);
     bool const isLookedAt = options_.screenshot.empty() && !options_.image.empty();
     if (isLookedAt) picturefiles::recentFiles().add(options_.image);
 }
@@ -141,7 +144,7 @@ void Viewer::openFile(std::string const& path) {
 
 // In the window, or where it has no words over the picture on the terminal.
 void Viewer::tell(std::string const& text) {
-    if (options_.bare) return picturefiles::tell(text);
+    if (options_.bare || !options_.screenshot.empty()) return picturefiles::tell(text);
     message_ = printableText(message_.empty() ? text : message_ + "; " + text, kMessageCharacters);
     due_.raise(Redraw::Overlay);
 }

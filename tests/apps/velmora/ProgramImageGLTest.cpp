@@ -33,9 +33,13 @@ protected:
     }
 
     // The drawn picture, and the program's messages.
-    Samples render(std::vector<std::string> options, std::string const& told = "") {
+    Samples render(std::vector<std::string> const& options, std::string const& told = "") {
+        return renderOf(path("a.tif"), options, told);
+    }
+
+    Samples renderOf(std::string const& image, std::vector<std::string> options, std::string const& told = "") {
         std::filesystem::remove(path("view.png"));
-        options.insert(options.begin(), {"render", path("a.tif"), "-o", path("view.png")});
+        options.insert(options.begin(), {"render", image, "-o", path("view.png")});
         auto const result = runVelmora(options, {{"XDG_CACHE_HOME", path("cache")}});
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, told);
@@ -120,15 +124,15 @@ TEST_F(ProgramImageGLTest, ProfilesAndOrientationsAreFollowedUnlessTheyAreToBeLe
                              "file\n";
     expectShown(render({"--no-rotate"}, note), true, false);
     expectShown(render({"--no-icc", "--no-rotate"}, note), false, false);
-    // A store keeps both, and is shown without.
+    // A store keeps both, and is shown with them.
     ASSERT_EQ(runVelmora({"import", image, path("a.vlm")}).exitCode, 0);
-    auto const stored = runVelmora({"render", path("a.vlm"), "-o", path("stored.png")});
-    EXPECT_EQ(stored.err,
-              "velmora: note: '" + path("a.vlm") +
-                  "' is shown without its ICC profile, Turned round; velmora export keeps it\nvelmora: note: '" +
-                  path("a.vlm") +
-                  "' asks to be turned or mirrored (orientation 3); it is shown as it lies in the store\n");
-    EXPECT_EQ(filesamples::difference(filesamples::read(path("stored.png")), own), "");
+    expectShown(renderOf(path("a.vlm"), {}), true, true);
+    expectShown(renderOf(path("a.vlm"), {"--no-icc"}), false, true);
+    expectShown(renderOf(path("a.vlm"), {"--no-rotate"}), true, false);
+    expectShown(renderOf(path("a.vlm"), {"--no-icc", "--no-rotate"}), false, false);
+    expectShown(renderOf(path("a.vlm"), {"--truncate", "0"}), true, true);
+    EXPECT_EQ(renderOf(path("a.vlm"), {"--colour-map", "viridis", "--channel", "0"}).width, 20u);
+    EXPECT_NE(said_.find("turned upright (orientation 3)"), std::string::npos) << said_;
     // From memory, and through a filter that has no effect.
     expectShown(render({"--zoom", "1", "--truncate", "0"}), true, true);
     Samples const enlarged = render({"--zoom", "2"});
@@ -152,6 +156,32 @@ TEST_F(ProgramImageGLTest, SixteenBitsAreConvertedAtTheirDepth) {
     for (size_t i = 0; i < samples.size(); i += 3)
         for (size_t band = 0; band < 3; ++band)
             ASSERT_NEAR(drawn.values[i + band], samples[i + 2 - band], 40) << i;
+}
+
+// Filters, and files of 16 bits, take a store's own samples.
+TEST_F(ProgramImageGLTest, AStoreOf16BitsIsConvertedWhereItIsShownIn8) {
+    std::vector<std::uint16_t> samples;
+    for (size_t i = 0; i < 600; ++i)
+        samples.push_back(static_cast<std::uint16_t>(i * i * 31));
+    Directory picture = directory(20, 10, 3, samples);
+    picture.iccProfile = testprofiles::exchanged("Turned round");
+    picture.orientation = 3;
+    std::string const image = tiff({picture});
+    std::string const store = path("a.vlm");
+    ASSERT_EQ(runVelmora({"import", image, store}).exitCode, 0);
+    std::vector<std::string> const ranged{"--range", "0,60000"};
+    EXPECT_EQ(filesamples::difference(renderOf(store, ranged), render(ranged)), "");
+    std::string const notes = "velmora: note: '" + store +
+                              "' is shown without its ICC profile, Turned round: its 16 bits are taken as they are; "
+                              "velmora export keeps it\nvelmora: note: '" +
+                              store +
+                              "' asks to be turned or mirrored (orientation 3); its 16 bits are taken as they lie in "
+                              "the store\n";
+    renderOf(store, {"--sharpen", "1"}, notes);
+    renderOf(store, {"--sharpen", "1", "--no-icc", "--no-rotate"});
+    auto const kept = runVelmora({"render", store, "-o", path("kept.tif")});
+    EXPECT_EQ(kept.err, notes);
+    EXPECT_EQ(filesamples::difference(filesamples::read(path("kept.tif")), filesamples::read(image)), "");
 }
 
 // Other zooms than 1 need a store of images of 16 bits, which is kept.

@@ -3,6 +3,7 @@
 #include "host/pyramid/PyramidTiles.h"
 #include "tests/host/image/TestProfiles.h"
 #include "tests/host/pyramid/PyramidFixture.h"
+#include "tests/host/store/TestPictures.h"
 #include "tests/support/AllocationSweep.h"
 #include "tests/support/TestImages.h"
 
@@ -86,4 +87,11 @@ TEST_F(PyramidAllocationsTest, OfAFileInMemory) {
 TEST_F(PyramidAllocationsTest, OfJpeg2000) {
     testimages::writePattern8(path("a.jp2"), "[lossless,tile-width=64,tile-height=64]", 130, 100, 3);
     sweep(path("a.jp2"));
+}
+
+TEST_F(PyramidAllocationsTest, OfAStore) {
+    ImportOptions options;
+    options.tileSize = 32;
+    testpictures::import(testpictures::picture(70, 50, 3, 16, testpictures::Content::Noise), path("a.vlm"), options);
+    sweep(path("a.vlm"));
 }

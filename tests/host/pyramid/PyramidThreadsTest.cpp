@@ -1,7 +1,9 @@
 // Readers of one file on several threads; without libvips, which has data races that are no concern of ours.
 #include "host/pyramid/PyramidTiles.h"
+#include "host/pyramid/StorePyramid.h"
 #include "host/pyramid/TiffPyramid.h"
 #include "tests/host/pyramid/PyramidFixture.h"
+#include "tests/host/store/TestPictures.h"
 
 #include <atomic>
 #include <thread>
@@ -69,4 +71,12 @@ TEST_F(PyramidThreadsTest, FourReadersOfAFileInMemoryReadWhatOneReads) {
         content += static_cast<char>(sample);
     writeFile(path("a.ppm"), content);
     expectSame(*open(path("a.ppm")), 6);
+}
+
+TEST_F(PyramidThreadsTest, FourReadersOfAStoreReadWhatOneReads) {
+    ImportOptions options;
+    options.tileSize = 32;
+    testpictures::import(testpictures::picture(300, 200, 3, 16, testpictures::Content::Noise), path("a.vlm"), options);
+    // A part of the tiles stays.
+    expectSame(Pyramid(path("a.vlm"), storepyramid::open(path("a.vlm"), 100000, {}), {}), 6);
 }

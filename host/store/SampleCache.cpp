@@ -1,4 +1,4 @@
-#include "host/view/SampleCache.h"
+#include "host/store/SampleCache.h"
 
 SampleCache::Key SampleCache::keyOf(TileAddress const& address) {
     return {address.level, address.row, address.column, static_cast<size_t>(address.band), address.plane};
