@@ -6,6 +6,7 @@
 #include "apps/velmora/shared/PictureFiles.h"
 #include "apps/velmora/shared/ProgressBar.h"
 #include "host/PlainText.h"
+#include "host/Threads.h"
 #include "host/store/StoreExporter.h"
 
 #include <cstdio>
@@ -27,6 +28,7 @@ struct Options {
     std::string store;
     std::string output;
     std::string metadata; // folder; empty: none
+    size_t jobs = 0;
     bool force = false;
 };
 
@@ -57,10 +59,11 @@ void exportTiff(Options const& options) {
     size_t imagesLeftOut = 0;
     {
         ProgressBar bar(options.output, stderr, info.width);
-        imagesLeftOut = exportStore(store, file, [&](size_t done, size_t total) {
+        auto const progress = [&](size_t done, size_t total) {
             interruption::throwIfNoted();
             bar.update(done, total);
-        });
+        };
+        imagesLeftOut = exportStore(store, file, progress, options.jobs);
     }
     if (files) files->write();
     tellOfLeftOut(options, info, imagesLeftOut);
@@ -87,6 +90,9 @@ void addExportCommand(CLI::App& program) {
                      "Also write what the store has kept beside the picture as files of this folder")
         ->type_name("FOLDER")
         ->check(checkNamed);
+    command->add_option("--jobs", options->jobs, "Threads that compress; default: one per core")
+        ->type_name("N")
+        ->check(CLI::Range(size_t{1}, kMaxJobs));
     command->add_flag("--force", options->force, "Replace existing output files");
     command->callback([options] { exportTiff(*options); });
 }

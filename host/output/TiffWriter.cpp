@@ -1,6 +1,8 @@
 #include "host/output/TiffWriter.h"
 
+#include "host/Threads.h"
 #include "host/image/TiffMessage.h"
+#include "host/output/StripCompressor.h"
 #include "host/output/TemporaryOutput.h"
 #include "host/output/TiffTagWriter.h"
 
@@ -43,8 +45,11 @@ bool TiffWriter::Format::hasResolution() const {
 }
 
 struct TiffWriter::State {
-    State(OutputFile const& file, Format const& tiffFormat)
-        : output(file), format(tiffFormat), rowsPerStrip(std::max<size_t>(kStripBytes / rowBytesOf(format), 1)) {
+    State(OutputFile const& file, Format const& tiffFormat, size_t jobs)
+        : output(file),
+          format(tiffFormat),
+          rowsPerStrip(std::max<size_t>(kStripBytes / rowBytesOf(format), 1)),
+          strips({rowBytesOf(format), format.bands, format.bits}, jobs) {
         // A duplicate, so that closing the library's handle leaves TemporaryOutput's descriptor open.
         int const descriptor = dup(output.descriptor());
         if (descriptor < 0) throw output.failure(errno);
@@ -97,12 +102,18 @@ struct TiffWriter::State {
         }
     }
 
-    // A whole strip: libtiff then compresses it with libdeflate, in about half the time of single rows.
-    void writeStrip() {
-        auto const index = static_cast<std::uint32_t>((rows - 1) / rowsPerStrip);
-        errno = 0;
-        if (TIFFWriteEncodedStrip(tiff, index, strip.data(), static_cast<tmsize_t>(strip.size())) < 0) throw failure();
+    void addStrip() {
+        strips.add(std::move(strip));
         strip.clear();
+        while (strips.isFull())
+            writeStrip();
+    }
+
+    void writeStrip() {
+        StripCompressor::Strip bytes = strips.take();
+        errno = 0;
+        if (TIFFWriteRawStrip(tiff, stripsWritten++, bytes.data(), static_cast<tmsize_t>(bytes.size())) < 0)
+            throw failure();
     }
 
     void writeOthers() {
@@ -125,11 +136,14 @@ struct TiffWriter::State {
     TiffMessage message;
     TIFF* tiff = nullptr;
     size_t rowsPerStrip;
-    size_t rows = 0; // written so far
-    std::vector<std::uint8_t> strip;
+    size_t rows = 0; // taken so far
+    std::uint32_t stripsWritten = 0;
+    StripCompressor::Strip strip;
+    StripCompressor strips;
 };
 
-TiffWriter::TiffWriter(OutputFile const& file, Format const& format) : state_(std::make_unique<State>(file, format)) {
+TiffWriter::TiffWriter(OutputFile const& file, Format const& format, size_t jobs)
+    : state_(std::make_unique<State>(file, format, threadsFor(jobs))) {
     errno = 0;
     state_->setFields();
 }
@@ -143,13 +157,15 @@ void TiffWriter::writeRows(std::uint8_t const* rows, size_t count) {
         if (state.rows == state.format.height) throw state.output.failure("there are more rows than it has");
         state.strip.insert(state.strip.end(), rows + i * rowBytes, rows + (i + 1) * rowBytes);
         ++state.rows;
-        if (state.rows % state.rowsPerStrip == 0 || state.rows == state.format.height) state.writeStrip();
+        if (state.rows % state.rowsPerStrip == 0 || state.rows == state.format.height) state.addStrip();
     }
 }
 
 void TiffWriter::finish() {
     State& state = *state_;
     if (state.rows != state.format.height) throw state.output.failure("rows are missing");
+    while (!state.strips.isEmpty())
+        state.writeStrip();
     errno = 0;
     state.writeOthers();
     bool const flushed = TIFFFlush(state.tiff) == 1;

@@ -32,8 +32,9 @@ public:
             {}; ///< further directories, marked as reduced-size images that belong to the picture
     };
 
-    /// Throws what requireUsable throws, and HostError (unwritable output).
-    TiffWriter(OutputFile const& file, Format const& format);
+    /// jobs: threads that compress; 0: one per core. Throws what requireUsable throws, and HostError (unwritable
+    /// output).
+    TiffWriter(OutputFile const& file, Format const& format, size_t jobs = 0);
     ~TiffWriter() override;
 
     void writeRows(std::uint8_t const* rows, size_t count) override;

@@ -29,13 +29,13 @@ TiffWriter::Format tiffFormatOf(StoreInfo const& info, std::vector<MetadataItem>
     return format;
 }
 
-size_t exportStore(TileStore& store, OutputFile file, Progress const& progress) {
+size_t exportStore(TileStore& store, OutputFile file, Progress const& progress, size_t jobs) {
     StoreInfo const& info = store.info();
     file.sources.push_back(store.path());
     storememory::requireForExport(info, store.path());
     auto const metadata = store.allMetadata();
     TiffWriter::Format const format = tiffFormatOf(info, metadata);
-    TiffWriter tiff(file, format);
+    TiffWriter tiff(file, format, jobs);
     std::deque<PlaneInverse> planes;
     std::deque<TileRowReader> residuals;
     for (size_t plane = 0; plane < info.bands; ++plane) {
