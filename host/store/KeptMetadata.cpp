@@ -25,6 +25,14 @@ int orientationOf(std::vector<std::uint8_t> const& bytes) {
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
 
+std::string nameOf(MetadataItem const& item) {
+    if (item.kind == picturemetadata::kExif) return "EXIF";
+    if (item.kind == picturemetadata::kXmp) return "XMP";
+    if (item.kind == picturemetadata::kIptc) return "IPTC";
+    if (item.kind == picturemetadata::kFits) return "FITS header";
+    return item.kind == picturemetadata::kBox ? "box " + item.name : item.kind;
+}
+
 } // namespace
 
 KeptMetadata keptIn(TileStore& store) {
@@ -56,7 +64,7 @@ KeptMetadata keptIn(TileStore& store) {
             ++tags;
             if (item.name == kOrientationTag) kept.facts.orientation = orientationOf(store.metadataBytes(i));
         } else {
-            others.push_back(item.kind);
+            others.push_back(nameOf(item));
         }
     }
     if (tags > 0) others.push_back(counted(tags, "tag"));

@@ -7,6 +7,7 @@
 #include "tests/host/image/TestProfiles.h"
 #include "tests/host/image/TestTiff.h"
 #include "tests/host/store/StoreFiles.h"
+#include "tests/host/store/TestPictures.h"
 #include "tests/support/TestImages.h"
 
 #include <nlohmann/json.hpp>
@@ -203,4 +204,37 @@ TEST_F(ProgramMetadataTest, DamagedMetadataIsDamage) {
     EXPECT_EQ(runVelmora({"check", store_}).exitCode, kDamaged);
     storefiles::change(store_, "DELETE FROM metadata");
     expectRefused({"info", store_}, kDamaged, {"metadata is not as it was written"});
+}
+
+TEST_F(ProgramMetadataTest, TheHeaderOfAFitsPictureIsAFileOfText) {
+    std::string header;
+    for (std::string card :
+         {"SIMPLE  =                    T", "BITPIX  =                    8", "NAXIS   =                    2",
+          "NAXIS1  =                   40", "NAXIS2  =                   30", "OBJECT  = 'M 31    '", "END"}) {
+        card.resize(80, ' ');
+        header += card;
+    }
+    std::string block = header;
+    block.resize(2880, ' ');
+    std::string samples(2880, '\0');
+    for (size_t i = 0; i < 1200; ++i)
+        samples[i] = static_cast<char>(i * 7);
+    writeFile(path("a.fits"), block + samples);
+    EXPECT_EQ(import("a.fits"), "");
+    EXPECT_TRUE(has(info(store_), "kept with it            FITS header\n")) << info(store_);
+    auto const result = runVelmora({"export", store_, path("out.tif"), "--metadata", path("kept")});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_TRUE(has(readFile(path("kept/header.txt")), header.substr(0, 80 * 6))) << readFile(path("kept/header.txt"));
+}
+
+// Another program may have written the store.
+TEST_F(ProgramMetadataTest, AnImageThatIsNoPngIsToldAndWrittenAsItIs) {
+    auto picture = testpictures::picture(40, 30, 3, 8, testpictures::Content::Ramp);
+    picture.metadata = {{picturemetadata::kImage, "label", {'n', 'o'}}};
+    testpictures::import(picture, store_);
+    auto const result = runVelmora({"export", store_, path("out.tif"), "--metadata", path("kept")});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.err, "velmora: 1 image beside the picture of '" + store_ +
+                              "' cannot be written, and left out; --metadata FOLDER keeps what is there\n");
+    EXPECT_EQ(readFile(path("kept/label.png")), "no");
 }

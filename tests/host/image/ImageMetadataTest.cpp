@@ -252,6 +252,11 @@ TEST_F(ImageMetadataTest, CommentsOfAJpegAreProperties) {
     }
     rawtiff::write(file, jpeg);
     EXPECT_EQ(propertiesOf(file), (std::vector<std::string>{"comment: first", "comment: second"}));
+    // Any number of 0xff may come before a marker.
+    Bytes padded = jpeg;
+    padded.insert(padded.begin() + 2, 3, 0xff);
+    rawtiff::write(path("padded.jpg"), padded);
+    EXPECT_EQ(propertiesOf(path("padded.jpg")), propertiesOf(file));
     Bytes const json = itemOf(metadataOf(file), picturemetadata::kProperties);
     EXPECT_TRUE(has({json.begin(), json.end()}, "first\\nsecond")) << "names that come again share a text";
     jpeg.resize(30);

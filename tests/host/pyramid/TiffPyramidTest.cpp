@@ -254,8 +254,10 @@ TEST_F(TiffPyramidTest, SamplesThatLibtiffAloneDoesNotDecodeAreNotItsOwn) {
     full.compression = COMPRESSION_ZSTD;
     std::string const file = write({full});
     EXPECT_FALSE(refused(file));
-    for (auto const& [format, bits] :
-         {std::pair{SAMPLEFORMAT_INT, 4u}, {SAMPLEFORMAT_INT, 1u}, {SAMPLEFORMAT_VOID, 8u}}) {
+    for (auto const& [format, bits] : {std::pair{SAMPLEFORMAT_INT, 4u},
+                                       {SAMPLEFORMAT_INT, 1u},
+                                       {SAMPLEFORMAT_IEEEFP, 16u},
+                                       {SAMPLEFORMAT_VOID, 8u}}) {
         setValue(file, TIFFTAG_SAMPLEFORMAT, 0, static_cast<std::uint32_t>(format));
         setValue(file, TIFFTAG_BITSPERSAMPLE, 0, bits);
         EXPECT_TRUE(refused(file)) << format << ", " << bits << " bits";
