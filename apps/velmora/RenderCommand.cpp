@@ -18,9 +18,9 @@
 #include "host/output/PictureWriter.h"
 #include "host/store/TileStore.h"
 #include "host/view/ChannelStages.h"
+#include "host/view/PictureRenderer.h"
 #include "host/view/PyramidStages.h"
 #include "host/view/StoreChannelStages.h"
-#include "host/view/StoreRenderer.h"
 #include "renderbackend/RenderBackendInstance.h"
 
 #include <algorithm>
@@ -254,12 +254,12 @@ void renderLevels(Options const& options, PictureSource const& source) {
     Zoom const zoom = zoomOf(options, info);
     std::string const note = zoom.noteFor(options.zoom);
     Region const wanted = chosenRegion(options, info.width, info.height);
-    Region const region = StoreRenderer::regionAt(info, zoom, wanted);
+    Region const region = PictureRenderer::regionAt(info, zoom, wanted);
     Shape const shape = {region.width, region.height, EnhancedRenderer::bandsOf(info.bands, options.steps),
                          bitsOf(options, info.bits)};
     double const seconds = drawInto(
         outputOf(options), shape, kBandBudgetBytes, [&](auto const& instance, auto const& write, auto const& progress) {
-            StoreRenderer(instance, source, options.steps, interruption::throwIfNoted, shape.bits)
+            PictureRenderer(instance, source, options.steps, interruption::throwIfNoted, shape.bits)
                 .render(zoom, options.smooth, region, write, progress);
         });
     report(options, shape, info.width, info.height, description(source, showing) + (note.empty() ? "" : ", " + note),

@@ -109,7 +109,7 @@ void Viewer::startImport(std::string const& store) {
 }
 
 void Viewer::open(PictureSource const& source) {
-    scene_ = std::make_unique<StoreScene>(instance_, source, options_, frame());
+    scene_ = std::make_unique<PictureScene>(instance_, source, options_, frame());
     if (import_ && import_->camera) scene_->camera() = *import_->camera;
     import_.reset();
     before_.reset();

@@ -4,9 +4,9 @@
 #include "apps/velmora/view/ImportJob.h"
 #include "apps/velmora/view/OpenPanel.h"
 #include "apps/velmora/view/Overlay.h"
+#include "apps/velmora/view/PictureScene.h"
 #include "apps/velmora/view/Redraw.h"
 #include "apps/velmora/view/ScriptPlayer.h"
-#include "apps/velmora/view/StoreScene.h"
 #include "apps/velmora/view/ViewerOptions.h"
 #include "apps/velmora/view/ViewerReport.h"
 #include "apps/velmora/view/Window.h"
@@ -94,8 +94,8 @@ private:
     Gles3RenderBackend backend_;
     std::shared_ptr<RenderBackendInstance> instance_;
     Overlay overlay_;
-    std::unique_ptr<Import> import_;    // until there is a store; it is what is shown,
-    std::unique_ptr<StoreScene> scene_; // and else the scene: one of both is there
+    std::unique_ptr<Import> import_;      // until there is a store; it is what is shown,
+    std::unique_ptr<PictureScene> scene_; // and else the scene: one of both is there
     OpenPanel openPanel_;
     std::string message_;               // as a person may see it
     std::string hint_;                  // shown where there is no message, until a hand does something

@@ -4,7 +4,7 @@
 #include "host/store/TileStore.h"
 #include "host/view/PictureView.h"
 #include "tests/host/store/StoreFiles.h"
-#include "tests/host/view/StoreRendererFixture.h"
+#include "tests/host/view/PictureRendererFixture.h"
 #include "tests/support/LongRun.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ using testpictures::Picture;
 
 namespace {
 
-class DamagedStoreGLTest : public StoreRendererFixture {
+class DamagedStoreGLTest : public PictureRendererFixture {
 protected:
     // Half of it flat: places with data and without, and tiles of one value other than 0.
     DamagedStoreGLTest() {

@@ -1,6 +1,6 @@
 // Pictures of many formats through the GPU: every level of their stores equals the formulas' result.
 #include "tests/host/store/FormatPictures.h"
-#include "tests/host/view/StoreRendererFixture.h"
+#include "tests/host/view/PictureRendererFixture.h"
 #include "tests/support/LongRun.h"
 
 using formatpictures::Format;
@@ -8,7 +8,7 @@ using testpictures::Content;
 
 namespace {
 
-class FormatsGLTest : public StoreRendererFixture {};
+class FormatsGLTest : public PictureRendererFixture {};
 
 class FormatPicturesGLTest : public FormatsGLTest, public testing::WithParamInterface<Format> {};
 

@@ -7,7 +7,7 @@
 #include "host/view/LevelTile.h"
 #include "tests/host/store/FormatPictures.h"
 #include "tests/host/store/LevelModel.h"
-#include "tests/host/view/StoreRendererFixture.h"
+#include "tests/host/view/PictureRendererFixture.h"
 #include "tests/support/LongRun.h"
 
 #include <cmath>
@@ -84,7 +84,7 @@ Bytes drawn(Renderer&& renderer, PixelSource& source, Region const& region, size
     return bytes;
 }
 
-class SixteenBitsGLTest : public StoreRendererFixture {
+class SixteenBitsGLTest : public PictureRendererFixture {
 protected:
     // As `velmora render` draws a file: without steps from its upper bytes.
     Bytes ofFile(Picture const& picture, Steps const& steps, Region const& region) const {
@@ -153,7 +153,7 @@ protected:
 
     // What a TIFF of the store holds.
     Codes ofStore(Zoom const& zoom, Region const& region, size_t bands) const {
-        StoreRenderer renderer(instance_, path(), {}, {}, 16);
+        PictureRenderer renderer(instance_, path(), {}, {}, 16);
         Bytes bytes;
         renderer.render(
             zoom, false, region,

@@ -6,7 +6,7 @@
 #include "host/channels/HostFilters.h"
 #include "host/filter/EnhancedRenderer.h"
 #include "host/filter/RegionRenderer.h"
-#include "host/view/StoreRenderer.h"
+#include "host/view/PictureRenderer.h"
 #include "renderbackend/RenderContext.h"
 #include "tests/host/store/TestPictures.h"
 #include "tests/support/LongRun.h"
@@ -178,7 +178,7 @@ TEST_F(FailingAllocationsTest, AViewThatLivesOn) {
 TEST_F(FailingAllocationsTest, RegionsOfStores) {
     auto const gl = instance();
     auto const work = [&] {
-        StoreRenderer renderer(gl, path(), {});
+        PictureRenderer renderer(gl, path(), {});
         renderer.render(
             Zoom(), false, {10, 10, 40, 30}, [](std::uint8_t const*, size_t) {}, [](size_t, size_t) {});
     };

@@ -2,7 +2,7 @@
 #include "host/filter/EnhancedRenderer.h"
 #include "host/filter/FilterRunner.h"
 #include "host/filter/RegionRenderer.h"
-#include "host/view/StoreRenderer.h"
+#include "host/view/PictureRenderer.h"
 #include "tests/host/view/PictureViewFixture.h"
 #include "tests/support/FailingInstance.h"
 #include "tests/support/LongRun.h"
@@ -100,7 +100,7 @@ TEST_F(FailingInstanceGLTest, StoresAreRightAfterAnyFailure) {
     import(picture);
     expectRightAfterAnyFailure([&] {
         Bytes bytes;
-        StoreRenderer(failing_, path(), {})
+        PictureRenderer(failing_, path(), {})
             .render(
                 Zoom(), false, {0, 0, picture.width, picture.height},
                 [&](std::uint8_t const* rows, size_t count) {

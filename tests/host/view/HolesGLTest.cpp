@@ -3,7 +3,7 @@
 #include "host/store/Sqlite.h"
 #include "host/store/TileStoreFormat.h"
 #include "host/view/LevelTile.h"
-#include "host/view/StoreRenderer.h"
+#include "host/view/PictureRenderer.h"
 #include "tests/host/view/PictureViewFixture.h"
 
 #include <gtest/gtest.h>
@@ -158,7 +158,7 @@ TEST_F(HolesGLTest, DamagedResidualBitsAreHolesWhereTheyAreNeeded) {
     shown->enhance(steps);
     EXPECT_TRUE(completed(*shown, wanted) == striped(toned, wanted, tileAt(1, 0)));
     EXPECT_TRUE(shown->hasHoles());
-    EXPECT_THROW(StoreRenderer(instance_, path(), {}, {}, 16)
+    EXPECT_THROW(PictureRenderer(instance_, path(), {}, {}, 16)
                      .render(
                          Zoom(), false, {0, 0, 1100, 300}, [](std::uint8_t const*, size_t) {}, [](size_t, size_t) {}),
                  HostError);

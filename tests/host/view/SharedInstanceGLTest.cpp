@@ -1,7 +1,7 @@
 // Views, renderers and a program's own tiles on one instance: none shows what belongs to another.
 #include "host/filter/RegionRenderer.h"
 #include "host/filter/TileNumbers.h"
-#include "host/view/StoreRenderer.h"
+#include "host/view/PictureRenderer.h"
 #include "tests/host/view/PictureViewFixture.h"
 #include "tests/support/LongRun.h"
 

@@ -1,5 +1,5 @@
 // The pixels at a zoom that show a region of a picture.
-#include "host/view/StoreRenderer.h"
+#include "host/view/PictureRenderer.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ PictureInfo picture() {
 }
 
 void expectRegion(double zoom, Region const& of, Region const& expected) {
-    Region const found = StoreRenderer::regionAt(picture(), Zoom::nearest(zoom, 3), of);
+    Region const found = PictureRenderer::regionAt(picture(), Zoom::nearest(zoom, 3), of);
     EXPECT_EQ(found.x, expected.x);
     EXPECT_EQ(found.y, expected.y);
     EXPECT_EQ(found.width, expected.width);

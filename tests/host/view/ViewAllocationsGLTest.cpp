@@ -1,6 +1,6 @@
 // Each `new` of the host and of the backend fails in turn, with a GL driver that has all its memory: what lives on
 // shows the same pixels afterwards. FailingAllocationsTest.cpp does the same on a GL that draws nothing.
-#include "host/view/StoreRenderer.h"
+#include "host/view/PictureRenderer.h"
 #include "tests/host/image/TestTiff.h"
 #include "tests/host/view/PictureViewFixture.h"
 #include "tests/support/AllocationSweep.h"
@@ -114,7 +114,7 @@ TEST_F(ViewAllocationsGLTest, AStoreIsDrawnAfterwards) {
     for (Threads const threads : {Threads::This, Threads::Others}) {
         auto const draw = [&] {
             Bytes bytes;
-            StoreRenderer renderer(instance_, path(), {});
+            PictureRenderer renderer(instance_, path(), {});
             renderer.render(
                 Zoom(), false, {0, 0, picture.width, picture.height},
                 [&](std::uint8_t const* rows, size_t count) {

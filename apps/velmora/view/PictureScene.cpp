@@ -1,4 +1,4 @@
-#include "apps/velmora/view/StoreScene.h"
+#include "apps/velmora/view/PictureScene.h"
 
 #include "apps/velmora/shared/PictureText.h"
 #include "apps/velmora/view/PixelText.h"
@@ -44,8 +44,8 @@ std::vector<ImageProperty> readable(std::vector<ImageProperty> lines) {
 
 } // namespace
 
-StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
-                       ViewerOptions const& options, Size const& frame)
+PictureScene::PictureScene(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
+                           ViewerOptions const& options, Size const& frame)
     : source_(source),
       toggles_{options.smooth},
       picture_(instance, source, options.picture),
@@ -64,7 +64,7 @@ StoreScene::StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, P
     enhance();
 }
 
-Redraw StoreScene::command(Controls::Command command) {
+Redraw PictureScene::command(Controls::Command command) {
     switch (command) {
     case Controls::Command::Help:
         toggles_.help = !toggles_.help;
@@ -109,7 +109,7 @@ Redraw StoreScene::command(Controls::Command command) {
     return Redraw::Nothing;
 }
 
-Redraw StoreScene::toggleStep(Controls::Command command) {
+Redraw PictureScene::toggleStep(Controls::Command command) {
     StepSwitches const before = switches_;
     if (command == Controls::Command::Sharpen) switches_.toggle(kSharpen);
     if (command == Controls::Command::Gamma) switches_.toggle(isDeep() ? kDeepGamma : kGamma);
@@ -124,13 +124,13 @@ Redraw StoreScene::toggleStep(Controls::Command command) {
     return Redraw::Picture;
 }
 
-void StoreScene::setBackground(std::array<std::uint8_t, 3> const& colour) {
+void PictureScene::setBackground(std::array<std::uint8_t, 3> const& colour) {
     picture_.setBackground(colour);
     overview_.setBackground(colour);
 }
 
 // Once they are asked for.
-void StoreScene::readProperties() {
+void PictureScene::readProperties() {
     if (!properties_.empty()) return;
     try {
         std::string const path = source_.pyramid ? source_.pyramid->path() : source_.store;
@@ -140,14 +140,14 @@ void StoreScene::readProperties() {
     }
 }
 
-void StoreScene::readFile(std::string const& path) {
+void PictureScene::readFile(std::string const& path) {
     properties_ = readable(picturetext::linesOf(source_.pyramid->facts()));
     InputFile file(path);
     for (std::string const& name : slideimages::names(file))
         addSlideImage(name, slideimages::read(file, name));
 }
 
-void StoreScene::readStore(std::string const& path) {
+void PictureScene::readStore(std::string const& path) {
     TileStore store(path);
     properties_ = readable(picturetext::linesOf(store));
     for (size_t i = 0; i < store.metadata().size(); ++i) {
@@ -157,24 +157,24 @@ void StoreScene::readStore(std::string const& path) {
     }
 }
 
-void StoreScene::addSlideImage(std::string const& name, SmallPicture const& image) {
+void PictureScene::addSlideImage(std::string const& name, SmallPicture const& image) {
     SmallPicture const shown = smallpicture::shrunk(image, kSlideImageSide);
     slideImages_.push_back({printableText(name), std::make_unique<OverlayTexture>()});
     slideImages_.back().texture->set(shown.samples, shown.size);
 }
 
-void StoreScene::enhance() {
+void PictureScene::enhance() {
     picture_.enhance(switches_.steps());
     overview_.enhance(switches_.steps());
     message_.clear();
 }
 
-void StoreScene::setTone(enhancement::Gamma const& tone) {
+void PictureScene::setTone(enhancement::Gamma const& tone) {
     switches_.set(tone);
     enhance();
 }
 
-void StoreScene::setAutomaticTone() {
+void PictureScene::setAutomaticTone() {
     PercentilePoints points;
     try {
         TileStore store(source_.store);
@@ -189,7 +189,7 @@ void StoreScene::setAutomaticTone() {
     setTone(tone);
 }
 
-void StoreScene::setChannels(std::vector<ChannelDisplay> const& channels) {
+void PictureScene::setChannels(std::vector<ChannelDisplay> const& channels) {
     picture_.display(channels);
     overview_.display(channels);
     // What is on the GPU is shown at once.
@@ -197,7 +197,7 @@ void StoreScene::setChannels(std::vector<ChannelDisplay> const& channels) {
 }
 
 // Not beyond the ends.
-Redraw StoreScene::moveBy(int slices, int times) {
+Redraw PictureScene::moveBy(int slices, int times) {
     ImageStack const stack = picture_.stack();
     auto const moved = [](size_t from, int by, size_t extent) {
         auto const to = static_cast<std::int64_t>(from) + by;
@@ -210,19 +210,19 @@ Redraw StoreScene::moveBy(int slices, int times) {
     return Redraw::Picture;
 }
 
-void StoreScene::moveTo(StackPosition const& position) {
+void PictureScene::moveTo(StackPosition const& position) {
     picture_.moveTo(position);
     overview_.moveTo(position);
     picture_.advance(kTurn);
 }
 
-View StoreScene::wantedView() const {
+View PictureScene::wantedView() const {
     View view = camera_.view();
     view.smooth = toggles_.smooth;
     return view;
 }
 
-Redraw StoreScene::advance() {
+Redraw PictureScene::advance() {
     bool const moved = isMoved();
     if (moved) picture_.show(wantedView());
     bool const loaded = picture_.advance(kTurn);
@@ -231,7 +231,7 @@ Redraw StoreScene::advance() {
 }
 
 // Once, where a script or a person finds it also when the window is gone.
-void StoreScene::tellOfDamage() {
+void PictureScene::tellOfDamage() {
     if (toldOfDamage_) return;
     Damages const found = damages();
     if (found.first().empty()) return;
@@ -241,33 +241,33 @@ void StoreScene::tellOfDamage() {
 }
 
 // Those of the overview too, which may have looked where the view has not.
-Damages StoreScene::damages() const {
+Damages PictureScene::damages() const {
     Damages all = picture_.damages();
     if (overview_.picture() != nullptr) all.add(overview_.picture()->damages());
     return all;
 }
 
-std::string StoreScene::damageText() const {
+std::string PictureScene::damageText() const {
     Damages const found = damages();
     if (found.first().empty()) return "";
     return "damaged: " + (found.count() > 0 ? std::to_string(found.count()) + " tiles so far, striped"
                                             : "the index of places with data");
 }
 
-bool StoreScene::complete() const {
+bool PictureScene::complete() const {
     return picture_.complete() && picture_.view() == wantedView();
 }
 
-void StoreScene::wait() {
+void PictureScene::wait() {
     picture_.wait(std::chrono::milliseconds(4));
 }
 
-void StoreScene::present(Redraw due) {
+void PictureScene::present(Redraw due) {
     if (due == Redraw::Picture) picture_.frame();
     picture_.present();
 }
 
-Redraw StoreScene::advanceExtras() {
+Redraw PictureScene::advanceExtras() {
     bool const maskDue = maskIsMissing();
     if (maskDue) updateMask();
     bool const overviewDrawn = overview_.advance(kTurn);
@@ -278,7 +278,7 @@ Redraw StoreScene::advanceExtras() {
     return maskDue || overviewDrawn || isAnswered ? Redraw::Overlay : Redraw::Nothing;
 }
 
-void StoreScene::updateMask() {
+void PictureScene::updateMask() {
     std::vector<std::uint8_t> const mask = picture_.dataMask();
     std::vector<std::uint8_t> rgba;
     rgba.reserve(4 * mask.size());
@@ -288,7 +288,7 @@ void StoreScene::updateMask() {
     maskView_ = picture_.view();
 }
 
-Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameMilliseconds) {
+Redraw PictureScene::drawOverlay(std::optional<Place> const& cursor, double frameMilliseconds) {
     panels::Model model;
     model.info = &picture_.info();
     model.camera = &camera_;
@@ -331,7 +331,7 @@ Redraw StoreScene::drawOverlay(std::optional<Place> const& cursor, double frameM
 }
 
 // The picture's own samples: of a file always, of a store where the view has them; else the colour that is shown.
-std::string StoreScene::pixelTextAt(Place const& cursor) {
+std::string PictureScene::pixelTextAt(Place const& cursor) {
     auto const pixel = camera_.pixelAt(cursor);
     if (!pixel) return "";
     if (!probe_) {
@@ -350,7 +350,7 @@ std::string StoreScene::pixelTextAt(Place const& cursor) {
 }
 
 // Those that are shown; the panel has no room for more than a few.
-std::vector<size_t> StoreScene::probedBands() const {
+std::vector<size_t> PictureScene::probedBands() const {
     std::vector<size_t> bands;
     for (ChannelDisplay const& channel : picture_.channels())
         if (channel.isOn && bands.size() < kProbedBands) bands.push_back(channel.band);
@@ -360,7 +360,7 @@ std::vector<size_t> StoreScene::probedBands() const {
     return bands;
 }
 
-PictureView::Statistics StoreScene::statistics() const {
+PictureView::Statistics PictureScene::statistics() const {
     PictureView::Statistics all = picture_.statistics();
     if (overview_.picture() == nullptr) return all;
     PictureView::Statistics const small = overview_.picture()->statistics();
@@ -372,7 +372,7 @@ PictureView::Statistics StoreScene::statistics() const {
 }
 
 // From what present() has drawn.
-std::array<std::uint8_t, 3> StoreScene::colourAt(Place const& cursor) const {
+std::array<std::uint8_t, 3> PictureScene::colourAt(Place const& cursor) const {
     std::array<std::uint8_t, 4> rgba{};
     auto const x = static_cast<GLint>(std::floor(cursor.x));
     auto const y = static_cast<GLint>(camera_.frame().height) - 1 - static_cast<GLint>(std::floor(cursor.y));
@@ -382,7 +382,7 @@ std::array<std::uint8_t, 3> StoreScene::colourAt(Place const& cursor) const {
     return {rgba[0], rgba[1], rgba[2]};
 }
 
-std::string StoreScene::switchesText() const {
+std::string PictureScene::switchesText() const {
     std::string text;
     auto const add = [&text](bool on, char const* name) {
         if (on) text += (text.empty() ? "" : ", ") + std::string(name);

@@ -1,5 +1,5 @@
 // Regions of stores through the GPU, byte for byte as the wavelet's formulas and the plain colour transform give them.
-#include "tests/host/view/StoreRendererFixture.h"
+#include "tests/host/view/PictureRendererFixture.h"
 
 #include "host/filter/EnhancedRenderer.h"
 #include "host/view/LevelTile.h"
@@ -27,40 +27,40 @@ Bytes crop(Bytes const& bytes, size_t width, size_t bands, Region const& region)
     return out;
 }
 
-class StoreRendererGLTest : public StoreRendererFixture {};
+class PictureRendererGLTest : public PictureRendererFixture {};
 
 } // namespace
 
-TEST_F(StoreRendererGLTest, LevelZeroIsThePicture) {
+TEST_F(PictureRendererGLTest, LevelZeroIsThePicture) {
     Picture const picture = testpictures::picture(301, 207, 3, 8, Content::Noise);
     import(picture, 64);
     EXPECT_TRUE(rendered(0, {0, 0, 301, 207}) == picture.bytes);
 }
 
-TEST_F(StoreRendererGLTest, EveryLevelIsTheWaveletsLowBand) {
+TEST_F(PictureRendererGLTest, EveryLevelIsTheWaveletsLowBand) {
     for (Content const content : {Content::Noise, Content::Ramp, Content::Checkerboard})
         expectEveryLevel(testpictures::picture(333, 258, 3, 8, content), 32, 4);
 }
 
-TEST_F(StoreRendererGLTest, EveryLevelOfAnyBandsAndBitsIsExact) {
+TEST_F(PictureRendererGLTest, EveryLevelOfAnyBandsAndBitsIsExact) {
     for (size_t bands = 1; bands <= 4; ++bands) {
         for (size_t const bits : {8U, 16U})
             expectEveryLevel(testpictures::picture(83, 61, bands, bits, Content::Noise), 32);
     }
 }
 
-TEST_F(StoreRendererGLTest, SinglePixelsRowsAndColumnsAreExact) {
+TEST_F(PictureRendererGLTest, SinglePixelsRowsAndColumnsAreExact) {
     for (auto const& [width, height] : {std::pair{1, 1}, {2, 3}, {1, 1500}, {1500, 1}, {16, 16}, {17, 15}, {1021, 3}})
         expectEveryLevel(
             testpictures::picture(static_cast<size_t>(width), static_cast<size_t>(height), 3, 8, Content::Noise), 16);
 }
 
-TEST_F(StoreRendererGLTest, FlatPicturesAreExactWithoutATileThatIsRead) {
+TEST_F(PictureRendererGLTest, FlatPicturesAreExactWithoutATileThatIsRead) {
     expectEveryLevel(testpictures::picture(300, 200, 3, 8, Content::Flat), 64);
     expectEveryLevel(testpictures::picture(300, 200, 2, 16, Content::Flat), 64);
 }
 
-TEST_F(StoreRendererGLTest, RegionsAreTheirPartOfTheWholeLevel) {
+TEST_F(PictureRendererGLTest, RegionsAreTheirPartOfTheWholeLevel) {
     Picture const picture =
         testpictures::picture(isSampleRun() ? 603 : 1203, isSampleRun() ? 550 : 1100, 3, 8, Content::Noise);
     StoreInfo const info = import(picture, 64, 5);
@@ -82,7 +82,7 @@ TEST_F(StoreRendererGLTest, RegionsAreTheirPartOfTheWholeLevel) {
     }
 }
 
-TEST_F(StoreRendererGLTest, EnhancementsGiveWhatTheyGiveOnThePictureItself) {
+TEST_F(PictureRendererGLTest, EnhancementsGiveWhatTheyGiveOnThePictureItself) {
     Picture const picture = testpictures::picture(1050, 130, 4, 8, Content::Noise);
     import(picture, 128);
     std::vector<enhancement::Step> const steps = {enhancement::Equalise{3.0}, enhancement::Sharpen{0.5},

@@ -4,7 +4,7 @@
 #include "host/Geometry.h"
 #include "host/channels/HostFilters.h"
 #include "host/gl/SurfacelessContext.h"
-#include "host/view/StoreRenderer.h"
+#include "host/view/PictureRenderer.h"
 #include "tests/host/store/TestPictures.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -16,7 +16,7 @@
 #include <vector>
 
 /// A store and an instance that draws it.
-class StoreRendererFixture : public testing::Test {
+class PictureRendererFixture : public testing::Test {
 protected:
     using Bytes = std::vector<std::uint8_t>;
 

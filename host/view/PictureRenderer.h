@@ -11,16 +11,16 @@
 #include <string>
 #include <vector>
 
-/// Draws a region of a stored picture at a zoom, in parts, each as a PictureView that is complete, and hands out pixels
+/// Draws a region of a picture at a zoom, in parts, each as a PictureView that is complete, and hands out pixels
 /// of 8 bits, or, of a picture of 16 without enhancements, its samples. What comes out does not depend on the region: a
 /// window that shows the same has the same pixels. GL thread only.
-class StoreRenderer {
+class PictureRenderer {
 public:
     /// interruption: as PictureView's. bits: 8, or 16 where the picture has them and there are no steps. Throws
     /// HostError where the steps read too much around a pixel, and what TileStore throws.
-    StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
-                  std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption = {},
-                  size_t bits = 8);
+    PictureRenderer(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
+                    std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption = {},
+                    size_t bits = 8);
 
     PictureInfo const& info() const { return view_.info(); }
     /// Of what comes out: those of the picture, but colour where a matrix may make colour of grey.

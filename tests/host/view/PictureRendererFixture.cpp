@@ -1,4 +1,4 @@
-#include "tests/host/view/StoreRendererFixture.h"
+#include "tests/host/view/PictureRendererFixture.h"
 
 #include "host/view/LevelTile.h"
 #include "tests/host/store/LevelModel.h"
@@ -16,7 +16,7 @@ Region wholeOf(StoreInfo const& info, size_t level) {
     return {0, 0, extent.width, extent.height};
 }
 
-Bytes renderedBy(StoreRenderer& renderer, size_t level, Region const& region) {
+Bytes renderedBy(PictureRenderer& renderer, size_t level, Region const& region) {
     Bytes bytes;
     size_t const rowBytes = region.width * renderer.bands();
     Zoom const zoom = Zoom::nearest(std::ldexp(1.0, -static_cast<int>(level)), renderer.info().levels);
@@ -29,7 +29,7 @@ Bytes renderedBy(StoreRenderer& renderer, size_t level, Region const& region) {
 
 } // namespace
 
-StoreInfo StoreRendererFixture::import(Picture const& picture, size_t tileSize, std::optional<size_t> levels) const {
+StoreInfo PictureRendererFixture::import(Picture const& picture, size_t tileSize, std::optional<size_t> levels) const {
     ImportOptions options;
     options.tileSize = tileSize;
     options.levels = levels;
@@ -37,23 +37,23 @@ StoreInfo StoreRendererFixture::import(Picture const& picture, size_t tileSize, 
     return testpictures::import(picture, path(), options);
 }
 
-StoreRendererFixture::Bytes StoreRendererFixture::rendered(size_t level, Region const& region,
-                                                           std::vector<enhancement::Step> const& steps) const {
-    StoreRenderer renderer(instance_, path(), steps);
+PictureRendererFixture::Bytes PictureRendererFixture::rendered(size_t level, Region const& region,
+                                                               std::vector<enhancement::Step> const& steps) const {
+    PictureRenderer renderer(instance_, path(), steps);
     return renderedBy(renderer, level, region);
 }
 
-StoreRendererFixture::Bytes StoreRendererFixture::renderedWhole(StoreInfo const& info, size_t level) const {
-    StoreRenderer renderer(instance_, path(), {});
+PictureRendererFixture::Bytes PictureRendererFixture::renderedWhole(StoreInfo const& info, size_t level) const {
+    PictureRenderer renderer(instance_, path(), {});
     return renderedBy(renderer, level, wholeOf(info, level));
 }
 
-void StoreRendererFixture::expectEveryLevel(Picture const& picture, size_t tileSize,
-                                            std::optional<size_t> levels) const {
+void PictureRendererFixture::expectEveryLevel(Picture const& picture, size_t tileSize,
+                                              std::optional<size_t> levels) const {
     StoreInfo const info = import(picture, tileSize, levels);
     std::vector<Bytes> const expected = levelmodel::levelsOf(picture, info.levels);
     // One for all levels: its programs are what takes time.
-    StoreRenderer renderer(instance_, path(), {});
+    PictureRenderer renderer(instance_, path(), {});
     for (size_t level = 0; level <= info.levels; ++level)
         EXPECT_TRUE(renderedBy(renderer, level, wholeOf(info, level)) == expected[level])
             << picture.width << " x " << picture.height << ", " << picture.bands << " bands of " << picture.bits

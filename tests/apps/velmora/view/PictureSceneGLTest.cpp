@@ -1,5 +1,5 @@
 // A store's scene without a window: what each operation says has to be drawn anew.
-#include "apps/velmora/view/StoreScene.h"
+#include "apps/velmora/view/PictureScene.h"
 
 #include "tests/host/view/PictureViewFixture.h"
 
@@ -11,12 +11,12 @@ namespace {
 
 using Command = Controls::Command;
 
-class StoreSceneGLTest : public PictureViewFixture {
+class PictureSceneGLTest : public PictureViewFixture {
 protected:
     void SetUp() override {
         import(testpictures::picture(1300, 1100, 3, 8, Content::Noise));
         options_.picture = options();
-        scene_ = std::make_unique<StoreScene>(instance_, path(), options_, Size{300, 200});
+        scene_ = std::make_unique<PictureScene>(instance_, path(), options_, Size{300, 200});
     }
     void TearDown() override { scene_.reset(); }
 
@@ -32,12 +32,12 @@ protected:
     }
 
     ViewerOptions options_;
-    std::unique_ptr<StoreScene> scene_;
+    std::unique_ptr<PictureScene> scene_;
 };
 
 } // namespace
 
-TEST_F(StoreSceneGLTest, CommandsSayWhatIsToBeDrawnAnew) {
+TEST_F(PictureSceneGLTest, CommandsSayWhatIsToBeDrawnAnew) {
     complete();
     for (Command const command : {Command::Help, Command::Tiles, Command::Mask, Command::Ruler, Command::Properties})
         EXPECT_EQ(scene_->command(command), Redraw::Overlay);
@@ -49,7 +49,7 @@ TEST_F(StoreSceneGLTest, CommandsSayWhatIsToBeDrawnAnew) {
         EXPECT_EQ(scene_->command(command), Redraw::Nothing);
 }
 
-TEST_F(StoreSceneGLTest, WhatIsLoadedAndAMovedCameraArePictures) {
+TEST_F(PictureSceneGLTest, WhatIsLoadedAndAMovedCameraArePictures) {
     EXPECT_FALSE(scene_->complete());
     EXPECT_EQ(scene_->advance(), Redraw::Picture) << "the first view";
     complete();
@@ -63,7 +63,7 @@ TEST_F(StoreSceneGLTest, WhatIsLoadedAndAMovedCameraArePictures) {
     EXPECT_EQ(scene_->advance(), Redraw::Picture) << "tiles that are sharpened";
 }
 
-TEST_F(StoreSceneGLTest, TheOverviewNeverPointsTheViewElsewhere) {
+TEST_F(PictureSceneGLTest, TheOverviewNeverPointsTheViewElsewhere) {
     scene_->camera().magnifyTo(1, scene_->camera().middle());
     for (int steps = 0; steps < 3; ++steps) {
         complete();
@@ -85,7 +85,7 @@ TEST_F(StoreSceneGLTest, TheOverviewNeverPointsTheViewElsewhere) {
     }
 }
 
-TEST_F(StoreSceneGLTest, TheMaskFollowsTheViewWhereItIsOn) {
+TEST_F(PictureSceneGLTest, TheMaskFollowsTheViewWhereItIsOn) {
     complete();
     completeExtras();
     scene_->command(Command::Mask);

@@ -1,4 +1,4 @@
-#include "host/view/StoreRenderer.h"
+#include "host/view/PictureRenderer.h"
 
 #include "host/filter/EnhancedRenderer.h"
 #include "host/image/PixelBands.h"
@@ -39,24 +39,24 @@ Interval intervalAt(double zoom, size_t start, size_t length, size_t picture) {
 
 } // namespace
 
-StoreRenderer::StoreRenderer(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
-                             std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption,
-                             size_t bits)
+PictureRenderer::PictureRenderer(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
+                                 std::vector<enhancement::Step> const& steps, std::function<void()> const& interruption,
+                                 size_t bits)
     : view_(instance, source, smallBudgets(bits == 16, interruption)),
       bands_(EnhancedRenderer::bandsOf(view_.info().bands, steps)),
       sampleBytes_(bits / 8) {
     view_.enhance(steps);
 }
 
-Region StoreRenderer::regionAt(PictureInfo const& info, Zoom const& zoom, Region const& region) {
+Region PictureRenderer::regionAt(PictureInfo const& info, Zoom const& zoom, Region const& region) {
     Size const whole = leveltile::pixelExtent(info, zoom);
     Interval const x = intervalAt(zoom.value(), region.x, region.width, whole.width);
     Interval const y = intervalAt(zoom.value(), region.y, region.height, whole.height);
     return regionOf(x, y);
 }
 
-void StoreRenderer::render(Zoom const& zoom, bool smooth, Region const& region, RowSink const& sink,
-                           Progress const& progress) {
+void PictureRenderer::render(Zoom const& zoom, bool smooth, Region const& region, RowSink const& sink,
+                             Progress const& progress) {
     std::vector<std::uint8_t> rows;
     size_t const bottom = region.y + region.height;
     size_t const right = region.x + region.width;
@@ -77,7 +77,7 @@ void StoreRenderer::render(Zoom const& zoom, bool smooth, Region const& region, 
     progress(region.height, region.height);
 }
 
-void StoreRenderer::draw(View const& view, std::uint8_t* out, size_t rowPixels) {
+void PictureRenderer::draw(View const& view, std::uint8_t* out, size_t rowPixels) {
     view_.show(view);
     while (!view_.complete()) {
         if (!view_.advance(100ms)) view_.wait(100ms);
@@ -85,14 +85,14 @@ void StoreRenderer::draw(View const& view, std::uint8_t* out, size_t rowPixels) 
     sampleBytes_ == 1 ? put8(view, out, rowPixels) : put16(view, out, rowPixels);
 }
 
-void StoreRenderer::put8(View const& view, std::uint8_t* out, size_t rowPixels) {
+void PictureRenderer::put8(View const& view, std::uint8_t* out, size_t rowPixels) {
     std::vector<std::uint8_t> const rgba = view_.pixels();
     for (size_t row = 0; row < view.height; ++row)
         pixelbands::narrow(&rgba[row * view.width * pixelbands::kTexelBytes], out + row * rowPixels * bands_, bands_,
                            view.width);
 }
 
-void StoreRenderer::put16(View const& view, std::uint8_t* out, size_t rowPixels) {
+void PictureRenderer::put16(View const& view, std::uint8_t* out, size_t rowPixels) {
     std::vector<std::uint16_t> const codes = view_.codes();
     for (size_t row = 0; row < view.height; ++row)
         std::memcpy(out + 2 * row * rowPixels * bands_, &codes[row * view.width * bands_], 2 * view.width * bands_);

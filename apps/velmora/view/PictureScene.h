@@ -20,12 +20,12 @@
 #include <string>
 #include <vector>
 
-/// A store in a window: what is shown of it, how, and what is said about it. Operations that change what is to be seen
-/// say what has to be drawn anew; whoever draws remembers it. GL thread only.
-class StoreScene {
+/// A picture in a window: what is shown of it, how, and what is said about it. Operations that change what is to be
+/// seen say what has to be drawn anew; whoever draws remembers it. GL thread only.
+class PictureScene {
 public:
-    StoreScene(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
-               ViewerOptions const& options, Size const& frame);
+    PictureScene(std::shared_ptr<RenderBackendInstance> const& instance, PictureSource const& source,
+                 ViewerOptions const& options, Size const& frame);
 
     Camera& camera() { return camera_; }
     Ruler& ruler() { return ruler_; }
