@@ -4,8 +4,11 @@
 #include "bench/RawGl.h"
 #include "gles3renderbackend/Gl.h"
 
+#include <cstdlib>
 #include <exception>
+#include <optional>
 #include <stdexcept>
+#include <string>
 
 namespace {
 
@@ -14,6 +17,13 @@ constexpr size_t kSlotBudgetBytes = 1'000'000'000;
 
 std::string glText(GLenum name) {
     return reinterpret_cast<char const*>(glGetString(name));
+}
+
+// How often each benchmark runs, where instructions are counted instead of time: bench/instructions sets it.
+std::optional<benchmark::IterationCount> fixedIterations() {
+    char const* const text = std::getenv("VELMORA_BENCH_ITERATIONS");
+    if (text == nullptr) return std::nullopt;
+    return std::stoll(text);
 }
 
 } // namespace
@@ -66,6 +76,7 @@ void registerGl(Clock clock, std::string const& name, std::function<void(benchma
             state.SkipWithError(error.what());
         }
     });
+    if (auto const iterations = fixedIterations()) registered->Iterations(*iterations);
     if (clock == Clock::Wall) registered->UseRealTime();
     if (clock == Clock::Process) registered->MeasureProcessCPUTime();
 }
