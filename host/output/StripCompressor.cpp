@@ -63,8 +63,9 @@ StripCompressor::~StripCompressor() {
 void StripCompressor::add(Strip&& rows) {
     {
         std::lock_guard<std::mutex> const lock(mutex_);
-        strips_.emplace_back();
-        strips_.back().bytes = std::move(rows);
+        Slot& slot = strips_.emplace_back();
+        slot.size = rows.size();
+        slot.bytes = std::move(rows);
     }
     stripWaits_.notify_one();
 }
@@ -73,7 +74,7 @@ bool StripCompressor::isFull() const {
     std::lock_guard<std::mutex> const lock(mutex_);
     size_t bytes = 0;
     for (Slot const& slot : strips_)
-        bytes += slot.bytes.size();
+        bytes += slot.size;
     return strips_.size() >= most_ || bytes >= kMostBytes;
 }
 
@@ -114,14 +115,20 @@ StripCompressor::Slot* StripCompressor::nextWaiting() {
 // A deque's elements stay where they are while others are added and removed at its ends.
 void StripCompressor::compress(Slot& slot, Compressor& compressor, std::unique_lock<std::mutex>& lock) const {
     slot.state = State::InWork;
+    Strip rows = std::move(slot.bytes);
+    Strip bytes;
+    std::exception_ptr failure;
     lock.unlock();
     try {
-        predict(slot.bytes, layout_);
-        slot.bytes = deflated(slot.bytes, compressor);
+        predict(rows, layout_);
+        bytes = deflated(rows, compressor);
     } catch (...) {
-        slot.failure = std::current_exception();
+        failure = std::current_exception();
     }
     lock.lock();
+    slot.bytes = std::move(bytes);
+    slot.size = slot.bytes.size();
+    slot.failure = failure;
     slot.state = State::Done;
 }
 

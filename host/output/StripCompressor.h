@@ -48,7 +48,8 @@ private:
     enum class State { Waiting, InWork, Done };
 
     struct Slot {
-        Strip bytes;
+        Strip bytes;     // the rows; a worker has them while it compresses
+        size_t size = 0; // of the bytes, those that a worker has included
         State state = State::Waiting;
         std::exception_ptr failure;
     };
