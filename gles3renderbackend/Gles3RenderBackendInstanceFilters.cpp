@@ -3,7 +3,7 @@
 #include "gles3renderbackend/ExpectedState.h"
 #include "gles3renderbackend/resources/Gles3Shader.h"
 #include "gles3renderbackend/resources/Gles3Target.h"
-#include "gles3renderbackend/resources/OutputExtent.h"
+#include "gles3renderbackend/resources/TextureRanges.h"
 #include "renderbackend/VelmoraException.h"
 
 #include <algorithm>
@@ -26,10 +26,6 @@ size_t smallestFreeKey(std::map<size_t, std::unique_ptr<Gles3Shader>> const& tab
         ++key;
     }
     return key;
-}
-
-double ratio(size_t num, size_t den) {
-    return static_cast<double>(num) / static_cast<double>(den);
 }
 
 } // namespace
@@ -95,14 +91,10 @@ void Gles3RenderBackendInstance::inputTextureRange(FilterSource const& source, F
                                                    size_t clipBottom, double& offsetX, double& offsetY, double& scaleX,
                                                    double& scaleY) {
     Extent const size = referenceSize(source.target, findOrMakeTarget(source.target));
-    auto const [outputW, outputH] = outputExtent(filter, inputW, inputH, clipLeft + clipRight, clipTop + clipBottom);
-    // The source at the size of the filter's whole output, of which the output extent is a part.
-    double const scaledW = ratio(size[0] * filter.scaleXNum(), filter.scaleXDen());
-    double const scaledH = ratio(size[1] * filter.scaleYNum(), filter.scaleYDen());
-    double const x = static_cast<double>(source.x) * ratio(filter.scaleXNum(), filter.scaleXDen());
-    double const y = static_cast<double>(source.y) * ratio(filter.scaleYNum(), filter.scaleYDen());
-    offsetX = (x + static_cast<double>(filter.invalidLeft()) + static_cast<double>(clipLeft)) / scaledW;
-    offsetY = (y + static_cast<double>(filter.invalidTop()) + static_cast<double>(clipTop)) / scaledH;
-    scaleX = static_cast<double>(outputW) / scaledW;
-    scaleY = static_cast<double>(outputH) / scaledH;
+    TextureRange const range =
+        TextureRanges(filter, inputW, inputH, clipLeft, clipRight, clipTop, clipBottom).of(source.x, source.y, size);
+    offsetX = range.offsetX;
+    offsetY = range.offsetY;
+    scaleX = range.scaleX;
+    scaleY = range.scaleY;
 }

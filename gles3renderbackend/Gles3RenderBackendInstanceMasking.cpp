@@ -51,8 +51,7 @@ void Gles3RenderBackendInstance::maskRange(size_t source, size_t target, Filter 
     glUseProgram(shader->program());
     GLint const position = shader->attributeLocation("a_position");
     glVertexAttribPointer(static_cast<GLuint>(position), 2, GL_FLOAT, GL_FALSE, kMeshVertexBytes, nullptr);
-    EnabledArrays arrays;
-    arrays.enable(position);
+    EnabledArray const enabled(position);
 
     auto const w = static_cast<double>(size[0]);
     auto const h = static_cast<double>(size[1]);

@@ -136,6 +136,8 @@ void requireReadRectangle(std::vector<size_t> const& rect, char const* location)
 } // namespace
 
 Gles3Target& Gles3RenderBackendInstance::findOrMakeTarget(size_t target) const {
+    auto const found = targetTable_->find(target);
+    if (found != targetTable_->end()) return found->second;
     return targetTable_->try_emplace(target).first->second;
 }
 

@@ -2,30 +2,47 @@
 
 #include "gles3renderbackend/Gl.h"
 
-#include <boost/container/small_vector.hpp>
-
+#include <array>
 #include <cstddef>
+#include <vector>
 
-/// Enables vertex attribute arrays for the lifetime of the object, also if a draw throws: an array that stays enabled
-/// makes the host's next draw read from a buffer that may be gone. They are disabled in the order of enabling.
+/// Enables a vertex attribute array for the lifetime of the object, also if a draw throws: an array that stays enabled
+/// makes the host's next draw read from a buffer that may be gone. A location of -1 is passed on unchanged.
+class EnabledArray {
+public:
+    explicit EnabledArray(GLint location) : index_(static_cast<GLuint>(location)) { glEnableVertexAttribArray(index_); }
+    EnabledArray(EnabledArray const&) = delete;
+    EnabledArray& operator=(EnabledArray const&) = delete;
+    ~EnabledArray() { glDisableVertexAttribArray(index_); }
+
+private:
+    GLuint const index_;
+};
+
+/// The same for any number of arrays, which are disabled in the order of enabling.
 class EnabledArrays {
 public:
     EnabledArrays() = default;
     EnabledArrays(EnabledArrays const&) = delete;
     EnabledArrays& operator=(EnabledArrays const&) = delete;
     ~EnabledArrays() {
-        for (GLuint const index : indices_)
+        for (size_t i = 0; i < count_; ++i)
+            glDisableVertexAttribArray(first_[i]);
+        for (GLuint const index : more_)
             glDisableVertexAttribArray(index);
     }
 
-    /// A location of -1 is passed on unchanged.
     void enable(GLint location) {
-        indices_.push_back(static_cast<GLuint>(location));
-        glEnableVertexAttribArray(indices_.back());
+        auto const index = static_cast<GLuint>(location);
+        if (count_ < first_.size())
+            first_[count_++] = index;
+        else
+            more_.push_back(index);
+        glEnableVertexAttribArray(index);
     }
 
 private:
-    static constexpr size_t kWithoutAllocation = 8; // more than the inputs of any built-in filter
-
-    boost::container::small_vector<GLuint, kWithoutAllocation> indices_;
+    std::array<GLuint, 8> first_; // more than the inputs of any built-in filter: these take no memory
+    size_t count_ = 0;
+    std::vector<GLuint> more_;
 };

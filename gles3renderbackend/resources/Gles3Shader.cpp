@@ -6,6 +6,7 @@
 #include "gles3renderbackend/resources/Gles3Target.h"
 #include "gles3renderbackend/resources/OutputExtent.h"
 #include "gles3renderbackend/resources/ShaderCompiler.h"
+#include "gles3renderbackend/resources/TextureRanges.h"
 #include "gles3renderbackend/resources/UnitQuad.h"
 #include "renderbackend/Precondition.h"
 #include "renderbackend/VelmoraException.h"
@@ -116,12 +117,15 @@ void Gles3Shader::setModelView(std::vector<float> const& m) {
 }
 
 void Gles3Shader::setTexRange(double offsetX, double offsetY, double scaleX, double scaleY, size_t input) {
+    setTexRange({offsetX, offsetY, scaleX, scaleY}, inputLocations(input).texRange);
+}
+
+void Gles3Shader::setTexRange(TextureRange const& range, GLint location) const {
     glUseProgram(program());
-    GLint const location = inputLocations(input).texRange;
     // Deliberate, do not "repair": tests against 0, not -1, so a uniform at location 0 is never set.
     if (location != 0)
-        glUniform4f(location, static_cast<GLfloat>(offsetX), static_cast<GLfloat>(offsetY),
-                    static_cast<GLfloat>(scaleX), static_cast<GLfloat>(scaleY));
+        glUniform4f(location, static_cast<GLfloat>(range.offsetX), static_cast<GLfloat>(range.offsetY),
+                    static_cast<GLfloat>(range.scaleX), static_cast<GLfloat>(range.scaleY));
 }
 
 void Gles3Shader::uploadParameters(SingleFilterParameters const& /*params*/) {}
@@ -141,8 +145,8 @@ void Gles3Shader::draw(std::vector<FilterSource> const& sources, size_t inputW, 
     setModelView(hostSurface ? kMirrored : kUpright);
     setFixedState();
 
-    auto const size = instance.physicalSize(destination, target);
-    auto const reference = instance.referenceSize(destination, target);
+    Extent const size = physicalSize(destination, target, instance);
+    Extent const reference = referenceSize(target, size);
     auto const [outputW, outputH] = outputExtent(filter, inputW, inputH, clipLeft + clipRight, clipTop + clipBottom);
     glViewport(0, 0, static_cast<GLsizei>(size[0]), static_cast<GLsizei>(size[1]));
     setOutputGeometry(size, quotient(outputW * size[0], reference[0]), quotient(outputH * size[1], reference[1]),
@@ -150,17 +154,11 @@ void Gles3Shader::draw(std::vector<FilterSource> const& sources, size_t inputW, 
 
     // Deliberate: without "a_position" this passes -1 on, as an index that GL refuses.
     unitQuad::pointAttribute(position_, unitQuad::kPositionByte);
-    EnabledArrays position;
-    position.enable(position_);
+    EnabledArray const position(position_);
     EnabledArrays inputs; // disabled before the position
-    for (size_t i = 0; i < sources.size(); ++i) {
-        TextureRange range;
-        if (!sources[i].wholeTexture)
-            instance.inputTextureRange(sources[i], *this, inputW, inputH, clipLeft, clipRight, clipTop, clipBottom,
-                                       range.offsetX, range.offsetY, range.scaleX, range.scaleY);
-        bindInput(i, instance, sources[i], range);
-        enableTextureCoordinates(i, inputs);
-    }
+    TextureRanges const ranges(*this, inputW, inputH, clipLeft, clipRight, clipTop, clipBottom);
+    for (size_t i = 0; i < sources.size(); ++i)
+        bindInput(i, sources[i], ranges, inputs, instance);
     if (outputSize_ != -1)
         glUniform4f(outputSize_, toFloat(quotient(size[0] * clipLeft, reference[0])),
                     toFloat(quotient(size[1] * clipTop, reference[1])), toFloat(size[0]), toFloat(size[1]));
@@ -177,23 +175,33 @@ void Gles3Shader::setOutputGeometry(std::array<size_t, 2> const& targetSize, siz
                 2.0 * static_cast<double>(outputW) / w, 2.0 * static_cast<double>(outputH) / h);
 }
 
-void Gles3Shader::bindInput(size_t input, Gles3RenderBackendInstance& instance, FilterSource const& source,
-                            TextureRange const& range) {
+// Every draw asks for them: the backend's own targets are answered here.
+Gles3Shader::Extent Gles3Shader::physicalSize(size_t id, Gles3Target const& target,
+                                              Gles3RenderBackendInstance& instance) {
+    if (target.ownSurface() != 0) return {target.Gles3Texture::width(), target.Gles3Texture::height()};
+    return instance.physicalSize(id, target);
+}
+
+Gles3Shader::Extent Gles3Shader::referenceSize(Gles3Target const& target, Extent const& physical) {
+    if (target.ownSurface() == 0) return physical;
+    return {target.logicalSize()[0], target.logicalSize()[1]};
+}
+
+void Gles3Shader::bindInput(size_t input, FilterSource const& source, TextureRanges const& ranges,
+                            EnabledArrays& arrays, Gles3RenderBackendInstance& instance) {
     Gles3Target const& target = instance.target(source.target);
-    auto const size = instance.physicalSize(source.target, target);
+    Extent const size = physicalSize(source.target, target, instance);
+    TextureRange const range =
+        source.wholeTexture ? TextureRange() : ranges.of(source.x, source.y, referenceSize(target, size));
     InputLocations const locations = inputLocations(input);
     glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(input));
     glBindTexture(GL_TEXTURE_2D, target.texture());
     glUniform1i(locations.sampler, static_cast<GLint>(input));
-    setTexRange(range.offsetX, range.offsetY, range.scaleX, range.scaleY, input);
+    setTexRange(range, locations.texRange);
     if (locations.texScale != -1)
         glUniform2f(locations.texScale, static_cast<GLfloat>(1.0 / static_cast<double>(size[0])),
                     static_cast<GLfloat>(1.0 / static_cast<double>(size[1])));
-}
-
-void Gles3Shader::enableTextureCoordinates(size_t input, EnabledArrays& arrays) const {
-    GLint const location = inputLocations(input).textureCoordinates;
-    if (location == -1) return;
-    unitQuad::pointAttribute(location, unitQuad::kTextureCoordinateByte);
-    arrays.enable(location);
+    if (locations.textureCoordinates == -1) return;
+    unitQuad::pointAttribute(locations.textureCoordinates, unitQuad::kTextureCoordinateByte);
+    arrays.enable(locations.textureCoordinates);
 }

@@ -15,6 +15,9 @@
 
 class EnabledArrays;
 class Gles3RenderBackendInstance;
+class Gles3Target;
+class TextureRanges;
+struct TextureRange;
 
 /// One linked GLSL ES program and the code to run it once over a target: the base of every filter class. It carries a
 /// copy of its filter description. Construction is all or nothing. GL thread only.
@@ -89,22 +92,18 @@ private:
         GLint textureCoordinates;
     };
 
-    /// The part of an input's texture that the quad shows; all of it by default.
-    struct TextureRange {
-        double offsetX = 0;
-        double offsetY = 0;
-        double scaleX = 1;
-        double scaleY = 1;
-    };
+    using Extent = std::array<size_t, 2>;
 
     void prepareLocations();
     InputLocations lookUpInput(size_t input) const;
     InputLocations inputLocations(size_t input) const;
     void setOutputGeometry(std::array<size_t, 2> const& targetSize, size_t outputW, size_t outputH,
                            std::vector<size_t> const& offset);
-    void bindInput(size_t input, Gles3RenderBackendInstance& instance, FilterSource const& source,
-                   TextureRange const& range);
-    void enableTextureCoordinates(size_t input, EnabledArrays& arrays) const;
+    void bindInput(size_t input, FilterSource const& source, TextureRanges const& ranges, EnabledArrays& arrays,
+                   Gles3RenderBackendInstance& instance);
+    void setTexRange(TextureRange const& range, GLint location) const;
+    static Extent physicalSize(size_t id, Gles3Target const& target, Gles3RenderBackendInstance& instance);
+    static Extent referenceSize(Gles3Target const& target, Extent const& physical);
 
     GlName program_;
     std::map<std::string, GLint> attributes_;
