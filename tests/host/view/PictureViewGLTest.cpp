@@ -269,27 +269,28 @@ TEST_F(PictureViewGLTest, EnhancementsAreThoseOfTheWholeLevel) {
 }
 
 TEST_F(PictureViewGLTest, MoreEnhancementsThanATileHasRoomForAreShownInPieces) {
-    // Pieces of 360 pixels, of tiles of 512, 88, and 360.
-    constexpr size_t kWidth = 600;
-    constexpr size_t kHeight = 512 + 360;
-    Picture const picture = testpictures::picture(kWidth, kHeight, 1, 8, Content::Noise);
-    import(picture);
     std::vector<enhancement::Step> const steps(4, enhancement::Equalise{2.0});
     ASSERT_EQ(EnhancementChain::partSide(steps), 360U);
-    PictureView view(instance_, path(), options());
-    view.enhance(steps);
-    Bytes expected;
-    auto const source = testpictures::source(picture);
-    EnhancedRenderer(instance_, steps)
-        .render(
-            *source, {0, 0, kWidth, kHeight},
-            [&](std::uint8_t const* rows, size_t count) {
-                for (size_t i = 0; i < count * kWidth; ++i)
-                    expected.insert(expected.end(), {rows[i], rows[i], rows[i], 255});
-            },
-            [](size_t, size_t) {});
-    EXPECT_TRUE(completed(view, {Zoom(), 0, 0, kWidth, kHeight, false}) == expected);
-    EXPECT_THROW(view.enhance(std::vector<enhancement::Step>(9, enhancement::Equalise{2.0})), HostError);
+    constexpr size_t kWidth = 600;               // tiles of 512 and 88
+    for (size_t const lastHeight : {360U, 400U}) { // a piece, and a piece and 40 rows
+        size_t const height = 512 + lastHeight;
+        Picture const picture = testpictures::picture(kWidth, height, 1, 8, Content::Noise);
+        import(picture);
+        PictureView view(instance_, path(), options());
+        view.enhance(steps);
+        Bytes expected;
+        auto const source = testpictures::source(picture);
+        EnhancedRenderer(instance_, steps)
+            .render(
+                *source, {0, 0, kWidth, height},
+                [&](std::uint8_t const* rows, size_t count) {
+                    for (size_t i = 0; i < count * kWidth; ++i)
+                        expected.insert(expected.end(), {rows[i], rows[i], rows[i], 255});
+                },
+                [](size_t, size_t) {});
+        EXPECT_TRUE(completed(view, {Zoom(), 0, 0, kWidth, height, false}) == expected) << height;
+        EXPECT_THROW(view.enhance(std::vector<enhancement::Step>(9, enhancement::Equalise{2.0})), HostError);
+    }
 }
 
 TEST_F(PictureViewGLTest, SmoothFlatPicturesStayFlatUpToTheirEdges) {
