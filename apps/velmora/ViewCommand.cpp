@@ -7,6 +7,7 @@
 #include "apps/velmora/shared/PictureFiles.h"
 #include "apps/velmora/view/Viewer.h"
 #include "host/Threads.h"
+#include "host/image/InputFile.h"
 
 #include <algorithm>
 #include <array>
@@ -33,6 +34,7 @@ constexpr auto kExamples = R"(Examples:
   velmora view heat.tif --range 280,310 --colour-map inferno
   velmora view cells.ome.tif --channel 0:0000FF --channel 2:00FF00:200,3000 --z 12
   velmora view scan.tif --gamma 2.2,300,9000     filters of 16 bits: a store is made first, once
+  velmora view slide.svs --annotations cells.geojson
   velmora view slide.vlm --at 52000,31000,1 --size 1920x1080 --screenshot part.png
 
 Drag and wheel move; the key ? shows all keys. Stores of images are kept in $XDG_CACHE_HOME/velmora
@@ -142,6 +144,7 @@ void view(ViewerOptions options, Texts const& texts, Memory const& memory) {
     options.sources = picturefiles::sourcesOf(options.image);
     // Before a window opens.
     requireScreenshots(options);
+    if (!options.annotations.empty()) InputFile const readable(options.annotations);
     imageinput::inspect(options.image, options.selection, options.colours(), options.display);
     Viewer(options).run();
 }
@@ -164,6 +167,12 @@ void addViewCommand(CLI::App& program) {
     command->add_option("--at", texts->at, "Picture pixel at the centre, and zoom (screen pixels per picture pixel)")
         ->type_name("X,Y,ZOOM")
         ->check(checkStart);
+    auto* const annotations =
+        command
+            ->add_option("--annotations", options->annotations,
+                         "Draw the shapes of a GeoJSON file, as QuPath writes them, over the picture")
+            ->type_name("FILE")
+            ->check(checkNamed);
     command->add_flag("--smooth", options->smooth,
                       "Zoom below 1: bilinear interpolation instead of the nearest sample");
     addMemoryOption(*command, "--memory", memory->host, "Memory budget: program plus decompressed tiles");
@@ -173,7 +182,7 @@ void addViewCommand(CLI::App& program) {
         ->check(CLI::Range(size_t{1}, kMaxJobs));
     options->cacheBytes = picturefiles::kCacheBytes;
     addCacheOption(*command, options->cacheBytes);
-    command->add_flag("--bare", options->bare, "Show the picture without overlay");
+    command->add_flag("--bare", options->bare, "Show the picture without overlay")->excludes(annotations);
     command->add_flag_callback(
         "--light", [options] { options->setTheme(true); }, "Light panels, and light around the picture");
     command

@@ -20,6 +20,7 @@ import readersfiles
 
 PICTURE = re.compile(r'[\w.-]+\.(tif|tiff|svs|jpg|png|jp2|fits)')
 STORE = re.compile(r'[\w-]+\.(vlm|store)')
+ANNOTATIONS = re.compile(r'[\w-]+\.geojson')
 # A part of the built-in picture, in place of the reader's own ones.
 PIECE = (8192, 2048, 2048, 1536)
 OUTPUT_OPTIONS = ('-o', '--output', '--screenshot')
@@ -38,7 +39,8 @@ class Reader:
             script.write('wait\nquit\n')
 
     def run(self, arguments):
-        files = [word for word in arguments[1:] if PICTURE.fullmatch(word) or STORE.fullmatch(word)]
+        kinds = (PICTURE, STORE, ANNOTATIONS)
+        files = [word for word in arguments[1:] if any(kind.fullmatch(word) for kind in kinds)]
         outputs = [arguments[at + 1] for at, word in enumerate(arguments[:-1]) if word in OUTPUT_OPTIONS]
         if arguments[0] in ('import', 'export') and files:
             outputs.append(files[-1])
@@ -65,6 +67,8 @@ class Reader:
             readersfiles.write_frame(path)
         elif file.endswith('.ome.tif'):
             readersfiles.write_stack(path)
+        elif file.endswith('.geojson'):
+            readersfiles.write_annotations(path)
         elif file == 'landsat.tif':
             readersfiles.write_tiff(path, 1, 11)
         else:

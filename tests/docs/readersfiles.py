@@ -18,6 +18,14 @@ def padded(block, filling):
     return block + filling * (-len(block) % 2880)
 
 
+def write_annotations(path):
+    """A shape, as a program that outlines cells writes it."""
+    with open(path, 'w', encoding='utf-8') as file:
+        file.write('{"type":"FeatureCollection","features":[{"type":"Feature","geometry":{"type":"Polygon",'
+                   '"coordinates":[[[100,100],[300,120],[200,400],[100,100]]]},'
+                   '"properties":{"classification":{"name":"Tumor","color":[200,0,0]}}}]}\n')
+
+
 def write_stack(path):
     """Pages of three channels, 13 slices and four times."""
     write_tiff(path, 3 * 13 * 4, 1, b'ImageJ=1.53t\nchannels=3\nslices=13\nframes=4\n\0')

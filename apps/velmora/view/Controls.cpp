@@ -51,6 +51,8 @@ Controls::Command commandOf(SDL_Keycode key) {
         return Controls::Command::Tiles;
     case SDLK_m:
         return Controls::Command::Mask;
+    case SDLK_a:
+        return Controls::Command::Annotations;
     case SDLK_b:
         return Controls::Command::Smooth;
     case SDLK_e:

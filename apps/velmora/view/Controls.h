@@ -24,6 +24,7 @@ public:
         Theme,
         Tiles,
         Mask,
+        Annotations,
         Smooth,
         Sharpen,
         Gamma,

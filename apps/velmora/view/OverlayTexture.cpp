@@ -6,13 +6,14 @@ OverlayTexture::~OverlayTexture() {
     if (name_ != 0) glDeleteTextures(1, &name_);
 }
 
-void OverlayTexture::set(std::vector<std::uint8_t> const& rgba, Size const& size) {
+void OverlayTexture::set(std::vector<std::uint8_t> const& rgba, Size const& size, Filter filter) {
+    GLint const between = filter == Filter::Linear ? GL_LINEAR : GL_NEAREST;
     if (name_ == 0) glGenTextures(1, &name_);
     size_ = size;
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, name_);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, between);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, between);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
     glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);

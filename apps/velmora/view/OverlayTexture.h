@@ -14,8 +14,11 @@ public:
     OverlayTexture(OverlayTexture const&) = delete;
     OverlayTexture& operator=(OverlayTexture const&) = delete;
 
+    /// Between texels, where it is drawn at another size.
+    enum class Filter { Linear, Nearest };
+
     /// RGBA, rows from the top. Leaves unit 0 active, and the texture bound there.
-    void set(std::vector<std::uint8_t> const& rgba, Size const& size);
+    void set(std::vector<std::uint8_t> const& rgba, Size const& size, Filter filter = Filter::Linear);
     void clear() { size_ = {}; }
 
     bool empty() const { return size_.width == 0 || size_.height == 0; }

@@ -34,7 +34,7 @@ struct Help {
     char const* does;
 };
 
-constexpr std::array<Help, 22> kHelp{{{"drag, arrows", "move"},
+constexpr std::array<Help, 23> kHelp{{{"drag, arrows", "move"},
                                       {"wheel, two fingers", "zoom about the cursor"},
                                       {"+ or i, -", "zoom in, out"},
                                       {"1", "actual size (1:1)"},
@@ -52,12 +52,14 @@ constexpr std::array<Help, 22> kHelp{{{"drag, arrows", "move"},
                                       {"p", "what the file says"},
                                       {"d", "tiles of the level, and figures"},
                                       {"m", "where the store has detail"},
+                                      {"a", "annotations on, off"},
                                       {"l", "light, dark"},
                                       {"?", "this help"},
                                       {"Escape", "leave a panel, or quit"},
                                       {"q", "quit"}}};
 constexpr auto kMoreHelp = "A click in the small picture goes there.\n"
-                           "A file that is dropped on the window is opened.";
+                           "A picture that is dropped on the window is opened,\n"
+                           "GeoJSON is shown as annotations.";
 
 // Of lines on a panel.
 ImU32 lineColour() {
@@ -110,6 +112,7 @@ void drawStatus(panels::Model const& model) {
     ImGui::Text("zoom %.4g %%, level %zu", 100 * model.camera->zoom().value(), model.camera->zoom().level());
     ImGui::TextUnformatted(model.pixel.empty() ? "-" : model.pixel.c_str());
     if (!model.damage.empty()) ImGui::TextUnformatted(model.damage.c_str());
+    if (!model.annotations.empty()) ImGui::TextUnformatted(model.annotations.c_str());
     if (!model.switches.empty()) ImGui::TextUnformatted(model.switches.c_str());
     if (!model.complete) ImGui::TextUnformatted("loading");
     if (model.figures) {
@@ -548,6 +551,11 @@ void panels::drawRuler(Camera const& camera, Ruler::Line const& line, std::strin
     drawLabel(list, toImGui(to.x + 10, to.y + 10), length.c_str());
 }
 
+void panels::drawNameAt(Place const& cursor, std::string const& name) {
+    needLetters(name);
+    drawLabel(*ImGui::GetBackgroundDrawList(), toImGui(cursor.x + 14, cursor.y + 14), name.c_str());
+}
+
 void panels::drawKeys() {
     ImVec2 const size = ImGui::GetIO().DisplaySize;
     ImGui::SetNextWindowPos({size.x / 2, size.y / 2}, ImGuiCond_Always, {0.5F, 0.5F});
@@ -584,6 +592,13 @@ void panels::drawMask(OverlayTexture const& mask) {
     ImGui::GetBackgroundDrawList()->AddImage(
         textureOf(mask), {0, 0},
         toImGui(static_cast<double>(mask.size().width), static_cast<double>(mask.size().height)));
+}
+
+void panels::drawAnnotations(std::vector<AnnotationLayer::Placed> const& parts) {
+    ImDrawList& list = *ImGui::GetBackgroundDrawList();
+    auto const at = [](Place const& place) { return toImGui(place.x, place.y); };
+    for (AnnotationLayer::Placed const& part : parts)
+        list.AddImage(textureOf(*part.texture), at(part.from), at(part.to), at(part.textureFrom), at(part.textureTo));
 }
 
 void panels::drawGrowing(OverlayTexture const& picture, Camera const& camera, Size const& covered) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/velmora/view/AnnotationLayer.h"
 #include "apps/velmora/view/OverlayTexture.h"
 #include "apps/velmora/view/Ruler.h"
 #include "host/display/ChannelDisplay.h"
@@ -33,9 +34,10 @@ struct Model {
     std::string name;
     std::string interpretation;
     std::string message;
-    std::string switches; ///< enhancements that are on
-    std::string damage;   ///< of the store; empty: none was found
-    std::string pixel;    ///< under the cursor, and what it has; empty: there is none
+    std::string switches;    ///< enhancements that are on
+    std::string annotations; ///< how many are shown; empty: there are none
+    std::string damage;      ///< of the store; empty: none was found
+    std::string pixel;       ///< under the cursor, and what it has; empty: there is none
     PictureView::Statistics statistics;
     double frameMilliseconds = 0;
     bool complete = false;
@@ -69,6 +71,9 @@ void drawTiles(Camera const& camera);
 /// A line between two places of the picture, and its length, below the panels.
 void drawRuler(Camera const& camera, Ruler::Line const& line, std::string const& length);
 
+/// What the cursor is over, beside it, below the panels.
+void drawNameAt(Place const& cursor, std::string const& name);
+
 /// All keys.
 void drawKeys();
 
@@ -77,6 +82,8 @@ void drawMessage(std::string const& text, bool isImporting);
 
 /// A texture of the frame's size over the picture, below the panels.
 void drawMask(OverlayTexture const& mask);
+/// Parts of textures, below the panels.
+void drawAnnotations(std::vector<AnnotationLayer::Placed> const& parts);
 
 /// A picture that is being imported, of which a small one covers so many pixels.
 void drawGrowing(OverlayTexture const& picture, Camera const& camera, Size const& covered);

@@ -1,6 +1,8 @@
 #include "apps/velmora/view/PictureScene.h"
 
+#include "apps/velmora/shared/PictureFiles.h"
 #include "apps/velmora/shared/PictureText.h"
+#include "apps/velmora/view/Lettering.h"
 #include "apps/velmora/view/PixelText.h"
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
@@ -62,6 +64,9 @@ PictureScene::PictureScene(std::shared_ptr<RenderBackendInstance> const& instanc
     }
     // What the command line asks for and cannot be done ends the program; a key is only told so.
     enhance();
+    if (options.annotations.empty()) return;
+    annotate(options.annotations);
+    annotationsAreAskedFor_ = true;
 }
 
 Redraw PictureScene::command(Controls::Command command) {
@@ -74,6 +79,9 @@ Redraw PictureScene::command(Controls::Command command) {
         return Redraw::Overlay;
     case Controls::Command::Mask:
         toggles_.mask = !toggles_.mask;
+        return Redraw::Overlay;
+    case Controls::Command::Annotations:
+        if (annotations_) annotations_->toggle();
         return Redraw::Overlay;
     case Controls::Command::Smooth:
         toggles_.smooth = !toggles_.smooth;
@@ -122,6 +130,27 @@ Redraw PictureScene::toggleStep(Controls::Command command) {
         message_ = printableText(error.what(), kMessageCharacters);
     }
     return Redraw::Picture;
+}
+
+void PictureScene::annotate(std::string const& path) {
+    annotations_ = std::make_unique<AnnotationLayer>(path);
+    annotationsAreAskedFor_ = false;
+}
+
+Redraw PictureScene::takeAnnotations() {
+    if (!annotations_) return Redraw::Nothing;
+    try {
+        if (!annotations_->advance()) return Redraw::Nothing;
+        if (!annotations_->note().empty()) {
+            message_ = printableText(annotations_->note(), kMessageCharacters);
+            picturefiles::tell("note: " + annotations_->note());
+        }
+    } catch (HostError const& error) {
+        if (annotationsAreAskedFor_) throw;
+        annotations_.reset();
+        message_ = printableText(error.what(), kMessageCharacters);
+    }
+    return Redraw::Overlay;
 }
 
 void PictureScene::setBackground(std::array<std::uint8_t, 3> const& colour) {
@@ -227,7 +256,8 @@ Redraw PictureScene::advance() {
     if (moved) picture_.show(wantedView());
     bool const loaded = picture_.advance(kTurn);
     tellOfDamage();
-    return moved || loaded ? Redraw::Picture : Redraw::Nothing;
+    Redraw const annotated = takeAnnotations();
+    return moved || loaded ? Redraw::Picture : annotated;
 }
 
 // Once, where a script or a person finds it also when the window is gone.
@@ -272,6 +302,7 @@ Redraw PictureScene::advanceExtras() {
     if (maskDue) updateMask();
     bool const overviewDrawn = overview_.advance(kTurn);
     tellOfDamage();
+    if (annotationsAreDue()) annotations_->wait(kTurn);
     if (answerIsDue_) probe_->wait(kTurn);
     bool const isAnswered = answerIsDue_ && !probe_->isPending();
     if (isAnswered) answerIsDue_ = false;
@@ -297,6 +328,7 @@ Redraw PictureScene::drawOverlay(std::optional<Place> const& cursor, double fram
     model.interpretation = interpretation_;
     model.message = message_;
     model.switches = switchesText();
+    if (annotations_) model.annotations = annotations_->state();
     model.damage = damageText();
     model.pixel = pixelText(cursor);
     model.statistics = statistics();
@@ -316,6 +348,7 @@ Redraw PictureScene::drawOverlay(std::optional<Place> const& cursor, double fram
     model.position = picture_.position();
 
     if (toggles_.mask && !maskIsMissing()) panels::drawMask(mask_);
+    Redraw const annotated = drawAnnotations(cursor);
     if (toggles_.tiles) panels::drawTiles(camera_);
     if (ruler_.line()) panels::drawRuler(camera_, *ruler_.line(), Ruler::lengthOf(*ruler_.line(), picture_.info()));
     panels::UserEdits const edits = panels::draw(model);
@@ -327,7 +360,17 @@ Redraw PictureScene::drawOverlay(std::optional<Place> const& cursor, double fram
     if (edits.position) moveTo(*edits.position);
     bool const isOther = edits.tone || edits.automaticTone || edits.automaticRanges || edits.channels || edits.position;
     if (isOther) return Redraw::Picture;
-    return edits.lookAt ? Redraw::Overlay : Redraw::Nothing;
+    return edits.lookAt ? Redraw::Overlay : annotated;
+}
+
+Redraw PictureScene::drawAnnotations(std::optional<Place> const& cursor) {
+    if (!annotations_) return Redraw::Nothing;
+    constexpr double kLineWidth = 2; // in units of the window
+    double const lineWidth = kLineWidth * static_cast<double>(Lettering::scale());
+    panels::drawAnnotations(annotations_->draw(camera_, picture_.position(), cursor, lineWidth));
+    if (cursor && !annotations_->textUnderCursor().empty())
+        panels::drawNameAt(*cursor, annotations_->textUnderCursor());
+    return annotations_->complete() ? Redraw::Nothing : Redraw::Overlay;
 }
 
 // The picture's own samples: of a file always, of a store where the view has them; else the colour that is shown.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/velmora/view/AnnotationLayer.h"
 #include "apps/velmora/view/Controls.h"
 #include "apps/velmora/view/OverlayTexture.h"
 #include "apps/velmora/view/Overview.h"
@@ -32,6 +33,8 @@ public:
     /// As PictureView::setBackground().
     void setBackground(std::array<std::uint8_t, 3> const& colour);
     Redraw command(Controls::Command command);
+    /// Shows a file's annotations instead of those before. What cannot be read is told in the window.
+    void annotate(std::string const& path);
 
     /// Whether another view is wanted than the one that advance() was called for last.
     bool isMoved() const { return picture_.view() != wantedView(); }
@@ -49,7 +52,9 @@ public:
     void present(Redraw due);
     /// Brings up to date what the overlay shows beside the picture. The view is complete.
     Redraw advanceExtras();
-    bool extrasComplete() const { return overview_.complete() && !maskIsMissing() && !answerIsDue_; }
+    bool extrasComplete() const {
+        return overview_.complete() && !maskIsMissing() && !answerIsDue_ && !annotationsAreDue();
+    }
     /// Draws what lies over the picture, with Dear ImGui.
     Redraw drawOverlay(std::optional<Place> const& cursor, double frameMilliseconds);
     /// The pixel under the cursor, and what it has; empty: there is none.
@@ -80,6 +85,9 @@ private:
     View wantedView() const;
     bool maskIsMissing() const { return toggles_.mask && maskView_ != picture_.view(); }
     void updateMask();
+    bool annotationsAreDue() const { return annotations_ && !annotations_->isRead(); }
+    Redraw takeAnnotations();
+    Redraw drawAnnotations(std::optional<Place> const& cursor);
     void tellOfDamage();
     Damages damages() const;
     std::string damageText() const;
@@ -96,8 +104,10 @@ private:
     StepSwitches switches_;
     Ruler ruler_;
     Overview overview_;
-    std::unique_ptr<PixelProbe> probe_; // null: the picture is a store
-    bool answerIsDue_ = false;          // what the probe was asked for is to be drawn
+    std::unique_ptr<PixelProbe> probe_;            // null: the picture is a store
+    bool answerIsDue_ = false;                     // what the probe was asked for is to be drawn
+    std::unique_ptr<AnnotationLayer> annotations_; // null: there are none
+    bool annotationsAreAskedFor_ = false;          // by the command line
     OverlayTexture mask_;
     std::optional<View> maskView_; // that mask_ is of
     std::string name_;             // as a person may see it, like all that follows

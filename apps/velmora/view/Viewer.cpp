@@ -8,6 +8,7 @@
 #include "gles3renderbackend/Gl.h"
 #include "host/HostError.h"
 #include "host/PlainText.h"
+#include "host/annotations/GeoJson.h"
 #include "host/channels/HostFilters.h"
 #include "host/output/PngWriter.h"
 #include "host/store/TileStore.h"
@@ -58,6 +59,7 @@ ViewerOptions forAnother(ViewerOptions options, std::string const& image) {
     selection.followsProfile = options.selection.followsProfile;
     selection.isUpright = options.selection.isUpright;
     options.image = image;
+    options.annotations.clear();
     options.selection = selection;
     options.display = {};
     options.start.reset();
@@ -122,6 +124,20 @@ void Viewer::open(PictureSource const& source) {
     if (isLookedAt) picturefiles::recentFiles().add(options_.image);
 }
 
+// A picture, or annotations of the one that is shown.
+void Viewer::openChosen(std::string const& path) {
+    try {
+        if (!geojson::looksLikeOne(path)) return openFile(path);
+    } catch (HostError const& error) {
+        return tell(error.what());
+    }
+    message_.clear();
+    options_.annotations = path;
+    if (import_) return tell("annotations are shown once the picture is imported");
+    scene_->annotate(path);
+    due_.raise(Redraw::Overlay);
+}
+
 void Viewer::openFile(std::string const& path) {
     ViewerOptions const now = options_;
     ViewerOptions const shown = before_ ? *before_ : options_;
@@ -166,7 +182,7 @@ void Viewer::run() {
 void Viewer::turn() {
     interruption::throwIfNoted();
     takeEvents();
-    if (auto const chosen = std::exchange(chosen_, std::nullopt)) openFile(*chosen);
+    if (auto const chosen = std::exchange(chosen_, std::nullopt)) openChosen(*chosen);
     finishImport();
     // Nothing can be seen of a minimised window.
     if (visible()) follow(frame());

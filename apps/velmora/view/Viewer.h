@@ -49,6 +49,7 @@ private:
     };
 
     void openImage();
+    void openChosen(std::string const& path);
     void openFile(std::string const& path);
     void openStoreOf(std::string const& image);
     void startImport(std::string const& store);

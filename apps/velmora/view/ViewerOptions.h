@@ -30,6 +30,7 @@ struct ViewerOptions {
     };
 
     std::string image;        ///< an image or a store; empty: the built-in picture
+    std::string annotations;  ///< a file of them; empty: none
     ImageSelection selection; ///< of an image
     DisplayRequest display;   ///< of an image's samples
     Size window{1280, 800};

@@ -39,7 +39,8 @@ protected:
 
 TEST_F(PictureSceneGLTest, CommandsSayWhatIsToBeDrawnAnew) {
     complete();
-    for (Command const command : {Command::Help, Command::Tiles, Command::Mask, Command::Ruler, Command::Properties})
+    for (Command const command :
+         {Command::Help, Command::Tiles, Command::Mask, Command::Annotations, Command::Ruler, Command::Properties})
         EXPECT_EQ(scene_->command(command), Redraw::Overlay);
     for (Command const command : {Command::Sharpen, Command::Gamma, Command::Equalise, Command::Smooth})
         EXPECT_EQ(scene_->command(command), Redraw::Picture);
@@ -97,4 +98,36 @@ TEST_F(PictureSceneGLTest, TheMaskFollowsTheViewWhereItIsOn) {
     EXPECT_FALSE(scene_->extrasComplete());
     scene_->command(Command::Mask);
     EXPECT_TRUE(scene_->extrasComplete()) << "a mask that is off need not fit";
+}
+
+TEST_F(PictureSceneGLTest, AnnotationsAreReadBesideThePictureAndWaitedFor) {
+    TemporaryFolder const folder;
+    writeFile(folder.path("points.geojson"), R"({"type":"Point","coordinates":[40,50]})");
+    complete();
+    completeExtras();
+    scene_->annotate(folder.path("points.geojson"));
+    EXPECT_FALSE(scene_->extrasComplete());
+    Redraw last = Redraw::Nothing;
+    while (!scene_->extrasComplete()) {
+        scene_->advanceExtras();
+        last = scene_->advance();
+    }
+    EXPECT_EQ(last, Redraw::Overlay) << "they are there";
+    EXPECT_EQ(scene_->advance(), Redraw::Nothing);
+}
+
+TEST_F(PictureSceneGLTest, AnnotationsThatCannotBeReadEndOnlyWhatAskedForThemAtItsStart) {
+    TemporaryFolder const folder;
+    writeFile(folder.path("none.geojson"), "{}");
+    auto const read = [&] {
+        while (!scene_->extrasComplete()) {
+            complete();
+            scene_->advanceExtras();
+        }
+    };
+    scene_->annotate(folder.path("none.geojson"));
+    EXPECT_NO_THROW(read());
+    options_.annotations = folder.path("none.geojson");
+    scene_ = std::make_unique<PictureScene>(instance_, path(), options_, Size{300, 200});
+    EXPECT_THROW(read(), HostError);
 }

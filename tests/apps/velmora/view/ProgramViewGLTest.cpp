@@ -782,6 +782,54 @@ TEST_F(ProgramViewGLTest, AFileThatIsDroppedIsOpened) {
     }
 }
 
+TEST_F(ProgramViewGLTest, AnnotationsAreDrawnOverThePicture) {
+    std::string const store = makeStore("a.vlm", 640, 480);
+    // A green area whose outline runs along the middle of the window.
+    writeFile(
+        path("a.geojson"),
+        R"({"type":"Feature","geometry":{"type":"Polygon","coordinates":[[[320,100],[600,100],[600,400],[320,400]]]},)"
+        R"("properties":{"name":"Area","color":[0,255,0]}})");
+    std::vector<std::string> const plain{store, "--size", "640x480"};
+    std::vector<std::string> annotated = plain;
+    annotated.insert(annotated.end(), {"--annotations", path("a.geojson")});
+    testimages::Pixels const with = shown(annotated);
+    auto const sampleAt = [&](size_t x, size_t y, size_t band) {
+        return with.samples.at((y * with.width + x) * 3 + band);
+    };
+    for (size_t y = 110; y < 390; ++y)
+        for (size_t const x : {319U, 320U}) {
+            EXPECT_EQ(sampleAt(x, y, 0), 0) << x << "," << y;
+            EXPECT_EQ(sampleAt(x, y, 1), 255) << x << "," << y;
+        }
+    // The same where they are dropped on the window; and nothing of them where they are switched off.
+    std::string const drop = "wait\ndrop " + path("a.geojson") + "\nwait\n";
+    expectPixels(after(drop, plain), with);
+    testimages::Pixels const off = after(drop + "key a\n", plain);
+    EXPECT_NE(testimages::difference(off, with), "");
+    expectPixels(after(drop + "key a\nwait\nkey a\n", plain), with);
+    // Another picture has none.
+    testimages::writePattern8(path("b.png"), "", 300, 200, 3);
+    expectPixels(after(drop + "drop " + path("b.png") + "\n", plain), shown({path("b.png"), "--size", "640x480"}));
+}
+
+TEST_F(ProgramViewGLTest, AnnotationsThatCannotBeReadAreTold) {
+    std::string const store = makeStore("a.vlm", 640, 480);
+    writeFile(path("bad.geojson"), R"({"type":"Feature","geometry":{"type":"Point","coordinates":[1]}})");
+    writeFile(path("nowhere.geojson"), R"({"type":"Feature","geometry":null})");
+    std::vector<std::string> const plain{store, "--size", "640x480"};
+    expectFailure(view({store, "--annotations", path("bad.geojson"), "--screenshot", path("b.png")}), 4,
+                  {"bad.geojson", "feature 1: a position is no pair of numbers"});
+    EXPECT_FALSE(std::filesystem::exists(path("b.png")));
+    expectFailure(view({store, "--annotations", path("none.geojson")}), 3, {"none.geojson"});
+    expectFailure(view({store, "--annotations", path("bad.geojson"), "--bare"}), 2, {"--bare", "--annotations"});
+    EXPECT_NE(testimages::difference(after("wait\ndrop " + path("bad.geojson") + "\n", plain), shown(plain)), "")
+        << "the message in the window";
+    auto const told =
+        view({store, "--annotations", path("nowhere.geojson"), "--screenshot", path("c.png"), "--size", "640x480"});
+    EXPECT_EQ(told.exitCode, 0);
+    EXPECT_NE(told.err.find("note: 'nowhere.geojson' has 1 feature without a geometry"), std::string::npos) << told.err;
+}
+
 TEST_F(ProgramViewGLTest, WhatCannotBeImportedLeavesThePictureBefore) {
     testimages::writePattern8(path("a.png"), "", 90, 60, 3);
     testimages::writePattern16(path("b.png"), "", 90, 60, 3);

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "host/image/InputFile.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// A value of JSON (RFC 8259). Unlike that of the library that reads it, it needs no memory to be destroyed.
+class JsonValue {
+public:
+    struct Member;
+    using List = std::vector<JsonValue>;
+    using Object = std::vector<Member>;
+    enum class Kind { Null, Boolean, Integer, Number, Text, List, Object };
+
+    /// A sentence on what is wrong in a file.
+    struct Malformed : std::runtime_error {
+        using std::runtime_error::runtime_error;
+    };
+
+    /// Nested deeper than so, a file is refused.
+    static constexpr size_t kMostDepth = 64;
+
+    /// Objects for which takesObject returns true are left out: a file may have more of them than there is memory.
+    /// Throws Malformed, what the callback throws, and HostError where the file cannot be read.
+    static JsonValue read(InputFile& file, std::function<bool(JsonValue const&)> const& takesObject);
+
+    /// Of that kind, empty.
+    explicit JsonValue(Kind kind = Kind::Null) : kind_(kind) {}
+    explicit JsonValue(std::int64_t number) : kind_(Kind::Integer), integer_(number) {}
+    explicit JsonValue(double number) : kind_(Kind::Number), number_(number) {}
+    explicit JsonValue(std::string&& text) : kind_(Kind::Text), text_(std::move(text)) {}
+
+    bool isNull() const { return kind_ == Kind::Null; }
+    bool isObject() const { return kind_ == Kind::Object; }
+    bool isList() const { return kind_ == Kind::List; }
+    /// Empty where it is none.
+    std::string const& text() const { return text_; }
+    std::optional<std::int64_t> integer() const;
+    std::optional<double> number() const;
+    List const& list() const { return list_; }
+    /// The last member of that name, null where there is none.
+    JsonValue const& at(std::string const& name) const;
+
+    /// To a list.
+    void append(JsonValue&& value) { list_.push_back(std::move(value)); }
+    /// To an object.
+    void append(std::string&& name, JsonValue&& value);
+
+private:
+    Kind kind_;
+    std::int64_t integer_ = 0;
+    double number_ = 0;
+    std::string text_;
+    List list_;
+    Object members_;
+};
+
+struct JsonValue::Member {
+    std::string name;
+    JsonValue value;
+};
