@@ -42,7 +42,7 @@ public:
     }
 
 private:
-    std::array<GLuint, 8> first_; // more than the inputs of any built-in filter: these take no memory
+    std::array<GLuint, 8> first_{}; // more than the inputs of any built-in filter: these take no memory
     size_t count_ = 0;
     std::vector<GLuint> more_;
 };
