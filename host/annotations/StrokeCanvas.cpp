@@ -77,7 +77,8 @@ void StrokeCanvas::cover(std::int64_t x, std::int64_t y, double share, Colour co
     if (x < 0 || y < 0 || x >= static_cast<std::int64_t>(size_.width) || y >= static_cast<std::int64_t>(size_.height))
         return;
     std::uint8_t* const texel = &rgba_[4 * (static_cast<size_t>(y) * size_.width + static_cast<size_t>(x))];
-    auto const alpha = static_cast<std::uint8_t>(share * 255 + 0.5);
+    // Rounded to the nearest.
+    auto const alpha = static_cast<std::uint8_t>((static_cast<unsigned>(share * 510) + 1) / 2);
     if (alpha < texel[3]) return;
     texel[0] = colour[0];
     texel[1] = colour[1];
