@@ -276,7 +276,9 @@ std::unique_ptr<PyramidFile> tiffpyramid::open(InputFile& file, SampleRequest co
     TiffFile tiff(file, "rmDOC");
     TiffChain const chain = TiffChain::read(tiff);
     size_t const first = requirePage(file, request, chain.pages.size(), "pages") - 1;
-    auto const stack = request.page ? std::nullopt : TiffStack::of(chain, descriptionOf(tiff, chain));
+    std::string const description = descriptionOf(tiff, chain);
+    auto const whole = TiffStack::of(chain, description);
+    auto const stack = request.page ? std::nullopt : whole;
     size_t const page = chain.pages[stack ? stack->pages.front() : first];
     LevelFinder finder(tiff, chain, page);
     auto const full = finder.require(chain.entries[page].offset);
@@ -285,6 +287,9 @@ std::unique_ptr<PyramidFile> tiffpyramid::open(InputFile& file, SampleRequest co
     auto opened = std::make_shared<TiffLevels>(file.path(), cacheBytes);
     opened->fileBytes = file.size();
     setFacts(tiff, TiffDirectory::current(tiff), opened->facts);
+    // One plane alone has pixels as large as all of them.
+    if (request.page && whole && std::count(whole->pages.begin(), whole->pages.end(), first) != 0)
+        pixeldensity::setFromOme(opened->facts.image, description);
     opened->levels = finder.find(*full, stack.has_value());
     if (stack) finder.addPlanes(*stack, opened->levels);
     opened->facts.image.pages = chain.pages.size() - (request.page ? 0 : finder.pagesTaken());

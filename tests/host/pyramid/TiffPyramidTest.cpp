@@ -514,6 +514,21 @@ TEST_F(TiffPyramidTest, PhysicalSizesOfOmeAreTaken) {
     EXPECT_DOUBLE_EQ(pyramid->facts().image.pixelsPerMillimetreY, 2000);
 }
 
+TEST_F(TiffPyramidTest, APlaneOfOmeTakenAloneHasThePixelsOfAll) {
+    // Three planes of the first image, and a page that is not one of them.
+    std::vector<Directory> all{level(40, 30, 1, 1), level(40, 30, 1, 2), level(40, 30, 1, 3), level(44, 33, 1, 4)};
+    all.front().description = R"(<OME><Image><Pixels SizeC="1" SizeZ="3" SizeT="1" DimensionOrder="XYZCT")"
+                              R"( PhysicalSizeX="0.25" PhysicalSizeY="0.5"/></Image></OME>)";
+    std::string const file = write(all);
+    for (size_t const page : {1U, 2U, 3U, 4U}) {
+        PyramidOptions options;
+        options.selection.page = page;
+        auto const pyramid = open(file, options);
+        EXPECT_DOUBLE_EQ(pyramid->facts().image.pixelsPerMillimetreX, page == 4 ? 0 : 4000) << page;
+        EXPECT_DOUBLE_EQ(pyramid->facts().image.pixelsPerMillimetreY, page == 4 ? 0 : 2000) << page;
+    }
+}
+
 TEST_F(TiffPyramidTest, BandsAreTakenInTheirOrder) {
     Directory const full = level<std::uint16_t>(50, 40, 5, 1);
     PyramidOptions options;
