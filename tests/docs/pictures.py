@@ -4,11 +4,13 @@ compares each with the one that is there, byte for byte; of the viewer's all pix
 
 A command is a span of code that names a file in docs/pictures. Capitals in the file's name stand for anything, and OPTIONS
 for the span of code that stands in the table above the picture. A store that a command reads comes from the span of code of
-`velmora import` that names it. What docs/pictures has and no command makes is a fault.
+`velmora import` that names it, a picture from docs/pictures/samples where the document names that. What docs/pictures has and no
+command makes is a fault.
 """
 import os
 import re
 import shlex
+import subprocess
 import sys
 import tempfile
 
@@ -17,6 +19,7 @@ import pngpixels
 
 FOLDER = 'docs/pictures/'
 PICTURE = re.compile(r'docs/pictures/[\w.-]+\.png')
+SAMPLES = FOLDER + 'samples'
 # Left, top, right and bottom of the text "4.1 ms" in the upper left panel.
 FRAME_TIME = {'docs/pictures/viewer.png': (56, 104, 130, 118)}
 
@@ -87,6 +90,8 @@ def main():
             for name in os.listdir(os.path.join(root, FOLDER)):
                 if name.endswith('.txt'):
                     os.symlink(os.path.join(root, FOLDER, name), os.path.join(folder, FOLDER, name))
+            if any(span.startswith(SAMPLES) for span in documents.spans(documents.without_blocks(text))):
+                subprocess.run([os.path.join(root, SAMPLES), folder], check=True)
             for picture, command in made_by(text, root):
                 for store in (word for word in command if re.fullmatch(r'[\w-]+\.(vlm|store)', word)):
                     if not os.path.exists(os.path.join(folder, store)):
