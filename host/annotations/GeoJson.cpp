@@ -1,7 +1,7 @@
 #include "host/annotations/GeoJson.h"
 
 #include "host/PlainText.h"
-#include "host/annotations/JsonValue.h"
+#include "host/image/JsonValue.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,11 +1,11 @@
 #include "host/image/ImageMetadata.h"
 
 #include "host/HostError.h"
+#include "host/image/JsonValue.h"
 #include "host/image/SlideImages.h"
 #include "host/image/TiffDirectory.h"
 #include "host/image/TiffTags.h"
 
-#include <nlohmann/json.hpp>
 #include <tiffio.h>
 
 #include <algorithm>
@@ -191,13 +191,20 @@ private:
 
     void addProperties() {
         if (facts_.properties.empty()) return;
-        nlohmann::ordered_json texts = nlohmann::ordered_json::object();
+        std::vector<ImageProperty> texts;
         for (ImageProperty const& property : facts_.properties) {
-            bool const isNew = !texts.contains(property.name);
-            texts[property.name] = (isNew ? "" : texts[property.name].get<std::string>() + "\n") + property.value;
+            auto const same = std::find_if(texts.begin(), texts.end(),
+                                           [&](ImageProperty const& text) { return text.name == property.name; });
+            if (same == texts.end())
+                texts.push_back(property);
+            else
+                same->value += "\n" + property.value;
         }
-        constexpr auto kReplaced = nlohmann::json::error_handler_t::replace;
-        std::string const json = texts.dump(2, ' ', true, kReplaced);
+        std::string json;
+        for (ImageProperty const& text : texts)
+            json += (json.empty() ? "{\n  " : ",\n  ") + JsonValue::quoted(text.name) + ": " +
+                    JsonValue::quoted(text.value);
+        json += "\n}";
         add({picturemetadata::kProperties, {}, {json.begin(), json.end()}});
     }
 

@@ -1,9 +1,8 @@
 #include "host/store/KeptMetadata.h"
 
 #include "host/PlainText.h"
+#include "host/image/JsonValue.h"
 #include "host/image/PixelBands.h"
-
-#include <nlohmann/json.hpp>
 
 namespace {
 
@@ -12,10 +11,13 @@ constexpr auto kOrientationTag = "274";
 // None of texts that are no such object: another program may have written them.
 std::vector<ImageProperty> propertiesOf(std::vector<std::uint8_t> const& json) {
     std::vector<ImageProperty> properties;
-    auto const texts = nlohmann::ordered_json::parse(json.begin(), json.end(), nullptr, false);
-    if (!texts.is_object()) return properties;
-    for (auto const& [name, value] : texts.items())
-        if (value.is_string()) properties.push_back({name, value.get<std::string>()});
+    try {
+        JsonValue const texts = JsonValue::parse(json);
+        for (JsonValue::Member const& member : texts.members())
+            if (member.value.isText()) properties.push_back({member.name, member.value.text()});
+    } catch (JsonValue::Malformed const&) {
+        properties.clear();
+    }
     return properties;
 }
 

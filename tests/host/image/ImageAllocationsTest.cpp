@@ -1,5 +1,6 @@
 // Each `new` fails in turn while an image file is read: no picture is called damaged for want of memory, and the same
 // reader reads the same pixels afterwards.
+#include "host/image/ImageMetadata.h"
 #include "host/image/ImageReader.h"
 #include "tests/support/AllocationSweep.h"
 #include "tests/support/TemporaryFolder.h"
@@ -77,6 +78,24 @@ TEST_P(ImageAllocationsTest, AReaderReadsTheSameAfterwards) {
     auto const work = [&] { readFrom(*reader); };
     auto const check = [&] { EXPECT_TRUE(readFrom(*reader) == expected_); };
     EXPECT_GT(allocationsweep::sweep(scenario("read", work, check)).thrown, 2U);
+}
+
+TEST_P(ImageAllocationsTest, WhatAFileHoldsBesideItsSamplesIsTheSameAfterwards) {
+    ImageFacts facts;
+    facts.properties = {
+        {"a name", "one"}, {"another name", "two"}, {"a name", "three, which is longer than a few letters"}};
+    auto const kept = [&] {
+        InputFile file(path_);
+        Bytes all;
+        for (MetadataItem const& item : imagemetadata::of(file, facts, {}).items)
+            all.insert(all.end(), item.bytes.begin(), item.bytes.end());
+        return all;
+    };
+    Bytes const expected = kept();
+    ASSERT_FALSE(expected.empty());
+    auto const work = [&] { kept(); };
+    auto const check = [&] { EXPECT_TRUE(kept() == expected); };
+    EXPECT_GT(allocationsweep::sweep(scenario("keep what it holds", work, check)).thrown, 8U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, ImageAllocationsTest,

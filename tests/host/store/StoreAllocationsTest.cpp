@@ -1,6 +1,7 @@
 // Each `new` fails in turn while a store is written, read, checked and exported: what was there before stays, and the
 // same objects do the same work afterwards.
 #include "host/image/SmallPicture.h"
+#include "host/store/KeptMetadata.h"
 #include "host/store/StoreCheck.h"
 #include "host/store/StoreExporter.h"
 #include "host/store/TileOrder.h"
@@ -25,7 +26,8 @@ protected:
     void SetUp() override {
         picture_.metadata = {{picturemetadata::kTag, "34665/33434", {5, 0, 1, 0, 0, 0, 125, 0, 0, 0}},
                              {picturemetadata::kProfile, "", std::vector<std::uint8_t>(3000, 7)},
-                             {picturemetadata::kImage, "label", smallpicture::toPng({{2, 1}, 1, {1, 2}})}};
+                             {picturemetadata::kImage, "label", smallpicture::toPng({{2, 1}, 1, {1, 2}})},
+                             {picturemetadata::kProperties, "", {'{', '"', 'a', '"', ':', '"', 'b', '"', '}'}}};
         import(path(), picture_);
     }
 
@@ -60,6 +62,8 @@ protected:
         samples.push_back(static_cast<std::int16_t>(store.storedTiles()));
         for (MetadataItem const& item : store.allMetadata())
             samples.insert(samples.end(), item.bytes.begin(), item.bytes.end());
+        for (ImageProperty const& property : keptIn(store).facts.properties)
+            samples.insert(samples.end(), property.value.begin(), property.value.end());
         return samples;
     }
 

@@ -11,7 +11,8 @@
 #include <utility>
 #include <vector>
 
-/// A value of JSON (RFC 8259). Unlike that of the library that reads it, it needs no memory to be destroyed.
+/// A value of JSON (RFC 8259). The values of the library that reads it take memory to be destroyed, and end the program
+/// where there is none; these do not.
 class JsonValue {
 public:
     struct Member;
@@ -30,6 +31,10 @@ public:
     /// Objects for which takesObject returns true are left out: a file may have more of them than there is memory.
     /// Throws Malformed, what the callback throws, and HostError where the file cannot be read.
     static JsonValue read(InputFile& file, std::function<bool(JsonValue const&)> const& takesObject);
+    /// Throws Malformed.
+    static JsonValue parse(std::vector<std::uint8_t> const& text);
+    /// A text as JSON has it, in quotation marks, in ASCII; what is no UTF-8 is replaced by U+FFFD.
+    static std::string quoted(std::string const& text);
 
     /// Of that kind, empty.
     explicit JsonValue(Kind kind = Kind::Null) : kind_(kind) {}
@@ -40,11 +45,13 @@ public:
     bool isNull() const { return kind_ == Kind::Null; }
     bool isObject() const { return kind_ == Kind::Object; }
     bool isList() const { return kind_ == Kind::List; }
+    bool isText() const { return kind_ == Kind::Text; }
     /// Empty where it is none.
     std::string const& text() const { return text_; }
     std::optional<std::int64_t> integer() const;
     std::optional<double> number() const;
     List const& list() const { return list_; }
+    Object const& members() const { return members_; }
     /// The last member of that name, null where there is none.
     JsonValue const& at(std::string const& name) const;
 

@@ -1,4 +1,4 @@
-#include "host/annotations/JsonValue.h"
+#include "host/image/JsonValue.h"
 
 #include <nlohmann/json.hpp>
 
@@ -142,6 +142,17 @@ JsonValue JsonValue::read(InputFile& file, std::function<bool(JsonValue const&)>
     }
     file.rethrow();
     return std::move(builder.root);
+}
+
+JsonValue JsonValue::parse(std::vector<std::uint8_t> const& text) {
+    TakesObject const none = [](JsonValue const&) { return false; };
+    Builder builder(none);
+    Library::sax_parse(text.begin(), text.end(), &builder);
+    return std::move(builder.root);
+}
+
+std::string JsonValue::quoted(std::string const& text) {
+    return Library(text).dump(-1, ' ', true, Library::error_handler_t::replace);
 }
 
 std::optional<std::int64_t> JsonValue::integer() const {

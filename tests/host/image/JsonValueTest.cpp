@@ -1,4 +1,4 @@
-#include "host/annotations/JsonValue.h"
+#include "host/image/JsonValue.h"
 
 #include "tests/support/TemporaryFolder.h"
 
