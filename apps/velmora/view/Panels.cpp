@@ -34,29 +34,23 @@ struct Help {
     char const* does;
 };
 
-constexpr std::array<Help, 23> kHelp{{{"drag, arrows", "move"},
+constexpr std::array<Help, 17> kHelp{{{"drag, arrows", "move"},
                                       {"wheel, two fingers", "zoom about the cursor"},
                                       {"+ or i, -", "zoom in, out"},
-                                      {"1", "actual size (1:1)"},
-                                      {"f", "the whole picture"},
+                                      {"1, f", "actual size (1:1), the whole picture"},
                                       {"b", "smooth (bilinear) below 1:1"},
-                                      {"e", "sharpen"},
-                                      {"g", "gamma"},
-                                      {"c", "equalise (CLAHE)"},
+                                      {"e, g, c", "sharpen, gamma, equalise (CLAHE)"},
                                       {"Page Up, Page Down", "the slice or page before, after"},
                                       {", .", "the time before, after"},
                                       {"r", "ruler: drag to measure"},
+                                      {"a", "annotations on, off"},
                                       {"o", "open another picture"},
                                       {"s", "save the view as PNG"},
                                       {"Ctrl+C", "copy the pixel under the cursor"},
                                       {"p", "what the file says"},
-                                      {"d", "tiles of the level, and figures"},
-                                      {"m", "where the store has detail"},
-                                      {"a", "annotations on, off"},
-                                      {"l", "light, dark"},
-                                      {"?", "this help"},
-                                      {"Escape", "leave a panel, or quit"},
-                                      {"q", "quit"}}};
+                                      {"d, m", "tiles and figures, where the store has detail"},
+                                      {"l, ?", "light or dark, this help"},
+                                      {"Escape, q", "leave a panel or quit, quit"}}};
 constexpr auto kMoreHelp = "A click in the small picture goes there.\n"
                            "A picture that is dropped on the window is opened,\n"
                            "GeoJSON is shown as annotations.";
@@ -560,6 +554,11 @@ void panels::drawKeys() {
     ImVec2 const size = ImGui::GetIO().DisplaySize;
     ImGui::SetNextWindowPos({size.x / 2, size.y / 2}, ImGuiCond_Always, {0.5F, 0.5F});
     ImGui::SetNextWindowBgAlpha(0.85F);
+    // Close together where there is little room.
+    ImVec2 spacing = ImGui::GetStyle().ItemSpacing;
+    constexpr auto kLines = static_cast<float>(kHelp.size() + 4);
+    if (kLines * ImGui::GetTextLineHeightWithSpacing() > size.y) spacing.y = 0;
+    ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, spacing);
     ImGui::Begin("help", nullptr, kWordFlags);
     for (Help const& line : kHelp) {
         ImGui::TextUnformatted(line.key);
@@ -569,6 +568,7 @@ void panels::drawKeys() {
     ImGui::Separator();
     ImGui::TextUnformatted(kMoreHelp);
     ImGui::End();
+    ImGui::PopStyleVar();
 }
 
 void panels::drawMessage(std::string const& text, bool isImporting) {
