@@ -4,12 +4,15 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
+#include <utility>
 
 namespace {
 
 constexpr std::int64_t kTileSide = 256;
 constexpr size_t kKeptTiles = 128;             // 32 MB
 constexpr std::chrono::milliseconds kPaint{6}; // of a frame's time, for tiles
+constexpr size_t kMostParts = 12000;           // what draws them has indices of 16 bits, four per part
 constexpr double kCursorPixels = 4;            // how far it may be from a line
 
 // The tile that a pixel lies in.
@@ -60,7 +63,11 @@ std::vector<AnnotationLayer::Placed> AnnotationLayer::draw(Camera const& camera,
     complete_ = paintMissing(shown);
     dropUnseen(shown);
     if (complete_) before_.reset();
-    place(before_ ? *before_ : *tiles_, camera, placed);
+    place(before_ ? *before_ : *tiles_, camera, Part::Blocks, placed);
+    if (placed.size() > kMostParts) {
+        placed.clear();
+        place(before_ ? *before_ : *tiles_, camera, Part::Tiles, placed);
+    }
     // What passes below the cursor while the picture moves is not looked for.
     bool const isMoved = drawn_ != view;
     drawn_ = view;
@@ -92,10 +99,10 @@ bool AnnotationLayer::paintMissing(std::vector<TileIndex> const& shown) {
         view.y = index.second * kTileSide;
         view.width = view.height = static_cast<size_t>(kTileSide);
         StrokeCanvas const& canvas = painter_->paint(view, tiles_->key.position, tiles_->key.lineWidth);
+        std::vector<Region> drawn = drawnBlocks(canvas);
         Tile& tile = tiles_->tiles[index];
-        tile.drawn = drawnBlocks(canvas);
-        if (!tile.drawn.empty())
-            tile.texture.set(canvas.rgba(), {view.width, view.height}, OverlayTexture::Filter::Nearest);
+        if (!drawn.empty()) tile.texture.set(canvas.rgba(), {view.width, view.height}, OverlayTexture::Filter::Nearest);
+        tile.drawn = std::move(drawn);
     }
     return true;
 }
@@ -124,7 +131,7 @@ void AnnotationLayer::dropUnseen(std::vector<TileIndex> const& shown) {
         at = std::find(shown.begin(), shown.end(), at->first) == shown.end() ? tiles.erase(at) : std::next(at);
 }
 
-void AnnotationLayer::place(TileSet const& set, Camera const& camera, std::vector<Placed>& placed) {
+void AnnotationLayer::place(TileSet const& set, Camera const& camera, Part part, std::vector<Placed>& placed) {
     View const view = camera.view();
     // 1 at the view's own zoom, where texels lie on pixels.
     double const stretch = camera.zoom().value() / set.key.zoom.value();
@@ -138,8 +145,10 @@ void AnnotationLayer::place(TileSet const& set, Camera const& camera, std::vecto
         constexpr auto kSide = static_cast<double>(kTileSide);
         return Place{static_cast<double>(x) / kSide, static_cast<double>(y) / kSide};
     };
+    static std::vector<Region> const kWhole{{0, 0, static_cast<size_t>(kTileSide), static_cast<size_t>(kTileSide)}};
     for (auto const& [index, tile] : set.tiles) {
-        for (Region const& block : tile.drawn) {
+        bool const isWhole = part == Part::Tiles && !tile.drawn.empty();
+        for (Region const& block : isWhole ? kWhole : tile.drawn) {
             size_t const right = block.x + block.width;
             size_t const bottom = block.y + block.height;
             Place const from = inFrame(index, block.x, block.y);

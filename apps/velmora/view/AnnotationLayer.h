@@ -76,7 +76,8 @@ private:
     bool paintMissing(std::vector<TileIndex> const& shown);
     static std::vector<Region> drawnBlocks(StrokeCanvas const& canvas);
     void dropUnseen(std::vector<TileIndex> const& shown);
-    static void place(TileSet const& set, Camera const& camera, std::vector<Placed>& placed);
+    enum class Part { Blocks, Tiles };
+    static void place(TileSet const& set, Camera const& camera, Part part, std::vector<Placed>& placed);
     void highlight(Camera const& camera, StackPosition const& position, std::optional<Place> const& cursor,
                    double lineWidth, std::vector<Placed>& placed);
 

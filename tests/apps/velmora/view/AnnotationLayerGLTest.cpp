@@ -181,6 +181,28 @@ TEST_F(AnnotationLayerGLTest, ManyTilesAreNotKept) {
     EXPECT_TRUE(frameOf(drawn()) == expected());
 }
 
+TEST_F(AnnotationLayerGLTest, InTheLargestFramesPartsAreWholeTiles) {
+    // At a zoom of 4 a point in every second block.
+    std::string points;
+    for (int y = 0; y < 162; ++y)
+        for (int x = 0; x < 81; ++x)
+            points +=
+                (points.empty() ? "[" : ",[") + std::to_string(16 * x + 4) + "," + std::to_string(8 * y + 4) + "]";
+    layer_ = std::make_unique<AnnotationLayer>(written(R"({"type":"MultiPoint","coordinates":[)" + points + "]}"));
+    read();
+    info_.width = info_.height = 1300;
+    camera_ = std::make_unique<Camera>(info_, Size{5200, 5200});
+    camera_->magnifyTo(4, camera_->middle());
+    std::vector<AnnotationLayer::Placed> const placed = drawn();
+    EXPECT_GE(placed.size(), 400U);
+    EXPECT_LE(placed.size(), 450U);
+    for (AnnotationLayer::Placed const& part : placed) {
+        ASSERT_EQ(part.to.x - part.from.x, 256);
+        ASSERT_EQ(part.to.y - part.from.y, 256);
+        ASSERT_EQ(part.textureTo.x, 1);
+    }
+}
+
 TEST_F(AnnotationLayerGLTest, WhatCannotBeReadIsThrown) {
     layer_ = std::make_unique<AnnotationLayer>(written("{}"));
     EXPECT_THROW(read(), HostError);
