@@ -271,7 +271,7 @@ TEST_F(PictureViewGLTest, EnhancementsAreThoseOfTheWholeLevel) {
 TEST_F(PictureViewGLTest, MoreEnhancementsThanATileHasRoomForAreShownInPieces) {
     std::vector<enhancement::Step> const steps(4, enhancement::Equalise{2.0});
     ASSERT_EQ(EnhancementChain::partSide(steps), 360U);
-    constexpr size_t kWidth = 600;               // tiles of 512 and 88
+    constexpr size_t kWidth = 600;                 // tiles of 512 and 88
     for (size_t const lastHeight : {360U, 400U}) { // a piece, and a piece and 40 rows
         size_t const height = 512 + lastHeight;
         Picture const picture = testpictures::picture(kWidth, height, 1, 8, Content::Noise);
